@@ -1,0 +1,58 @@
+# The library's targets and the flags that every target of ours is built with.
+#
+#   velagnss_objects   all sources, compiled once
+#   velagnss           the shared library, for hosts; exports only what is marked VELAGNSS_API
+#   velagnss_static    the same objects as an archive: tests reach what is not exported through it
+
+include(GenerateExportHeader)
+
+# Flags of our own code, never handed on to those who link against us.
+add_library(velagnss_flags INTERFACE)
+target_compile_options(velagnss_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wold-style-cast -Wnon-virtual-dtor
+  -Werror
+  -ffp-contract=off)  # no fused multiply-add: the same bits from every compiler and processor
+if(VELAGNSS_SANITIZE)
+  target_compile_options(velagnss_flags INTERFACE
+    -fsanitize=${VELAGNSS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(velagnss_flags INTERFACE -fsanitize=${VELAGNSS_SANITIZE})
+endif()
+
+add_library(velagnss_objects OBJECT)
+target_link_libraries(velagnss_objects PRIVATE $<BUILD_INTERFACE:velagnss_flags>)
+target_compile_features(velagnss_objects PUBLIC cxx_std_20)
+target_compile_definitions(velagnss_objects PRIVATE velagnss_EXPORTS)
+target_include_directories(velagnss_objects PUBLIC
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}>)
+set_target_properties(velagnss_objects PROPERTIES
+  CXX_EXTENSIONS OFF
+  POSITION_INDEPENDENT_CODE ON
+  CXX_VISIBILITY_PRESET hidden
+  VISIBILITY_INLINES_HIDDEN ON)
+
+add_library(velagnss SHARED)
+add_library(velagnss::velagnss ALIAS velagnss)
+target_link_libraries(velagnss PRIVATE $<BUILD_INTERFACE:velagnss_objects> $<BUILD_INTERFACE:velagnss_flags>)
+target_compile_features(velagnss PUBLIC cxx_std_17)  # what an installed header may use
+set_target_properties(velagnss PROPERTIES
+  VERSION ${PROJECT_VERSION}
+  SOVERSION ${PROJECT_VERSION_MAJOR}
+  VERIFY_INTERFACE_HEADER_SETS ON)
+generate_export_header(velagnss EXPORT_MACRO_NAME VELAGNSS_API EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/velagnss_export.h)
+# Two sets, because the base directories of one set must not nest.
+target_sources(velagnss PUBLIC
+  FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}
+  FILE_SET generated TYPE HEADERS BASE_DIRS ${PROJECT_BINARY_DIR} FILES ${PROJECT_BINARY_DIR}/velagnss_export.h)
+
+add_library(velagnss_static STATIC)
+target_link_libraries(velagnss_static PUBLIC velagnss_objects)
+
+# Sources and headers of one folder. Public headers are installed and compiled alone; internal ones stay in the tree.
+function(velagnss_sources)
+  cmake_parse_arguments(PARSE_ARGV 0 arg "" "" "PUBLIC_HEADERS;INTERNAL_HEADERS;SOURCES")
+  list(TRANSFORM arg_PUBLIC_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  list(TRANSFORM arg_INTERNAL_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  list(TRANSFORM arg_SOURCES PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  target_sources(velagnss_objects PRIVATE ${arg_SOURCES} ${arg_INTERNAL_HEADERS})
+  target_sources(velagnss PUBLIC FILE_SET HEADERS FILES ${arg_PUBLIC_HEADERS})
+endfunction()

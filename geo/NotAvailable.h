@@ -1,0 +1,22 @@
+// The values by which every record says "not available", so that an absent value can be told from zero.
+//
+// A record is reset to its markers before it is filled; encoders write an empty field for a marker.
+#ifndef VELAGNSS_GEO_NOT_AVAILABLE_H
+#define VELAGNSS_GEO_NOT_AVAILABLE_H
+
+// The double whose eight bytes are all 0xCC. A number that no receiver sends; it compares equal to itself.
+inline constexpr double NA_DOUBLE = -0x1.cccccccccccccp+205;  // -9.255963134931783e61
+inline constexpr float NA_FLOAT = -3.4e38F;
+inline constexpr unsigned char NA_U8 = 255;
+inline constexpr unsigned short NA_U16 = 65535;
+inline constexpr unsigned int NA_U32 = 0xFFFFFFFF;  // 32-bit identifiers
+inline constexpr signed char NA_CHANNEL = -128;     // GLONASS frequency channel
+
+constexpr bool IsNotAvailable(double value) { return value == NA_DOUBLE; }
+constexpr bool IsNotAvailable(float value) { return value == NA_FLOAT; }
+constexpr bool IsNotAvailable(unsigned char value) { return value == NA_U8; }
+constexpr bool IsNotAvailable(unsigned short value) { return value == NA_U16; }
+constexpr bool IsNotAvailable(unsigned int value) { return value == NA_U32; }
+constexpr bool IsNotAvailable(signed char value) { return value == NA_CHANNEL; }
+
+#endif  // VELAGNSS_GEO_NOT_AVAILABLE_H
