@@ -1,0 +1,170 @@
+// The maker's proprietary sentences, "$PKVN," and a message name: their types and the records they are decoded into.
+//
+// Fields are numbered as they stand in the sentence: 0 is "$PKVN", 1 the message name. A position whose meaning the
+// receiver's maker does not tell is named after its number, and its value is passed on as sent. Doubles that a sentence
+// leaves empty hold `NA_DOUBLE`, unsigned fields all ones (geo/NotAvailable.h).
+#ifndef VELAGNSS_TEXTPROTO_VELA_PKVN_MESSAGES_H
+#define VELAGNSS_TEXTPROTO_VELA_PKVN_MESSAGES_H
+
+namespace VelaPKVN_Messages {
+
+// The sentences, by the name that follows "$PKVN,".
+enum eMessageTypes : unsigned int {
+  ePkvnRAW = 0,  // packed binary in a text envelope: not decoded as text
+  ePkvnATTSTAT = 1,
+  ePkvnGBS = 2,
+  ePkvnHPR = 3,
+  ePkvnBLV = 4,
+  ePkvnFVI = 5,
+  ePkvnRTKSTAT = 6,
+  ePkvnVCT = 7,
+  ePkvnINTLT = 8,
+  ePkvnTEMPERATURE = 9,
+  ePkvnARN_ROUTER = 10,
+  ePkvnUnknown = 65535,  // any other name
+};
+
+// The signals that ATTSTAT and RTKSTAT name.
+enum ePKvnAttStatSysChans : unsigned int {
+  ePkvnL1 = 0,
+  ePkvnL2,
+  ePkvnL5,
+  ePkvnG1,
+  ePkvnG2,
+  ePkvnB1,
+  ePkvnB2,
+  ePkvnB3,
+  ePkvnE5a,
+  ePkvnE5b,
+  ePkvnE5ab,
+  ePkvnE6,
+  ePkvnB2B,
+  ePkvnE1B,
+  ePkvnQL1,
+  ePkvnChanUnknown = 16,  // any other name; 15 is not used
+};
+
+// ATTSTAT and RTKSTAT keep as text what is not decoded: every field from a position on, in the order of the sentence,
+// the checksum digits behind the asterisk being the last. A field is cut to 63 characters and ends in a NUL; rows from
+// `restCount` on are empty.
+inline constexpr unsigned int kMaxRestFields = 64;
+inline constexpr unsigned int kRestFieldSize = 64;
+
+// ATTSTAT.
+struct S_PKvnAttStat {
+  unsigned short field2;
+  char text3[64];  // at most 63 characters and a NUL
+  double field4;
+  double field5;
+  char field6;  // 'N' or 'G', 0 when empty
+  double field7;
+  double field8;
+  char field9;  // 'P' or 'R', 0 when empty
+  unsigned char field10;
+  unsigned short restCount;  // fields kept in `rest`, from position 11 on: signal names and groups in parentheses
+  char rest[kMaxRestFields][kRestFieldSize];
+};
+
+// GBS.
+struct S_PKvnGbs {
+  double timeOfDay;  // s
+  double field3;
+  double field4;
+  double field5;
+  unsigned char field6;
+  double field7;
+  double field8;
+  double field9;
+  unsigned char field10;
+  unsigned char field11;
+  unsigned char field12;
+};
+
+// HPR.
+struct S_PKvnHpr {
+  double timeOfDay;  // s
+  double heading;
+  double pitch;
+  double roll;
+  char field6;  // 'N' or 'G', 0 when empty
+};
+
+// BLV.
+struct S_PKvnBlv {
+  unsigned short year;  // 2000 to 2099
+  unsigned char month;
+  unsigned char day;
+  double timeOfDay;  // s
+  double field4;
+  double field5;
+  double field6;
+  unsigned short field7;
+  unsigned char field8;
+  unsigned char field9;
+  double field10;
+};
+
+// FVI.
+struct S_PKvnFvi {
+  double timeOfDay;  // s
+  double field3to21[19];
+  char text22[64];  // at most 63 characters and a NUL
+  double field23;
+  double field24;
+  unsigned char field25;
+  unsigned char field26;
+  unsigned char field27;
+  unsigned char field28;
+  double field29;
+  double field30;
+};
+
+// RTKSTAT.
+struct S_PKvnRtkStat {
+  unsigned short restCount;  // fields kept in `rest`, from position 2 on
+  char rest[kMaxRestFields][kRestFieldSize];
+};
+
+// VCT.
+struct S_PKvnVct {
+  unsigned short field2;
+  double timeOfDay;  // s
+  double field4;
+  double field5;
+  double field6;
+  double field7;
+  double field8;
+  double field9;
+  double field10;
+  double field11;
+};
+
+// INTLT.
+struct S_PKvnINTLT {
+  double field2;
+};
+
+// TEMPERATURE.
+struct S_PKvnTEMPERATURE {
+  double field2;
+};
+
+// ARN_ROUTER.
+struct S_PKvnARN {
+  unsigned char field2;
+  unsigned int field3;
+  unsigned int field4;
+  unsigned int field5;
+  unsigned int field6;
+  unsigned int field7;
+  unsigned int field8;
+  unsigned int field9;
+  unsigned int field10;
+  unsigned int field11;
+  unsigned int field12;
+  unsigned int field13;
+};
+
+}  // namespace VelaPKVN_Messages
+
+#endif  // VELAGNSS_TEXTPROTO_VELA_PKVN_MESSAGES_H
