@@ -1,0 +1,20 @@
+// A set of characters. Internal.
+#ifndef VELAGNSS_TEXTPROTO_CHAR_SET_H
+#define VELAGNSS_TEXTPROTO_CHAR_SET_H
+
+#include <array>
+#include <string_view>
+
+class C_CharSet {
+ public:
+  constexpr C_CharSet() = default;
+  constexpr explicit C_CharSet(std::string_view members) {
+    for (const char c : members) m_contains[static_cast<unsigned char>(c)] = true;
+  }
+  constexpr bool Contains(char c) const { return m_contains[static_cast<unsigned char>(c)]; }
+
+ private:
+  std::array<bool, 256> m_contains{};
+};
+
+#endif  // VELAGNSS_TEXTPROTO_CHAR_SET_H

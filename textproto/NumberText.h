@@ -1,0 +1,43 @@
+// Numbers as text, read and written as the C library's scan and print formats do in the C locale, whatever the
+// program's locale is. Nothing is allocated. Internal.
+#ifndef VELAGNSS_TEXTPROTO_NUMBER_TEXT_H
+#define VELAGNSS_TEXTPROTO_NUMBER_TEXT_H
+
+#include <cstddef>
+#include <string_view>
+
+namespace NumberText {
+
+// Reading. Leading white space is skipped, then a sign may stand, then the number. The result is the number of
+// characters used, from the start of `text`; what follows them does not matter. 0 with `value` untouched: no number
+// there, a number that is cut off ("1e", "0x"), or one that its type cannot hold.
+
+std::size_t ScanU32(std::string_view text, unsigned int& value);  // "%u"; a negative number wraps
+std::size_t ScanS32(std::string_view text, int& value);           // "%d"
+std::size_t ScanS64(std::string_view text, long long& value);     // "%lld"
+
+// "%x" and "%llx": "0x" may lead, either case; a negative number wraps.
+std::size_t ScanHex32(std::string_view text, unsigned int& value);
+std::size_t ScanHex64(std::string_view text, unsigned long long& value);
+
+// "%lf": decimal and hexadecimal ("0x1.8p3") numbers, "inf", "infinity" and "nan" in either case. Rounded to nearest;
+// what is too small for a double reads as a subnormal number or zero with its sign.
+std::size_t ScanDouble(std::string_view text, double& value);
+
+// Writing: from `out` on, without a NUL; the result is the end of what was written.
+
+// Characters that WriteFixed needs at most, besides the decimals: sign, 309 digits and the point.
+inline constexpr std::size_t kMaxFixedLength = 1 + 309 + 1;
+// Characters that WriteInteger needs at most, when `width` is less.
+inline constexpr std::size_t kMaxIntegerLength = 20;
+
+// "%0<width>.<decimals>f", correctly rounded, halves to even; not finite: "inf", "nan", with "-" where the sign is set.
+// Up to 20 decimals; the width is for finite values and at most kMaxFixedLength.
+char* WriteFixed(char* out, double value, unsigned int decimals, unsigned int width = 0);
+
+// "%0<width>lld"
+char* WriteInteger(char* out, long long value, unsigned int width = 0);
+
+}  // namespace NumberText
+
+#endif  // VELAGNSS_TEXTPROTO_NUMBER_TEXT_H
