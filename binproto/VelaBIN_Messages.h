@@ -1,0 +1,175 @@
+// The messages of the receiver's binary protocol "VelaBIN", as they stand on the wire and in memory.
+//
+// A frame, all numbers little-endian (N is the data length, at most 2037):
+//
+//   offset  size
+//   0       4     sync, "$BIN"
+//   4       2     block id, the message number
+//   6       2     data length N
+//   8       N     data, the body of the message
+//   8+N     2     checksum: sum of the N data bytes, each as an unsigned number, modulo 65536
+//   10+N    2     carriage return, line feed; not part of the frame that is handed to a decoder
+//
+// Every message record is the header, the body, the trailer. Between the header and the trailer a record holds the body
+// byte by byte as the wire does.
+//
+// Bodies that are known: 25, 35, 45, 95 (`S_BinMsg95`), 65, 93 and 209. Of these only 25, 65, 93 and 95 are decoded
+// into interface records; `VelaBin_Decode.h` says what becomes of the others. The bodies of 1, 2, 3, 5, 16, 34, 36, 44,
+// 66, 76, 94, 122 and 180 are raw bytes: NOT DECODED.
+#ifndef VELAGNSS_BINPROTO_VELABIN_MESSAGES_H
+#define VELAGNSS_BINPROTO_VELABIN_MESSAGES_H
+
+#include <cstdint>
+
+#include "records/InterfaceRecords.h"
+
+namespace VelaBIN_Messages {
+
+// The supported message numbers; the number is the value. Any other number may be passed where a type is asked for.
+enum eMessageTypes : unsigned int {
+  eBin1 = 1,      // status or position; raw
+  eBin2 = 2,      // status or position; raw
+  eBin3 = 3,      // status or position; raw
+  eBin5 = 5,      // status or position; raw
+  eBin16 = 16,    // observations; raw
+  eBin25 = 25,    // QZSS ephemeris, raw subframes; decoded
+  eBin34 = 34,    // status; raw
+  eBin35 = 35,    // BeiDou ephemeris, raw words; kept, not decoded
+  eBin36 = 36,    // observations; raw
+  eBin44 = 44,    // status; raw
+  eBin45 = 45,    // Galileo ephemeris, raw words; kept, not decoded
+  eBin65 = 65,    // GLONASS ephemeris, raw strings; decoded
+  eBin66 = 66,    // observations; raw
+  eBin76 = 76,    // observations; raw
+  eBin93 = 93,    // SBAS ephemeris; decoded
+  eBin94 = 94,    // status; raw
+  eBin95 = 95,    // GPS ephemeris, raw subframes; decoded
+  eBin122 = 122,  // status; raw
+  eBin180 = 180,  // status; raw
+  eBin209 = 209,  // status; fields of known size, meaning unknown
+};
+
+// The greatest message number that a frame may carry, supported or not.
+inline constexpr unsigned short kMaxMessageNumber = 209;
+
+struct S_MsgHeader {
+  std::uint16_t BlockId;     // message number
+  std::uint16_t DataLength;  // N, bytes
+};
+
+struct S_MsgTrailer {
+  std::uint16_t Checksum;    // sum of the data bytes
+  std::uint16_t Terminator;  // always 0x0A0D, carriage return and line feed; never read from a frame
+};
+
+// A message whose body is not decoded: its data bytes as received, as many as its frame always has.
+template <unsigned short Length>
+struct S_UndecodedMsg {
+  S_MsgHeader Header;
+  std::uint8_t Body[Length];
+  S_MsgTrailer Trailer;
+};
+
+struct S_BinMsg1 : S_UndecodedMsg<52> {};
+struct S_BinMsg2 : S_UndecodedMsg<16> {};
+struct S_BinMsg3 : S_UndecodedMsg<116> {};
+struct S_BinMsg5 : S_UndecodedMsg<72> {};
+struct S_BinMsg16 : S_UndecodedMsg<312> {};
+struct S_RawBinMsg34 : S_UndecodedMsg<32> {};  // as received
+struct S_IntBinMsg34 : S_UndecodedMsg<32> {};  // as handed out: the same bytes
+struct S_BinMsg36 : S_UndecodedMsg<336> {};
+struct S_BinMsg44 : S_UndecodedMsg<56> {};
+struct S_BinMsg66 : S_UndecodedMsg<352> {};
+struct S_BinMsg76 : S_UndecodedMsg<448> {};
+struct S_BinMsg94 : S_UndecodedMsg<96> {};
+struct S_BinMsg122 : S_UndecodedMsg<80> {};
+struct S_BinMsg180 : S_UndecodedMsg<232> {};
+
+// Ephemeris of one GPS (95) or QZSS (25) satellite: subframes 1 to 3 of the legacy navigation message (IS-GPS-200,
+// 20.3.3), ten words each. A word stands in the low 30 bits, the first bit sent in bit 29; its parity is carried but
+// not checked. The messages 35 and 45 use the same record for words of another kind.
+struct S_BinMsg95 {
+  S_MsgHeader Header;
+  std::uint16_t Prn;
+  std::uint8_t Reserved[6];
+  std::uint32_t Subframe1[10];
+  std::uint32_t Subframe2[10];
+  std::uint32_t Subframe3[10];
+  S_MsgTrailer Trailer;
+};
+
+// One string of a GLONASS navigation frame (GLONASS ICD, 4.3), bits 1 to 85, bit 85 sent first:
+//   Word[0]  bits 54 to 85, bit 54 lowest
+//   Word[1]  bits 22 to 53, bit 22 lowest
+//   Word[2]  bits 1 to 21 in its bits 11 to 31
+struct S_GLONavString {
+  std::uint32_t Word[3];
+};
+
+// Ephemeris of one GLONASS satellite: the immediate data, strings 1 to 5.
+struct S_BinMsg65 {
+  S_MsgHeader Header;
+  std::uint8_t Slot;     // 1 to 24
+  std::uint8_t Channel;  // frequency channel + 8: 1 to 14
+  std::uint16_t Reserved1;
+  std::uint32_t Reserved2;
+  S_GLONavString Strings[5];
+  S_MsgTrailer Trailer;
+};
+
+// Ephemeris of one SBAS satellite, in scaled integers.
+struct S_BinMsg93 {
+  S_MsgHeader Header;
+  std::uint16_t Prn;
+  std::uint16_t Week;        // modulo 1024 or full
+  std::uint32_t TimeOfWeek;  // s, of the message
+  std::uint16_t Value8;      // issue of data or time, as received
+  std::uint16_t Value10;     // accuracy index, as received
+  std::uint32_t T0;          // s of week, reference time
+  std::int32_t X, Y;         // 0.08 m
+  std::int32_t Z;            // 0.4 m
+  std::int32_t Vx, Vy;       // 0.000625 m/s
+  std::int32_t Vz;           // 0.004 m/s
+  std::int32_t Ax, Ay;       // 0.0000125 m/s^2
+  std::int32_t Az;           // 0.0000625 m/s^2
+  std::int16_t AGf0;         // 2^-31 s, clock offset
+  std::int16_t AGf1;         // 2^-40 s/s, clock drift
+  S_MsgTrailer Trailer;
+};
+
+// Status with a known layout; beyond a time what the numbers mean is not known.
+struct S_BinMsg209 {
+  S_MsgHeader Header;
+  double Time;
+  std::uint16_t Week;
+  std::uint8_t Spare[2];
+  struct {
+    std::uint16_t A;
+    std::uint8_t B;
+    std::uint8_t C;
+    std::uint32_t D;
+  } Entry[40];
+  S_MsgTrailer Trailer;
+};
+
+// One satellite of an observation record.
+struct S_ObsSat {
+  std::uint8_t System;      // `ALGO::eGNSSSystem`
+  std::uint8_t SvId;        // satellite number
+  std::int8_t FreqChannel;  // GLONASS frequency channel, else -128
+  std::uint8_t NumObs;      // used entries of `Obs`, 0 to 10
+  S_IFGnssObsData Obs[10];
+};
+
+// What the observation messages 16, 36, 66 and 76 are handed out as. Their bodies are not decoded: `NumSats` is 0 and
+// every satellite zero.
+struct S_VelaBIN_Obs {
+  S_MsgHeader Header;
+  std::uint16_t NumSats;  // used entries of `Sat`
+  S_ObsSat Sat[64];
+  S_MsgTrailer Trailer;
+};
+
+}  // namespace VelaBIN_Messages
+
+#endif  // VELAGNSS_BINPROTO_VELABIN_MESSAGES_H

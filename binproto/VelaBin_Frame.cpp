@@ -1,0 +1,91 @@
+// The frame of the binary protocol: readers of its fields and the check of a whole frame.
+#include "binproto/VelaBin_Decode.h"
+#include "records/ResultCodes.h"
+
+using namespace VelaBIN_Messages;
+
+namespace {
+
+constexpr unsigned char kSync[] = {'$', 'B', 'I', 'N'};
+constexpr unsigned short kHeaderLength = 4 + 2 + 2;
+constexpr unsigned short kMinFrameLength = kHeaderLength + 2;  // no data, checksum
+constexpr unsigned short kMaxFrameLength = 2047;
+constexpr unsigned short kTerminatorLength = 2;
+constexpr unsigned short kTerminator = 0x0A0D;
+
+// Little-endian, byte by byte: any alignment and any processor.
+template <class Value>
+unsigned int ReadLittleEndian(const unsigned char* frame, unsigned short length, unsigned short& position,
+                              Value& value) {
+  value = 0;
+  if (frame == nullptr) return eResultNull;
+  if (length < kMinFrameLength) return eResultBadSync;
+  if (position + sizeof(Value) - 1 >= length) return eResultPastEnd;
+  for (unsigned int shift = 0; shift < 8 * sizeof(Value); shift += 8)
+    value = static_cast<Value>(value | static_cast<Value>(frame[position++]) << shift);
+  return eResultOk;
+}
+
+unsigned short SumOfBytes(const unsigned char* bytes, unsigned short count) {
+  unsigned int sum = 0;
+  for (unsigned short i = 0; i < count; ++i) sum += bytes[i];
+  return static_cast<unsigned short>(sum);
+}
+
+}  // namespace
+
+unsigned int C_VelaBin_Decode::Decode_Bin_U16(const unsigned char* frame, const unsigned short& length,
+                                              unsigned short& position, unsigned short& value) {
+  return ReadLittleEndian(frame, length, position, value);
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin_U32(const unsigned char* frame, const unsigned short& length,
+                                              unsigned short& position, unsigned int& value) {
+  return ReadLittleEndian(frame, length, position, value);
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin_Header(const unsigned char* frame, const unsigned short& length,
+                                                 unsigned short& position, S_MsgHeader& header) {
+  header = {0xFFFF, 0};
+  if (frame == nullptr) return eResultNull;
+  if (length < kMinFrameLength) return eResultBadSync;
+  const unsigned int result = Decode_Bin_U16(frame, length, position, header.BlockId);
+  if (result != eResultOk) return result;
+  return Decode_Bin_U16(frame, length, position, header.DataLength);
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin_Trailer(const unsigned char* frame, const unsigned short& length,
+                                                  unsigned short& position, S_MsgTrailer& trailer) {
+  trailer = {0, kTerminator};
+  const unsigned int result = Decode_Bin_U16(frame, length, position, trailer.Checksum);
+  if (result != eResultOk) return result;
+  position = static_cast<unsigned short>(position + kTerminatorLength);
+  return eResultOk;
+}
+
+unsigned int C_VelaBin_Decode::ValidateFrame(const unsigned char* frame, unsigned short length,
+                                             unsigned short& msgNumber, unsigned short& frameLength,
+                                             unsigned short& position) {
+  if (frame == nullptr) return eResultNull;
+  if (length < kMinFrameLength) return eResultTooShort;
+  position = 0;
+  for (const unsigned char expected : kSync)
+    if (frame[position++] != expected) return eResultBadSync;
+
+  S_MsgHeader header;
+  unsigned int result = Decode_Bin_Header(frame, length, position, header);
+  if (result != eResultOk) return result;
+  msgNumber = header.BlockId;
+  frameLength = static_cast<unsigned short>(header.DataLength + kMinFrameLength);
+  if (msgNumber > kMaxMessageNumber) return eResultUnknownMessage;
+  if (frameLength < kMinFrameLength) return eResultBadSync;
+  if (length < frameLength) return eResultTooShort;
+  if (frameLength > kMaxFrameLength) return eResultTooLong;
+
+  auto behindData = static_cast<unsigned short>(kHeaderLength + header.DataLength);
+  S_MsgTrailer trailer;
+  result = Decode_Bin_Trailer(frame, length, behindData, trailer);
+  if (result != eResultOk) return result;
+  if (SumOfBytes(frame + kHeaderLength, header.DataLength) != trailer.Checksum) return eResultChecksum;
+  return eResultOk;
+}
