@@ -6,6 +6,8 @@
 #include <string_view>
 
 #include "records/ResultCodes.h"
+#include "textproto/PkvnSentences.h"
+#include "textproto/SentenceFields.h"
 
 using namespace VelaPKVN_Messages;
 
@@ -13,14 +15,23 @@ namespace {
 
 constexpr std::string_view kPrefix = "$PKVN,";
 constexpr unsigned int kMinFrame = 18;
-constexpr unsigned int kMaxFrame = 2047;
 constexpr std::size_t kMaxName = 31;
 
 // The message names; the row is the message type.
 constexpr std::string_view kNames[] = {
-    "RAW", "ATTSTAT", "GBS", "HPR", "BLV", "FVI", "RTKSTAT", "VCT", "INTLT", "TEMPERATURE", "ARN_ROUTER",
+    "RAW",
+    PkvnSentences::kAttStat.name,
+    PkvnSentences::kGbs.name,
+    PkvnSentences::kHpr.name,
+    PkvnSentences::kBlv.name,
+    PkvnSentences::kFvi.name,
+    PkvnSentences::kRtkStat.name,
+    PkvnSentences::kVct.name,
+    PkvnSentences::kIntlt.name,
+    PkvnSentences::kTemperature.name,
+    PkvnSentences::kArn.name,
 };
-static_assert(kNames[ePkvnARN_ROUTER] == "ARN_ROUTER" && std::size(kNames) == ePkvnARN_ROUTER + 1);
+static_assert(std::size(kNames) == ePkvnARN_ROUTER + 1);
 
 struct S_ChannelName {
   std::string_view name;
@@ -62,13 +73,43 @@ bool HasChecksum(std::string_view sentence) {
   return sum == expected;
 }
 
+template <class Record>
+unsigned int DecodeSentence(const PkvnSentences::S_Sentence<Record>& sentence, const unsigned char* frame,
+                            unsigned short length, Record& record, Record& kept) {
+  if (!sentence.isKeptOnFailure) SetEmpty(sentence, kept);
+  if (frame == nullptr) return eResultNull;
+  if (length < kMinFrame) return eResultBadSync;
+  SetEmpty(sentence, record);
+  const unsigned int result = ReadFields(sentence, SentenceFields::TextOf(frame, length), record);
+  if (result == eResultOk) kept = record;
+  return result;
+}
+
 }  // namespace
+
+C_VelaPKVN_Decode::C_VelaPKVN_Decode() { Reset(); }
+
+void C_VelaPKVN_Decode::Reset() {
+  std::fill(std::begin(m_received), std::end(m_received), 0U);
+  std::memset(&m_records, 0, sizeof m_records);
+  SetEmpty(PkvnSentences::kAttStat, m_records.attStat);
+  SetEmpty(PkvnSentences::kGbs, m_records.gbs);
+  SetEmpty(PkvnSentences::kHpr, m_records.hpr);
+  SetEmpty(PkvnSentences::kBlv, m_records.blv);
+  SetEmpty(PkvnSentences::kFvi, m_records.fvi);
+  SetEmpty(PkvnSentences::kRtkStat, m_records.rtkStat);
+  SetEmpty(PkvnSentences::kVct, m_records.vct);
+  SetEmpty(PkvnSentences::kIntlt, m_records.intlt);
+  SetEmpty(PkvnSentences::kTemperature, m_records.temperature);
+  SetEmpty(PkvnSentences::kArn, m_records.arn);
+  m_lastResult = eResultOk;
+}
 
 unsigned int C_VelaPKVN_Decode::ValidateFrame(const unsigned char* frame, unsigned short length, eMessageTypes& type,
                                               unsigned short& errorPosition) {
   if (frame == nullptr) return eResultNull;
   const std::string_view sentence = WithoutLineEnd({reinterpret_cast<const char*>(frame), length});
-  if (sentence.size() > kMaxFrame) return eResultTooLong;
+  if (sentence.size() > PkvnSentences::kMaxText) return eResultTooLong;
   if (sentence.size() < kMinFrame) return eResultTooShort;
 
   const auto wrong = std::mismatch(kPrefix.begin(), kPrefix.end(), sentence.begin()).first;
@@ -89,10 +130,97 @@ unsigned int C_VelaPKVN_Decode::ValidateFrame(const unsigned char* frame, unsign
   return HasChecksum(sentence) ? eResultOk : eResultChecksum;
 }
 
+unsigned int C_VelaPKVN_Decode::Decode(unsigned char* frame, unsigned short length, eMessageTypes& type,
+                                       U_VelaPKVN_EcdDcdData& data) {
+  std::memset(&data, 0, sizeof data);
+  unsigned short errorPosition = 0;
+  m_lastResult = ValidateFrame(frame, length, type, errorPosition);
+  if (m_lastResult == eResultOk) m_lastResult = DecodeByType(frame, length, type, data);
+  if (m_lastResult == eResultOk) ++m_received[type];
+  return m_lastResult;
+}
+
+unsigned int C_VelaPKVN_Decode::DecodeByType(unsigned char* frame, unsigned short length, eMessageTypes type,
+                                             U_VelaPKVN_EcdDcdData& data) {
+  switch (type) {
+    case ePkvnRAW:
+      return eResultNotText;
+    case ePkvnATTSTAT:
+      return Decode_AttStat(frame, length, data.attStat);
+    case ePkvnGBS:
+      return Decode_GBS(frame, length, data.gbs);
+    case ePkvnHPR:
+      return Decode_HPR(frame, length, data.hpr);
+    case ePkvnBLV:
+      return Decode_BLV(frame, length, data.blv);
+    case ePkvnFVI:
+      return Decode_FVI(frame, length, data.fvi);
+    case ePkvnRTKSTAT:
+      return Decode_RtkStat(frame, length, data.rtkStat);
+    case ePkvnVCT:
+      return Decode_VCT(frame, length, data.vct);
+    case ePkvnINTLT:
+      return Decode_INTLT(frame, length, data.intlt);
+    case ePkvnTEMPERATURE:
+      return Decode_TEMPERATURE(frame, length, data.temperature);
+    case ePkvnARN_ROUTER:
+      return Decode_ARN(frame, length, data.arn);
+    case ePkvnUnknown:
+      break;
+  }
+  return eResultUnknownMessage;
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_AttStat(unsigned char* frame, unsigned short length, S_PKvnAttStat& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kAttStat, frame, length, record, m_records.attStat);
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_GBS(unsigned char* frame, unsigned short length, S_PKvnGbs& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kGbs, frame, length, record, m_records.gbs);
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_HPR(unsigned char* frame, unsigned short length, S_PKvnHpr& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kHpr, frame, length, record, m_records.hpr);
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_BLV(unsigned char* frame, unsigned short length, S_PKvnBlv& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kBlv, frame, length, record, m_records.blv);
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_FVI(unsigned char* frame, unsigned short length, S_PKvnFvi& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kFvi, frame, length, record, m_records.fvi);
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_RtkStat(unsigned char* frame, unsigned short length, S_PKvnRtkStat& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kRtkStat, frame, length, record, m_records.rtkStat);
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_VCT(unsigned char* frame, unsigned short length, S_PKvnVct& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kVct, frame, length, record, m_records.vct);
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_INTLT(unsigned char* frame, unsigned short length, S_PKvnINTLT& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kIntlt, frame, length, record, m_records.intlt);
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_TEMPERATURE(unsigned char* frame, unsigned short length,
+                                                   S_PKvnTEMPERATURE& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kTemperature, frame, length, record, m_records.temperature);
+}
+
+unsigned int C_VelaPKVN_Decode::Decode_ARN(unsigned char* frame, unsigned short length, S_PKvnARN& record) {
+  return m_lastResult = DecodeSentence(PkvnSentences::kArn, frame, length, record, m_records.arn);
+}
+
+unsigned int C_VelaPKVN_Decode::GetReceivedMsgCount(eMessageTypes type) const {
+  return type < std::size(m_received) ? m_received[type] : 0;
+}
+
 bool C_VelaPKVN_Decode::ExtractHexValue(const unsigned char* text, unsigned char digits, unsigned int& value) {
   value = 0;
   if (text == nullptr || digits < 1 || digits > 8) return false;
-  for (const unsigned char c : std::basic_string_view(text, digits)) {
+  for (unsigned int i = 0; i < digits; ++i) {
+    const unsigned char c = text[i];
     const bool isLetter = c >= 'A' && c <= 'F';
     if (!isLetter && (c < '0' || c > '9')) return false;
     value = value << 4 | (isLetter ? c - 'A' + 10U : c - '0' + 0U);

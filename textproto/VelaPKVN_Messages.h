@@ -167,4 +167,16 @@ struct S_PKvnARN {
 
 }  // namespace VelaPKVN_Messages
 
+// The records also go by their bare names.
+using VelaPKVN_Messages::S_PKvnARN;
+using VelaPKVN_Messages::S_PKvnAttStat;
+using VelaPKVN_Messages::S_PKvnBlv;
+using VelaPKVN_Messages::S_PKvnFvi;
+using VelaPKVN_Messages::S_PKvnGbs;
+using VelaPKVN_Messages::S_PKvnHpr;
+using VelaPKVN_Messages::S_PKvnINTLT;
+using VelaPKVN_Messages::S_PKvnRtkStat;
+using VelaPKVN_Messages::S_PKvnTEMPERATURE;
+using VelaPKVN_Messages::S_PKvnVct;
+
 #endif  // VELAGNSS_TEXTPROTO_VELA_PKVN_MESSAGES_H

@@ -1,0 +1,262 @@
+// Where each field of a proprietary sentence stands and how it is read: tables and the one interpreter. Internal.
+#ifndef VELAGNSS_TEXTPROTO_PKVN_SENTENCES_H
+#define VELAGNSS_TEXTPROTO_PKVN_SENTENCES_H
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "geo/NotAvailable.h"
+#include "records/ResultCodes.h"
+#include "textproto/FieldParsers.h"
+#include "textproto/SentenceFields.h"
+#include "textproto/VelaPKVN_Messages.h"
+
+namespace PkvnSentences {
+
+using namespace VelaPKVN_Messages;
+
+inline constexpr std::size_t kMaxText = 2047;
+inline constexpr std::size_t kMaxFieldLength = 511;
+inline constexpr std::size_t kFirstField = 2;  // behind "$PKVN" and the message name
+
+// A run of fields that are read alike: mostly one.
+template <class Record>
+struct S_FieldRule {
+  unsigned char first;  // position in the sentence
+  unsigned char count;
+  bool (*store)(std::string_view field, unsigned int index, Record& record);  // false: text that is no such value
+};
+
+// A message: its name, the least number of fields, checksum digits included, and its fields without a gap.
+template <class Record>
+struct S_Sentence {
+  std::string_view name;
+  std::size_t minFields;
+  std::span<const S_FieldRule<Record>> rules;
+  bool isReadToTheEnd;   // more fields than the rules take are an error
+  bool isKeptOnFailure;  // the last record stays when the next sentence of its type is bad
+};
+
+// Readers. An empty field stores the marker: that is no error.
+
+inline bool ReadNumber(std::string_view field, double& value) { return UTIL::ParseFieldDBL(field, NA_DOUBLE, value); }
+inline bool ReadNumber(std::string_view field, unsigned char& value) { return UTIL::ParseFieldU8(field, NA_U8, value); }
+inline bool ReadNumber(std::string_view field, unsigned short& value) {
+  return UTIL::ParseFieldU16(field, NA_U16, value);
+}
+inline bool ReadNumber(std::string_view field, unsigned int& value) {
+  return UTIL::ParseFieldU32(field, NA_U32, value);
+}
+
+template <auto Member, class Record>
+bool Number(std::string_view field, unsigned int, Record& record) {
+  return ReadNumber(field, record.*Member);
+}
+
+template <auto Array, class Record>
+bool Numbers(std::string_view field, unsigned int index, Record& record) {
+  return ReadNumber(field, (record.*Array)[index]);
+}
+
+template <class Record>
+bool TimeOfDay(std::string_view field, unsigned int, Record& record) {
+  return UTIL::ParseTimeOfDaySeconds(field, record.timeOfDay);
+}
+
+template <class Record>
+bool Date(std::string_view field, unsigned int, Record& record) {
+  return UTIL::ParseDate(field, NA_U16, NA_U8, NA_U8, record.year, record.month, record.day);
+}
+
+// One of two letters; 0 when empty.
+template <auto Member, char First, char Second, class Record>
+bool Letter(std::string_view field, unsigned int, Record& record) {
+  record.*Member = 0;
+  if (field.empty()) return true;
+  if (field.size() != 1 || (field[0] != First && field[0] != Second)) return false;
+  record.*Member = field[0];
+  return true;
+}
+
+// Copies what fits beside a NUL; the rest of `text` must be zero.
+template <std::size_t Size>
+bool ReadText(std::string_view field, char (&text)[Size]) {
+  text[field.copy(text, Size - 1)] = '\0';
+  return true;
+}
+
+template <auto Member, class Record>
+bool Text(std::string_view field, unsigned int, Record& record) {
+  return ReadText(field, record.*Member);
+}
+
+template <class Record>
+bool Rest(std::string_view field, unsigned int index, Record& record) {
+  return ReadText(field, record.rest[index]);
+}
+
+// clang-format off
+
+inline constexpr S_FieldRule<S_PKvnAttStat> kAttStatRules[] = {
+    {2, 1, Number<&S_PKvnAttStat::field2>},
+    {3, 1, Text<&S_PKvnAttStat::text3>},
+    {4, 1, Number<&S_PKvnAttStat::field4>},
+    {5, 1, Number<&S_PKvnAttStat::field5>},
+    {6, 1, Letter<&S_PKvnAttStat::field6, 'N', 'G'>},
+    {7, 1, Number<&S_PKvnAttStat::field7>},
+    {8, 1, Number<&S_PKvnAttStat::field8>},
+    {9, 1, Letter<&S_PKvnAttStat::field9, 'P', 'R'>},
+    {10, 1, Number<&S_PKvnAttStat::field10>},
+    {11, kMaxRestFields, Rest},
+};
+
+inline constexpr S_FieldRule<S_PKvnGbs> kGbsRules[] = {
+    {2, 1, TimeOfDay},
+    {3, 1, Number<&S_PKvnGbs::field3>},
+    {4, 1, Number<&S_PKvnGbs::field4>},
+    {5, 1, Number<&S_PKvnGbs::field5>},
+    {6, 1, Number<&S_PKvnGbs::field6>},
+    {7, 1, Number<&S_PKvnGbs::field7>},
+    {8, 1, Number<&S_PKvnGbs::field8>},
+    {9, 1, Number<&S_PKvnGbs::field9>},
+    {10, 1, Number<&S_PKvnGbs::field10>},
+    {11, 1, Number<&S_PKvnGbs::field11>},
+    {12, 1, Number<&S_PKvnGbs::field12>},
+};
+
+inline constexpr S_FieldRule<S_PKvnHpr> kHprRules[] = {
+    {2, 1, TimeOfDay},
+    {3, 1, Number<&S_PKvnHpr::heading>},
+    {4, 1, Number<&S_PKvnHpr::pitch>},
+    {5, 1, Number<&S_PKvnHpr::roll>},
+    {6, 1, Letter<&S_PKvnHpr::field6, 'N', 'G'>},
+};
+
+inline constexpr S_FieldRule<S_PKvnBlv> kBlvRules[] = {
+    {2, 1, TimeOfDay},
+    {3, 1, Date},
+    {4, 1, Number<&S_PKvnBlv::field4>},
+    {5, 1, Number<&S_PKvnBlv::field5>},
+    {6, 1, Number<&S_PKvnBlv::field6>},
+    {7, 1, Number<&S_PKvnBlv::field7>},
+    {8, 1, Number<&S_PKvnBlv::field8>},
+    {9, 1, Number<&S_PKvnBlv::field9>},
+    {10, 1, Number<&S_PKvnBlv::field10>},
+};
+
+inline constexpr S_FieldRule<S_PKvnFvi> kFviRules[] = {
+    {2, 1, TimeOfDay},
+    {3, 19, Numbers<&S_PKvnFvi::field3to21>},
+    {22, 1, Text<&S_PKvnFvi::text22>},
+    {23, 1, Number<&S_PKvnFvi::field23>},
+    {24, 1, Number<&S_PKvnFvi::field24>},
+    {25, 1, Number<&S_PKvnFvi::field25>},
+    {26, 1, Number<&S_PKvnFvi::field26>},
+    {27, 1, Number<&S_PKvnFvi::field27>},
+    {28, 1, Number<&S_PKvnFvi::field28>},
+    {29, 1, Number<&S_PKvnFvi::field29>},
+    {30, 1, Number<&S_PKvnFvi::field30>},
+};
+
+inline constexpr S_FieldRule<S_PKvnRtkStat> kRtkStatRules[] = {
+    {2, kMaxRestFields, Rest},
+};
+
+inline constexpr S_FieldRule<S_PKvnVct> kVctRules[] = {
+    {2, 1, Number<&S_PKvnVct::field2>},
+    {3, 1, TimeOfDay},
+    {4, 1, Number<&S_PKvnVct::field4>},
+    {5, 1, Number<&S_PKvnVct::field5>},
+    {6, 1, Number<&S_PKvnVct::field6>},
+    {7, 1, Number<&S_PKvnVct::field7>},
+    {8, 1, Number<&S_PKvnVct::field8>},
+    {9, 1, Number<&S_PKvnVct::field9>},
+    {10, 1, Number<&S_PKvnVct::field10>},
+    {11, 1, Number<&S_PKvnVct::field11>},
+};
+
+inline constexpr S_FieldRule<S_PKvnINTLT> kIntltRules[] = {{2, 1, Number<&S_PKvnINTLT::field2>}};
+
+inline constexpr S_FieldRule<S_PKvnTEMPERATURE> kTemperatureRules[] = {{2, 1, Number<&S_PKvnTEMPERATURE::field2>}};
+
+inline constexpr S_FieldRule<S_PKvnARN> kArnRules[] = {
+    {2, 1, Number<&S_PKvnARN::field2>},
+    {3, 1, Number<&S_PKvnARN::field3>},
+    {4, 1, Number<&S_PKvnARN::field4>},
+    {5, 1, Number<&S_PKvnARN::field5>},
+    {6, 1, Number<&S_PKvnARN::field6>},
+    {7, 1, Number<&S_PKvnARN::field7>},
+    {8, 1, Number<&S_PKvnARN::field8>},
+    {9, 1, Number<&S_PKvnARN::field9>},
+    {10, 1, Number<&S_PKvnARN::field10>},
+    {11, 1, Number<&S_PKvnARN::field11>},
+    {12, 1, Number<&S_PKvnARN::field12>},
+    {13, 1, Number<&S_PKvnARN::field13>},
+};
+
+//                                                          name        fields  rules              to the end  kept
+inline constexpr S_Sentence<S_PKvnAttStat> kAttStat         = {"ATTSTAT",     19, kAttStatRules,     true,       false};
+inline constexpr S_Sentence<S_PKvnGbs> kGbs                 = {"GBS",         14, kGbsRules,         false,      false};
+inline constexpr S_Sentence<S_PKvnHpr> kHpr                 = {"HPR",          8, kHprRules,         false,      false};
+inline constexpr S_Sentence<S_PKvnBlv> kBlv                 = {"BLV",         12, kBlvRules,         false,      false};
+inline constexpr S_Sentence<S_PKvnFvi> kFvi                 = {"FVI",         32, kFviRules,         false,      false};
+inline constexpr S_Sentence<S_PKvnRtkStat> kRtkStat         = {"RTKSTAT",     20, kRtkStatRules,     false,      false};
+inline constexpr S_Sentence<S_PKvnVct> kVct                 = {"VCT",         13, kVctRules,         false,      false};
+inline constexpr S_Sentence<S_PKvnINTLT> kIntlt             = {"INTLT",        4, kIntltRules,       false,      false};
+inline constexpr S_Sentence<S_PKvnTEMPERATURE> kTemperature = {"TEMPERATURE",  4, kTemperatureRules, false,      true};
+inline constexpr S_Sentence<S_PKvnARN> kArn                 = {"ARN_ROUTER",   4, kArnRules,         false,      false};
+
+// clang-format on
+
+// Position behind the last field of a message; 0 where a rule does not start at the field behind the one before it.
+template <class Record>
+constexpr std::size_t EndOfFields(const S_Sentence<Record>& sentence) {
+  std::size_t end = kFirstField;
+  for (const S_FieldRule<Record>& rule : sentence.rules) {
+    if (rule.first != end) return 0;
+    end += rule.count;
+  }
+  return end;
+}
+
+// The fields that the longest message takes.
+inline constexpr std::size_t kMaxFields = EndOfFields(kAttStat);
+
+// Messages whose least number of fields is all of them and the checksum, and those that may be longer or shorter.
+static_assert(EndOfFields(kGbs) + 1 == kGbs.minFields && EndOfFields(kHpr) + 1 == kHpr.minFields &&
+              EndOfFields(kBlv) + 1 == kBlv.minFields && EndOfFields(kFvi) + 1 == kFvi.minFields &&
+              EndOfFields(kVct) + 1 == kVct.minFields && EndOfFields(kIntlt) + 1 == kIntlt.minFields &&
+              EndOfFields(kTemperature) + 1 == kTemperature.minFields);
+static_assert(EndOfFields(kArn) == 14 && EndOfFields(kRtkStat) == 66 && kMaxFields == 75);
+
+// Not available: what a sentence of empty fields leaves. Padding is zero, too.
+template <class Record>
+void SetEmpty(const S_Sentence<Record>& sentence, Record& record) {
+  std::memset(&record, 0, sizeof record);
+  for (const S_FieldRule<Record>& rule : sentence.rules)
+    for (unsigned int i = 0; i < rule.count; ++i) rule.store({}, i, record);
+}
+
+// Reads the fields of `text` into an empty record.
+template <class Record>
+unsigned int ReadFields(const S_Sentence<Record>& sentence, std::string_view text, Record& record) {
+  if (text.size() > kMaxText) return eResultBadField;
+  std::string_view fields[kMaxFields];
+  const std::size_t count = SentenceFields::Split(text, kMaxFieldLength, fields);
+  if (count < sentence.minFields) return eResultBadField;
+  if (fields[0] != "$PKVN" || fields[1] != sentence.name) return eResultWrongSentence;
+
+  const std::size_t end = std::min(count, EndOfFields(sentence));
+  for (const S_FieldRule<Record>& rule : sentence.rules)
+    for (unsigned int i = 0; i < rule.count && rule.first + i < end; ++i)
+      if (!rule.store(fields[rule.first + i], i, record)) return eResultBadField;
+  if constexpr (requires { record.restCount; })
+    record.restCount = static_cast<unsigned short>(end - sentence.rules.back().first);
+  return sentence.isReadToTheEnd && end < count ? eResultBadField : eResultOk;
+}
+
+}  // namespace PkvnSentences
+
+#endif  // VELAGNSS_TEXTPROTO_PKVN_SENTENCES_H

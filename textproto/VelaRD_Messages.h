@@ -1,0 +1,31 @@
+// The record of the receiver's diagnostic sentence "$RD1".
+#ifndef VELAGNSS_TEXTPROTO_VELA_RD_MESSAGES_H
+#define VELAGNSS_TEXTPROTO_VELA_RD_MESSAGES_H
+
+#include <cstdint>
+
+namespace VelaRD_Messages {
+
+// Internal signal diagnostics. Members are named after their position in the sentence, 0 being "$RD1"; what the numbers
+// measure is known to the receiver's maker only. A sentence may end early: what it does not carry is 0.
+struct S_IntSignalDiagMsg {
+  double timeOfWeek;     // s, 0 to below 604800
+  std::int64_t field2;   // 0 and up
+  double field3;         // 1300 to 1700
+  std::int64_t field5a;  // 0 and up; the part of position 5 before its "-"
+  std::int64_t field5b;  // 0 and up; the part behind it
+  double field6;         // 0 to 200
+  double field7;
+  double field8;
+  std::int64_t field9;    // 0 and up; hexadecimal in the sentence
+  std::int64_t field10;   // 0 and up; hexadecimal in the sentence
+  std::int64_t field11;   // 0 and up
+  std::uint32_t field12;  // hexadecimal in the sentence
+};
+
+}  // namespace VelaRD_Messages
+
+// The record also goes by its bare name.
+using VelaRD_Messages::S_IntSignalDiagMsg;
+
+#endif  // VELAGNSS_TEXTPROTO_VELA_RD_MESSAGES_H
