@@ -1,0 +1,200 @@
+#include "samples/Frames.h"
+
+namespace {
+
+// Formatters in the order of their type numbers, with the lengths within which a reader accepts them: from "$" to the
+// first character of the line end.
+struct S_Formatter {
+  std::string_view name;
+  std::size_t least;
+  std::size_t most;
+};
+
+// clang-format off
+constexpr S_Formatter kFormatters[] = {
+    {"ALM", 27, 128}, {"APB", 21, 64},  {"BWC", 19, 88},  {"DTM", 15, 120}, {"HDG", 14, 120}, {"HDM", 14, 120},
+    {"HDT", 14, 120}, {"HEV", 14, 120}, {"GGA", 22, 128}, {"GLL", 13, 60},  {"GNS", 20, 120}, {"GRS", 20, 250},
+    {"GSA", 24, 250}, {"GST", 15, 70},  {"GSV", 10, 100}, {"RMA", 18, 90},  {"RMB", 20, 100}, {"RMC", 18, 90},
+    {"ROT", 9, 25},   {"RRE", 11, 200}, {"VTG", 15, 50},  {"XTE", 12, 32},  {"ZDA", 13, 40},
+};
+// clang-format on
+
+// Sentences that a receiver sends now and then, of all formatters without a builder of their own.
+constexpr const char* kRareSentences[] = {
+    "HEHDT,089.94,T",
+    "HCHDG,91.2,,,1.3,E",
+    "HCHDM,91.2,M",
+    "TIROT,-0.4,A",
+    "GPHEV,0.118",
+    "GPDTM,W84,,0.0000,N,0.0000,E,0.0,W84",
+    "GPGRS,235718.00,1,0.4,-0.7,1.1,0.0,-0.2,0.9,-1.3,0.5,,,,",
+    "GPALM,1,1,15,938,00,4A31,48,0B2F,FD3C,A10D1B,5A28C7,7A4417,2E9B06,1F2,003",
+    "GPXTE,A,A,0.03,R,N",
+    "GPRMA,A,5128.6700,N,00000.1000,E,,,20.0,090.0,1.3,E",
+    "GPRMB,A,0.03,R,BRIDGE,QUAY,5128.7000,N,00002.5000,E,001.6,089.2,020.0,V",
+    "GPAPB,A,A,0.03,R,N,V,V,089.2,T,QUAY,089.5,T,090.0,T",
+    "GPBWC,235736.00,5128.7000,N,00002.5000,E,089.2,T,090.5,M,001.6,N,QUAY",
+    "GPRRE,04,05,-0.3,12,0.8,25,1.1,29,-0.6,1.4,2.2",
+    "TIROT,12.5,V",
+    "TIROT,,V",
+};
+
+struct S_Satellite {
+  int id;
+  int elevation;
+  int azimuth;
+  int signal;  // dB-Hz; 0 in view but not tracked
+};
+
+// What one talker sees, and the second signal that it reports besides the first.
+struct S_SystemView {
+  const char* talker;
+  int systemId;
+  int signalIds[2];  // 0: no second one
+  std::vector<S_Satellite> satellites;
+};
+
+const std::vector<S_SystemView>& Views() {
+  // clang-format off
+  static const std::vector<S_SystemView> views = {
+      {"GP", 1, {1, 8}, {{4, 25, 61, 41}, {5, 67, 214, 49}, {7, 8, 331, 33}, {12, 44, 260, 46}, {13, 19, 127, 39},
+                         {15, 15, 184, 37}, {18, 10, 318, 0}, {20, 33, 301, 43}, {25, 58, 288, 48}, {29, 71, 97, 50}}},
+      {"GL", 2, {1, 3}, {{67, 31, 44, 42}, {68, 78, 305, 48}, {69, 29, 232, 40}, {77, 12, 21, 34}, {78, 40, 74, 45},
+                         {83, 9, 273, 0}, {88, 36, 316, 44}}},
+      {"GA", 3, {7, 0}, {{3, 22, 58, 40}, {5, 49, 75, 46}, {9, 63, 195, 49}, {31, 17, 246, 38}, {34, 28, 291, 0}}},
+      {"GB", 4, {1, 0}, {{11, 20, 36, 38}, {14, 55, 281, 46}, {19, 13, 327, 35}, {21, 47, 140, 45}, {22, 72, 247, 48},
+                         {26, 33, 183, 43}, {33, 14, 95, 36}, {35, 26, 63, 41}}},
+  };
+  // clang-format on
+  return views;
+}
+
+std::string SatelliteFields(const S_Satellite& satellite, S_Context& context) {
+  const int azimuth = satellite.azimuth + context.now.second / 100;
+  const auto fading = static_cast<int>(context.random.Below(4));
+  return ',' + Fixed(satellite.id, 0, 2) + ',' + Fixed(satellite.elevation, 0, 2) + ',' + Fixed(azimuth, 0, 3) + ',' +
+         (satellite.signal == 0 ? "" : Fixed(satellite.signal - fading, 0, 2));
+}
+
+// `signal`: the field of the signal id with its comma, or nothing.
+void AppendGsv(std::vector<S_Frame>& frames, const S_SystemView& view, const std::string& signal, S_Context& context) {
+  const std::size_t inView = view.satellites.size();
+  const std::size_t sentences = (inView + 3) / 4;
+  for (std::size_t sentence = 0; sentence < sentences; ++sentence) {
+    std::string body = std::string(view.talker) + "GSV," + std::to_string(sentences) + ',' +
+                       std::to_string(sentence + 1) + ',' + Fixed(static_cast<std::int64_t>(inView), 0, 2);
+    for (std::size_t index = 4 * sentence; index < inView && index < 4 * sentence + 4; ++index)
+      body += SatelliteFields(view.satellites[index], context);
+    frames.push_back(Sentence(body + signal));
+  }
+}
+
+std::string GsaBody(const char* talker, const S_SystemView& view) {
+  std::string body = std::string(talker) + "GSA,A,3";
+  std::size_t used = 0;
+  for (const S_Satellite& satellite : view.satellites) {
+    if (satellite.signal == 0) continue;
+    body += ',' + Fixed(satellite.id, 0, 2);
+    ++used;
+  }
+  return body + std::string(12 - used, ',') + ",1.4,0.7,1.2";
+}
+
+}  // namespace
+
+S_Frame Sentence(const std::string& body) {
+  const std::string bytes = '$' + body + '*' + Hex(Xor(body), 2) + '\r';
+  const std::string name = body.substr(2, 3);
+  for (std::uint32_t row = 0; row < std::size(kFormatters); ++row) {
+    if (kFormatters[row].name != name) continue;
+    Require(bytes.size() >= kFormatters[row].least && bytes.size() <= kFormatters[row].most, "length of " + bytes);
+    return {eNmea, row, name, bytes, "\n", ""};
+  }
+  Require(false, "no formatter " + name);
+  return {};
+}
+
+S_Frame MakeGga(S_Context& context) {
+  const S_Moment& now = context.now;
+  return Sentence("GNGGA," + TimeField(now) + ',' + PositionFields(now) + ",4,24,0.7," + Fixed(now.altitude, 3) +
+                  ",M,45.412,M,1.0,0042");
+}
+
+S_Frame MakeRmc(S_Context& context) {
+  const S_Moment& now = context.now;
+  return Sentence("GNRMC," + TimeField(now) + ",A," + PositionFields(now) + ',' + Fixed(now.speed, 3) + ',' +
+                  Fixed(now.course, 2, 6) + ',' + DateField(now) + ",1.3,E,R,S");
+}
+
+S_Frame MakeRmcOfNmea2(S_Context& context) {
+  const S_Moment& now = context.now;
+  return Sentence("GPRMC," + TimeField(now) + ",A," + PositionFields(now) + ',' + Fixed(now.speed, 3) + ',' +
+                  Fixed(now.course, 2, 6) + ',' + DateField(now) + ",,");
+}
+
+S_Frame MakeVtg(S_Context& context) {
+  const S_Moment& now = context.now;
+  const std::int64_t kmh = std::int64_t{now.speed} * 1852 / 1000;
+  return Sentence("GNVTG," + Fixed(now.course, 2, 6) + ",T," + Fixed(now.course - 130, 2, 6) + ",M," +
+                  Fixed(now.speed, 3, 7) + ",N," + Fixed(kmh, 3, 7) + ",K,R");
+}
+
+S_Frame MakeVtgOfNmea2(S_Context& context) {
+  return Sentence("GPVTG," + Fixed(context.now.course / 10, 1, 5) + ",T,,M," + Fixed(context.now.speed / 10, 2) +
+                  ",N,,K");
+}
+
+S_Frame MakeGns(S_Context& context) {
+  const S_Moment& now = context.now;
+  const bool fourSystems = context.round % 2 == 0;
+  return Sentence((fourSystems ? "GNGNS," : "GAGNS,") + TimeField(now) + ',' + PositionFields(now) +
+                  (fourSystems ? ",RRAAN,24,0.7," : ",NNF,05,1.1,") + Fixed(now.altitude, 3) + ",45.412,1.0,0042" +
+                  (fourSystems ? ",S" : ""));
+}
+
+S_Frame MakeGll(S_Context& context) {
+  const char* const talkers[] = {"GN", "GP", "GL"};
+  return Sentence(std::string(talkers[context.round % 3]) + "GLL," + PositionFields(context.now) + ',' +
+                  TimeField(context.now) + ",A,D");
+}
+
+S_Frame MakeZda(S_Context& context) {
+  return Sentence("GNZDA," + TimeField(context.now) + ',' + Fixed(context.now.day, 0, 2) + ",05,2024,00,00");
+}
+
+S_Frame MakeGst(S_Context& context) {
+  const auto noise = [&context](int least) { return Fixed(context.random.Between(least, least + 9), 3); };
+  return Sentence("GNGST," + TimeField(context.now) + ',' + noise(11) + ',' + noise(14) + ',' + noise(9) + ",071.3," +
+                  noise(10) + ',' + noise(12) + ',' + noise(21));
+}
+
+S_Frame MakeRareSentence(S_Context& context) {
+  return Sentence(kRareSentences[context.round % std::size(kRareSentences)]);
+}
+
+std::vector<S_Frame> MakeGsvSet(S_Context& context) {
+  std::vector<S_Frame> frames;
+  for (const S_SystemView& view : Views()) {
+    for (const int signal : view.signalIds)
+      if (signal != 0) AppendGsv(frames, view, ',' + std::to_string(signal), context);
+  }
+  return frames;
+}
+
+std::vector<S_Frame> MakeGsvSetOfNmea2(S_Context& context) {
+  std::vector<S_Frame> frames;
+  AppendGsv(frames, Views()[context.round % 2], "", context);
+  return frames;
+}
+
+std::vector<S_Frame> MakeGsaSet(S_Context&) {
+  std::vector<S_Frame> frames;
+  for (const S_SystemView& view : Views())
+    frames.push_back(Sentence(GsaBody("GN", view) + ',' + std::to_string(view.systemId)));
+  return frames;
+}
+
+std::vector<S_Frame> MakeGsaSetOfNmea2(S_Context& context) {
+  const S_SystemView& view = Views()[context.round % 2];
+  return {Sentence(GsaBody(view.talker, view))};
+}
