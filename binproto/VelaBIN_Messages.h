@@ -170,6 +170,30 @@ struct S_VelaBIN_Obs {
   S_MsgTrailer Trailer;
 };
 
+// What a decoder last received of each message.
+struct S_StoredMessages {
+  S_BinMsg1 bin1;
+  S_BinMsg2 bin2;
+  S_BinMsg3 bin3;
+  S_BinMsg5 bin5;
+  S_BinMsg16 bin16;
+  S_BinMsg95 bin25;
+  S_RawBinMsg34 bin34;
+  S_BinMsg95 bin35;
+  S_BinMsg36 bin36;
+  S_BinMsg44 bin44;
+  S_BinMsg95 bin45;
+  S_BinMsg65 bin65;
+  S_BinMsg66 bin66;
+  S_BinMsg76 bin76;
+  S_BinMsg93 bin93;
+  S_BinMsg94 bin94;
+  S_BinMsg95 bin95;
+  S_BinMsg122 bin122;
+  S_BinMsg180 bin180;
+  S_BinMsg209 bin209;
+};
+
 }  // namespace VelaBIN_Messages
 
 #endif  // VELAGNSS_BINPROTO_VELABIN_MESSAGES_H

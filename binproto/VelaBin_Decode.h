@@ -1,12 +1,106 @@
-// Checks frames of the receiver's binary protocol "VelaBIN" and decodes them.
+// Checks frames of the receiver's binary protocol "VelaBIN" and decodes them into interface records.
+//
+// A host constructs one decoder, gives it the time if it wants ephemerides (`SeedTime`), and hands every binary frame
+// that the recognizer delivers to `Decode`:
+//
+//   C_VelaBin_Decode decoder(nullptr);
+//   decoder.SeedTime(2300, 345600.0, ALGO::GNSS_GPS);
+//   unsigned short number = 0;
+//   U_VelaBIN_EcdDcdData record;  // some 31 KB: keep one, do not put it on a small stack
+//   if (decoder.Decode(frame, length, number, record) == eResultOk && number == VelaBIN_Messages::eBin95)
+//     Use(record.keplerEph);
+//
+// How far the twenty supported messages are decoded:
+//
+//   25, 95                            FULL: QZSS and GPS ephemeris, `keplerEph`
+//   65, 93                            FULL: GLONASS and SBAS ephemeris, `pvaEph`
+//   35, 45                            NOT DECODED: `keplerEph` names the satellite, every other field is empty; the
+//                                     result is 0 with and without a seed
+//   16, 36, 66, 76                    NOT DECODED: `obs` has header and trailer, no satellite
+//   1, 2, 3, 5, 34, 44, 94, 122, 180  NOT DECODED: header, raw body and trailer
+//   209                               fields by their size; their meaning is not known
+//
+// Frames of all twenty are checked, dispatched and counted alike. A body longer than its layout is accepted: the rest
+// is not looked at, and the trailer of the record is what stands right behind the known body.
 #ifndef VELAGNSS_BINPROTO_VELABIN_DECODE_H
 #define VELAGNSS_BINPROTO_VELABIN_DECODE_H
 
+#include <memory>
+
+#include "binproto/SatelliteList.h"
 #include "binproto/VelaBIN_Messages.h"
+#include "geo/GnssTime.h"
+#include "records/InterfaceRecords.h"
 #include "velagnss_export.h"
 
+// What `C_VelaBin_Decode::Decode` fills: the member of the message's number, beside each. Owned by the caller.
+union U_VelaBIN_EcdDcdData {
+  VelaBIN_Messages::S_BinMsg1 bin1;
+  VelaBIN_Messages::S_BinMsg2 bin2;
+  VelaBIN_Messages::S_BinMsg3 bin3;
+  VelaBIN_Messages::S_BinMsg5 bin5;
+  VelaBIN_Messages::S_VelaBIN_Obs obs;  // 16, 36, 66, 76
+  VelaBIN_Messages::S_IntBinMsg34 bin34;
+  S_IFKeplerEphRec keplerEph;  // 25, 35, 45, 95
+  VelaBIN_Messages::S_BinMsg44 bin44;
+  S_IFPvaEphRec pvaEph;  // 65, 93
+  VelaBIN_Messages::S_BinMsg94 bin94;
+  VelaBIN_Messages::S_BinMsg122 bin122;
+  VelaBIN_Messages::S_BinMsg180 bin180;
+  VelaBIN_Messages::S_BinMsg209 bin209;
+};
+
+class C_ContinuityTracker;
+
+// Keeps between frames: one stored record per message, counters, the latest known time of each system ("seed"), and the
+// frequency channels of the GLONASS slots. Allocates in its constructor only. Not copyable; used by one thread at a
+// time.
+//
+// Result codes are those of `records/ResultCodes.h`.
 class VELAGNSS_API C_VelaBin_Decode {
  public:
+  // Half a week in seconds: 302400.0.
+  static const double mdHalfWeekSec;
+
+  // A decoder with 64 satellite slots. The list may be null; it is not owned and must outlive the decoder.
+  explicit C_VelaBin_Decode(const C_SatelliteList* list);
+
+  // The same with another number of satellite slots, which observation messages would take.
+  C_VelaBin_Decode(const C_SatelliteList* list, const unsigned short& slots);
+
+  ~C_VelaBin_Decode();
+
+  // Back to the state after construction: counters 0, stored records preset, seeds unset, GLONASS channels unknown. The
+  // satellite list and the number of slots stay.
+  void Reset();
+
+  // --- Known times and channels -------------------------------------------------------------------------------------
+
+  // Makes a time known, so that broadcast weeks (modulo 1024) can be completed: any time within half a roll-over
+  // period, some nine years, of the ephemerides will do. Ignored: week 0 together with seconds of exactly 0.0, and
+  // systems above
+  // 6. The time is stored normalised. GPS, BeiDou and Galileo times set each other (BeiDou time is GPS time - 14 s,
+  // Galileo time is GPS time, all on the same week scale); other systems set only their own slot.
+  void SeedTime(unsigned short week, double seconds, ALGO::eGNSSSystem system);
+  void SeedTime(const C_GnssTime& time);
+
+  // The seed of a system; one that is not set, or that no slot exists for, is week 0, 0.0 s and system 7.
+  const C_GnssTime& GetSeedTime(ALGO::eGNSSSystem system) const;
+
+  // Completes the broadcast `week` of a system: the week nearest to its seed that agrees modulo 1024. False, and `week`
+  // untouched, when the system has no seed or is above 6. BeiDou and Galileo weeks are taken to start 1356 and 1024
+  // weeks after GPS weeks, as their documents say; what comes out is on the GPS scale.
+  bool ResolveWeek(ALGO::eGNSSSystem system, unsigned short& week) const;
+
+  // Frequency channel of a GLONASS slot 1 to 24: -7 to +6, or -128 for unknown. False, and nothing changed, for any
+  // other slot or channel. Message 65 sets the channel of its slot by the same rule.
+  bool SetGlonassSvChannelId(unsigned char slot, signed char channel);
+
+  // The channel known for a slot; -128 for unknown, and outside 1 to 24.
+  signed char GetGlonassSvChannelId(unsigned char slot) const;
+
+  // --- Frames -------------------------------------------------------------------------------------------------------
+
   // Checks one frame: sync, message number, length, checksum. `frame` may be longer than the frame that it begins with.
   //
   // Written as far as the checks get: `position` (1 to 4 after the sync byte that is tried, 8 once the header is read),
@@ -22,6 +116,31 @@ class VELAGNSS_API C_VelaBin_Decode {
   //   eResultOk
   static unsigned int ValidateFrame(const unsigned char* frame, unsigned short length, unsigned short& msgNumber,
                                     unsigned short& frameLength, unsigned short& position);
+
+  // Checks a frame, decodes it into the member of `out` that belongs to its number, and counts it. `frame` is read in
+  // place and not changed; `length` must be that of the frame exactly, without carriage return and line feed.
+  //
+  // `out` is cleared to zero bytes before anything else; after a failure it is zero or filled in part. `msgNumber` is
+  // set as far as `ValidateFrame` gets. A message that fails is not counted and leaves the next ones decoded as if
+  // alone. Results: those of `ValidateFrame`, then
+  //   eResultTooLong         more bytes than the frame has
+  //   eResultUnknownMessage  not one of the twenty supported numbers
+  //   eResultPastEnd         the body is shorter than the message's layout
+  //   and those of the message, below
+  unsigned int Decode(unsigned char* frame, const unsigned short& length, unsigned short& msgNumber,
+                      U_VelaBIN_EcdDcdData& out);
+
+  // Result of the last `Decode` or `Decode_Bin1` ... `Decode_Bin209`; 0 before the first and after `Reset`.
+  unsigned int GetLastResult() const;
+
+  // How many frames of a number `Decode` has decoded with success since construction or `Reset`; 0 for numbers above
+  // 209.
+  unsigned int GetReceivedMsgCount(VelaBIN_Messages::eMessageTypes type) const;
+
+  // True for 16, 36, 66 and 76.
+  static bool IsAnObservationMsg(VelaBIN_Messages::eMessageTypes type);
+
+  // --- Fields -------------------------------------------------------------------------------------------------------
 
   // Readers of little-endian fields. `position` is an offset from the start of the frame and moves behind what is read;
   // any alignment will do. The value is 0 after a failure:
@@ -42,6 +161,115 @@ class VELAGNSS_API C_VelaBin_Decode {
   // is neither read nor checked, and `trailer` always holds it as 0x0A0D. Results as of the readers.
   static unsigned int Decode_Bin_Trailer(const unsigned char* frame, const unsigned short& length,
                                          unsigned short& position, VelaBIN_Messages::S_MsgTrailer& trailer);
+
+  // --- Messages, one by one -----------------------------------------------------------------------------------------
+
+  // `Decode` without the check of the frame and without the count: neither the sync nor the checksum is looked at, nor
+  // whether the data length agrees with `length`. Common results, with `out` untouched:
+  //   eResultNull          `frame` is null
+  //   eResultBadSync       `length` of 9 or less
+  //   eResultWrongMessage  the block id is not the message's number
+  //   eResultPastEnd       header, body or checksum would end at or behind `length`
+
+  // Header, raw body and trailer. NOT DECODED.
+  unsigned int Decode_Bin1(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg1& out);
+  unsigned int Decode_Bin2(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg2& out);
+  unsigned int Decode_Bin3(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg3& out);
+  unsigned int Decode_Bin5(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg5& out);
+  unsigned int Decode_Bin34(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_IntBinMsg34& out);
+  unsigned int Decode_Bin44(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg44& out);
+  unsigned int Decode_Bin94(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg94& out);
+  unsigned int Decode_Bin122(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg122& out);
+  unsigned int Decode_Bin180(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg180& out);
+
+  // Header, fields and trailer.
+  unsigned int Decode_Bin209(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg209& out);
+
+  // Observations: header and trailer, no satellites, all other bytes zero. NOT DECODED.
+  unsigned int Decode_Bin16(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_VelaBIN_Obs& out);
+  unsigned int Decode_Bin36(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_VelaBIN_Obs& out);
+  unsigned int Decode_Bin66(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_VelaBIN_Obs& out);
+  unsigned int Decode_Bin76(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_VelaBIN_Obs& out);
+
+  // BeiDou (35) and Galileo (45) ephemeris: the record names satellite and system. NOT DECODED.
+  unsigned int Decode_Bin35(unsigned char* frame, const unsigned short& length, S_IFKeplerEphRec& out);
+  unsigned int Decode_Bin45(unsigned char* frame, const unsigned short& length, S_IFKeplerEphRec& out);
+
+  // QZSS (25) and GPS (95) ephemeris; `Decode_Bin95` with `qzss` expects message 25. Further results as of
+  // `Bin95ToIFEphRec`.
+  unsigned int Decode_Bin25(unsigned char* frame, const unsigned short& length, S_IFKeplerEphRec& out);
+  unsigned int Decode_Bin95(unsigned char* frame, const unsigned short& length, S_IFKeplerEphRec& out, bool qzss);
+
+  // GLONASS (65) and SBAS (93) ephemeris. eResultWrongMessage also stands for a conversion that answers false.
+  unsigned int Decode_Bin65(unsigned char* frame, const unsigned short& length, S_IFPvaEphRec& out);
+  unsigned int Decode_Bin93(unsigned char* frame, const unsigned short& length, S_IFPvaEphRec& out);
+
+  // --- Conversions --------------------------------------------------------------------------------------------------
+
+  // Message 34 as received into message 34 as handed out: the same bytes. NOT DECODED.
+  static void Bin34ToInterpretedRec(const VelaBIN_Messages::S_RawBinMsg34& raw, VelaBIN_Messages::S_IntBinMsg34& out);
+
+  // GPS or QZSS subframes (IS-GPS-200, 20.3.3) into an ephemeris in SI units and radians. `out` is emptied first.
+  //   eResultOutOfRange  satellite number outside 1 to 64 (GPS) or 183 to 211 (QZSS); only the satellite is named
+  //   eResultNoSeed      no GPS time is known: the weeks are those of the message, all else is filled
+  unsigned int Bin95ToIFEphRec(const VelaBIN_Messages::S_BinMsg95& message, S_IFKeplerEphRec& out, bool qzss) const;
+
+  // Words of BeiDou and Galileo: `out` is emptied and gets satellite number and system. Always 0. NOT DECODED.
+  unsigned int Bin35ToIFEphRec(const VelaBIN_Messages::S_BinMsg95& message, S_IFKeplerEphRec& out) const;
+  unsigned int Bin45ToIFEphRec(const VelaBIN_Messages::S_BinMsg95& message, S_IFKeplerEphRec& out) const;
+
+  // Completes the weeks of an ephemeris whose `TxWeek` is as broadcast: reference times more than half a week from the
+  // transmission belong to the week before or after. eResultNoSeed when `TimeSystem` has no seed; then the weeks are
+  // not completed.
+  unsigned int KepEph_ResolveWeeksAndEOW(S_IFKeplerEphRec& record) const;
+
+  // GLONASS strings (GLONASS ICD, 4.4) into an ephemeris in SI units; learns the frequency channel of the slot. `out`
+  // is emptied first. False, with `out` filled in part, for a header that is not of message 65, a slot outside 1 to 24
+  // or a channel byte outside 1 to 14; byte 136 reads as channel -128, "unknown", and is accepted.
+  //
+  // The day of the frame time follows from the reference time; where a day has to be added or taken off, the frame's
+  // time of day is compared with the reference time of week to tell which.
+  bool Bin65ToIFPvaEphRec(const VelaBIN_Messages::S_BinMsg65& message, S_IFPvaEphRec& out);
+
+  // SBAS ephemeris in SI units. `out` is emptied first. False, with `out` filled in part, for a header that is not of
+  // message 93, or when no GPS time is known.
+  bool Bin93ToIFPvaEphRec(const VelaBIN_Messages::S_BinMsg93& message, S_IFPvaEphRec& out) const;
+
+  // GLONASS date to time: four-year interval N4 (1 starts in 1996), day NT of it (1 is 1 January), and `tb` seconds of
+  // that day, in GLONASS time. `out` is normalised, all whole weeks carried.
+  static void ResolveGstTb(unsigned short N4, unsigned short NT, double tb, C_GnssTime& out);
+
+  // --- Bits of GLONASS strings --------------------------------------------------------------------------------------
+
+  // The unsigned number in the bits firstBit ... firstBit + count - 1 of a string, `firstBit` the lowest. 0 for a first
+  // bit outside 1 to 85 or a count outside 1 to 32; bits above 85 read as 0.
+  static unsigned int DecodeGloStringBits(const VelaBIN_Messages::S_GLONavString& string, unsigned char firstBit,
+                                          unsigned char count);
+
+  // The same of string `stringNo`, 1 to 5, of an array of five; 0 for a null array or any other number.
+  static unsigned int GloNavStrBitsToU32(const VelaBIN_Messages::S_GLONavString* strings, unsigned char stringNo,
+                                         unsigned char firstBit, unsigned char count);
+
+  // The same as a number with its sign in the highest bit and its magnitude below, as GLONASS sends signed numbers.
+  static int GloNavStrBitsToS32(const VelaBIN_Messages::S_GLONavString* strings, unsigned char stringNo,
+                                unsigned char firstBit, unsigned char count);
+
+ private:
+  static constexpr unsigned int kSystems = 7;         // slots of the seed table
+  static constexpr unsigned char kGlonassSlots = 24;  // numbered from 1
+
+  // Keeps the result for `GetLastResult` and hands it on.
+  unsigned int Remember(unsigned int result);
+  // `Decode` but for the memory of its result.
+  unsigned int ValidateAndDispatch(unsigned char* frame, unsigned short length, unsigned short& msgNumber,
+                                   U_VelaBIN_EcdDcdData& out);
+
+  std::unique_ptr<C_ContinuityTracker> m_tracker;  // bound to the satellite list
+  unsigned int m_received[VelaBIN_Messages::kMaxMessageNumber + 1];
+  VelaBIN_Messages::S_StoredMessages m_stored;
+  C_GnssTime m_seeds[kSystems];
+  signed char m_glonassChannels[kGlonassSlots + 1];  // by slot, 0 unused
+  unsigned int m_lastResult;
 };
 
 #endif  // VELAGNSS_BINPROTO_VELABIN_DECODE_H

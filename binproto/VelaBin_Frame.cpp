@@ -1,4 +1,7 @@
 // The frame of the binary protocol: readers of its fields and the check of a whole frame.
+#include <cstring>
+
+#include "binproto/MessageReader.h"
 #include "binproto/VelaBin_Decode.h"
 #include "records/ResultCodes.h"
 
@@ -7,11 +10,8 @@ using namespace VelaBIN_Messages;
 namespace {
 
 constexpr unsigned char kSync[] = {'$', 'B', 'I', 'N'};
-constexpr unsigned short kHeaderLength = 4 + 2 + 2;
-constexpr unsigned short kMinFrameLength = kHeaderLength + 2;  // no data, checksum
 constexpr unsigned short kMaxFrameLength = 2047;
 constexpr unsigned short kTerminatorLength = 2;
-constexpr unsigned short kTerminator = 0x0A0D;
 
 // Little-endian, byte by byte: any alignment and any processor.
 template <class Value>
@@ -82,10 +82,24 @@ unsigned int C_VelaBin_Decode::ValidateFrame(const unsigned char* frame, unsigne
   if (length < frameLength) return eResultTooShort;
   if (frameLength > kMaxFrameLength) return eResultTooLong;
 
-  auto behindData = static_cast<unsigned short>(kHeaderLength + header.DataLength);
+  auto behindData = static_cast<unsigned short>(kFrameHeaderLength + header.DataLength);
   S_MsgTrailer trailer;
   result = Decode_Bin_Trailer(frame, length, behindData, trailer);
   if (result != eResultOk) return result;
-  if (SumOfBytes(frame + kHeaderLength, header.DataLength) != trailer.Checksum) return eResultChecksum;
+  if (SumOfBytes(frame + kFrameHeaderLength, header.DataLength) != trailer.Checksum) return eResultChecksum;
   return eResultOk;
+}
+
+unsigned int ReadMessage(const unsigned char* frame, unsigned short length, unsigned short number,
+                         const S_MessageParts& parts) {
+  if (frame == nullptr) return eResultNull;
+  if (length < kMinFrameLength) return eResultBadSync;
+  unsigned short position = sizeof kSync;
+  const unsigned int result = C_VelaBin_Decode::Decode_Bin_Header(frame, length, position, parts.header);
+  if (result != eResultOk) return result;
+  if (parts.header.BlockId != number) return eResultWrongMessage;
+  if (position + parts.bodyLength > length) return eResultPastEnd;
+  std::memcpy(parts.body, frame + position, parts.bodyLength);
+  position = static_cast<unsigned short>(position + parts.bodyLength);
+  return C_VelaBin_Decode::Decode_Bin_Trailer(frame, length, position, parts.trailer);
 }

@@ -1,0 +1,3 @@
+#include "binproto/SatelliteList.h"
+
+C_SatelliteList::C_SatelliteList() = default;

@@ -1,0 +1,235 @@
+#include "binproto/VelaBin_Decode.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+
+#include "binproto/ContinuityTracker.h"
+#include "binproto/MessageReader.h"
+#include "binproto/MessageTable.h"
+#include "geo/NotAvailable.h"
+#include "geo/WeekCarry.h"
+#include "records/ResultCodes.h"
+
+using namespace VelaBIN_Messages;
+
+namespace {
+
+constexpr unsigned short kDefaultSlots = 64;
+constexpr double kBeidouBehindGps = 14.0;           // s; BeiDou time began without the leap seconds of 1980 to 2006
+constexpr unsigned short kBeidouFirstWeek = 1356;   // GPS week in which BeiDou weeks start (BDS-SIS-ICD, 3.3)
+constexpr unsigned short kGalileoFirstWeek = 1024;  // GPS week in which Galileo weeks start (Galileo OS SIS ICD, 5.1.2)
+constexpr int kRollOver = 1024;                     // broadcast weeks have ten bits
+
+C_GnssTime UnsetTime() {
+  C_GnssTime time;
+  time.Set(0, 0.0, ALGO::GNSS_UNKNOWN);
+  return time;
+}
+
+// A time moved by `seconds`, normalised, with the label of another system.
+C_GnssTime Shifted(const C_GnssTime& time, double seconds, ALGO::eGNSSSystem system) {
+  C_GnssTime shifted;
+  shifted.Set(time.m_week, time.m_secOfWeek + seconds, system);
+  ALGO::CarryWeeks(shifted.m_week, shifted.m_secOfWeek);
+  return shifted;
+}
+
+constexpr int FirstWeekOf(ALGO::eGNSSSystem system) {
+  if (system == ALGO::GNSS_BEIDOU) return kBeidouFirstWeek;
+  if (system == ALGO::GNSS_GALILEO) return kGalileoFirstWeek;
+  return 0;
+}
+
+// Messages that are handed out as they are received. Padding included: records are compared bytewise by hosts.
+template <class Record>
+unsigned int TakeRaw(const unsigned char* frame, unsigned short length, unsigned short number, Record& stored,
+                     Record& out) {
+  const unsigned int result = ReadMessage(frame, length, number, stored);
+  if (result == eResultOk) std::memcpy(&out, &stored, sizeof out);
+  return result;
+}
+
+// Observation messages: their bodies are kept, and handed out is a record without satellites.
+template <class Record>
+unsigned int TakeObservations(const unsigned char* frame, unsigned short length, unsigned short number, Record& stored,
+                              S_VelaBIN_Obs& out) {
+  const unsigned int result = ReadMessage(frame, length, number, stored);
+  if (result != eResultOk) return result;
+  std::memset(&out, 0, sizeof out);
+  out.Header = stored.Header;
+  out.Trailer = stored.Trailer;
+  return eResultOk;
+}
+
+}  // namespace
+
+const double C_VelaBin_Decode::mdHalfWeekSec = 302400.0;
+
+C_VelaBin_Decode::C_VelaBin_Decode(const C_SatelliteList* list) : C_VelaBin_Decode(list, kDefaultSlots) {}
+
+C_VelaBin_Decode::C_VelaBin_Decode(const C_SatelliteList* list, const unsigned short& slots)
+    : m_tracker(std::make_unique<C_ContinuityTracker>(list, slots)) {
+  Reset();
+}
+
+C_VelaBin_Decode::~C_VelaBin_Decode() = default;
+
+void C_VelaBin_Decode::Reset() {
+  m_tracker->Reset();
+  std::fill(std::begin(m_received), std::end(m_received), 0U);
+  std::memset(&m_stored, 0, sizeof m_stored);
+  for (const S_MessageRow& row : kMessages) row.preset(m_stored);
+  std::fill(std::begin(m_seeds), std::end(m_seeds), UnsetTime());
+  std::fill(std::begin(m_glonassChannels), std::end(m_glonassChannels), NA_CHANNEL);
+  m_lastResult = eResultOk;
+}
+
+void C_VelaBin_Decode::SeedTime(unsigned short week, double seconds, ALGO::eGNSSSystem system) {
+  C_GnssTime time;
+  time.Set(week, seconds, system);
+  SeedTime(time);
+}
+
+void C_VelaBin_Decode::SeedTime(const C_GnssTime& time) {
+  using namespace ALGO;
+  if (time.m_week == 0 && time.m_secOfWeek == 0.0) return;
+  if (time.m_system >= kSystems) return;
+  const C_GnssTime seed = time;  // may be one of our own slots
+  m_seeds[seed.m_system] = Shifted(seed, 0.0, seed.m_system);
+  if (seed.m_system == GNSS_BEIDOU) m_seeds[GNSS_GPS] = Shifted(seed, kBeidouBehindGps, GNSS_GPS);
+  if (seed.m_system == GNSS_GALILEO) m_seeds[GNSS_GPS] = Shifted(m_seeds[GNSS_GALILEO], 0.0, GNSS_GPS);
+  if (seed.m_system == GNSS_GPS || seed.m_system == GNSS_GALILEO)
+    m_seeds[GNSS_BEIDOU] = Shifted(m_seeds[GNSS_GPS], -kBeidouBehindGps, GNSS_BEIDOU);
+  if (seed.m_system == GNSS_GPS || seed.m_system == GNSS_BEIDOU)
+    m_seeds[GNSS_GALILEO] = Shifted(m_seeds[GNSS_GPS], 0.0, GNSS_GALILEO);
+}
+
+const C_GnssTime& C_VelaBin_Decode::GetSeedTime(ALGO::eGNSSSystem system) const {
+  static const C_GnssTime kUnset = UnsetTime();
+  return system < kSystems ? m_seeds[system] : kUnset;
+}
+
+bool C_VelaBin_Decode::ResolveWeek(ALGO::eGNSSSystem system, unsigned short& week) const {
+  const C_GnssTime& seed = GetSeedTime(system);
+  if (seed.m_system >= kSystems) return false;
+  const int firstWeek = FirstWeekOf(seed.m_system);
+  int seedWeek = seed.m_week;
+  if (seedWeek > firstWeek) seedWeek -= firstWeek;
+  int broadcast = week;
+  if (broadcast > firstWeek) broadcast -= firstWeek;
+  int candidate = broadcast % kRollOver + seedWeek / kRollOver * kRollOver;
+  if (std::abs(candidate - seedWeek) > kRollOver / 2) candidate += candidate < seedWeek ? kRollOver : -kRollOver;
+  week = static_cast<unsigned short>(candidate + firstWeek);
+  return true;
+}
+
+bool C_VelaBin_Decode::SetGlonassSvChannelId(unsigned char slot, signed char channel) {
+  if (slot < 1 || slot > kGlonassSlots) return false;
+  if ((channel < -7 || channel > 6) && channel != NA_CHANNEL) return false;
+  m_glonassChannels[slot] = channel;
+  return true;
+}
+
+signed char C_VelaBin_Decode::GetGlonassSvChannelId(unsigned char slot) const {
+  return slot <= kGlonassSlots ? m_glonassChannels[slot] : NA_CHANNEL;  // nothing is ever stored for slot 0
+}
+
+unsigned int C_VelaBin_Decode::Decode(unsigned char* frame, const unsigned short& length, unsigned short& msgNumber,
+                                      U_VelaBIN_EcdDcdData& out) {
+  std::memset(&out, 0, sizeof out);
+  const unsigned int result = ValidateAndDispatch(frame, length, msgNumber, out);
+  if (result == eResultOk) ++m_received[msgNumber];
+  return Remember(result);
+}
+
+unsigned int C_VelaBin_Decode::ValidateAndDispatch(unsigned char* frame, unsigned short length,
+                                                   unsigned short& msgNumber, U_VelaBIN_EcdDcdData& out) {
+  unsigned short frameLength = 0;
+  unsigned short position = 0;
+  const unsigned int result = ValidateFrame(frame, length, msgNumber, frameLength, position);
+  if (result != eResultOk) return result;
+  if (length != frameLength) return eResultTooLong;
+  const S_MessageRow* const row = kRowOfNumber[msgNumber];
+  if (row == nullptr) return eResultUnknownMessage;
+  return row->decode(*this, frame, length, out);
+}
+
+unsigned int C_VelaBin_Decode::Remember(unsigned int result) {
+  m_lastResult = result;
+  return result;
+}
+
+unsigned int C_VelaBin_Decode::GetLastResult() const { return m_lastResult; }
+
+unsigned int C_VelaBin_Decode::GetReceivedMsgCount(eMessageTypes type) const {
+  return type <= kMaxMessageNumber ? m_received[type] : 0;
+}
+
+bool C_VelaBin_Decode::IsAnObservationMsg(eMessageTypes type) {
+  return type == eBin16 || type == eBin36 || type == eBin66 || type == eBin76;
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin1(unsigned char* frame, const unsigned short& length, S_BinMsg1& out) {
+  return Remember(TakeRaw(frame, length, eBin1, m_stored.bin1, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin2(unsigned char* frame, const unsigned short& length, S_BinMsg2& out) {
+  return Remember(TakeRaw(frame, length, eBin2, m_stored.bin2, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin3(unsigned char* frame, const unsigned short& length, S_BinMsg3& out) {
+  return Remember(TakeRaw(frame, length, eBin3, m_stored.bin3, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin5(unsigned char* frame, const unsigned short& length, S_BinMsg5& out) {
+  return Remember(TakeRaw(frame, length, eBin5, m_stored.bin5, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin34(unsigned char* frame, const unsigned short& length, S_IntBinMsg34& out) {
+  const unsigned int result = ReadMessage(frame, length, eBin34, m_stored.bin34);
+  if (result == eResultOk) Bin34ToInterpretedRec(m_stored.bin34, out);
+  return Remember(result);
+}
+
+void C_VelaBin_Decode::Bin34ToInterpretedRec(const S_RawBinMsg34& raw, S_IntBinMsg34& out) {
+  static_assert(sizeof raw == sizeof out);
+  std::memcpy(&out, &raw, sizeof out);
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin44(unsigned char* frame, const unsigned short& length, S_BinMsg44& out) {
+  return Remember(TakeRaw(frame, length, eBin44, m_stored.bin44, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin94(unsigned char* frame, const unsigned short& length, S_BinMsg94& out) {
+  return Remember(TakeRaw(frame, length, eBin94, m_stored.bin94, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin122(unsigned char* frame, const unsigned short& length, S_BinMsg122& out) {
+  return Remember(TakeRaw(frame, length, eBin122, m_stored.bin122, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin180(unsigned char* frame, const unsigned short& length, S_BinMsg180& out) {
+  return Remember(TakeRaw(frame, length, eBin180, m_stored.bin180, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin209(unsigned char* frame, const unsigned short& length, S_BinMsg209& out) {
+  return Remember(TakeRaw(frame, length, eBin209, m_stored.bin209, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin16(unsigned char* frame, const unsigned short& length, S_VelaBIN_Obs& out) {
+  return Remember(TakeObservations(frame, length, eBin16, m_stored.bin16, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin36(unsigned char* frame, const unsigned short& length, S_VelaBIN_Obs& out) {
+  return Remember(TakeObservations(frame, length, eBin36, m_stored.bin36, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin66(unsigned char* frame, const unsigned short& length, S_VelaBIN_Obs& out) {
+  return Remember(TakeObservations(frame, length, eBin66, m_stored.bin66, out));
+}
+
+unsigned int C_VelaBin_Decode::Decode_Bin76(unsigned char* frame, const unsigned short& length, S_VelaBIN_Obs& out) {
+  return Remember(TakeObservations(frame, length, eBin76, m_stored.bin76, out));
+}
