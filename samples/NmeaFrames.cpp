@@ -163,9 +163,14 @@ S_Frame MakeZda(S_Context& context) {
 }
 
 S_Frame MakeGst(S_Context& context) {
-  const auto noise = [&context](int least) { return Fixed(context.random.Between(least, least + 9), 3); };
-  return Sentence("GNGST," + TimeField(context.now) + ',' + noise(11) + ',' + noise(14) + ',' + noise(9) + ",071.3," +
-                  noise(10) + ',' + noise(12) + ',' + noise(21));
+  std::string body = "GNGST," + TimeField(context.now);
+  const auto appendErrors = [&](std::initializer_list<int> leasts) {  // m
+    for (const int least : leasts) body += ',' + Fixed(context.random.Between(least, least + 9), 3);
+  };
+  appendErrors({11, 14, 9});
+  body += ",071.3";
+  appendErrors({10, 12, 21});
+  return Sentence(body);
 }
 
 S_Frame MakeRareSentence(S_Context& context) {

@@ -13,7 +13,7 @@
 // Ends the generator with `what` on standard error unless `holds`: the session would break a rule of its own format.
 void Require(bool holds, std::string_view what);
 
-// A sequence of numbers that is the same on every machine.
+// A sequence of numbers that is the same on every machine. Draw one per expression: C++ leaves the order of two open.
 class C_Random {
  public:
   explicit C_Random(std::uint64_t seed) : m_state(seed) {}

@@ -140,9 +140,9 @@ S_Frame MakePackedSentence(S_Context& context) {
 S_Frame MakePackedReply(S_Context& context) { return PackedReply(context.random.Bytes(2 + 24 * (context.round % 14))); }
 
 S_Frame MakeDiagnostic(S_Context& context) {
-  const std::string body = "RD1," + Fixed(context.now.gpsSecond) + ',' + Fixed(context.now.gpsWeek) + ",1545.5300,0," +
-                           Digits(context) + '-' + Digits(context) + ',' + Digits(context) + ".5,-0." +
-                           Digits(context) + ",1.25,1F,A0,3,7E";
+  std::string body = "RD1," + Fixed(context.now.gpsSecond) + ',' + Fixed(context.now.gpsWeek) + ",1545.5300,0,12";
+  for (const char* const between : {"-", ",", ".5,-0."}) body += between + Digits(context);
+  body += ",1.25,1F,A0,3,7E";
   return context.round % 3 == 0 ? CheckedReply(body) : BareReply(body);
 }
 
