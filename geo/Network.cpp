@@ -1,0 +1,254 @@
+#include "geo/Network.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <new>
+#include <utility>
+
+namespace {
+
+enum eNetworkError : unsigned int {
+  eCorrupted = 1,
+  eEmptyNetwork = 2,
+  eInvalidNodeId = 5,
+  eInvalidLinkNodeId = 6,
+  eInvalidWeight = 7,
+  eNoSlot = 8,
+  eNoRoot = 9,
+  eBufferTooSmall = 10,
+};
+
+constexpr const char* kErrorTexts[] = {
+    "",
+    "Corrupted network!",
+    "Zero number of nodes or links",
+    "Duplicate link detected!",
+    "Duplicate node id",
+    "Invalid node id",
+    "Invalid link node id",
+    "Invalid weight value",
+    "No available slot!",
+    "No root node to start!",
+    "The buffer is too small",
+};
+static_assert(std::size(kErrorTexts) == eBufferTooSmall + 1, "a code without a text");
+
+// `count` entries, if their array stays within 2 GiB.
+std::size_t CheckedCount(unsigned int count, std::size_t entrySize) {
+  constexpr std::size_t kMaxArrayBytes = 0x7FFFFFFF;
+  if (count > kMaxArrayBytes / entrySize) throw std::bad_array_new_length();
+  return count;
+}
+
+}  // namespace
+
+C_Network::C_Network(unsigned int maxNodes, unsigned int maxLinks)
+    : m_maxNodes(maxNodes),
+      m_maxLinks(maxLinks),
+      m_nodes(CheckedCount(maxNodes, sizeof(S_Node))),
+      m_links(CheckedCount(maxLinks, sizeof(S_Link))),
+      m_key(maxNodes, kNotSet),
+      m_queued(maxNodes, kNone),
+      m_parent(maxNodes, kNoParent),
+      m_cheapest(maxNodes, kNoLink) {}
+
+void C_Network::Reset() {
+  m_numNodes = m_numLinks = 0;
+  m_errorCode = 0;
+  std::fill(m_nodes.begin(), m_nodes.end(), S_Node());
+  std::fill(m_links.begin(), m_links.end(), S_Link());
+  std::fill(m_key.begin(), m_key.end(), kNotSet);
+  std::fill(m_queued.begin(), m_queued.end(), kNone);
+  std::fill(m_parent.begin(), m_parent.end(), kNoParent);
+}
+
+bool C_Network::Fail(unsigned int code) {
+  m_errorCode = code;
+  return false;
+}
+
+const char* C_Network::ErrorText() const { return ErrorText(m_errorCode); }
+
+const char* C_Network::ErrorText(unsigned int code) { return code < std::size(kErrorTexts) ? kErrorTexts[code] : ""; }
+
+// ---- nodes and links -----------------------------------------------------------------------------------------------
+
+bool C_Network::AddNode(unsigned short id) {
+  m_errorCode = 0;
+  return Mention(id) != kNone;
+}
+
+// Counts a mention of the node and adds it where it is new: its index, or kNone and the error code.
+unsigned int C_Network::Mention(unsigned short id) {
+  if (id == kNone) {
+    Fail(eInvalidNodeId);
+    return kNone;
+  }
+  const auto end = m_nodes.begin() + m_numNodes;
+  const auto node = std::find_if(m_nodes.begin(), end, [id](const S_Node& candidate) { return candidate.id == id; });
+  if (node == end) {
+    if (m_numNodes == m_maxNodes) {
+      Fail(eNoSlot);
+      return kNone;
+    }
+    node->id = id;
+    ++m_numNodes;
+  }
+  ++node->degree;
+  return static_cast<unsigned int>(node - m_nodes.begin());
+}
+
+bool C_Network::AddLink(unsigned short linkId, unsigned short nodeA, unsigned short nodeB, float weight) {
+  m_errorCode = 0;
+  if (nodeA == nodeB || nodeA == kNone || nodeB == kNone) return Fail(eInvalidLinkNodeId);
+  if (weight <= 0) return Fail(eInvalidWeight);
+  const unsigned int a = Mention(nodeA);
+  if (a == kNone) return false;
+  const unsigned int b = Mention(nodeB);
+  if (b == kNone) return false;
+
+  unsigned int index = FindLink(a, b);
+  if (index != kNoLink) {
+    S_Link& link = m_links[index];
+    if (link.weight > weight) {
+      link.weight = weight;
+      link.id = linkId;
+    }
+    return true;
+  }
+  if (m_numLinks == m_maxLinks) return Fail(eNoSlot);
+  index = m_numLinks++;
+  S_Link& link = m_links[index];
+  link.id = linkId;
+  link.weight = weight;
+  link.node[0] = static_cast<unsigned short>(a);
+  link.node[1] = static_cast<unsigned short>(b);
+  Append(index, 0);
+  Append(index, 1);
+  return true;
+}
+
+// Puts a link at the end of the list of the node at its end 0 or 1.
+void C_Network::Append(unsigned int link, unsigned int end) {
+  const unsigned int index = m_links[link].node[end];
+  const unsigned int last = std::exchange(m_nodes[index].lastLink, link);
+  if (last == kNoLink)
+    m_nodes[index].firstLink = link;
+  else
+    m_links[last].next[m_links[last].node[0] == index ? 0 : 1] = link;
+}
+
+// The link from node index a to b, in this order.
+unsigned int C_Network::FindLink(unsigned int a, unsigned int b) const {
+  unsigned int link = m_nodes[a].firstLink;
+  while (link != kNoLink && (m_links[link].node[0] != a || m_links[link].node[1] != b)) link = m_links[link].NextOf(a);
+  return link;
+}
+
+// True for `than` = kNoLink: any link is better than none.
+bool C_Network::IsCheaper(unsigned int link, unsigned int than) const {
+  return than == kNoLink || m_links[link].weight < m_links[than].weight;
+}
+
+float C_Network::LinkWeight(unsigned short i, unsigned short j, unsigned short& linkId) {
+  m_errorCode = 0;
+  if (i >= m_numNodes || j >= m_numNodes) return kNotSet;  // kNone among them: there are fewer nodes
+  unsigned int best = kNoLink;
+  for (unsigned int link = m_nodes[i].firstLink; link != kNoLink; link = m_links[link].NextOf(i))
+    if (m_links[link].OtherThan(i) == j && IsCheaper(link, best)) best = link;
+  if (best == kNoLink) return kNotSet;
+  linkId = m_links[best].id;
+  return m_links[best].weight;
+}
+
+// ---- the tree ------------------------------------------------------------------------------------------------------
+
+int C_Network::RootNode() {
+  m_errorCode = 0;
+  const auto end = m_nodes.begin() + m_numNodes;
+  const auto root = std::max_element(m_nodes.begin(), end,
+                                     [](const S_Node& one, const S_Node& other) { return one.degree < other.degree; });
+  return root == end ? -1 : static_cast<int>(root - m_nodes.begin());
+}
+
+bool C_Network::BuildTree() {
+  m_errorCode = 0;
+  if (m_numNodes == 0 || m_numLinks == 0) return Fail(eEmptyNetwork);
+  for (S_Link& link : m_links) link.inTree = false;
+  const int root = RootNode();
+  if (root < 0) return Fail(eNoRoot);
+  for (unsigned int i = 0; i < m_numNodes; ++i) {
+    m_key[i] = kNotSet;
+    m_queued[i] = static_cast<unsigned short>(i);
+    m_parent[i] = kNoParent;
+  }
+  m_key[static_cast<unsigned int>(root)] = 0;
+  for (unsigned int round = 0; round < m_numNodes; ++round) {
+    const unsigned int taken = TakeNearest();
+    if (taken == kNone) return Fail(eCorrupted);
+    Relax(taken);
+  }
+  for (unsigned int i = 0; i < m_numNodes; ++i) MarkTreeLink(i);
+  return true;
+}
+
+// Takes the waiting node with the cheapest connection to the tree; where none has one, the first that waits, with which
+// a further part of the network begins.
+unsigned int C_Network::TakeNearest() {
+  unsigned int first = kNone;
+  unsigned int nearest = kNone;
+  for (unsigned int i = 0; i < m_numNodes; ++i) {
+    if (m_queued[i] == kNone) continue;
+    if (first == kNone) first = i;
+    if (m_key[i] == kNotSet) continue;
+    if (nearest == kNone || m_key[i] < m_key[nearest]) nearest = i;
+  }
+  const unsigned int taken = nearest != kNone ? nearest : first;
+  if (taken != kNone) m_queued[taken] = kNone;
+  return taken;
+}
+
+// Offers the waiting neighbours of the node just taken their cheapest link to it.
+void C_Network::Relax(unsigned int taken) {
+  const unsigned int firstLink = m_nodes[taken].firstLink;
+  for (unsigned int link = firstLink; link != kNoLink; link = m_links[link].NextOf(taken)) {
+    unsigned int& best = m_cheapest[m_links[link].OtherThan(taken)];
+    if (IsCheaper(link, best)) best = link;
+  }
+  for (unsigned int link = firstLink; link != kNoLink; link = m_links[link].NextOf(taken)) {
+    const unsigned int neighbour = m_links[link].OtherThan(taken);
+    const unsigned int best = std::exchange(m_cheapest[neighbour], kNoLink);
+    if (best == kNoLink || m_queued[neighbour] == kNone) continue;
+    if (m_key[neighbour] != kNotSet && !(m_key[neighbour] > m_links[best].weight)) continue;
+    m_key[neighbour] = m_links[best].weight;
+    m_parent[neighbour] = taken << 16 | m_links[best].id;
+  }
+}
+
+// Marks the first link with the stored id that joins the node to its parent.
+void C_Network::MarkTreeLink(unsigned int node) {
+  const unsigned int parent = m_parent[node] >> 16;
+  const unsigned int id = m_parent[node] & 0xFFFF;
+  if (parent == kNone) return;
+  unsigned int link = m_nodes[node].firstLink;
+  while (m_links[link].OtherThan(node) != parent || m_links[link].id != id) link = m_links[link].NextOf(node);
+  m_links[link].inTree = true;
+}
+
+bool C_Network::GetTreeLinks(S_TreeLink* buffer, unsigned int capacity, unsigned int& count) {
+  m_errorCode = 0;
+  count = 0;
+  if (buffer == nullptr) return Fail(eBufferTooSmall);
+  std::fill_n(buffer, capacity, S_TreeLink{});
+  if (capacity == 0) return Fail(eBufferTooSmall);
+  for (unsigned int i = 0; i < m_numLinks; ++i) {
+    if (count == capacity) {
+      std::fill_n(buffer, capacity, S_TreeLink{});
+      count = 0;
+      return Fail(eBufferTooSmall);
+    }
+    const S_Link& link = m_links[i];
+    if (link.inTree) buffer[count++] = {link.id, m_nodes[link.node[0]].id, m_nodes[link.node[1]].id};
+  }
+  return true;
+}

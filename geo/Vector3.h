@@ -1,0 +1,60 @@
+// A vector of three doubles: position, velocity or line of sight, usually Earth-centred, Earth-fixed (ECEF) and in
+// metres. The class itself knows no unit.
+#ifndef VELAGNSS_GEO_VECTOR3_H
+#define VELAGNSS_GEO_VECTOR3_H
+
+#include "velagnss_export.h"
+
+// A value type: three doubles in the order x, y, z, nothing else. Numbers that are not finite go through every
+// operation as IEEE 754 has it. A null pointer in place of three doubles is refused: the vector is then (0, 0, 0) when
+// constructed, and unchanged when set.
+class VELAGNSS_API C_Vector3 {
+ public:
+  C_Vector3();  // (0, 0, 0)
+  C_Vector3(const double& x, const double& y, const double& z);
+  C_Vector3(const double* p);  // p[0], p[1], p[2]
+  C_Vector3(const C_Vector3& other) = default;
+  C_Vector3& operator=(const C_Vector3& other) = default;
+
+  double X() const { return m_component[0]; }
+  double Y() const { return m_component[1]; }
+  double Z() const { return m_component[2]; }
+
+  // The three components in a row; valid as long as the vector.
+  const double* Data() const { return m_component; }
+
+  void Set(const double& x, const double& y, const double& z);
+  void Set(const double* p);
+  void Set(const C_Vector3& other);
+  void Set0(const double& x);
+  void Set1(const double& y);
+  void Set2(const double& z);
+  void Zero();
+
+  // Length: sqrt(x^2 + y^2 + z^2). Components beyond 1e154 overflow to infinity.
+  double Norm() const;
+
+  // Horizontal length: sqrt(x^2 + y^2), for an ECEF position the distance from the Earth's axis. Not the square of
+  // Norm().
+  double Norm2() const;
+
+  // Multiplies each component by `s`.
+  void Scale(double s);
+
+  // The vector of length 1 in the same direction; (0, 0, 0) when Norm() is 0 or NaN.
+  C_Vector3 UnitVec() const;
+
+  double Dot(const C_Vector3& other) const;
+
+  // Right-handed cross product this x other.
+  C_Vector3 Cross(const C_Vector3& other) const;
+
+  C_Vector3 operator+(const C_Vector3& other) const;
+  C_Vector3 operator-(const C_Vector3& other) const;
+  C_Vector3& operator+=(const C_Vector3& other);
+
+ private:
+  double m_component[3];
+};
+
+#endif  // VELAGNSS_GEO_VECTOR3_H
