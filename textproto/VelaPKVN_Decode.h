@@ -1,6 +1,6 @@
 // The maker's proprietary sentences: checking and decoding them.
 //
-//   $PKVN,HPR,120000.00,271.50,-1.25,0.75,G*6E
+//   $PKVN,HPR,120000.00,271.50,-1.25,0.75,G*15
 //
 // "$PKVN,", a message name, fields between commas, "*" and the checksum: the XOR of all bytes between "$" and "*" as
 // two upper case hexadecimal digits, as in NMEA 0183 but for the case. CR and LF may follow.
