@@ -116,8 +116,12 @@ S_Frame Sentence(const std::string& body) {
 
 S_Frame MakeGga(S_Context& context) {
   const S_Moment& now = context.now;
-  return Sentence("GNGGA," + TimeField(now) + ',' + PositionFields(now) + ",4,24,0.7," + Fixed(now.altitude, 3) +
-                  ",M,45.412,M,1.0,0042");
+  S_Frame frame = Sentence("GNGGA," + TimeField(now) + ',' + PositionFields(now) + ",4,24,0.7," +
+                           Fixed(now.altitude, 3) + ",M,45.412,M,1.0,0042");
+  frame.facts = "\"secondOfDay\": " + std::to_string(now.secondOfDay) +
+                ", \"latitude\": " + std::to_string(now.latitude) +
+                ", \"longitude\": " + std::to_string(now.longitude) + ", \"altitude\": " + std::to_string(now.altitude);
+  return frame;
 }
 
 S_Frame MakeRmc(S_Context& context) {

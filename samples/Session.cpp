@@ -42,7 +42,7 @@ void C_Session::Add(const S_Frame& frame) {
   m_acceptedBytes += frame.bytes.size() + frame.tail.size();
   if (!frame.facts.empty())
     m_facts.push_back("{\"offset\": " + Number(place.offset) + ", \"length\": " + Number(place.length) +
-                      ", \"message\": " + frame.name + ", " + frame.facts + '}');
+                      ", \"message\": " + Quoted(frame.name) + ", " + frame.facts + '}');
   Count(frame);
 }
 
@@ -101,5 +101,5 @@ std::string C_Session::Manifest() const {
          ",\n  \"bytesDiscarded\": " + Number(m_bytes.size() - m_acceptedBytes) + ",\n  \"counts\": " + CountsJson() +
          ",\n  \"frameList\": " + FramesJson() + ",\n  \"faults\": " + FaultsJson() +
          ",\n  \"noise\": " + placesJson(m_noise) + ",\n  \"acknowledgements\": " + placesJson(m_acknowledgements) +
-         ",\n  \"broadcast\": " + Array(m_facts, 1) + "\n}\n";
+         ",\n  \"numbers\": " + Array(m_facts, 1) + "\n}\n";
 }
