@@ -13,13 +13,20 @@ std::string Flipped(const std::string& bytes, std::size_t at, int bit = 0) {
   return bytes.substr(0, at) + flipped + bytes.substr(at + 1);
 }
 
+// The line with a bit flipped `fromEnd` bytes before the end of the frame.
+std::string FlippedFromEnd(const S_Frame& frame, std::size_t fromEnd) {
+  return Flipped(Line(frame), frame.bytes.size() - fromEnd);
+}
+
 std::string Cut(const S_Frame& frame, std::size_t length) { return frame.bytes.substr(0, length); }
 
-std::string Replaced(const S_Frame& frame, std::string_view text, std::string_view by) {
+// The line with the byte behind `text` replaced.
+std::string WithByteBehind(const S_Frame& frame, std::string_view text, char byte) {
   std::string line = Line(frame);
   const std::size_t at = line.find(text);
   Require(at != std::string::npos, "nothing to replace");
-  return line.replace(at, text.size(), by);
+  line[at + text.size()] = byte;
+  return line;
 }
 
 // The same line without its three characters of checksum.
@@ -65,40 +72,46 @@ using C = S_Context;
 
 // What follows counts: a frame that lost its end takes the next bytes for its own until its length, its limit or the
 // next line end. Those without a checksum must not lose theirs, else the next sentence would go with them.
-// clang-format off
 const S_FaultRow kFaults[] = {
     // NMEA 0183
-    {  7, eTextGroup, "GGA, a bit of a field flipped", 4, [](C& c) { return Flipped(Line(MakeGga(c)), 30); }},
-    { 11, eTextGroup, "RMC, checksum in lower case", 5, [](C& c) { return WithLowerCaseSum(MakeRmc(c)); }},
-    { 14, eTextGroup, "GLL without checksum", 5, [](C& c) { return Unchecked(MakeGll(c)); }},
-    { 19, eTextGroup, "VTG cut short", 5, [](C& c) { return Cut(MakeVtg(c), 20); }},
-    { 23, eTextGroup, "GSA cut short", 4, [](C& c) { return Cut(MakeGsaSet(c).front(), 31); }},
-    { 26, eTextGroup, "ZDA with a NUL", 5, [](C& c) { return Replaced(MakeZda(c), "2024", std::string_view("2\0" "24", 4)); }},
-    { 29, eTextGroup, "unknown formatter", 1, [](C&) { return FilledSentence("GPXYZ,A,B,", 3); }},
-    { 33, eTextGroup, "XTE, too long", 5, [](C&) { return FilledSentence("GPXTE,A,A,", 30); }},
-    { 36, eTextGroup, "XTE, one byte too long", 5, [](C&) { return FilledSentence("GPXTE,A,A,", 18); }},
-    { 41, eTextGroup, "start doubled: $", 1, [](C&) { return std::string("$"); }},
-    { 44, eTextGroup, "start doubled: the first field of GGA", 4, [](C&) { return std::string("$GNGGA,"); }},
-    { 47, eTextGroup, "start doubled: half of the first field", 1, [](C&) { return std::string("$GN"); }},
-    { 52, eBlockGroup, "GNS cut short ahead of a block", 5, [](C& c) { return Cut(MakeGns(c), 33); }},
-    { 58, eRtcmGroup, "ZDA cut short ahead of RTCM 3", 5, [](C& c) { return Cut(MakeZda(c), 15); }},
-    { 61, eTextGroup, "GST, a wrong digit of the checksum", 4, [](C& c) { const S_Frame gst = MakeGst(c); return Flipped(Line(gst), gst.bytes.size() - 2, 0); }},
+    {7, eTextGroup, "GGA, a bit of a field flipped", 4, [](C& c) { return Flipped(Line(MakeGga(c)), 30); }},
+    {11, eTextGroup, "RMC, checksum in lower case", 5, [](C& c) { return WithLowerCaseSum(MakeRmc(c)); }},
+    {14, eTextGroup, "GLL without checksum", 5, [](C& c) { return Unchecked(MakeGll(c)); }},
+    {19, eTextGroup, "VTG cut short", 5, [](C& c) { return Cut(MakeVtg(c), 20); }},
+    {23, eTextGroup, "GSA cut short", 4, [](C& c) { return Cut(MakeGsaSet(c).front(), 31); }},
+    {26, eTextGroup, "ZDA with a NUL", 5, [](C& c) { return WithByteBehind(MakeZda(c), "20", '\0'); }},
+    {29, eTextGroup, "unknown formatter", 1, [](C&) { return FilledSentence("GPXYZ,A,B,", 3); }},
+    {33, eTextGroup, "XTE, too long", 5, [](C&) { return FilledSentence("GPXTE,A,A,", 30); }},
+    {36, eTextGroup, "XTE, one byte too long", 5, [](C&) { return FilledSentence("GPXTE,A,A,", 18); }},
+    {41, eTextGroup, "start doubled: $", 1, [](C&) { return std::string("$"); }},
+    {44, eTextGroup, "start doubled: the first field of GGA", 4, [](C&) { return std::string("$GNGGA,"); }},
+    {47, eTextGroup, "start doubled: half of the first field", 1, [](C&) { return std::string("$GN"); }},
+    {52, eBlockGroup, "GNS cut short ahead of a block", 5, [](C& c) { return Cut(MakeGns(c), 33); }},
+    {58, eRtcmGroup, "ZDA cut short ahead of RTCM 3", 5, [](C& c) { return Cut(MakeZda(c), 15); }},
+    {61, eTextGroup, "GST, a wrong digit of the checksum", 4, [](C& c) { return FlippedFromEnd(MakeGst(c), 2); }},
 
     // RTCM 3
-    { 64, eRtcmGroup, "1005, a bit of the position flipped", 4, [](C& c) { return Flipped(MakeStation(c).bytes, 12, 5); }},
-    { 67, eRtcmGroup, "1019, a bit of the checksum flipped", 4, [](C& c) { const S_Frame frame = MakeGpsEphemeris(c); return Flipped(frame.bytes, frame.bytes.size() - 1, 7); }},
-    { 72, eTextGroup, "1020, a bit of the length flipped", 4, [](C& c) { return Flipped(MakeGlonassEphemeris(c).bytes, 2, 6); }},
-    { 76, eTextGroup, "1077 cut short", 4, [](C& c) { return Cut(MakeMsmSet(c).front(), 100); }},
-    { 79, eRtcmGroup, "message number that is not used", 5, [](C& c) { return RtcmFrame("\x3F\xD0" + c.random.Bytes(20)).bytes; }},
-    { 83, eRtcmGroup, "empty frame", 5, [](C&) { return std::string("\xD3\0\0\x47\xEA\x4B", 6); }},
-    { 86, eRtcmGroup, "reserved bits set", 1, [](C& c) { return Flipped(MakeCodePhaseBias(c).bytes, 1, 4); }},
-    { 91, eRtcmGroup, "start doubled: D3", 1, [](C&) { return std::string("\xD3"); }},
-    { 94, eTextGroup, "false start with the greatest length", 4, [](C&) { return std::string("\xD3\x03\xFF\x43\x50", 5); }},
-    { 97, eBlockGroup, "false start with the greatest length", 4, [](C&) { return std::string("\xD3\x03\xFF\xFE\x80", 5); }},
+    {64, eRtcmGroup, "1005, a bit of the position flipped", 4,
+     [](C& c) { return Flipped(MakeStation(c).bytes, 12, 5); }},
+    {67, eRtcmGroup, "1019, a bit of the checksum flipped", 4,
+     [](C& c) { return FlippedFromEnd(MakeGpsEphemeris(c), 1); }},
+    {72, eTextGroup, "1020, a bit of the length flipped", 4,
+     [](C& c) { return Flipped(MakeGlonassEphemeris(c).bytes, 2, 6); }},
+    {76, eTextGroup, "1077 cut short", 4, [](C& c) { return Cut(MakeMsmSet(c).front(), 100); }},
+    {79, eRtcmGroup, "message number that is not used", 5,
+     [](C& c) { return RtcmFrame("\x3F\xD0" + c.random.Bytes(20)).bytes; }},
+    {83, eRtcmGroup, "empty frame", 5, [](C&) { return std::string("\xD3\0\0\x47\xEA\x4B", 6); }},
+    {86, eRtcmGroup, "reserved bits set", 1, [](C& c) { return Flipped(MakeCodePhaseBias(c).bytes, 1, 4); }},
+    {91, eRtcmGroup, "start doubled: D3", 1, [](C&) { return std::string("\xD3"); }},
+    {94, eTextGroup, "false start with the greatest length", 4,
+     [](C&) { return std::string("\xD3\x03\xFF\x43\x50", 5); }},
+    {97, eBlockGroup, "false start with the greatest length", 4,
+     [](C&) { return std::string("\xD3\x03\xFF\xFE\x80", 5); }},
 
     // Binary blocks
     {102, eBlockGroup, "block 95, a data bit flipped", 4, [](C& c) { return Flipped(Line(MakeGpsBlock(c)), 60, 3); }},
-    {106, eBlockGroup, "block 65, a bit of the sum flipped", 4, [](C& c) { const S_Frame frame = MakeGlonassBlock(c); return Flipped(Line(frame), frame.bytes.size() - 1); }},
+    {106, eBlockGroup, "block 65, a bit of the sum flipped", 4,
+     [](C& c) { return FlippedFromEnd(MakeGlonassBlock(c), 1); }},
     {109, eTextGroup, "block 93 cut short", 4, [](C& c) { return Cut(MakeSbasBlock(c), 40); }},
     {113, eBlockGroup, "block 25 cut short ahead of a block", 4, [](C& c) { return Cut(MakeQzssBlock(c), 77); }},
     {116, eBlockGroup, "block 4, which does not exist", 5, [](C& c) { return BlockOf(4, 52, c); }},
@@ -110,31 +123,50 @@ const S_FaultRow kFaults[] = {
     {139, eBlockGroup, "length that wraps in 16 bits", 5, [](C&) { return std::string("$BIN\x01\0\xFA\xFF", 8); }},
 
     // The receiver's own sentences, text and packed
-    {143, eTextGroup, "HPR, a bit of a field flipped", 5, [](C&) { return Flipped(OwnText("HPR,235923.00,91.27,-1.27,0.55,N"), 26); }},
+    {143, eTextGroup, "HPR, a bit of a field flipped", 5,
+     [](C&) { return Flipped(OwnText("HPR,235923.00,91.27,-1.27,0.55,N"), 26); }},
     {146, eTextGroup, "HPR cut short", 5, [](C&) { return Cut(OwnSentence("HPR,235926.00,91.27,-1.27,0.55,N"), 27); }},
-    {151, eTextGroup, "HPR, checksum in lower case", 5, [](C&) { return WithLowerCaseSum(OwnSentence("HPR,235931.00,91.27,-1.27,0.51,N")); }},
-    {154, eTextGroup, "own sentence of an unknown name", 5, [](C&) { return OwnText("HPRX,235934.00,91.27,-1.27,0.55"); }},
+    {151, eTextGroup, "HPR, checksum in lower case", 5,
+     [](C&) { return WithLowerCaseSum(OwnSentence("HPR,235931.00,91.27,-1.27,0.51,N")); }},
+    {154, eTextGroup, "own sentence of an unknown name", 5,
+     [](C&) { return OwnText("HPRX,235934.00,91.27,-1.27,0.55"); }},
     {157, eBlockGroup, "INTLT, too long", 5, [](C&) { return OwnText("INTLT,12.3456789012345678901"); }},
-    {166, eBlockGroup, "VCT with a tabulator", 5, [](C&) { return OwnText("VCT,1,000006.00,\t91.27,1.21,-0.33,0.155,0.2,0.3"); }},
+    {166, eBlockGroup, "VCT with a tabulator", 5,
+     [](C&) { return OwnText("VCT,1,000006.00,\t91.27,1.21,-0.33,0.155,0.2,0.3"); }},
     {169, eBlockGroup, "RAW, a data bit flipped", 4, [](C& c) { return Flipped(MakePackedSentence(c).bytes, 20, 4); }},
-    {172, eBlockGroup, "RAW, a byte without its top bit", 5, [](C& c) { return Flipped(MakePackedSentence(c).bytes, 24, 7); }},
-    {177, eBlockGroup, "RAW, announcing two bytes more", 4, [](C& c) { return PackedSentence(34, c.random.Bytes(32)).bytes; }},
-    {181, eBlockGroup, "RAW, announcing an odd count for the next even one", 4, [](C& c) { return PackedSentence(33, c.random.Bytes(32)).bytes; }},
+    {172, eBlockGroup, "RAW, a byte without its top bit", 5,
+     [](C& c) { return Flipped(MakePackedSentence(c).bytes, 24, 7); }},
+    {177, eBlockGroup, "RAW, announcing two bytes more", 4,
+     [](C& c) { return PackedSentence(34, c.random.Bytes(32)).bytes; }},
+    {181, eBlockGroup, "RAW, announcing an odd count for the next even one", 4,
+     [](C& c) { return PackedSentence(33, c.random.Bytes(32)).bytes; }},
     {184, eTextGroup, "RAW cut short", 5, [](C& c) { return Cut(PackedSentence(90, c.random.Bytes(90)), 50); }},
 
     // Replies
-    {188, eTextGroup, "RD1 with a wrong checksum", 4, [](C&) { return Flipped(Line(CheckedReply("RD1,604826,2315,1545.5300,0,12-34,45.5,-0.12,1.25,1F,A0,3,7E")), 10); }},
-    {191, eTextGroup, "RD1 with a NUL", 5, [](C& c) { return Replaced(MakeDiagnostic(c), "1545", std::string_view("15\0" "5", 4)); }},
-    {196, eTextGroup, "RD2, a version that does not exist", 5, [](C&) { return std::string("$RD2,21,2315,1545.5300,0,12-34,45.5,-0.12,1.25,1F\r\n"); }},
-    {199, eTextGroup, "RD0, a version that is never sent", 5, [](C&) { return std::string("$RD0,21,2315,1545.5300,0,12-34,45.5,-0.12,1.25,1F\r\n"); }},
-    {203, eTextGroup, "JI with a wrong checksum", 4, [](C&) { return Flipped(Line(CheckedReply(">JI,20417733,4,2,12/03/2021,01/01/2020,3.14,61")), 12); }},
-    {206, eTextGroup, "JQUERY, too long", 5, [](C&) { return std::string("$>JQUERY,LIST,") + std::string(120, 'q') + "\r\n"; }},
-    {211, eTextGroup, "JGEO with an escape", 5, [](C&) { return std::string("$>JGEO,SAT=123,FREQ=1545.53,\x1BLON=31.5,EL=22,AZ=147\r\n"); }},
+    {188, eTextGroup, "RD1 with a wrong checksum", 4,
+     [](C&) {
+       return Flipped(Line(CheckedReply("RD1,604826,2315,1545.5300,0,12-34,45.5,-0.12,1.25,1F,A0,3,7E")), 10);
+     }},
+    {191, eTextGroup, "RD1 with a NUL", 5, [](C& c) { return WithByteBehind(MakeDiagnostic(c), "15", '\0'); }},
+    {196, eTextGroup, "RD2, a version that does not exist", 5,
+     [](C&) { return std::string("$RD2,21,2315,1545.5300,0,12-34,45.5,-0.12,1.25,1F\r\n"); }},
+    {199, eTextGroup, "RD0, a version that is never sent", 5,
+     [](C&) { return std::string("$RD0,21,2315,1545.5300,0,12-34,45.5,-0.12,1.25,1F\r\n"); }},
+    {203, eTextGroup, "JI with a wrong checksum", 4,
+     [](C&) { return Flipped(Line(CheckedReply(">JI,20417733,4,2,12/03/2021,01/01/2020,3.14,61")), 12); }},
+    {206, eTextGroup, "JQUERY, too long", 5,
+     [](C&) { return std::string("$>JQUERY,LIST,") + std::string(120, 'q') + "\r\n"; }},
+    {211, eTextGroup, "JGEO with an escape", 5,
+     [](C&) { return std::string("$>JGEO,SAT=123,FREQ=1545.53,\x1BLON=31.5,EL=22,AZ=147\r\n"); }},
     {214, eTextGroup, "JI, shorter than it may be", 4, [](C&) { return std::string("$>JI,20417733\r\n"); }},
-    {217, eTextGroup, "site record with a backspace", 5, [](C&) { return std::string("$>JSITERECORD,7,BRIDGE\b,5128.6,N\r\n"); }},
-    {222, eTextGroup, "site record, too long", 5, [](C&) { return std::string("$>JSITERECORD,8,") + std::string(500, 'r') + "\r\n"; }},
-    {226, eBlockGroup, "JROX, a data bit flipped", 4, [](C& c) { return Flipped(PackedReply(c.random.Bytes(60)).bytes, 33, 2); }},
-    {229, eBlockGroup, "JROX with a plain character", 5, [](C& c) { return Flipped(PackedReply(c.random.Bytes(60)).bytes, 33, 7); }},
+    {217, eTextGroup, "site record with a backspace", 5,
+     [](C&) { return std::string("$>JSITERECORD,7,BRIDGE\b,5128.6,N\r\n"); }},
+    {222, eTextGroup, "site record, too long", 5,
+     [](C&) { return std::string("$>JSITERECORD,8,") + std::string(500, 'r') + "\r\n"; }},
+    {226, eBlockGroup, "JROX, a data bit flipped", 4,
+     [](C& c) { return Flipped(PackedReply(c.random.Bytes(60)).bytes, 33, 2); }},
+    {229, eBlockGroup, "JROX with a plain character", 5,
+     [](C& c) { return Flipped(PackedReply(c.random.Bytes(60)).bytes, 33, 7); }},
     {233, eTextGroup, "JROX cut short", 5, [](C& c) { return Cut(PackedReply(c.random.Bytes(60)), 40); }},
     {236, eTextGroup, "JROX, too long", 5, [](C& c) { return PackedReply(c.random.Bytes(390)).bytes; }},
 
@@ -143,7 +175,6 @@ const S_FaultRow kFaults[] = {
     {244, eRtcmGroup, "false start: block 71", 4, [](C&) { return std::string("$BIN\x47\0\xC0\x01", 8); }},
     {248, eRtcmGroup, "false start: site record", 5, [](C&) { return std::string("$>JSITERECORD,"); }},
 };
-// clang-format on
 
 // Noise of several kinds, none of which may begin with a line end.
 using t_Noise = std::string (*)(S_Context& context);
