@@ -188,6 +188,27 @@ bool ParseTimeOfDaySeconds(const char* field, double& secondsOfDay) {
   return false;
 }
 
+bool ParseDegreesMinutes(std::string_view field, double& degrees) {
+  constexpr std::size_t kMinuteDigits = 2;  // before the point
+  constexpr std::size_t kMinLength = 6;
+  degrees = field.empty() ? NA_DOUBLE : 0.0;
+  if (field.empty()) return true;
+  const std::size_t point = field.find('.');
+  if (field.size() < kMinLength || point == std::string_view::npos || point <= kMinuteDigits) return false;
+  unsigned int wholeDegrees;
+  double minutes;
+  if (!StrToU32(field.substr(0, point - kMinuteDigits), wholeDegrees, 1)) return false;
+  if (!StrToDBL(field.substr(point - kMinuteDigits), minutes, 1)) return false;
+  degrees = wholeDegrees + minutes / 60;
+  return true;
+}
+
+bool ParseDegreesMinutes(const char* field, double& degrees) {
+  if (field != nullptr) return ParseDegreesMinutes(std::string_view(field), degrees);
+  degrees = 0.0;
+  return false;
+}
+
 bool ParseDate(std::string_view field, unsigned short defaultYear, unsigned char defaultMonth, unsigned char defaultDay,
                unsigned short& year, unsigned char& month, unsigned char& day) {
   constexpr unsigned short kCentury = 2000;

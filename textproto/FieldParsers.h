@@ -63,6 +63,12 @@ bool ParseTimeOfDay(std::string_view field, unsigned int& hours, unsigned int& m
 bool ParseTimeOfDaySeconds(const char* field, double& secondsOfDay);
 bool ParseTimeOfDaySeconds(std::string_view field, double& secondsOfDay);
 
+// (d)ddmm.mmmm in degrees, without sign. The last two digits before the first "." and all behind them are minutes; the
+// "." must stand at index 3 or later. 0.0 after a failure, NA_DOUBLE of an empty field; null, and a field of 1 to 5
+// characters, fail.
+bool ParseDegreesMinutes(const char* field, double& degrees);
+bool ParseDegreesMinutes(std::string_view field, double& degrees);
+
 // ddmmyy, the year from 2000 on. The outputs get the defaults first; an empty field keeps them and succeeds. Null, and
 // a field of 1 to 5 characters, fail. Characters behind the sixth do not matter, ranges are not checked. After a
 // failure the outputs hold what was read before it.

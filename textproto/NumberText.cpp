@@ -300,7 +300,7 @@ char* WriteFixed(char* out, double value, unsigned int decimals, unsigned int wi
   std::uint64_t scaled;
   if (ScaleExactly(magnitude, decimals, scaled)) return WriteScaled(out, scaled, decimals, minLength);
   if (!std::isfinite(value)) return WriteNonFinite(out, value);
-  char digits[kMaxFixedLength + 20];
+  char digits[kMaxFixedLength + kMaxDecimals];
   const auto [end, error] =
       std::to_chars(digits, digits + sizeof digits, magnitude, std::chars_format::fixed, static_cast<int>(decimals));
   return WriteWithLeadingZeros(out, {digits, static_cast<std::size_t>(end - digits)}, minLength);

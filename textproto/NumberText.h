@@ -28,11 +28,12 @@ std::size_t ScanDouble(std::string_view text, double& value);
 
 // Characters that WriteFixed needs at most, besides the decimals: sign, 309 digits and the point.
 inline constexpr std::size_t kMaxFixedLength = 1 + 309 + 1;
+inline constexpr unsigned int kMaxDecimals = 20;  // that WriteFixed writes
 // Characters that WriteInteger needs at most, when `width` is less.
 inline constexpr std::size_t kMaxIntegerLength = 20;
 
 // "%0<width>.<decimals>f", correctly rounded, halves to even; not finite: "inf", "nan", with "-" where the sign is set.
-// Up to 20 decimals; the width is for finite values and at most kMaxFixedLength.
+// Up to kMaxDecimals decimals; the width is for finite values only.
 char* WriteFixed(char* out, double value, unsigned int decimals, unsigned int width = 0);
 
 // "%0<width>lld"

@@ -1,0 +1,137 @@
+// The field emitters of the sentence encoder.
+#include <cmath>
+
+#include "textproto/FieldParsers.h"
+#include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/NumberText.h"
+#include "textproto/SentenceText.h"
+
+namespace {
+
+constexpr double kSecondsPerDay = 86400.0;
+
+void AddPadded(C_FieldText& field, unsigned int value, unsigned int digits) {
+  field.SetEnd(NumberText::WriteInteger(field.End(), value, digits));
+}
+
+// Integers, as C passes them to printf.
+unsigned int EmitInteger(char* msg, const char* format, int notAvailable, int value, bool leadingComma) {
+  C_PrintFormat parsed;
+  if (msg == nullptr || format == nullptr) return eResultNull;
+  if (!parsed.Parse(format, C_PrintFormat::kIntegerConversions)) return eResultNull;
+  C_FieldText field;
+  if (leadingComma) field.Add(',');
+  if (value != notAvailable) parsed.Print(field, value);
+  if (field.IsTooLong()) return eResultPastEnd;
+  return C_SentenceText(msg).Append(field.View().substr(0, field.View().find('\0')));  // "%c" of a NUL ends the text
+}
+
+unsigned int EmitAngle(char* msg, const S_AngleStyle& style, const char* minutesFormat, double notAvailable,
+                       double degrees, S_AngleLayout layout) {
+  C_PrintFormat parsed;
+  if (msg == nullptr || minutesFormat == nullptr) return eResultNull;
+  if (!parsed.Parse(minutesFormat, C_PrintFormat::kRealConversions)) return eResultNull;
+  C_SentenceText sentence(msg);
+  return AppendAngle(sentence, style, parsed, notAvailable, degrees, layout);
+}
+
+// Degrees and minutes of an angle. Minutes that round to 60 stay 60: they are not carried.
+void AddDegreesAndMinutes(C_FieldText& field, const S_AngleStyle& style, const C_PrintFormat& minutesFormat,
+                          double magnitude) {
+  const unsigned int wholeDegrees = static_cast<unsigned int>(magnitude);
+  AddPadded(field, wholeDegrees, style.degreeDigits);
+  minutesFormat.Print(field, (magnitude - wholeDegrees) * 60);
+}
+
+}  // namespace
+
+unsigned int AppendTime(C_SentenceText& sentence, double notAvailable, double secondsOfDay, bool leadingComma) {
+  C_FieldText field;
+  if (leadingComma) field.Add(',');
+  if (secondsOfDay == notAvailable) return sentence.Append(field);
+  if (!(secondsOfDay >= 0 && secondsOfDay < kSecondsPerDay)) return eResultOutOfRange;
+  unsigned char hours;
+  unsigned char minutes;
+  double seconds;
+  UTIL::SplitTimeOfDay(secondsOfDay, hours, minutes, seconds);
+  AddPadded(field, hours, 2);
+  AddPadded(field, minutes, 2);
+  field.SetEnd(NumberText::WriteFixed(field.End(), seconds, 2, 5));
+  return sentence.Append(field);
+}
+
+unsigned int AppendAngle(C_SentenceText& sentence, const S_AngleStyle& style, const C_PrintFormat& minutesFormat,
+                         double notAvailable, double degrees, S_AngleLayout layout) {
+  C_FieldText field;
+  if (layout.leadingComma) field.Add(',');
+  if (degrees == notAvailable) {
+    field.Add(',');  // number and letter are fields of their own
+    return sentence.Append(field);
+  }
+  const double magnitude = std::fabs(degrees);
+  if (!(magnitude <= style.limit)) return eResultOutOfRange;
+  const char letter = degrees < 0 ? style.negative : style.positive;
+  if (!layout.directionAfter) field.Add(letter);
+  AddDegreesAndMinutes(field, style, minutesFormat, magnitude);
+  if (layout.directionAfter) {
+    field.Add(',');
+    field.Add(letter);
+  }
+  return sentence.Append(field);
+}
+
+unsigned int C_NMEA_EncodeDecode::MsgAdd_CHAR(char* msg, const char* format, char notAvailable, char value,
+                                              bool leadingComma) {
+  return EmitInteger(msg, format, static_cast<signed char>(notAvailable), static_cast<signed char>(value),
+                     leadingComma);
+}
+
+unsigned int C_NMEA_EncodeDecode::MsgAdd_S32(char* msg, const char* format, int notAvailable, int value,
+                                             bool leadingComma) {
+  return EmitInteger(msg, format, notAvailable, value, leadingComma);
+}
+
+unsigned int C_NMEA_EncodeDecode::MsgAdd_U32(char* msg, const char* format, unsigned int notAvailable,
+                                             unsigned int value, bool leadingComma) {
+  return EmitInteger(msg, format, static_cast<int>(notAvailable), static_cast<int>(value), leadingComma);
+}
+
+unsigned int C_NMEA_EncodeDecode::MsgAdd_DBL(char* msg, const char* format, const double& notAvailable,
+                                             const double& value, bool leadingComma) {
+  C_PrintFormat parsed;
+  if (msg == nullptr || format == nullptr) return eResultNull;
+  if (!parsed.Parse(format, C_PrintFormat::kRealConversions)) return eResultNull;
+  C_SentenceText sentence(msg);
+  return AppendValue(sentence, parsed, notAvailable, value, leadingComma);
+}
+
+unsigned int C_NMEA_EncodeDecode::MsgAdd_TimeOfDay(char* msg, double notAvailable, const double& secondsOfDay,
+                                                   bool leadingComma) {
+  if (msg == nullptr) return eResultNull;
+  C_SentenceText sentence(msg);
+  return AppendTime(sentence, notAvailable, secondsOfDay, leadingComma);
+}
+
+unsigned int C_NMEA_EncodeDecode::MsgAdd_LatDegMin(char* msg, const char* minutesFormat, double notAvailable,
+                                                   const double& degrees, bool directionAfter, bool leadingComma) {
+  return EmitAngle(msg, kLatitudeStyle, minutesFormat, notAvailable, degrees, {directionAfter, leadingComma});
+}
+
+unsigned int C_NMEA_EncodeDecode::MsgAdd_LonDegMin(char* msg, const char* minutesFormat, double notAvailable,
+                                                   const double& degrees, bool directionAfter, bool leadingComma) {
+  return EmitAngle(msg, kLongitudeStyle, minutesFormat, notAvailable, degrees, {directionAfter, leadingComma});
+}
+
+unsigned int C_NMEA_EncodeDecode::MsgAdd_ChecksumCrLf(char* msg, unsigned short& length) const {
+  constexpr std::size_t kMinLength = 8;
+  constexpr std::string_view kLineEnd = "\r\n";
+  if (msg == nullptr) return eResultNull;
+  const std::size_t textLength = std::strlen(msg);
+  if (textLength < kMinLength || textLength > kMaxMessageLength) return eResultPastEnd;
+  const std::array<char, 3> checksum = ChecksumText({msg, textLength});
+  C_SentenceText sentence(msg);
+  sentence.AppendUnchecked({checksum.data(), checksum.size()});
+  sentence.AppendUnchecked(kLineEnd);
+  length = static_cast<unsigned short>(textLength + checksum.size() + kLineEnd.size());
+  return eResultOk;
+}

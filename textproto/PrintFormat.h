@@ -1,0 +1,134 @@
+// A printf format with one conversion, taken apart: the emitters accept any, the encoders' own are parsed by the
+// compiler. Internal.
+#ifndef VELAGNSS_TEXTPROTO_PRINT_FORMAT_H
+#define VELAGNSS_TEXTPROTO_PRINT_FORMAT_H
+
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+// The text of one field while it is composed. More than fits is remembered, not written.
+class C_FieldText {
+ public:
+  static constexpr std::size_t kCapacity = 1536;  // a sentence of the greatest length and the longest number behind it
+
+  void Add(char c) {
+    if (m_length < kCapacity)
+      m_text[m_length++] = c;
+    else
+      m_isTooLong = true;
+  }
+  void Add(std::string_view text) {
+    if (text.size() > Room()) {
+      m_isTooLong = true;
+      return;
+    }
+    std::memcpy(End(), text.data(), text.size());
+    m_length += text.size();
+  }
+
+  // For writers that know that `Room()` suffices: they write from `End()` on and give back where they came to.
+  std::size_t Room() const { return kCapacity - m_length; }
+  char* End() { return m_text.data() + m_length; }
+  void SetEnd(const char* end) { m_length = static_cast<std::size_t>(end - m_text.data()); }
+  void SetTooLong() { m_isTooLong = true; }
+
+  bool IsTooLong() const { return m_isTooLong; }
+  std::string_view View() const { return {m_text.data(), m_length}; }
+
+ private:
+  std::array<char, kCapacity> m_text;  // left as it is: only the first m_length are read
+  std::size_t m_length = 0;
+  bool m_isTooLong = false;
+};
+
+// format = text "%" flag* [ width ] [ "." [ precision ] ] [ "l" ] conversion text, with "%%" for "%" in the texts
+class C_PrintFormat {
+ public:
+  static constexpr std::string_view kIntegerConversions = "cdiouxX";
+  static constexpr std::string_view kRealConversions = "fFeEgGaA";  // an "l" may stand before these
+
+  constexpr C_PrintFormat() = default;
+
+  // Takes a format apart that is known to be right.
+  constexpr explicit C_PrintFormat(std::string_view format) {
+    const bool isRight = Parse(format, kRealConversions) || Parse(format, kIntegerConversions);
+    if (!isRight) throw "a format that is refused";  // reached by the compiler only
+  }
+
+  // False: not a format with exactly one of the conversions.
+  constexpr bool Parse(std::string_view format, std::string_view conversions);
+
+  // Print as printf does in the C locale.
+  void Print(C_FieldText& out, int value) const;
+  void Print(C_FieldText& out, double value) const;
+
+ private:
+  static constexpr std::string_view kFlags = "-+ #0";
+  static constexpr int kNone = -1;
+  static constexpr int kMaxNumber = 65535;  // a width or precision beyond this makes a field too long anyway
+
+  constexpr bool ParseConversion(std::string_view format, std::size_t& at, std::string_view conversions);
+  static constexpr int ParseNumber(std::string_view format, std::size_t& at);
+  static constexpr bool IsPlainText(std::string_view text);
+
+  // Wants leading zeros, or nothing at all, in front of the number: what our own writers do.
+  constexpr bool IsSimple(char conversion) const;
+  void PrintNumber(C_FieldText& out, int value) const;
+  void PrintNumber(C_FieldText& out, double value) const;
+  template <class Value>
+  void PrintText(C_FieldText& out, Value value) const;
+  template <std::size_t N, class Value>
+  std::string_view PrintByCLibrary(char (&number)[N], Value value, C_FieldText& out) const;
+
+  std::string_view m_before;  // texts around the conversion, "%%" still doubled
+  std::string_view m_after;
+  bool m_hasFlag[kFlags.size()] = {};
+  int m_width = 0;
+  int m_precision = kNone;
+  char m_conversion = '\0';
+};
+
+constexpr bool C_PrintFormat::Parse(std::string_view format, std::string_view conversions) {
+  *this = C_PrintFormat();
+  std::size_t at = 0;
+  while (at < format.size() && (format[at] != '%' || format.substr(at, 2) == "%%")) at += format[at] == '%' ? 2 : 1;
+  m_before = format.substr(0, at);
+  if (at == format.size() || !ParseConversion(format, ++at, conversions)) return false;
+  m_after = format.substr(at);
+  return IsPlainText(m_after);
+}
+
+constexpr bool C_PrintFormat::ParseConversion(std::string_view format, std::size_t& at, std::string_view conversions) {
+  std::size_t flag = 0;
+  for (; at < format.size() && (flag = kFlags.find(format[at])) != std::string_view::npos; ++at) m_hasFlag[flag] = true;
+  m_width = ParseNumber(format, at);
+  if (at < format.size() && format[at] == '.') m_precision = ParseNumber(format, ++at);
+  if (conversions == kRealConversions && at < format.size() && format[at] == 'l') ++at;
+  if (at == format.size() || conversions.find(format[at]) == std::string_view::npos) return false;
+  m_conversion = format[at++];
+  return true;
+}
+
+constexpr bool C_PrintFormat::IsSimple(char conversion) const {
+  if (m_conversion != conversion) return false;
+  for (std::size_t i = 0; i < kFlags.size(); ++i)
+    if (m_hasFlag[i] && kFlags[i] != '0') return false;
+  return m_width == 0 || m_hasFlag[kFlags.find('0')];
+}
+
+constexpr int C_PrintFormat::ParseNumber(std::string_view format, std::size_t& at) {
+  int number = 0;
+  for (; at < format.size() && format[at] >= '0' && format[at] <= '9'; ++at)
+    if (number <= kMaxNumber) number = number * 10 + (format[at] - '0');
+  return number;
+}
+
+constexpr bool C_PrintFormat::IsPlainText(std::string_view text) {
+  for (std::size_t at = 0; at < text.size(); ++at)
+    if (text[at] == '%' && text.substr(at++, 2) != "%%") return false;
+  return true;
+}
+
+#endif  // VELAGNSS_TEXTPROTO_PRINT_FORMAT_H

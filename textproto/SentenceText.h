@@ -1,0 +1,83 @@
+// A sentence under construction, and the fields that are more than one printed value. The exported emitters and the
+// encoders build on the same. Internal.
+#ifndef VELAGNSS_TEXTPROTO_SENTENCE_TEXT_H
+#define VELAGNSS_TEXTPROTO_SENTENCE_TEXT_H
+
+#include <array>
+#include <cstring>
+#include <string_view>
+
+#include "records/ResultCodes.h"
+#include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/PrintFormat.h"
+
+// --- Checksum ---
+
+// "*" and the two digits of the checksum of a text that starts with "$" and ends in front of the "*".
+std::array<char, 3> ChecksumText(std::string_view text);
+
+// Index of the last "*" of a sentence if the checksum behind it is right, else npos.
+std::size_t FindCheckedStar(std::string_view sentence);
+
+// --- Composing ---
+
+// A NUL-terminated text in a buffer of 1024 bytes that someone else owns.
+class C_SentenceText {
+ public:
+  explicit C_SentenceText(char* text) : m_text(text), m_length(std::strlen(text)) {}
+
+  // Appends a field, NUL-terminated; refuses one that makes the sentence too long. Both as a result code.
+  [[nodiscard]] unsigned int Append(std::string_view field) {
+    if (m_length + field.size() > C_NMEA_EncodeDecode::kMaxMessageLength) return eResultPastEnd;
+    AppendUnchecked(field);
+    return eResultOk;
+  }
+  [[nodiscard]] unsigned int Append(const C_FieldText& field) {
+    return field.IsTooLong() ? eResultPastEnd : Append(field.View());
+  }
+
+  // For the few characters that the buffer always has room for.
+  void AppendUnchecked(std::string_view field) {
+    std::memcpy(m_text + m_length, field.data(), field.size());
+    m_length += field.size();
+    m_text[m_length] = '\0';
+  }
+
+ private:
+  char* m_text;
+  std::size_t m_length;
+};
+
+// How an angle is written: degrees, minutes, letter.
+struct S_AngleStyle {
+  double limit;  // degrees, the greatest magnitude
+  unsigned int degreeDigits;
+  char positive;
+  char negative;
+};
+inline constexpr S_AngleStyle kLatitudeStyle = {90.0, 2, 'N', 'S'};
+inline constexpr S_AngleStyle kLongitudeStyle = {180.0, 3, 'E', 'W'};
+
+// One field each, led by a comma where asked for; nothing but the comma when the value equals `notAvailable`.
+[[nodiscard]] unsigned int AppendTime(C_SentenceText& sentence, double notAvailable, double secondsOfDay,
+                                      bool leadingComma);
+
+struct S_AngleLayout {
+  bool directionAfter;  // "4807.038,N", else "N4807.038"
+  bool leadingComma;
+};
+[[nodiscard]] unsigned int AppendAngle(C_SentenceText& sentence, const S_AngleStyle& style,
+                                       const C_PrintFormat& minutesFormat, double notAvailable, double degrees,
+                                       S_AngleLayout layout);
+
+// Any number by its format.
+template <class Value>
+[[nodiscard]] unsigned int AppendValue(C_SentenceText& sentence, const C_PrintFormat& format, Value notAvailable,
+                                       Value value, bool leadingComma) {
+  C_FieldText field;
+  if (leadingComma) field.Add(',');
+  if (value != notAvailable) format.Print(field, value);
+  return sentence.Append(field);
+}
+
+#endif  // VELAGNSS_TEXTPROTO_SENTENCE_TEXT_H
