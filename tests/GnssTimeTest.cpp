@@ -1,0 +1,262 @@
+#include "geo/GnssTime.h"
+
+#include <erfa.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "tests/Cases.h"
+
+namespace {
+
+using ALGO::GNSS_GALILEO;
+using ALGO::GNSS_GPS;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kWeek = 604800;
+
+// Equal bit for bit; NaN is equal to itself.
+void ExpectSame(double value, double expected) {
+  if (std::isnan(expected))
+    EXPECT_TRUE(std::isnan(value));
+  else
+    EXPECT_EQ(value, expected);
+}
+
+struct S_NormaliseCase {
+  const char* name;
+  unsigned short week;
+  double seconds;
+  unsigned short expectedWeek;
+  double expectedSeconds;
+};
+
+const S_NormaliseCase kNormalise[] = {
+    {"WithinTheWeek", 100, 604799.999, 100, 604799.999},
+    {"ASecondBefore", 100, -1, 99, 604799},
+    {"TwoWeeksLater", 100, 1209600.5, 102, 0.5},
+    {"ExactlyAWeek", 100, kWeek, 101, 0},
+    {"ExactlyAWeekBefore", 100, -kWeek, 99, 0},
+    {"AHairBefore", 100, -1e-20, 100, 0},  // -1e-20 s + a week rounds to a week, which is carried again
+    {"AHairBelowTheWeek", 100, std::nextafter(kWeek, 0), 100, std::nextafter(kWeek, 0)},
+    {"BelowWeekZero", 0, -1, 65535, 604799},
+    {"BeyondTheLastWeek", 65535, kWeek + 1, 0, 1},
+    {"FarBack", 5, -604800.0 * 70000 - 0.25, 65536 * 2 + 5 - 70001, 604799.75},
+    {"MostWeeksCarried", 0, kWeek * 32767 + 5, 32767, 5},
+    {"QuotientWrapsTo16Bits", 0, kWeek * 32768, 32768, kWeek * 65536},  // carried are -32768 weeks
+    {"QuotientWrapsToNothing", 7, kWeek * 65536, 7, kWeek * 65536},
+    {"NaN", 7, kNaN, 7, kNaN},
+    {"Infinity", 7, kInf, 7, kInf},
+    {"MinusInfinity", 7, -kInf, 7, -kInf},
+};
+
+class Normalise : public testing::TestWithParam<S_NormaliseCase> {};
+
+TEST_P(Normalise, BySumDifferenceAndConstructor) {
+  const S_NormaliseCase& c = GetParam();
+  C_GnssTime raw;
+  raw.Set(c.week, c.seconds, GNSS_GALILEO);
+  ExpectSame(raw.m_secOfWeek, c.seconds);
+  for (const C_GnssTime& time : {C_GnssTime(c.week, c.seconds, GNSS_GALILEO), raw + 0.0, raw - 0.0}) {
+    EXPECT_EQ(time.m_week, c.expectedWeek);
+    ExpectSame(time.m_secOfWeek, c.expectedSeconds);
+    EXPECT_EQ(time.m_system, GNSS_GALILEO);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Normalise, testing::ValuesIn(kNormalise), CaseName<S_NormaliseCase>);
+
+TEST(GnssTime, GoesBackAsWeekAfterWeekDoes) {
+  double seconds = -1;
+  for (int i = 0; i < 400; ++i, seconds *= 1.0371) {
+    unsigned short week = 1000;
+    double rest = seconds;
+    for (; rest < 0; rest += kWeek) --week;
+    const C_GnssTime time(1000, seconds, GNSS_GPS);
+    ASSERT_EQ(time.m_week, rest == kWeek ? week + 1 : week) << seconds;
+    ASSERT_EQ(time.m_secOfWeek, rest == kWeek ? 0 : rest) << seconds;
+  }
+}
+
+TEST(GnssTime, EndsForEnormousSeconds) {
+  for (const double seconds : {-1e12, -1e18, -1e300, -std::numeric_limits<double>::max()}) {
+    const C_GnssTime time(1000, seconds, GNSS_GPS);
+    EXPECT_GE(time.m_secOfWeek, 0) << seconds;
+    EXPECT_LE(time.m_secOfWeek, kWeek) << seconds;
+  }
+}
+
+struct S_CompareCase {
+  const char* name;
+  unsigned short weekA;
+  double secondsA;
+  unsigned short weekB;
+  double secondsB;
+  double difference;
+};
+
+const S_CompareCase kCompare[] = {
+    {"Equal", 2000, 10, 2000, 10, 0},
+    {"AcrossAWeek", 2000, 10, 1999, 604790, 20},
+    {"NotNormalised", 100, 700000, 101, 95200, 0},
+    {"Earlier", 0, 0, 65535, 1, -65535 * kWeek - 1},
+    {"NaN", 1, kNaN, 1, 0, kNaN},
+};
+
+class Compare : public testing::TestWithParam<S_CompareCase> {};
+
+TEST_P(Compare, FollowsTheDifference) {
+  const S_CompareCase& c = GetParam();
+  C_GnssTime a, b;
+  a.Set(c.weekA, c.secondsA, GNSS_GPS);
+  b.Set(c.weekB, c.secondsB, GNSS_GALILEO);  // the system is a label only
+  ExpectSame(a - b, c.difference);
+  EXPECT_EQ(a == b, c.difference == 0);
+  EXPECT_EQ(a != b, !(c.difference == 0));
+  EXPECT_EQ(a < b, c.difference < 0);
+  EXPECT_EQ(a <= b, c.difference <= 0);
+  EXPECT_EQ(a > b, c.difference > 0);
+  EXPECT_EQ(a >= b, c.difference >= 0);
+  EXPECT_FALSE(a.Equals(b, 1e300)) << "another system";
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Compare, testing::ValuesIn(kCompare), CaseName<S_CompareCase>);
+
+TEST(GnssTime, EqualsWithinATolerance) {
+  const C_GnssTime time(2000, 0.5, GNSS_GPS);
+  const C_GnssTime later = time + 0x1p-40;
+  EXPECT_TRUE(later.Equals(time, 0x1p-40));
+  EXPECT_FALSE(later.Equals(time, 0x1p-41));
+  EXPECT_FALSE(later.Equals(time, 0));
+  EXPECT_FALSE(later.Equals(time, -1));
+  EXPECT_TRUE(time.Equals(time, -1));
+  EXPECT_FALSE(time.Equals(time, kNaN));
+}
+
+// ERFA's calendar is another one than ours: no cycles of four years, valid over millennia.
+TEST(GnssTime, CalendarAgreesWithErfa) {
+  double epoch = 0, mjd1980 = 0, mjd2101 = 0;
+  ASSERT_EQ(eraCal2jd(1980, 1, 6, &epoch, &mjd1980), 0);
+  ASSERT_EQ(eraCal2jd(2101, 1, 1, &epoch, &mjd2101), 0);
+  for (auto mjd = static_cast<unsigned int>(mjd1980); mjd < mjd2101; ++mjd) {
+    int y, m, d;
+    double fraction, mjdOfNewYear;
+    ASSERT_EQ(eraJd2cal(epoch, mjd, &y, &m, &d, &fraction), 0);
+    ASSERT_EQ(eraCal2jd(y, 1, 1, &epoch, &mjdOfNewYear), 0);
+    const auto year = static_cast<unsigned short>(y);
+    const auto month = static_cast<unsigned char>(m);
+    const auto day = static_cast<unsigned char>(d);
+    const auto doy = static_cast<unsigned short>(mjd - mjdOfNewYear + 1);
+    const auto week = static_cast<unsigned short>((mjd - 44244) / 7);
+    const double noon = ((mjd - 44244) % 7 + 0.5) * 86400;
+
+    ASSERT_EQ(C_GnssTime::GregorianToMJD(year, month, day), mjd);
+    C_GnssTime byDate, byDoy, byFraction, byMjd;
+    byDate.Set(year, month, day, 12, 0, 0.0, GNSS_GPS);
+    byDoy.Set(year, doy, 12, 0, 0.0, GNSS_GPS);
+    byFraction.Set(doy + 0.5, year, GNSS_GPS);
+    byMjd.Set_MJD(mjd, 0.5, GNSS_GPS);
+    for (const C_GnssTime& time : {byDate, byDoy, byFraction, byMjd}) {
+      ASSERT_EQ(time.m_week, week);
+      ASSERT_EQ(time.m_secOfWeek, noon);
+      ASSERT_EQ(time.GetDoy(), doy);
+    }
+
+    S_GregorianTime back;
+    unsigned short backDoy;
+    unsigned int backMjd;
+    double backFraction;
+    C_GnssTime::GpsToOthers(week, noon - 43200 + 45296.5, back, backDoy, backMjd, backFraction);  // 12:34:56.5
+    ASSERT_EQ(backMjd, mjd);
+    ASSERT_EQ(backDoy, doy);
+    ASSERT_EQ(back.year, y);
+    ASSERT_EQ(back.month, m);
+    ASSERT_EQ(back.day, d);
+    ASSERT_EQ(back.hour, 12);
+    ASSERT_EQ(back.minute, 34);
+    ASSERT_NEAR(back.seconds, 56.5, 1e-9);
+    ASSERT_EQ(backFraction, 45296.5 / 86400);
+  }
+}
+
+struct S_DateCase {
+  const char* name;
+  unsigned short year;
+  unsigned char month, day, hour, minute;
+  double seconds;
+  unsigned short week;
+  double secOfWeek;
+  unsigned int mjd;
+};
+
+const S_DateCase kDates[] = {
+    {"Epoch", 1980, 1, 6, 0, 0, 0, 0, 0, 44244},
+    {"LastSecondOfAWeek", 1999, 8, 21, 23, 59, 59, 1023, 604799, 51411},
+    {"RollOver", 1999, 8, 22, 0, 0, 0, 1024, 0, 51412},
+    {"DayBeyondTheMonth", 2024, 1, 32, 0, 0, 0, 2299, 345600, 60341},  // 1 February 2024, a Thursday
+    {"Month13", 2000, 13, 1, 6, 0, 0, 0, 0, 0},
+    {"Month0", 2000, 0, 1, 6, 0, 0, 0, 0, 0},
+    {"Month255", 2000, 255, 1, 6, 0, 0, 0, 0, 0},
+};
+
+class Dates : public testing::TestWithParam<S_DateCase> {};
+
+TEST_P(Dates, ToWeekAndModifiedJulianDate) {
+  const S_DateCase& c = GetParam();
+  C_GnssTime time;
+  time.Set(c.year, c.month, c.day, c.hour, c.minute, c.seconds, GNSS_GALILEO);
+  EXPECT_EQ(time.m_system, GNSS_GALILEO);
+  EXPECT_EQ(time.m_week, c.week);
+  EXPECT_NEAR(time.m_secOfWeek, c.secOfWeek, 1e-9);
+  unsigned int mjd;
+  double fraction;
+  C_GnssTime::GregorianToMJD(c.year, c.month, c.day, c.hour, c.minute, c.seconds, mjd, fraction);
+  EXPECT_EQ(mjd, c.mjd);
+  EXPECT_DOUBLE_EQ(fraction, (c.hour * 3600 + c.minute * 60 + c.seconds) / 86400);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Dates, testing::ValuesIn(kDates), CaseName<S_DateCase>);
+
+TEST(GnssTime, ModifiedJulianDatesThatAreRefused) {
+  for (const auto& [mjd, fraction] : {std::pair(44243U, 0.5), {50000U, 1.0}, {50000U, -1e-300}}) {
+    C_GnssTime time(5, 5.0, GNSS_GPS);
+    time.Set_MJD(mjd, fraction, GNSS_GALILEO);
+    EXPECT_EQ(time.m_system, GNSS_GALILEO);
+    EXPECT_EQ(time.m_week, 0);
+    EXPECT_EQ(time.m_secOfWeek, 0);
+  }
+}
+
+TEST(GnssTime, DaysOfWeek) {
+  unsigned char dow;
+  double secOfDay;
+  C_GnssTime::GetDowAndSecofDay(604799.0, dow, secOfDay);
+  EXPECT_EQ(dow, 6);
+  EXPECT_EQ(secOfDay, 86399);
+  C_GnssTime::GetDowAndSecofDay(-86401.0, dow, secOfDay);  // the quotient is cut to 8 bits
+  EXPECT_EQ(dow, 255);
+  EXPECT_EQ(secOfDay, -86401.0 - 86400.0 * 255);
+  C_GnssTime time;
+  time.Set(2300, static_cast<unsigned char>(8), -1.5, GNSS_GPS);
+  EXPECT_EQ(time.m_secOfWeek, 8 * 86400 - 1.5) << "not normalised";
+}
+
+TEST(GnssTime, ConvertsAnySecondsWithoutHarm) {
+  for (const double seconds : {kNaN, kInf, -kInf, 1e300, -1e300, kWeek * 65536 * 7, 604799.99999999988}) {
+    S_GregorianTime date;
+    unsigned short doy;
+    unsigned int mjd;
+    double fraction;
+    unsigned char dow;
+    double secOfDay;
+    C_GnssTime::GpsToOthers(65535, seconds, date, doy, mjd, fraction);
+    EXPECT_LE(doy, 366);
+    C_GnssTime::GetDowAndSecofDay(seconds, dow, secOfDay);
+    C_GnssTime time;
+    time.Set(seconds, 2024, GNSS_GPS);
+  }
+}
+
+}  // namespace
