@@ -46,7 +46,7 @@ class C_Fields {
 
  private:
   std::string_view m_id;
-  std::array<std::string_view, C_SentenceFields::kMaxFields - 1> m_fields;
+  std::array<std::string_view, t_NmeaFields::kMaxFields - 1> m_fields;
   std::size_t m_count = 0;
   std::string_view m_rest;  // more fields than any sentence has, kept as they are
 };
@@ -134,7 +134,7 @@ unsigned int C_NMEA_EncodeDecode::MakeDecodable(const unsigned char* sentence, u
   fields.Print(result);
   const std::array<char, 3> checksum = ChecksumText(result.View());
   result.Add({checksum.data(), checksum.size()});
-  if (result.IsTooLong() || result.View().size() > C_SentenceFields::kMaxTextLength) return eResultPastEnd;
+  if (result.IsTooLong() || result.View().size() > t_NmeaFields::kMaxTextLength) return eResultPastEnd;
   std::memcpy(out, result.View().data(), result.View().size());
   out[result.View().size()] = '\0';
   outLength = static_cast<unsigned short>(result.View().size());

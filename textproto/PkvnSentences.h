@@ -18,7 +18,6 @@ namespace PkvnSentences {
 using namespace VelaPKVN_Messages;
 
 inline constexpr std::size_t kMaxText = 2047;
-inline constexpr std::size_t kMaxFieldLength = 511;
 inline constexpr std::size_t kFirstField = 2;  // behind "$PKVN" and the message name
 
 // A run of fields that are read alike: mostly one.
@@ -221,15 +220,15 @@ constexpr std::size_t EndOfFields(const S_Sentence<Record>& sentence) {
   return end;
 }
 
-// The fields that the longest message takes.
-inline constexpr std::size_t kMaxFields = EndOfFields(kAttStat);
-
 // Messages whose least number of fields is all of them and the checksum, and those that may be longer or shorter.
 static_assert(EndOfFields(kGbs) + 1 == kGbs.minFields && EndOfFields(kHpr) + 1 == kHpr.minFields &&
               EndOfFields(kBlv) + 1 == kBlv.minFields && EndOfFields(kFvi) + 1 == kFvi.minFields &&
               EndOfFields(kVct) + 1 == kVct.minFields && EndOfFields(kIntlt) + 1 == kIntlt.minFields &&
               EndOfFields(kTemperature) + 1 == kTemperature.minFields);
-static_assert(EndOfFields(kArn) == 14 && EndOfFields(kRtkStat) == 66 && kMaxFields == 75);
+static_assert(EndOfFields(kArn) == 14 && EndOfFields(kRtkStat) == 66 && EndOfFields(kAttStat) == 75);
+
+// One more than the longest message takes, to see that there are too many.
+using t_PkvnFields = C_SentenceFields<EndOfFields(kAttStat) + 1, kMaxText, C_FieldTokenizer::kMaxCountedField>;
 
 // Not available: what a sentence of empty fields leaves. Padding is zero, too.
 template <class Record>
@@ -242,19 +241,17 @@ void SetEmpty(const S_Sentence<Record>& sentence, Record& record) {
 // Reads the fields of `text` into an empty record.
 template <class Record>
 unsigned int ReadFields(const S_Sentence<Record>& sentence, std::string_view text, Record& record) {
-  if (text.size() > kMaxText) return eResultBadField;
-  std::string_view fields[kMaxFields];
-  const std::size_t count = SentenceFields::Split(text, kMaxFieldLength, fields);
-  if (count < sentence.minFields) return eResultBadField;
+  const t_PkvnFields fields(text);
+  if (fields.Count() < sentence.minFields) return eResultBadField;
   if (fields[0] != "$PKVN" || fields[1] != sentence.name) return eResultWrongSentence;
 
-  const std::size_t end = std::min(count, EndOfFields(sentence));
+  const std::size_t end = std::min(fields.Count(), EndOfFields(sentence));
   for (const S_FieldRule<Record>& rule : sentence.rules)
     for (unsigned int i = 0; i < rule.count && rule.first + i < end; ++i)
       if (!rule.store(fields[rule.first + i], i, record)) return eResultBadField;
   if constexpr (requires { record.restCount; })
     record.restCount = static_cast<unsigned short>(end - sentence.rules.back().first);
-  return sentence.isReadToTheEnd && end < count ? eResultBadField : eResultOk;
+  return sentence.isReadToTheEnd && end < fields.Count() ? eResultBadField : eResultOk;
 }
 
 }  // namespace PkvnSentences

@@ -2,34 +2,48 @@
 #ifndef VELAGNSS_TEXTPROTO_SENTENCE_FIELDS_H
 #define VELAGNSS_TEXTPROTO_SENTENCE_FIELDS_H
 
+#include <array>
 #include <cstddef>
-#include <span>
+#include <cstring>
 #include <string_view>
 
 #include "textproto/FieldTokenizer.h"
 
-namespace SentenceFields {
-
 // The asterisk separates too: the checksum digits are a sentence's last field.
-inline constexpr C_CharSet kDelimiters{",*"};
+inline constexpr C_CharSet kSentenceDelimiters(",*");
 
-// The text that a frame begins with: up to its first NUL, or all of it.
-inline std::string_view TextOf(const unsigned char* frame, std::size_t length) {
-  const std::string_view bytes(reinterpret_cast<const char*>(frame), length);
-  return bytes.substr(0, bytes.find('\0'));
+// The characters of a text given by its length, up to a NUL.
+inline std::string_view TextOf(const unsigned char* bytes, std::size_t length) {
+  const void* const nul = std::memchr(bytes, '\0', length);
+  if (nul != nullptr) length = static_cast<std::size_t>(static_cast<const unsigned char*>(nul) - bytes);
+  return {reinterpret_cast<const char*>(bytes), length};
 }
 
-// Puts the first fields into `fields` and returns how many the text has, which may be more. A field of more than
-// `maxField` characters is not counted, nor is any behind it.
-inline std::size_t Split(std::string_view text, std::size_t maxField, std::span<std::string_view> fields) {
-  C_FieldWalk walk(text, kDelimiters);
-  std::size_t count = 0;
-  std::string_view field;
-  for (; walk.Next(field) && field.size() <= maxField; ++count)
-    if (count < fields.size()) fields[count] = field;
-  return count;
-}
+// The fields that a decoder gets to see: those that a tokenizer of capacity `MaxTextLength` + 1 counts, as far as there
+// is room for them. A longer text counts as empty, and more than `MaxFields` are not told apart. Decoding ends in front
+// of a field of more than `MaxFieldLength` characters.
+template <std::size_t MaxFields, std::size_t MaxTextLength, std::size_t MaxFieldLength>
+class C_SentenceFields {
+ public:
+  static constexpr std::size_t kMaxFields = MaxFields;
+  static constexpr std::size_t kMaxTextLength = MaxTextLength;
 
-}  // namespace SentenceFields
+  explicit C_SentenceFields(std::string_view text) {
+    if (text.size() > kMaxTextLength) return;
+    C_FieldWalk walk(text, kSentenceDelimiters);
+    while (m_count < kMaxFields && walk.Next(m_fields[m_count])) {
+      if (m_fields[m_count].size() > C_FieldTokenizer::kMaxCountedField) return;
+      ++m_count;
+    }
+  }
+
+  std::size_t Count() const { return m_count; }
+  bool IsReadable(std::size_t index) const { return index < m_count && m_fields[index].size() <= MaxFieldLength; }
+  std::string_view operator[](std::size_t index) const { return m_fields[index]; }
+
+ private:
+  std::array<std::string_view, kMaxFields> m_fields;
+  std::size_t m_count = 0;
+};
 
 #endif  // VELAGNSS_TEXTPROTO_SENTENCE_FIELDS_H

@@ -3,7 +3,6 @@
 #ifndef VELAGNSS_TEXTPROTO_SENTENCE_RULES_H
 #define VELAGNSS_TEXTPROTO_SENTENCE_RULES_H
 
-#include <array>
 #include <cstddef>
 #include <cstring>
 #include <span>
@@ -11,7 +10,7 @@
 
 #include "framing/RawDataMessage.h"
 #include "records/ResultCodes.h"
-#include "textproto/FieldTokenizer.h"
+#include "textproto/SentenceFields.h"
 #include "textproto/SentenceText.h"
 
 // One field of a sentence. The first rule of a table is for field 1, field 0 being the sentence id.
@@ -35,39 +34,8 @@ struct S_SentenceRules {
   Record reset;  // every value at its marker
 };
 
-inline constexpr C_CharSet kSentenceDelimiters(",*");
-
-// The fields of a sentence as views into its text.
-class C_SentenceFields {
- public:
-  static constexpr std::size_t kMaxFields = 1 + 20;    // of GSV, the longest; more are not told apart
-  static constexpr std::size_t kMaxTextLength = 1023;  // a longer text counts as empty
-  static constexpr std::size_t kMaxFieldLength = 64;   // decoding ends in front of a longer field
-
-  explicit C_SentenceFields(std::string_view text) {
-    if (text.size() > kMaxTextLength) return;
-    C_FieldWalk walk(text, kSentenceDelimiters);
-    while (m_count < kMaxFields && walk.Next(m_fields[m_count])) {
-      if (m_fields[m_count].size() > C_FieldTokenizer::kMaxCountedField) return;
-      ++m_count;
-    }
-  }
-
-  std::size_t Count() const { return m_count; }
-  bool IsReadable(std::size_t index) const { return index < m_count && m_fields[index].size() <= kMaxFieldLength; }
-  std::string_view operator[](std::size_t index) const { return m_fields[index]; }
-
- private:
-  std::array<std::string_view, kMaxFields> m_fields;
-  std::size_t m_count = 0;
-};
-
-// The characters of a text given by its length, up to a NUL.
-inline std::string_view TextOf(const unsigned char* bytes, std::size_t length) {
-  const void* const nul = std::memchr(bytes, '\0', length);
-  if (nul != nullptr) length = static_cast<std::size_t>(static_cast<const unsigned char*>(nul) - bytes);
-  return {reinterpret_cast<const char*>(bytes), length};
-}
+// 1 + 20 fields are those of GSV, the longest.
+using t_NmeaFields = C_SentenceFields<1 + 20, 1023, 64>;
 
 // Zeros in the padding too.
 template <class Record>
@@ -77,7 +45,7 @@ void ResetRecord(const S_SentenceRules<Record>& rules, Record& record) {
 
 // Field 0: "$", talker, sentence id. The talker is stored whatever the id is.
 template <class Record>
-[[nodiscard]] unsigned int ReadSentenceId(const C_SentenceFields& fields, const S_SentenceRules<Record>& rules,
+[[nodiscard]] unsigned int ReadSentenceId(const t_NmeaFields& fields, const S_SentenceRules<Record>& rules,
                                           Record& record) {
   if (!fields.IsReadable(0)) return eResultWrongSentence;
   const auto type = C_NMEA_EncodeDecode::GetNmeaPreamble(fields[0].data(), static_cast<unsigned char>(fields[0].size()),
@@ -87,7 +55,7 @@ template <class Record>
 
 // The values behind it. An early end is no fault.
 template <class Record>
-[[nodiscard]] unsigned int ReadFields(const C_SentenceFields& fields, std::span<const S_FieldRule<Record>> rules,
+[[nodiscard]] unsigned int ReadFields(const t_NmeaFields& fields, std::span<const S_FieldRule<Record>> rules,
                                       Record& record) {
   std::size_t index = 0;
   for (const S_FieldRule<Record>& rule : rules) {
@@ -108,7 +76,7 @@ template <class Record>
   if (sentence == nullptr) return eResultNull;
   if (length > kMaxLength) return eResultTooLong;
   if (length < kMinLength) return eResultBadField;
-  const C_SentenceFields fields(TextOf(sentence, length));
+  const t_NmeaFields fields(TextOf(sentence, length));
   if (fields.Count() < rules.minFields) return eResultBadField;
   const unsigned int result = ReadSentenceId(fields, rules, record);
   return result == eResultOk ? ReadFields(fields, rules.fields, record) : result;

@@ -80,7 +80,7 @@ unsigned int DecodeSentence(const PkvnSentences::S_Sentence<Record>& sentence, c
   if (frame == nullptr) return eResultNull;
   if (length < kMinFrame) return eResultBadSync;
   SetEmpty(sentence, record);
-  const unsigned int result = ReadFields(sentence, SentenceFields::TextOf(frame, length), record);
+  const unsigned int result = ReadFields(sentence, TextOf(frame, length), record);
   if (result == eResultOk) kept = record;
   return result;
 }

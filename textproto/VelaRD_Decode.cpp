@@ -1,8 +1,8 @@
 #include "textproto/VelaRD_Decode.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string_view>
 
@@ -104,26 +104,19 @@ constexpr t_Reader kRd1Readers[] = {
 };
 // clang-format on
 
-// Hands out the fields of a sentence; one that is too long ends it.
-class C_Rd1Fields {
- public:
-  explicit C_Rd1Fields(std::string_view text) : m_walk(text, SentenceFields::kDelimiters) {}
-  bool Next(std::string_view& field) { return m_walk.Next(field) && field.size() <= kMaxField; }
+using t_Rd1Fields = C_SentenceFields<1 + std::size(kRd1Readers), kMaxFrame, kMaxField>;
 
- private:
-  C_FieldWalk m_walk;
-};
-
+// The sentence ends where its fields do: their number is not checked.
 unsigned int ReadFields(std::string_view text, t_Record& record) {
-  C_Rd1Fields fields(text);
-  std::string_view field;
-  if (!fields.Next(field)) return eResultWrongSentence;
-  if (field.empty()) return eResultBadField;
-  if (field != kRd1Id) return eResultWrongSentence;
+  const t_Rd1Fields fields(text);
+  if (!fields.IsReadable(0)) return eResultWrongSentence;
+  if (fields[0].empty()) return eResultBadField;
+  if (fields[0] != kRd1Id) return eResultWrongSentence;
+  std::size_t position = 0;
   for (const t_Reader read : kRd1Readers) {
-    if (!fields.Next(field)) return eResultOk;
-    if (field.empty()) return eResultBadField;
-    if (const unsigned int result = read(field, record); result != eResultOk) return result;
+    if (!fields.IsReadable(++position)) return eResultOk;
+    if (fields[position].empty()) return eResultBadField;
+    if (const unsigned int result = read(fields[position], record); result != eResultOk) return result;
   }
   return eResultOk;
 }
@@ -171,7 +164,7 @@ unsigned int C_VelaRD_Decode::Decode_RD1(unsigned char* frame, const unsigned sh
   if (length < kMinFrame) return m_lastResult = eResultBadSync;
   if (length > kMaxFrame) return m_lastResult = eResultPastEnd;
   std::memset(&m_record, 0, sizeof m_record);
-  m_lastResult = ReadFields(SentenceFields::TextOf(frame, length), m_record);
+  m_lastResult = ReadFields(TextOf(frame, length), m_record);
   if (m_lastResult == eResultOk) record = m_record;
   return m_lastResult;
 }
