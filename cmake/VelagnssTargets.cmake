@@ -10,6 +10,7 @@ include(GenerateExportHeader)
 add_library(velagnss_flags INTERFACE)
 target_compile_options(velagnss_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wold-style-cast -Wnon-virtual-dtor
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>  # false alarms of g++ 12 about "literal" + std::string (GCC bug 105651)
   -Werror
   -ffp-contract=off)  # no fused multiply-add: the same bits from every compiler and processor
 if(VELAGNSS_SANITIZE)

@@ -1,0 +1,107 @@
+// A bounded first-in-first-out queue of fixed-size items in one contiguous ring of storage.
+//
+// The frame recognizer keeps the bytes of its stream in one, as items of one byte, and scans them in place. Items are
+// opaque: the queue copies them and never looks inside.
+#ifndef VELAGNSS_FRAMING_CIRCULAR_BUFFER_H
+#define VELAGNSS_FRAMING_CIRCULAR_BUFFER_H
+
+#include <cstddef>
+#include <memory>
+
+#include "velagnss_export.h"
+
+// What happens to an item that finds the queue full. Any other value refuses like `eCircBufOvrflowRejectNew`, except
+// that a batch longer than the capacity is first cut to its last `MaxNumItems()` items.
+enum eCircBufOvrflowHandling : unsigned int {
+  eCircBufOvrflowDropOldest = 0,  // the oldest items make room
+  eCircBufOvrflowFlushAll = 1,    // the whole queue is emptied
+  eCircBufOvrflowRejectNew = 2,   // nothing is queued, the queue stays as it was
+};
+
+// Storage is allocated once, by the constructor. One thread at a time; not copyable.
+//
+// "Reset" below means: no items, both ends at slot 0, every byte of storage zero.
+class VELAGNSS_API C_CircularBuffer {
+ public:
+  // A queue of at most `maxItems` items of `itemSize` bytes each. When either is 0, or their product passes 32 bits,
+  // the queue has capacity 0: it is always full, and nothing can be written to it.
+  C_CircularBuffer(unsigned int maxItems, unsigned int itemSize, eCircBufOvrflowHandling overflowHandling);
+  ~C_CircularBuffer();
+  C_CircularBuffer(const C_CircularBuffer&) = delete;
+  C_CircularBuffer& operator=(const C_CircularBuffer&) = delete;
+
+  void Reset();
+
+  // Replaces the policy; what is queued stays.
+  void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
+
+  unsigned int NumItems() const { return m_numItems; }
+  unsigned int MaxNumItems() const { return m_maxItems; }
+  unsigned int ItemSize() const { return m_itemSize; }
+  bool IsQueueFull() const { return m_numItems >= m_maxItems; }
+
+  // Queues a copy of one item, if the policy finds room for it. Null: nothing happens.
+  void QueueItem(const void* item);
+
+  // Queues `n` consecutive items. Under `eCircBufOvrflowRejectNew` all of them or none; under the other two policies
+  // the newest data wins: of a batch longer than the capacity its last `MaxNumItems()` items. Null: nothing happens.
+  void QueueNItems(const void* items, unsigned int n);
+
+  // Inserts a copy of one item so that it becomes the n-th queued one (0 is the oldest); with n >= NumItems() it is
+  // queued last. Room is made first: where that drops the oldest item, `n` counts from the new oldest. Moves the items
+  // behind it, one slot each.
+  void QueueItemBeforeNth(const void* item, unsigned int n);
+
+  // Removes the oldest item. Returns its slot, whose bytes stay until the slot is written again; null when empty.
+  void* DequeueItem();
+
+  // Moves up to `n` of the oldest items to `dest`, in order, and returns how many. Taking all that is queued (n >=
+  // NumItems()) resets the queue. Null: 0, nothing happens.
+  unsigned int DequeueNItems(void* dest, unsigned int n);
+
+  // Copies up to `n` of the oldest items to `dest`, which must not be null, and returns how many. They stay queued.
+  unsigned int PeekNItems(void* dest, unsigned int n);
+
+  // The slot of the n-th queued item (0 is the oldest); null when n >= NumItems().
+  const void* PeekNthQueuedItem(unsigned int n) const;
+
+  // Copies the n-th queued item; false when there is none or `dest` is null.
+  bool CopyNthQueuedItem(unsigned int n, void* dest) const;
+
+  // Discards the `n` oldest items; n >= NumItems() resets the queue.
+  void FlushItems(unsigned int n);
+
+  // Makes room for one more item as the policy says. True when one may now be written. On a queue of capacity 0 the
+  // answer is the policy's too (true for the first two), although nothing can be written there.
+  bool NewItemOverflowProtect();
+
+  // The items at the head that lie in one piece, for readers that scan in place: a pointer to the oldest item and, in
+  // `count`, how many follow each other from there before the ring's end (all that are queued, unless they wrap).
+  const void* PeekHeadRun(unsigned int& count) const {
+    const unsigned int toEnd = m_maxItems - m_headIndex;
+    count = m_numItems < toEnd ? m_numItems : toEnd;
+    return Slot(m_headIndex);
+  }
+
+ private:
+  // The slot `n` items (at most m_maxItems) behind `slot`.
+  unsigned int Advanced(unsigned int slot, unsigned int n) const {
+    const unsigned int toEnd = m_maxItems - slot;
+    return n < toEnd ? slot + n : n - toEnd;
+  }
+  unsigned int Next(unsigned int slot) const { return slot + 1 < m_maxItems ? slot + 1 : 0; }
+  unsigned char* Slot(unsigned int slot) const { return m_storage.get() + std::size_t{slot} * m_itemSize; }
+  void Write(unsigned int slot, const void* items, unsigned int n);
+  void Read(void* dest, unsigned int n) const;
+
+  unsigned int m_maxItems;
+  unsigned int m_itemSize;
+  std::unique_ptr<unsigned char[]> m_storage;
+  eCircBufOvrflowHandling m_overflowHandling;
+  unsigned int m_numItems = 0;
+  unsigned int m_headIndex = 0;  // slot of the oldest item
+  unsigned int m_tailIndex = 0;  // slot of the next new item: (m_headIndex + m_numItems) % m_maxItems
+  std::size_t m_dirtyBytes = 0;  // bytes from here on are zero: a reset clears no more than was written
+};
+
+#endif  // VELAGNSS_FRAMING_CIRCULAR_BUFFER_H

@@ -1,0 +1,394 @@
+// The machine that moves the queue: what to do with each byte, one step a call. Which bytes start and end a frame is
+// told by FrameCatalogue.cpp and BodyScanners.cpp.
+#include "framing/FrameRecognizer.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "framing/RecognizerTables.h"
+#include "textproto/NMEA_EncodeDecode.h"
+
+namespace {
+
+constexpr unsigned int kNumProtocols = 11;
+
+// The longest frame that buffers must hold, by protocol.
+constexpr unsigned short kMaxFrameLengths[kNumProtocols] = {
+    1024,  // eJROX
+    1029,  // eRTCM3_x: 3 header, 1023 payload, 3 checksum
+    1024,  // eNMEA0183
+    2048,  // eVelaBIN
+    2048,  // ePKVN
+    512,   // eVelaRD
+    512,   // eJSITERECORD
+    256,   // eVelaCmdAck
+    512,   // eVelaJI
+    512,   // eVelaJQUERY
+    80,    // eVelaGEO
+};
+
+constexpr unsigned int kMaxListEntries = 254;  // of a host's protocol list
+constexpr unsigned int kQueueMargin = 32;      // bytes queued beyond the longest frame
+constexpr unsigned int kWorkMargin = 10;       // bytes of buffer beyond the longest frame
+constexpr unsigned short kStepAgain = 0xFFFF;  // no scan count equals it
+
+constexpr unsigned char kCr = 13;
+constexpr unsigned char kLf = 10;
+
+// The first bytes of a frame as one word, so that a start pattern is compared at once.
+constexpr unsigned int kHeadBytes = sizeof(std::uint64_t);
+
+std::uint64_t Head(const unsigned char* bytes) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, kHeadBytes);
+  return word;
+}
+
+std::uint64_t ShortHead(const unsigned char* bytes, unsigned int count) {
+  unsigned char padded[kHeadBytes] = {};
+  std::copy_n(bytes, count, padded);
+  return Head(padded);
+}
+
+using t_Protocols = std::array<bool, kNumProtocols>;
+
+// The protocols of a host's list; a null or empty list names them all.
+t_Protocols NamedProtocols(const C_RawDataMessage::eProtocols* list) {
+  t_Protocols named = {};
+  if (list == nullptr || list[0] == C_RawDataMessage::eAllProtocols) {
+    named.fill(true);
+    return named;
+  }
+  for (unsigned int i = 0; i < kMaxListEntries && list[i] < kNumProtocols; ++i) named[list[i]] = true;
+  return named;
+}
+
+unsigned short LongestFrame(const t_Protocols& protocols) {
+  unsigned short longest = 0;
+  for (unsigned int i = 0; i < kNumProtocols; ++i) {
+    if (protocols[i]) longest = std::max(longest, kMaxFrameLengths[i]);
+  }
+  return longest;
+}
+
+}  // namespace
+
+C_FrameRecognizer::C_FrameRecognizer(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling,
+                                     bool keepStatistics)
+    : m_overflowHandling(overflowHandling),
+      m_allowedProtocols(NamedProtocols(protocols)),
+      m_maxFrameLength(LongestFrame(m_allowedProtocols)),
+      m_statistics(keepStatistics ? new S_RecognizerStatistics() : nullptr),
+      m_workBuffer(new unsigned char[m_maxFrameLength + kWorkMargin]()),
+      m_unwindBuffer(new unsigned char[m_maxFrameLength + kQueueMargin]()),
+      m_workMessage(m_workBuffer.get(), m_maxFrameLength),
+      m_queue(m_maxFrameLength + kQueueMargin, 1, overflowHandling) {
+  CreateRecognizedFrames();
+  SetExpectedNMEA0183Msgs();
+  SetExpectedVelaBINMsgs();
+  SetExpectedVelaRDMsgs();
+  SetExpectedVelaJIMsgs();
+  SetExpectedVelaGEOMsgs();
+  SetExpectedVelaJQUERYMsgs();
+  SetExpectedJSITERECORDMsgs();
+  EnableProtocol(C_RawDataMessage::eAllProtocols);
+}
+
+C_FrameRecognizer::~C_FrameRecognizer() = default;
+
+void C_FrameRecognizer::EnableProtocol(eProtocols protocol) {
+  for (unsigned int i = 0; i < kNumProtocols; ++i) {
+    if (protocol == i || protocol == C_RawDataMessage::eAllProtocols) m_enabledProtocols[i] = m_allowedProtocols[i];
+  }
+  SetFrameStartChars();
+}
+
+void C_FrameRecognizer::DisableProtocol(eProtocols protocol) {
+  for (unsigned int i = 0; i < kNumProtocols; ++i) {
+    if (protocol == i || protocol == C_RawDataMessage::eAllProtocols) m_enabledProtocols[i] = false;
+  }
+  SetFrameStartChars();
+}
+
+void C_FrameRecognizer::SetOverflowHandling(eCircBufOvrflowHandling overflowHandling) {
+  m_overflowHandling = overflowHandling;
+  m_queue.SetOverflowHandling(overflowHandling);
+}
+
+void C_FrameRecognizer::SetPatientSearch(bool patient) {
+  m_patientSearch = patient;
+  SetFrameStartChars();
+}
+
+void C_FrameRecognizer::SetFrameStartChars() {
+  m_numStartChars = 0;
+  m_minStartLength = 255;
+  m_maxStartLength = 0;
+  for (unsigned int i = 0; i < kNumProtocols; ++i) {
+    const S_FrameDescriptor& row = m_descriptors[i];
+    m_neededLengths[i] = m_patientSearch ? kProtocols[i].neededLength : row.startLength;
+    if (!m_enabledProtocols[row.protocol]) continue;
+    m_minStartLength = std::min(m_minStartLength, m_neededLengths[i]);
+    m_maxStartLength = std::max(m_maxStartLength, m_neededLengths[i]);
+    bool known = false;
+    for (unsigned int k = 0; k < m_numStartChars; ++k) {
+      known = known || (m_startChars[k] == row.startPattern[0] && m_startCharMasks[k] == row.startMask[0]);
+    }
+    if (known) continue;
+    m_startChars[m_numStartChars] = row.startPattern[0];
+    m_startCharMasks[m_numStartChars] = row.startMask[0];
+    ++m_numStartChars;
+  }
+  for (unsigned int byte = 0; byte < 256; ++byte) {
+    m_isStartChar[byte] = IsAFrameStartChar(static_cast<unsigned char>(byte));
+  }
+}
+
+bool C_FrameRecognizer::IsAFrameStartChar(unsigned char byte) const {
+  for (unsigned int i = 0; i < m_numStartChars; ++i) {
+    if ((byte & m_startCharMasks[i]) == m_startChars[i]) return true;
+  }
+  return false;
+}
+
+bool C_FrameRecognizer::IsAPostFrameAllowedByte(unsigned char byte) {
+  m_postFrame = m_postFrame && m_lastDescriptor < kNumProtocols &&
+                m_descriptors[m_lastDescriptor].protocol != C_RawDataMessage::eRTCM3_x && (byte == kCr || byte == kLf);
+  return m_postFrame;
+}
+
+void C_FrameRecognizer::FullProcessingReset() {
+  m_queue.Reset();
+  m_frameMinLength = 0;
+  m_frameMaxLength = 0;
+  m_currentDescriptor = kNumProtocols;
+  ResetFrameScanProc();
+  if (m_statistics != nullptr) *m_statistics = S_RecognizerStatistics();
+}
+
+void C_FrameRecognizer::ResetFrameScanProc() {
+  m_state = eIdle;
+  m_lastDescriptor = kNumProtocols + 1;
+  ResetWorkMessage();
+  m_scanCount = 0;
+  m_lastScanCount = kStepAgain;
+  m_postFrame = false;
+}
+
+// The buffer is zero wherever nothing was copied to it: no more needs clearing than that.
+void C_FrameRecognizer::ResetWorkMessage() {
+  if (m_linearised > 0) std::memset(m_workBuffer.get(), 0, m_linearised);
+  m_linearised = 0;
+  m_examined = 0;
+  m_workMessage.protocol = C_RawDataMessage::eNoProtocol;
+  m_workMessage.messageType = 0xFFFFFFFF;
+  m_workMessage.messageSubtype = 0xFFFFFFFF;
+  m_workMessage.length = 0;
+}
+
+void C_FrameRecognizer::Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount) {
+  if (m_statistics == nullptr) return;
+  unsigned int& value = (*m_statistics).*counter;
+  if (value > 0xFFFFFFFF - amount) value &= 0xFFFF;
+  value += amount;
+}
+
+// The first `count` queued bytes (no more than are queued, nor than the work message can hold) in one piece: in place,
+// or where they pass the ring's end, as a copy that grows with the frame.
+const unsigned char* C_FrameRecognizer::FrameBytes(unsigned int count) {
+  unsigned int run = 0;
+  const void* head = m_queue.PeekHeadRun(run);
+  if (count <= run) return static_cast<const unsigned char*>(head);
+  while (m_linearised < count) {
+    const unsigned int end = m_linearised < run ? run : count;
+    std::memcpy(&m_workBuffer[m_linearised], m_queue.PeekNthQueuedItem(m_linearised), end - m_linearised);
+    m_linearised = end;
+  }
+  return m_workBuffer.get();
+}
+
+eRecognitionResult C_FrameRecognizer::DoRecognition(const unsigned char* data, unsigned short length,
+                                                    C_RawDataMessage& message) {
+  if (m_state == eResynchronise) ResetFrameScanProc();
+  if (data != nullptr && length != 0) {
+    const eRecognitionResult queued = QueueInput(data, length);
+    if (queued != eRecNoNewData) return queued;
+  }
+  if (m_queue.NumItems() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
+  m_lastScanCount = m_scanCount;
+  switch (m_state) {
+    case eIdle:
+      return StepIdle();
+    case eStartSearch:
+      return StepStartSearch();
+    case eBodyWait:
+      return StepBodyWait(message);
+    default:
+      return eRecError;
+  }
+}
+
+// Bytes go in by blocks as long as they fit; at a full queue the policy decides byte by byte.
+eRecognitionResult C_FrameRecognizer::QueueInput(const unsigned char* data, unsigned int length) {
+  eRecognitionResult result = eRecNoNewData;
+  while (length > 0) {
+    if (m_queue.IsQueueFull()) {
+      if (!MakeRoomInFullQueue()) return eRecError;
+      result = eRecInputOverflow;
+    }
+    const unsigned int count = std::min(length, std::max(GetFreeSpace(), 1U));
+    m_queue.QueueNItems(data, count);
+    m_lastScanCount = kStepAgain;
+    data += count;
+    length -= count;
+  }
+  return result;
+}
+
+bool C_FrameRecognizer::MakeRoomInFullQueue() {
+  switch (m_overflowHandling) {
+    case eCircBufOvrflowDropOldest:
+      DropFalseStart();
+      return true;
+    case eCircBufOvrflowFlushAll:
+      Count(&S_RecognizerStatistics::bytesDiscarded, m_queue.NumItems());
+      m_queue.Reset();
+      ResetFrameScanProc();
+      return true;
+    case eCircBufOvrflowRejectNew:  // the queue itself refuses the byte; the scan goes on
+      Count(&S_RecognizerStatistics::bytesDiscarded, 1);
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Gives up the oldest byte, and with it the frame that seemed to begin there.
+void C_FrameRecognizer::DropFalseStart() {
+  Count(&S_RecognizerStatistics::bytesDiscarded, 1);
+  m_queue.FlushItems(1);
+  ResetFrameScanProc();
+}
+
+// Drops bytes that cannot start a frame. Behind a frame its line end counts as accepted, everything else is noise.
+eRecognitionResult C_FrameRecognizer::StepIdle() {
+  m_scanCount = 0;
+  m_lastScanCount = kStepAgain;
+  while (m_queue.NumItems() > 0) {
+    unsigned int run = 0;
+    const unsigned char* bytes = static_cast<const unsigned char*>(m_queue.PeekHeadRun(run));
+    if (m_isStartChar[bytes[0]]) {
+      m_state = eStartSearch;
+      m_lastScanCount = m_scanCount;
+      m_scanCount = 1;
+      return eRecSearching;
+    }
+    unsigned int count = 1;
+    if (IsAPostFrameAllowedByte(bytes[0])) {
+      Count(&S_RecognizerStatistics::bytesAccepted, 1);
+    } else {
+      while (count < run && !m_isStartChar[bytes[count]]) ++count;
+      Count(&S_RecognizerStatistics::bytesDiscarded, count);
+    }
+    m_queue.FlushItems(count);
+  }
+  return eRecSearching;
+}
+
+eRecognitionResult C_FrameRecognizer::StepStartSearch() {
+  const eRecognitionResult result = FrameStartSearch();
+  if (m_state == eResynchronise) {
+    DropFalseStart();
+  } else if (m_state == eBodyWait) {
+    m_workMessage.length = std::min(m_workMessage.length, m_frameMinLength);
+    m_scanCount = m_workMessage.length;
+    m_lastScanCount = kStepAgain;
+  }
+  return result;
+}
+
+eRecognitionResult C_FrameRecognizer::StepBodyWait(C_RawDataMessage& message) {
+  const eRecognitionResult result = FrameBodyWait();
+  if (m_state == eResynchronise) DropFalseStart();
+  if (result == eRecFrameComplete) DeliverFrame(message);
+  return result;
+}
+
+void C_FrameRecognizer::DeliverFrame(C_RawDataMessage& message) {
+  const unsigned short length = m_workMessage.length;
+  message.protocol = m_workMessage.protocol;
+  message.messageType = m_workMessage.messageType;
+  message.messageSubtype = m_workMessage.messageSubtype;
+  message.length = 0;
+  if (message.data != nullptr) {
+    message.length = static_cast<unsigned short>(std::min<unsigned int>(length, message.capacity));
+    std::memcpy(message.data, FrameBytes(length), message.length);
+  }
+  m_queue.FlushItems(length);
+  Count(&S_RecognizerStatistics::bytesAccepted, length);
+  ResetWorkMessage();
+  m_state = eIdle;
+  m_scanCount = 0;
+  m_lastScanCount = kStepAgain;
+  m_postFrame = true;
+  m_lastDescriptor = m_currentDescriptor;
+}
+
+eRecognitionResult C_FrameRecognizer::FrameStartSearch() {
+  if (m_state != eStartSearch) return eRecError;
+  const unsigned int queued = m_queue.NumItems();
+  if (queued < m_minStartLength) return eRecSearching;
+  const unsigned int held = std::min<unsigned int>(m_maxStartLength, queued);
+  m_workMessage.length = std::max(m_workMessage.length, static_cast<unsigned short>(held));
+  m_scanCount = m_workMessage.length;
+  const unsigned char* bytes = FrameBytes(m_workMessage.length);
+  const std::uint64_t head = m_workMessage.length < kHeadBytes ? ShortHead(bytes, m_workMessage.length) : Head(bytes);
+  for (unsigned int i = 0; i < kNumProtocols; ++i) {
+    if ((head & Head(m_descriptors[i].startMask)) != Head(m_descriptors[i].startPattern)) continue;
+    if (!Matches(i, bytes)) continue;
+    m_currentDescriptor = i;
+    return DetermineMsgExpectations();
+  }
+  if (m_workMessage.length >= m_maxStartLength) m_state = eResynchronise;
+  return eRecSearching;
+}
+
+// Whether the bytes held, of which the head matches, start a frame of this protocol. "$GPGGA," must also name a
+// sentence that is known.
+bool C_FrameRecognizer::Matches(unsigned int descriptor, const unsigned char* bytes) const {
+  const S_FrameDescriptor& row = m_descriptors[descriptor];
+  if (!m_enabledProtocols[row.protocol] || m_neededLengths[descriptor] > m_workMessage.length) return false;
+  for (unsigned int i = kHeadBytes; i < row.startLength; ++i) {
+    if ((bytes[i] & row.startMask[i]) != row.startPattern[i]) return false;
+  }
+  if (row.protocol != C_RawDataMessage::eNMEA0183) return true;
+  return C_NMEA_EncodeDecode::GetNmeaPreamble(reinterpret_cast<const char*>(bytes), 6, nullptr) !=
+         C_RawDataMessage::eNmeaUnknown;
+}
+
+eRecognitionResult C_FrameRecognizer::DetermineMsgExpectations() {
+  m_frameMinLength = 0;
+  m_frameMaxLength = 0;
+  m_examined = 0;
+  if (m_currentDescriptor >= kNumProtocols) {
+    m_state = eResynchronise;
+    return eRecError;
+  }
+  const S_FrameDescriptor& row = m_descriptors[m_currentDescriptor];
+  m_frameMinLength = row.headerLength;
+  m_frameMaxLength = row.maxLength;
+  m_workMessage.protocol = row.protocol;
+  const auto readParameters = kProtocols[m_currentDescriptor].readParameters;
+  if (readParameters != nullptr && !(this->*readParameters)()) {
+    m_state = eResynchronise;
+    return eRecFrameRejected;
+  }
+  m_state = eBodyWait;
+  return eRecFrameStarted;
+}
+
+eRecognitionResult C_FrameRecognizer::FrameBodyWait() {
+  if (!IsBodyAwaited()) return eRecError;
+  return (this->*kProtocols[m_currentDescriptor].awaitBody)();
+}

@@ -1,0 +1,219 @@
+#include "framing/CircularBuffer.h"
+
+#include <deque>
+#include <random>
+#include <vector>
+
+#include "tests/Cases.h"
+
+namespace {
+
+using t_Item = std::vector<unsigned char>;
+
+// The rules of the queue over a deque: what the ring must look like from outside.
+struct S_Model {
+  unsigned int capacity;
+  unsigned int policy;
+  std::deque<t_Item> items;
+
+  bool MakeRoom() {
+    if (items.size() < capacity) return true;
+    if (policy == eCircBufOvrflowDropOldest) items.pop_front();
+    if (policy == eCircBufOvrflowFlushAll) items.clear();
+    return policy <= eCircBufOvrflowFlushAll;
+  }
+  void Queue(const t_Item& item) {
+    if (MakeRoom()) items.push_back(item);
+  }
+  void QueueN(std::vector<t_Item> batch) {
+    if (batch.size() > capacity) {
+      if (policy == eCircBufOvrflowRejectNew) return;
+      batch.erase(batch.begin(), batch.end() - capacity);
+    }
+    if (items.size() + batch.size() > capacity) {
+      if (policy > eCircBufOvrflowFlushAll) return;
+      if (policy == eCircBufOvrflowFlushAll) items.clear();
+      while (items.size() + batch.size() > capacity) items.pop_front();
+    }
+    items.insert(items.end(), batch.begin(), batch.end());
+  }
+  void Insert(const t_Item& item, std::size_t n) {
+    if (MakeRoom()) items.insert(items.begin() + std::min(n, items.size()), item);
+  }
+  void Drop(std::size_t n) { items.erase(items.begin(), items.begin() + std::min(n, items.size())); }
+};
+
+struct S_QueueCase {
+  const char* name;
+  unsigned int policy;
+  unsigned int capacity;
+  unsigned int itemSize;
+};
+
+constexpr S_QueueCase kQueueCases[] = {
+    {"DropOldest", eCircBufOvrflowDropOldest, 7, 1},
+    {"DropOldestWide", eCircBufOvrflowDropOldest, 5, 3},
+    {"FlushAll", eCircBufOvrflowFlushAll, 7, 1},
+    {"FlushAllWide", eCircBufOvrflowFlushAll, 4, 5},
+    {"RejectNew", eCircBufOvrflowRejectNew, 7, 1},
+    {"RejectNewWide", eCircBufOvrflowRejectNew, 5, 2},
+    {"NoSuchPolicy", 9, 6, 1},
+    {"OneSlot", eCircBufOvrflowDropOldest, 1, 2},
+};
+
+class CircularBuffer : public testing::TestWithParam<S_QueueCase> {};
+
+std::deque<t_Item> Contents(C_CircularBuffer& queue) {
+  std::deque<t_Item> items;
+  for (unsigned int i = 0; i < queue.NumItems(); ++i) {
+    const auto* slot = static_cast<const unsigned char*>(queue.PeekNthQueuedItem(i));
+    items.emplace_back(slot, slot + queue.ItemSize());
+  }
+  return items;
+}
+
+// The same contents through the block copy and through the run at the head.
+void ExpectOneView(C_CircularBuffer& queue) {
+  const std::deque<t_Item> items = Contents(queue);
+  std::vector<unsigned char> block((queue.NumItems() + 1) * queue.ItemSize());
+  ASSERT_EQ(queue.PeekNItems(block.data(), queue.NumItems() + 1), items.size());
+  unsigned int run = 0;
+  const auto* head = static_cast<const unsigned char*>(queue.PeekHeadRun(run));
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    ASSERT_EQ(std::memcmp(&block[i * queue.ItemSize()], items[i].data(), queue.ItemSize()), 0);
+    const bool isInRun = i < run;
+    ASSERT_TRUE(!isInRun || std::memcmp(head + i * queue.ItemSize(), items[i].data(), queue.ItemSize()) == 0);
+  }
+  EXPECT_EQ(queue.PeekNthQueuedItem(queue.NumItems()), nullptr);
+}
+
+TEST_P(CircularBuffer, DoesWhatASimpleModelDoes) {
+  const S_QueueCase& c = GetParam();
+  C_CircularBuffer queue(c.capacity, c.itemSize, static_cast<eCircBufOvrflowHandling>(c.policy));
+  S_Model model{c.capacity, c.policy, {}};
+  std::mt19937 random(1);
+  unsigned char next = 0;
+  const auto newItem = [&] { return t_Item(c.itemSize, ++next); };
+  for (int round = 0; round < 20000; ++round) {
+    const unsigned int n = static_cast<unsigned int>(random()) % (c.capacity + 3);
+    std::vector<unsigned char> bytes((c.capacity + 3) * c.itemSize);
+    switch (random() % 7) {
+      case 0: {
+        const t_Item item = newItem();
+        queue.QueueItem(item.data());
+        model.Queue(item);
+        break;
+      }
+      case 1: {
+        std::vector<t_Item> batch(n);
+        for (unsigned int i = 0; i < n; ++i) {
+          batch[i] = newItem();
+          std::copy(batch[i].begin(), batch[i].end(), &bytes[i * c.itemSize]);
+        }
+        queue.QueueNItems(bytes.data(), n);
+        model.QueueN(batch);
+        break;
+      }
+      case 2: {
+        const t_Item item = newItem();
+        queue.QueueItemBeforeNth(item.data(), n);
+        model.Insert(item, n);
+        break;
+      }
+      case 3:
+        EXPECT_EQ(queue.DequeueItem() != nullptr, !model.items.empty());
+        model.Drop(1);
+        break;
+      case 4:
+        EXPECT_EQ(queue.DequeueNItems(bytes.data(), n), std::min<std::size_t>(n, model.items.size()));
+        for (unsigned int i = 0; i < std::min<std::size_t>(n, model.items.size()); ++i) {
+          EXPECT_EQ(std::memcmp(&bytes[i * c.itemSize], model.items[i].data(), c.itemSize), 0);
+        }
+        model.Drop(n);
+        break;
+      case 5:
+        queue.FlushItems(n);
+        model.Drop(n);
+        break;
+      default:
+        if (n == 0) {
+          queue.Reset();
+          model.items.clear();
+        }
+    }
+    ASSERT_EQ(Contents(queue), model.items) << "round " << round;
+    ASSERT_EQ(queue.IsQueueFull(), model.items.size() == c.capacity);
+    ExpectOneView(queue);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Policies, CircularBuffer, testing::ValuesIn(kQueueCases), CaseName<S_QueueCase>);
+
+TEST(CircularBufferReset, LeavesEveryByteZero) {
+  C_CircularBuffer queue(4, 2, eCircBufOvrflowDropOldest);
+  const unsigned char items[] = {1, 2, 3, 4, 5, 6, 7, 8};
+  queue.QueueNItems(items, 3);
+  queue.FlushItems(2);
+  queue.QueueNItems(items, 3);  // across the end
+  const auto* oldest = static_cast<const unsigned char*>(queue.PeekNthQueuedItem(0));
+  const unsigned char* storage = oldest - 4;
+  unsigned char out[8];
+  EXPECT_EQ(queue.DequeueNItems(out, 9), 4U);
+  for (int i = 0; i < 8; ++i) EXPECT_EQ(storage[i], 0) << i;
+  queue.QueueItem(items);
+  EXPECT_EQ(queue.PeekNthQueuedItem(0), storage) << "a drained queue starts over at its first slot";
+}
+
+TEST(CircularBufferNull, ChangesNothing) {
+  C_CircularBuffer queue(2, 1, eCircBufOvrflowDropOldest);
+  queue.QueueNItems("ab", 2);
+  unsigned char out = 0;
+  queue.QueueItem(nullptr);
+  queue.QueueNItems(nullptr, 2);
+  queue.QueueItemBeforeNth(nullptr, 0);
+  EXPECT_EQ(queue.DequeueNItems(nullptr, 1), 0U);
+  EXPECT_FALSE(queue.CopyNthQueuedItem(0, nullptr));
+  EXPECT_FALSE(queue.CopyNthQueuedItem(2, &out));
+  EXPECT_TRUE(queue.CopyNthQueuedItem(1, &out));
+  EXPECT_EQ(out, 'b');
+  EXPECT_EQ(queue.NumItems(), 2U);
+}
+
+struct S_UnusableCase {
+  const char* name;
+  unsigned int maxItems;
+  unsigned int itemSize;
+  unsigned int policy;
+  bool makesRoom;
+};
+
+constexpr S_UnusableCase kUnusableCases[] = {
+    {"NoItems", 0, 4, eCircBufOvrflowDropOldest, true},
+    {"NoItemsFlush", 0, 4, eCircBufOvrflowFlushAll, true},
+    {"NoItemsReject", 0, 4, eCircBufOvrflowRejectNew, false},
+    {"NoItemSize", 4, 0, eCircBufOvrflowDropOldest, true},
+    {"ProductOver32Bits", 0x10001, 0xFFFF0001, eCircBufOvrflowRejectNew, false},
+};
+
+class UnusableCircularBuffer : public testing::TestWithParam<S_UnusableCase> {};
+
+TEST_P(UnusableCircularBuffer, StaysEmpty) {
+  const S_UnusableCase& c = GetParam();
+  C_CircularBuffer queue(c.maxItems, c.itemSize, static_cast<eCircBufOvrflowHandling>(c.policy));
+  unsigned char bytes[16] = {};
+  EXPECT_EQ(queue.NewItemOverflowProtect(), c.makesRoom);
+  queue.QueueItem(bytes);
+  queue.QueueNItems(bytes, 2);
+  queue.QueueItemBeforeNth(bytes, 0);
+  queue.FlushItems(1);
+  EXPECT_EQ(queue.DequeueItem(), nullptr);
+  EXPECT_EQ(queue.DequeueNItems(bytes, 1), 0U);
+  EXPECT_EQ(queue.PeekNthQueuedItem(0), nullptr);
+  EXPECT_EQ(queue.NumItems(), 0U);
+  EXPECT_EQ(queue.MaxNumItems(), 0U);
+  EXPECT_TRUE(queue.IsQueueFull());
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, UnusableCircularBuffer, testing::ValuesIn(kUnusableCases), CaseName<S_UnusableCase>);
+
+}  // namespace
