@@ -1,0 +1,64 @@
+cmake_minimum_required(VERSION 3.25)
+
+# Holds the includes to the floors of the house: they only point down.
+#   cmake -DROOT=<source tree> -P CheckFloors.cmake
+#
+# Each row: files, and which of our own headers they may include. The first row that fits a file counts.
+set(leaves "framing/(Base64|BitBufAcc|ByteScan|CRC24|CircularBuffer|RawDataMessage)")
+set(rows
+  "geo/"            "geo/"
+  "records/"        "records/|geo/"
+  "${leaves}\\."    "${leaves}\\."
+  "binproto/"       "binproto/|records/|geo/|${leaves}\\."
+  "textproto/"      "textproto/|records/|geo/|${leaves}\\."
+  "framing/"        "framing/|binproto/|textproto/|records/|geo/"
+  "apps/"           "apps/|public"
+  "examples/"       "public")
+
+# Headers that are installed, from the lists that the build installs by.
+set(public)
+foreach(folder framing binproto textproto geo records)
+  file(READ ${ROOT}/${folder}/CMakeLists.txt lists)
+  string(REGEX MATCH "PUBLIC_HEADERS([^A-Z_]|[A-Z][a-zA-Z0-9_]*\\.h)*" headers "${lists}")
+  string(REGEX MATCHALL "[A-Za-z0-9_]+\\.h" headers "${headers}")
+  list(TRANSFORM headers PREPEND "${folder}/")
+  list(APPEND public ${headers})
+endforeach()
+list(LENGTH public count)
+if(count LESS 10)
+  message(FATAL_ERROR "found only ${count} public headers: the lists are not read right")
+endif()
+
+function(floor_of file result)
+  set(pairs ${rows})
+  while(pairs)
+    list(POP_FRONT pairs pattern allowed)
+    if(file MATCHES "^${pattern}")
+      set(${result} "${allowed}" PARENT_SCOPE)
+      return()
+    endif()
+  endwhile()
+  set(${result} "" PARENT_SCOPE)
+endfunction()
+
+set(faults 0)
+file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/framing/* ${ROOT}/binproto/* ${ROOT}/textproto/* ${ROOT}/geo/*
+  ${ROOT}/records/* ${ROOT}/apps/* ${ROOT}/examples/*)
+list(FILTER files INCLUDE REGEX "\\.(h|cpp)$")
+foreach(file ${files})
+  floor_of(${file} allowed)
+  file(STRINGS ${ROOT}/${file} lines REGEX "^#include \"")
+  foreach(line ${lines})
+    string(REGEX REPLACE "^#include \"([^\"]+)\".*" "\\1" header "${line}")
+    if(header STREQUAL "velagnss_export.h" OR (header IN_LIST public AND allowed MATCHES "public"))
+      continue()
+    endif()
+    if(NOT header MATCHES "^(${allowed})")
+      message(SEND_ERROR "${file} includes ${header}, which is not below it")
+      math(EXPR faults "${faults} + 1")
+    endif()
+  endforeach()
+endforeach()
+if(faults)
+  message(FATAL_ERROR "${faults} includes climb")
+endif()
