@@ -22,6 +22,8 @@ endif()
 add_library(velagnss_objects OBJECT)
 target_link_libraries(velagnss_objects PRIVATE $<BUILD_INTERFACE:velagnss_flags>)
 target_compile_features(velagnss_objects PUBLIC cxx_std_20)
+# Nobody replaces our functions at load time: without this, g++ may not even inline an exported one within its file.
+target_compile_options(velagnss_objects PRIVATE -fno-semantic-interposition)
 target_compile_definitions(velagnss_objects PRIVATE velagnss_EXPORTS)
 target_include_directories(velagnss_objects PUBLIC
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}>)

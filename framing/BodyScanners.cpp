@@ -13,8 +13,8 @@
 
 // How a body runs up to its end, and what must hold then.
 struct C_FrameRecognizer::S_BodyRule {
-  eVerdict (C_FrameRecognizer::*collect)(const S_BodyRule& rule);
   eVerdict (C_FrameRecognizer::*check)();  // of the whole frame; null: nothing
+  bool knownLength = false;                // the frame ends at its greatest length; nothing below applies
   unsigned int first = 0;                  // position of the first byte that is judged
   unsigned int judgedBelow = 0;            // bytes from this value on are content
   bool onlyLineEnds = false;               // a judged byte other than CR and LF is a fault
@@ -38,18 +38,19 @@ constexpr bool IsLineEnd(unsigned char byte) { return byte == kCr || byte == kLf
 
 // clang-format off
 constexpr C_FrameRecognizer::S_BodyRule C_FrameRecognizer::kBodyRules[] = {
-    // collect                             check                                    first        below       only   CR LF  limited
-    {&C_FrameRecognizer::CollectLength,   &C_FrameRecognizer::CheckRtcmSum},
-    {&C_FrameRecognizer::CollectLength,   &C_FrameRecognizer::CheckBinaryFrame},
-    {&C_FrameRecognizer::CollectUntilEnd, &C_FrameRecognizer::CheckNmeaSum,         0,           32,         true,  false, true},
-    {&C_FrameRecognizer::CollectUntilEnd, &C_FrameRecognizer::CheckPkvnSentence,    0,           32,         true,  false, true},
-    {&C_FrameRecognizer::CollectUntilEnd, &C_FrameRecognizer::CheckSiteRecord,      0,           32,         true,  false, true},
-    {&C_FrameRecognizer::CollectUntilEnd, nullptr,                                  0,           kCr + 1,    false, false, false},
-    {&C_FrameRecognizer::CollectUntilEnd, &C_FrameRecognizer::CheckPackedReply,     kJroxHeader, kPackedBit, true,  true,  true},
-    {&C_FrameRecognizer::CollectUntilEnd, &C_FrameRecognizer::CheckPackedSentence,  0,           kCr + 1,    false, true,  true},
+    // check                                    known  first        below       only   CR LF  limited
+    {&C_FrameRecognizer::CheckRtcmSum,          true},
+    {&C_FrameRecognizer::CheckBinaryFrame,      true},
+    {&C_FrameRecognizer::CheckNmeaSum,          false, 0,           32,         true,  false, true},
+    {&C_FrameRecognizer::CheckPkvnSentence,     false, 0,           32,         true,  false, true},
+    {&C_FrameRecognizer::CheckSiteRecord,       false, 0,           32,         true,  false, true},
+    {nullptr,                                   false, 0,           kCr + 1,    false, false, false},
+    {&C_FrameRecognizer::CheckPackedReply,      false, kJroxHeader, kPackedBit, true,  true,  true},
+    {&C_FrameRecognizer::CheckPackedSentence,   false, 0,           kCr + 1,    false, true,  true},
 };
 // clang-format on
 
+eRecognitionResult C_FrameRecognizer::FrameBodyWait() { return ScanBody(m_body); }
 eRecognitionResult C_FrameRecognizer::RTCM3xBodyWait() { return ScanBody(eRtcmBody); }
 eRecognitionResult C_FrameRecognizer::VelaBINBodyWait() { return ScanBody(eVelaBinBody); }
 eRecognitionResult C_FrameRecognizer::NMEA0183BodyWait() { return ScanBody(eTextBody); }
@@ -59,14 +60,10 @@ eRecognitionResult C_FrameRecognizer::VelaCmdAckBodyWait() { return ScanBody(eAc
 eRecognitionResult C_FrameRecognizer::JROXBodyWait() { return ScanBody(eJroxBody); }
 eRecognitionResult C_FrameRecognizer::PKVNRawBodyWait() { return ScanBody(ePkvnRawBody); }
 
-eRecognitionResult C_FrameRecognizer::PKVNBodyWait() {
-  return m_workMessage.messageType == VelaPKVN_Messages::ePkvnRAW ? PKVNRawBodyWait() : PKVNNotRawBodyWait();
-}
-
 eRecognitionResult C_FrameRecognizer::ScanBody(eBody body) {
   if (!IsBodyAwaited()) return eRecError;
   const S_BodyRule& rule = kBodyRules[body];
-  const eVerdict collected = (this->*rule.collect)(rule);
+  const eVerdict collected = rule.knownLength ? CollectLength() : CollectUntilEnd(rule);
   const bool isChecked = collected == eVerdict::Complete && rule.check != nullptr;
   return Conclude(isChecked ? (this->*rule.check)() : collected);
 }
@@ -95,7 +92,7 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectUntilEnd(const S_BodyRule&
 }
 
 // Collects a body whose whole frame is m_frameMaxLength bytes long.
-C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectLength(const S_BodyRule&) {
+C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectLength() {
   const unsigned int length = std::min<unsigned int>(m_queue.NumItems(), m_frameMaxLength);
   m_workMessage.length = static_cast<unsigned short>(length);
   return length < m_frameMaxLength ? eVerdict::More : eVerdict::Complete;

@@ -8,6 +8,7 @@
 
 #include "framing/RecognizerTables.h"
 #include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/VelaPKVN_Messages.h"
 
 namespace {
 
@@ -189,27 +190,27 @@ constexpr unsigned int kMaxReplyType = 999;
 const C_FrameRecognizer::S_ProtocolRow C_FrameRecognizer::kProtocols[kNumProtocols] = {
     //     name           protocol                         start                header  max      needed
     {Frame("ROX",         C_RawDataMessage::eJROX,         "$JROX,",               10,  440),     6,
-        nullptr,                                           &C_FrameRecognizer::JROXBodyWait},
+        nullptr,                                           eJroxBody},
     {Frame("RTCM 3.x",    C_RawDataMessage::eRTCM3_x,      "\xD3~...",              6, 1029),     5,
-        &C_FrameRecognizer::GetRTCM3_xFrameParameters,     &C_FrameRecognizer::RTCM3xBodyWait},
+        &C_FrameRecognizer::GetRTCM3_xFrameParameters,     eRtcmBody},
     {Frame("NMEA0183",    C_RawDataMessage::eNMEA0183,     "$.....,",               8,  512),     7,
-        &C_FrameRecognizer::GetNMEA0183rameParameters,     &C_FrameRecognizer::NMEA0183BodyWait},
+        &C_FrameRecognizer::GetNMEA0183rameParameters,     eTextBody},
     {Frame("VelaBIN",     C_RawDataMessage::eVelaBIN,      "$BIN......",           10, 2048),    10,
-        &C_FrameRecognizer::GetVelaBINFrameParameters,     &C_FrameRecognizer::VelaBINBodyWait},
+        &C_FrameRecognizer::GetVelaBINFrameParameters,     eVelaBinBody},
     {Frame("VelaPKVN",    C_RawDataMessage::ePKVN,         "$PKVN,............",   18, 2048),    18,
-        &C_FrameRecognizer::GetPKvnFrameParameters,        &C_FrameRecognizer::PKVNBodyWait},
+        &C_FrameRecognizer::GetPKvnFrameParameters,        ePkvnBody},
     {Frame("VelaRD",      C_RawDataMessage::eVelaRD,       "$RD.,",                10,  512),    10,
-        &C_FrameRecognizer::GetVelaRDFrameParameters,      &C_FrameRecognizer::NMEA0183BodyWait},
+        &C_FrameRecognizer::GetVelaRDFrameParameters,      eTextBody},
     {Frame("VelaJI",      C_RawDataMessage::eVelaJI,       "$>JI,",                10,  512),    10,
-        &C_FrameRecognizer::GetVelaJIFrameParameters,      &C_FrameRecognizer::NMEA0183BodyWait},
+        &C_FrameRecognizer::GetVelaJIFrameParameters,      eTextBody},
     {Frame("VelaJQUERY",  C_RawDataMessage::eVelaJQUERY,   "$>JQUERY,",            10,  512),    10,
-        &C_FrameRecognizer::GetVelaJQUERYFrameParameters,  &C_FrameRecognizer::NMEA0183BodyWait},
+        &C_FrameRecognizer::GetVelaJQUERYFrameParameters,  eTextBody},
     {Frame("JSITERECORD", C_RawDataMessage::eJSITERECORD,  "$>JSITERECORD",        13,  512),    13,
-        &C_FrameRecognizer::GetJSITERECORDFrameParameters, &C_FrameRecognizer::JSITERECORDBodyWait},
+        &C_FrameRecognizer::GetJSITERECORDFrameParameters, eSiteRecordBody},
     {Frame("VelaCmdAck",  C_RawDataMessage::eVelaCmdAck,   "$>",                    2,    2),     2,
-        nullptr,                                           &C_FrameRecognizer::VelaCmdAckBodyWait},
+        nullptr,                                           eAckBody},
     {Frame("VelaGEO",     C_RawDataMessage::eVelaGEO,      "$>JGEO,",              10,   80),    10,
-        &C_FrameRecognizer::GetVelaGEOFrameParameters,     &C_FrameRecognizer::NMEA0183BodyWait},
+        &C_FrameRecognizer::GetVelaGEOFrameParameters,     eTextBody},
 };
 // clang-format on
 
@@ -275,7 +276,9 @@ bool C_FrameRecognizer::GetPKvnFrameParameters() {
   std::string_view name(reinterpret_cast<const char*>(FrameBytes(kHeld)) + kPrefix.size(), kHeld - kPrefix.size());
   name = name.substr(0, name.find_first_of(std::string_view(",\0", 2)));
   for (unsigned int type = 0; type < std::size(kPkvnRows); ++type) {
-    if (name == kPkvnRows[type].name) return Expect(type, kPkvnRows[type].lengths);
+    if (name != kPkvnRows[type].name) continue;
+    if (type == VelaPKVN_Messages::ePkvnRAW) m_body = ePkvnRawBody;
+    return Expect(type, kPkvnRows[type].lengths);
   }
   return false;
 }

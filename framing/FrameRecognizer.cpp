@@ -378,6 +378,7 @@ eRecognitionResult C_FrameRecognizer::DetermineMsgExpectations() {
   const S_FrameDescriptor& row = m_descriptors[m_currentDescriptor];
   m_frameMinLength = row.headerLength;
   m_frameMaxLength = row.maxLength;
+  m_body = kProtocols[m_currentDescriptor].body;
   m_workMessage.protocol = row.protocol;
   const auto readParameters = kProtocols[m_currentDescriptor].readParameters;
   if (readParameters != nullptr && !(this->*readParameters)()) {
@@ -386,9 +387,4 @@ eRecognitionResult C_FrameRecognizer::DetermineMsgExpectations() {
   }
   m_state = eBodyWait;
   return eRecFrameStarted;
-}
-
-eRecognitionResult C_FrameRecognizer::FrameBodyWait() {
-  if (!IsBodyAwaited()) return eRecError;
-  return (this->*kProtocols[m_currentDescriptor].awaitBody)();
 }

@@ -237,9 +237,8 @@ class VELAGNSS_API C_FrameRecognizer {
 
   bool IsBodyAwaited() const { return m_state == eBodyWait && m_currentDescriptor < kNumProtocols; }
   eRecognitionResult Conclude(eVerdict verdict);
-  eRecognitionResult PKVNBodyWait();
   eRecognitionResult ScanBody(eBody body);
-  eVerdict CollectLength(const S_BodyRule& rule);
+  eVerdict CollectLength();
   eVerdict CollectUntilEnd(const S_BodyRule& rule);
   eVerdict CheckRtcmSum();
   eVerdict CheckBinaryFrame();
@@ -278,6 +277,7 @@ class VELAGNSS_API C_FrameRecognizer {
   unsigned short m_lastScanCount = 0xFFFF;  // m_scanCount at the last step; 0xFFFF forces a step
   unsigned int m_currentDescriptor = kNumProtocols;
   unsigned int m_lastDescriptor = kNumProtocols + 1;  // of the frame delivered last
+  eBody m_body = eTextBody;                           // of the frame being collected
   unsigned short m_frameMinLength = 0;
   unsigned short m_frameMaxLength = 0;
   unsigned int m_examined = 0;    // bytes of the body that need no second look

@@ -8,7 +8,7 @@ struct C_FrameRecognizer::S_ProtocolRow {
   S_FrameDescriptor frame;
   unsigned short neededLength;                  // bytes from which a frame's type and length can be told
   bool (C_FrameRecognizer::*readParameters)();  // sets type and length limits; null: every match passes
-  eRecognitionResult (C_FrameRecognizer::*awaitBody)();
+  eBody body;                                   // how the body ends and is checked
 };
 
 #endif  // VELAGNSS_FRAMING_RECOGNIZER_TABLES_H
