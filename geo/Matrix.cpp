@@ -102,8 +102,7 @@ C_Matrix::C_Matrix(unsigned int maxRows, unsigned int maxCols, unsigned int rows
 }
 
 C_Matrix::C_Matrix(const C_Matrix& other)
-    : C_Matrix(other.m_maxRows, other.m_maxCols, 0, 0, other.m_pivot != nullptr) {
-  SetSize(other.m_rows, other.m_cols);
+    : C_Matrix(other.m_maxRows, other.m_maxCols, other.m_rows, other.m_cols, other.m_pivot != nullptr) {
   std::copy_n(other.m_data, std::size_t{m_rows} * m_cols, m_data);
 }
 

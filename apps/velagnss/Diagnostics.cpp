@@ -1,0 +1,81 @@
+#include "apps/velagnss/Diagnostics.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace Host {
+namespace {
+
+eVerbosity g_verbosity = eVerbosity::Normal;
+bool g_progressShown = false;
+
+// ECMA-48 colours; none for those who asked for none (no-color.org) or who read a file.
+struct S_Colour {
+  std::string_view on;
+  std::string_view off = "\x1b[0m";
+};
+constexpr S_Colour kRed{"\x1b[1;31m"};
+constexpr S_Colour kYellow{"\x1b[1;33m"};
+
+bool UseColour() {
+  static const bool use = [] {
+    const char* noColour = std::getenv("NO_COLOR");
+    return IsErrorATerminal() && (noColour == nullptr || *noColour == '\0');
+  }();
+  return use;
+}
+
+void WriteToError(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    if (written <= 0) return;  // nobody is left to tell
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void Report(std::string_view kind, const S_Colour& colour, std::string_view message) {
+  ShowProgressLine({});
+  const bool coloured = UseColour() && !kind.empty();
+  WriteToError(fmt::format("velagnss: {}{}{}{}\n", coloured ? colour.on : "", kind, coloured ? colour.off : "",
+                           Printable(message)));
+}
+
+}  // namespace
+
+void SetVerbosity(eVerbosity verbosity) { g_verbosity = verbosity; }
+eVerbosity Verbosity() { return g_verbosity; }
+
+void ReportError(std::string_view message) { Report("error: ", kRed, message); }
+void ReportWarning(std::string_view message) {
+  if (g_verbosity != eVerbosity::Quiet) Report("warning: ", kYellow, message);
+}
+void ReportDetail(std::string_view message) {
+  if (g_verbosity == eVerbosity::Verbose) Report("", {}, message);
+}
+
+std::string Printable(std::string_view text) {
+  std::string printable;
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte >= 0x20 && byte < 0x7F)
+      printable += character;
+    else
+      fmt::format_to(std::back_inserter(printable), "\\x{:02x}", byte);
+  }
+  return printable;
+}
+
+bool IsErrorATerminal() {
+  static const bool terminal = ::isatty(STDERR_FILENO) == 1;
+  return terminal;
+}
+
+void ShowProgressLine(std::string_view line) {
+  if (line.empty() && !g_progressShown) return;
+  WriteToError(fmt::format("\r\x1b[K{}", line));  // back to the first column, clear to the end
+  g_progressShown = !line.empty();
+}
+
+}  // namespace Host

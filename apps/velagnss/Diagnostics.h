@@ -1,0 +1,33 @@
+// Messages to the person at the terminal, on standard error.
+//
+// An error says what happened, where, and what to do. Records never go this way, messages never go to standard output.
+#ifndef VELAGNSS_APPS_DIAGNOSTICS_H
+#define VELAGNSS_APPS_DIAGNOSTICS_H
+
+#include <string>
+#include <string_view>
+
+namespace Host {
+
+enum class eVerbosity { Quiet, Normal, Verbose };
+
+// Set once by the arguments, read everywhere.
+void SetVerbosity(eVerbosity verbosity);
+eVerbosity Verbosity();
+
+void ReportError(std::string_view message);    // always
+void ReportWarning(std::string_view message);  // unless quiet
+void ReportDetail(std::string_view message);   // only when verbose
+
+// `text` fit for a terminal: control characters and bytes from 0x7F on as "\xNN".
+std::string Printable(std::string_view text);
+
+// True when standard error is a terminal; for the progress line.
+bool IsErrorATerminal();
+
+// A line that overwrites itself; empty clears it. Only on a terminal.
+void ShowProgressLine(std::string_view line);
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_DIAGNOSTICS_H

@@ -1,0 +1,34 @@
+// Owner of a file descriptor of the operating system.
+#ifndef VELAGNSS_APPS_FILE_DESCRIPTOR_H
+#define VELAGNSS_APPS_FILE_DESCRIPTOR_H
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace Host {
+
+class C_FileDescriptor {
+ public:
+  C_FileDescriptor() = default;
+  explicit C_FileDescriptor(int descriptor) : m_descriptor(descriptor) {}
+  C_FileDescriptor(C_FileDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+  C_FileDescriptor& operator=(C_FileDescriptor&& other) noexcept {
+    std::swap(m_descriptor, other.m_descriptor);
+    return *this;
+  }
+  ~C_FileDescriptor() { Close(); }
+
+  int Get() const { return m_descriptor; }
+  bool IsOpen() const { return m_descriptor >= 0; }
+
+  // False when the operating system reports, only now, that something written did not arrive (`errno`).
+  bool Close() { return m_descriptor < 0 || ::close(std::exchange(m_descriptor, -1)) == 0; }
+
+ private:
+  int m_descriptor = -1;
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_FILE_DESCRIPTOR_H

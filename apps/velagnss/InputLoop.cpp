@@ -1,0 +1,55 @@
+#include "apps/velagnss/InputLoop.h"
+
+#include <fmt/format.h>
+
+#include "apps/velagnss/Diagnostics.h"
+#include "apps/velagnss/Input.h"
+#include "apps/velagnss/Progress.h"
+#include "apps/velagnss/Signals.h"
+
+namespace Host {
+namespace {
+
+// False when reading failed.
+bool FeedAll(C_Input& input, std::span<unsigned char> buffer, C_Progress& progress, C_StreamJob& job) {
+  std::uint64_t total = 0;
+  while (job.WantsMore()) {
+    if (input.WouldWait()) job.BeforeWait();
+    std::size_t count = 0;
+    const C_Input::eRead read = input.Read(buffer, count);
+    if (read == C_Input::eRead::Failed) return false;
+    if (read != C_Input::eRead::Bytes) break;
+    job.Feed(buffer.first(count));
+    total += count;
+    progress.Update(total);
+  }
+  if (total == 0 && SignalReceived() == 0) ReportWarning(fmt::format("{}: is empty", input.Name()));
+  ReportDetail(fmt::format("{}: {} bytes read", input.Name(), total));
+  return true;
+}
+
+bool RunInput(const std::string& name, std::span<unsigned char> buffer, bool showProgress, C_StreamJob& job) {
+  C_Input input;
+  if (!input.Open(name)) return false;
+  C_Progress progress(showProgress, input.Name(), input.Size());
+  job.BeginInput(input.Name());
+  const bool isRead = FeedAll(input, buffer, progress, job);
+  job.EndInput();
+  return isRead;
+}
+
+}  // namespace
+
+eExitCode RunInputs(const S_InputOptions& options, C_StreamJob& job) {
+  std::vector<unsigned char> buffer(options.readSize);
+  std::vector<std::string> names = options.names;
+  if (names.empty()) names.emplace_back("-");
+  eExitCode code = eExitOk;
+  for (const std::string& name : names) {
+    if (SignalReceived() != 0 || !job.WantsMore()) break;
+    if (!RunInput(name, buffer, options.showProgress, job)) code = eExitInput;
+  }
+  return code;
+}
+
+}  // namespace Host

@@ -1,0 +1,111 @@
+// JSON text, written straight into one growing buffer.
+//
+// Numbers are the shortest text that reads back as the same number. The text is plain ASCII: what comes from the wire
+// is escaped byte by byte, so that no input can break the syntax or reach a terminal with a control character.
+#ifndef VELAGNSS_APPS_JSON_WRITER_H
+#define VELAGNSS_APPS_JSON_WRITER_H
+
+#include <charconv>
+#include <concepts>
+#include <cstring>
+#include <limits>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace Host {
+
+// Values are written in the order of the calls; commas are set by the writer. Balanced calls are the caller's duty.
+//
+//   json.BeginObject();
+//   json.Key("offset").Integer(1024);
+//   json.EndObject();
+//   json.EndLine();
+class C_JsonWriter {
+ public:
+  C_JsonWriter() : m_buffer(kFirstCapacity) {}
+
+  void BeginObject() { Open('{'); }
+  void EndObject() { Close('}'); }
+  void BeginArray() { Open('['); }
+  void EndArray() { Close(']'); }
+
+  // `name` is one of our own literals: ASCII without quotes, backslashes and control characters.
+  C_JsonWriter& Key(std::string_view name);
+
+  void Null() { Literal("null"); }
+  void Bool(bool value) { Literal(value ? std::string_view("true") : std::string_view("false")); }
+
+  template <std::integral Number>
+  void Integer(Number value) {
+    Separate(kNumberSize);
+    m_size = static_cast<std::size_t>(
+        std::to_chars(m_buffer.data() + m_size, m_buffer.data() + m_buffer.size(), value).ptr - m_buffer.data());
+  }
+
+  // JSON knows neither NaN nor infinity: both are null.
+  void Number(double value);
+
+  // Text whose bytes may be anything. Each byte from 0x80 on is the character of the same number, "\u0080" to
+  // "\u00ff": the bytes can be told from the text again, whatever their encoding was meant to be.
+  void String(std::string_view bytes);
+
+  // The bytes as lower-case hexadecimal digits.
+  void Hex(std::span<const unsigned char> bytes);
+
+  // Ends one object of a JSON Lines text.
+  void EndLine();
+
+  std::string_view Text() const { return {m_buffer.data(), m_size}; }
+  void Clear() { m_size = 0; }
+
+ private:
+  static constexpr std::size_t kFirstCapacity = 1 << 18;
+  static constexpr std::size_t kNumberSize = 32;  // longest: sign, 17 digits, point, exponent; or 20 digits
+
+  void Reserve(std::size_t size) {
+    if (m_buffer.size() - m_size < size) m_buffer.resize(2 * m_buffer.size() + size);
+  }
+  void Separate(std::size_t size) {  // room for a comma and `size` bytes
+    Reserve(size + 1);
+    if (m_needsComma) m_buffer[m_size++] = ',';
+    m_needsComma = true;
+  }
+  void Open(char bracket) {
+    Separate(1);
+    m_buffer[m_size++] = bracket;
+    m_needsComma = false;
+  }
+  void Close(char bracket) {
+    Reserve(1);
+    m_buffer[m_size++] = bracket;
+    m_needsComma = true;
+  }
+  void Append(std::string_view text) {
+    std::memcpy(m_buffer.data() + m_size, text.data(), text.size());
+    m_size += text.size();
+  }
+  void Literal(std::string_view text) {
+    Separate(text.size());
+    Append(text);
+  }
+  void AppendEscape(unsigned char byte);
+
+  std::vector<char> m_buffer;
+  std::size_t m_size = 0;
+  bool m_needsComma = false;
+};
+
+inline C_JsonWriter& C_JsonWriter::Key(std::string_view name) {
+  Separate(name.size() + 3);
+  m_buffer[m_size++] = '"';
+  Append(name);
+  m_buffer[m_size++] = '"';
+  m_buffer[m_size++] = ':';
+  m_needsComma = false;
+  return *this;
+}
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_JSON_WRITER_H

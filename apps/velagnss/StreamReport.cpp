@@ -1,0 +1,257 @@
+#include "apps/velagnss/StreamReport.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "apps/velagnss/Diagnostics.h"
+#include "apps/velagnss/FrameJson.h"
+
+namespace Host {
+namespace {
+
+constexpr double kGapFactor = 1.5;        // of the usual step
+constexpr std::size_t kMaxSteps = 10000;  // different lengths of steps that are told apart
+constexpr std::size_t kShortList = 10;
+
+double Percent(std::uint64_t part, std::uint64_t whole) {
+  return whole == 0 ? 0 : 100.0 * static_cast<double>(part) / static_cast<double>(whole);
+}
+
+template <class... Arguments>
+void Line(std::string& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+  fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
+  text += '\n';
+}
+
+void AppendRest(std::string& table, std::uint64_t count, std::size_t shown) {
+  if (count > shown) Line(table, "  and {} more", count - shown);
+}
+
+}  // namespace
+
+void C_EpochSteps::Note(std::uint64_t offset, double seconds) {
+  if (std::isnan(seconds)) return;
+  if (!m_first) m_first = seconds;
+  const double previous = m_last.value_or(seconds);
+  m_last = seconds;
+  const long step = std::lround((seconds - previous) * 1000);
+  if (step <= 0) return;
+  if (m_counts.size() < kMaxSteps || m_counts.contains(step)) ++m_counts[step];
+  if (static_cast<double>(step) > kGapFactor * static_cast<double>(m_counts.begin()->first))
+    m_longSteps.Add({offset, previous, seconds});
+}
+
+double C_EpochSteps::UsualStep() const {
+  if (m_counts.empty()) return 0;
+  const auto mostFrequent = std::max_element(m_counts.begin(), m_counts.end(),
+                                             [](const auto& a, const auto& b) { return a.second < b.second; });
+  return static_cast<double>(mostFrequent->first) / 1000;
+}
+
+C_BoundedList<S_TimeGap> C_EpochSteps::Gaps() const {
+  C_BoundedList<S_TimeGap> gaps;
+  const double longest = kGapFactor * UsualStep();
+  for (const S_TimeGap& gap : m_longSteps.Entries())
+    if (gap.to - gap.from > longest) gaps.Add(gap);
+  return gaps;
+}
+
+void C_StreamReport::OnFrame(const C_RawDataMessage& frame, std::uint64_t offset) {
+  m_decoder.Decode(frame);
+  S_MessageCount& entry = CountOf(frame);
+  ++entry.count;
+  if (m_decoder.HasDataError()) ++entry.faults;
+  m_epochs.Note(offset, m_decoder.Clock().Seconds());
+}
+
+S_MessageCount& C_StreamReport::CountOf(const C_RawDataMessage& frame) {
+  const S_MessageKey key{frame.protocol, frame.messageType};
+  const auto found =
+      std::find_if(m_messages.begin(), m_messages.end(), [&](const S_MessageCount& entry) { return entry.key == key; });
+  return found != m_messages.end() ? *found : m_messages.emplace_back(S_MessageCount{key});
+}
+
+void C_StreamReport::OnRejection(const S_Rejection& rejection) {
+  ++(rejection.result == eRecChecksumError ? m_checksumErrors : m_rejectedStarts);
+  m_falseStarts.Add({rejection.offset, rejection.result});
+}
+
+void C_StreamReport::OnSkipped(std::uint64_t offset, std::uint64_t length) { m_skipped.Add({offset, length}); }
+
+void C_StreamReport::Close(const C_FrameReader& reader) {
+  m_bytes = reader.BytesFed();
+  m_queued = reader.QueuedAtEnd();
+  m_atEnd = reader.TotalsAtEnd();
+  m_framesGood = reader.Totals().framesGood;
+  m_framesBad = reader.Totals().framesBad;
+  std::sort(m_messages.begin(), m_messages.end(), [](const S_MessageCount& a, const S_MessageCount& b) {
+    return std::pair(a.key.protocol, a.key.type) < std::pair(b.key.protocol, b.key.type);
+  });
+}
+
+double C_StreamReport::BadPercent() const { return Percent(m_framesBad, m_framesGood + m_framesBad); }
+
+// Every epoch stands for one step of time: ten epochs of one second are ten seconds.
+double C_StreamReport::Duration() const {
+  if (!m_epochs.First()) return 0;
+  return *m_epochs.Last() - *m_epochs.First() + m_epochs.UsualStep();
+}
+
+double C_StreamReport::RateOf(std::uint64_t count) const {
+  return Duration() > 0 ? static_cast<double>(count) / Duration() : std::nan("");
+}
+
+void C_StreamReport::WriteJson(C_JsonWriter& json) const {
+  json.BeginObject();
+  json.Key("schema").Integer(kSchemaVersion);
+  json.Key("report").String("stat");
+  json.Key("input").String(m_input);
+  json.Key("bytes").BeginObject();
+  json.Key("total").Integer(m_bytes);
+  json.Key("accepted").Integer(m_atEnd.bytesAccepted);
+  json.Key("discarded").Integer(m_atEnd.bytesDiscarded);
+  json.Key("queued").Integer(m_queued);
+  json.EndObject();
+  json.Key("frames").BeginObject();
+  json.Key("good").Integer(m_framesGood);
+  json.Key("bad").Integer(m_framesBad);
+  json.Key("bad_percent").Number(BadPercent());
+  json.Key("recovered_at_end").Integer(m_framesGood - m_atEnd.framesGood);
+  json.EndObject();
+  WriteJsonMessages(json);
+  WriteJsonTime(json);
+  WriteJsonIntegrity(json);
+  json.EndObject();
+  json.EndLine();
+}
+
+void C_StreamReport::WriteJsonMessages(C_JsonWriter& json) const {
+  json.Key("messages").BeginArray();
+  for (const S_MessageCount& entry : m_messages) {
+    json.BeginObject();
+    json.Key("protocol").String(ProtocolName(entry.key.protocol));
+    json.Key("message").String(C_MessageName(entry.key.protocol, entry.key.type).Text());
+    json.Key("number");
+    if (entry.key.type == kNoMessageType)
+      json.Null();
+    else
+      json.Integer(entry.key.type);
+    json.Key("count").Integer(entry.count);
+    json.Key("faults").Integer(entry.faults);
+    json.Key("per_second").Number(RateOf(entry.count));
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+void C_StreamReport::WriteJsonTime(C_JsonWriter& json) const {
+  json.Key("time");
+  if (!m_epochs.First()) return json.Null();
+  const C_StreamClock& clock = m_decoder.Clock();
+  const C_BoundedList<S_TimeGap> gaps = m_epochs.Gaps();
+  json.BeginObject();
+  json.Key("first").String(clock.Text(*m_epochs.First()).Text());
+  json.Key("last").String(clock.Text(*m_epochs.Last()).Text());
+  json.Key("duration_s").Number(Duration());
+  json.Key("usual_step_s").Number(m_epochs.UsualStep());
+  json.Key("gaps").BeginArray();
+  for (const S_TimeGap& gap : gaps.Entries()) {
+    json.BeginObject();
+    json.Key("offset").Integer(gap.offset);
+    json.Key("from").String(clock.Text(gap.from).Text());
+    json.Key("to").String(clock.Text(gap.to).Text());
+    json.Key("seconds").Number(static_cast<double>(std::lround((gap.to - gap.from) * 1000)) / 1000);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+}
+
+void C_StreamReport::WriteJsonIntegrity(C_JsonWriter& json) const {
+  json.Key("integrity").BeginObject();
+  json.Key("checksum_errors").Integer(m_checksumErrors);
+  json.Key("rejected_starts").Integer(m_rejectedStarts);
+  json.Key("skipped_ranges").Integer(m_skipped.Count());
+  json.Key("false_starts").BeginArray();
+  for (const S_FalseStart& start : m_falseStarts.Entries()) {
+    json.BeginObject();
+    json.Key("offset").Integer(start.offset);
+    json.Key("result").Integer(start.result);
+    json.Key("why").String(RejectionText(start.result));
+    json.EndObject();
+  }
+  json.EndArray();
+  json.Key("skipped").BeginArray();
+  for (const S_SkippedRange& range : m_skipped.Entries()) {
+    json.BeginObject();
+    json.Key("offset").Integer(range.offset);
+    json.Key("length").Integer(range.length);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+}
+
+std::string C_StreamReport::Table(bool isLong) const {
+  const std::size_t maxRows = isLong ? m_skipped.kCapacity : kShortList;
+  std::string table;
+  Line(table, "{}", Printable(m_input));
+  Line(table, "  {:<16}{:>14}", "bytes", m_bytes);
+  Line(table, "  {:<16}{:>14}  {:6.2f} %", "accepted", m_atEnd.bytesAccepted, Percent(m_atEnd.bytesAccepted, m_bytes));
+  Line(table, "  {:<16}{:>14}  {:6.2f} %", "discarded", m_atEnd.bytesDiscarded,
+       Percent(m_atEnd.bytesDiscarded, m_bytes));
+  Line(table, "  {:<16}{:>14}  {:6.2f} %", "still queued", m_queued, Percent(m_queued, m_bytes));
+  Line(table, "  {:<16}{:>14}", "frames good", m_framesGood);
+  Line(table, "  {:<16}{:>14}  {:6.2f} %", "frames damaged", m_framesBad, BadPercent());
+  Line(table, "  {:<16}{:>14}", "checksum errors", m_checksumErrors);
+  Line(table, "  {:<16}{:>14}", "rejected starts", m_rejectedStarts);
+  Line(table, "  {:<16}{:>14}", "skipped ranges", m_skipped.Count());
+  AppendMessages(table);
+  AppendTime(table, maxRows);
+  AppendIntegrity(table, maxRows);
+  return table;
+}
+
+void C_StreamReport::AppendMessages(std::string& table) const {
+  if (m_messages.empty()) return;
+  Line(table, "\n  {:<10}{:<14}{:>10}{:>12}{:>10}", "protocol", "message", "count", "per second", "faults");
+  for (const S_MessageCount& entry : m_messages) {
+    const double rate = RateOf(entry.count);
+    Line(table, "  {:<10}{:<14}{:>10}{:>12}{:>10}", ProtocolName(entry.key.protocol),
+         C_MessageName(entry.key.protocol, entry.key.type).Text(), entry.count,
+         std::isnan(rate) ? "-" : fmt::format("{:.3f}", rate), entry.faults);
+  }
+}
+
+void C_StreamReport::AppendTime(std::string& table, std::size_t maxRows) const {
+  if (!m_epochs.First()) return;
+  const C_StreamClock& clock = m_decoder.Clock();
+  const C_BoundedList<S_TimeGap> gaps = m_epochs.Gaps();
+  Line(table, "\n  first time  {}", clock.Text(*m_epochs.First()).Text());
+  Line(table, "  last time   {}", clock.Text(*m_epochs.Last()).Text());
+  Line(table, "  usual step  {} s, gaps {}", m_epochs.UsualStep(), gaps.Count());
+  const std::size_t shown = std::min(maxRows, gaps.Entries().size());
+  for (std::size_t i = 0; i < shown; ++i) {
+    const S_TimeGap& gap = gaps.Entries()[i];
+    Line(table, "  {:>14}  gap of {:.3f} s after {}", gap.offset, gap.to - gap.from, clock.Text(gap.from).Text());
+  }
+  AppendRest(table, gaps.Count(), shown);
+}
+
+void C_StreamReport::AppendIntegrity(std::string& table, std::size_t maxRows) const {
+  if (m_skipped.Count() == 0) return;
+  Line(table, "\n  {:>14}  {}", "offset", "skipped, and why a frame that began there was none");
+  auto start = m_falseStarts.Entries().begin();
+  std::size_t shown = 0;
+  for (const S_SkippedRange& range : m_skipped.Entries()) {
+    if (shown++ == maxRows) break;
+    Line(table, "  {:>14}  {} bytes", range.offset, range.length);
+    for (; start != m_falseStarts.Entries().end() && start->offset < range.offset + range.length; ++start)
+      Line(table, "  {:>14}    {}", start->offset, RejectionText(start->result));
+  }
+  AppendRest(table, m_skipped.Count(), std::min<std::size_t>(maxRows, m_skipped.Entries().size()));
+}
+
+}  // namespace Host

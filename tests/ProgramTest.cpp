@@ -1,0 +1,225 @@
+// The built program from outside: its exit codes, its messages, its output.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "Cases.h"
+#include "HostData.h"
+#include "JsonSchema.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+struct Outcome {
+  int code = -1;
+  std::string output;
+  std::string messages;
+};
+
+std::string Slurp(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A directory of the test's own, gone at its end; shell commands run in it. `velagnss` is the program, `$S` the sample.
+class Program : public testing::Test {
+ protected:
+  Program() : m_directory(std::filesystem::temp_directory_path() / ("velagnss-" + std::to_string(::getpid()))) {
+    std::filesystem::create_directories(m_directory);
+  }
+  ~Program() override { std::filesystem::remove_all(m_directory); }
+
+  void Write(const std::string& name, std::string_view bytes) const {
+    std::ofstream(m_directory / name, std::ios::binary) << bytes;
+  }
+  Outcome Run(const std::string& command) const {
+    const std::string script = "velagnss() { " VELAGNSS_PROGRAM " \"$@\"; }; S='" VELAGNSS_SOURCE_DIR
+                               "/samples/session.bin'; cd '" +
+                               m_directory.string() + "'; ";
+    Write("script", script + command);
+    const std::string shell = "bash " + (m_directory / "script").string() + " >" + (m_directory / "out").string() +
+                              " 2>" + (m_directory / "err").string() + " </dev/null";
+    const int status = std::system(shell.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Slurp(m_directory / "out"), Slurp(m_directory / "err")};
+  }
+
+  std::filesystem::path m_directory;
+};
+
+std::vector<json> Lines(const std::string& text) {
+  std::vector<json> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(json::parse(line));
+  return lines;
+}
+
+struct S_ExitCase {
+  const char* name;
+  const char* command;
+  int code;
+  const char* message;  // part of what stands on standard error
+};
+constexpr char kNone[] = "";
+
+// clang-format off
+const S_ExitCase kExits[] = {
+    {"AllGood",             "velagnss decode $S",                               0, kNone},
+    {"Help",                "velagnss decode --help",                           0, kNone},
+    {"Version",             "velagnss --version",                               0, kNone},
+    {"NoCommand",           "velagnss",                                         2, "--help"},
+    {"UnknownCommand",      "velagnss dekode $S",                               2, "velagnss --help"},
+    {"UnknownOption",       "velagnss decode --nonsense $S",                    2, "velagnss decode --help"},
+    {"EnormousCount",       "velagnss decode -n 99999999999999999999999 $S",    2, "-n"},
+    {"NegativeCount",       "velagnss decode -n -5 $S",                         2, "-n"},
+    {"PercentOfNothing",    "velagnss stat --max-bad nan $S",                   2, "--max-bad"},
+    {"CountOfNone",         "velagnss decode -n 0 $S",                          2, "-n"},
+    {"ReadSizeZero",        "velagnss stat --read-size 0 $S",                   2, "--read-size"},
+    {"QuietAndVerbose",     "velagnss -q -v decode $S",                         2, "excludes"},
+    {"UnknownProtocol",     "velagnss decode --proto ubx $S",                   2, "nmea"},
+    {"UnknownMessage",      "velagnss decode --msg GGX $S",                     2, "GGX"},
+    {"BadPeriod",           "velagnss decode --msg GGA:fast $S",                2, "GGA:10"},
+    {"SeedWithoutSeconds",  "velagnss decode --seed 2300 $S",                   2, "2300:345600"},
+    {"SeedBeyondTheWeek",   "velagnss decode --seed 2300:604800 $S",            2, "--seed"},
+    {"OutputIsInput",       "cp $S a; velagnss decode a -o ./a",                2, "input as well"},
+    {"MissingFile",         "velagnss decode missing",                          3, "missing: cannot be opened: No such file"},
+    {"Directory",           "velagnss stat .",                                  3, "is a directory"},
+    {"OneOfTwoMissing",     "velagnss decode missing $S",                       3, "missing"},
+    {"EmptyFile",           "touch e; velagnss decode e",                       1, "e: is empty"},
+    {"EmptyInput",          "velagnss decode < /dev/null",                      1, "standard input: is empty"},
+    {"NoiseOnly",           "head -c 100000 /dev/zero | velagnss decode",       1, "no frame in 100000 bytes"},
+    {"NothingPassed",       "velagnss decode --msg ACK $S",                     1, "passed"},
+    {"Strict",              "velagnss decode --strict $S",                      1, "faults in the data"},
+    {"StrictAndGood",       "head -c 171 $S | velagnss decode --strict",        0, kNone},
+    {"StatNoise",           "head -c 1000 /dev/zero | velagnss stat",           1, "no frame recognised"},
+    {"TooBad",              "velagnss stat --max-bad 0.1 $S",                   1, "--max-bad"},
+    {"NotTooBad",           "velagnss stat --max-bad 5 $S",                     0, kNone},
+    {"FullDisk",            "velagnss decode $S > /dev/full",                   4, "No space left on device"},
+    {"FullDiskStat",        "velagnss stat $S > /dev/full",                     4, "No space left on device"},
+    {"FullDiskHelp",        "velagnss --help > /dev/full",                      4, "No space left on device"},
+    {"FileSizeLimit",       "ulimit -f 8; velagnss decode $S -o limited",       4, "ulimit"},
+    {"NoSuchFolder",        "velagnss decode $S -o missing/out",                4, "cannot be written"},
+    {"ClosedPipe",          "velagnss decode $S | head -n 1 > one; exit ${PIPESTATUS[0]}", 0, kNone},
+    {"ClosedFromTheStart",  "velagnss decode $S | true; exit ${PIPESTATUS[0]}", 0, kNone},
+};
+// clang-format on
+
+class ProgramExits : public Program, public testing::WithParamInterface<S_ExitCase> {};
+TEST_P(ProgramExits, WithCodeAndMessage) {
+  const Outcome outcome = Run(GetParam().command);
+  EXPECT_EQ(outcome.code, GetParam().code) << outcome.messages;
+  if (*GetParam().message == '\0')
+    EXPECT_THAT(outcome.messages, IsEmpty());
+  else
+    EXPECT_THAT(outcome.messages, HasSubstr(GetParam().message));
+}
+INSTANTIATE_TEST_SUITE_P(Commands, ProgramExits, testing::ValuesIn(kExits), CaseName<S_ExitCase>);
+
+// Signals come while the program waits for more input: what came before is complete in the output.
+class ProgramSignal : public Program, public testing::WithParamInterface<const char*> {};
+TEST_P(ProgramSignal, EndsWithWholeLines) {
+  const std::string wait = "for i in {1..100}; do [ $(wc -l < o) = 3 ] && break; sleep 0.1; done; ";
+  const Outcome outcome =
+      Run("mkfifo f; touch o; " VELAGNSS_PROGRAM " decode f > o & P=$!; exec 3> f; head -c 230 $S >&3; " + wait +
+          "kill -" + GetParam() + " $P; wait $P; echo $?; cat o");
+  const std::vector<json> lines = Lines(outcome.output);
+  ASSERT_EQ(lines.size(), 4) << outcome.messages;
+  EXPECT_EQ(lines[0], json(GetParam() == std::string("INT") ? 130 : GetParam() == std::string("TERM") ? 143 : 129));
+  EXPECT_EQ(lines[3]["offset"], 172);
+}
+INSTANTIATE_TEST_SUITE_P(Signals, ProgramSignal, testing::Values("INT", "TERM", "HUP"));
+
+TEST_F(Program, WritesTheSameForAnyReadSize) {
+  const std::string options = " --events --hex $S | md5sum";
+  const std::string whole = Run("velagnss decode" + options).output;
+  for (const char* size : {"1", "7", "997", "65537"})
+    EXPECT_EQ(Run(std::string("velagnss decode --read-size ") + size + options).output, whole) << size;
+  EXPECT_EQ(Run("cat $S | velagnss decode" + options).output, whole) << "pipe";
+}
+
+TEST_F(Program, KeepsInputsApart) {
+  Run("head -c 200 $S > a; tail -c +201 $S > b");
+  const std::vector<json> lines = Lines(Run("velagnss decode --frames a b").output);
+  EXPECT_EQ(lines[0]["input"], "a");
+  EXPECT_EQ(lines.back()["input"], "b");
+  EXPECT_EQ(lines.back()["offset"].get<int>() + 200, Lines(Run("velagnss decode --frames $S").output).back()["offset"]);
+}
+
+struct S_FilterCase {
+  const char* name;
+  const char* arguments;
+  std::vector<std::string> messages;  // that come, each at least once
+  std::size_t count;                  // objects
+};
+const S_FilterCase kFilters[] = {
+    {"ByName", "--msg hdt", {"HDT"}, 5},
+    {"ByNumber", "--msg 1005", {"RTCM1005"}, 17},
+    {"ByProtocolAndMessage", "--proto site --msg 1006", {"JSITERECORD", "RTCM1006"}, 16 + 8},
+    {"StopsAfter", "-n 3", {"GGA", "RMC", "ZDA"}, 3},
+    {"EnvelopeOnly", "--frames --msg RMC", {"RMC"}, 356},
+};
+class ProgramFilters : public Program, public testing::WithParamInterface<S_FilterCase> {};
+TEST_P(ProgramFilters, LetPass) {
+  std::set<std::string> messages;
+  const std::vector<json> lines = Lines(Run(std::string("velagnss decode $S ") + GetParam().arguments).output);
+  for (const json& line : lines) messages.insert(line["message"].get<std::string>());
+  EXPECT_THAT(messages, testing::ElementsAreArray(GetParam().messages));
+  EXPECT_EQ(lines.size(), GetParam().count);
+}
+INSTANTIATE_TEST_SUITE_P(Arguments, ProgramFilters, testing::ValuesIn(kFilters), CaseName<S_FilterCase>);
+
+TEST_F(Program, PeriodKeepsWholeEpochs) {
+  std::vector<double> times;
+  int next = 1;  // sentence of a GSV group
+  for (const json& line : Lines(Run("velagnss decode --msg GGA:30,GSV:30 $S").output)) {
+    const json& fields = line["fields"];
+    if (line["message"] == "GGA") times.push_back(fields["time_of_day_s"]);
+    if (line["message"] != "GSV") continue;
+    EXPECT_EQ(fields["sentence_number"], next) << line;
+    next = fields["sentence_number"] == fields["total_sentences"] ? 1 : next + 1;
+  }
+  ASSERT_EQ(times.size(), 11);
+  for (std::size_t i = 1; i < times.size(); ++i) EXPECT_EQ(std::fmod(times[i] - times[i - 1] + 86400, 86400), 30);
+}
+
+// Text from the wire and from the command line reaches no terminal with a control character.
+TEST_F(Program, ShowsNoControlCharacters) {
+  Write("\x1b[31mred",
+        "$>JI,\x1f"
+        "111111111111111111111111111111111111111\r\n$>JI,\xff\x9b[31m1111111111111111111111111111\r\n");
+  const Outcome outcome = Run("velagnss decode --events *red; velagnss stat *red missing$'\\e'");
+  for (const char c : outcome.output + outcome.messages) EXPECT_TRUE(c == '\n' || (c >= 0x20 && c < 0x7F));
+  EXPECT_THAT(outcome.output, HasSubstr("\\u00ff\\u009b[31m"));
+}
+
+std::string Damaged(std::string bytes) {
+  for (std::size_t i = 50; i < bytes.size(); i += 397) bytes[i] = static_cast<char>(bytes[i] ^ (1 << i % 8));
+  return bytes;
+}
+
+TEST_F(Program, WritesWhatTheSchemaAllows) {
+  const JsonSchema schema(json::parse(ReadHostFile("docs/velagnss.schema.json")));
+  Write("damaged", Damaged(ReadHostFile("samples/session.bin")));
+  const std::string runs[] = {"velagnss decode --events $S damaged", "velagnss decode --acks --hex --seed 2314:0 $S",
+                              "velagnss decode --frames --hex $S",   "velagnss decode --msg BIN95,BIN25,BIN93 $S",
+                              "tail -c 5000 $S | velagnss decode",   "velagnss stat --json $S damaged"};
+  for (const std::string& run : runs)
+    for (const json& line : Lines(Run(run).output)) ASSERT_EQ(schema.Check(line), "") << run << "\n" << line;
+}
+
+TEST(JsonDocument, NamesEveryMemberOfTheSchema) {
+  const std::string document = ReadHostFile("docs/json.md");
+  const json schema = json::parse(ReadHostFile("docs/velagnss.schema.json"));
+  for (const auto& definition : schema["$defs"])
+    for (const auto& [name, rules] : definition["properties"].items())
+      EXPECT_THAT(document, HasSubstr("`" + name + "`"));
+}
+
+}  // namespace
