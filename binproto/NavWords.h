@@ -3,32 +3,28 @@
 #define VELAGNSS_BINPROTO_NAV_WORDS_H
 
 #include <cstddef>
-#include <numbers>
 #include <type_traits>
 
-#include "geo/GnssTables.h"
-#include "records/InterfaceRecords.h"
-
-// Whether the highest bit of a field is a sign. GPS sends two's complement, GLONASS sign and magnitude: that is the
-// business of the reader of the bits.
-enum class eSign : bool { eUnsigned, eSigned };
+// What the bits of a field are. How a signed number is sent, in two's complement (GPS) or as sign and magnitude
+// (GLONASS), is the business of the reader of the bits.
+enum class eBits { eUnsigned, eSigned, ePast };  // ePast: not read
 
 // One field of a navigation message.
 template <class Record>
 struct S_NavField {
   unsigned short first;  // bit it starts at, counted as the layout's document counts
   unsigned char bits;
-  eSign sign;
-  double lsb;                            // what one unit is worth; times the number sent it is the value stored
-  void (*store)(Record&, double value);  // null: read past
+  eBits kind;
+  double lsb = 1;  // what one unit is worth; times the number sent it is the value stored
+  void (*store)(Record&, double value) = nullptr;
 };
 
-// True when a layout covers the bits [first, end) without gap or overlap, and has no field wider than its reader takes.
+// True when a layout covers the bits [first, end) without gap or overlap, and reads no field of more than 32 bits.
 template <class Record, std::size_t N>
 consteval bool Tiles(const S_NavField<Record> (&layout)[N], unsigned int first, unsigned int end) {
   for (const S_NavField<Record>& field : layout) {
     if (field.first != first || field.bits == 0) return false;
-    if (field.store != nullptr && field.bits > 32) return false;
+    if (field.kind != eBits::ePast && field.bits > 32) return false;
     first += field.bits;
   }
   return first == end;
@@ -38,7 +34,7 @@ consteval bool Tiles(const S_NavField<Record> (&layout)[N], unsigned int first, 
 template <class Record, std::size_t N, class Reader>
 void ApplyLayout(const S_NavField<Record> (&layout)[N], const Reader& read, Record& record) {
   for (const S_NavField<Record>& field : layout)
-    if (field.store != nullptr) field.store(record, static_cast<double>(read(field)) * field.lsb);
+    if (field.kind != eBits::ePast) field.store(record, static_cast<double>(read(field)) * field.lsb);
 }
 
 // How a value gets into a record: into one member or several, or added to what stands there.

@@ -13,7 +13,7 @@ using namespace VelaBIN_Messages;
 namespace {
 
 using R = S_IFKeplerEphRec;
-using enum eSign;
+using enum eBits;
 
 // IS-GPS-200 scales angles by semicircles. Its pi has 14 digits; ours is the double nearest to pi.
 constexpr double kPi = std::numbers::pi;
@@ -31,50 +31,50 @@ void StoreUra(R& record, double index) { record.Ura = ALGO::UraIndexToMetres(sta
 
 // clang-format off
 constexpr S_NavField<R> kSubframe1[] = {  // clock, IS-GPS-200, figure 20-1 sheet 1 and table 20-I
-    {At( 1,  1), 24, eUnsigned, 1,        nullptr},                        // telemetry word
-    {At( 2,  1), 17, eUnsigned, 6,        Store<&R::TxTime>},              // handover word: time of week count, s
-    {At( 2, 18),  7, eUnsigned, 1,        nullptr},                        // flags 2, subframe 3, 2 that settle parity
-    {At( 3,  1), 10, eUnsigned, 1,        Store<&R::TxWeek>},              // modulo 1024
+    {At( 1,  1), 24, ePast},                                        // telemetry word
+    {At( 2,  1), 17, eUnsigned, 6,        Store<&R::TxTime>},       // handover word: time of week count, s
+    {At( 2, 18),  7, ePast},                                        // flags 2, subframe 3, 2 that settle parity
+    {At( 3,  1), 10, eUnsigned, 1,        Store<&R::TxWeek>},       // modulo 1024
     {At( 3, 11),  2, eUnsigned, 1,        Store<&R::CodeOnL2>},
-    {At( 3, 13),  4, eUnsigned, 1,        StoreUra},                       // index of the user range accuracy
+    {At( 3, 13),  4, eUnsigned, 1,        StoreUra},                // index of the user range accuracy
     {At( 3, 17),  6, eUnsigned, 1,        Store<&R::SvHealth, &R::Health>},
-    {At( 3, 23),  2, eUnsigned, 0x1p8,    Add<&R::Iodc>},                  // high bits
+    {At( 3, 23),  2, eUnsigned, 0x1p8,    Add<&R::Iodc>},           // high bits
     {At( 4,  1),  1, eUnsigned, 1,        Store<&R::L2PDataFlag>},
-    {At( 4,  2), 87, eUnsigned, 1,        nullptr},                        // reserved: 23, 24, 24, 16
-    {At( 7, 17),  8, eSigned,   0x1p-31,  Store<&R::Tgd>},                 // s
-    {At( 8,  1),  8, eUnsigned, 1,        Add<&R::Iodc>},                  // low bits
-    {At( 8,  9), 16, eUnsigned, 0x1p4,    Store<&R::Toc>},                 // s of week
-    {At( 9,  1),  8, eSigned,   0x1p-55,  Store<&R::Af2>},                 // s/s^2
-    {At( 9,  9), 16, eSigned,   0x1p-43,  Store<&R::Af1>},                 // s/s
-    {At(10,  1), 22, eSigned,   0x1p-31,  Store<&R::Af0>},                 // s
-    {At(10, 23),  2, eUnsigned, 1,        nullptr},                        // settle parity
+    {At( 4,  2), 87, ePast},                                        // reserved: 23, 24, 24, 16
+    {At( 7, 17),  8, eSigned,   0x1p-31,  Store<&R::Tgd>},          // s
+    {At( 8,  1),  8, eUnsigned, 1,        Add<&R::Iodc>},           // low bits
+    {At( 8,  9), 16, eUnsigned, 0x1p4,    Store<&R::Toc>},          // s of week
+    {At( 9,  1),  8, eSigned,   0x1p-55,  Store<&R::Af2>},          // s/s^2
+    {At( 9,  9), 16, eSigned,   0x1p-43,  Store<&R::Af1>},          // s/s
+    {At(10,  1), 22, eSigned,   0x1p-31,  Store<&R::Af0>},          // s
+    {At(10, 23),  2, ePast},                                        // settle parity
 };
 constexpr S_NavField<R> kSubframe2[] = {  // orbit, IS-GPS-200, figure 20-1 sheet 2 and table 20-III
-    {At( 1,  1), 48, eUnsigned, 1,             nullptr},                   // telemetry and handover word
+    {At( 1,  1), 48, ePast},                                        // telemetry and handover word
     {At( 3,  1),  8, eUnsigned, 1,             Store<&R::Iode2, &R::Iode>},
-    {At( 3,  9), 16, eSigned,   0x1p-5,        Store<&R::Crs>},            // m
-    {At( 4,  1), 16, eSigned,   0x1p-43 * kPi, Store<&R::DeltaN>},         // semicircles/s to rad/s
-    {At( 4, 17), 32, eSigned,   0x1p-31 * kPi, Store<&R::M0>},             // semicircles to rad
-    {At( 6,  1), 16, eSigned,   0x1p-29,       Store<&R::Cuc>},            // rad
+    {At( 3,  9), 16, eSigned,   0x1p-5,        Store<&R::Crs>},     // m
+    {At( 4,  1), 16, eSigned,   0x1p-43 * kPi, Store<&R::DeltaN>},  // semicircles/s to rad/s
+    {At( 4, 17), 32, eSigned,   0x1p-31 * kPi, Store<&R::M0>},      // semicircles to rad
+    {At( 6,  1), 16, eSigned,   0x1p-29,       Store<&R::Cuc>},     // rad
     {At( 6, 17), 32, eUnsigned, 0x1p-33,       Store<&R::Ecc>},
-    {At( 8,  1), 16, eSigned,   0x1p-29,       Store<&R::Cus>},            // rad
-    {At( 8, 17), 32, eUnsigned, 0x1p-19,       Store<&R::SqrtA>},          // sqrt(m)
-    {At(10,  1), 16, eUnsigned, 0x1p4,         Store<&R::Toe>},            // s of week
-    {At(10, 17),  1, eUnsigned, 1,             Store<&R::FitInterval>},    // flag; hours are made of it for GPS
-    {At(10, 18),  7, eUnsigned, 1,             nullptr},                   // age of data offset 5, 2 that settle parity
+    {At( 8,  1), 16, eSigned,   0x1p-29,       Store<&R::Cus>},     // rad
+    {At( 8, 17), 32, eUnsigned, 0x1p-19,       Store<&R::SqrtA>},   // sqrt(m)
+    {At(10,  1), 16, eUnsigned, 0x1p4,         Store<&R::Toe>},     // s of week
+    {At(10, 17),  1, eUnsigned, 1,             Store<&R::FitInterval>},  // flag; hours are made of it for GPS
+    {At(10, 18),  7, ePast},                                        // age of data offset 5, 2 that settle parity
 };
 constexpr S_NavField<R> kSubframe3[] = {  // orbit, IS-GPS-200, figure 20-1 sheet 3 and table 20-III
-    {At( 1,  1), 48, eUnsigned, 1,             nullptr},                   // telemetry and handover word
-    {At( 3,  1), 16, eSigned,   0x1p-29,       Store<&R::Cic>},            // rad
-    {At( 3, 17), 32, eSigned,   0x1p-31 * kPi, Store<&R::Omega0>},         // semicircles to rad
-    {At( 5,  1), 16, eSigned,   0x1p-29,       Store<&R::Cis>},            // rad
-    {At( 5, 17), 32, eSigned,   0x1p-31 * kPi, Store<&R::I0>},             // semicircles to rad
-    {At( 7,  1), 16, eSigned,   0x1p-5,        Store<&R::Crc>},            // m
-    {At( 7, 17), 32, eSigned,   0x1p-31 * kPi, Store<&R::Omega>},          // semicircles to rad
-    {At( 9,  1), 24, eSigned,   0x1p-43 * kPi, Store<&R::OmegaDot>},       // semicircles/s to rad/s
-    {At(10,  1),  8, eUnsigned, 1,             nullptr},                   // issue of data, ephemeris, repeated
-    {At(10,  9), 14, eSigned,   0x1p-43 * kPi, Store<&R::IDot>},           // semicircles/s to rad/s
-    {At(10, 23),  2, eUnsigned, 1,             nullptr},                   // settle parity
+    {At( 1,  1), 48, ePast},                                        // telemetry and handover word
+    {At( 3,  1), 16, eSigned,   0x1p-29,       Store<&R::Cic>},     // rad
+    {At( 3, 17), 32, eSigned,   0x1p-31 * kPi, Store<&R::Omega0>},  // semicircles to rad
+    {At( 5,  1), 16, eSigned,   0x1p-29,       Store<&R::Cis>},     // rad
+    {At( 5, 17), 32, eSigned,   0x1p-31 * kPi, Store<&R::I0>},      // semicircles to rad
+    {At( 7,  1), 16, eSigned,   0x1p-5,        Store<&R::Crc>},     // m
+    {At( 7, 17), 32, eSigned,   0x1p-31 * kPi, Store<&R::Omega>},   // semicircles to rad
+    {At( 9,  1), 24, eSigned,   0x1p-43 * kPi, Store<&R::OmegaDot>},  // semicircles/s to rad/s
+    {At(10,  1),  8, ePast},                                        // issue of data, ephemeris, repeated
+    {At(10,  9), 14, eSigned,   0x1p-43 * kPi, Store<&R::IDot>},    // semicircles/s to rad/s
+    {At(10, 23),  2, ePast},                                        // settle parity
 };
 // clang-format on
 static_assert(Tiles(kSubframe1, 0, kSubframeBits), "subframe 1: a gap or an overlap");
@@ -88,7 +88,7 @@ constexpr unsigned long long DataBits(std::uint32_t word) { return word >> 6 & 0
 template <std::size_t N>
 consteval bool FitsTwoWords(const S_NavField<R> (&layout)[N]) {
   for (const S_NavField<R>& field : layout)
-    if (field.store != nullptr && field.first % kDataBits + field.bits > 2 * kDataBits) return false;
+    if (field.kind != ePast && field.first % kDataBits + field.bits > 2 * kDataBits) return false;
   return true;
 }
 static_assert(FitsTwoWords(kSubframe1) && FitsTwoWords(kSubframe2) && FitsTwoWords(kSubframe3));
@@ -105,7 +105,7 @@ class C_SubframeReader {
     const unsigned int behind = 2 * kDataBits - field.first % kDataBits - field.bits;
     const auto value = static_cast<long long>(pair >> behind & ((1ULL << field.bits) - 1));
     const long long sign = 1LL << (field.bits - 1);
-    return field.sign == eSigned ? (value ^ sign) - sign : value;
+    return field.kind == eSigned ? (value ^ sign) - sign : value;
   }
 
  private:

@@ -13,7 +13,7 @@ using namespace VelaBIN_Messages;
 namespace {
 
 using R = S_IFPvaEphRec;
-using enum eSign;
+using enum eBits;
 
 constexpr unsigned char kFirstBit = 1;  // of a GLONASS string; sent last
 constexpr unsigned char kLastBit = 85;
@@ -33,62 +33,61 @@ void StoreBn(R& record, double value) {
   record.Bn = record.Health = record.BnBits >> 2;
 }
 
-// Strings 1 to 5, the immediate data. GLONASS ICD, table 4.5 and figure 4.3; bits as counted there, 85 sent first. Bits
-// 1 to 8 of each string check the others, 81 to 84 are its number, 85 is idle.
+// Strings 1 to 5, the immediate data: GLONASS ICD, table 4.5 and figure 4.3. Bits as counted there, 85 is sent first.
 // clang-format off
 constexpr S_NavField<R> kString1[] = {
-    { 1,  8, eUnsigned, 1,                    nullptr},
-    { 9, 27, eSigned,   0x1p-11 * kKilometre, Store<&R::PosX>},  // km to m
-    {36,  5, eSigned,   0x1p-30 * kKilometre, Store<&R::AccX>},  // km/s^2 to m/s^2
-    {41, 24, eSigned,   0x1p-20 * kKilometre, Store<&R::VelX>},  // km/s to m/s
-    {65, 12, eUnsigned, 1,                    StoreFrameTime},   // tk
+    { 1,  8, ePast},                                              // check bits
+    { 9, 27, eSigned,   0x1p-11 * kKilometre, Store<&R::PosX>},   // km to m
+    {36,  5, eSigned,   0x1p-30 * kKilometre, Store<&R::AccX>},   // km/s^2 to m/s^2
+    {41, 24, eSigned,   0x1p-20 * kKilometre, Store<&R::VelX>},   // km/s to m/s
+    {65, 12, eUnsigned, 1,                    StoreFrameTime},    // tk
     {77,  2, eUnsigned, 1,                    Store<&R::P1>},
-    {79,  7, eUnsigned, 1,                    nullptr},          // reserved 2
+    {79,  7, ePast},                                              // reserved 2, string number 4, idle 1
 };
 constexpr S_NavField<R> kString2[] = {
-    { 1,  8, eUnsigned, 1,                    nullptr},
+    { 1,  8, ePast},                                              // check bits
     { 9, 27, eSigned,   0x1p-11 * kKilometre, Store<&R::PosY>},
     {36,  5, eSigned,   0x1p-30 * kKilometre, Store<&R::AccY>},
     {41, 24, eSigned,   0x1p-20 * kKilometre, Store<&R::VelY>},
-    {65,  5, eUnsigned, 1,                    nullptr},          // reserved
+    {65,  5, ePast},                                              // reserved
     {70,  7, eUnsigned, 1,                    Store<&R::Tb, &R::Iod>},
     {77,  1, eUnsigned, 1,                    Store<&R::P2>},
     {78,  3, eUnsigned, 1,                    StoreBn},
-    {81,  5, eUnsigned, 1,                    nullptr},
+    {81,  5, ePast},                                              // string number 4, idle 1
 };
 constexpr S_NavField<R> kString3[] = {
-    { 1,  8, eUnsigned, 1,                    nullptr},
+    { 1,  8, ePast},                                              // check bits
     { 9, 27, eSigned,   0x1p-11 * kKilometre, Store<&R::PosZ>},
     {36,  5, eSigned,   0x1p-30 * kKilometre, Store<&R::AccZ>},
     {41, 24, eSigned,   0x1p-20 * kKilometre, Store<&R::VelZ>},
     {65,  1, eUnsigned, 1,                    Store<&R::Ln>},
     {66,  2, eUnsigned, 1,                    Store<&R::P>},
-    {68,  1, eUnsigned, 1,                    nullptr},          // reserved
+    {68,  1, ePast},                                              // reserved
     {69, 11, eSigned,   0x1p-40,              Store<&R::GammaN>},
     {80,  1, eUnsigned, 1,                    Store<&R::P3>},
-    {81,  5, eUnsigned, 1,                    nullptr},
+    {81,  5, ePast},                                              // string number 4, idle 1
 };
 constexpr S_NavField<R> kString4[] = {
-    { 1,  8, eUnsigned, 1,                    nullptr},
+    { 1,  8, ePast},                                              // check bits
     { 9,  2, eUnsigned, 1,                    Store<&R::M>},
     {11,  5, eUnsigned, 1,                    Store<&R::N>},
-    {16, 11, eUnsigned, 1,                    Store<&R::Nt>},    // days
-    {27,  3, eUnsigned, 1,                    nullptr},          // reserved
+    {16, 11, eUnsigned, 1,                    Store<&R::Nt>},     // days
+    {27,  3, ePast},                                              // reserved
     {30,  4, eUnsigned, 1,                    Store<&R::Ft>},
     {34,  1, eUnsigned, 1,                    Store<&R::P4>},
-    {35, 14, eUnsigned, 1,                    nullptr},          // reserved
-    {49,  5, eUnsigned, 1,                    Store<&R::En>},    // days
+    {35, 14, ePast},                                              // reserved
+    {49,  5, eUnsigned, 1,                    Store<&R::En>},     // days
     {54,  5, eSigned,   0x1p-30,              Store<&R::DeltaTauN>},  // s
-    {59, 22, eSigned,   0x1p-30,              Store<&R::TauN>},  // s
-    {81,  5, eUnsigned, 1,                    nullptr},
+    {59, 22, eSigned,   0x1p-30,              Store<&R::TauN>},   // s
+    {81,  5, ePast},                                              // string number 4, idle 1
 };
 constexpr S_NavField<R> kString5[] = {
-    { 1,  9, eUnsigned, 1,                    nullptr},          // bit 9: ln of another satellite
+    { 1,  9, ePast},                                              // check bits, ln once more
     {10, 22, eSigned,   0x1p-30,              Store<&R::TauGps>},  // s
-    {32,  5, eUnsigned, 1,                    Store<&R::N4>},    // four years
-    {37,  1, eUnsigned, 1,                    nullptr},          // reserved
-    {38, 32, eSigned,   0x1p-31,              Store<&R::TauC>},  // s
-    {70, 16, eUnsigned, 1,                    nullptr},          // day of the almanac 11
+    {32,  5, eUnsigned, 1,                    Store<&R::N4>},     // four years
+    {37,  1, ePast},                                              // reserved
+    {38, 32, eSigned,   0x1p-31,              Store<&R::TauC>},   // s
+    {70, 16, ePast},                                              // day of the almanac 11, string number 4, idle 1
 };
 // clang-format on
 static_assert(Tiles(kString1, kFirstBit, kLastBit + 1), "string 1: a gap or an overlap");
@@ -104,7 +103,7 @@ class C_StringReader {
 
   long long operator()(const S_NavField<R>& field) const {
     const auto first = static_cast<unsigned char>(field.first);
-    if (field.sign == eSigned) return C_VelaBin_Decode::GloNavStrBitsToS32(m_strings, m_stringNo, first, field.bits);
+    if (field.kind == eSigned) return C_VelaBin_Decode::GloNavStrBitsToS32(m_strings, m_stringNo, first, field.bits);
     return C_VelaBin_Decode::GloNavStrBitsToU32(m_strings, m_stringNo, first, field.bits);
   }
 
