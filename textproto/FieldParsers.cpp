@@ -30,11 +30,10 @@ bool ParseStrictly(std::string_view text, const C_CharSet& allowed, std::size_t 
 }
 
 // The wide parser's result in a narrower type; out of its range is a failure.
-template <class Wide, class Narrow>
-bool ParseNarrow(bool (*parse)(std::string_view, Wide&, unsigned char), std::string_view text, Narrow& value,
-                 unsigned char allowEmpty) {
+template <class Wide, bool (*Parse)(std::string_view, Wide&, unsigned char), class Narrow>
+bool ParseNarrow(std::string_view text, Narrow& value, unsigned char allowEmpty) {
   Wide wide;
-  if (!parse(text, wide, allowEmpty)) return false;
+  if (!Parse(text, wide, allowEmpty)) return false;
   if (wide < std::numeric_limits<Narrow>::min() || wide > std::numeric_limits<Narrow>::max()) return false;
   value = static_cast<Narrow>(wide);
   return true;
@@ -69,22 +68,24 @@ bool ParsePair(std::string_view field, std::size_t first, Value& value) {
 namespace UTIL {
 
 bool StrToU32(std::string_view text, unsigned int& value, unsigned char allowEmpty) {
+  if (NumberText::ReadPlainInteger(text, value)) return true;
   return ParseStrictly(text, kUnsignedChars, NumberText::ScanU32, value, allowEmpty != 0);
 }
 bool StrToS32(std::string_view text, int& value, unsigned char allowEmpty) {
   return ParseStrictly(text, kSignedChars, NumberText::ScanS32, value, allowEmpty != 0);
 }
 bool StrToDBL(std::string_view text, double& value, unsigned char allowEmpty) {
+  if (NumberText::ReadPlainDecimal(text, value)) return true;
   return ParseStrictly(text, kDecimalChars, NumberText::ScanDouble, value, allowEmpty != 0);
 }
 bool StrToU16(std::string_view text, unsigned short& value, unsigned char allowEmpty) {
-  return ParseNarrow<unsigned int>(StrToU32, text, value, allowEmpty);
+  return ParseNarrow<unsigned int, StrToU32>(text, value, allowEmpty);
 }
 bool StrToU8(std::string_view text, unsigned char& value, unsigned char allowEmpty) {
-  return ParseNarrow<unsigned int>(StrToU32, text, value, allowEmpty);
+  return ParseNarrow<unsigned int, StrToU32>(text, value, allowEmpty);
 }
 bool StrToS8(std::string_view text, signed char& value, unsigned char allowEmpty) {
-  return ParseNarrow<int>(StrToS32, text, value, allowEmpty);
+  return ParseNarrow<int, StrToS32>(text, value, allowEmpty);
 }
 
 bool StrToU32(const char* text, unsigned int& value, unsigned char allowEmpty) {

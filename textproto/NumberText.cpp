@@ -161,17 +161,30 @@ bool ConvertExactly(const char* first, const char* last, std::chars_format forma
   return result.ec == std::errc::result_out_of_range && isSmall;
 }
 
-// Numbers of up to 2^53 times or by an exact power of ten: one operation, hence rounded correctly.
+// Integers of up to 2^53 times or by a power of ten that is exact: one operation, hence rounded correctly.
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr std::uint64_t kIntegerPowersOfTen[] = {1, 10, 100, 1000, 10'000, 100'000, 1'000'000, 10'000'000, 100'000'000};
+constexpr std::uint64_t kMaxExactInteger = std::uint64_t{1} << DBL_MANT_DIG;
+static_assert(FLT_EVAL_METHOD == 0, "intermediate results must be rounded to double");
+
 bool ConvertShortDecimal(const S_Digits& digits, double& value) {
-  constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                     1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
   constexpr long long kMaxExponent = std::size(kPowersOfTen) - 1;
-  constexpr std::uint64_t kMaxExactInteger = std::uint64_t{1} << DBL_MANT_DIG;
-  if (FLT_EVAL_METHOD != 0 || !digits.isComplete || digits.leading > kMaxExactInteger) return false;
+  if (!digits.isComplete || digits.leading > kMaxExactInteger) return false;
   if (digits.exponent < -kMaxExponent || digits.exponent > kMaxExponent) return false;
   const double leading = static_cast<double>(digits.leading);
   value = digits.exponent < 0 ? leading / kPowersOfTen[-digits.exponent] : leading * kPowersOfTen[digits.exponent];
   return true;
+}
+
+// Appends the digits from `at` on to the number, as far as they go; gives back where they end.
+const char* AppendDigits(const char* at, const char* end, std::uint64_t& number) {
+  for (; at != end; ++at) {
+    const unsigned int digit = static_cast<unsigned char>(*at) - static_cast<unsigned int>('0');
+    if (digit > 9) break;
+    number = number * 10 + digit;
+  }
+  return at;
 }
 
 bool ScanDecimal(C_Reader& reader, double& value) {
@@ -211,16 +224,15 @@ bool ScanPositive(C_Reader& reader, double& value) {
 // bits.
 bool ScaleExactly(double magnitude, unsigned int decimals, std::uint64_t& scaled) {
   __extension__ using t_Wide = unsigned __int128;
-  constexpr std::uint64_t kPowersOfTen[] = {1, 10, 100, 1000, 10'000, 100'000, 1'000'000, 10'000'000, 100'000'000};
   constexpr double kLimit = 1e9;  // times 10^8 that is below 2^63, a mantissa times 10^8 below 2^80
-  if (!(magnitude < kLimit) || decimals >= std::size(kPowersOfTen)) return false;
+  if (!(magnitude < kLimit) || decimals >= std::size(kIntegerPowersOfTen)) return false;
 
   const std::uint64_t bits = std::bit_cast<std::uint64_t>(magnitude);
   const unsigned int biased = static_cast<unsigned int>(bits >> 52);
   const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
   const std::uint64_t mantissa = biased == 0 ? fraction : fraction | (std::uint64_t{1} << 52);
   const unsigned int shift = 1075 - (biased == 0 ? 1 : biased);  // value = mantissa / 2^shift; >= 23, as value < 2^30
-  const t_Wide product = t_Wide{mantissa} * kPowersOfTen[decimals];
+  const t_Wide product = t_Wide{mantissa} * kIntegerPowersOfTen[decimals];
   if (shift > 81) {  // less than half a unit
     scaled = 0;
     return true;
@@ -245,8 +257,7 @@ std::size_t CountDigits(std::uint64_t value) {
 
 // value / 10^decimals with at least `minLength` characters
 char* WriteScaled(char* out, std::uint64_t scaled, unsigned int decimals, std::size_t minLength) {
-  std::uint64_t powerOfTen = 1;
-  for (unsigned int i = 0; i < decimals; ++i) powerOfTen *= 10;
+  const std::uint64_t powerOfTen = kIntegerPowersOfTen[decimals];
   const std::size_t fractionLength = decimals == 0 ? 0 : 1 + decimals;
   std::size_t wholeDigits = CountDigits(scaled / powerOfTen);
   if (wholeDigits + fractionLength < minLength) wholeDigits = minLength - fractionLength;
@@ -279,6 +290,31 @@ std::size_t ScanS32(std::string_view text, int& value) { return ScanSigned(text,
 std::size_t ScanS64(std::string_view text, long long& value) { return ScanSigned(text, value); }
 std::size_t ScanHex32(std::string_view text, unsigned int& value) { return ScanUnsigned<16>(text, value); }
 std::size_t ScanHex64(std::string_view text, unsigned long long& value) { return ScanUnsigned<16>(text, value); }
+
+bool ReadPlainInteger(std::string_view text, unsigned int& value) {
+  constexpr std::size_t kMaxDigits = 9;  // that 32 bits hold whatever they are
+  if (text.empty() || text.size() > kMaxDigits) return false;
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  if (AppendDigits(text.data(), end, number) != end) return false;
+  value = static_cast<unsigned int>(number);
+  return true;
+}
+
+bool ReadPlainDecimal(std::string_view text, double& value) {
+  constexpr std::size_t kMaxDigits = 15;  // below 2^53
+  if (text.size() > kMaxDigits + 1) return false;
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const char* const wholeEnd = AppendDigits(text.data(), end, number);
+  const bool hasPoint = wholeEnd != end && *wholeEnd == '.';
+  const char* const last = hasPoint ? AppendDigits(wholeEnd + 1, end, number) : wholeEnd;
+  const std::size_t digits = text.size() - (hasPoint ? 1 : 0);
+  if (last != end || digits == 0 || digits > kMaxDigits) return false;
+  value = static_cast<double>(number);
+  if (hasPoint) value /= kPowersOfTen[end - wholeEnd - 1];
+  return true;
+}
 
 std::size_t ScanDouble(std::string_view text, double& value) {
   C_Reader reader(text);

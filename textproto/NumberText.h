@@ -24,6 +24,11 @@ std::size_t ScanHex64(std::string_view text, unsigned long long& value);
 // what is too small for a double reads as a subnormal number or zero with its sign.
 std::size_t ScanDouble(std::string_view text, double& value);
 
+// The common case at its fastest: the whole text is digits, for a decimal perhaps with a point among them. False with
+// `value` untouched for all else, long texts included; the functions above read that.
+bool ReadPlainInteger(std::string_view text, unsigned int& value);
+bool ReadPlainDecimal(std::string_view text, double& value);
+
 // Writing: from `out` on, without a NUL; the result is the end of what was written.
 
 // Characters that WriteFixed needs at most, besides the decimals: sign, 309 digits and the point.
