@@ -2,15 +2,16 @@
 #ifndef VELAGNSS_TEXTPROTO_SENTENCE_FIELDS_H
 #define VELAGNSS_TEXTPROTO_SENTENCE_FIELDS_H
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
+#include "textproto/DelimiterMask.h"
 #include "textproto/FieldTokenizer.h"
-
-// The asterisk separates too: the checksum digits are a sentence's last field.
-inline constexpr C_CharSet kSentenceDelimiters(",*");
 
 // The characters of a text given by its length, up to a NUL.
 inline std::string_view TextOf(const unsigned char* bytes, std::size_t length) {
@@ -29,12 +30,7 @@ class C_SentenceFields {
   static constexpr std::size_t kMaxTextLength = MaxTextLength;
 
   explicit C_SentenceFields(std::string_view text) {
-    if (text.size() > kMaxTextLength) return;
-    C_FieldWalk walk(text, kSentenceDelimiters);
-    while (m_count < kMaxFields && walk.Next(m_fields[m_count])) {
-      if (m_fields[m_count].size() > C_FieldTokenizer::kMaxCountedField) return;
-      ++m_count;
-    }
+    if (!text.empty() && text.size() <= kMaxTextLength) Split(text);
   }
 
   std::size_t Count() const { return m_count; }
@@ -42,6 +38,29 @@ class C_SentenceFields {
   std::string_view operator[](std::size_t index) const { return m_fields[index]; }
 
  private:
+  // The same fields as C_FieldWalk finds, faster.
+  void Split(std::string_view text) {
+    using namespace DelimiterMask;
+    std::size_t start = 0;
+    for (std::size_t at = 0; at < text.size(); at += kBlock) {
+      const std::string_view block = text.substr(at, kBlock);
+      char tail[kBlock];
+      if (block.size() < kBlock) std::memset(std::copy(block.begin(), block.end(), tail), 0, kBlock - block.size());
+      std::uint64_t mask = Of(block.size() < kBlock ? tail : block.data());
+      for (; mask != 0; mask &= mask - 1)
+        if (!AddField(text, start, at + static_cast<std::size_t>(std::countr_zero(mask)))) return;
+    }
+    AddField(text, start, text.size());
+  }
+
+  // The field [start, end) of the text; false when it is the last to be seen.
+  bool AddField(std::string_view text, std::size_t& start, std::size_t end) {
+    if (m_count == kMaxFields || end - start > C_FieldTokenizer::kMaxCountedField) return false;
+    m_fields[m_count++] = std::string_view(text.data() + start, end - start);
+    start = end + 1;
+    return true;
+  }
+
   std::array<std::string_view, kMaxFields> m_fields;
   std::size_t m_count = 0;
 };
