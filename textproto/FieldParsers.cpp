@@ -39,14 +39,13 @@ bool ParseNarrow(std::string_view text, Narrow& value, unsigned char allowEmpty)
   return true;
 }
 
-template <class Value>
-bool ParseOrDefault(bool (*parse)(std::string_view, Value&, unsigned char), std::string_view field, Value defaultValue,
-                    Value& value) {
+template <class Value, bool (*Parse)(std::string_view, Value&, unsigned char)>
+bool ParseOrDefault(std::string_view field, Value defaultValue, Value& value) {
   if (field.empty()) {
     value = defaultValue;
     return true;
   }
-  if (parse(field, value, 1)) return true;
+  if (Parse(field, value, 1)) return true;
   value = defaultValue;
   return false;
 }
@@ -115,19 +114,19 @@ bool StrToS16(const char* text, short& value, unsigned char allowEmpty) {
 }
 
 bool ParseFieldU8(std::string_view field, unsigned char defaultValue, unsigned char& value) {
-  return ParseOrDefault(StrToU8, field, defaultValue, value);
+  return ParseOrDefault<unsigned char, StrToU8>(field, defaultValue, value);
 }
 bool ParseFieldS8(std::string_view field, signed char defaultValue, signed char& value) {
-  return ParseOrDefault(StrToS8, field, defaultValue, value);
+  return ParseOrDefault<signed char, StrToS8>(field, defaultValue, value);
 }
 bool ParseFieldU16(std::string_view field, unsigned short defaultValue, unsigned short& value) {
-  return ParseOrDefault(StrToU16, field, defaultValue, value);
+  return ParseOrDefault<unsigned short, StrToU16>(field, defaultValue, value);
 }
 bool ParseFieldU32(std::string_view field, unsigned int defaultValue, unsigned int& value) {
-  return ParseOrDefault(StrToU32, field, defaultValue, value);
+  return ParseOrDefault<unsigned int, StrToU32>(field, defaultValue, value);
 }
 bool ParseFieldDBL(std::string_view field, double defaultValue, double& value) {
-  return ParseOrDefault(StrToDBL, field, defaultValue, value);
+  return ParseOrDefault<double, StrToDBL>(field, defaultValue, value);
 }
 bool ParseFieldHex32(std::string_view field, unsigned int defaultValue, unsigned int& value) {
   if (!field.empty()) return NumberText::ScanHex32(field, value) != 0;

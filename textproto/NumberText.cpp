@@ -177,16 +177,6 @@ bool ConvertShortDecimal(const S_Digits& digits, double& value) {
   return true;
 }
 
-// Appends the digits from `at` on to the number, as far as they go; gives back where they end.
-const char* AppendDigits(const char* at, const char* end, std::uint64_t& number) {
-  for (; at != end; ++at) {
-    const unsigned int digit = static_cast<unsigned char>(*at) - static_cast<unsigned int>('0');
-    if (digit > 9) break;
-    number = number * 10 + digit;
-  }
-  return at;
-}
-
 bool ScanDecimal(C_Reader& reader, double& value) {
   const char* const first = reader.Here();
   S_Digits digits;
@@ -291,24 +281,14 @@ std::size_t ScanS64(std::string_view text, long long& value) { return ScanSigned
 std::size_t ScanHex32(std::string_view text, unsigned int& value) { return ScanUnsigned<16>(text, value); }
 std::size_t ScanHex64(std::string_view text, unsigned long long& value) { return ScanUnsigned<16>(text, value); }
 
-bool ReadPlainInteger(std::string_view text, unsigned int& value) {
-  constexpr std::size_t kMaxDigits = 9;  // that 32 bits hold whatever they are
-  if (text.empty() || text.size() > kMaxDigits) return false;
-  std::uint64_t number = 0;
-  const char* const end = text.data() + text.size();
-  if (AppendDigits(text.data(), end, number) != end) return false;
-  value = static_cast<unsigned int>(number);
-  return true;
-}
-
 bool ReadPlainDecimal(std::string_view text, double& value) {
   constexpr std::size_t kMaxDigits = 15;  // below 2^53
   if (text.size() > kMaxDigits + 1) return false;
   std::uint64_t number = 0;
   const char* const end = text.data() + text.size();
-  const char* const wholeEnd = AppendDigits(text.data(), end, number);
+  const char* const wholeEnd = Implementation::AppendDigits(text.data(), end, number);
   const bool hasPoint = wholeEnd != end && *wholeEnd == '.';
-  const char* const last = hasPoint ? AppendDigits(wholeEnd + 1, end, number) : wholeEnd;
+  const char* const last = hasPoint ? Implementation::AppendDigits(wholeEnd + 1, end, number) : wholeEnd;
   const std::size_t digits = text.size() - (hasPoint ? 1 : 0);
   if (last != end || digits == 0 || digits > kMaxDigits) return false;
   value = static_cast<double>(number);

@@ -4,6 +4,7 @@
 #define VELAGNSS_TEXTPROTO_NUMBER_TEXT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace NumberText {
@@ -26,7 +27,7 @@ std::size_t ScanDouble(std::string_view text, double& value);
 
 // The common case at its fastest: the whole text is digits, for a decimal perhaps with a point among them. False with
 // `value` untouched for all else, long texts included; the functions above read that.
-bool ReadPlainInteger(std::string_view text, unsigned int& value);
+inline bool ReadPlainInteger(std::string_view text, unsigned int& value);
 bool ReadPlainDecimal(std::string_view text, double& value);
 
 // Writing: from `out` on, without a NUL; the result is the end of what was written.
@@ -43,6 +44,32 @@ char* WriteFixed(char* out, double value, unsigned int decimals, unsigned int wi
 
 // "%0<width>lld"
 char* WriteInteger(char* out, long long value, unsigned int width = 0);
+
+// --- Implementation ---
+
+namespace Implementation {
+
+// Appends the digits from `at` on to the number, as far as they go; gives back where they end.
+inline const char* AppendDigits(const char* at, const char* end, std::uint64_t& number) {
+  for (; at != end; ++at) {
+    const unsigned int digit = static_cast<unsigned char>(*at) - static_cast<unsigned int>('0');
+    if (digit > 9) break;
+    number = number * 10 + digit;
+  }
+  return at;
+}
+
+}  // namespace Implementation
+
+inline bool ReadPlainInteger(std::string_view text, unsigned int& value) {
+  constexpr std::size_t kMaxDigits = 9;  // that 32 bits hold whatever they are
+  if (text.empty() || text.size() > kMaxDigits) return false;
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  if (Implementation::AppendDigits(text.data(), end, number) != end) return false;
+  value = static_cast<unsigned int>(number);
+  return true;
+}
 
 }  // namespace NumberText
 
