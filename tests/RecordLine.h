@@ -3,6 +3,7 @@
 #define VELAGNSS_TESTS_RECORD_LINE_H
 
 #include <charconv>
+#include <cstddef>
 #include <string>
 #include <type_traits>
 
@@ -19,6 +20,15 @@ std::string ValueText(Number value) {
   char digits[64];
   return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
 }
+
+template <class Value, std::size_t N>
+std::string ValueText(const Value (&values)[N]) {
+  std::string line;
+  for (const Value& value : values) line += (line.empty() ? "" : "/") + ValueText(value);
+  return line;
+}
+
+inline std::string ValueText(const std::string& text) { return text; }
 
 // The values with a blank between them.
 template <class... Values>
