@@ -44,7 +44,7 @@ const S_DecodeCase kDecodeCases[] = {
     {"GgaPointTooEarly", "$GPGGA,,13.0000,N,,,1,,,,,,,,", 11, "GP - - - 10 - - - - - -"},
     {"GgaTooFewFields", "$GPGGA,,,,,,1,,,,,,,", 11, "none - - - 10 - - - - - -"},
     {"GgaMoreFieldsThanRead", "$GPGGA,,,,,,1,,,,,,,,7,x,y,z", 0, "GP - - - 1 - - - - - 7"},
-    {"GgaStarInside", "$GPGGA,,,,,*,1,,,,,,,,7", 0, "GP - - - 1 - - - - - 7"},
+    {"GgaStarInside", "$GPGGA,,,,,*1,,,,,,,,7", 0, "GP - - - 1 - - - - - 7"},
     {"LongerSentenceId", "$GPGGAX,,,,,,1,,,,,,,,", 0, "GP - - - 1 - - - - - -"},
     {"FieldOf64", "$GPGGA,,,,,,1,,,,M," + kX64 + ",M,,", 11, "GP - - - 1 - - - - - -"},
     {"FieldOf65EndsTheSentence", "$GPGGA,,,,,,1,,,,M," + kX65 + ",M,2.0,7", 0, "GP - - - 1 - - - - - -"},
