@@ -50,7 +50,10 @@ enum ePKvnAttStatSysChans : unsigned int {
 inline constexpr unsigned int kMaxRestFields = 64;
 inline constexpr unsigned int kRestFieldSize = 64;
 
-// ATTSTAT.
+// ATTSTAT. Positions 2 to 10 are decoded, what follows is kept: names of signals (`MapPKvnAttSysStr2Type`) and groups
+// of numbers in parentheses.
+//
+//   $PKVN,ATTSTAT,7,rover,1.5,-2.5,N,3.5,4.5,R,9,L1,(4,5,6),E5a+b,(7,8,9)*33
 struct S_PKvnAttStat {
   unsigned short field2;
   char text3[64];  // at most 63 characters and a NUL
@@ -66,6 +69,8 @@ struct S_PKvnAttStat {
 };
 
 // GBS.
+//
+//   $PKVN,GBS,010203.50,1.5,2.5,3.5,4,5.5,6.5,7.5,8,9,10*4E
 struct S_PKvnGbs {
   double timeOfDay;  // s
   double field3;
@@ -80,7 +85,9 @@ struct S_PKvnGbs {
   unsigned char field12;
 };
 
-// HPR.
+// HPR: heading, pitch and roll, as sent.
+//
+//   $PKVN,HPR,120000.00,271.50,-1.25,0.75,G*15
 struct S_PKvnHpr {
   double timeOfDay;  // s
   double heading;
@@ -89,7 +96,9 @@ struct S_PKvnHpr {
   char field6;  // 'N' or 'G', 0 when empty
 };
 
-// BLV.
+// BLV. In the sentence the date stands behind the time, as ddmmyy.
+//
+//   $PKVN,BLV,120000.00,290224,1.5,-2.5,3.5,65000,8,9,0.5*66
 struct S_PKvnBlv {
   unsigned short year;  // 2000 to 2099
   unsigned char month;
@@ -104,7 +113,9 @@ struct S_PKvnBlv {
   double field10;
 };
 
-// FVI.
+// FVI: a long run of numbers, a text and some numbers more.
+//
+//   $PKVN,FVI,120000.00,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,rover,20,21,1,2,3,4,22,23*3F
 struct S_PKvnFvi {
   double timeOfDay;  // s
   double field3to21[19];
@@ -119,13 +130,15 @@ struct S_PKvnFvi {
   double field30;
 };
 
-// RTKSTAT.
+// RTKSTAT. All of it is kept as text: decimal and hexadecimal numbers and names of signals.
 struct S_PKvnRtkStat {
   unsigned short restCount;  // fields kept in `rest`, from position 2 on
   char rest[kMaxRestFields][kRestFieldSize];
 };
 
 // VCT.
+//
+//   $PKVN,VCT,7,120000.00,1.5,2.5,3.5,4.5,5.5,6.5,7.5,8.5*7C
 struct S_PKvnVct {
   unsigned short field2;
   double timeOfDay;  // s
@@ -140,16 +153,22 @@ struct S_PKvnVct {
 };
 
 // INTLT.
+//
+//   $PKVN,INTLT,12.5*50
 struct S_PKvnINTLT {
   double field2;
 };
 
 // TEMPERATURE.
+//
+//   $PKVN,TEMPERATURE,41.25*63
 struct S_PKvnTEMPERATURE {
   double field2;
 };
 
-// ARN_ROUTER.
+// ARN_ROUTER. A sentence may end behind any of these fields.
+//
+//   $PKVN,ARN_ROUTER,2,3,4,5,6,7,8,9,10,11,12,13*26
 struct S_PKvnARN {
   unsigned char field2;
   unsigned int field3;
