@@ -82,7 +82,7 @@ bool ReadNumber(std::string_view field, unsigned int marker, unsigned int& value
   return isRead;
 }
 
-template <auto Member, t_ValueOf<Member> Marker>
+template <auto Member, const t_ValueOf<Member>& Marker>
 constexpr t_RuleOf<Member> Number(std::string_view format, unsigned char index = 0) {
   using t_Record = t_RecordOf<Member>;
   using t_Rule = S_FieldRule<t_Record>;
