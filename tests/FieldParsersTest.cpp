@@ -8,6 +8,7 @@
 #include <string>
 
 #include "geo/NotAvailable.h"
+#include "tests/CLocale.h"
 #include "tests/Cases.h"
 
 namespace {
@@ -114,6 +115,7 @@ TEST(FieldParsers, HexadecimalKeepsTheValueOnFailure) {
 // Texts made of the characters that pass the check, in any order, against the C library's scan. A number cut off in
 // its exponent is skipped: there the C library's own answers differ.
 TEST(FieldParsers, DoublesAgreeWithTheCLibraryOnAnyAllowedText) {
+  const CLocale locale;
   constexpr std::string_view kAllowed = " +-.0123456789DEde";
   std::mt19937 random(20240603);
   int compared = 0;

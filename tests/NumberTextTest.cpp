@@ -9,6 +9,7 @@
 #include <string>
 
 #include "geo/NotAvailable.h"
+#include "tests/CLocale.h"
 #include "tests/Cases.h"
 
 namespace {
@@ -125,6 +126,7 @@ std::string RandomNumber(std::mt19937_64& random) {
 }
 
 TEST(NumberText, ReadsDoublesAsTheCLibraryDoes) {
+  const CLocale locale;
   std::mt19937_64 random(20240601);
   for (int i = 0; i < 200000; ++i) {
     const std::string text = RandomNumber(random);
@@ -140,6 +142,7 @@ TEST(NumberText, ReadsDoublesAsTheCLibraryDoes) {
 }
 
 TEST(NumberText, WritesAsTheCLibraryDoes) {
+  const CLocale locale;
   std::mt19937_64 random(20240602);
   const double kSpecial[] = {
       0.0,  -0.0,  0.5,     1.5,     2.5,    0.125,     0.375, 0.05, 59.999999995, 999999999.99999999,
