@@ -31,8 +31,8 @@ void ReadOldRmc(C_NMEA_EncodeDecode& nmea, std::string sentence) {
   unsigned short length;
   std::printf("as it is: %u\n", nmea.Decode(Bytes(sentence), Length(sentence), C_RawDataMessage::eNmeaRMC, data));
   if (C_NMEA_EncodeDecode::MakeDecodable(Bytes(sentence), Length(sentence), decodable, length) != 0) return;
-  std::printf("made decodable: %u, %.1f knots, variation %s\n",
-              nmea.Decode(decodable, length, C_RawDataMessage::eNmeaRMC, data), data.rmc.speedKnots,
+  const unsigned int result = nmea.Decode(decodable, length, C_RawDataMessage::eNmeaRMC, data);
+  std::printf("made decodable: %u, %.1f knots, variation %s\n", result, data.rmc.speedKnots,
               IsNotAvailable(data.rmc.magneticVariation) ? "not available" : "known");
 }
 
@@ -41,5 +41,5 @@ void ReadOldRmc(C_NMEA_EncodeDecode& nmea, std::string sentence) {
 int main() {
   C_NMEA_EncodeDecode nmea;
   RaiseAntenna(nmea, "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47");
-  ReadOldRmc(nmea, "$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,*07");
+  ReadOldRmc(nmea, "$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,*11");
 }
