@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstring>
 #include <string_view>
 
 // The text of one field while it is composed. More than fits is remembered, not written.
@@ -24,8 +23,7 @@ class C_FieldText {
       m_isTooLong = true;
       return;
     }
-    std::memcpy(End(), text.data(), text.size());
-    m_length += text.size();
+    m_length += text.copy(End(), text.size());  // unlike memcpy, also right for an empty view without a pointer
   }
 
   // For writers that know that `Room()` suffices: they write from `End()` on and give back where they came to.
