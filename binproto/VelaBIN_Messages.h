@@ -10,6 +10,10 @@
 //   8+N     2     checksum: sum of the N data bytes, each as an unsigned number, modulo 65536
 //   10+N    2     carriage return, line feed; not part of the frame that is handed to a decoder
 //
+// The sum covers the data alone. A damaged bit in the data or in the sum is always noticed, one in the sync or in the
+// length nearly always; a message number turned into another supported one is not, and zeroes sum to zero: a header
+// followed by nothing but zeroes is a valid frame. Two damaged bits may cancel each other.
+//
 // Every message record is the header, the body, the trailer. Between the header and the trailer a record holds the body
 // byte by byte as the wire does.
 //

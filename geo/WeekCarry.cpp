@@ -16,8 +16,6 @@ void BorrowWeeks(unsigned short& week, double& seconds) {
   const double within65536Weeks = std::fmod(seconds, 65536 * kSecondsPerWeek);
   const double missing = std::fmod(within65536Weeks, kSecondsPerWeek);
   week = static_cast<unsigned short>(week - WholePart16((missing - within65536Weeks) / kSecondsPerWeek));
-  seconds = 0.0;
-  if (missing == 0) return;
   seconds = missing + kSecondsPerWeek;
   --week;
 }

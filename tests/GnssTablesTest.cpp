@@ -50,10 +50,10 @@ TEST(GnssTables, SignalInSpaceAccuracy) {
   constexpr struct {
     double metres;
     int index;
-  } kCases[] = {{-1e-300, -1}, {0, 0},      {0.004, 0},  {0.006, 1},   {0.4949, 49},       {0.4949999999, 49},
-                {0.495, 50},   {0.5, 50},   {0.52, 51},  {0.9899, 74}, {0.9899999999, 74}, {0.99, 75},
-                {1.0, 75},     {1.98, 100}, {1.99, 100}, {2.0, 100},   {2.08001, 101},     {5.93, 125},
-                {6.0, 125},    {6.01, -1},  {kInf, -1},  {kNaN, -1}};
+  } kCases[] = {{-1e-300, -1},       {0, 0},      {0.004, 0}, {0.006, 1},  {0.4949, 49}, {0.4949999999, 49},
+                {0.49499999995, 50}, {0.495, 50}, {0.5, 50},  {0.52, 51},  {0.9899, 74}, {0.9899999999, 74},
+                {0.98999999995, 75}, {0.99, 75},  {1.0, 75},  {1.98, 100}, {1.99, 100},  {2.0, 100},
+                {2.08001, 101},      {5.93, 125}, {6.0, 125}, {6.01, -1},  {kInf, -1},   {kNaN, -1}};
   for (const auto& c : kCases) EXPECT_EQ(SisaMetresToIndex(c.metres), c.index) << c.metres;
   for (unsigned char i = 0; i < 126; ++i) {
     // Galileo OS SIS ICD, table of the signal-in-space accuracy, in hundredths of a metre
@@ -64,6 +64,7 @@ TEST(GnssTables, SignalInSpaceAccuracy) {
     EXPECT_DOUBLE_EQ(SisaIndexToMetres(i), centimetres / 100.0);
     EXPECT_EQ(SisaMetresToIndex(SisaIndexToMetres(i)), i);
   }
+  EXPECT_EQ(SisaIndexToMetres(7), 0.07) << "not 7 * 0.01, which is another double";
   EXPECT_EQ(SisaIndexToMetres(126), 1e99);
   EXPECT_EQ(SisaIndexToMetres(255), 1e99);
 }
@@ -80,6 +81,7 @@ TEST(GnssTables, DayPeriods) {
                 {172799.5, 0},
                 {4294967294.5, 4294967295U / 720 % 240},
                 {4294967295.5, 0},
+                {4294968016, 0},
                 {-0.4, 0},
                 {-1e9, 0},
                 {1e300, 0},

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "tests/Cases.h"
 
@@ -43,7 +44,8 @@ const S_NormaliseCase kNormalise[] = {
     {"AHairBelowTheWeek", 100, std::nextafter(kWeek, 0), 100, std::nextafter(kWeek, 0)},
     {"BelowWeekZero", 0, -1, 65535, 604799},
     {"BeyondTheLastWeek", 65535, kWeek + 1, 0, 1},
-    {"FarBack", 5, -604800.0 * 70000 - 0.25, 65536 * 2 + 5 - 70001, 604799.75},
+    {"FarBack", 5, -604800.0 * 40000 - 0.25, 65536 + 5 - 40001, 604799.75},
+    {"ExactlyFarBack", 5, -604800.0 * 40000, 65536 + 5 - 40000, 0},
     {"MostWeeksCarried", 0, kWeek * 32767 + 5, 32767, 5},
     {"QuotientWrapsTo16Bits", 0, kWeek * 32768, 32768, kWeek * 65536},  // carried are -32768 weeks
     {"QuotientWrapsToNothing", 7, kWeek * 65536, 7, kWeek * 65536},
@@ -135,49 +137,62 @@ TEST(GnssTime, EqualsWithinATolerance) {
   EXPECT_FALSE(time.Equals(time, kNaN));
 }
 
-// ERFA's calendar is another one than ours: no cycles of four years, valid over millennia.
-TEST(GnssTime, CalendarAgreesWithErfa) {
-  double epoch = 0, mjd1980 = 0, mjd2101 = 0;
-  ASSERT_EQ(eraCal2jd(1980, 1, 6, &epoch, &mjd1980), 0);
-  ASSERT_EQ(eraCal2jd(2101, 1, 1, &epoch, &mjd2101), 0);
-  for (auto mjd = static_cast<unsigned int>(mjd1980); mjd < mjd2101; ++mjd) {
-    int y, m, d;
-    double fraction, mjdOfNewYear;
-    ASSERT_EQ(eraJd2cal(epoch, mjd, &y, &m, &d, &fraction), 0);
-    ASSERT_EQ(eraCal2jd(y, 1, 1, &epoch, &mjdOfNewYear), 0);
-    const auto year = static_cast<unsigned short>(y);
-    const auto month = static_cast<unsigned char>(m);
-    const auto day = static_cast<unsigned char>(d);
-    const auto doy = static_cast<unsigned short>(mjd - mjdOfNewYear + 1);
-    const auto week = static_cast<unsigned short>((mjd - 44244) / 7);
-    const double noon = ((mjd - 44244) % 7 + 0.5) * 86400;
+struct S_Day {
+  unsigned int mjd;
+  unsigned short year, doy, week;
+  unsigned char month, day;
+  double noon;  // s of week
+};
 
-    ASSERT_EQ(C_GnssTime::GregorianToMJD(year, month, day), mjd);
+// Every day from 6 January 1980 to 31 December 2100. ERFA's calendar is another one than ours: no cycles of four years,
+// valid over millennia.
+std::vector<S_Day> DaysByErfa() {
+  constexpr double kMjdOrigin = 2400000.5;  // Julian Date
+  std::vector<S_Day> days;
+  for (unsigned int mjd = 44244;; ++mjd) {
+    int year, month, day;
+    double origin, newYear, fraction;
+    EXPECT_EQ(eraJd2cal(kMjdOrigin, mjd, &year, &month, &day, &fraction), 0);
+    EXPECT_EQ(eraCal2jd(year, 1, 1, &origin, &newYear), 0);
+    if (year > 2100) return days;
+    days.push_back({mjd, static_cast<unsigned short>(year), static_cast<unsigned short>(mjd - newYear + 1),
+                    static_cast<unsigned short>((mjd - 44244) / 7), static_cast<unsigned char>(month),
+                    static_cast<unsigned char>(day), ((mjd - 44244) % 7 + 0.5) * 86400});
+  }
+}
+
+TEST(GnssTime, CalendarToWeekAgreesWithErfa) {
+  for (const S_Day& d : DaysByErfa()) {
+    ASSERT_EQ(C_GnssTime::GregorianToMJD(d.year, d.month, d.day), d.mjd);
     C_GnssTime byDate, byDoy, byFraction, byMjd;
-    byDate.Set(year, month, day, 12, 0, 0.0, GNSS_GPS);
-    byDoy.Set(year, doy, 12, 0, 0.0, GNSS_GPS);
-    byFraction.Set(doy + 0.5, year, GNSS_GPS);
-    byMjd.Set_MJD(mjd, 0.5, GNSS_GPS);
+    byDate.Set(d.year, d.month, d.day, 12, 0, 0.0, GNSS_GPS);
+    byDoy.Set(d.year, d.doy, 12, 0, 0.0, GNSS_GPS);
+    byFraction.Set(d.doy + 0.5, d.year, GNSS_GPS);
+    byMjd.Set_MJD(d.mjd, 0.5, GNSS_GPS);
     for (const C_GnssTime& time : {byDate, byDoy, byFraction, byMjd}) {
-      ASSERT_EQ(time.m_week, week);
-      ASSERT_EQ(time.m_secOfWeek, noon);
-      ASSERT_EQ(time.GetDoy(), doy);
+      ASSERT_EQ(time.m_week, d.week) << d.mjd;
+      ASSERT_EQ(time.m_secOfWeek, d.noon) << d.mjd;
+      ASSERT_EQ(time.GetDoy(), d.doy) << d.mjd;
     }
+  }
+}
 
-    S_GregorianTime back;
-    unsigned short backDoy;
-    unsigned int backMjd;
-    double backFraction;
-    C_GnssTime::GpsToOthers(week, noon - 43200 + 45296.5, back, backDoy, backMjd, backFraction);  // 12:34:56.5
-    ASSERT_EQ(backMjd, mjd);
-    ASSERT_EQ(backDoy, doy);
-    ASSERT_EQ(back.year, y);
-    ASSERT_EQ(back.month, m);
-    ASSERT_EQ(back.day, d);
-    ASSERT_EQ(back.hour, 12);
-    ASSERT_EQ(back.minute, 34);
-    ASSERT_NEAR(back.seconds, 56.5, 1e-9);
-    ASSERT_EQ(backFraction, 45296.5 / 86400);
+TEST(GnssTime, WeekToCalendarAgreesWithErfa) {
+  for (const S_Day& d : DaysByErfa()) {
+    S_GregorianTime time;
+    unsigned short doy;
+    unsigned int mjd;
+    double fraction;
+    C_GnssTime::GpsToOthers(d.week, d.noon + 2096.5, time, doy, mjd, fraction);  // 12:34:56.5
+    ASSERT_EQ(mjd, d.mjd);
+    ASSERT_EQ(doy, d.doy) << d.mjd;
+    ASSERT_EQ(time.year, d.year) << d.mjd;
+    ASSERT_EQ(time.month, d.month) << d.mjd;
+    ASSERT_EQ(time.day, d.day) << d.mjd;
+    ASSERT_EQ(time.hour, 12) << d.mjd;
+    ASSERT_EQ(time.minute, 34) << d.mjd;
+    ASSERT_NEAR(time.seconds, 56.5, 1e-9) << d.mjd;
+    ASSERT_EQ(fraction, 45296.5 / 86400) << d.mjd;
   }
 }
 

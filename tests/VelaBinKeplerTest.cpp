@@ -174,6 +174,7 @@ const S_WeekCase kWeeks[] = {
     {"StartOfWeekTocBefore", 252, 1, 0, 37350, 2300, eResultOk, 2300, 2300, 2299},
     {"ExactlyHalfAWeekAhead", 252, 0, 18900, 18900, 2300, eResultOk, 2300, 2300, 2300},
     {"ExactlyHalfAWeekBehind", 252, 50400, 0, 0, 2300, eResultOk, 2300, 2300, 2300},
+    {"TransmissionBeyondTheWeek", 252, 100801, 18900, 18901, 2300, eResultOk, 2300, 2301, 2300},
     {"SixSecondsMore", 252, 50401, 0, 0, 2300, eResultOk, 2300, 2301, 2301},
     {"LastWeekOfThePeriod", 1023, 100799, 0, 0, 2047, eResultOk, 2047, 2048, 2048},
     {"FirstWeekOfThePeriod", 0, 1, 37350, 37350, 2048, eResultOk, 2048, 2047, 2047},
