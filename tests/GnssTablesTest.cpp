@@ -64,7 +64,7 @@ TEST(GnssTables, SignalInSpaceAccuracy) {
     EXPECT_DOUBLE_EQ(SisaIndexToMetres(i), centimetres / 100.0);
     EXPECT_EQ(SisaMetresToIndex(SisaIndexToMetres(i)), i);
   }
-  EXPECT_EQ(SisaIndexToMetres(7), 0.07) << "not 7 * 0.01, which is another double";
+  EXPECT_EQ(SisaIndexToMetres(35), 0.35) << "not 35 * 0.01, which is another double";
   EXPECT_EQ(SisaIndexToMetres(126), 1e99);
   EXPECT_EQ(SisaIndexToMetres(255), 1e99);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -363,6 +364,7 @@ const S_SeedCase kSeeds[] = {
     {"GlonassAlone",       {2000, 700000, 1},      kUnset,                kUnset,                kUnset},
     {"NormalisesToNothing",{65535, 604800, 0},     {0, 0, 0},             {65535, 604786, 2},    {0, 0, 3}},
     {"AllWeeksCarried",    {0, 604800.0 * 40000, 0}, {40000, 0, 0},       {39999, 604786, 2},    {40000, 0, 3}},
+    {"InfiniteSeconds",    {2000, HUGE_VAL, 0},    {2000, HUGE_VAL, 0},   {2000, HUGE_VAL, 2},   {2000, HUGE_VAL, 3}},
     {"NoSlot",             {2000, 5, 7},           kUnset,                kUnset,                kUnset},
     {"NoSystem",           {2000, 5, 0xFFFFFFFF},  kUnset,                kUnset,                kUnset},
 };
