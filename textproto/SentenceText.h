@@ -38,7 +38,7 @@ class C_SentenceText {
 
   // For the few characters that the buffer always has room for.
   void AppendUnchecked(std::string_view field) {
-    std::memcpy(m_text + m_length, field.data(), field.size());
+    field.copy(m_text + m_length, field.size());
     m_length += field.size();
     m_text[m_length] = '\0';
   }
