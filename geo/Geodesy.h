@@ -25,7 +25,7 @@ inline constexpr double kWgs84B = 6356752.314245179;  // semi-minor axis, m
 // Geodetic to Cartesian, for (a, f) and for (a, b). The two differ by rounding only. Latitudes beyond +-pi/2 are taken
 // as they come: the point is the one that the formula gives.
 //
-// Accuracy: 3 nm up to a height of 1000 km, 16 nm to 40,000 km.
+// Accuracy: 4 nm up to a height of 1000 km, 20 nm to 40,000 km.
 VELAGNSS_API void GeodToCartAF(double lat, double lon, double h, double a, double f, double& x, double& y, double& z);
 VELAGNSS_API void GeodToCartAB(double lat, double lon, double h, double a, double b, double& x, double& y, double& z);
 
@@ -35,14 +35,14 @@ VELAGNSS_API void GeodToCartAB(double lat, double lon, double h, double a, doubl
 // Points nearer than 0.1 mm to the axis get the latitude of the pole, those nearer than 0.1 mm to the equator's plane
 // latitude 0. Where |X| < 0.1 mm the longitude is pi/2, or 3 pi/2 when Y is negative, the poles included.
 //
-// Accuracy: latitude 2e-11 rad (0.1 mm; worst beside the poles and the equator). Height 6 nm from -10 to 1000 km,
-// 2.5 um to 40,000 km, 1 mm down to -5000 km. Use CartToGeodOlson() where that is not enough.
+// Accuracy: latitude 2e-11 rad (0.1 mm; worst beside the poles and the equator) from -100 km upwards; height 6 nm from
+// there to 1000 km, 2.5 um to 40,000 km. 8e-11 rad and 1 mm down to -5000 km. CartToGeodOlson() is better throughout.
 VELAGNSS_API void CartToGeodIter(double x, double y, double z, double a, double f, double& lat, double& lon, double& h);
 
 // Cartesian to geodetic by Olson's closed form (IEEE Transactions on Aerospace and Electronic Systems 32, 1996). The
 // longitude is in [-pi, pi].
 //
-// Accuracy: latitude 7e-16 rad from -10 km upwards; height 6 nm to 1000 km, 22 nm to 40,000 km. Inside the Earth both
+// Accuracy: latitude 7e-16 rad from -100 km upwards; height 6 nm to 1000 km, 23 nm to 40,000 km. Inside the Earth both
 // are better than 1 mm for distances from its centre of 500 km and more, and mean nothing near it.
 // At the Earth's centre latitude and height are NaN.
 VELAGNSS_API void CartToGeodOlson(double x, double y, double z, double a, double f, double& lat, double& lon,
@@ -81,9 +81,9 @@ VELAGNSS_API void LocalToEcefDelta(double n, double e, double u, double lat, dou
 // distance 0. Near the antipode of point 1 the method does not converge: after 1000 rounds all three results are
 // NA_DOUBLE.
 //
-// Accuracy: distance 76 um, azimuths 70 um across the track, for points more than 0.7 degrees from each other's
-// antipode. Nearer to it many, in the last 0.2 degrees most, pairs do not converge; what converges there has distances
-// within 76 um and azimuths within 0.3 mm.
+// Accuracy: distance 76 um, azimuths 0.1 mm across the track, for points more than 0.7 degrees from each other's
+// antipode. Nearer to it many pairs do not converge; those that do have distances within 76 um and azimuths within
+// 0.3 mm.
 VELAGNSS_API void GeodesicInverse(double lat1, double lon1, double lat2, double lon2, double a, double f,
                                   double& forwardAzimuth, double& backAzimuth, double& distance);
 

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <functional>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace {
@@ -31,14 +32,25 @@ void Divide(double* row, double divisor, unsigned int count) {
 }
 
 // c = a * b, or c + a * b, with `right`(k, j) for the elements of b; c has the product's size.
-template <class Right>
-void FillProduct(const C_Matrix& a, Right right, C_Matrix& c, bool accumulate) {
-  for (unsigned int i = 0; i < c.Rows(); ++i) {
-    for (unsigned int j = 0; j < c.Cols(); ++j) {
+template <class Size, class Right>
+void FillProduct(const C_Matrix& a, Right right, C_Matrix& c, bool accumulate, Size rows, Size cols, Size inner) {
+  for (unsigned int i = 0; i < rows; ++i) {
+    for (unsigned int j = 0; j < cols; ++j) {
       double sum = 0.0;
-      for (unsigned int k = 0; k < a.Cols(); ++k) sum += a(i, k) * right(k, j);
+      for (unsigned int k = 0; k < inner; ++k) sum += a(i, k) * right(k, j);
       c(i, j) = accumulate ? c(i, j) + sum : sum;
     }
+  }
+}
+
+// The same, with loops that the compiler can unroll for 3x3, which nearly all products are.
+template <class Right>
+void FillProduct(const C_Matrix& a, Right right, C_Matrix& c, bool accumulate) {
+  if (c.Rows() == 3 && c.Cols() == 3 && a.Cols() == 3) {
+    constexpr std::integral_constant<unsigned int, 3> kThree;
+    FillProduct(a, right, c, accumulate, kThree, kThree, kThree);
+  } else {
+    FillProduct(a, right, c, accumulate, c.Rows(), c.Cols(), a.Cols());
   }
 }
 
@@ -92,6 +104,8 @@ C_Matrix::C_Matrix(unsigned int maxRows, unsigned int maxCols, unsigned int rows
     m_heapRows = std::make_unique<double*[]>(maxRows);
     m_data = m_heapData.get();
     m_rowTable = m_heapRows.get();
+  } else {
+    std::fill_n(m_inlineData, elements, 0.0);
   }
   const bool full = rows == 0 || cols == 0;
   SetSize(full ? maxRows : std::min(rows, maxRows), full ? maxCols : std::min(cols, maxCols));
@@ -101,8 +115,8 @@ C_Matrix::C_Matrix(unsigned int maxRows, unsigned int maxCols, unsigned int rows
   m_pivot = std::make_unique<unsigned int[]>(maxRows);
 }
 
-C_Matrix::C_Matrix(const C_Matrix& other)
-    : C_Matrix(other.m_maxRows, other.m_maxCols, other.m_rows, other.m_cols, other.m_pivot != nullptr) {
+C_Matrix::C_Matrix(const C_Matrix& other) : C_Matrix(other.m_maxRows, other.m_maxCols, 0, 0, other.m_pivot != nullptr) {
+  SetSize(other.m_rows, other.m_cols);
   std::copy_n(other.m_data, std::size_t{m_rows} * m_cols, m_data);
 }
 

@@ -94,8 +94,8 @@ class VELAGNSS_API C_Matrix {
   //    "\nProblem encountered when inverting matrix - It looks to be singular.\n\n" and goes on: the result is 1, the
   //    elements mean nothing.
   //
-  // Accuracy with pivoting: the elements differ from the exact inverse by less than 1e-15 times the condition number,
-  // relative to the largest element (3x3 to 64x64, condition up to 1e12).
+  // Accuracy with pivoting: no element differs from the exact inverse by more than 2e-16 times n times the condition
+  // number, in parts of the largest one (n from 3 to 64, condition numbers up to 1e12).
   unsigned int Invert();
 
   // Inverts the `n` x `n` elements at `block`, row by row, in place, by Gauss-Jordan elimination without pivoting.
@@ -104,7 +104,7 @@ class VELAGNSS_API C_Matrix {
   // "\nProblem encountered C_Matrix::QuickInvMat() - Matrix is singular.\n\n" and the elements mean nothing.
   //
   // Fast, and as exact as Invert() for matrices whose diagonal dominates. It refuses matrices that have an inverse when
-  // a leading square of them has none ([0 1; 1 0]) or when all elements are small (diag(1e-50, 1e-50)).
+  // a leading square of them has none ([0 1; 1 0]) or when the product becomes small (diag(1e-50, 1e-50)).
   static unsigned int QuickInvMat(double* block, unsigned int n, double threshold);
 
   // Replaces a symmetric, positive definite matrix by its inverse, by Cholesky factors; only the diagonal and what is
@@ -144,15 +144,15 @@ class VELAGNSS_API C_Matrix {
   unsigned int m_cols = 0;
   unsigned int m_maxRows = 0;
   unsigned int m_maxCols = 0;
-  std::unique_ptr<double[]> m_heapData;       // null when the inline buffers are used
-  double* m_data = nullptr;                   // elements, row after row without gaps; null when moved from
-  std::unique_ptr<double[]> m_luWork;         // right-hand sides of the pivoting inversion; null without work space
-  std::unique_ptr<unsigned int[]> m_pivot;    // its order of rows
-  std::unique_ptr<C_Matrix> m_workMatrix;     // its result
-  double m_inlineData[kInlineElements] = {};  // elements of a small matrix
-  double* m_inlineRows[kInlineRows] = {};     // row table of a small matrix
-  std::unique_ptr<double*[]> m_heapRows;      // row table of any other
-  double** m_rowTable = nullptr;              // row i begins at m_data + i * m_cols
+  std::unique_ptr<double[]> m_heapData;     // null when the inline buffers are used
+  double* m_data = nullptr;                 // elements, row after row without gaps; null when moved from
+  std::unique_ptr<double[]> m_luWork;       // right-hand sides of the pivoting inversion; null without work space
+  std::unique_ptr<unsigned int[]> m_pivot;  // its order of rows
+  std::unique_ptr<C_Matrix> m_workMatrix;   // its result
+  double m_inlineData[kInlineElements];     // elements of a small matrix, set as far as its capacity goes
+  double* m_inlineRows[kInlineRows];        // row table of a small matrix
+  std::unique_ptr<double*[]> m_heapRows;    // row table of any other
+  double** m_rowTable = nullptr;            // row i begins at m_data + i * m_cols
 };
 
 #endif  // VELAGNSS_GEO_MATRIX_H

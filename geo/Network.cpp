@@ -47,8 +47,10 @@ C_Network::C_Network(unsigned int maxNodes, unsigned int maxLinks)
       m_maxLinks(maxLinks),
       m_nodes(CheckedCount(maxNodes, sizeof(S_Node))),
       m_links(CheckedCount(maxLinks, sizeof(S_Link))),
+      m_ends(2 * CheckedCount(maxLinks, 2 * sizeof(S_End))),
       m_key(maxNodes, kNotSet),
       m_queued(maxNodes, kNone),
+      m_isQueued(maxNodes, false),
       m_parent(maxNodes, kNoParent),
       m_cheapest(maxNodes, kNoLink) {}
 
@@ -57,6 +59,7 @@ void C_Network::Reset() {
   m_errorCode = 0;
   std::fill(m_nodes.begin(), m_nodes.end(), S_Node());
   std::fill(m_links.begin(), m_links.end(), S_Link());
+  std::fill(m_ends.begin(), m_ends.end(), S_End());
   std::fill(m_key.begin(), m_key.end(), kNotSet);
   std::fill(m_queued.begin(), m_queued.end(), kNone);
   std::fill(m_parent.begin(), m_parent.end(), kNoParent);
@@ -107,42 +110,36 @@ bool C_Network::AddLink(unsigned short linkId, unsigned short nodeA, unsigned sh
   const unsigned int b = Mention(nodeB);
   if (b == kNone) return false;
 
-  unsigned int index = FindLink(a, b);
-  if (index != kNoLink) {
-    S_Link& link = m_links[index];
-    if (link.weight > weight) {
-      link.weight = weight;
-      link.id = linkId;
-    }
-    return true;
+  const unsigned int known = FindLink(a, b);
+  if (known == kNoLink) {
+    if (m_numLinks == m_maxLinks) return Fail(eNoSlot);
+    m_links[m_numLinks] = {linkId, false, weight};
+    AppendEnd(a, 2 * m_numLinks, b);
+    AppendEnd(b, 2 * m_numLinks + 1, a);
+    ++m_numLinks;
+  } else if (m_links[known].weight > weight) {
+    m_links[known].weight = weight;
+    m_links[known].id = linkId;
   }
-  if (m_numLinks == m_maxLinks) return Fail(eNoSlot);
-  index = m_numLinks++;
-  S_Link& link = m_links[index];
-  link.id = linkId;
-  link.weight = weight;
-  link.node[0] = static_cast<unsigned short>(a);
-  link.node[1] = static_cast<unsigned short>(b);
-  Append(index, 0);
-  Append(index, 1);
   return true;
 }
 
-// Puts a link at the end of the list of the node at its end 0 or 1.
-void C_Network::Append(unsigned int link, unsigned int end) {
-  const unsigned int index = m_links[link].node[end];
-  const unsigned int last = std::exchange(m_nodes[index].lastLink, link);
-  if (last == kNoLink)
-    m_nodes[index].firstLink = link;
-  else
-    m_links[last].next[m_links[last].node[0] == index ? 0 : 1] = link;
+// The link added from node index a to b, in this order.
+unsigned int C_Network::FindLink(unsigned int a, unsigned int b) const {
+  for (unsigned int end = m_nodes[a].firstEnd; end != kNoEnd; end = m_ends[end].next)
+    if (m_ends[end].neighbour == b && end % 2 == 0) return end / 2;
+  return kNoLink;
 }
 
-// The link from node index a to b, in this order.
-unsigned int C_Network::FindLink(unsigned int a, unsigned int b) const {
-  unsigned int link = m_nodes[a].firstLink;
-  while (link != kNoLink && (m_links[link].node[0] != a || m_links[link].node[1] != b)) link = m_links[link].NextOf(a);
-  return link;
+void C_Network::AppendEnd(unsigned int node, unsigned int end, unsigned int neighbour) {
+  const unsigned int last = std::exchange(m_nodes[node].lastEnd, end);
+  (last == kNoEnd ? m_nodes[node].firstEnd : m_ends[last].next) = end;
+  m_ends[end] = {kNoEnd, static_cast<unsigned short>(neighbour)};
+}
+
+// Id of a link's node A (side 0) or B (side 1): each is the other end's neighbour.
+unsigned short C_Network::NodeId(unsigned int link, unsigned int side) const {
+  return m_nodes[m_ends[2 * link + 1 - side].neighbour].id;
 }
 
 // True for `than` = kNoLink: any link is better than none.
@@ -154,8 +151,8 @@ float C_Network::LinkWeight(unsigned short i, unsigned short j, unsigned short& 
   m_errorCode = 0;
   if (i >= m_numNodes || j >= m_numNodes) return kNotSet;  // kNone among them: there are fewer nodes
   unsigned int best = kNoLink;
-  for (unsigned int link = m_nodes[i].firstLink; link != kNoLink; link = m_links[link].NextOf(i))
-    if (m_links[link].OtherThan(i) == j && IsCheaper(link, best)) best = link;
+  for (unsigned int end = m_nodes[i].firstEnd; end != kNoEnd; end = m_ends[end].next)
+    if (m_ends[end].neighbour == j && IsCheaper(end / 2, best)) best = end / 2;
   if (best == kNoLink) return kNotSet;
   linkId = m_links[best].id;
   return m_links[best].weight;
@@ -180,8 +177,10 @@ bool C_Network::BuildTree() {
   for (unsigned int i = 0; i < m_numNodes; ++i) {
     m_key[i] = kNotSet;
     m_queued[i] = static_cast<unsigned short>(i);
+    m_isQueued[i] = true;
     m_parent[i] = kNoParent;
   }
+  m_numQueued = m_numNodes;
   m_key[static_cast<unsigned int>(root)] = 0;
   for (unsigned int round = 0; round < m_numNodes; ++round) {
     const unsigned int taken = TakeNearest();
@@ -195,30 +194,33 @@ bool C_Network::BuildTree() {
 // Takes the waiting node with the cheapest connection to the tree; where none has one, the first that waits, with which
 // a further part of the network begins.
 unsigned int C_Network::TakeNearest() {
-  unsigned int first = kNone;
-  unsigned int nearest = kNone;
-  for (unsigned int i = 0; i < m_numNodes; ++i) {
-    if (m_queued[i] == kNone) continue;
-    if (first == kNone) first = i;
-    if (m_key[i] == kNotSet) continue;
-    if (nearest == kNone || m_key[i] < m_key[nearest]) nearest = i;
+  if (m_numQueued == 0) return kNone;
+  unsigned int nearest = 0;  // place in the queue
+  float least = m_key[m_queued[0]];
+  for (unsigned int i = 1; i < m_numQueued; ++i) {
+    const float key = m_key[m_queued[i]];
+    if (key == kNotSet || !(least == kNotSet || key < least)) continue;
+    nearest = i;
+    least = key;
   }
-  const unsigned int taken = nearest != kNone ? nearest : first;
-  if (taken != kNone) m_queued[taken] = kNone;
+  const unsigned int taken = m_queued[nearest];
+  std::copy(m_queued.begin() + nearest + 1, m_queued.begin() + m_numQueued, m_queued.begin() + nearest);
+  m_queued[--m_numQueued] = kNone;
+  m_isQueued[taken] = false;
   return taken;
 }
 
 // Offers the waiting neighbours of the node just taken their cheapest link to it.
 void C_Network::Relax(unsigned int taken) {
-  const unsigned int firstLink = m_nodes[taken].firstLink;
-  for (unsigned int link = firstLink; link != kNoLink; link = m_links[link].NextOf(taken)) {
-    unsigned int& best = m_cheapest[m_links[link].OtherThan(taken)];
-    if (IsCheaper(link, best)) best = link;
+  const unsigned int firstEnd = m_nodes[taken].firstEnd;
+  for (unsigned int end = firstEnd; end != kNoEnd; end = m_ends[end].next) {
+    const unsigned int neighbour = m_ends[end].neighbour;
+    if (m_isQueued[neighbour] && IsCheaper(end / 2, m_cheapest[neighbour])) m_cheapest[neighbour] = end / 2;
   }
-  for (unsigned int link = firstLink; link != kNoLink; link = m_links[link].NextOf(taken)) {
-    const unsigned int neighbour = m_links[link].OtherThan(taken);
+  for (unsigned int end = firstEnd; end != kNoEnd; end = m_ends[end].next) {
+    const unsigned int neighbour = m_ends[end].neighbour;
     const unsigned int best = std::exchange(m_cheapest[neighbour], kNoLink);
-    if (best == kNoLink || m_queued[neighbour] == kNone) continue;
+    if (best == kNoLink) continue;
     if (m_key[neighbour] != kNotSet && !(m_key[neighbour] > m_links[best].weight)) continue;
     m_key[neighbour] = m_links[best].weight;
     m_parent[neighbour] = taken << 16 | m_links[best].id;
@@ -230,9 +232,9 @@ void C_Network::MarkTreeLink(unsigned int node) {
   const unsigned int parent = m_parent[node] >> 16;
   const unsigned int id = m_parent[node] & 0xFFFF;
   if (parent == kNone) return;
-  unsigned int link = m_nodes[node].firstLink;
-  while (m_links[link].OtherThan(node) != parent || m_links[link].id != id) link = m_links[link].NextOf(node);
-  m_links[link].inTree = true;
+  unsigned int end = m_nodes[node].firstEnd;
+  while (m_ends[end].neighbour != parent || m_links[end / 2].id != id) end = m_ends[end].next;
+  m_links[end / 2].inTree = true;
 }
 
 bool C_Network::GetTreeLinks(S_TreeLink* buffer, unsigned int capacity, unsigned int& count) {
@@ -247,8 +249,7 @@ bool C_Network::GetTreeLinks(S_TreeLink* buffer, unsigned int capacity, unsigned
       count = 0;
       return Fail(eBufferTooSmall);
     }
-    const S_Link& link = m_links[i];
-    if (link.inTree) buffer[count++] = {link.id, m_nodes[link.node[0]].id, m_nodes[link.node[1]].id};
+    if (m_links[i].inTree) buffer[count++] = {m_links[i].id, NodeId(i, 0), NodeId(i, 1)};
   }
   return true;
 }

@@ -91,32 +91,35 @@ class VELAGNSS_API C_Network {
 
  private:
   static constexpr unsigned short kNone = 0xFFFF;  // no node, no index
-  static constexpr unsigned int kNoLink = 0xFFFFFFFF;
   static constexpr unsigned int kNoParent = 0xFFFFFFFF;
+  static constexpr unsigned int kNoEnd = 0xFFFFFFFF;
+  static constexpr unsigned int kNoLink = 0xFFFFFFFF;
   static constexpr float kNotSet = -3.4e38F;  // no weight, no key
 
   struct S_Node {
     unsigned short id = kNone;
-    unsigned short degree = 0;         // mentions by AddNode() and by links
-    unsigned int firstLink = kNoLink;  // the node's links form a list, in the order in which they were added
-    unsigned int lastLink = kNoLink;
+    unsigned short degree = 0;       // mentions by AddNode() and by links
+    unsigned int firstEnd = kNoEnd;  // the ends at this node form a list, in the order in which they were added
+    unsigned int lastEnd = kNoEnd;
   };
 
   struct S_Link {
     unsigned short id = kNone;
     bool inTree = false;
     float weight = kNotSet;
-    unsigned short node[2] = {kNone, kNone};    // indices of nodes A and B
-    unsigned int next[2] = {kNoLink, kNoLink};  // next link in the list of either
+  };
 
-    unsigned short OtherThan(unsigned int index) const { return node[node[0] == index ? 1 : 0]; }
-    unsigned int NextOf(unsigned int index) const { return next[node[0] == index ? 0 : 1]; }
+  // Link l has the ends 2 l at node A and 2 l + 1 at node B.
+  struct S_End {
+    unsigned int next = kNoEnd;        // in the list of its node
+    unsigned short neighbour = kNone;  // index of the node at the other end
   };
 
   bool Fail(unsigned int code);
   unsigned int Mention(unsigned short id);
-  void Append(unsigned int link, unsigned int end);
   unsigned int FindLink(unsigned int a, unsigned int b) const;
+  void AppendEnd(unsigned int node, unsigned int end, unsigned int neighbour);
+  unsigned short NodeId(unsigned int link, unsigned int side) const;
   bool IsCheaper(unsigned int link, unsigned int than) const;
   unsigned int TakeNearest();
   void Relax(unsigned int taken);
@@ -128,11 +131,14 @@ class VELAGNSS_API C_Network {
   std::vector<S_Node> m_nodes;
   unsigned int m_numLinks = 0;
   std::vector<S_Link> m_links;
+  std::vector<S_End> m_ends;
   unsigned int m_errorCode = 0;
-  std::vector<float> m_key;              // cheapest known connection of each node to the tree
-  std::vector<unsigned short> m_queued;  // the node's own index while it waits for the tree, then kNone
-  std::vector<unsigned int> m_parent;    // (index of the node in the tree << 16) | link id
-  std::vector<unsigned int> m_cheapest;  // of the links to the node just taken
+  std::vector<float> m_key;  // cheapest known connection of each node to the tree
+  unsigned int m_numQueued = 0;
+  std::vector<unsigned short> m_queued;   // indices of the nodes that wait for the tree, in order; then kNone
+  std::vector<unsigned char> m_isQueued;  // by node
+  std::vector<unsigned int> m_parent;     // (index of the node in the tree << 16) | link id
+  std::vector<unsigned int> m_cheapest;   // of the links to the node just taken
 };
 
 #endif  // VELAGNSS_GEO_NETWORK_H

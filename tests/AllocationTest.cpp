@@ -1,5 +1,5 @@
 // Nothing is allocated once the objects stand: counts what malloc and operator new hand out while bytes are fed, frames
-// decoded and objects reset. Its own program, because it takes the place of malloc.
+// decoded, objects reset and positions computed. Its own program, because it takes the place of malloc.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,6 +9,8 @@
 
 #include "binproto/VelaBin_Decode.h"
 #include "framing/CallbackFrameRecognizer.h"
+#include "geo/Geodesy.h"
+#include "geo/PointCoordinate.h"
 #include "tests/Streams.h"
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/VelaPKVN_Decode.h"
@@ -136,6 +138,29 @@ TEST(Allocation, NothingAfterConstruction) {
   EXPECT_EQ(host.Decoded(), 30U * 8);
   const std::vector<int> counted(10);
   EXPECT_GT(allocations - before, during) << "the count does not work";
+}
+
+TEST(Allocation, NothingInGeometry) {
+  C_Matrix covariance(3, 3);
+  const double six[6] = {1, 2, 3, 0.1, 0.2, 0.3};
+  const double a = ALGO::kWgs84A, f = ALGO::kWgs84F;
+  double p, q, r, rotated[6];
+  float e, z;
+  const C_Vector3 target(2e7, 1e7, 5e6);
+  const std::size_t before = allocations;
+  C_PointCoordinate point(C_PointCoordinate::COORD_GEODETIC, 0.5, 1.0, 100.0);
+  point.ElevationAndAzimuth(target, true, p, q);
+  point.ElevationAndAzimuth(target, true, e, z);
+  point.Cart2GeodSigma(point.RangeLocal(target));
+  covariance = point.Cart2GeodCovariance(covariance);
+  point.AddDeltaXYZ(target);
+  ALGO::CovEcefToLocal(1, 2, 3, six, rotated);
+  ALGO::CovLocalToEcef(1, 2, 3, six, rotated);
+  ALGO::CartToGeodIter(1e6, 2e6, 6e6, a, f, p, q, r);
+  ALGO::GeodesicInverse(0, 0, 0.5, 1, a, f, p, q, r);
+  ALGO::GeodLookAngles(0, 0, 0, 0.5, 1, 0, a, f);
+  ALGO::PointDistance(target, point.Cartesian(), true);
+  EXPECT_EQ(allocations, before);
 }
 
 }  // namespace
