@@ -34,6 +34,16 @@ std::optional<C_GnssTime> ParseSeed(std::string_view text) {
   return C_GnssTime(week, seconds, ALGO::GNSS_GPS);
 }
 
+void DeclareSeed(CLI::App& app, std::string& seed) {
+  app.add_option("--seed", seed,
+                 "GPS week and seconds of the recording, to complete broadcast weeks;\n"
+                 "without it the first date of the stream serves")
+      ->option_text("WEEK:SECONDS")
+      ->check([](const std::string& text) -> std::string {
+        return ParseSeed(text) ? std::string() : "a GPS week from 1 and its seconds, as in 2300:345600";
+      });
+}
+
 std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::string_view list, bool acknowledgements) {
   std::vector<C_RawDataMessage::eProtocols> protocols;
   for (unsigned int i = 0; list.empty() && i < kNumProtocols; ++i)

@@ -43,6 +43,9 @@ auto NumberBetween(Number least, Number greatest) {
 // "WEEK:SECONDS": a GPS week without roll-over and the seconds of that week. Nothing when it is no such time.
 std::optional<C_GnssTime> ParseSeed(std::string_view text);
 
+// The option --seed; afterwards `seed` is empty or a text that `ParseSeed` understands.
+void DeclareSeed(CLI::App& app, std::string& seed);
+
 // The protocols to look for, ended by `eAllProtocols`: those of `list` (names with commas), or all when it is empty.
 // Acknowledgements are among them only when named or asked for: they have no checksum and swallow text up to the next
 // line end. Nothing when a name is unknown.

@@ -8,7 +8,6 @@
 #include "apps/velagnss/Arguments.h"
 #include "apps/velagnss/Diagnostics.h"
 #include "apps/velagnss/FrameJson.h"
-#include "apps/velagnss/Input.h"
 #include "apps/velagnss/InputLoop.h"
 #include "apps/velagnss/MessageFilter.h"
 #include "apps/velagnss/Output.h"
@@ -135,7 +134,6 @@ class C_DecodeCommand : public C_Command {
              const C_MessageFilter& filter);
   int Judge(const C_DecodeJob& job) const;
   std::optional<std::string> FillFilter(C_MessageFilter& filter) const;
-  bool WouldOverwriteAnInput() const;
 
   S_DecodeOptions m_options;
 };
@@ -152,10 +150,7 @@ void C_DecodeCommand::Declare(CLI::App& app) {
   app.add_option("-n", m_options.count, "stop after this many frames")
       ->option_text("COUNT")
       ->check(NumberBetween(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max()));
-  app.add_option("--seed", m_options.seed,
-                 "GPS week and seconds of the recording, to complete broadcast weeks;\n"
-                 "without it the first date of the stream serves")
-      ->option_text("WEEK:SECONDS");
+  DeclareSeed(app, m_options.seed);
   app.add_flag("--frames", m_options.framesOnly, "envelopes only: decode nothing");
   app.add_flag("--hex", m_options.hex, "add the bytes of each frame");
   app.add_flag("--events", m_options.events, "add an object for each rejected start and each skipped range");
@@ -165,13 +160,11 @@ void C_DecodeCommand::Declare(CLI::App& app) {
 int C_DecodeCommand::Run() {
   const auto search = ParseSearchList(m_options.stream.search, m_options.stream.acknowledgements);
   if (!search) return ReportUsage("decode", "--search: unknown protocol; known are: " + ProtocolNames());
-  const std::optional<C_GnssTime> seed = ParseSeed(m_options.seed);
-  if (!m_options.seed.empty() && !seed)
-    return ReportUsage("decode", "--seed: a GPS week from 1 and its seconds, as in 2300:345600");
   C_MessageFilter filter;
   if (const std::optional<std::string> error = FillFilter(filter)) return ReportUsage("decode", *error);
-  if (WouldOverwriteAnInput()) return ReportUsage("decode", m_options.output + ": is an input as well");
-  return Decode(*search, seed, filter);
+  if (IsAnInput(m_options.input, m_options.output))
+    return ReportUsage("decode", m_options.output + ": is an input as well");
+  return Decode(*search, ParseSeed(m_options.seed), filter);
 }
 
 std::optional<std::string> C_DecodeCommand::FillFilter(C_MessageFilter& filter) const {
@@ -180,14 +173,6 @@ std::optional<std::string> C_DecodeCommand::FillFilter(C_MessageFilter& filter) 
   for (const std::string& list : m_options.messages)
     if (std::optional<std::string> error = filter.AddMessages(list)) return "--msg: " + *error;
   return std::nullopt;
-}
-
-bool C_DecodeCommand::WouldOverwriteAnInput() const {
-  if (m_options.output == "-") return false;
-  if (m_options.input.names.empty()) return IsTheFile(m_options.output, "-");
-  for (const std::string& name : m_options.input.names)
-    if (IsTheFile(m_options.output, name)) return true;
-  return false;
 }
 
 int C_DecodeCommand::Decode(const std::vector<C_RawDataMessage::eProtocols>& search,
@@ -208,10 +193,7 @@ int C_DecodeCommand::Judge(const C_DecodeJob& job) const {
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", job.FramesFound(), job.FramesWritten(),
                            job.DataErrors()));
   if (job.FramesFound() == 0 && job.BytesRead() > 0)
-    ReportWarning(
-        fmt::format("no frame in {} bytes: check that this is a receiver's output and, for a serial port, "
-                    "its speed",
-                    job.BytesRead()));
+    ReportNoFrame(job.BytesRead());
   else if (job.FramesWritten() == 0 && job.FramesFound() > 0)
     ReportWarning(fmt::format("none of {} frames passed --proto and --msg", job.FramesFound()));
   if (job.FramesWritten() == 0) return eExitData;

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "apps/velagnss/Diagnostics.h"
 #include "apps/velagnss/Input.h"
 #include "apps/velagnss/Progress.h"
@@ -39,6 +41,18 @@ bool RunInput(const std::string& name, std::span<unsigned char> buffer, bool sho
 }
 
 }  // namespace
+
+bool IsAnInput(const S_InputOptions& options, const std::string& output) {
+  if (output == "-") return false;
+  if (options.names.empty()) return IsTheFile(output, "-");
+  return std::any_of(options.names.begin(), options.names.end(),
+                     [&output](const std::string& name) { return IsTheFile(output, name); });
+}
+
+void ReportNoFrame(std::uint64_t bytes) {
+  ReportWarning(fmt::format(
+      "no frame in {} bytes: check that this is a receiver's output and, for a serial port, its speed", bytes));
+}
 
 eExitCode RunInputs(const S_InputOptions& options, C_StreamJob& job) {
   std::vector<unsigned char> buffer(options.readSize);

@@ -33,6 +33,12 @@ struct S_InputOptions {
   bool showProgress = false;  // on a terminal, for inputs that take a while
 };
 
+// True when `output` ("-" for standard output) is one of the inputs: opening it for writing would empty that.
+bool IsAnInput(const S_InputOptions& options, const std::string& output);
+
+// Warns that nothing was recognised in so many bytes, and of what may be the reason.
+void ReportNoFrame(std::uint64_t bytes);
+
 // eExitInput when an input failed; the others are read all the same. A signal ends the input it comes in, and the loop.
 eExitCode RunInputs(const S_InputOptions& options, C_StreamJob& job);
 
