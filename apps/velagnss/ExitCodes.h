@@ -8,7 +8,7 @@ namespace Host {
 // failure: the program ends quietly with what it would have returned otherwise. Ended by a signal: 128 + its number.
 enum eExitCode : int {
   eExitOk = 0,
-  eExitData = 1,    // damaged data where that was to be told, or nothing recognised at all
+  eExitData = 1,    // damaged data where that was to be told, nothing recognised at all, or not all of it converted
   eExitUsage = 2,   // arguments
   eExitInput = 3,   // an input could not be opened or read
   eExitOutput = 4,  // the output could not be written

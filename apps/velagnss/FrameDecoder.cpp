@@ -49,6 +49,7 @@ void C_FrameDecoder::Restart() {
 
 void C_FrameDecoder::Decode(const C_RawDataMessage& frame) {
   m_frame = &frame;
+  m_isWeekUnresolved = false;
   switch (frame.protocol) {
     case C_RawDataMessage::eNMEA0183:
       return DecodeNmea();
@@ -74,6 +75,22 @@ void C_FrameDecoder::Conclude(std::optional<unsigned int> result, eDepth depth, 
   m_hasDataError = result.value_or(eResultOk) != eResultOk;
 }
 
+bool C_FrameDecoder::IsGood(C_RawDataMessage::eProtocols protocol) const {
+  return m_frame != nullptr && m_frame->protocol == protocol && m_result == eResultOk;
+}
+
+const U_EcdDcdData* C_FrameDecoder::Sentence() const { return IsGood(C_RawDataMessage::eNMEA0183) ? &m_nmea : nullptr; }
+
+const S_IFKeplerEphRec* C_FrameDecoder::KeplerEphemeris() const {
+  if (!IsGood(C_RawDataMessage::eVelaBIN)) return nullptr;
+  return m_frame->messageType == eBin25 || m_frame->messageType == eBin95 ? &m_binary.keplerEph : nullptr;
+}
+
+const S_IFPvaEphRec* C_FrameDecoder::PvaEphemeris() const {
+  if (!IsGood(C_RawDataMessage::eVelaBIN)) return nullptr;
+  return m_frame->messageType == eBin65 || m_frame->messageType == eBin93 ? &m_binary.pvaEph : nullptr;
+}
+
 void C_FrameDecoder::WriteFields(C_JsonWriter& json) const { (this->*m_write)(json); }
 
 void C_FrameDecoder::DecodeNmea() {
@@ -97,7 +114,8 @@ void C_FrameDecoder::SeedFromStream() {
 void C_FrameDecoder::DecodeBinary() {
   unsigned short blockId = 0;
   const unsigned int result = m_binaryDecoder.Decode(m_frame->data, m_frame->length, blockId, m_binary);
-  const bool isRead = result == eResultOk || IsWeekUnresolved(result);
+  m_isWeekUnresolved = LacksWeek(result);
+  const bool isRead = result == eResultOk || m_isWeekUnresolved;
   const eDepth depth = isRead ? DepthOfBlock(blockId) : eDepth::Raw;
   Conclude(result, depth, depth == eDepth::Raw ? &C_FrameDecoder::WriteBody : &C_FrameDecoder::WriteBinary);
   m_hasDataError = !isRead && result != eResultUnknownMessage;
@@ -105,7 +123,7 @@ void C_FrameDecoder::DecodeBinary() {
 
 // Everything but the weeks has been read by then: GPS and QZSS say so by a code of their own, SBAS by the one of a
 // message that cannot be converted, for which there is no other reason.
-bool C_FrameDecoder::IsWeekUnresolved(unsigned int result) const {
+bool C_FrameDecoder::LacksWeek(unsigned int result) const {
   if (m_weekSource != eWeekSource::None) return false;
   return result == eResultNoSeed || (result == eResultWrongMessage && m_frame->messageType == eBin93);
 }

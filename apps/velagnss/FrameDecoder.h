@@ -46,6 +46,14 @@ class C_FrameDecoder {
   // True when the frame, though its checksum is right, holds something that it must not hold.
   bool HasDataError() const { return m_hasDataError; }
 
+  // True for an ephemeris that was read, all but its week: no time was known to complete it.
+  bool IsWeekUnresolved() const { return m_isWeekUnresolved; }
+
+  // The record of a frame that was decoded with result 0; null when it is none of that kind.
+  const U_EcdDcdData* Sentence() const;             // the eight NMEA sentences, the member by the message type
+  const S_IFKeplerEphRec* KeplerEphemeris() const;  // messages 25 and 95
+  const S_IFPvaEphRec* PvaEphemeris() const;        // messages 65 and 93
+
   // The members of the object "fields" for a depth other than `None`.
   void WriteFields(C_JsonWriter& json) const;
 
@@ -60,7 +68,8 @@ class C_FrameDecoder {
   void DecodePkvn();
   void DecodeRd();
   void SeedFromStream();
-  bool IsWeekUnresolved(unsigned int result) const;
+  bool LacksWeek(unsigned int result) const;
+  bool IsGood(C_RawDataMessage::eProtocols protocol) const;
 
   void WriteNothing(C_JsonWriter&) const {}
   void WriteText(C_JsonWriter& json) const;
@@ -86,6 +95,7 @@ class C_FrameDecoder {
   std::optional<unsigned int> m_result;
   eDepth m_depth = eDepth::None;
   bool m_hasDataError = false;
+  bool m_isWeekUnresolved = false;
   t_Write m_write = &C_FrameDecoder::WriteNothing;
 
   std::array<unsigned char, 1024> m_sentence{};

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/velagnss/Arguments.h"
+#include "apps/velagnss/ConvertCommand.h"
 #include "apps/velagnss/DecodeCommand.h"
 #include "apps/velagnss/Diagnostics.h"
 #include "apps/velagnss/ExitCodes.h"
@@ -22,18 +23,20 @@ using namespace Host;
 const S_CommandEntry* const kCommands[] = {
     &kDecodeCommand,
     &kStatCommand,
+    &kConvertCommand,
 };
 
 constexpr char kDescription[] =
     "From the raw bytes of a GNSS receiver to checked frames and decoded records.\n\n"
     "Examples:\n"
-    "  velagnss decode session.bin        every frame as a JSON object per line\n"
-    "  velagnss stat session.bin          what is in it, how much of it is damaged\n"
-    "  velagnss decode --help             all that a command can do\n";
+    "  velagnss decode session.bin                    every frame as a JSON object per line\n"
+    "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
+    "  velagnss convert --to rinex-nav session.bin    its ephemerides as a RINEX file\n"
+    "  velagnss decode --help                         all that a command can do\n";
 
 constexpr char kFooter[] =
-    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, or nothing recognised,\n"
-    "2 wrong arguments, 3 an input failed, 4 the output failed, 128 + N ended by signal N.";
+    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, or something\n"
+    "left out of a conversion, 2 wrong arguments, 3 an input failed, 4 the output failed, 128 + N ended by signal N.";
 
 struct S_GlobalOptions {
   bool verbose = false;

@@ -1,0 +1,13 @@
+// `velagnss convert`: other programs' formats out of a receiver's bytes.
+#ifndef VELAGNSS_APPS_CONVERT_COMMAND_H
+#define VELAGNSS_APPS_CONVERT_COMMAND_H
+
+#include "apps/velagnss/Command.h"
+
+namespace Host {
+
+extern const S_CommandEntry kConvertCommand;
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_CONVERT_COMMAND_H
