@@ -102,48 +102,54 @@ void CartToGeodIter(double x, double y, double z, double a, double f, double& la
     lon = y < 0 ? 3 * kPi / 2 : kPi / 2;
 }
 
-void CartToGeodOlson(double x, double y, double z, double a, double f, double& lat, double& lon, double& h) {
-  const double e2 = 2 * f - f * f;
+namespace {
+
+struct S_SinCosLat {
+  double lat, s, c;
+};
+
+// Where Olson's method starts, for a point at `w` from the axis and `absZ` from the equator's plane, `w2` and `z2`
+// their squares: a series for the sine of the latitude, or near the poles for its cosine.
+S_SinCosLat SeriesLatitude(double w, double w2, double absZ, double z2, double a, double e2) {
   const double a1 = a * e2;
   const double a2 = a1 * a1;
   const double a3 = a1 * e2 / 2;
   const double a4 = 2.5 * a2;
   const double a5 = a1 + a3;
-  const double a6 = 1 - e2;
-
-  const double w2 = x * x + y * y;
-  const double w = std::sqrt(w2);
-  const double r2 = w2 + z * z;
+  const double r2 = w2 + z2;
   const double r = std::sqrt(r2);
-  const double absZ = std::fabs(z);
-  const double s2 = z * z / r2;
+  const double s2 = z2 / r2;
   const double c2 = w2 / r2;
   const double u = a2 / r;
   const double v = a3 - a4 / r;
-
-  // First a series for the sine, or near the poles for the cosine, of the latitude ...
-  double phi, s, c;
   if (c2 > 0.3) {
-    s = absZ / r * (1 + c2 * (a1 + u + s2 * v) / r);
-    phi = std::asin(s);
-    c = std::sqrt(1 - s * s);
-  } else {
-    c = w / r * (1 - s2 * (a5 - u - c2 * v) / r);
-    phi = std::acos(c);
-    s = std::sqrt(1 - c * c);
+    const double s = absZ / r * (1 + c2 * (a1 + u + s2 * v) / r);
+    return {std::asin(s), s, std::sqrt(1 - s * s)};
   }
-  // ... then one Newton step from the ellipsoid's point at that latitude: (du, dv) is what is left to go.
+  const double c = w / r * (1 - s2 * (a5 - u - c2 * v) / r);
+  return {std::acos(c), std::sqrt(1 - c * c), c};
+}
+
+}  // namespace
+
+void CartToGeodOlson(double x, double y, double z, double a, double f, double& lat, double& lon, double& h) {
+  const double e2 = 2 * f - f * f;
+  const double w2 = x * x + y * y;
+  const double w = std::sqrt(w2);
+  const double absZ = std::fabs(z);
+  const auto [phi, s, c] = SeriesLatitude(w, w2, absZ, z * z, a, e2);
+
+  // One Newton step from the ellipsoid's point at that latitude: (u, v) is what is left to go.
   const double g = 1 - e2 * (s * s);
   const double rg = a / std::sqrt(g);
-  const double rf = a6 * rg;
-  const double du = w - rg * c;
-  const double dv = absZ - rf * s;
-  const double along = c * du + s * dv;
-  const double m = c * dv - s * du;
+  const double rf = (1 - e2) * rg;
+  const double u = w - rg * c;
+  const double v = absZ - rf * s;
+  const double along = c * u + s * v;
+  const double m = c * v - s * u;
   const double p = m / (rf / g + along);
 
-  phi += p;
-  lat = z < 0 ? -phi : phi;
+  lat = z < 0 ? -(phi + p) : phi + p;
   lon = std::atan2(y, x);
   h = along + m * p / 2;
 }
