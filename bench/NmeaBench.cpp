@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "textproto/FieldParsers.h"
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/NumberText.h"
 
@@ -89,7 +90,7 @@ void ReadNumber(benchmark::State& state, const char* text) {
   const std::string_view number(text);
   double value = 0;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(NumberText::ScanDouble(number, value));
+    benchmark::DoNotOptimize(UTIL::StrToDBL(number, value, 1));
     benchmark::DoNotOptimize(value);
   }
 }

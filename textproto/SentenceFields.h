@@ -3,7 +3,6 @@
 #define VELAGNSS_TEXTPROTO_SENTENCE_FIELDS_H
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -29,40 +28,45 @@ class C_SentenceFields {
   static constexpr std::size_t kMaxFields = MaxFields;
   static constexpr std::size_t kMaxTextLength = MaxTextLength;
 
-  explicit C_SentenceFields(std::string_view text) {
-    if (!text.empty() && text.size() <= kMaxTextLength) Split(text);
-  }
+  explicit C_SentenceFields(std::string_view text)
+      : m_count(text.empty() || text.size() > kMaxTextLength ? 0 : Split(text, m_fields)) {}
 
   std::size_t Count() const { return m_count; }
-  bool IsReadable(std::size_t index) const { return index < m_count && m_fields[index].size() <= MaxFieldLength; }
-  std::string_view operator[](std::size_t index) const { return m_fields[index]; }
+  bool IsReadable(std::size_t index) const { return index < m_count && m_fields[index].size <= MaxFieldLength; }
+  std::string_view operator[](std::size_t index) const { return {m_fields[index].start, m_fields[index].size}; }
 
  private:
-  // The same fields as C_FieldWalk finds, faster.
-  void Split(std::string_view text) {
-    using namespace DelimiterMask;
-    std::size_t start = 0;
-    for (std::size_t at = 0; at < text.size(); at += kBlock) {
-      const std::string_view block = text.substr(at, kBlock);
-      char tail[kBlock];
-      if (block.size() < kBlock) std::memset(std::copy(block.begin(), block.end(), tail), 0, kBlock - block.size());
-      std::uint64_t mask = Of(block.size() < kBlock ? tail : block.data());
-      for (; mask != 0; mask &= mask - 1)
-        if (!AddField(text, start, at + static_cast<std::size_t>(std::countr_zero(mask)))) return;
+  struct S_Field {
+    const char* start;
+    std::size_t size;
+  };
+
+  // The same fields as C_FieldWalk finds, faster; returns how many.
+  static std::size_t Split(std::string_view text, S_Field (&fields)[MaxFields]) {
+    constexpr std::ptrdiff_t kBlock = DelimiterMask::kBlock;
+    const char* const textEnd = text.data() + text.size();
+    const char* start = text.data();
+    std::size_t count = 0;
+    const auto endField = [&](const char* end) {  // false: this field, and what comes behind it, is not seen
+      const auto size = static_cast<std::size_t>(end - start);
+      if (count == MaxFields || size > C_FieldTokenizer::kMaxCountedField) return false;
+      fields[count++] = {start, size};
+      start = end + 1;
+      return true;
+    };
+    for (const char* block = start; block < textEnd; block += kBlock) {
+      char tail[kBlock] = {};
+      const bool isTail = textEnd - block < kBlock;
+      if (isTail) std::copy(block, textEnd, tail);
+      for (std::uint64_t mask = DelimiterMask::Of(isTail ? tail : block); mask != 0; mask &= mask - 1)
+        if (!endField(block + std::countr_zero(mask))) return count;
     }
-    AddField(text, start, text.size());
+    endField(textEnd);
+    return count;
   }
 
-  // The field [start, end) of the text; false when it is the last to be seen.
-  bool AddField(std::string_view text, std::size_t& start, std::size_t end) {
-    if (m_count == kMaxFields || end - start > C_FieldTokenizer::kMaxCountedField) return false;
-    m_fields[m_count++] = std::string_view(text.data() + start, end - start);
-    start = end + 1;
-    return true;
-  }
-
-  std::array<std::string_view, kMaxFields> m_fields;
-  std::size_t m_count = 0;
+  S_Field m_fields[MaxFields];  // the first `m_count` of them
+  std::size_t m_count;
 };
 
 #endif  // VELAGNSS_TEXTPROTO_SENTENCE_FIELDS_H
