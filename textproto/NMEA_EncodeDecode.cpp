@@ -4,12 +4,15 @@
 #include <cstring>
 #include <string_view>
 
+#include "framing/ByteScan.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldParsers.h"
 #include "textproto/NmeaSentences.h"
 #include "textproto/NumberText.h"
 
 namespace {
+
+constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
 static_assert(sizeof(U_EcdDcdData) == 104);
 
@@ -19,9 +22,7 @@ const Record& As(const void* record) {
 }
 
 unsigned char XorOf(std::string_view bytes) {
-  unsigned char sum = 0;
-  for (const char byte : bytes) sum ^= static_cast<unsigned char>(byte);
-  return sum;
+  return UTIL::XorOf(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()));
 }
 
 // A sentence of the record in the buffer, checksum and CR LF included.
@@ -35,7 +36,6 @@ unsigned int EncodeSentence(const C_NMEA_EncodeDecode& nmea, const S_SentenceRul
 }  // namespace
 
 std::array<char, 3> ChecksumText(std::string_view text) {
-  constexpr std::string_view kHexDigits = "0123456789ABCDEF";
   const unsigned char sum = XorOf(text.substr(1));
   return {'*', kHexDigits[sum >> 4], kHexDigits[sum & 15]};
 }
@@ -48,9 +48,11 @@ std::size_t FindCheckedStar(std::string_view sentence) {
   const std::size_t star = sentence.rfind('*');
   if (star == std::string_view::npos || star < kMinStar || star + kDigits >= sentence.size())
     return std::string_view::npos;
-  unsigned int expected;
+  const unsigned int sum = XorOf(sentence.substr(1, star - 1));
+  if (sentence[star + 1] == kHexDigits[sum >> 4] && sentence[star + 2] == kHexDigits[sum & 15]) return star;
+  unsigned int expected;  // digits in lower case, or a shorter number
   const bool isNumber = NumberText::ScanHex32(sentence.substr(star + 1, kDigits), expected) != 0;
-  return isNumber && XorOf(sentence.substr(1, star - 1)) == expected ? star : std::string_view::npos;
+  return isNumber && expected == sum ? star : std::string_view::npos;
 }
 
 C_NMEA_EncodeDecode::C_NMEA_EncodeDecode() { Reset(); }
@@ -140,7 +142,7 @@ unsigned int C_NMEA_EncodeDecode::EncodeAny(const void* record, C_RawDataMessage
 unsigned char C_NMEA_EncodeDecode::GetNmeaCheckSum(const unsigned char* bytes, unsigned short start,
                                                    unsigned short count) {
   if (bytes == nullptr) return 0;
-  return XorOf({reinterpret_cast<const char*>(bytes) + start, std::max<std::size_t>(count, 1)});
+  return UTIL::XorOf(bytes + start, std::max<unsigned int>(count, 1));
 }
 
 bool C_NMEA_EncodeDecode::ValidateNmeaCheckSum(unsigned char* sentence, unsigned short length) {
