@@ -141,12 +141,3 @@ bool C_CircularBuffer::CopyNthQueuedItem(unsigned int n, void* dest) const {
   std::memcpy(dest, item, m_itemSize);
   return true;
 }
-
-void C_CircularBuffer::FlushItems(unsigned int n) {
-  if (n >= m_numItems) {
-    Reset();
-    return;
-  }
-  m_numItems -= n;
-  m_headIndex = Advanced(m_headIndex, n);
-}

@@ -69,7 +69,14 @@ class VELAGNSS_API C_CircularBuffer {
   bool CopyNthQueuedItem(unsigned int n, void* dest) const;
 
   // Discards the `n` oldest items; n >= NumItems() resets the queue.
-  void FlushItems(unsigned int n);
+  void FlushItems(unsigned int n) {
+    if (n >= m_numItems) {
+      Reset();
+      return;
+    }
+    m_numItems -= n;
+    m_headIndex = Advanced(m_headIndex, n);
+  }
 
   // Makes room for one more item as the policy says. True when one may now be written. On a queue of capacity 0 the
   // answer is the policy's too (true for the first two), although nothing can be written there.

@@ -187,21 +187,9 @@ void C_FrameRecognizer::ResetWorkMessage() {
   m_workMessage.length = 0;
 }
 
-void C_FrameRecognizer::Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount) {
-  if (m_statistics == nullptr) return;
-  unsigned int& value = (*m_statistics).*counter;
-  if (value > 0xFFFFFFFF - amount) value &= 0xFFFF;
-  value += amount;
-}
-
-// The first `count` queued bytes (no more than are queued, nor than the work message can hold) in one piece: in place,
-// or where they pass the ring's end, as a copy that grows with the frame.
-const unsigned char* C_FrameRecognizer::FrameBytes(unsigned int count) {
-  unsigned int run = 0;
-  const void* head = m_queue.PeekHeadRun(run);
-  if (count <= run) return static_cast<const unsigned char*>(head);
+const unsigned char* C_FrameRecognizer::LinearBytes(unsigned int count, unsigned int headRun) {
   while (m_linearised < count) {
-    const unsigned int end = m_linearised < run ? run : count;
+    const unsigned int end = m_linearised < headRun ? headRun : count;
     std::memcpy(&m_workBuffer[m_linearised], m_queue.PeekNthQueuedItem(m_linearised), end - m_linearised);
     m_linearised = end;
   }

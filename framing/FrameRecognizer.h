@@ -230,7 +230,14 @@ class VELAGNSS_API C_FrameRecognizer {
   void DropFalseStart();
   void ResetWorkMessage();
 
-  const unsigned char* FrameBytes(unsigned int count);
+  // The first `count` queued bytes (no more than are queued, nor than the work message can hold) in one piece: in
+  // place, or where they pass the ring's end, as a copy that grows with the frame.
+  const unsigned char* FrameBytes(unsigned int count) {
+    unsigned int run = 0;
+    const void* head = m_queue.PeekHeadRun(run);
+    return count <= run ? static_cast<const unsigned char*>(head) : LinearBytes(count, run);
+  }
+  const unsigned char* LinearBytes(unsigned int count, unsigned int headRun);
   bool Matches(unsigned int descriptor, const unsigned char* bytes) const;
   bool BeginsWith(std::string_view prefix, unsigned int count);
   bool Expect(unsigned int type, const S_FrameLengths& lengths);
@@ -248,7 +255,12 @@ class VELAGNSS_API C_FrameRecognizer {
   eVerdict CheckSiteRecord();
   eVerdict CheckPackedReply();
 
-  void Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount);
+  void Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount) {
+    if (m_statistics == nullptr) return;
+    unsigned int& value = (*m_statistics).*counter;
+    if (value > 0xFFFFFFFF - amount) value &= 0xFFFF;
+    value += amount;
+  }
 
   eCircBufOvrflowHandling m_overflowHandling;
   bool m_patientSearch = false;
