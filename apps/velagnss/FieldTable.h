@@ -19,9 +19,10 @@ struct S_JsonField {
   void (*write)(C_JsonWriter& json, const Record& record);  // exactly one value
 };
 
-template <class Record, std::size_t N>
-void WriteFields(C_JsonWriter& json, const S_JsonField<Record> (&fields)[N], const Record& record) {
-  for (const S_JsonField<Record>& field : fields) {
+// `Field` is an S_JsonField or what has its members.
+template <class Field, std::size_t N, class Record>
+void WriteFields(C_JsonWriter& json, const Field (&fields)[N], const Record& record) {
+  for (const Field& field : fields) {
     json.Key(field.name);
     field.write(json, record);
   }
