@@ -11,6 +11,7 @@
 #include "apps/velagnss/ConvertCommand.h"
 #include "apps/velagnss/DecodeCommand.h"
 #include "apps/velagnss/Diagnostics.h"
+#include "apps/velagnss/EncodeCommand.h"
 #include "apps/velagnss/ExitCodes.h"
 #include "apps/velagnss/Output.h"
 #include "apps/velagnss/Signals.h"
@@ -24,6 +25,7 @@ const S_CommandEntry* const kCommands[] = {
     &kDecodeCommand,
     &kStatCommand,
     &kConvertCommand,
+    &kEncodeCommand,
 };
 
 constexpr char kDescription[] =

@@ -1,0 +1,141 @@
+#include "apps/velagnss/LineEncoder.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Cases.h"
+
+namespace {
+
+using t_Outcome = Host::C_LineEncoder::eOutcome;
+
+// "$" + body + "*hh" CR LF.
+std::string Sentence(std::string_view body) {
+  unsigned int sum = 0;
+  for (const char c : body) sum ^= static_cast<unsigned char>(c);
+  return fmt::format("${}*{:02X}\r\n", body, sum);
+}
+
+std::string Line(std::string_view message, std::string_view fields) {
+  return fmt::format(R"({{"protocol":"nmea","message":"{}","fields":{{{}}}}})", message, fields);
+}
+
+struct S_EncodedCase {
+  const char* name;
+  const char* message;
+  const char* fields;  // members of the object
+  const char* body;    // of the sentence
+};
+// clang-format off
+const S_EncodedCase kEncoded[] = {
+    {"Gga", "GGA",
+     R"("talker":"GN","time_of_day_s":45319.5,"latitude_deg":-48.125,"longitude_deg":-11.5,"quality":4,"satellites":8,
+        "hdop":0.9,"altitude_m":545.4,"geoid_separation_m":46.9,"differential_age_s":1.5,"reference_station":42)",
+     "GNGGA,123519.50,4807.50000000,S,01130.00000000,W,4,08,0.9,545.400,M,46.900,M,1.5,0042"},
+    {"NullAndMissingAreEmpty", "GGA", R"("talker":"GP","hdop":null)", "GPGGA,,,,,,,,,,M,,M,,"},
+    {"AgeWithoutStation", "GGA", R"("talker":"GP","differential_age_s":1.5)", "GPGGA,,,,,,,,,,M,,M,,"},
+    {"IntegerForNumber", "GGA", R"("talker":"GP","latitude_deg":90,"quality":0)", "GPGGA,,9000.00000000,N,,,0,,,,M,,M,,"},
+    {"Gns", "GNS", R"("talker":"GN","modes":["rtk","rtk float","not valid"],"satellites":254,"nav_status":"caution")",
+     "GNGNS,,,,,,RFN,254,,,,,,C"},
+    {"GnsOfOneSystem", "GNS", R"("talker":"GA","modes":["rtk"],"nav_status":"not valid")", "GAGNS,,,,,,,,,,,,,V"},
+    {"Zda", "ZDA", R"("talker":"GP","date":"2002-07-04","time_of_day_s":72930,"zone_hours":-5,"zone_minutes":30)",
+     "GPZDA,201530.00,04,07,2002,-5,30"},
+    {"Gll", "GLL", R"("talker":"GP","latitude_deg":0,"longitude_deg":180,"status":"differential","mode":"estimated")",
+     "GPGLL,0000.00000000,N,18000.00000000,E,,D,E"},
+    {"Gsv", "GSV", R"("talker":"GP","total_sentences":1,"sentence_number":1,"satellites_in_view":2,"signal_id":8,
+        "satellites":[{"id":3,"elevation_deg":9,"azimuth_deg":111,"snr_dbhz":40},{"id":4}])",
+     "GPGSV,1,1,02,03,09,111,40,04,,,,,,,,,,,,8"},
+    {"Gsa", "GSA", R"("talker":"GN","operation_mode":"A","fix_type":"3d","satellite_ids":[80,7],"pdop":1.83,"system_id":2)",
+     "GNGSA,A,3,80,07,,,,,,,,,,,1.8,,,2"},
+    {"Rmc", "RMC", R"("talker":"GP","date":"2094-11-19","status":"rtk","mode":"rtk","magnetic_variation_deg":20.3,
+        "variation_direction":"W","speed_knots":0.5,"course_true_deg":54.7,"nav_status":"safe")",
+     "GPRMC,,R,,,,,0.500,54.70,191194,20.30,W,R,S"},
+    {"Vtg", "VTG", R"("talker":"GP","course_true_deg":54.7,"speed_knots":5.5,"mode":"manual")",
+     "GPVTG,54.70,T,,M,5.50,N,,K,M"},
+};
+// clang-format on
+
+class EncodedLine : public testing::TestWithParam<S_EncodedCase> {};
+TEST_P(EncodedLine, IsTheSentence) {
+  Host::C_LineEncoder encoder;
+  ASSERT_EQ(encoder.Encode(Line(GetParam().message, GetParam().fields)), t_Outcome::Encoded) << encoder.Reason();
+  EXPECT_EQ(encoder.Sentence(), Sentence(GetParam().body));
+}
+INSTANTIATE_TEST_SUITE_P(Sentences, EncodedLine, testing::ValuesIn(kEncoded), CaseName<S_EncodedCase>);
+
+struct S_OtherCase {
+  const char* name;
+  std::string line;
+  t_Outcome outcome;
+  const char* reason;  // the beginning
+};
+// A line of GGA, or of another sentence, with these members beside the talker.
+std::string With(std::string_view fields, std::string_view message = "GGA") {
+  return Line(message, fmt::format(R"("talker":"GP",{})", fields));
+}
+const t_Outcome kRefused = t_Outcome::Refused;
+const t_Outcome kSkipped = t_Outcome::Skipped;
+// clang-format off
+const S_OtherCase kOthers[] = {
+    {"Binary",            R"({"protocol":"bin","message":"BIN95","result":0,"fields":{}})",     kSkipped, "protocol: \"bin\""},
+    {"Event",             R"({"schema":1,"event":"skipped","offset":0})",                       kSkipped, "event: "},
+    {"NotDecoded",        R"({"protocol":"nmea","message":"HDT","result":null,"fields":{}})",   kSkipped, "result: null"},
+    {"DecodedWithError",  R"({"protocol":"nmea","message":"GGA","result":11,"fields":{}})",     kSkipped, "result: 11"},
+    {"NoJson",            "$GPGGA,,,,,,,,,,,,,,*56",                     kRefused, "is no JSON: wrong at character 1"},
+    {"CutOff",            R"({"protocol":"nmea")",                       kRefused, "is no JSON: wrong at character 19"},
+    {"NoUtf8",            "{\"protocol\":\"\xff\"}",                     kRefused, "is no JSON"},
+    {"DeeplyNested",      std::string(100000, '['),                      kRefused, "is no JSON"},
+    {"Array",             "[1]",                                         kRefused, "is no JSON object"},
+    {"LaterSchema",       R"({"schema":2,"protocol":"nmea"})",           kRefused, "schema: 2 is not 1"},
+    {"NoProtocol",        R"({"message":"GGA"})",                        kRefused, "protocol: is missing"},
+    {"NoMessage",         R"({"protocol":"nmea"})",                      kRefused, "message: null is none of GSV"},
+    {"UnknownMessage",    R"({"protocol":"nmea","message":"HDT","result":0})", kRefused, "message: \"HDT\" is none of GSV"},
+    {"EnvelopeOnly",      R"({"protocol":"nmea","message":"GGA"})",      kRefused, "fields: is missing"},
+    {"FieldsNull",        R"({"protocol":"nmea","message":"GGA","fields":null})", kRefused, "fields: null is no object"},
+    {"NoTalker",          Line("GGA", ""),                               kRefused, "fields: talker: is missing"},
+    {"TalkerNull",        Line("GGA", R"("talker":null)"),               kRefused, "fields: talker: is missing"},
+    {"TalkerInjected",    Line("GGA", R"("talker":"\r\n")"),             kRefused, "fields: talker: \"\\r\\n\" is not two"},
+    {"TalkerOfThree",     Line("GGA", R"("talker":"GPS")"),              kRefused, "fields: talker: \"GPS\" is not two"},
+    {"UnknownMember",     With(R"("hdopp":1)"),                          kRefused, "fields: \"hdopp\" is no member"},
+    {"NumberAsText",      With(R"("hdop":"1.0")"),                       kRefused, "fields: hdop: \"1.0\" is no number"},
+    {"NumberBeyondAll",   With(R"("hdop":1e999)"),                       kRefused, "a number in it is beyond"},
+    {"TooManyDigits",     With(R"("hdop":1e300)"),                       kRefused, "fields: the sentence would have"},
+    {"LatitudeBeyond",    With(R"("latitude_deg":90.0000001)"),          kRefused, "fields: latitude_deg: 90.0000001 is not from -90 to 90"},
+    {"LongitudeBeyond",   With(R"("longitude_deg":-180.5)"),             kRefused, "fields: longitude_deg: -180.5 is not from -180 to 180"},
+    {"LeapSecond",        With(R"("time_of_day_s":86400)"),              kRefused, "fields: time_of_day_s: 86400 is not from 0 to below 86400"},
+    {"SatellitesMarker",  With(R"("satellites":255)"),                   kRefused, "fields: satellites: 255 is not from 0 to 254"},
+    {"SatellitesHuge",    With(R"("satellites":18446744073709551615)"),  kRefused, "fields: satellites: 18446744073709551615 is not"},
+    {"SatellitesBelow",   With(R"("satellites":-1)"),                    kRefused, "fields: satellites: -1 is not from"},
+    {"SatellitesDecimal", With(R"("satellites":8.0)"),                   kRefused, "fields: satellites: 8.0 is no integer"},
+    {"QualityMarker",     With(R"("quality":10)"),                       kRefused, "fields: quality: 10 says nothing"},
+    {"QualityBeyond",     With(R"("quality":65536)"),                    kRefused, "fields: quality: 65536 is not from 0 to 65535"},
+    {"UnknownMode",       With(R"("mode":"fixed")", "VTG"),              kRefused, "fields: mode: \"fixed\" is none of \"not valid\", \"autonomous\""},
+    {"EmptyMode",         With(R"("mode":"")", "VTG"),                   kRefused, "fields: mode: \"\" is none of"},
+    {"SevenModes",        With(R"("modes":["rtk","rtk","rtk","rtk","rtk","rtk","rtk"])", "GNS"), kRefused, "fields: modes: 7 items, at most 6"},
+    {"ModesAsText",       With(R"("modes":"RR")", "GNS"),                kRefused, "fields: modes: \"RR\" is no array"},
+    {"BadSatellite",      With(R"("satellites":[{"id":3},{"id":256}])", "GSV"), kRefused, "fields: satellites: item 2: id: 256 is not"},
+    {"DateOfNoMonth",     With(R"("date":"2024-13-01")", "ZDA"),         kRefused, "fields: date: \"2024-13-01\" is no date"},
+    {"DateInWords",       With(R"("date":"4 July")", "ZDA"),             kRefused, "fields: date: \"4 July\" is no date"},
+    {"DateBefore2000",    With(R"("date":"1999-12-31")", "RMC"),         kRefused, "fields: date: \"1999-12-31\" is not in the years 2000 to 2099"},
+    {"FixTypeAsNumber",   With(R"("fix_type":3)", "GSA"),                kRefused, "fields: fix_type: 3 is none of \"none\", \"2d\", \"3d\""},
+};
+// clang-format on
+
+class OtherLine : public testing::TestWithParam<S_OtherCase> {};
+TEST_P(OtherLine, HasAReason) {
+  Host::C_LineEncoder encoder;
+  EXPECT_EQ(encoder.Encode(GetParam().line), GetParam().outcome);
+  EXPECT_THAT(encoder.Reason(), testing::StartsWith(GetParam().reason));
+}
+INSTANTIATE_TEST_SUITE_P(Lines, OtherLine, testing::ValuesIn(kOthers), CaseName<S_OtherCase>);
+
+TEST(LineEncoder, CountsModesLeftOut) {
+  Host::C_LineEncoder encoder;
+  for (const char* talker : {"GA", "GN", "GP"})
+    encoder.Encode(Line("GNS", fmt::format(R"("talker":"{}","modes":["rtk"])", talker)));
+  encoder.Encode(Line("GNS", R"("talker":"GP","modes":[])"));
+  EXPECT_EQ(encoder.ModesLeftOut(), 2U);
+}
+
+}  // namespace
