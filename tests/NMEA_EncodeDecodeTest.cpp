@@ -1,7 +1,9 @@
 #include "textproto/NMEA_EncodeDecode.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <sstream>
 #include <string>
 
 #include "tests/Cases.h"
@@ -192,6 +194,56 @@ TEST_P(Damaged, AnyByteAnywhere) {
                 !t_Nmea::ValidateNmeaCheckSum(ExactCopy(changed).Data(), static_cast<unsigned short>(changed.size())));
     }
   }
+}
+
+// Field `index` (0: the sentence id) replaced, and perhaps all fields behind it.
+std::string WithField(const std::string& text, int index, const std::string& field, const char* behind = nullptr) {
+  std::stringstream fields(text);
+  std::string changed;
+  std::string next;
+  for (int i = 0; std::getline(fields, next, ','); ++i) {
+    if (i > 0) changed += ',';
+    changed += i == index ? field : i > index && behind != nullptr ? behind : next;
+  }
+  return changed;
+}
+
+// In front of a field of more than 64 characters the decoding ends well, whatever that field and those behind it hold;
+// one of more than 511 ends the count of fields as well.
+TEST_P(Damaged, FieldTooLongForTheBuffers) {
+  constexpr int kLeast[] = {16, 14, 8, 9, 9, 19, 15, 11};  // fields, by position in kFullSentences
+  const auto row = std::find(std::begin(kFullSentences), std::end(kFullSentences), GetParam());
+  const int least = kLeast[row - std::begin(kFullSentences)];
+  const auto fields = static_cast<int>(std::count(GetParam().begin(), GetParam().end(), ',')) + 1;
+  t_Nmea nmea;
+  U_EcdDcdData first;
+  U_EcdDcdData second;
+  for (int i = 1; i < fields; ++i) {
+    EXPECT_EQ(NmeaDecode(nmea, NmeaSentence(WithField(GetParam(), i, std::string(65, '1'))), first), 0U) << i;
+    EXPECT_EQ(NmeaDecode(nmea, NmeaSentence(WithField(GetParam(), i, std::string(511, 'x'), "?")), second), 0U) << i;
+    EXPECT_EQ(std::memcmp(&first, &second, sizeof first), 0) << i;
+    EXPECT_EQ(NmeaDecode(nmea, NmeaSentence(WithField(GetParam(), i, std::string(512, '1'))), first),
+              i < least ? 11U : 0U)
+        << i;
+  }
+}
+
+// A number of exactly 64 characters is read to its end, though no NUL follows it in a buffer of that size.
+TEST_P(Damaged, FieldThatFillsTheBuffer) {
+  const auto fields = static_cast<int>(std::count(GetParam().begin(), GetParam().end(), ',')) + 1;
+  int read = 0;
+  t_Nmea nmea;
+  U_EcdDcdData padded;
+  U_EcdDcdData plain;
+  for (int i = 1; i < fields; ++i) {
+    const std::string padded64 = std::string(63, '0') + "7";
+    const bool isNumber = NmeaDecode(nmea, NmeaSentence(WithField(GetParam(), i, "7")), plain) == 0 &&
+                          NmeaDecode(nmea, NmeaSentence(WithField(GetParam(), i, padded64)), padded) == 0;
+    if (!isNumber) continue;
+    EXPECT_EQ(std::memcmp(&padded, &plain, sizeof padded), 0) << i;
+    ++read;
+  }
+  EXPECT_EQ(read > 0, NmeaType(GetParam()) != C_RawDataMessage::eNmeaGLL) << "GLL has times, angles and letters only";
 }
 
 // A failed decode leaves nothing to the next one.

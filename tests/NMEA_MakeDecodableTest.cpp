@@ -1,9 +1,12 @@
-// C_NMEA_EncodeDecode::MakeDecodable, and what comes back of a record that is encoded, made decodable and decoded.
+// C_NMEA_EncodeDecode::MakeDecodable, and what comes back of a record that is encoded, found in a stream, made
+// decodable and decoded.
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <random>
 #include <string>
 
+#include "framing/FrameRecognizer.h"
 #include "tests/Cases.h"
 #include "tests/GuardedPage.h"
 #include "tests/NmeaSentences.h"
@@ -95,7 +98,7 @@ TEST(MakeDecodable, EndsAtANulAndRefusesNull) {
   EXPECT_EQ(length, 77);
 }
 
-// --- Encode, make decodable, decode: the record comes back ---
+// --- Encode, recognize, make decodable, decode: the record comes back ---
 //
 // Over records whose values have the digits that are printed. Not among them is what the rules fold: the variation
 // direction of RMC; the age of GGA without a station; an empty operation mode or fix type of GSA, which is not decoded;
@@ -201,7 +204,19 @@ constexpr t_Type::eNMEA0183Messages TypeOf(const S_GSA_Data&) { return t_Type::e
 constexpr t_Type::eNMEA0183Messages TypeOf(const S_RMC_Data&) { return t_Type::eNmeaRMC; }
 constexpr t_Type::eNMEA0183Messages TypeOf(const S_VTG_Data&) { return t_Type::eNmeaVTG; }
 
+// What a recognizer delivers of the bytes: one frame, or none of a sentence that is longer than those of its type are.
+bool Recognize(C_FrameRecognizer& recognizer, const unsigned char* bytes, unsigned short length, t_Type& frame) {
+  auto result = recognizer.DoRecognition(bytes, length, frame);
+  while (result != eRecFrameComplete && result != eRecNoNewData) result = recognizer.DoRecognition(nullptr, 0, frame);
+  return result == eRecFrameComplete;
+}
+
 TYPED_TEST(RoundTrip, GivesTheRecordBack) {
+  const t_Type::eProtocols kNmeaOnly[] = {t_Type::eNMEA0183, t_Type::eAllProtocols};
+  C_FrameRecognizer recognizer(kNmeaOnly, eCircBufOvrflowDropOldest, false);
+  unsigned char buffer[2048];
+  t_Type frame(buffer, sizeof buffer);
+  int delivered = 0;
   RandomRecords random(20240605);
   t_Nmea nmea;
   for (int i = 0; i < 3000; ++i) {
@@ -213,10 +228,17 @@ TYPED_TEST(RoundTrip, GivesTheRecordBack) {
     unsigned short length;
     U_EcdDcdData data;
     ASSERT_EQ(nmea.Encode(&record, type, sentence, length), 0U) << NmeaLine(record);
+    if (Recognize(recognizer, sentence, length, frame)) {
+      ++delivered;
+      ASSERT_EQ(frame.messageType, type) << sentence;
+      std::copy(frame.data, frame.data + frame.length, sentence);
+      length = frame.length;
+    }
     ASSERT_EQ(t_Nmea::MakeDecodable(sentence, length, decodable, length), 0U) << sentence;
     ASSERT_EQ(nmea.Decode(decodable, length, type, data), 0U) << decodable;
     ASSERT_EQ(NmeaLine(type, data), NmeaLine(record)) << sentence;
   }
+  EXPECT_GT(delivered, 500);
 }
 
 }  // namespace
