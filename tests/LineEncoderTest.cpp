@@ -5,17 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "Cases.h"
+#include "NmeaSentences.h"
 
 namespace {
 
 using t_Outcome = Host::C_LineEncoder::eOutcome;
-
-// "$" + body + "*hh" CR LF.
-std::string Sentence(std::string_view body) {
-  unsigned int sum = 0;
-  for (const char c : body) sum ^= static_cast<unsigned char>(c);
-  return fmt::format("${}*{:02X}\r\n", body, sum);
-}
 
 std::string Line(std::string_view message, std::string_view fields) {
   return fmt::format(R"({{"protocol":"nmea","message":"{}","fields":{{{}}}}})", message, fields);
@@ -60,7 +54,7 @@ class EncodedLine : public testing::TestWithParam<S_EncodedCase> {};
 TEST_P(EncodedLine, IsTheSentence) {
   Host::C_LineEncoder encoder;
   ASSERT_EQ(encoder.Encode(Line(GetParam().message, GetParam().fields)), t_Outcome::Encoded) << encoder.Reason();
-  EXPECT_EQ(encoder.Sentence(), Sentence(GetParam().body));
+  EXPECT_EQ(encoder.Sentence(), NmeaSentence(std::string("$") + GetParam().body) + "\r\n");
 }
 INSTANTIATE_TEST_SUITE_P(Sentences, EncodedLine, testing::ValuesIn(kEncoded), CaseName<S_EncodedCase>);
 

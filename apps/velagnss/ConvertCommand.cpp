@@ -13,6 +13,7 @@
 #include "apps/velagnss/InputLoop.h"
 #include "apps/velagnss/Output.h"
 #include "apps/velagnss/RinexNav.h"
+#include "apps/velagnss/TrackConverter.h"
 
 namespace Host {
 namespace {
@@ -28,13 +29,25 @@ struct S_ConvertOptions {
 
 struct S_Format {
   std::string_view name;
-  std::string_view optionGroup;  // the heading above its own options in the help
+  std::string_view contents;     // for the help
+  std::string_view optionGroup;  // the heading above its own options in the help; empty when it has none
   std::unique_ptr<C_Converter> (*make)(const S_ConvertOptions& options);
 };
 
+template <std::unique_ptr<C_TrackFormat> (*Make)()>
+std::unique_ptr<C_Converter> Track(const S_ConvertOptions&) {
+  return MakeTrackConverter(Make());
+}
+
 // clang-format off
 constexpr S_Format kFormats[] = {
-    {"rinex-nav",  kRinexNavGroup,  [](const S_ConvertOptions& options) { return MakeRinexNav(options.rinexNav); }},
+    {"rinex-nav", "broadcast ephemerides, RINEX 3.05", kRinexNavGroup,
+     [](const S_ConvertOptions& options) { return MakeRinexNav(options.rinexNav); }},
+    {"nmea",      "the checked NMEA 0183 sentences",   "", [](const S_ConvertOptions&) { return MakeSentenceConverter(); }},
+    {"csv",       "a position per epoch, RFC 4180",    "", &Track<&MakeCsvTrack>},
+    {"gpx",       "the same, GPX 1.1",                 "", &Track<&MakeGpxTrack>},
+    {"kml",       "the same, KML 2.2",                 "", &Track<&MakeKmlTrack>},
+    {"geojson",   "the same, RFC 7946",                "", &Track<&MakeGeoJsonTrack>},
 };
 // clang-format on
 
@@ -50,9 +63,17 @@ std::string FormatNames() {
   return names;
 }
 
+std::string FormatHelp() {
+  std::string help = "what to write:\n";
+  for (const S_Format& format : kFormats) help += fmt::format("  {:<10} {}\n", format.name, format.contents);
+  return help +
+         "a position is that of GGA, else of GNS, RMC or GLL, in this order,\n"
+         "completed from the others of its epoch; without a fix there is none";
+}
+
 bool IsFormatGroup(std::string_view group) {
-  return std::any_of(std::begin(kFormats), std::end(kFormats),
-                     [group](const S_Format& format) { return format.optionGroup == group; });
+  return !group.empty() && std::any_of(std::begin(kFormats), std::end(kFormats),
+                                       [group](const S_Format& format) { return format.optionGroup == group; });
 }
 
 // Frames in, text of the format out.
@@ -133,7 +154,7 @@ class C_ConvertCommand : public C_Command {
 void C_ConvertCommand::Declare(CLI::App& app) {
   m_app = &app;
   DeclareStreamArguments(app, m_options.stream, m_options.input);
-  app.add_option("--to", m_options.format, "what to write, of:\n" + FormatNames())
+  app.add_option("--to", m_options.format, FormatHelp())
       ->option_text("FORMAT")
       ->required()
       ->check([](const std::string& name) -> std::string {
@@ -182,6 +203,8 @@ const S_CommandEntry kConvertCommand = {
     "convert",
     "The inputs in another program's format.\n\n"
     "Examples:\n"
+    "  velagnss convert --to gpx -o track.gpx session.bin                   where it went: gpx, kml, geojson, csv\n"
+    "  velagnss convert --to nmea session.bin > session.nmea                its sentences without the rest\n"
     "  velagnss convert --to rinex-nav -o brdc.rnx session.bin              ephemerides of all systems\n"
     "  velagnss convert --to rinex-nav --system glonass a.bin b.bin         of one, from two inputs\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_ConvertCommand>(); }};

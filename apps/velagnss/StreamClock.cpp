@@ -14,11 +14,11 @@ bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {
   return year >= 1980 && year <= 2100 && month >= 1 && month <= 12 && day >= 1 && day <= 31;
 }
 
-bool IsRealTime(double secondsOfDay) { return secondsOfDay >= 0 && secondsOfDay < kSecondsPerDay + 1; }
-
 bool IsVoid(eNmeaRmcStatus status) { return status >= eNmeaRmcNotValid; }
 
 }  // namespace
+
+bool C_StreamClock::IsTimeOfDay(double seconds) { return seconds >= 0 && seconds < kSecondsPerDay + 1; }
 
 void C_StreamClock::Note(C_RawDataMessage::eNMEA0183Messages type, const U_EcdDcdData& record) {
   switch (type) {
@@ -39,7 +39,7 @@ void C_StreamClock::Note(C_RawDataMessage::eNMEA0183Messages type, const U_EcdDc
 }
 
 void C_StreamClock::NoteTimeOfDay(double secondsOfDay) {
-  if (!IsRealTime(secondsOfDay)) return;
+  if (!IsTimeOfDay(secondsOfDay)) return;
   const double step = m_secondsOfDay ? secondsOfDay - *m_secondsOfDay : 0;
   if (step < -kSecondsPerDay / 2) ++m_day;  // over midnight
   if (step > kSecondsPerDay / 2) --m_day;   // a late sentence of the day before
@@ -48,7 +48,7 @@ void C_StreamClock::NoteTimeOfDay(double secondsOfDay) {
 
 void C_StreamClock::NoteDate(unsigned short year, unsigned char month, unsigned char day, double secondsOfDay) {
   NoteTimeOfDay(secondsOfDay);
-  if (!IsRealTime(secondsOfDay) || !IsRealDate(year, month, day)) return;
+  if (!IsTimeOfDay(secondsOfDay) || !IsRealDate(year, month, day)) return;
   const unsigned int mjd = C_GnssTime::GregorianToMJD(year, month, day);
   if (!m_mjdOfDay0) m_mjdOfDay0 = mjd - static_cast<unsigned int>(m_day);
   m_day = static_cast<int>(mjd - *m_mjdOfDay0);

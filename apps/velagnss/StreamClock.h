@@ -14,6 +14,9 @@ namespace Host {
 // receiver without a fix may send any date). Between dates the days are counted by the steps over midnight.
 class C_StreamClock {
  public:
+  // Whether a number of seconds can be a time of day: from 0 to the end of a leap second.
+  static bool IsTimeOfDay(double seconds);
+
   // What a sentence, decoded with result 0, tells of the time.
   void Note(C_RawDataMessage::eNMEA0183Messages type, const U_EcdDcdData& record);
 
@@ -22,6 +25,9 @@ class C_StreamClock {
 
   // The UTC of a value of `Seconds` as text: with its date once the stream has told one, else the time of day alone.
   C_TimeText Text(double seconds) const;
+
+  // Whether the stream has told a date.
+  bool KnowsDate() const { return m_mjdOfDay0.has_value(); }
 
   // The first date and time that came, as a GPS-style time for seeding a decoder. UTC is behind GPS time by the leap
   // seconds: nothing beside the half of 1024 weeks that a seed may be off.

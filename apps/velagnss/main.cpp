@@ -13,7 +13,6 @@
 #include "apps/velagnss/Diagnostics.h"
 #include "apps/velagnss/EncodeCommand.h"
 #include "apps/velagnss/ExitCodes.h"
-#include "apps/velagnss/GeoCommand.h"
 #include "apps/velagnss/Output.h"
 #include "apps/velagnss/Signals.h"
 #include "apps/velagnss/StatCommand.h"
@@ -27,7 +26,6 @@ const S_CommandEntry* const kCommands[] = {
     &kStatCommand,
     &kConvertCommand,
     &kEncodeCommand,
-    &kGeoCommand,
 };
 
 constexpr char kDescription[] =
@@ -35,13 +33,13 @@ constexpr char kDescription[] =
     "Examples:\n"
     "  velagnss decode session.bin                    every frame as a JSON object per line\n"
     "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
+    "  velagnss convert --to gpx session.bin          where it went, as a GPX track\n"
     "  velagnss convert --to rinex-nav session.bin    its ephemerides as a RINEX file\n"
     "  velagnss decode --help                         all that a command can do\n";
 
 constexpr char kFooter[] =
-    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, something left out\n"
-    "of a conversion, or a line of values that does not read, 2 wrong arguments, 3 an input failed,\n"
-    "4 the output failed, 128 + N ended by signal N.";
+    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, or something\n"
+    "left out of a conversion, 2 wrong arguments, 3 an input failed, 4 the output failed, 128 + N ended by signal N.";
 
 struct S_GlobalOptions {
   bool verbose = false;
