@@ -27,7 +27,7 @@ constexpr const char* kVtg = "$GPVTG,054.7,T,034.4,M,005.5,N,010.2,K,A";
 std::string WithChecksum(const char* text) {
   const C_NMEA_EncodeDecode nmea;
   char sentence[1024];
-  unsigned short length;
+  unsigned short length = 0;
   std::strcpy(sentence, text);
   nmea.MsgAdd_ChecksumCrLf(sentence, length);
   return {sentence, length};
@@ -57,7 +57,7 @@ BENCHMARK_CAPTURE(Decode, VTG, kVtg, t_Type::eNmeaVTG);
 void MakeDecodable(benchmark::State& state, const char* text) {
   const std::string sentence = WithChecksum(text);
   unsigned char out[1024];
-  unsigned short length;
+  unsigned short length = 0;
   for (auto _ : state) {
     C_NMEA_EncodeDecode::MakeDecodable(reinterpret_cast<const unsigned char*>(sentence.data()),
                                        static_cast<unsigned short>(sentence.size()), out, length);

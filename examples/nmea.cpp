@@ -19,7 +19,7 @@ void RaiseAntenna(C_NMEA_EncodeDecode& nmea, std::string sentence) {
 
   data.gga.altitude += 2.0;
   unsigned char out[1024];
-  unsigned short length;
+  unsigned short length = 0;
   if (nmea.Encode(&data.gga, C_RawDataMessage::eNmeaGGA, out, length) == 0)
     std::printf("%s", reinterpret_cast<const char*>(out));
 }
@@ -28,7 +28,7 @@ void RaiseAntenna(C_NMEA_EncodeDecode& nmea, std::string sentence) {
 void ReadOldRmc(C_NMEA_EncodeDecode& nmea, std::string sentence) {
   C_NMEA_EncodeDecode::U_EcdDcdData data;
   unsigned char decodable[1024];
-  unsigned short length;
+  unsigned short length = 0;
   std::printf("as it is: %u\n", nmea.Decode(Bytes(sentence), Length(sentence), C_RawDataMessage::eNmeaRMC, data));
   if (C_NMEA_EncodeDecode::MakeDecodable(Bytes(sentence), Length(sentence), decodable, length) != 0) return;
   const unsigned int result = nmea.Decode(decodable, length, C_RawDataMessage::eNmeaRMC, data);

@@ -19,8 +19,8 @@ constexpr C_CharSet kDecimalChars(" +-.0123456789DEde");
 // Steps that all text-to-number parsers share; `scan` converts. Out of line, because nearly all fields are plain digits
 // and never come here.
 template <class Value>
-[[gnu::noinline]] bool ParseStrictly(std::string_view text, const C_CharSet& allowed, std::size_t (*scan)(std::string_view, Value&),
-                   Value& value, bool allowEmpty) {
+[[gnu::noinline]] bool ParseStrictly(std::string_view text, const C_CharSet& allowed,
+                                     std::size_t (*scan)(std::string_view, Value&), Value& value, bool allowEmpty) {
   if (static_cast<unsigned short>(text.size()) == 0) {
     if (allowEmpty) value = 0;
     return allowEmpty;
@@ -33,7 +33,7 @@ template <class Value>
 // The wide parser's result in a narrower type; out of its range is a failure.
 template <class Wide, bool (*Parse)(std::string_view, Wide&, unsigned char), class Narrow>
 bool ParseNarrow(std::string_view text, Narrow& value, unsigned char allowEmpty) {
-  Wide wide;
+  Wide wide = 0;
   if (!Parse(text, wide, allowEmpty)) return false;
   if (wide < std::numeric_limits<Narrow>::min() || wide > std::numeric_limits<Narrow>::max()) return false;
   value = static_cast<Narrow>(wide);
@@ -57,7 +57,7 @@ std::string_view FieldView(const char* field) { return field == nullptr ? std::s
 // Two digits of a field, from `first` on
 template <class Value>
 bool ParsePair(std::string_view field, std::size_t first, Value& value) {
-  unsigned int pair;
+  unsigned int pair = 0;
   if (!UTIL::StrToU32(field.substr(first, 2), pair, 1)) return false;
   value = static_cast<Value>(pair);
   return true;
@@ -108,7 +108,7 @@ bool StrToDBL(const char* text, double& value, unsigned char allowEmpty) {
 }
 
 bool StrToS16(const char* text, short& value, unsigned char allowEmpty) {
-  int number;
+  int number = 0;
   if (StrToS32(text, number, allowEmpty)) return false;
   value = 0;
   return true;
@@ -174,9 +174,9 @@ bool ParseTimeOfDay(const char* field, unsigned int& hours, unsigned int& minute
 }
 
 bool ParseTimeOfDaySeconds(std::string_view field, double& secondsOfDay) {
-  unsigned int hours;
-  unsigned int minutes;
-  double seconds;
+  unsigned int hours = 0;
+  unsigned int minutes = 0;
+  double seconds = 0.0;
   secondsOfDay = 0.0;
   if (!ParseTimeOfDay(field, hours, minutes, seconds)) return false;
   secondsOfDay = IsNotAvailable(seconds) ? NA_DOUBLE : hours * 3600 + minutes * 60 + seconds;
@@ -196,8 +196,8 @@ bool ParseDegreesMinutes(std::string_view field, double& degrees) {
   if (field.empty()) return true;
   const std::size_t point = field.find('.');
   if (field.size() < kMinLength || point == std::string_view::npos || point <= kMinuteDigits) return false;
-  unsigned int wholeDegrees;
-  double minutes;
+  unsigned int wholeDegrees = 0;
+  double minutes = 0.0;
   if (!StrToU32(field.substr(0, point - kMinuteDigits), wholeDegrees, 1)) return false;
   if (!StrToDBL(field.substr(point - kMinuteDigits), minutes, 1)) return false;
   degrees = wholeDegrees + minutes / 60;

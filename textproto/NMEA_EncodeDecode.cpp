@@ -50,7 +50,7 @@ std::size_t FindCheckedStar(std::string_view sentence) {
     return std::string_view::npos;
   const unsigned int sum = XorOf(sentence.substr(1, star - 1));
   if (sentence[star + 1] == kHexDigits[sum >> 4] && sentence[star + 2] == kHexDigits[sum & 15]) return star;
-  unsigned int expected;  // digits in lower case, or a shorter number
+  unsigned int expected = 0;  // digits in lower case, or a shorter number
   const bool isNumber = NumberText::ScanHex32(sentence.substr(star + 1, kDigits), expected) != 0;
   return isNumber && expected == sum ? star : std::string_view::npos;
 }

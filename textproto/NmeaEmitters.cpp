@@ -50,9 +50,9 @@ unsigned int AppendTime(C_SentenceText& sentence, double notAvailable, double se
   if (leadingComma) field.Add(',');
   if (secondsOfDay == notAvailable) return sentence.Append(field);
   if (!(secondsOfDay >= 0 && secondsOfDay < kSecondsPerDay)) return eResultOutOfRange;
-  unsigned char hours;
-  unsigned char minutes;
-  double seconds;
+  unsigned char hours = 0;
+  unsigned char minutes = 0;
+  double seconds = 0.0;
   UTIL::SplitTimeOfDay(secondsOfDay, hours, minutes, seconds);
   AddPadded(field, hours, 2);
   AddPadded(field, minutes, 2);

@@ -33,20 +33,21 @@ using t_RuleOf = S_FieldRule<t_RecordOf<Member>>;
 // The member, or the rule's element of a member that is an array.
 template <auto Member, class Record>
 auto& ValueOf(Record& record, const S_FieldRule<std::remove_const_t<Record>>& rule) {
-  if constexpr (std::is_array_v<std::remove_reference_t<decltype(record.*Member)>>)
+  if constexpr (std::is_array_v<std::remove_reference_t<decltype(record.*Member)>>) {
     return (record.*Member)[rule.index];
-  else
+  } else {
     return record.*Member;
+  }
 }
 
 template <class Value>
-constexpr Value kMarker = Value{};
+inline constexpr Value kMarker = Value{};
 template <>
-constexpr double kMarker<double> = NA_DOUBLE;
+inline constexpr double kMarker<double> = NA_DOUBLE;
 template <>
-constexpr unsigned char kMarker<unsigned char> = NA_U8;
+inline constexpr unsigned char kMarker<unsigned char> = NA_U8;
 template <>
-constexpr unsigned short kMarker<unsigned short> = NA_U16;
+inline constexpr unsigned short kMarker<unsigned short> = NA_U16;
 
 constexpr unsigned int ResultOf(bool isRead) { return isRead ? eResultOk : eResultBadField; }
 
@@ -78,24 +79,27 @@ inline bool ReadNumber(std::string_view field, unsigned short marker, unsigned s
 }
 // In 16 bits on the wire
 inline bool ReadNumber(std::string_view field, unsigned int marker, unsigned int& value) {
-  unsigned short narrow;
+  unsigned short narrow = 0;
   const bool isRead = UTIL::ParseFieldU16(field, static_cast<unsigned short>(marker), narrow);
   value = narrow;
   return isRead;
 }
 
+// A number as printf takes it.
+constexpr double Printed(double value) { return value; }
+constexpr int Printed(int value) { return value; }
+constexpr int Printed(unsigned int value) { return static_cast<int>(value); }
+
 template <auto Member, const t_ValueOf<Member>& Marker>
 constexpr t_RuleOf<Member> Number(std::string_view format, unsigned char index = 0) {
   using t_Record = t_RecordOf<Member>;
   using t_Rule = S_FieldRule<t_Record>;
-  using t_Printed = std::conditional_t<std::is_same_v<t_ValueOf<Member>, double>, double, int>;
   t_Rule result;
   result.read = [](std::string_view field, const t_Rule& rule, t_Record& record) {
     return ResultOf(ReadNumber(field, Marker, ValueOf<Member>(record, rule)));
   };
   result.write = [](C_SentenceText& sentence, const t_Rule& rule, const t_Record& record) {
-    const auto value = static_cast<t_Printed>(ValueOf<Member>(record, rule));
-    return AppendValue(sentence, rule.format, static_cast<t_Printed>(Marker), value, true);
+    return AppendValue(sentence, rule.format, Printed(Marker), Printed(ValueOf<Member>(record, rule)), true);
   };
   result.format = C_PrintFormat(format);
   result.index = index;
@@ -116,7 +120,7 @@ constexpr t_RuleOf<Member> Time() {
   using t_Rule = S_FieldRule<t_Record>;
   t_Rule result;
   result.read = [](std::string_view field, const t_Rule&, t_Record& record) {
-    double secondsOfDay;
+    double secondsOfDay = 0.0;
     const bool isRead = UTIL::ParseTimeOfDaySeconds(field, secondsOfDay);
     if (isRead) record.*Member = secondsOfDay;
     return ResultOf(isRead);
@@ -133,9 +137,9 @@ constexpr S_FieldRule<Record> Date() {
   using t_Rule = S_FieldRule<Record>;
   t_Rule result;
   result.read = [](std::string_view field, const t_Rule&, Record& record) {
-    unsigned short year;
-    unsigned char month;
-    unsigned char day;
+    unsigned short year = 0;
+    unsigned char month = 0;
+    unsigned char day = 0;
     if (!UTIL::ParseDate(field, NA_U16, NA_U8, NA_U8, year, month, day)) return ResultOf(false);
     record.year = year;
     record.month = month;
@@ -160,7 +164,7 @@ constexpr t_RuleOf<Member> Angle() {
   using t_Rule = S_FieldRule<t_Record>;
   t_Rule result;
   result.read = [](std::string_view field, const t_Rule&, t_Record& record) {
-    double degrees;
+    double degrees = 0.0;
     const bool isRead = UTIL::ParseDegreesMinutes(field, degrees);
     if (isRead) record.*Member = degrees;
     return ResultOf(isRead);

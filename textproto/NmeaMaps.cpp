@@ -41,7 +41,7 @@ constexpr unsigned int kFixTypes[] = {kNoFixType, 0, 3, 3, 5, 6, kNoFixType, 8};
 // The first three characters and a NUL, as one number.
 std::uint32_t PackId(const char* id) {
   char bytes[4] = {id[0], id[1], id[2], '\0'};
-  std::uint32_t packed;
+  std::uint32_t packed = 0;
   std::memcpy(&packed, bytes, sizeof packed);
   return packed;
 }

@@ -43,12 +43,11 @@ unsigned int WriteModes(C_SentenceText& sentence, const S_FieldRule<S_GNS_Data>&
 
 // RMC: kept as a flag, and an empty field takes the longitude away: both of long standing.
 unsigned int ReadVariationDirection(std::string_view field, const S_FieldRule<S_RMC_Data>&, S_RMC_Data& record) {
-  if (field.empty())
+  if (field.empty()) {
     record.longitude = NA_DOUBLE;
-  else if (field == "W")
-    record.variationDirection = 0;
-  else if (field != "E")
-    record.variationDirection = 1;
+  } else if (field != "E") {
+    record.variationDirection = field == "W" ? 0 : 1;
+  }
   return eResultOk;
 }
 

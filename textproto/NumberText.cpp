@@ -79,8 +79,8 @@ bool ScanMagnitude(C_Reader& reader, bool& isNegative, unsigned long long& magni
 template <int Base, class Unsigned>
 std::size_t ScanUnsigned(std::string_view text, Unsigned& value) {
   C_Reader reader(text);
-  bool isNegative;
-  unsigned long long magnitude;
+  bool isNegative = false;
+  unsigned long long magnitude = 0;
   if (!ScanMagnitude<Base>(reader, isNegative, magnitude)) return 0;
   if (magnitude > std::numeric_limits<Unsigned>::max()) return 0;
   value = static_cast<Unsigned>(isNegative ? 0 - magnitude : magnitude);
@@ -90,8 +90,8 @@ std::size_t ScanUnsigned(std::string_view text, Unsigned& value) {
 template <class Signed>
 std::size_t ScanSigned(std::string_view text, Signed& value) {
   C_Reader reader(text);
-  bool isNegative;
-  unsigned long long magnitude;
+  bool isNegative = false;
+  unsigned long long magnitude = 0;
   if (!ScanMagnitude<10>(reader, isNegative, magnitude)) return 0;
   constexpr unsigned long long kMax = std::numeric_limits<Signed>::max();
   if (magnitude > kMax + (isNegative ? 1 : 0)) return 0;
@@ -180,7 +180,7 @@ bool ConvertShortDecimal(const S_Digits& digits, double& value) {
 bool ScanDecimal(C_Reader& reader, double& value) {
   const char* const first = reader.Here();
   S_Digits digits;
-  long long exponent;
+  long long exponent = 0;
   if (!ScanMantissa<10>(reader, digits) || !ScanExponent(reader, 'e', exponent)) return false;
   digits.exponent += exponent;
   if (ConvertShortDecimal(digits, value)) return true;
@@ -191,7 +191,7 @@ bool ScanDecimal(C_Reader& reader, double& value) {
 bool ScanHexadecimal(C_Reader& reader, double& value) {  // behind "0x"
   const char* const first = reader.Here();
   S_Digits digits;
-  long long exponent;
+  long long exponent = 0;
   if (!ScanMantissa<16>(reader, digits) || !ScanExponent(reader, 'p', exponent)) return false;
   const bool isSmall = digits.leading == 0 || 4 * (digits.count + digits.exponent) + exponent <= 0;
   return ConvertExactly(first, reader.Here(), std::chars_format::hex, isSmall, value);
@@ -210,8 +210,8 @@ bool ScanPositive(C_Reader& reader, double& value) {
   return true;
 }
 
-// value times 10^decimals, rounded to an integer, halves to even, as `%.f` rounds; false when it takes more than 64
-// bits.
+// value times 10^decimals, rounded to an integer, halves to even, as `%.f` rounds; false for numbers and decimals
+// beyond the usual.
 bool ScaleExactly(double magnitude, unsigned int decimals, std::uint64_t& scaled) {
   __extension__ using t_Wide = unsigned __int128;
   constexpr double kLimit = 1e9;  // times 10^8 that is below 2^63, a mantissa times 10^8 below 2^80
@@ -262,13 +262,12 @@ char* WriteScaled(char* out, std::uint64_t scaled, unsigned int decimals, std::s
 
 char* WriteWithLeadingZeros(char* out, std::string_view digits, std::size_t minLength) {
   for (; minLength > digits.size(); --minLength) *out++ = '0';
-  std::memcpy(out, digits.data(), digits.size());
-  return out + digits.size();
+  return out + digits.copy(out, digits.size());
 }
 
 char* WriteNonFinite(char* out, double value) {
-  std::memcpy(out, std::isnan(value) ? "nan" : "inf", 3);
-  return out + 3;
+  const std::string_view text = std::isnan(value) ? "nan" : "inf";
+  return out + text.copy(out, text.size());
 }
 
 }  // namespace
@@ -300,7 +299,7 @@ std::size_t ScanDouble(std::string_view text, double& value) {
   C_Reader reader(text);
   reader.SkipSpace();
   const bool isNegative = reader.SkipSign();
-  double magnitude;
+  double magnitude = 0.0;
   if (!ScanPositive(reader, magnitude)) return 0;
   value = isNegative ? -magnitude : magnitude;
   return reader.Used();
@@ -313,7 +312,7 @@ char* WriteFixed(char* out, double value, unsigned int decimals, unsigned int wi
     if (minLength > 0) --minLength;
   }
   const double magnitude = std::fabs(value);
-  std::uint64_t scaled;
+  std::uint64_t scaled = 0;
   if (ScaleExactly(magnitude, decimals, scaled)) return WriteScaled(out, scaled, decimals, minLength);
   if (!std::isfinite(value)) return WriteNonFinite(out, value);
   char digits[kMaxFixedLength + kMaxDecimals];

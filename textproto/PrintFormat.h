@@ -14,10 +14,11 @@ class C_FieldText {
   static constexpr std::size_t kCapacity = 1536;  // a sentence of the greatest length and the longest number behind it
 
   void Add(char c) {
-    if (m_length < kCapacity)
-      m_text[m_length++] = c;
-    else
+    if (m_length == kCapacity) {
       m_isTooLong = true;
+    } else {
+      m_text[m_length++] = c;
+    }
   }
   void Add(std::string_view text) {
     if (text.size() > Room()) {

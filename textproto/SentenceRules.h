@@ -21,8 +21,8 @@ struct S_FieldRule {
   // Appends the field; 0 or the code that ends the encoding. Null: the rule before wrote it.
   unsigned int (*write)(C_SentenceText& sentence, const S_FieldRule& rule, const Record& record) = nullptr;
   C_PrintFormat format{};         // of a number
-  unsigned char index = 0;        // into a member that is an array
   const char* letters = nullptr;  // that may stand in the field
+  unsigned char index = 0;        // into a member that is an array
   unsigned char moreThan = 0;     // the field is read only if the sentence has more fields than this
 };
 
