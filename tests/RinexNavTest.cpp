@@ -213,7 +213,8 @@ std::string RecordsOf(const std::string& file) {
 // tau_n 1000 * 2^-30 s = 9.313225746154785e-7 s, in the file with the other sign; gamma_n -3 * 2^-40.
 // x 2^25 * 2^-11 km = 16384 km, dx/dt -2^20 * 2^-20 km/s, ddx -1 * 2^-30 km/s^2.
 // B_n 4: unhealthy. M 1, P4 1, P3 0, P2 1, P1 2, P 3: 128 + 64 + 0 + 16 + 2 * 4 + 3 = 219. l_n 1: bit 2.
-std::string GlonassFrame(unsigned int slot = 7, unsigned int channelByte = 5 + 8, unsigned int day = 140) {
+std::string GlonassFrame(unsigned int slot = 7, unsigned int channelByte = 5 + 8, unsigned int day = 140,
+                         unsigned int interval = 8) {
   GlonassStrings strings;
   strings.Set(1, 77, 2, 2);
   strings.Set(1, 65, 12, 23 << 7 | 59 << 1 | 1);
@@ -236,7 +237,7 @@ std::string GlonassFrame(unsigned int slot = 7, unsigned int channelByte = 5 + 8
   strings.Set(4, 30, 4, 4);
   strings.Set(4, 16, 11, day);
   strings.Set(4, 9, 2, 1);
-  strings.Set(5, 32, 5, 8);
+  strings.Set(5, 32, 5, interval);
   return BinFrame(65, strings.Data(slot, channelByte));
 }
 constexpr char kGlonassText[] =
@@ -313,9 +314,10 @@ const S_HandCase kHandCases[] = {
     {"GpsWeekUnknown",          KeplerFrame(95, 5),                          "", 1, "(result 22); tell the time", ""},
     {"SbasWeekUnknown",         SbasFrame() + GlonassFrame(),                kGlonassText, 1, "(result 7); tell", ""},
     {"UnknownButNotWanted",     SbasFrame() + GlonassFrame(),                kGlonassText, 0, "", "--system glonass"},
-    {"GlonassSlot25",           GlonassFrame(25) + SbasFrame(),              kSbasText, 1, "1 ephemerides left out"},
+    {"GlonassSlot25",           GlonassFrame(25) + SbasFrame(),              kSbasText, 1, "ephemerides left out: 1; "},
     {"GlonassWithoutDay",       GlonassFrame(7, 13, 0) + SbasFrame(),        kSbasText, 1, "no date"},
     {"GpsPrn65",                KeplerFrame(95, 65) + SbasFrame(),           kSbasText, 1, "(result 8)"},
+    {"NewYear2101",             GlonassFrame(7, 13, 367, 27) + GlonassFrame(),  kGlonassText, 1, "1980 to 2100"},
     {"QzssPrn192",              KeplerFrame(25, 192) + SbasFrame(),          kSbasText, 1, "no number for qzss 192"},
     {"SbasPrn100",              SbasFrame(100) + SbasFrame(),                kSbasText, 1, "no number for sbas 100"},
     {"WeeksOfTheSeed",          SbasFrame(120, 2315 % 1024),                 kSbasText, 0, "", "--seed 2500:0"},

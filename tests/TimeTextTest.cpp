@@ -29,6 +29,8 @@ const S_TextCase kTexts[] = {
     {"Hundredths", C_TimeText::TimeOfDay(45296.78), "12:34:56.78"},
     {"Utc", C_TimeText::Utc(58849, 0.0), "2020-01-01T00:00:00Z"},
     {"BeforeTheEpoch", C_TimeText::Utc(44243, 0.0), ""},
+    {"CalendarEnds", C_TimeText::WeekTime(6312, 518400.0, ALGO::GNSS_GPS), ""},  // 1 January 2101
+    {"UtcCalendarEnds", C_TimeText::Utc(88434, 0.0), ""},
     {"NoSuchDate", C_TimeText::Date(2024, 13, 1), ""},
 };
 

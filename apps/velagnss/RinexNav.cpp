@@ -10,10 +10,10 @@
 #include <ctime>
 #include <map>
 #include <optional>
-#include <span>
+#include <set>
 #include <tuple>
+#include <utility>
 
-#include "apps/velagnss/Arguments.h"
 #include "apps/velagnss/Catalogue.h"
 #include "apps/velagnss/Diagnostics.h"
 #include "apps/velagnss/FrameJson.h"
@@ -102,8 +102,11 @@ std::optional<double> SbasHealth(const P& record) {
   return 0b01'1111 | (SbasAccuracyIndex(record) == kNoSbasAccuracy ? 0b10'0000 : 0);
 }
 
-// The place of the transmission time. It is no part of what is broadcast: repetitions differ in nothing else.
-constexpr std::nullptr_t kTransmission = nullptr;
+// The place of the transmission time, which is kept beside the contents: repetitions differ in nothing else.
+template <class Record>
+std::optional<double> Sent(const Record&) {
+  return std::nullopt;
+}
 
 // The numbers in the order of RINEX 3.05, appendix A: three behind the epoch, then lines of four.
 // clang-format off
@@ -115,17 +118,17 @@ constexpr t_Field<K> kKeplerFields[] = {  // tables "GPS/QZSS navigation message
     &Number<&K::I0>,      &Number<&K::Crc>,       &Number<&K::Omega>,    &Number<&K::OmegaDot>,
     &Number<&K::IDot>,    &Number<&K::CodeOnL2>,  &Number<&K::ToeWeek>,  &Number<&K::L2PDataFlag>,
     &KeplerAccuracy,      &Number<&K::SvHealth>,  &GroupDelay,           &Number<&K::Iodc>,
-    kTransmission,        &Number<&K::FitInterval>,  // GPS: hours, QZSS: the flag
+    &Sent<K>,             &Number<&K::FitInterval>,  // GPS: hours, QZSS: the flag
 };
 constexpr t_Field<P> kGlonassFields[] = {
-    &Negative<&P::TauN>,  &Number<&P::GammaN>,    kTransmission,
+    &Negative<&P::TauN>,  &Number<&P::GammaN>,    &Sent<P>,
     &Kilo<&P::PosX>,      &Kilo<&P::VelX>,        &Kilo<&P::AccX>,       &Number<&P::Health>,
     &Kilo<&P::PosY>,      &Kilo<&P::VelY>,        &Kilo<&P::AccY>,       &Channel,
     &Kilo<&P::PosZ>,      &Kilo<&P::VelZ>,        &Kilo<&P::AccZ>,       &Number<&P::En>,
     &StatusFlags,         &Number<&P::DeltaTauN>, &Number<&P::Ft>,       &HealthFlags,
 };
 constexpr t_Field<P> kSbasFields[] = {
-    &Number<&P::TauN>,    &Number<&P::GammaN>,    kTransmission,
+    &Number<&P::TauN>,    &Number<&P::GammaN>,    &Sent<P>,
     &Kilo<&P::PosX>,      &Kilo<&P::VelX>,        &Kilo<&P::AccX>,       &SbasHealth,
     &Kilo<&P::PosY>,      &Kilo<&P::VelY>,        &Kilo<&P::AccY>,       &SbasAccuracy,
     &Kilo<&P::PosZ>,      &Kilo<&P::VelZ>,        &Kilo<&P::AccZ>,       &Number<&P::Iod>,
@@ -133,63 +136,51 @@ constexpr t_Field<P> kSbasFields[] = {
 // clang-format on
 constexpr std::size_t kFieldsBesideEpoch = 3;
 constexpr std::size_t kFieldsPerLine = 4;
+constexpr std::size_t kKeplerSent = kFieldsBesideEpoch + 6 * kFieldsPerLine;  // the first one of the seventh line
+constexpr std::size_t kPvaSent = 2;                                           // the third one behind the epoch
 
-// One ephemeris, its order in the file, and what tells it from another one.
+// One ephemeris, with its order in the file and what tells it from another one.
 struct S_NavRecord {
   double epoch;        // s since 6 January 1980, in the time scale of the file
   std::size_t system;  // row of kSystems
-  int number;          // of the satellite in RINEX
+  int satellite;       // its number in RINEX
   std::vector<std::optional<double>> values;
+  double transmission;  // as it is printed
 
   friend bool operator<(const S_NavRecord& a, const S_NavRecord& b) {
-    return std::tie(a.epoch, a.system, a.number, a.values) < std::tie(b.epoch, b.system, b.number, b.values);
+    return std::tie(a.epoch, a.system, a.satellite, a.values) < std::tie(b.epoch, b.system, b.satellite, b.values);
   }
-};
-
-// What a record is made of; times as the file wants them.
-struct S_NavContents {
-  int satellite;
-  double epoch;
-  double transmission;
-  std::vector<std::optional<double>> values;
 };
 
 template <class Record, std::size_t N>
 std::vector<std::optional<double>> ValuesOf(const Record& record, const t_Field<Record> (&fields)[N]) {
   std::vector<std::optional<double>> values(N);
-  for (std::size_t i = 0; i < N; ++i)
-    if (fields[i] != kTransmission) values[i] = fields[i](record);
+  for (std::size_t i = 0; i < N; ++i) values[i] = fields[i](record);
   return values;
 }
 
 // The transmission time counts in the week that the record names, and may be below 0 or beyond its end.
-S_NavContents KeplerContents(const C_FrameDecoder& decoder) {
+S_NavRecord KeplerRecord(std::size_t system, const C_FrameDecoder& decoder) {
   const K& record = *decoder.KeplerEphemeris();
-  return {record.SvId, Seconds(record.TocWeek, record.Toc),
-          Seconds(record.TxWeek, record.TxTime) - Seconds(record.ToeWeek, 0), ValuesOf(record, kKeplerFields)};
+  const double epoch = Seconds(record.TocWeek, record.Toc);
+  const double transmission = Seconds(record.TxWeek, record.TxTime) - Seconds(record.ToeWeek, 0);
+  return {epoch, system, record.SvId, ValuesOf(record, kKeplerFields), transmission};
 }
 
 // Of the frame's time only the time of day is broadcast. Its day is the one nearest to the reference time, also around
 // midnight in Moscow, where `FrameTime` may lie a day or two off.
-S_NavContents GlonassContents(const C_FrameDecoder& decoder) {
+S_NavRecord GlonassRecord(std::size_t system, const C_FrameDecoder& decoder) {
   const P& record = *decoder.PvaEphemeris();
   const double epoch = Seconds(record.RefWeek, record.RefTime) - kMoscowOffset;
   const double frame = epoch + std::remainder(record.FrameTime - record.RefTime, kSecondsPerDay);
-  return {record.SvId, epoch, frame - WeekStart(frame), ValuesOf(record, kGlonassFields)};
+  return {epoch, system, record.SvId, ValuesOf(record, kGlonassFields), frame - WeekStart(frame)};
 }
 
-S_NavContents SbasContents(const C_FrameDecoder& decoder) {
+S_NavRecord SbasRecord(std::size_t system, const C_FrameDecoder& decoder) {
   const P& record = *decoder.PvaEphemeris();
   const double epoch = Seconds(record.RefWeek, record.RefTime);
-  return {record.SvId, epoch, Seconds(record.FrameWeek, record.FrameTime) - WeekStart(epoch),
-          ValuesOf(record, kSbasFields)};
-}
-
-template <class Field, std::size_t N>
-constexpr std::size_t TransmissionIn(const Field (&fields)[N]) {
-  std::size_t index = 0;
-  while (fields[index] != kTransmission) ++index;
-  return index;
+  const double transmission = Seconds(record.FrameWeek, record.FrameTime) - WeekStart(epoch);
+  return {epoch, system, record.SvId, ValuesOf(record, kSbasFields), transmission};
 }
 
 struct S_NavSystem {
@@ -199,33 +190,34 @@ struct S_NavSystem {
   unsigned int message;      // of the binary protocol
   int satelliteOffset;       // PRN of the satellite that would have the number 0
   std::size_t transmission;  // index of the transmission time
-  S_NavContents (*contentsOf)(const C_FrameDecoder& decoder);
+  S_NavRecord (*recordOf)(std::size_t system, const C_FrameDecoder& decoder);  // with the PRN as its satellite
 };
 
 // In the order of the file where epochs are equal.
 // clang-format off
 constexpr S_NavSystem kSystems[] = {
-    {"gps",      'G',  "G: GPS",           eBin95,    0,  TransmissionIn(kKeplerFields),   &KeplerContents},
-    {"glonass",  'R',  "R: GLONASS",       eBin65,    0,  TransmissionIn(kGlonassFields),  &GlonassContents},
-    {"qzss",     'J',  "J: QZSS",          eBin25,  192,  TransmissionIn(kKeplerFields),   &KeplerContents},
-    {"sbas",     'S',  "S: SBAS Payload",  eBin93,  100,  TransmissionIn(kSbasFields),     &SbasContents},
+    {"gps",      'G',  "G: GPS",           eBin95,    0,  kKeplerSent,  &KeplerRecord},
+    {"glonass",  'R',  "R: GLONASS",       eBin65,    0,  kPvaSent,     &GlonassRecord},
+    {"qzss",     'J',  "J: QZSS",          eBin25,  192,  kKeplerSent,  &KeplerRecord},
+    {"sbas",     'S',  "S: SBAS Payload",  eBin93,  100,  kPvaSent,     &SbasRecord},
 };
 // clang-format on
 constexpr std::size_t kNumSystems = std::size(kSystems);
 constexpr int kMaxNumber = 99;  // two digits
 
-std::size_t FindSystem(std::string_view name) {
-  const auto* const row = std::find_if(std::begin(kSystems), std::end(kSystems),
-                                       [name](const S_NavSystem& system) { return system.name == name; });
-  return static_cast<std::size_t>(row - kSystems);
+// The row with `value` in a column; `kNumSystems` when there is none.
+template <class Value>
+std::size_t FindSystem(Value S_NavSystem::*column, const Value& value) {
+  std::size_t row = 0;
+  while (row < kNumSystems && kSystems[row].*column != value) ++row;
+  return row;
 }
 
-std::size_t FindSystem(const C_RawDataMessage& frame) {
+std::size_t SystemNamed(std::string_view name) { return FindSystem(&S_NavSystem::name, name); }
+
+std::size_t SystemOf(const C_RawDataMessage& frame) {
   if (frame.protocol != C_RawDataMessage::eVelaBIN) return kNumSystems;
-  const auto* const row = std::find_if(std::begin(kSystems), std::end(kSystems), [&frame](const S_NavSystem& system) {
-    return system.message == frame.messageType;
-  });
-  return static_cast<std::size_t>(row - kSystems);
+  return FindSystem(&S_NavSystem::message, frame.messageType);
 }
 
 // --- Text ---
@@ -233,8 +225,8 @@ std::size_t FindSystem(const C_RawDataMessage& frame) {
 // D19.12 of Fortran with the first digit in front of the point; a zero has no sign.
 void AppendNumber(std::string& text, const std::optional<double>& value) {
   constexpr std::size_t kWidth = 19;
-  if (!value) return text.append(kWidth, ' '), void();
   const std::size_t start = text.size();
+  if (!value) return text.resize(start + kWidth, ' ');
   text += fmt::format("{:{}.12E}", *value + 0.0, kWidth);
   text[text.find('E', start)] = 'D';
 }
@@ -253,15 +245,15 @@ std::string EpochText(double epoch) {
   return text;
 }
 
-void AppendRecord(std::string& text, const S_NavRecord& record, double transmission) {
+void AppendRecord(std::string& text, const S_NavRecord& record) {
   const S_NavSystem& system = kSystems[record.system];
-  text += fmt::format("{}{:02} {}", system.letter, record.number, EpochText(record.epoch));
+  text += fmt::format("{}{:02} {}", system.letter, record.satellite, EpochText(record.epoch));
   for (std::size_t i = 0; i < record.values.size(); ++i) {
     if (i % kFieldsPerLine == kFieldsBesideEpoch) {
       EndLine(text);
       text += "    ";
     }
-    AppendNumber(text, i == system.transmission ? transmission : record.values[i]);
+    AppendNumber(text, i == system.transmission ? record.transmission : record.values[i]);
   }
   EndLine(text);
 }
@@ -293,7 +285,7 @@ std::string SystemNames() {
 
 std::string CheckSystems(const std::string& list) {
   for (const std::string_view item : SplitList(list))
-    if (FindSystem(item) == kNumSystems)
+    if (SystemNamed(item) == kNumSystems)
       return fmt::format("there is no system '{}'; known are: {}", item, SystemNames());
   return {};
 }
@@ -302,7 +294,7 @@ std::array<bool, kNumSystems> SelectSystems(const std::vector<std::string>& list
   std::array<bool, kNumSystems> selected{};
   if (lists.empty()) selected.fill(true);
   for (const std::string& list : lists)
-    for (const std::string_view item : SplitList(list)) selected[FindSystem(item)] = true;
+    for (const std::string_view item : SplitList(list)) selected[SystemNamed(item)] = true;
   return selected;
 }
 
@@ -314,6 +306,12 @@ bool LacksDate(const C_FrameDecoder& decoder) {
   const P* const record = decoder.PvaEphemeris();
   if (record == nullptr || record->System != ALGO::GNSS_GLONASS) return false;
   return record->N4 == 0 || record->Nt == 0 || record->Nt > kDaysInFourYears;
+}
+
+// What `C_GnssTime` has right dates for.
+bool IsInCalendar(double epoch) {
+  constexpr double kDaysTo2101 = 44190;  // from 6 January 1980 to 1 January 2101
+  return epoch >= 0 && epoch < kDaysTo2101 * kSecondsPerDay;
 }
 
 class C_RinexNav : public C_Converter {
@@ -335,7 +333,7 @@ class C_RinexNav : public C_Converter {
   const S_RinexNavOptions& m_options;
   std::array<bool, kNumSystems> m_isSelected;
   std::string m_input;
-  std::map<S_NavRecord, double> m_records;        // with the transmission time of the first one of equal records
+  std::set<S_NavRecord> m_records;                // of equal ones the first that came
   std::map<std::string, unsigned int> m_leftOut;  // ephemerides, by the reason
   std::string m_lastDate;                         // of the inputs' sentences, ISO 8601
 };
@@ -351,14 +349,15 @@ std::string Objection(const C_FrameDecoder& decoder) {
 }
 
 void C_RinexNav::Take(const S_DecodedFrame& decoded, std::string&) {
-  const std::size_t system = FindSystem(decoded.frame);
+  const std::size_t system = SystemOf(decoded.frame);
   if (system == kNumSystems || !m_isSelected[system]) return;
   if (const std::string reason = Objection(decoded.decoder); !reason.empty()) return LeaveOut(decoded, reason);
-  S_NavContents contents = kSystems[system].contentsOf(decoded.decoder);
-  const int number = contents.satellite - kSystems[system].satelliteOffset;
-  if (number < 1 || number > kMaxNumber)
-    return LeaveOut(decoded, fmt::format("RINEX has no number for {} {}", kSystems[system].name, contents.satellite));
-  m_records.try_emplace({contents.epoch, system, number, std::move(contents.values)}, contents.transmission);
+  S_NavRecord record = kSystems[system].recordOf(system, decoded.decoder);
+  if (!IsInCalendar(record.epoch)) return LeaveOut(decoded, "its date is not one from 1980 to 2100");
+  const int prn = std::exchange(record.satellite, record.satellite - kSystems[system].satelliteOffset);
+  if (record.satellite < 1 || record.satellite > kMaxNumber)
+    return LeaveOut(decoded, fmt::format("RINEX has no number for {} {}", kSystems[system].name, prn));
+  m_records.insert(std::move(record));
 }
 
 void C_RinexNav::LeaveOut(const S_DecodedFrame& decoded, const std::string& reason) {
@@ -374,28 +373,28 @@ void C_RinexNav::EndInput(const C_FrameDecoder& decoder, std::string&) {
 }
 
 eExitCode C_RinexNav::Finish(std::string& text) {
-  for (const auto& [reason, count] : m_leftOut) ReportError(fmt::format("{} ephemerides left out: {}", count, reason));
+  for (const auto& [reason, count] : m_leftOut) ReportError(fmt::format("ephemerides left out: {}; {}", count, reason));
   if (m_records.empty()) {
     ReportWarning("no ephemeris to write");
     return eExitData;
   }
   AppendHeader(text);
-  for (const auto& [record, transmission] : m_records) AppendRecord(text, record, transmission);
+  for (const S_NavRecord& record : m_records) AppendRecord(text, record);
   return m_leftOut.empty() ? eExitOk : eExitData;
 }
 
 // "20240518 220000 UTC".
 std::string C_RinexNav::RunDate() const {
   if (m_options.runDate == "now") return fmt::format("{:%Y%m%d %H%M%S} UTC", fmt::gmtime(std::time(nullptr)));
-  std::string date = m_lastDate.empty() ? EpochText(m_records.rbegin()->first.epoch) : m_lastDate;
+  std::string date = m_lastDate.empty() ? EpochText(m_records.rbegin()->epoch) : m_lastDate;
   std::erase_if(date, [](char c) { return c < '0' || c > '9'; });
   return fmt::format("{} {} UTC", date.substr(0, 8), date.substr(8, 6));
 }
 
 std::string_view C_RinexNav::Title() const {
-  const std::size_t first = m_records.begin()->first.system;
+  const std::size_t first = m_records.begin()->system;
   const bool isMixed = std::any_of(m_records.begin(), m_records.end(),
-                                   [first](const auto& record) { return record.first.system != first; });
+                                   [first](const S_NavRecord& record) { return record.system != first; });
   return isMixed ? "M: Mixed" : kSystems[first].title;
 }
 

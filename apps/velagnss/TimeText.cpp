@@ -72,6 +72,7 @@ C_TimeText C_TimeText::WeekTime(unsigned short week, double secOfWeek, ALGO::eGN
   const auto dayOfWeek = static_cast<unsigned int>(secOfWeek / kSecondsPerDay);
   const S_GregorianTime date = DateOf(week, dayOfWeek);
   C_TimeText text = Date(date.year, date.month, date.day);
+  if (text.IsEmpty()) return {};
   text.Append("T");
   text.Append(TimeOfDay(secOfWeek - dayOfWeek * kSecondsPerDay).Text());
   if (system == ALGO::GNSS_GLONASS) text.Append("+03:00");
@@ -84,6 +85,7 @@ C_TimeText C_TimeText::Utc(unsigned int mjd, double secondsOfDay) {
   const unsigned int days = mjd - kMjdOfGpsEpoch;
   const S_GregorianTime date = DateOf(static_cast<unsigned short>(days / 7), days % 7);
   C_TimeText text = Date(date.year, date.month, date.day);
+  if (text.IsEmpty()) return {};
   text.Append("T");
   text.Append(time.Text());
   text.Append("Z");
