@@ -130,7 +130,7 @@ unsigned int C_CircularBuffer::PeekNItems(void* dest, unsigned int n) {
   return count;
 }
 
-const void* C_CircularBuffer::PeekNthQueuedItem(unsigned int n) const {
+void* C_CircularBuffer::PeekNthQueuedItem(unsigned int n) const {
   if (n >= m_numItems) return nullptr;
   return Slot(Advanced(m_headIndex, n));
 }

@@ -62,8 +62,8 @@ class VELAGNSS_API C_CircularBuffer {
   // Copies up to `n` of the oldest items to `dest`, which must not be null, and returns how many. They stay queued.
   unsigned int PeekNItems(void* dest, unsigned int n);
 
-  // The slot of the n-th queued item (0 is the oldest); null when n >= NumItems().
-  const void* PeekNthQueuedItem(unsigned int n) const;
+  // The slot of the n-th queued item (0 is the oldest), where a host may also change it; null when n >= NumItems().
+  void* PeekNthQueuedItem(unsigned int n) const;
 
   // Copies the n-th queued item; false when there is none or `dest` is null.
   bool CopyNthQueuedItem(unsigned int n, void* dest) const;

@@ -124,4 +124,6 @@ VELAGNSS_API void SatBodyAxes(const C_Vector3& r, const C_Vector3& s, C_Vector3&
 
 }  // namespace ALGO
 
+using ALGO::S_LookAngles;  // a record, named like the other records
+
 #endif  // VELAGNSS_GEO_GEODESY_H
