@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "apps/velagnss/Diagnostics.h"
 #include "apps/velagnss/FrameJson.h"
@@ -14,6 +15,7 @@ namespace {
 constexpr double kGapFactor = 1.5;        // of the usual step
 constexpr std::size_t kMaxSteps = 10000;  // different lengths of steps that are told apart
 constexpr std::size_t kShortList = 10;
+constexpr double kDegreesPerRadian = 180 / std::numbers::pi;
 
 double Percent(std::uint64_t part, std::uint64_t whole) {
   return whole == 0 ? 0 : 100.0 * static_cast<double>(part) / static_cast<double>(whole);
@@ -23,6 +25,10 @@ template <class... Arguments>
 void Line(std::string& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
   fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
   text += '\n';
+}
+
+std::string NumberText(double value, int decimals) {
+  return std::isfinite(value) ? fmt::format("{:.{}f}", value, decimals) : "-";
 }
 
 void AppendRest(std::string& table, std::uint64_t count, std::size_t shown) {
@@ -64,6 +70,8 @@ void C_StreamReport::OnFrame(const C_RawDataMessage& frame, std::uint64_t offset
   ++entry.count;
   if (m_decoder.HasDataError()) ++entry.faults;
   m_epochs.Note(offset, m_decoder.Clock().Seconds());
+  if (const U_EcdDcdData* const sentence = m_decoder.Sentence())
+    m_position.Note(static_cast<C_RawDataMessage::eNMEA0183Messages>(frame.messageType), *sentence);
 }
 
 S_MessageCount& C_StreamReport::CountOf(const C_RawDataMessage& frame) {
@@ -122,6 +130,7 @@ void C_StreamReport::WriteJson(C_JsonWriter& json) const {
   json.EndObject();
   WriteJsonMessages(json);
   WriteJsonTime(json);
+  WriteJsonPosition(json);
   WriteJsonIntegrity(json);
   json.EndObject();
   json.EndLine();
@@ -169,6 +178,24 @@ void C_StreamReport::WriteJsonTime(C_JsonWriter& json) const {
   json.EndObject();
 }
 
+void C_StreamReport::WriteJsonPosition(C_JsonWriter& json) const {
+  json.Key("position");
+  const std::optional<S_PositionSummary> position = m_position.Summary();
+  if (!position) return json.Null();
+  json.BeginObject();
+  json.Key("fixes").Integer(position->fixes);
+  json.Key("latitude_deg").Number(position->latitude * kDegreesPerRadian);
+  json.Key("longitude_deg").Number(position->longitude * kDegreesPerRadian);
+  json.Key("height_m").Number(position->height);
+  json.Key("altitude_m").Number(position->altitude);
+  json.Key("spread_north_m").Number(position->spreadNorth);
+  json.Key("spread_east_m").Number(position->spreadEast);
+  json.Key("spread_up_m").Number(position->spreadUp);
+  json.Key("radius_50_m").Number(position->radius50);
+  json.Key("radius_95_m").Number(position->radius95);
+  json.EndObject();
+}
+
 void C_StreamReport::WriteJsonIntegrity(C_JsonWriter& json) const {
   json.Key("integrity").BeginObject();
   json.Key("checksum_errors").Integer(m_checksumErrors);
@@ -210,6 +237,7 @@ std::string C_StreamReport::Table(bool isLong) const {
   Line(table, "  {:<16}{:>14}", "skipped ranges", m_skipped.Count());
   AppendMessages(table);
   AppendTime(table, maxRows);
+  AppendPosition(table);
   AppendIntegrity(table, maxRows);
   return table;
 }
@@ -238,6 +266,20 @@ void C_StreamReport::AppendTime(std::string& table, std::size_t maxRows) const {
     Line(table, "  {:>14}  gap of {:.3f} s after {}", gap.offset, gap.to - gap.from, clock.Text(gap.from).Text());
   }
   AppendRest(table, gaps.Count(), shown);
+}
+
+void C_StreamReport::AppendPosition(std::string& table) const {
+  const std::optional<S_PositionSummary> position = m_position.Summary();
+  if (!position) return;
+  Line(table, "\n  fixes          {}", position->fixes);
+  Line(table, "  mean position  {} {} deg", NumberText(position->latitude * kDegreesPerRadian, 9),
+       NumberText(position->longitude * kDegreesPerRadian, 9));
+  Line(table, "  mean height    {} m above the ellipsoid, {} m above sea level", NumberText(position->height, 4),
+       NumberText(position->altitude, 4));
+  Line(table, "  spread         {} m north, {} m east, {} m up", NumberText(position->spreadNorth, 4),
+       NumberText(position->spreadEast, 4), NumberText(position->spreadUp, 4));
+  Line(table, "  within         {} m horizontally 50 % of the fixes, {} m 95 %", NumberText(position->radius50, 4),
+       NumberText(position->radius95, 4));
 }
 
 void C_StreamReport::AppendIntegrity(std::string& table, std::size_t maxRows) const {

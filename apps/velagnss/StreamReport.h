@@ -1,4 +1,4 @@
-// The account of one input: counts, integrity, times.
+// The account of one input: counts, integrity, times, positions.
 #ifndef VELAGNSS_APPS_STREAM_REPORT_H
 #define VELAGNSS_APPS_STREAM_REPORT_H
 
@@ -12,6 +12,7 @@
 #include "apps/velagnss/FrameDecoder.h"
 #include "apps/velagnss/FrameReader.h"
 #include "apps/velagnss/JsonWriter.h"
+#include "apps/velagnss/PositionSummary.h"
 
 namespace Host {
 
@@ -104,15 +105,18 @@ class C_StreamReport : public C_FrameSink {
   double RateOf(std::uint64_t count) const;
   void WriteJsonMessages(C_JsonWriter& json) const;
   void WriteJsonTime(C_JsonWriter& json) const;
+  void WriteJsonPosition(C_JsonWriter& json) const;
   void WriteJsonIntegrity(C_JsonWriter& json) const;
   void AppendMessages(std::string& table) const;
   void AppendTime(std::string& table, std::size_t maxRows) const;
+  void AppendPosition(std::string& table) const;
   void AppendIntegrity(std::string& table, std::size_t maxRows) const;
 
   std::string m_input;
   C_FrameDecoder m_decoder{std::nullopt};
   std::vector<S_MessageCount> m_messages;
   C_EpochSteps m_epochs;
+  C_PositionSummary m_position;
   C_BoundedList<S_FalseStart> m_falseStarts;
   C_BoundedList<S_SkippedRange> m_skipped;
   std::uint64_t m_checksumErrors = 0;

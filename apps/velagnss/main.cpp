@@ -13,6 +13,7 @@
 #include "apps/velagnss/Diagnostics.h"
 #include "apps/velagnss/EncodeCommand.h"
 #include "apps/velagnss/ExitCodes.h"
+#include "apps/velagnss/GeoCommand.h"
 #include "apps/velagnss/Output.h"
 #include "apps/velagnss/Signals.h"
 #include "apps/velagnss/StatCommand.h"
@@ -26,6 +27,7 @@ const S_CommandEntry* const kCommands[] = {
     &kStatCommand,
     &kConvertCommand,
     &kEncodeCommand,
+    &kGeoCommand,
 };
 
 constexpr char kDescription[] =
@@ -38,8 +40,9 @@ constexpr char kDescription[] =
     "  velagnss decode --help                         all that a command can do\n";
 
 constexpr char kFooter[] =
-    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, or something\n"
-    "left out of a conversion, 2 wrong arguments, 3 an input failed, 4 the output failed, 128 + N ended by signal N.";
+    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, something left out of a\n"
+    "conversion, or a line of values that does not read, 2 wrong arguments, 3 an input failed, 4 the output failed,\n"
+    "128 + N ended by signal N.";
 
 struct S_GlobalOptions {
   bool verbose = false;
