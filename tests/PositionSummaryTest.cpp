@@ -52,7 +52,7 @@ TEST_P(PositionSummary, IsThatOfTheOffsets) {
   EXPECT_NEAR(summary.latitude * kRadian, latitude, 1e-11);
   EXPECT_NEAR(std::remainder(summary.longitude * kRadian - longitude, 360) * std::cos(summary.latitude), 0, 1e-11);
   EXPECT_NEAR(summary.height, 100, 1e-6);
-  EXPECT_NEAR(summary.altitude, 53, 1e-4);  // of the altitudes: a metre aside on the horizon is higher
+  EXPECT_NEAR(summary.altitude, 53, 1e-4);  // a little more: straight ahead leads away from the Earth
   EXPECT_NEAR(summary.spreadNorth, std::sqrt(18.0 / 8), 1e-6);
   EXPECT_NEAR(summary.spreadEast, std::sqrt(32.0 / 8), 1e-6);
   EXPECT_NEAR(summary.spreadUp, std::sqrt(72.0 / 8), 1e-6);
@@ -88,12 +88,14 @@ TEST(PositionSummaryOfFew, OneFixHasNoSpread) {
 }
 
 // Their mean is the Earth's centre, where there is no horizon.
-TEST(PositionSummaryOfFew, OppositePlacesHaveNoSpread) {
+TEST(PositionSummaryOfFew, OppositePlacesHaveNoMean) {
   C_PositionSummary positions;
   positions.Add(0, 0, 0, 0);
   positions.Add(0, 180, 0, 0);
   const S_PositionSummary summary = *positions.Summary();
   EXPECT_EQ(summary.fixes, 2);
+  EXPECT_TRUE(std::isnan(summary.latitude) && std::isnan(summary.height));
+  EXPECT_TRUE(std::isnan(summary.spreadNorth) && std::isnan(summary.radius50));
 }
 
 struct S_SentenceCase {

@@ -12,6 +12,7 @@ namespace Host {
 namespace {
 
 constexpr double kRadiansPerDegree = std::numbers::pi / 180;
+constexpr double kLeastRadius = 500e3;     // m: a mean nearer to the Earth's centre has no place on the ellipsoid
 constexpr double kGreatestAltitude = 1e9;  // m: no receiver is beyond the Moon
 
 // Quality of GGA (NMEA 0183): single, differential, precise, RTK, RTK float. 6 is dead reckoning, 7 manual, 8
@@ -86,12 +87,12 @@ void C_PositionSummary::Keep(const C_Vector3& position) {
 
 std::optional<S_PositionSummary> C_PositionSummary::Summary() const {
   if (m_count == 0) return std::nullopt;
+  if (m_mean.Norm() < kLeastRadius) return S_PositionSummary{m_count, kNotKnown, kNotKnown, kNotKnown, m_meanAltitude};
   C_PointCoordinate mean(C_PointCoordinate::COORD_CARTESIAN, m_mean);
   mean.ConvertToAllInternal();
   const C_Vector3& geodetic = mean.Geodetic();
   S_PositionSummary summary{m_count, geodetic.X(), geodetic.Y(), m_hasHeight ? geodetic.Z() : kNotKnown,
                             m_meanAltitude};
-  if (!std::isfinite(geodetic.X()) || !std::isfinite(geodetic.Z())) return summary;
   std::array<double, 6> local{};
   ALGO::CovEcefToLocal(geodetic.X(), geodetic.Y(), geodetic.Z(), m_products.data(), local.data());
   const auto spread = [&](double squares) { return std::sqrt(std::max(squares, 0.0) / static_cast<double>(m_count)); };

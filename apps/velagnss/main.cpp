@@ -40,9 +40,9 @@ constexpr char kDescription[] =
     "  velagnss decode --help                         all that a command can do\n";
 
 constexpr char kFooter[] =
-    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, something left out of a\n"
-    "conversion, or a line of values that does not read, 2 wrong arguments, 3 an input failed, 4 the output failed,\n"
-    "128 + N ended by signal N.";
+    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, something left out\n"
+    "of a conversion, or a line of values that does not read, 2 wrong arguments, 3 an input failed,\n"
+    "4 the output failed, 128 + N ended by signal N.";
 
 struct S_GlobalOptions {
   bool verbose = false;
