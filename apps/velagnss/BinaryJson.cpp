@@ -122,11 +122,7 @@ class C_TimeWriter {
       : m_json(json), m_isResolved(source != eWeekSource::None), m_system(ALGO::eGNSSSystem{timeSystem}) {}
 
   void Write(const S_TimeNames& names, unsigned short week, double seconds) {
-    m_json.Key(names.week);
-    if (m_isResolved)
-      m_json.Integer(week);
-    else
-      m_json.Null();
+    m_json.Key(names.week).IntegerOrNull(m_isResolved ? std::optional(week) : std::nullopt);
     m_json.Key(names.seconds).Number(seconds);
     m_json.Key(names.date);
     const C_TimeText date = C_TimeText::WeekTime(week, seconds, m_system);

@@ -18,6 +18,7 @@ using eProtocols = C_RawDataMessage::eProtocols;
 enum class eNaming {
   Fixed,     // one message, or none that are numbered: the text alone
   Numbered,  // the text and the number
+  ByNumber,  // likewise, and the number alone will do
   Nmea,      // the sentence formatter
   Pkvn,      // the name behind "$PKVN,"
 };
@@ -32,9 +33,9 @@ struct S_ProtocolEntry {
 // clang-format off
 constexpr S_ProtocolEntry kProtocols[] = {  // by protocol number
     {C_RawDataMessage::eJROX,        "jrox",    eNaming::Fixed,    "JROX"},
-    {C_RawDataMessage::eRTCM3_x,     "rtcm3",   eNaming::Numbered, "RTCM"},
+    {C_RawDataMessage::eRTCM3_x,     "rtcm3",   eNaming::ByNumber, "RTCM"},
     {C_RawDataMessage::eNMEA0183,    "nmea",    eNaming::Nmea,     ""},
-    {C_RawDataMessage::eVelaBIN,     "bin",     eNaming::Numbered, "BIN"},
+    {C_RawDataMessage::eVelaBIN,     "bin",     eNaming::ByNumber, "BIN"},
     {C_RawDataMessage::ePKVN,        "pkvn",    eNaming::Pkvn,     ""},
     {C_RawDataMessage::eVelaRD,      "rd",      eNaming::Numbered, "RD"},
     {C_RawDataMessage::eJSITERECORD, "site",    eNaming::Fixed,    "JSITERECORD"},
@@ -107,7 +108,7 @@ C_MessageName::C_MessageName(eProtocols protocol, unsigned int messageType) {
   if (protocol >= kNumProtocols) return;
   const S_ProtocolEntry& entry = kProtocols[protocol];
   Append(entry.messageText);
-  if (entry.naming == eNaming::Numbered) AppendNumber(messageType);
+  if (entry.naming == eNaming::Numbered || entry.naming == eNaming::ByNumber) AppendNumber(messageType);
   if (messageType >= NumMessageTypes(protocol)) return;
   if (entry.naming == eNaming::Nmea) Append(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[messageType]);
   if (entry.naming == eNaming::Pkvn) Append(kPkvnNames[messageType]);
@@ -127,12 +128,13 @@ std::vector<S_MessageKey> FindMessages(std::string_view nameOrNumber) {
   unsigned int number = kNoMessageType;
   const char* const end = nameOrNumber.data() + nameOrNumber.size();
   const bool isNumber = std::from_chars(nameOrNumber.data(), end, number).ptr == end && !nameOrNumber.empty();
-  for (const S_ProtocolEntry& entry : kProtocols)
+  for (const S_ProtocolEntry& entry : kProtocols) {
     for (unsigned int type = 0; type < NumMessageTypes(entry.protocol); ++type) {
-      const bool isMeant = isNumber ? type == number && entry.naming == eNaming::Numbered && entry.name != "rd"
+      const bool isMeant = isNumber ? type == number && entry.naming == eNaming::ByNumber
                                     : EqualIgnoringCase(C_MessageName(entry.protocol, type).Text(), nameOrNumber);
       if (isMeant) found.push_back({entry.protocol, type});
     }
+  }
   return found;
 }
 

@@ -13,6 +13,11 @@ namespace Host {
 inline constexpr unsigned int kNumProtocols = C_RawDataMessage::eAllProtocols;
 inline constexpr unsigned int kNoMessageType = 0xFFFFFFFF;  // of protocols that number no messages
 
+// The number of a message; none where the protocol numbers no messages.
+inline std::optional<unsigned int> MessageNumber(unsigned int messageType) {
+  return messageType == kNoMessageType ? std::nullopt : std::optional(messageType);
+}
+
 // "nmea", "rtcm3", "bin", ...: lower case, one word.
 std::string_view ProtocolName(C_RawDataMessage::eProtocols protocol);
 

@@ -133,6 +133,7 @@ class C_DecodeCommand : public C_Command {
   int Decode(const std::vector<C_RawDataMessage::eProtocols>& search, const std::optional<C_GnssTime>& seed,
              const C_MessageFilter& filter);
   int Judge(const C_DecodeJob& job) const;
+  static void WarnOfNothing(const C_DecodeJob& job);
   std::optional<std::string> FillFilter(C_MessageFilter& filter) const;
 
   S_DecodeOptions m_options;
@@ -189,14 +190,21 @@ int C_DecodeCommand::Decode(const std::vector<C_RawDataMessage::eProtocols>& sea
   return inputCode != eExitOk ? inputCode : Judge(job);
 }
 
+void C_DecodeCommand::WarnOfNothing(const C_DecodeJob& job) {
+  if (job.FramesFound() > 0) {
+    ReportWarning(fmt::format("none of {} frames passed --proto and --msg", job.FramesFound()));
+  } else if (job.BytesRead() > 0) {
+    ReportNoFrame(job.BytesRead());
+  }
+}
+
 int C_DecodeCommand::Judge(const C_DecodeJob& job) const {
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", job.FramesFound(), job.FramesWritten(),
                            job.DataErrors()));
-  if (job.FramesFound() == 0 && job.BytesRead() > 0)
-    ReportNoFrame(job.BytesRead());
-  else if (job.FramesWritten() == 0 && job.FramesFound() > 0)
-    ReportWarning(fmt::format("none of {} frames passed --proto and --msg", job.FramesFound()));
-  if (job.FramesWritten() == 0) return eExitData;
+  if (job.FramesWritten() == 0) {
+    WarnOfNothing(job);
+    return eExitData;
+  }
   if (!m_options.strict || job.DataErrors() == 0) return eExitOk;
   ReportError(fmt::format("{} faults in the data; --events shows where", job.DataErrors()));
   return eExitData;

@@ -27,7 +27,7 @@ bool UseColour() {
   return use;
 }
 
-void WriteToError(std::string_view text) {
+void WriteToError(std::string_view text) noexcept {
   while (!text.empty()) {
     const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
     if (written <= 0) return;  // nobody is left to tell
@@ -55,14 +55,14 @@ void ReportDetail(std::string_view message) {
   if (g_verbosity == eVerbosity::Verbose) Report("", {}, message);
 }
 
+void ReportOutOfMemory() noexcept { WriteToError("velagnss: error: out of memory; try a smaller --read-size\n"); }
+
 std::string Printable(std::string_view text) {
   std::string printable;
   for (const char character : text) {
     const auto byte = static_cast<unsigned char>(character);
-    if (byte >= 0x20 && byte < 0x7F)
-      printable += character;
-    else
-      fmt::format_to(std::back_inserter(printable), "\\x{:02x}", byte);
+    const bool isPlain = byte >= 0x20 && byte < 0x7F;
+    printable += isPlain ? std::string(1, character) : fmt::format("\\x{:02x}", byte);
   }
   return printable;
 }

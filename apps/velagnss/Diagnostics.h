@@ -18,6 +18,7 @@ eVerbosity Verbosity();
 void ReportError(std::string_view message);    // always
 void ReportWarning(std::string_view message);  // unless quiet
 void ReportDetail(std::string_view message);   // only when verbose
+void ReportOutOfMemory() noexcept;             // without needing any
 
 // `text` fit for a terminal: control characters and bytes from 0x7F on as "\xNN".
 std::string Printable(std::string_view text);

@@ -29,11 +29,7 @@ constexpr S_ResultText kResultTexts[] = {
 };
 
 void WriteDecoded(C_JsonWriter& json, const C_FrameDecoder& decoder) {
-  json.Key("result");
-  if (decoder.Result())
-    json.Integer(*decoder.Result());
-  else
-    json.Null();
+  json.Key("result").IntegerOrNull(decoder.Result());
   if (decoder.Result().value_or(eResultOk) != eResultOk) json.Key("error").String(ResultText(*decoder.Result()));
   json.Key("decoded").String(kDepths[static_cast<std::size_t>(decoder.Depth())]);
   json.Key("fields");
@@ -72,11 +68,7 @@ void C_FrameJson::WriteFrame(const C_RawDataMessage& frame, std::uint64_t offset
   m_json.Key("length").Integer(frame.length);
   m_json.Key("protocol").String(ProtocolName(frame.protocol));
   m_json.Key("message").String(C_MessageName(frame.protocol, frame.messageType).Text());
-  m_json.Key("number");
-  if (frame.messageType == kNoMessageType)
-    m_json.Null();
-  else
-    m_json.Integer(frame.messageType);
+  m_json.Key("number").IntegerOrNull(MessageNumber(frame.messageType));
   if (decoder != nullptr) WriteDecoded(m_json, *decoder);
   if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});
   End();

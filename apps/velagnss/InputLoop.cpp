@@ -13,7 +13,8 @@ namespace Host {
 namespace {
 
 // False when reading failed.
-bool FeedAll(C_Input& input, std::span<unsigned char> buffer, C_Progress& progress, C_StreamJob& job) {
+bool FeedAll(C_Input& input, std::span<unsigned char> buffer, bool showProgress, C_StreamJob& job) {
+  C_Progress progress(showProgress, input.Name(), input.Size());
   std::uint64_t total = 0;
   while (job.WantsMore()) {
     if (input.WouldWait()) job.BeforeWait();
@@ -33,9 +34,8 @@ bool FeedAll(C_Input& input, std::span<unsigned char> buffer, C_Progress& progre
 bool RunInput(const std::string& name, std::span<unsigned char> buffer, bool showProgress, C_StreamJob& job) {
   C_Input input;
   if (!input.Open(name)) return false;
-  C_Progress progress(showProgress, input.Name(), input.Size());
   job.BeginInput(input.Name());
-  const bool isRead = FeedAll(input, buffer, progress, job);
+  const bool isRead = FeedAll(input, buffer, showProgress, job);
   job.EndInput();
   return isRead;
 }

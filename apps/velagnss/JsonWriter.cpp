@@ -38,10 +38,11 @@ void C_JsonWriter::String(std::string_view bytes) {
   m_buffer[m_size++] = '"';
   for (const char character : bytes) {
     const auto byte = static_cast<unsigned char>(character);
-    if (kEscapes[byte] == '\0')
+    if (kEscapes[byte] == '\0') {
       m_buffer[m_size++] = character;
-    else
+    } else {
       AppendEscape(byte);
+    }
   }
   m_buffer[m_size++] = '"';
 }

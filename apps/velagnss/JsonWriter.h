@@ -8,7 +8,7 @@
 #include <charconv>
 #include <concepts>
 #include <cstring>
-#include <limits>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -41,6 +41,13 @@ class C_JsonWriter {
     Separate(kNumberSize);
     m_size = static_cast<std::size_t>(
         std::to_chars(m_buffer.data() + m_size, m_buffer.data() + m_buffer.size(), value).ptr - m_buffer.data());
+  }
+
+  // null for a number that is not there.
+  template <std::integral Number>
+  void IntegerOrNull(const std::optional<Number>& value) {
+    if (!value) return Null();
+    Integer(*value);
   }
 
   // JSON knows neither NaN nor infinity: both are null.

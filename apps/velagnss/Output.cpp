@@ -38,19 +38,18 @@ bool MayGoOnWriting(int descriptor) {
 
 }  // namespace
 
-// A duplicate, so that closing it tells of a late loss and leaves the descriptor itself to the C library.
-C_Output::C_Output() : m_descriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) {
-  if (!m_descriptor.IsOpen()) Fail(errno);
-}
-
+// Of standard output a duplicate: closing it tells of a late loss, and leaves the descriptor itself to the C library.
 bool C_Output::Open(const std::string& name) {
-  if (name == "-") return !HasFailed();
-  m_name = name;
-  m_state = eState::Good;
-  m_descriptor = C_FileDescriptor(::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-  if (m_descriptor.IsOpen()) return true;
-  m_state = eState::Failed;
-  ReportError(fmt::format("{}: cannot be written: {}", name, std::strerror(errno)));
+  const bool isStandardOutput = name == "-";
+  m_name = isStandardOutput ? "standard output" : name;
+  m_descriptor =
+      C_FileDescriptor(isStandardOutput ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
+                                        : ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  if (m_descriptor.IsOpen()) {
+    m_state = eState::Good;
+    return true;
+  }
+  ReportError(fmt::format("{}: cannot be written: {}; {}", m_name, std::strerror(errno), Advice(errno)));
   return false;
 }
 

@@ -14,10 +14,7 @@ namespace Host {
 // nothing and returns false; the failure has been reported to the user by then, a reader that went away excepted.
 class C_Output {
  public:
-  // Standard output.
-  C_Output();
-
-  // Creates or empties `name`; "-" stays with standard output. False, reported, when that is not possible.
+  // Creates or empties `name`; "-" is standard output. False, reported, when that is not possible.
   bool Open(const std::string& name);
 
   // True when all of `text` has been taken by the operating system.
@@ -37,9 +34,9 @@ class C_Output {
   bool Fail(int error);
 
   C_FileDescriptor m_descriptor;
-  std::string m_name = "standard output";
+  std::string m_name;
   std::uint64_t m_written = 0;
-  eState m_state = eState::Good;
+  eState m_state = eState::Failed;  // until it is open
 };
 
 }  // namespace Host

@@ -22,6 +22,11 @@ void Handle(int signal) {
   errno = savedErrno;
 }
 
+bool IsIgnored(int signal) {
+  struct sigaction action {};
+  return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 }  // namespace
 
 void InstallSignalHandlers() {
@@ -29,8 +34,10 @@ void InstallSignalHandlers() {
   struct sigaction action {};
   action.sa_handler = &Handle;
   action.sa_flags = static_cast<int>(SA_RESETHAND);  // and no SA_RESTART: blocking calls return
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(signal, &action, nullptr);
-  for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
+  for (const int signal : {SIGINT, SIGTERM}) ::sigaction(signal, &action, nullptr);
+  if (!IsIgnored(SIGHUP)) ::sigaction(SIGHUP, &action, nullptr);
+  action.sa_handler = SIG_IGN;
+  for (const int signal : {SIGPIPE, SIGXFSZ}) ::sigaction(signal, &action, nullptr);
 }
 
 int SignalReceived() { return g_signal; }

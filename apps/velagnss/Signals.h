@@ -5,7 +5,8 @@
 namespace Host {
 
 // Notes the three signals from now on instead of dying by them, and ignores SIGPIPE and SIGXFSZ: a closed pipe and a
-// file at its size limit are told by the write that fails. A second signal of the same kind ends the program at once.
+// file at its size limit are told by the write that fails. A SIGHUP that the caller ignores (nohup) stays ignored. A
+// second signal of the same kind ends the program at once.
 void InstallSignalHandlers();
 
 // The signal that asked for the end, or 0.

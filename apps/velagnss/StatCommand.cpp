@@ -38,6 +38,7 @@ class C_StatJob : public C_StreamJob {
 
  private:
   void Show();
+  void ShowJson();
   void Judge();
 
   const S_StatOptions& m_options;
@@ -57,24 +58,26 @@ void C_StatJob::EndInput() {
 }
 
 void C_StatJob::Show() {
-  if (m_options.json) {
-    C_JsonWriter json;
-    m_report->WriteJson(json);
-    m_output.Write(json.Text());
-    return;
-  }
+  if (m_options.json) return ShowJson();
   const std::string table = m_report->Table(Verbosity() == eVerbosity::Verbose);
   m_output.Write(m_isFirst ? table : "\n" + table);
   m_isFirst = false;
 }
 
+void C_StatJob::ShowJson() {
+  C_JsonWriter json;
+  m_report->WriteJson(json);
+  m_output.Write(json.Text());
+}
+
 void C_StatJob::Judge() {
   if (m_report->FramesGood() == 0 && m_report->BytesRead() > 0)
-    ReportWarning("no frame recognised: check that this is a receiver's output and, for a serial port, its speed");
+    ReportWarning("no frame recognised: is this a receiver's output? For a serial port, check its speed");
   const bool isTooBad = m_report->BadPercent() > m_options.maxBadPercent;
-  if (isTooBad)
+  if (isTooBad) {
     ReportError(fmt::format("{:.2f} % of the frames are damaged, more than the {} % of --max-bad",
                             m_report->BadPercent(), m_options.maxBadPercent));
+  }
   m_isAllGood = m_isAllGood && !isTooBad && m_report->FramesGood() > 0;
 }
 
@@ -93,6 +96,7 @@ class C_StatCommand : public C_Command {
     const auto search = ParseSearchList(m_options.stream.search, m_options.stream.acknowledgements);
     if (!search) return ReportUsage("stat", "--search: unknown protocol; known are: " + ProtocolNames());
     C_Output output;
+    if (!output.Open("-")) return eExitOutput;
     m_options.input.showProgress = true;
     C_StatJob job(m_options, *search, output);
     const eExitCode inputCode = RunInputs(m_options.input, job);

@@ -142,11 +142,7 @@ void C_StreamReport::WriteJsonMessages(C_JsonWriter& json) const {
     json.BeginObject();
     json.Key("protocol").String(ProtocolName(entry.key.protocol));
     json.Key("message").String(C_MessageName(entry.key.protocol, entry.key.type).Text());
-    json.Key("number");
-    if (entry.key.type == kNoMessageType)
-      json.Null();
-    else
-      json.Integer(entry.key.type);
+    json.Key("number").IntegerOrNull(MessageNumber(entry.key.type));
     json.Key("count").Integer(entry.count);
     json.Key("faults").Integer(entry.faults);
     json.Key("per_second").Number(RateOf(entry.count));

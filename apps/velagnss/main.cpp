@@ -1,7 +1,6 @@
 // The host program: reads what a receiver sent and shows what is in it.
 #include <CLI/CLI.hpp>
 #include <memory>
-#include <new>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -63,6 +62,7 @@ class C_HelpFormatter : public CLI::Formatter {
 
 int ShowText(const std::string& text) {
   C_Output output;
+  if (!output.Open("-")) return eExitOutput;
   output.Write(text);
   return output.Close() || output.HasReaderLeft() ? eExitOk : eExitOutput;
 }
@@ -116,8 +116,8 @@ int main(int argc, char** argv) {
   try {
     const int code = RunProgram(argc, argv);
     return SignalReceived() != 0 ? kExitSignalBase + SignalReceived() : code;
-  } catch (const std::bad_alloc&) {
-    ReportError("out of memory; try a smaller --read-size");
+  } catch (...) {  // nothing throws but the allocation of memory
+    ReportOutOfMemory();
     return eExitInput;
   }
 }
