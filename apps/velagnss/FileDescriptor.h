@@ -29,6 +29,10 @@ class C_FileDescriptor {
   int m_descriptor = -1;
 };
 
+// Must come before any file is opened. A standard stream that the caller has closed would give its number to the next
+// file that is opened; it is taken here by one that fails when it is used.
+void OccupyStandardDescriptors();
+
 }  // namespace Host
 
 #endif  // VELAGNSS_APPS_FILE_DESCRIPTOR_H

@@ -71,8 +71,7 @@ void C_StatJob::ShowJson() {
 }
 
 void C_StatJob::Judge() {
-  if (m_report->FramesGood() == 0 && m_report->BytesRead() > 0)
-    ReportWarning("no frame recognised: is this a receiver's output? For a serial port, check its speed");
+  if (m_report->FramesGood() == 0 && m_report->BytesRead() > 0) ReportNoFrame(m_report->BytesRead());
   const bool isTooBad = m_report->BadPercent() > m_options.maxBadPercent;
   if (isTooBad) {
     ReportError(fmt::format("{:.2f} % of the frames are damaged, more than the {} % of --max-bad",

@@ -12,6 +12,7 @@
 #include "apps/velagnss/Diagnostics.h"
 #include "apps/velagnss/EncodeCommand.h"
 #include "apps/velagnss/ExitCodes.h"
+#include "apps/velagnss/FileDescriptor.h"
 #include "apps/velagnss/GeoCommand.h"
 #include "apps/velagnss/Output.h"
 #include "apps/velagnss/Signals.h"
@@ -112,6 +113,7 @@ int RunProgram(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  OccupyStandardDescriptors();
   InstallSignalHandlers();
   try {
     const int code = RunProgram(argc, argv);
