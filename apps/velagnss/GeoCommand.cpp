@@ -162,6 +162,7 @@ void C_GeoCalculation::DeclareFrom() {
 int C_GeoCalculation::Run() const {
   const S_GeoForm& form = *FindGeoForm(m_name, m_options.from);
   C_Output output;
+  if (!output.Open("-")) return eExitOutput;
   const bool readsLines = m_options.values.empty() || m_options.values == std::vector<std::string>{"-"};
   const int code = readsLines ? RunOnLines(form, output) : RunOnArguments(form, output);
   output.Close();
