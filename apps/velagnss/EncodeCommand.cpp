@@ -156,9 +156,9 @@ const S_CommandEntry kEncodeCommand = {
     "encode",
     "NMEA 0183 sentences out of JSON Lines as 'decode' writes them.\n\n"
     "Examples:\n"
-    "  velagnss decode session.bin | velagnss encode                     its GGA, GLL, GNS, GSA, GSV, RMC, VTG, ZDA\n"
-    "  velagnss decode a.bin | jq -c '.fields.hdop=1' | velagnss encode  changed on the way\n"
-    "  velagnss encode --strict -o out.nmea records.json                 nothing may be skipped\n",
+    "  velagnss decode session.bin | velagnss encode      its GGA, GLL, GNS, GSA, GSV, RMC, VTG and ZDA\n"
+    "  velagnss decode --msg GGA a.bin | jq -c '.fields.hdop = 1' | velagnss encode      changed on the way\n"
+    "  velagnss encode --strict -o out.nmea records.json  nothing may be skipped\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_EncodeCommand>(); }};
 
 }  // namespace Host

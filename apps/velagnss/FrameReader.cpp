@@ -20,7 +20,7 @@ std::uint64_t Growth(unsigned int now, unsigned int& last) {
 }  // namespace
 
 C_FrameReader::C_FrameReader(const C_RawDataMessage::eProtocols* protocols, C_FrameSink& sink)
-    : m_recognizer(protocols, static_cast<eCircBufOvrflowHandling>(2), true),
+    : m_recognizer(protocols, eCircBufOvrflowRejectNew, true),
       m_sink(sink),
       m_capacity(m_recognizer.GetMaxFrameLength() + kQueueSlack),
       m_buffer(m_recognizer.GetMaxFrameLength()),

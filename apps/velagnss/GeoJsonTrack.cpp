@@ -34,15 +34,15 @@ void AppendMember(std::string& text, std::string_view name, std::string_view val
 // after its points: a line, cut where it crosses the antimeridian (RFC 7946, 3.1.9).
 class C_GeoJsonTrack : public C_TrackFormat {
  public:
-  void Begin(std::string& text) override { text += "{\"type\":\"FeatureCollection\",\"features\":["; }
+  void Begin(std::string& text) override { text += "{\"type\":\"FeatureCollection\",\"features\":[\n"; }
   void BeginSegment(std::string& text) override;
   void Add(const S_TrackPoint& point, std::string& text) override;
   void EndSegment(std::string& text) override;
-  void End(std::string& text) override { text += "\n]}\n"; }
+  void End(std::string& text) override { text += "]}\n"; }
 
  private:
   void BeginFeature(std::string_view geometry, std::string& text);
-  void EndFeature(std::string& text) { text += "}}"; }
+  void EndFeature(std::string& text) { text += "}}\n"; }
   void AppendToLine(const S_TrackPoint& point);
   void CutLine(const S_TrackPoint& point);
 
@@ -55,7 +55,7 @@ class C_GeoJsonTrack : public C_TrackFormat {
 };
 
 void C_GeoJsonTrack::BeginFeature(std::string_view geometry, std::string& text) {
-  fmt::format_to(std::back_inserter(text), "{}\n{{\"type\":\"Feature\",\"geometry\":{{\"type\":\"{}\",\"coordinates\":",
+  fmt::format_to(std::back_inserter(text), "{}{{\"type\":\"Feature\",\"geometry\":{{\"type\":\"{}\",\"coordinates\":",
                  m_isFirstFeature ? "" : ",", geometry);
   m_isFirstFeature = false;
 }

@@ -18,7 +18,7 @@ constexpr C_RawDataMessage::eProtocols kSearch[] = {C_RawDataMessage::eNMEA0183,
 }  // namespace
 
 C_LineEncoder::C_LineEncoder()
-    : m_recognizer(kSearch, static_cast<eCircBufOvrflowHandling>(2), false),
+    : m_recognizer(kSearch, eCircBufOvrflowRejectNew, false),
       m_frameBuffer(m_recognizer.GetMaxFrameLength()),
       m_frame(m_frameBuffer.data(), static_cast<unsigned int>(m_frameBuffer.size())) {}
 

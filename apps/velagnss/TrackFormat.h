@@ -14,7 +14,7 @@
 namespace Host {
 
 // The calls come in this order: `Begin`; for each segment `BeginSegment`, `Add` for each point, `EndSegment`; `End`.
-// Each appends whole lines to `text`, which then is a valid document.
+// Each appends whole lines to `text`, or none; all of them together are a valid document.
 class C_TrackFormat {
  public:
   virtual ~C_TrackFormat() = default;
