@@ -16,7 +16,8 @@ int main() {
   while (const std::size_t count = std::fread(bytes, 1, sizeof bytes, stdin)) {
     auto result = recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), message);
     for (; result != eRecNoNewData; result = recognizer.DoRecognition(nullptr, 0, message)) {
-      if (result != eRecFrameComplete || !C_FrameRecognizer::IsAnNmeaGgaMsg(message.protocol, message.messageType)) continue;
+      if (result != eRecFrameComplete || !C_FrameRecognizer::IsAnNmeaGgaMsg(message.protocol, message.messageType))
+        continue;
       U_EcdDcdData record;
       if (nmea.Decode(message.data, message.length, C_RawDataMessage::eNmeaGGA, record) != 0) continue;
       if (!IsNotAvailable(record.gga.latitude)) std::printf("%.7f %.7f\n", record.gga.latitude, record.gga.longitude);

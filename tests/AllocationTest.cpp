@@ -59,9 +59,11 @@ class Host {
  public:
   Host() : m_recognizer(nullptr, eCircBufOvrflowDropOldest, true), m_binary(nullptr) {
     m_recognizer.SetPatientSearch(true);
-    m_recognizer.SetCallback([](void* host, eRecognitionResult result, C_RawDataMessage& message) {
-      if (result == eRecFrameComplete) static_cast<Host*>(host)->Decode(message);
-    }, this);
+    m_recognizer.SetCallback(
+        [](void* host, eRecognitionResult result, C_RawDataMessage& message) {
+          if (result == eRecFrameComplete) static_cast<Host*>(host)->Decode(message);
+        },
+        this);
   }
 
   void Run(const std::string& stream) {
@@ -126,10 +128,11 @@ class Host {
 TEST(Allocation, NothingAfterConstruction) {
   const std::string stream =
       Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") +
-      Sentence("GNGSA,A,3,01,02,03,,,,,,,,,,1.5,0.9,1.2,1") + Sentence("GPRMC,123519,A,4807.038,N,01131.000,E,0.1,84.4,230394,3.1,W") +
-      RtcmFrame(RtcmPayload(1005, 19)) + BinFrame(97, std::string(28, 'a')) + "\r\n" +
-      BinFrame(93, std::string(56, '\1')) + "\r\n" + Sentence("PKVN,HPR,123519.00,271.5,-1.25,0.5,N") +
-      "$RD1,1000.0,3,1575.42,0,12-34,45.5,1,2,F,F,1,F\r\n" + "$JROX," + Packed("abcdef") + "\r\n" + "$>JI,";
+      Sentence("GNGSA,A,3,01,02,03,,,,,,,,,,1.5,0.9,1.2,1") +
+      Sentence("GPRMC,123519,A,4807.038,N,01131.000,E,0.1,84.4,230394,3.1,W") + RtcmFrame(RtcmPayload(1005, 19)) +
+      BinFrame(97, std::string(28, 'a')) + "\r\n" + BinFrame(93, std::string(56, '\1')) + "\r\n" +
+      Sentence("PKVN,HPR,123519.00,271.5,-1.25,0.5,N") + "$RD1,1000.0,3,1575.42,0,12-34,45.5,1,2,F,F,1,F\r\n" +
+      "$JROX," + Packed("abcdef") + "\r\n" + "$>JI,";
   Host host;
   const std::size_t before = allocations;
   for (int round = 0; round < 30; ++round) host.Run(stream);  // at every place in the ring

@@ -23,11 +23,7 @@ namespace {
 using namespace Host;
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand,
-    &kStatCommand,
-    &kConvertCommand,
-    &kEncodeCommand,
-    &kGeoCommand,
+    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kEncodeCommand, &kGeoCommand,
 };
 
 constexpr char kDescription[] =
