@@ -25,7 +25,8 @@ constexpr double kSecondsPerDay = 86400;
 constexpr double kSecondsPerWeek = 7 * kSecondsPerDay;
 constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
 constexpr unsigned int kLastMjd = 88433;        // 31 December 2100: the last day that C_GnssTime counts right
-constexpr double kLastWeek = (kLastMjd - kMjdOfGpsEpoch) / 7;
+constexpr unsigned int kWholeWeeks = (kLastMjd - kMjdOfGpsEpoch) / 7;
+constexpr double kLastWeek = kWholeWeeks;
 
 // Nearer than this to the Earth's centre the conversion to geodetic coordinates means nothing (geo/Geodesy.h).
 constexpr double kLeastRadius = 500e3;  // m
