@@ -13,6 +13,9 @@
 
 namespace {
 
+// On standard output, whatever becomes of it there.
+void Report(const char* message) { static_cast<void>(std::fputs(message, stdout)); }
+
 constexpr std::uint64_t kMaxHeapElements = 0xFFFFFFF;
 constexpr unsigned int kMaxHeapRows = 0x1FFFFFFF;
 
@@ -273,7 +276,7 @@ unsigned int C_Matrix::QuickInvMat(double* block, unsigned int n, double thresho
     const double pivot = pivotRow[k];
     determinant *= pivot;
     if (!(std::fabs(determinant) > threshold)) {
-      std::fputs(kQuickInvMatSingular, stdout);
+      Report(kQuickInvMatSingular);
       return 0;
     }
     pivotRow[k] = 1.0;
@@ -320,7 +323,7 @@ void C_Matrix::ChoosePivot(unsigned int k, const double* scale) {
     bestRatio = ratio;
     best = i;
   }
-  if (bestRatio == 0.0) std::fputs(kNoPivot, stdout);
+  if (bestRatio == 0.0) Report(kNoPivot);
   std::swap(m_pivot[k], m_pivot[best]);
 }
 
@@ -344,7 +347,7 @@ void C_Matrix::SolveForIdentity() {
 unsigned int C_Matrix::SymInv() {
   if (m_data == nullptr || m_rows != m_cols) return 0;
   if (!CholeskyFactor(m_rowTable, m_rows)) {
-    std::fputs(kSymInvSingular, stdout);
+    Report(kSymInvSingular);
     return 0;
   }
   InvertUpperTriangle(m_rowTable, m_rows);
