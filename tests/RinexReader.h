@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/CLocale.h"
+
 struct RinexNumber {
   double value;
   double unit;  // of the last digit
@@ -74,6 +76,7 @@ class RinexReader {
     ASSERT_EQ(text[15], 'D') << m_line;
     text[15] = 'E';
     char* end = nullptr;
+    const CLocale pointIsPoint;
     const double value = std::strtod(text.c_str(), &end);
     EXPECT_EQ(*end, '\0') << m_line;
     record.values.push_back(RinexNumber{value, std::pow(10, std::atoi(text.c_str() + 16) - 12)});

@@ -4,6 +4,7 @@
 
 #include <regex>
 
+#include "CLocale.h"
 #include "Cases.h"
 #include "HostData.h"
 #include "NmeaSentences.h"
@@ -119,6 +120,7 @@ TEST_F(Tracks, OfTheSessionAreWhatWasSent) {
     EXPECT_EQ(fields[1], fmt::format("2024-05-{}T{:02}:{:02}:{:02}Z", second > 43200 ? 18 : 19, second / 3600,
                                      second / 60 % 60, second % 60));
     constexpr double kUnit = 1e-7 / 60;  // degrees
+    const CLocale pointIsPoint;
     EXPECT_NEAR(std::stod(fields[2]), sent.at("latitude").get<double>() * kUnit, 0.6e-9);
     EXPECT_NEAR(std::stod(fields[3]), sent.at("longitude").get<double>() * kUnit, 0.6e-9);
     EXPECT_DOUBLE_EQ(std::stod(fields[4]), sent.at("altitude").get<double>() / 1000);
