@@ -8,7 +8,7 @@
 
 #include "framing/RecognizerTables.h"
 #include "textproto/NMEA_EncodeDecode.h"
-#include "textproto/VelaPKVN_Messages.h"
+#include "textproto/PkvnNames.h"
 
 namespace {
 
@@ -68,25 +68,21 @@ constexpr S_FrameLengths kNmeaLengths[] = {
 // The row is the version, the digit behind "$RD". No body is short enough for version 0: it is always rejected.
 constexpr S_FrameLengths kRdLengths[] = {{0, 0}, {37, 80}};
 
-struct S_PkvnRow {
-  std::string_view name;
-  S_FrameLengths lengths;
-};
-
 // The row is the message type.
-constexpr S_PkvnRow kPkvnRows[] = {
-    {"RAW",         {18, 2048}},
-    {"ATTSTAT",     {38,  179}},
-    {"GBS",         {25,  100}},
-    {"HPR",         {25,   70}},
-    {"BLV",         {20,  100}},
-    {"FVI",         {40,  255}},
-    {"RTKSTAT",     {60,  190}},
-    {"VCT",         {20,   90}},
-    {"INTLT",       {19,   33}},
-    {"TEMPERATURE", {19,   35}},
-    {"ARN_ROUTER",  {30,  255}},
+constexpr S_FrameLengths kPkvnLengths[] = {
+    {18, 2048},  // RAW
+    {38,  179},  // ATTSTAT
+    {25,  100},  // GBS
+    {25,   70},  // HPR
+    {20,  100},  // BLV
+    {40,  255},  // FVI
+    {60,  190},  // RTKSTAT
+    {20,   90},  // VCT
+    {19,   33},  // INTLT
+    {19,   35},  // TEMPERATURE
+    {30,  255},  // ARN_ROUTER
 };
+static_assert(std::size(kPkvnLengths) == std::size(PkvnSentences::kNames));
 
 struct S_BlockRow {
   unsigned short block;
@@ -268,19 +264,15 @@ bool C_FrameRecognizer::GetVelaBINFrameParameters() {
   return Expect(block, {frameLength, frameLength});
 }
 
-// "$PKVN,HPR,": the name reaches to the next comma; a NUL would end it too.
+// "$PKVN,HPR,": of the packed sentence the body is another one.
 bool C_FrameRecognizer::GetPKvnFrameParameters() {
-  constexpr std::string_view kPrefix = "$PKVN,";
-  constexpr unsigned int kHeld = 18;
-  if (!BeginsWith(kPrefix, kHeld)) return false;
-  std::string_view name(reinterpret_cast<const char*>(FrameBytes(kHeld)) + kPrefix.size(), kHeld - kPrefix.size());
-  name = name.substr(0, name.find_first_of(std::string_view(",\0", 2)));
-  for (unsigned int type = 0; type < std::size(kPkvnRows); ++type) {
-    if (name != kPkvnRows[type].name) continue;
-    if (type == VelaPKVN_Messages::ePkvnRAW) m_body = ePkvnRawBody;
-    return Expect(type, kPkvnRows[type].lengths);
-  }
-  return false;
+  constexpr std::size_t kHeld = 18;
+  if (!BeginsWith(PkvnSentences::kPrefix, kHeld)) return false;
+  const std::string_view held(reinterpret_cast<const char*>(FrameBytes(kHeld)), kHeld);
+  const auto type = PkvnSentences::TypeOf(PkvnSentences::NameIn(held.substr(PkvnSentences::kPrefix.size())));
+  if (type == VelaPKVN_Messages::ePkvnUnknown) return false;
+  if (type == VelaPKVN_Messages::ePkvnRAW) m_body = ePkvnRawBody;
+  return Expect(type, kPkvnLengths[type]);
 }
 
 // "$RD1,": one digit, because the comma stands behind it.

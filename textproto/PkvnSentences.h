@@ -10,6 +10,7 @@
 #include "geo/NotAvailable.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldParsers.h"
+#include "textproto/PkvnNames.h"
 #include "textproto/SentenceFields.h"
 #include "textproto/VelaPKVN_Messages.h"
 
@@ -195,17 +196,17 @@ inline constexpr S_FieldRule<S_PKvnARN> kArnRules[] = {
     {13, 1, Number<&S_PKvnARN::field13>},
 };
 
-//                                                          name        fields  rules              to the end  kept
-inline constexpr S_Sentence<S_PKvnAttStat> kAttStat         = {"ATTSTAT",     19, kAttStatRules,     true,       false};
-inline constexpr S_Sentence<S_PKvnGbs> kGbs                 = {"GBS",         14, kGbsRules,         false,      false};
-inline constexpr S_Sentence<S_PKvnHpr> kHpr                 = {"HPR",          8, kHprRules,         false,      false};
-inline constexpr S_Sentence<S_PKvnBlv> kBlv                 = {"BLV",         12, kBlvRules,         false,      false};
-inline constexpr S_Sentence<S_PKvnFvi> kFvi                 = {"FVI",         32, kFviRules,         false,      false};
-inline constexpr S_Sentence<S_PKvnRtkStat> kRtkStat         = {"RTKSTAT",     20, kRtkStatRules,     false,      false};
-inline constexpr S_Sentence<S_PKvnVct> kVct                 = {"VCT",         13, kVctRules,         false,      false};
-inline constexpr S_Sentence<S_PKvnINTLT> kIntlt             = {"INTLT",        4, kIntltRules,       false,      false};
-inline constexpr S_Sentence<S_PKvnTEMPERATURE> kTemperature = {"TEMPERATURE",  4, kTemperatureRules, false,      true};
-inline constexpr S_Sentence<S_PKvnARN> kArn                 = {"ARN_ROUTER",   4, kArnRules,         false,      false};
+//                                                            name                 fields             to the end  kept
+inline constexpr S_Sentence<S_PKvnAttStat> kAttStat         = {kNames[ePkvnATTSTAT],     19, kAttStatRules,     true,  false};
+inline constexpr S_Sentence<S_PKvnGbs> kGbs                 = {kNames[ePkvnGBS],         14, kGbsRules,         false, false};
+inline constexpr S_Sentence<S_PKvnHpr> kHpr                 = {kNames[ePkvnHPR],          8, kHprRules,         false, false};
+inline constexpr S_Sentence<S_PKvnBlv> kBlv                 = {kNames[ePkvnBLV],         12, kBlvRules,         false, false};
+inline constexpr S_Sentence<S_PKvnFvi> kFvi                 = {kNames[ePkvnFVI],         32, kFviRules,         false, false};
+inline constexpr S_Sentence<S_PKvnRtkStat> kRtkStat         = {kNames[ePkvnRTKSTAT],     20, kRtkStatRules,     false, false};
+inline constexpr S_Sentence<S_PKvnVct> kVct                 = {kNames[ePkvnVCT],         13, kVctRules,         false, false};
+inline constexpr S_Sentence<S_PKvnINTLT> kIntlt             = {kNames[ePkvnINTLT],        4, kIntltRules,       false, false};
+inline constexpr S_Sentence<S_PKvnTEMPERATURE> kTemperature = {kNames[ePkvnTEMPERATURE],  4, kTemperatureRules, false, true};
+inline constexpr S_Sentence<S_PKvnARN> kArn                 = {kNames[ePkvnARN_ROUTER],   4, kArnRules,         false, false};
 
 // clang-format on
 

@@ -6,32 +6,16 @@
 #include <string_view>
 
 #include "records/ResultCodes.h"
+#include "textproto/PkvnNames.h"
 #include "textproto/PkvnSentences.h"
 #include "textproto/SentenceFields.h"
 
 using namespace VelaPKVN_Messages;
+using PkvnSentences::kPrefix;
 
 namespace {
 
-constexpr std::string_view kPrefix = "$PKVN,";
 constexpr unsigned int kMinFrame = 18;
-constexpr std::size_t kMaxName = 31;
-
-// The message names; the row is the message type.
-constexpr std::string_view kNames[] = {
-    "RAW",
-    PkvnSentences::kAttStat.name,
-    PkvnSentences::kGbs.name,
-    PkvnSentences::kHpr.name,
-    PkvnSentences::kBlv.name,
-    PkvnSentences::kFvi.name,
-    PkvnSentences::kRtkStat.name,
-    PkvnSentences::kVct.name,
-    PkvnSentences::kIntlt.name,
-    PkvnSentences::kTemperature.name,
-    PkvnSentences::kArn.name,
-};
-static_assert(std::size(kNames) == ePkvnARN_ROUTER + 1);
 
 struct S_ChannelName {
   std::string_view name;
@@ -57,10 +41,6 @@ std::string_view WithoutLineEnd(std::string_view sentence) {
   if (sentence.size() <= kMinFrame + 1) return sentence;
   for (int i = 0; i < 2 && IsLineEnd(sentence.back()); ++i) sentence.remove_suffix(1);
   return sentence;
-}
-
-std::string_view MessageName(std::string_view behindPrefix) {
-  return behindPrefix.substr(0, std::min(kMaxName, behindPrefix.find_first_of(std::string_view(",\0", 2))));
 }
 
 bool HasChecksum(std::string_view sentence) {
@@ -119,14 +99,10 @@ unsigned int C_VelaPKVN_Decode::ValidateFrame(const unsigned char* frame, unsign
     return eResultBadSync;
   }
 
-  const std::string_view name = MessageName(sentence.substr(kPrefix.size()));
+  const std::string_view name = PkvnSentences::NameIn(sentence.substr(kPrefix.size()));
   errorPosition = static_cast<unsigned short>(errorPosition + name.size());
-  const auto* row = std::find(std::begin(kNames), std::end(kNames), name);
-  if (row == std::end(kNames)) {
-    type = ePkvnUnknown;
-    return eResultUnknownMessage;
-  }
-  type = static_cast<eMessageTypes>(row - kNames);
+  type = PkvnSentences::TypeOf(name);
+  if (type == ePkvnUnknown) return eResultUnknownMessage;
   return HasChecksum(sentence) ? eResultOk : eResultChecksum;
 }
 
