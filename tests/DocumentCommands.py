@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+"""Runs the commands that the documents show.
+
+  DocumentCommands.py SOURCE_DIR PROGRAM_DIR
+
+In a block fenced as `console`, a line that begins with "$ " is a command (a trailing backslash continues it), what follows
+up to the next one is its output, standard error included: compared line by line, where "..." alone stands for any
+lines and at a line's end for the rest of the line. A command without output shown must succeed. The commands of a document
+run in one scratch directory that holds the samples and a capture.bin.
+
+Blocks fenced as `sh` are not run: what installs packages, builds the whole, reads a port or takes long. Their commands
+must be known, and the scripts, presets and options that they name must exist.
+"""
+
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+# What an `sh` block may begin with, beside the project's own scripts and program.
+TOOLS = {"apt-get", "cat", "cd", "cmake", "cpack", "ctest", "cpp", "env", "g++", "c++", "git", "man", "mandb", "pkg-config",
+         "python3", "source", "stty", "sudo", "export", "dpkg", "dpkg-deb", "nm", "ldconfig", "tar"}
+LANGUAGES = {"console", "sh", "cpp", "cmake", "json", "text", "ini", "diff"}
+
+
+def blocks(path):
+    """(line number, language, lines) of each fenced block; an indented block counts as one without a language."""
+    language, body, start, before = None, [], 0, ""
+    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+        fence = re.match(r"```(\w*)", line)
+        if fence and language is None:
+            language, body, start = fence.group(1), [], number + 1
+        elif fence:
+            yield start, language, body
+            language = None
+        elif language is not None:
+            body.append(line)
+        elif line.startswith("    ") and not before:
+            yield number, "", [line]
+        before = line.strip()
+
+
+def commands(start, lines):
+    """(line number, command, lines of output shown) of a console block."""
+    found = []
+    for number, line in enumerate(lines, start):
+        if found and found[-1][1].endswith("\\") and not found[-1][2]:
+            found[-1][1] += "\n" + line
+        elif line.startswith("$ "):
+            found.append([number, line[2:], []])
+        elif found:
+            found[-1][2].append(line)
+    return found
+
+
+def matches(expected, actual):
+    """Whether the lines are those shown."""
+    if not expected:
+        return not actual
+    if expected[0] == "...":
+        return any(matches(expected[1:], actual[skip:]) for skip in range(len(actual) + 1))
+    if not actual:
+        return False
+    shown = expected[0]
+    same = actual[0].startswith(shown[:-3]) if shown.endswith("...") else actual[0] == shown
+    return same and matches(expected[1:], actual[1:])
+
+
+class Checker:
+    def __init__(self, source, program_dir):
+        self.source = source
+        self.environment = dict(os.environ, PATH=f"{program_dir}:{os.environ['PATH']}")
+        self.faults = []
+        self.run_count = 0
+
+    def fault(self, path, line, text):
+        self.faults.append(f"{path.relative_to(self.source)}:{line}: {text}")
+
+    def run(self, command, where):
+        return subprocess.run(["bash", "-c", command], cwd=where, env=self.environment, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60, check=False)
+
+    def check_console(self, path, start, lines, where):
+        for number, command, shown in commands(start, lines):
+            self.run_count += 1
+            done = self.run(command, where)
+            output = done.stdout.decode("utf-8", "replace").splitlines()
+            if not shown and done.returncode != 0:
+                self.fault(path, number, f"{command}: ended with {done.returncode}: {output[-1:]}")
+            elif shown and not matches(shown, output):
+                self.fault(path, number, f"{command}: its output is\n" + "\n".join(output[:20]))
+
+    def check_sh(self, path, start, lines):
+        for number, line in enumerate(lines, start):
+            for command in re.split(r"&&|\|\||\||;", line.split(" #")[0]):
+                words = command.split()
+                while words and (words[0] in {"sudo", "timeout"} or re.match(r"\w+=|\d+$", words[0])):
+                    words.pop(0)
+                if words and not words[0].startswith(("#", "-")):
+                    self.check_words(path, number, words)
+
+    def check_words(self, path, number, words):
+        first, text = words[0], " ".join(words)
+        if first == "velagnss":
+            self.check_options(path, number, words[1:])
+        elif "/" in first and not first.startswith("build/"):
+            if not os.access(self.source / first, os.X_OK):
+                self.fault(path, number, f"no such script: {first}")
+        elif first not in TOOLS and not first.startswith("build/"):
+            self.fault(path, number, f"not a known command: {first}")
+        presets = (self.source / "CMakePresets.json").read_text(encoding="utf-8")
+        names = {preset["name"] for preset in json.loads(presets)["configurePresets"]}
+        for preset in re.findall(r"--preset[ =](\S+)", text):
+            if preset not in names:
+                self.fault(path, number, f"no such preset: {preset}")
+
+    def check_options(self, path, number, words):
+        command = [word for word in words if not word.startswith("-")][:1]
+        help_text = self.run(f"velagnss {' '.join(command)} --help; velagnss --help", self.source).stdout.decode()
+        for option in (word.split("=")[0] for word in words if word.startswith("-") and word != "-"):
+            if not re.search(rf"(?<![\w-]){re.escape(option)}(?![\w-])", help_text):
+                self.fault(path, number, f"no such option: {option}")
+
+    def check(self, path):
+        with tempfile.TemporaryDirectory(prefix="velagnss-documents-") as where:
+            shutil.copytree(self.source / "samples", pathlib.Path(where) / "samples")
+            shutil.copy(self.source / "samples/session.bin", pathlib.Path(where) / "capture.bin")
+            for start, language, lines in blocks(path):
+                if language == "console":
+                    self.check_console(path, start, lines, where)
+                elif language == "sh":
+                    self.check_sh(path, start, lines)
+                elif language not in LANGUAGES:
+                    self.fault(path, start, f"a block of language '{language}': fence it as one of {sorted(LANGUAGES)}")
+
+
+def main():
+    source, program_dir = pathlib.Path(sys.argv[1]), sys.argv[2]
+    checker = Checker(source, program_dir)
+    for path in sorted(source.glob("*.md")) + sorted(source.glob("*/*.md")):
+        checker.check(path)
+    print(f"{checker.run_count} commands run")
+    for fault in checker.faults:
+        print(fault)
+    return 1 if checker.faults or checker.run_count == 0 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
