@@ -1,0 +1,130 @@
+// The NMEA decoders and MakeDecodable over sentences whose checksum the mutator repairs. Results are those that the
+// operations state; records depend on the sentence alone; nothing outside of it is read; a good sentence behind it
+// decodes as before it; what MakeDecodable gives is a checked sentence that it leaves as it is.
+#include <array>
+
+#include "fuzz/DecodeChecks.h"
+#include "fuzz/RepairedSentence.h"
+#include "tests/ExactCopy.h"
+#include "textproto/NMEA_EncodeDecode.h"
+
+namespace {
+
+using eType = C_RawDataMessage::eNMEA0183Messages;
+using t_Nmea = C_NMEA_EncodeDecode;
+
+constexpr unsigned int kTypeOfSentence = 32;  // the input's first byte: a type, or from here on what the sentence says
+
+unsigned int RequireOrder(ExactCopy& sentence, eType type) {
+  const unsigned int result = Fuzz::DecodeOverAnyMemory<U_EcdDcdData>(
+      [&](U_EcdDcdData& record) {
+        t_Nmea nmea;
+        const unsigned int decoded = nmea.Decode(sentence.Data(), sentence.Size(), type, record);
+        Fuzz::Require(nmea.GetLastResult() == decoded, "the last result is kept");
+        return decoded;
+      },
+      true);
+  Fuzz::RequireOneOf(result, {0, 2, 4, 5, 8, 11, 20}, "Decode");
+  const bool isChecked = t_Nmea::ValidateNmeaCheckSum(sentence.Data(), sentence.Size());
+  Fuzz::Require(isChecked || result == 4 || result == 20, "a bad checksum is told first");
+  return result;
+}
+
+// The same without the checksum, one type each.
+template <auto Member, auto Operation>
+void RequireOrderOf(ExactCopy& sentence, unsigned int resultOfDecode, bool isItsType) {
+  using t_Record = std::remove_reference_t<decltype(std::declval<U_EcdDcdData&>().*Member)>;
+  t_Nmea nmea;
+  const unsigned int result = Fuzz::DecodeOverAnyMemory<t_Record>(
+      [&](t_Record& record) { return (nmea.*Operation)(sentence.Data(), sentence.Size(), record); }, true);
+  Fuzz::RequireOneOf(result, {0, 2, 8, 11, 20}, "Decode_...");
+  const bool isJudged = isItsType && resultOfDecode != 4 && resultOfDecode != 20;
+  Fuzz::Require(!isJudged || result == resultOfDecode, "Decode gives what the operation for its type gives");
+}
+
+void RequireOrderOfTypes(ExactCopy& sentence, unsigned int result, eType type) {
+  using U = U_EcdDcdData;
+  RequireOrderOf<&U::gga, &t_Nmea::Decode_GGA>(sentence, result, type == C_RawDataMessage::eNmeaGGA);
+  RequireOrderOf<&U::gns, &t_Nmea::Decode_GNS>(sentence, result, type == C_RawDataMessage::eNmeaGNS);
+  RequireOrderOf<&U::zda, &t_Nmea::Decode_ZDA>(sentence, result, type == C_RawDataMessage::eNmeaZDA);
+  RequireOrderOf<&U::gll, &t_Nmea::Decode_GLL>(sentence, result, type == C_RawDataMessage::eNmeaGLL);
+  RequireOrderOf<&U::gsv, &t_Nmea::Decode_GSV>(sentence, result, type == C_RawDataMessage::eNmeaGSV);
+  RequireOrderOf<&U::gsa, &t_Nmea::Decode_GSA>(sentence, result, type == C_RawDataMessage::eNmeaGSA);
+  RequireOrderOf<&U::rmc, &t_Nmea::Decode_RMC>(sentence, result, type == C_RawDataMessage::eNmeaRMC);
+  RequireOrderOf<&U::vtg, &t_Nmea::Decode_VTG>(sentence, result, type == C_RawDataMessage::eNmeaVTG);
+}
+
+struct S_Decodable {
+  unsigned int result;
+  std::string text;
+};
+
+S_Decodable MakeDecodable(std::string_view sentence) {
+  ExactCopy copy(sentence);
+  ExactCopy out(std::string(1024, '\x5A'));
+  unsigned short length = 0xEEEE;
+  const unsigned int result = t_Nmea::MakeDecodable(copy.Data(), copy.Size(), out.Data(), length);
+  Fuzz::RequireOneOf(result, {0, 2, 4, 9}, "MakeDecodable");
+  const std::string_view written = Fuzz::View(out.Data(), out.Size());
+  if (result != 0) {
+    Fuzz::Require(length == 0xEEEE && written == std::string(1024, '\x5A'), "nothing is written on failure");
+    return {result, ""};
+  }
+  Fuzz::Require(length < 1024 && written[length] == '\0', "the sentence fits and ends with a NUL");
+  return {result, std::string(written.substr(0, length))};
+}
+
+void RequireDecodable(const std::string& sentence) {
+  const S_Decodable first = MakeDecodable(sentence);
+  if (first.result != 0) return;
+  const S_Decodable second = MakeDecodable(first.text);
+  Fuzz::Require(second.result == 0 && second.text == first.text, "what is decodable is left as it is");
+  ExactCopy copy(first.text);
+  const auto type = t_Nmea::GetNmeaPreamble(first.text.data(), 6, nullptr);
+  Fuzz::RequireOneOf(RequireOrder(copy, type), {0, 2, 8, 11}, "Decode of a decodable sentence");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Fuzz::C_Input input(data, size);
+  const unsigned int wanted = input.Below(64);
+  const std::string text = input.Rest();
+  if (text.size() > 0xFFFF) return 0;
+  const auto length = static_cast<unsigned char>(std::min<std::size_t>(text.size(), 255));
+  const eType type = wanted < kTypeOfSentence ? eType{wanted} : t_Nmea::GetNmeaPreamble(text.data(), length, nullptr);
+  t_Nmea nmea;
+  auto good = Fuzz::GoodFrame<U_EcdDcdData>([&nmea](U_EcdDcdData& record) {
+    ExactCopy copy("$GNGLL,4717.11437,N,00833.91522,E,092321.00,A,A*7E");
+    return nmea.Decode(copy.Data(), copy.Size(), C_RawDataMessage::eNmeaGLL, record);
+  });
+  ExactCopy sentence(text);
+  const unsigned int result = RequireOrder(sentence, type);
+  RequireOrderOfTypes(sentence, result, type);
+  RequireDecodable(text);
+  U_EcdDcdData record;
+  nmea.Decode(sentence.Data(), sentence.Size(), type, record);
+  good.RequireSame();
+  Fuzz::Require(text == Fuzz::View(sentence.Data(), sentence.Size()), "the sentence is not written");
+  return 0;
+}
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
+                                               unsigned int seed) {
+  static const std::array<std::string, 11> kSentences = {
+      "GPGGA,123456.78,0130.0,N,01130.0,E,4,08,0.9,545.4,M,46.9,M,2.5,0031",
+      "GNGNS,014035.00,4330.0,S,17230.0,E,RRN,13,0.9,25.63,11.24,1.5,7,U",
+      "GPZDA,160012.71,11,03,2004,-1,30",
+      "GPGLL,3730.0,N,12130.0,W,161229.48,A,D",
+      "GPGLL,3730.0,N,12130.0,W",
+      "GLGSV,3,1,11,03,04,111,00,14,15,270,,,,,,13,06,292,40,1",
+      "GPGSV,3,3,09,03,04,111,00",
+      "GNGSA,A,3,80,71,73,79,69,,,,,,,,1.83,1.09,1.47,1",
+      "GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191194,020.3,E",
+      "GPRMC,083559.00,A,4717.11437,N,00833.91522,E,0.004,77.52,091202,,,A,V",
+      "GPVTG,77.52,T,,M,0.004,N,0.008,K,A",
+  };
+  return Fuzz::Mutate(data, size, maxSize, seed, [](std::string& input, std::minstd_rand& random) {
+    Fuzz::RepairSentence(input, 1, kSentences, random);
+  });
+}
