@@ -1,6 +1,7 @@
 // The built program from outside: its exit codes, its messages, its output.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <nlohmann/json.hpp>
 
@@ -105,7 +106,51 @@ TEST_P(ProgramSignal, EndsWithWholeLines) {
   EXPECT_EQ(lines[0], json(GetParam() == std::string("INT") ? 130 : GetParam() == std::string("TERM") ? 143 : 129));
   EXPECT_EQ(lines[3]["offset"], 172);
 }
+TEST_P(ProgramSignal, LeavesAWholeTrack) {
+  const std::string wait = "for i in {1..100}; do [ -s o ] && break; sleep 0.1; done; ";
+  const Outcome outcome =
+      Run("mkfifo f; touch o; " VELAGNSS_PROGRAM " convert --to gpx f > o & P=$!; exec 3> f; cat $S >&3; " + wait +
+          "kill -" + GetParam() + " $P; SECONDS=0; wait $P; echo $SECONDS; tail -n 1 o");
+  EXPECT_THAT(outcome.output, testing::MatchesRegex("[01]\n</gpx>\n")) << outcome.messages;
+}
+
 INSTANTIATE_TEST_SUITE_P(Signals, ProgramSignal, testing::Values("INT", "TERM", "HUP"));
+
+struct S_PlaceCase {
+  const char* name;
+  const char* environment;
+  const char* date;  // what `date` says there
+};
+const S_PlaceCase kPlaces[] = {
+    {"Kiritimati", "TZ=UTC-14 OTHER_CLOCK=1700000000", "2023-11-15T12:13:20"},
+    {"StJohns", "TZ=NST3:30 OTHER_CLOCK=1700000000", "2023-11-14T18:43:20"},
+    {"EndOf1999", "OTHER_CLOCK=946684799", "1999-12-31T23:59:59"},
+    {"EndOf32Bits", "OTHER_CLOCK=2147483648", "2038-01-19T03:14:08"},
+    {"Year2106", "OTHER_CLOCK=4294967296", "2106-02-07T06:28:16"},
+};
+class ProgramPlace : public Program, public testing::WithParamInterface<S_PlaceCase> {};
+TEST_P(ProgramPlace, MakesNoDifference) {
+  const std::string all =
+      "for c in decode stat 'convert --to rinex-nav' 'convert --to gpx' 'convert --to csv'; do velagnss $c $S; done | "
+      "md5sum";
+  const Outcome outcome =
+      Run("export ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD=" VELAGNSS_OTHER_CLOCK " TZ=UTC; export " +
+          std::string(GetParam().environment) + "; date +%FT%T; " + all);
+  EXPECT_EQ(outcome.output, GetParam().date + ("\n" + Run(all).output)) << outcome.messages;
+}
+INSTANTIATE_TEST_SUITE_P(Clocks, ProgramPlace, testing::ValuesIn(kPlaces), CaseName<S_PlaceCase>);
+
+// A port that carries nothing but false starts: the peak of all programs run, in KiB, stays where a little of it was.
+TEST_F(Program, ReadsNoiseInBoundedMemory) {
+  const auto peak = [this](const std::string& size) {
+    EXPECT_THAT(Run("yes '$GPGGA,1' | head -c " + size + " | velagnss stat").messages, HasSubstr("no frame in"));
+    rusage usage;
+    getrusage(RUSAGE_CHILDREN, &usage);
+    return usage.ru_maxrss;
+  };
+  const long little = peak("1M");
+  EXPECT_LT(peak("64M"), little + 1024);
+}
 
 TEST_F(Program, WritesTheSameForAnyReadSize) {
   const std::string options = " --events --hex $S | md5sum";
