@@ -9,7 +9,7 @@ lines and at a line's end for the rest of the line. A command without output sho
 run in one scratch directory that holds the samples and a capture.bin.
 
 Blocks fenced as `sh` are not run: what installs packages, builds the whole, reads a port or takes long. Their commands
-must be known, and the scripts, presets and options that they name must exist.
+must be known, and the scripts, presets and options that they name must exist. So must the tests that robustness.md names.
 """
 
 import json
@@ -125,6 +125,15 @@ class Checker:
             if not re.search(rf"(?<![\w-]){re.escape(option)}(?![\w-])", help_text):
                 self.fault(path, number, f"no such option: {option}")
 
+    def check_test_names(self, path):
+        """Every `Suite.Test` of a table is a test, every `scripts/...` a script."""
+        sources = "\n".join(file.read_text(encoding="utf-8") for file in (self.source / "tests").glob("*.cpp"))
+        tests = {".".join(names) for names in re.findall(r"TEST(?:_P|_F)?\((\w+), (\w+)\)", sources)}
+        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+            for name in re.findall(r"`(\w+\.\w+|scripts/\w+)`", line) if line.startswith("|") else []:
+                if name not in tests and not (self.source / name).exists():
+                    self.fault(path, number, f"no such test: {name}")
+
     def check(self, path):
         with tempfile.TemporaryDirectory(prefix="velagnss-documents-") as where:
             shutil.copytree(self.source / "samples", pathlib.Path(where) / "samples")
@@ -143,6 +152,7 @@ def main():
     checker = Checker(source, program_dir)
     for path in sorted(source.glob("*.md")) + sorted(source.glob("*/*.md")):
         checker.check(path)
+    checker.check_test_names(source / "docs/robustness.md")
     print(f"{checker.run_count} commands run")
     for fault in checker.faults:
         print(fault)
