@@ -56,11 +56,13 @@ enum eMessageTypes : unsigned int {
 // The greatest message number that a frame may carry, supported or not.
 inline constexpr unsigned short kMaxMessageNumber = 209;
 
+// What stands behind the sync of every frame, and in front of every record.
 struct S_MsgHeader {
   std::uint16_t BlockId;     // message number
   std::uint16_t DataLength;  // N, bytes
 };
 
+// What stands behind the data.
 struct S_MsgTrailer {
   std::uint16_t Checksum;    // sum of the data bytes
   std::uint16_t Terminator;  // always 0x0A0D, carriage return and line feed; never read from a frame
@@ -69,11 +71,12 @@ struct S_MsgTrailer {
 // A message whose body is not decoded: its data bytes as received, as many as its frame always has.
 template <unsigned short Length>
 struct S_UndecodedMsg {
-  S_MsgHeader Header;
-  std::uint8_t Body[Length];
-  S_MsgTrailer Trailer;
+  S_MsgHeader Header;         // its data length may be greater than `Length`, never less
+  std::uint8_t Body[Length];  // the first `Length` data bytes
+  S_MsgTrailer Trailer;       // of what stands behind them
 };
 
+// The messages whose body is handed out as it came. Status and observations; their fields are not known here.
 struct S_BinMsg1 : S_UndecodedMsg<52> {};
 struct S_BinMsg2 : S_UndecodedMsg<16> {};
 struct S_BinMsg3 : S_UndecodedMsg<116> {};
@@ -93,13 +96,13 @@ struct S_BinMsg180 : S_UndecodedMsg<232> {};
 // 20.3.3), ten words each. A word stands in the low 30 bits, the first bit sent in bit 29; its parity is carried but
 // not checked. The messages 35 and 45 use the same record for words of another kind.
 struct S_BinMsg95 {
-  S_MsgHeader Header;
-  std::uint16_t Prn;
-  std::uint8_t Reserved[6];
-  std::uint32_t Subframe1[10];
-  std::uint32_t Subframe2[10];
-  std::uint32_t Subframe3[10];
-  S_MsgTrailer Trailer;
+  S_MsgHeader Header;           // 95 or 25; 35 or 45
+  std::uint16_t Prn;            // satellite number: GPS 1 to 64, QZSS 183 to 211
+  std::uint8_t Reserved[6];     // of the receiver
+  std::uint32_t Subframe1[10];  // clock, accuracy, health
+  std::uint32_t Subframe2[10];  // orbit, first half
+  std::uint32_t Subframe3[10];  // orbit, second half
+  S_MsgTrailer Trailer;         // checksum of the 128 bytes between
 };
 
 // One string of a GLONASS navigation frame (GLONASS ICD, 4.3), bits 1 to 85, bit 85 sent first:
@@ -107,53 +110,56 @@ struct S_BinMsg95 {
 //   Word[1]  bits 22 to 53, bit 22 lowest
 //   Word[2]  bits 1 to 21 in its bits 11 to 31
 struct S_GLONavString {
-  std::uint32_t Word[3];
+  std::uint32_t Word[3];  // the low 11 bits of the last one are not looked at
 };
 
 // Ephemeris of one GLONASS satellite: the immediate data, strings 1 to 5.
 struct S_BinMsg65 {
-  S_MsgHeader Header;
-  std::uint8_t Slot;     // 1 to 24
-  std::uint8_t Channel;  // frequency channel + 8: 1 to 14
-  std::uint16_t Reserved1;
-  std::uint32_t Reserved2;
-  S_GLONavString Strings[5];
-  S_MsgTrailer Trailer;
+  S_MsgHeader Header;         // 65
+  std::uint8_t Slot;          // 1 to 24
+  std::uint8_t Channel;       // frequency channel + 8: 1 to 14; 136 for unknown
+  std::uint16_t Reserved1;    // of the receiver
+  std::uint32_t Reserved2;    // of the receiver
+  S_GLONavString Strings[5];  // strings 1 to 5
+  S_MsgTrailer Trailer;       // checksum of the 68 bytes between
 };
 
 // Ephemeris of one SBAS satellite, in scaled integers.
 struct S_BinMsg93 {
-  S_MsgHeader Header;
-  std::uint16_t Prn;
+  S_MsgHeader Header;        // 93
+  std::uint16_t Prn;         // satellite number, 120 to 158 of those that send (RTCA DO-229)
   std::uint16_t Week;        // modulo 1024 or full
   std::uint32_t TimeOfWeek;  // s, of the message
   std::uint16_t Value8;      // issue of data or time, as received
   std::uint16_t Value10;     // accuracy index, as received
   std::uint32_t T0;          // s of week, reference time
-  std::int32_t X, Y;         // 0.08 m
+  std::int32_t X, Y;         // position, ECEF: 0.08 m
   std::int32_t Z;            // 0.4 m
-  std::int32_t Vx, Vy;       // 0.000625 m/s
+  std::int32_t Vx, Vy;       // velocity: 0.000625 m/s
   std::int32_t Vz;           // 0.004 m/s
-  std::int32_t Ax, Ay;       // 0.0000125 m/s^2
+  std::int32_t Ax, Ay;       // acceleration: 0.0000125 m/s^2
   std::int32_t Az;           // 0.0000625 m/s^2
   std::int16_t AGf0;         // 2^-31 s, clock offset
   std::int16_t AGf1;         // 2^-40 s/s, clock drift
-  S_MsgTrailer Trailer;
+  S_MsgTrailer Trailer;      // checksum of the 56 bytes between
 };
 
 // Status with a known layout; beyond a time what the numbers mean is not known.
 struct S_BinMsg209 {
-  S_MsgHeader Header;
-  double Time;
-  std::uint16_t Week;
-  std::uint8_t Spare[2];
+  S_MsgHeader Header;     // 209
+  double Time;            // as sent
+  std::uint16_t Week;     // as sent
+  std::uint8_t Spare[2];  // not used
+
+  // Forty entries of eight bytes: numbers of this size, as sent.
   struct {
-    std::uint16_t A;
-    std::uint8_t B;
-    std::uint8_t C;
-    std::uint32_t D;
+    std::uint16_t A;  // bytes 0 and 1 of the entry
+    std::uint8_t B;   // byte 2
+    std::uint8_t C;   // byte 3
+    std::uint32_t D;  // bytes 4 to 7
   } Entry[40];
-  S_MsgTrailer Trailer;
+
+  S_MsgTrailer Trailer;  // checksum of the 332 bytes between
 };
 
 // One satellite of an observation record.
@@ -162,20 +168,21 @@ struct S_ObsSat {
   std::uint8_t SvId;        // satellite number
   std::int8_t FreqChannel;  // GLONASS frequency channel, else -128
   std::uint8_t NumObs;      // used entries of `Obs`, 0 to 10
-  S_IFGnssObsData Obs[10];
+  S_IFGnssObsData Obs[10];  // one per signal
 };
 
 // What the observation messages 16, 36, 66 and 76 are handed out as. Their bodies are not decoded: `NumSats` is 0 and
 // every satellite zero.
 struct S_VelaBIN_Obs {
-  S_MsgHeader Header;
+  S_MsgHeader Header;     // of the frame
   std::uint16_t NumSats;  // used entries of `Sat`
-  S_ObsSat Sat[64];
-  S_MsgTrailer Trailer;
+  S_ObsSat Sat[64];       // observations of one epoch
+  S_MsgTrailer Trailer;   // of the frame
 };
 
 // What a decoder last received of each message.
 struct S_StoredMessages {
+  // One record per message number, as received; preset by the decoder's reset.
   S_BinMsg1 bin1;
   S_BinMsg2 bin2;
   S_BinMsg3 bin3;

@@ -35,19 +35,19 @@
 
 // What `C_VelaBin_Decode::Decode` fills: the member of the message's number, beside each. Owned by the caller.
 union U_VelaBIN_EcdDcdData {
-  VelaBIN_Messages::S_BinMsg1 bin1;
-  VelaBIN_Messages::S_BinMsg2 bin2;
-  VelaBIN_Messages::S_BinMsg3 bin3;
-  VelaBIN_Messages::S_BinMsg5 bin5;
-  VelaBIN_Messages::S_VelaBIN_Obs obs;  // 16, 36, 66, 76
-  VelaBIN_Messages::S_IntBinMsg34 bin34;
-  S_IFKeplerEphRec keplerEph;  // 25, 35, 45, 95
-  VelaBIN_Messages::S_BinMsg44 bin44;
-  S_IFPvaEphRec pvaEph;  // 65, 93
-  VelaBIN_Messages::S_BinMsg94 bin94;
-  VelaBIN_Messages::S_BinMsg122 bin122;
-  VelaBIN_Messages::S_BinMsg180 bin180;
-  VelaBIN_Messages::S_BinMsg209 bin209;
+  VelaBIN_Messages::S_BinMsg1 bin1;       // 1
+  VelaBIN_Messages::S_BinMsg2 bin2;       // 2
+  VelaBIN_Messages::S_BinMsg3 bin3;       // 3
+  VelaBIN_Messages::S_BinMsg5 bin5;       // 5
+  VelaBIN_Messages::S_VelaBIN_Obs obs;    // 16, 36, 66, 76
+  VelaBIN_Messages::S_IntBinMsg34 bin34;  // 34
+  S_IFKeplerEphRec keplerEph;             // 25, 35, 45, 95
+  VelaBIN_Messages::S_BinMsg44 bin44;     // 44
+  S_IFPvaEphRec pvaEph;                   // 65, 93
+  VelaBIN_Messages::S_BinMsg94 bin94;     // 94
+  VelaBIN_Messages::S_BinMsg122 bin122;   // 122
+  VelaBIN_Messages::S_BinMsg180 bin180;   // 180
+  VelaBIN_Messages::S_BinMsg209 bin209;   // 209
 };
 
 class C_ContinuityTracker;

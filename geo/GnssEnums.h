@@ -7,6 +7,7 @@
 
 namespace ALGO {
 
+// Satellite systems. A number of 7 or more stands for none that is known.
 enum eGNSSSystem : unsigned int {
   GNSS_GPS = 0,        // NMEA system id 1
   GNSS_GLONASS = 1,    // NMEA system id 2
@@ -18,6 +19,8 @@ enum eGNSSSystem : unsigned int {
   GNSS_UNKNOWN = 7,    // not set
 };
 
+// Carrier bands, by their centre frequency: L1, E1 and B1C 1575.42 MHz, L2 1227.60, L5 and E5a 1176.45, G1 1602 and G2
+// 1246 plus 0.5625 and 0.4375 times the channel, B1 1561.098, E5b and B2 1207.14, B3 1268.52, E5 1191.795, E6 1278.75.
 enum eGNSSFrequency : unsigned int {
   FREQ_L1 = 0,   // GPS and QZSS L1, Galileo E1 (L1-A)
   FREQ_L2 = 1,   // GPS and QZSS L2
@@ -37,6 +40,7 @@ enum eGNSSFrequency : unsigned int {
   FREQ_UNKNOWN = 15,  // not set
 };
 
+// Components of a signal: which code on the carrier was tracked. What a number means depends on system and band.
 enum eGNSSTrackType : unsigned int {
   TRACK_CA = 0,      // C/A code of GPS, QZSS and GLONASS
   TRACK_P = 1,       // GLONASS P code

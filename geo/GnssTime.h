@@ -41,6 +41,7 @@ class VELAGNSS_API C_GnssTime {
   // The three values, normalised: (100, -1.0) is week 99, 604799.0 s.
   C_GnssTime(unsigned short week, double sec, ALGO::eGNSSSystem system);
 
+  // Memberwise, not normalised.
   C_GnssTime(const C_GnssTime&) = default;
   C_GnssTime& operator=(const C_GnssTime&) = default;
 

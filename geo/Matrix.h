@@ -37,6 +37,7 @@ class VELAGNSS_API C_Matrix {
   C_Matrix& operator=(C_Matrix&& other) noexcept;
   ~C_Matrix();
 
+  // Current size, and the capacity that it can grow to.
   unsigned int Rows() const { return m_rows; }
   unsigned int Cols() const { return m_cols; }
   unsigned int MaxRows() const { return m_maxRows; }

@@ -18,9 +18,9 @@
 
 // A link of the tree, as GetTreeLinks() delivers it.
 struct S_TreeLink {
-  unsigned short linkId;
-  unsigned short nodeA;  // the ids of the nodes that it joins, in the order in which they were added
-  unsigned short nodeB;
+  unsigned short linkId;  // as given to AddLink()
+  unsigned short nodeA;   // the ids of the nodes that it joins, in the order in which they were added
+  unsigned short nodeB;   // the other one
 };
 
 // Nodes and links are known by ids of 16 bits that the caller chooses; 65535 is no node. Links have no direction,
@@ -86,6 +86,7 @@ class VELAGNSS_API C_Network {
   const char* ErrorText() const;
   static const char* ErrorText(unsigned int code);
 
+  // What has been added so far; nothing is ever taken out but by Reset().
   unsigned int NumNodes() const { return m_numNodes; }
   unsigned int NumLinks() const { return m_numLinks; }
 

@@ -25,9 +25,10 @@
 // that are not finite give NaN.
 class VELAGNSS_API C_PointCoordinate {
  public:
+  // Which form three numbers are in.
   enum eCoordType : unsigned int {
-    COORD_CARTESIAN = 0,
-    COORD_GEODETIC = 1,  // and so is every other number that is not 0
+    COORD_CARTESIAN = 0,  // X, Y, Z in metres, ECEF
+    COORD_GEODETIC = 1,   // latitude and longitude in radians, height in metres; and every other number that is not 0
   };
 
   // A point without coordinates.

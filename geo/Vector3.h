@@ -10,12 +10,17 @@
 // constructed, and unchanged when set.
 class VELAGNSS_API C_Vector3 {
  public:
-  C_Vector3();  // (0, 0, 0)
+  // (0, 0, 0), three values, or p[0], p[1], p[2].
+  C_Vector3();
   C_Vector3(const double& x, const double& y, const double& z);
-  C_Vector3(const double* p);  // p[0], p[1], p[2]
+  C_Vector3(const double* p);
+
+  // Copies are independent.
   C_Vector3(const C_Vector3& other) = default;
   C_Vector3& operator=(const C_Vector3& other) = default;
 
+  // The components: of an ECEF position towards Greenwich, 90 degrees east and north; of a local vector north, east
+  // and up; of a geodetic triple latitude, longitude and height.
   double X() const { return m_component[0]; }
   double Y() const { return m_component[1]; }
   double Z() const { return m_component[2]; }
@@ -23,12 +28,15 @@ class VELAGNSS_API C_Vector3 {
   // The three components in a row; valid as long as the vector.
   const double* Data() const { return m_component; }
 
+  // Replace all three components, or one of them.
   void Set(const double& x, const double& y, const double& z);
   void Set(const double* p);
   void Set(const C_Vector3& other);
   void Set0(const double& x);
   void Set1(const double& y);
   void Set2(const double& z);
+
+  // Back to (0, 0, 0).
   void Zero();
 
   // Length: sqrt(x^2 + y^2 + z^2). Components beyond 1e154 overflow to infinity.
@@ -44,11 +52,14 @@ class VELAGNSS_API C_Vector3 {
   // The vector of length 1 in the same direction; (0, 0, 0) when Norm() is 0 or NaN.
   C_Vector3 UnitVec() const;
 
+  // Scalar product: |this| |other| cos(angle), in the square of the unit.
   double Dot(const C_Vector3& other) const;
 
-  // Right-handed cross product this x other.
+  // Right-handed cross product this x other: normal to both, |this| |other| sin(angle) long; (0, 0, 0) of parallel
+  // vectors, up to rounding.
   C_Vector3 Cross(const C_Vector3& other) const;
 
+  // Component by component.
   C_Vector3 operator+(const C_Vector3& other) const;
   C_Vector3 operator-(const C_Vector3& other) const;
   C_Vector3& operator+=(const C_Vector3& other);

@@ -26,6 +26,7 @@
 
 class VELAGNSS_API C_NMEA_EncodeDecode {
  public:
+  // The records and enumerations of textproto/NMEA_Records.h also go by names of this class.
   using S_GGA_Data = ::S_GGA_Data;
   using S_GNS_Data = ::S_GNS_Data;
   using S_ZDA_Data = ::S_ZDA_Data;
@@ -208,6 +209,7 @@ class VELAGNSS_API C_NMEA_EncodeDecode {
   // (among "-+ #0"), width and precision: an integer one (one of "cdiouxX") for the first three emitters, one for
   // doubles ("fFeEgGaA", with or without "l") for the others. All else is refused.
 
+  // A number by `format`: MsgAdd_U32(msg, "%02d", 255, satellites, true) appends ",08" for 8 and "," for 255.
   static unsigned int MsgAdd_CHAR(char* msg, const char* format, char notAvailable, char value, bool leadingComma);
   static unsigned int MsgAdd_S32(char* msg, const char* format, int notAvailable, int value, bool leadingComma);
   static unsigned int MsgAdd_U32(char* msg, const char* format, unsigned int notAvailable, unsigned int value,

@@ -80,7 +80,7 @@ constexpr S_FieldRule<S_GGA_Data> kGgaFields[] = {
     Number<&S_GGA_Data::referenceStation>("%04d"),
 };
 
-// $GNGNS,014035.00,4332.69262,S,17235.48549,E,RR,13,0.9,25.63,11.24,,,V*69
+// $GNGNS,014035.00,4332.69262,S,17235.48549,E,RR,13,0.9,25.63,11.24,,,V*0A
 constexpr S_FieldRule<S_GNS_Data> kGnsFields[] = {
     Time<&S_GNS_Data::timeOfDay>(),
     Latitude<&S_GNS_Data::latitude>(),
@@ -123,7 +123,7 @@ constexpr auto Elevation(unsigned char i) { return Number<&S_GSV_Data::elevation
 constexpr auto Azimuth(unsigned char i) { return Number<&S_GSV_Data::azimuth>("%03d", i); }
 constexpr auto Snr(unsigned char i) { return Number<&S_GSV_Data::snr>("%02d", i); }
 
-// $GPGSV,3,1,11,03,03,111,00,04,15,270,00,06,01,010,00,13,06,292,00,1*6B
+// $GPGSV,3,1,11,03,03,111,00,04,15,270,00,06,01,010,00,13,06,292,00,1*69
 constexpr S_FieldRule<S_GSV_Data> kGsvFields[] = {
     Number<&S_GSV_Data::totalSentences>("%d"),
     Number<&S_GSV_Data::sentenceNumber>("%d"),
@@ -137,7 +137,7 @@ constexpr S_FieldRule<S_GSV_Data> kGsvFields[] = {
 
 constexpr auto UsedSatellite(unsigned char i) { return Number<&S_GSA_Data::satelliteId>("%02d", i); }
 
-// $GNGSA,A,3,80,71,73,79,69,,,,,,,,1.83,1.09,1.47,2*0B
+// $GNGSA,A,3,80,71,73,79,69,,,,,,,,1.83,1.09,1.47,2*09
 constexpr S_FieldRule<S_GSA_Data> kGsaFields[] = {
     OneOf<&S_GSA_Data::operationMode>("MA"),
     OneOf<&S_GSA_Data::fixType>("123"),
@@ -150,7 +150,7 @@ constexpr S_FieldRule<S_GSA_Data> kGsaFields[] = {
     Number<&S_GSA_Data::systemId>("%d"),
 };
 
-// $GPRMC,225446.33,A,4916.45,N,12311.12,W,000.5,054.7,191194,020.3,E,A,V*3E
+// $GPRMC,225446.33,A,4916.45,N,12311.12,W,000.5,054.7,191194,020.3,E,A,V*51
 constexpr S_FieldRule<S_RMC_Data> kRmcFields[] = {
     Time<&S_RMC_Data::timeOfDay>(),
     Code<&S_RMC_Data::status, t_Nmea::GetSysStatusEnum_RMC, t_Nmea::GetSysStatusChar_RMC>(),

@@ -12,16 +12,16 @@
 
 // One decoded sentence; the message type tells which member holds it.
 union U_VelaPKVN_EcdDcdData {
-  S_PKvnAttStat attStat;
-  S_PKvnGbs gbs;
-  S_PKvnHpr hpr;
-  S_PKvnBlv blv;
-  S_PKvnFvi fvi;
-  S_PKvnRtkStat rtkStat;
-  S_PKvnVct vct;
-  S_PKvnINTLT intlt;
-  S_PKvnTEMPERATURE temperature;
-  S_PKvnARN arn;
+  S_PKvnAttStat attStat;          // ATTSTAT
+  S_PKvnGbs gbs;                  // GBS
+  S_PKvnHpr hpr;                  // HPR
+  S_PKvnBlv blv;                  // BLV
+  S_PKvnFvi fvi;                  // FVI
+  S_PKvnRtkStat rtkStat;          // RTKSTAT
+  S_PKvnVct vct;                  // VCT
+  S_PKvnINTLT intlt;              // INTLT
+  S_PKvnTEMPERATURE temperature;  // TEMPERATURE
+  S_PKvnARN arn;                  // ARN_ROUTER
 };
 
 namespace VelaPKVN_Messages {
@@ -30,16 +30,16 @@ using ::U_VelaPKVN_EcdDcdData;
 
 // The last decoded record of each type.
 struct S_VelaPKVN_Records {
-  S_PKvnAttStat attStat;
-  S_PKvnGbs gbs;
-  S_PKvnHpr hpr;
-  S_PKvnBlv blv;
-  S_PKvnFvi fvi;
-  S_PKvnRtkStat rtkStat;
-  S_PKvnVct vct;
-  S_PKvnINTLT intlt;
-  S_PKvnTEMPERATURE temperature;
-  S_PKvnARN arn;
+  S_PKvnAttStat attStat;          // ATTSTAT
+  S_PKvnGbs gbs;                  // GBS
+  S_PKvnHpr hpr;                  // HPR
+  S_PKvnBlv blv;                  // BLV
+  S_PKvnFvi fvi;                  // FVI
+  S_PKvnRtkStat rtkStat;          // RTKSTAT
+  S_PKvnVct vct;                  // VCT
+  S_PKvnINTLT intlt;              // INTLT
+  S_PKvnTEMPERATURE temperature;  // TEMPERATURE
+  S_PKvnARN arn;                  // ARN_ROUTER
 };
 
 // Decodes proprietary sentences, counts them by type and keeps the last record of each type. `Decode` takes any of
