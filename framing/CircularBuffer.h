@@ -30,11 +30,13 @@ class VELAGNSS_API C_CircularBuffer {
   C_CircularBuffer(const C_CircularBuffer&) = delete;
   C_CircularBuffer& operator=(const C_CircularBuffer&) = delete;
 
+  // Empties the queue as above; capacity, item size and policy stay.
   void Reset();
 
   // Replaces the policy; what is queued stays.
   void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
 
+  // Items queued, and how many there is room for; bytes of one item; whether the next one meets the policy.
   unsigned int NumItems() const { return m_numItems; }
   unsigned int MaxNumItems() const { return m_maxItems; }
   unsigned int ItemSize() const { return m_itemSize; }

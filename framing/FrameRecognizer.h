@@ -57,8 +57,8 @@ struct S_FrameDescriptor {
 
 // Length limits of a frame in bytes, both inclusive, from its first start byte to its last byte.
 struct S_FrameLengths {
-  unsigned short least;
-  unsigned short greatest;
+  unsigned short least;     // an end mark that comes before does not count
+  unsigned short greatest;  // a frame that has not ended by then is none
 };
 
 // Counters of a stream. A sum that would pass 32 bits is cut to its low 16 bits before the addition: 0xFFFFFFFF is
@@ -73,8 +73,10 @@ struct S_RecognizerStatistics {
 // One recognizer serves one stream on one thread. Everything is allocated by the constructor, nothing later.
 class VELAGNSS_API C_FrameRecognizer {
  public:
-  using eProtocols = C_RawDataMessage::eProtocols;
+  using eProtocols = C_RawDataMessage::eProtocols;  // for brevity
 
+  // All protocols of the list are enabled, the search is not patient.
+  //
   // `protocols`: what to expect, ended by `eAllProtocols` (reading stops at any value above 10, and after 254 entries).
   // A null list, or one that begins with its end, means all eleven. Only these can be enabled later on.
   // `overflowHandling`: what to do with bytes that do not fit into the queue of GetMaxFrameLength() + 32 bytes.
@@ -89,6 +91,13 @@ class VELAGNSS_API C_FrameRecognizer {
   // Queues `length` bytes (none when `data` is null), then makes one step of the search. With `eRecFrameComplete` the
   // frame has been copied into `message`: protocol, type, subtype, at most `message.capacity` bytes, and in
   // `message.length` how many. With every other result `message` is untouched.
+  //
+  // `data` is read during the call only. Bytes that do not fit meet the overflow policy one by one; the result is then
+  // `eRecInputOverflow`, no step is made, and the next call goes on. The frame in `message` is the host's until the
+  // next call that completes one; a message with a null `data` receives everything but the bytes.
+  //
+  // A call takes time for the bytes that it is given and for those that the step looks at, never more than the queue
+  // holds. A body that is awaited is looked at once, however many calls its bytes take to come.
   eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
 
   // Takes a protocol into or out of the search; `eAllProtocols` means every protocol named at construction, larger
@@ -96,24 +105,29 @@ class VELAGNSS_API C_FrameRecognizer {
   void EnableProtocol(eProtocols protocol);
   void DisableProtocol(eProtocols protocol);
 
+  // Replaces the policy for bytes that come from now on; what is queued stays. A number that is no policy makes
+  // `DoRecognition` answer `eRecError` at a full queue, and the bytes that do not fit are lost uncounted.
   void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
 
   // Whether a start waits until its protocol can be told for sure. Off (the default), a start pattern is compared as
   // soon as its own bytes are there, and fails when the bytes that tell type and length are still to come: "$RD1,",
   // "$>JI,", "$>JQUERY," and "$>JGEO," that arrive a few bytes at a time are lost. On, it waits for those bytes too:
-  // the result no longer depends on how the stream was cut.
+  // the result no longer depends on how the stream was cut. Acknowledgements are an exception: "$>" is one as soon as
+  // it is there, whatever would have followed. A host that does not wait for one disables `eVelaCmdAck`.
   void SetPatientSearch(bool patient);
 
-  // Forgets everything: queue, frame in progress, counters. The enabled protocols stay.
+  // Forgets everything: queue, frame in progress, counters. The enabled protocols, the policy and patience stay. For
+  // the start of another stream, and behind a gap in this one.
   void FullProcessingReset();
 
-  // Abandons the frame in progress; queue and counters stay.
+  // Abandons the frame in progress; queue and counters stay. Its bytes are searched once more from the first one on.
   void ResetFrameScanProc();
 
   // The longest frame of the protocols named at construction, in bytes; 0 when there are none.
   unsigned short GetMaxFrameLength() const { return m_maxFrameLength; }
 
-  // Bytes that can be queued now without overflow.
+  // Bytes that can be queued now without overflow. What is queued is GetMaxFrameLength() + 32 - GetFreeSpace(); the
+  // bytes fed so far less those queued, less `message.length`, are the offset of the frame just delivered.
   unsigned int GetFreeSpace() const { return m_queue.MaxNumItems() - m_queue.NumItems(); }
 
   // The live counters, null when none are kept. The pointer stays right as long as the recognizer lives.
@@ -123,15 +137,22 @@ class VELAGNSS_API C_FrameRecognizer {
 
   // Whether RTCM 3 frames of this number are delivered.
   static bool IsASupportedRtcm3Type(unsigned int number);
-  // SSR messages of the state space representation, by what they carry. False for any protocol but `eRTCM3_x`.
+
+  // Messages of the state space representation (SSR), by what they carry: corrections of orbit or clock or of both,
+  // code biases, phase biases, the ionosphere's vertical electron content, clocks at a high rate. A high-rate clock
+  // counts among orbit and clock too. False for any protocol but `eRTCM3_x`.
   static bool IsAnRtcmSsrOrbitClockMsg(eProtocols protocol, unsigned int number);
   static bool IsAnRtcmSsrCodeBiasMsg(eProtocols protocol, unsigned int number);
   static bool IsAnRtcmSsrPhaseBiasMsg(eProtocols protocol, unsigned int number);
   static bool IsAnRtcmSsrVtecMsg(eProtocols protocol, unsigned int number);
   static bool IsAHighRateSsrClockMsg(eProtocols protocol, unsigned int number);
+
   // The system that an orbit/clock message is about; `GNSS_UNKNOWN` for any other number.
   static ALGO::eGNSSSystem GetRtcmSsrOrbitClockMsgSys(unsigned int number);
+
+  // The protocol is `eNMEA0183` and the type `eNmeaGGA`.
   static bool IsAnNmeaGgaMsg(eProtocols protocol, unsigned int type);
+
   // The protocol is the one named and the type at most 999.
   static bool IsAVelaRDMsg(eProtocols protocol, unsigned int type);
   static bool IsAVelaJIMsg(eProtocols protocol, unsigned int type);
@@ -140,6 +161,8 @@ class VELAGNSS_API C_FrameRecognizer {
 
   // --- Helpers of the body scanners ---
 
+  // They keep nothing; hosts may use them on bytes of their own.
+  //
   // The value of `count` hexadecimal digits, the most significant first. False, with the digits read so far, at
   // anything but 0-9 and A-F (lower case is refused); false and 0 when `count` is not 1 to 8.
   bool ExtractHexValue(const unsigned char* text, unsigned char count, unsigned int& value) const;
@@ -159,6 +182,10 @@ class VELAGNSS_API C_FrameRecognizer {
   static unsigned int UnwindVela7of8Message(void* out, const unsigned char* in, unsigned short maxWords);
 
   // --- The machinery, step by step. DoRecognition drives it; a host has no need to. ---
+  //
+  // The search has four states. Idle: noise is dropped. Start search: the oldest byte may start a frame, its followers
+  // are compared with the patterns. Body wait: the protocol is known, its end and its checksum are not yet.
+  // Resynchronise: the start was none; its byte is dropped, and the search is idle again behind it.
 
   // Whether a frame of an enabled protocol can start with this byte.
   bool IsAFrameStartChar(unsigned char byte) const;
@@ -167,7 +194,9 @@ class VELAGNSS_API C_FrameRecognizer {
   // ends the allowance.
   bool IsAPostFrameAllowedByte(unsigned char byte);
 
-  // Fill the tables that the search works from; the constructor has done it.
+  // Fill the tables that the search works from; the constructor has done it, and doing it again changes nothing. The
+  // first one takes the start patterns, the second the start bytes of the enabled protocols, the others the length
+  // limits of a protocol's messages.
   void CreateRecognizedFrames();
   void SetFrameStartChars();
   void SetExpectedNMEA0183Msgs();
@@ -178,13 +207,17 @@ class VELAGNSS_API C_FrameRecognizer {
   void SetExpectedVelaJQUERYMsgs();
   void SetExpectedJSITERECORDMsgs();
 
-  // Compares the queued bytes with the start patterns; `eRecError` unless a start is being looked at.
+  // Compares the queued bytes with the start patterns of the enabled protocols, in the order of the catalogue: the
+  // first that matches goes on with DetermineMsgExpectations(). `eRecSearching` while no pattern matches; the start is
+  // given up when as many bytes have been compared as the longest pattern has. `eRecError` unless a start is being
+  // looked at.
   eRecognitionResult FrameStartSearch();
 
   // Sets the expectations of the matched protocol's frame; false of the parameter step means `eRecFrameRejected`.
   eRecognitionResult DetermineMsgExpectations();
 
-  // Read message type and length limits from the first bytes of a frame. False: too few bytes, or no such message.
+  // Read message type and length limits from the first bytes of a frame: the bytes that they need are those of
+  // docs/wire-formats.md. False: too few bytes, or no such message; then `DoRecognition` answers `eRecFrameRejected`.
   bool GetRTCM3_xFrameParameters();
   bool GetNMEA0183rameParameters();
   bool GetVelaBINFrameParameters();
@@ -195,8 +228,9 @@ class VELAGNSS_API C_FrameRecognizer {
   bool GetVelaJQUERYFrameParameters();
   bool GetJSITERECORDFrameParameters();
 
-  // Scan the frame's body for its end and check it: `FrameBodyWait` by the matched protocol. `eRecError` unless a body
-  // is awaited.
+  // Scan the frame's body for its end and check it: `FrameBodyWait` by the matched protocol. `eRecFrameStarted` while
+  // bytes are missing, then `eRecFrameComplete`, `eRecChecksumError` or `eRecFrameRejected`. `eRecError` unless a body
+  // is awaited. They look at the queue and remove nothing from it.
   eRecognitionResult FrameBodyWait();
   eRecognitionResult RTCM3xBodyWait();
   eRecognitionResult NMEA0183BodyWait();

@@ -12,7 +12,8 @@
 //   C_RawDataMessage message(buffer, sizeof buffer);
 class VELAGNSS_API C_RawDataMessage {
  public:
-  // The protocols of a receiver's stream. The value is also the index into flags and limits by protocol.
+  // The protocols of a receiver's stream; docs/wire-formats.md has their bytes. The value is also the index into flags
+  // and limits by protocol.
   enum eProtocols : unsigned int {
     eJROX = 0,           // packed binary reply in a text envelope, "$JROX,"
     eRTCM3_x = 1,        // RTCM 10403 frame
@@ -29,32 +30,33 @@ class VELAGNSS_API C_RawDataMessage {
     eNoProtocol = 12,    // of a message that holds no frame
   };
 
-  // The sentence formatters of NMEA 0183 that are known, in the order of `C_NMEA_EncodeDecode::mppz_NmeaMsgIDs`.
+  // The sentence formatters of NMEA 0183 that are known, in the order of `C_NMEA_EncodeDecode::mppz_NmeaMsgIDs`. Frames
+  // of all of them are found; GGA, GLL, GNS, GSA, GSV, RMC, VTG and ZDA are decoded.
   enum eNMEA0183Messages : unsigned int {
-    eNmeaALM = 0,
-    eNmeaAPB,
-    eNmeaBWC,
-    eNmeaDTM,
-    eNmeaHDG,
-    eNmeaHDM,
-    eNmeaHDT,
-    eNmeaHEV,
-    eNmeaGGA,
-    eNmeaGLL,
-    eNmeaGNS,
-    eNmeaGRS,
-    eNmeaGSA,
-    eNmeaGST,
-    eNmeaGSV,
-    eNmeaRMA,
-    eNmeaRMB,
-    eNmeaRMC,
-    eNmeaROT,
-    eNmeaRRE,
-    eNmeaVTG,
-    eNmeaXTE,
-    eNmeaZDA,
-    eNmeaUnknown = 24,
+    eNmeaALM = 0,       // almanac of a GPS satellite
+    eNmeaAPB,           // autopilot
+    eNmeaBWC,           // bearing and distance to a waypoint
+    eNmeaDTM,           // datum
+    eNmeaHDG,           // magnetic heading, deviation and variation
+    eNmeaHDM,           // magnetic heading
+    eNmeaHDT,           // true heading
+    eNmeaHEV,           // heave
+    eNmeaGGA,           // position and fix
+    eNmeaGLL,           // position
+    eNmeaGNS,           // position of several systems
+    eNmeaGRS,           // range residuals
+    eNmeaGSA,           // satellites in use, dilutions of precision
+    eNmeaGST,           // statistics of the position's error
+    eNmeaGSV,           // satellites in view
+    eNmeaRMA,           // recommended minimum, LORAN-C
+    eNmeaRMB,           // recommended minimum, way to a waypoint
+    eNmeaRMC,           // recommended minimum, position and date
+    eNmeaROT,           // rate of turn
+    eNmeaRRE,           // range residuals and errors
+    eNmeaVTG,           // course and speed over ground
+    eNmeaXTE,           // cross-track error
+    eNmeaZDA,           // date and time
+    eNmeaUnknown = 24,  // any other; 23 is not used
   };
 
   // A message without a buffer: capacity 0, fields as after `Reset`.
