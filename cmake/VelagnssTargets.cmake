@@ -38,6 +38,7 @@ add_library(velagnss SHARED)
 add_library(velagnss::velagnss ALIAS velagnss)
 target_link_libraries(velagnss PRIVATE $<BUILD_INTERFACE:velagnss_objects> $<BUILD_INTERFACE:velagnss_flags>)
 target_compile_features(velagnss PUBLIC cxx_std_17)  # what an installed header may use
+target_link_options(velagnss PRIVATE -Wl,-Bsymbolic-functions)  # nor within the library
 set_target_properties(velagnss PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}

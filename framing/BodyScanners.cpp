@@ -7,30 +7,43 @@
 #include "framing/ByteScan.h"
 #include "framing/CRC24.h"
 #include "framing/RecognizerTables.h"
+#include "framing/RunningCrc24.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldParsers.h"
 #include "textproto/VelaPKVN_Decode.h"
 
 // How a body runs up to its end, and what must hold then.
 struct C_FrameRecognizer::S_BodyRule {
-  eVerdict (C_FrameRecognizer::*check)();  // of the whole frame; null: nothing
-  bool knownLength = false;                // the frame ends at its greatest length; nothing below applies
-  unsigned int first = 0;                  // position of the first byte that is judged
-  unsigned int judgedBelow = 0;            // bytes from this value on are content
-  bool onlyLineEnds = false;               // a judged byte other than CR and LF is a fault
-  bool endsInCrLf = false;                 // the end is CR LF, not the first of either
-  bool limited = false;                    // the expected length is a limit; otherwise only the buffer is
+  eVerdict (C_FrameRecognizer::*check)();   // of the whole frame; null: nothing
+  bool knownLength = false;                 // the frame ends at its greatest length; nothing below applies
+  UTIL::eMark mark = UTIL::eMark::Control;  // what is not content: a line end, or else a fault
+  unsigned int first = 0;                   // position of the first byte that is looked at
+  bool endsInCrLf = false;                  // the end is CR LF, not the first of either
+  bool limited = false;                     // the expected length is a limit; otherwise only the buffer is
 };
 
 namespace {
 
-constexpr unsigned char kCr = 13;
-constexpr unsigned char kLf = 10;
-constexpr unsigned char kPackedBit = 0x80;  // set in every byte of a 7-of-8 packed stream
+using UTIL::eMark;
+using UTIL::kCr;
+using UTIL::kLf;
 
 constexpr unsigned int kJroxHeader = 6;     // "$JROX,"
 constexpr unsigned int kRawComma = 9;       // "$PKVN,RAW": position of the comma behind it
 constexpr std::size_t kRawCountDigits = 9;  // kept of the field that tells the payload's length
+
+unsigned int FindMark(eMark mark, const unsigned char* bytes, unsigned int from, unsigned int to) {
+  switch (mark) {
+    case eMark::Control:
+      return UTIL::Find<eMark::Control>(bytes, from, to);
+    case eMark::LineEnd:
+      return UTIL::Find<eMark::LineEnd>(bytes, from, to);
+    case eMark::CrLf:
+      return UTIL::Find<eMark::CrLf>(bytes, from, to);
+    default:
+      return UTIL::Find<eMark::Plain>(bytes, from, to);
+  }
+}
 
 constexpr bool IsLineEnd(unsigned char byte) { return byte == kCr || byte == kLf; }
 
@@ -38,15 +51,15 @@ constexpr bool IsLineEnd(unsigned char byte) { return byte == kCr || byte == kLf
 
 // clang-format off
 constexpr C_FrameRecognizer::S_BodyRule C_FrameRecognizer::kBodyRules[] = {
-    // check                                    known  first        below       only   CR LF  limited
+    // check                                    known  mark            first        CR LF  limited
     {&C_FrameRecognizer::CheckRtcmSum,          true},
     {&C_FrameRecognizer::CheckBinaryFrame,      true},
-    {&C_FrameRecognizer::CheckNmeaSum,          false, 0,           32,         true,  false, true},
-    {&C_FrameRecognizer::CheckPkvnSentence,     false, 0,           32,         true,  false, true},
-    {&C_FrameRecognizer::CheckSiteRecord,       false, 0,           32,         true,  false, true},
-    {nullptr,                                   false, 0,           kCr + 1,    false, false, false},
-    {&C_FrameRecognizer::CheckPackedReply,      false, kJroxHeader, kPackedBit, true,  true,  true},
-    {&C_FrameRecognizer::CheckPackedSentence,   false, 0,           kCr + 1,    false, true,  true},
+    {&C_FrameRecognizer::CheckNmeaSum,          false, eMark::Control, 1,           false, true},
+    {&C_FrameRecognizer::CheckPkvnSentence,     false, eMark::Control, 1,           false, true},
+    {&C_FrameRecognizer::CheckSiteRecord,       false, eMark::Control, 1,           false, true},
+    {nullptr,                                   false, eMark::LineEnd, 1,           false, false},
+    {&C_FrameRecognizer::CheckPackedReply,      false, eMark::Plain,   kJroxHeader, true,  true},
+    {&C_FrameRecognizer::CheckPackedSentence,   false, eMark::CrLf,    1,           true,  true},
 };
 // clang-format on
 
@@ -74,12 +87,8 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectUntilEnd(const S_BodyRule&
   const unsigned int limit = rule.limited ? std::min<unsigned int>(m_frameMaxLength, capacity) : capacity;
   const unsigned int end = std::min(m_queue.NumItems(), limit);
   const unsigned char* bytes = FrameBytes(end);
-  unsigned int at = UTIL::FindBelow(bytes, std::max(m_examined, rule.first), end, rule.judgedBelow);
-  for (; at < end; at = UTIL::FindBelow(bytes, at + 1, end, rule.judgedBelow)) {
-    if (!IsLineEnd(bytes[at])) {
-      if (rule.onlyLineEnds) return eVerdict::Rejected;
-      continue;
-    }
+  for (unsigned int at = FirstMark(rule, bytes, end); at < end; at = FindMark(rule.mark, bytes, at + 1, end)) {
+    if (!IsLineEnd(bytes[at])) return eVerdict::Rejected;
     if (at + 1 < m_frameMinLength) continue;
     if (rule.endsInCrLf && (bytes[at] != kLf || bytes[at - 1] != kCr)) continue;
     m_workMessage.length = static_cast<unsigned short>(at + 1);
@@ -89,6 +98,17 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectUntilEnd(const S_BodyRule&
   m_examined = end;
   m_workMessage.length = static_cast<unsigned short>(end);
   return eVerdict::More;
+}
+
+// The first mark that needs a look, `end` or more when there is none. How far the stream has no mark is remembered
+// from one false start to the next: a stream of nothing but starts would be scanned over and over otherwise.
+unsigned int C_FrameRecognizer::FirstMark(const S_BodyRule& rule, const unsigned char* bytes, unsigned int end) {
+  std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(rule.mark)];
+  const unsigned int from = std::max(m_examined, rule.first);
+  const unsigned int unmarked = unmarkedTo > m_position + 1 ? static_cast<unsigned int>(unmarkedTo - m_position) : 1;
+  const unsigned int at = FindMark(rule.mark, bytes, std::max(from, unmarked), end);
+  if (from <= unmarked) unmarkedTo = m_position + std::min(at, end);
+  return at;
 }
 
 // Collects a body whose whole frame is m_frameMaxLength bytes long.
@@ -123,7 +143,12 @@ eRecognitionResult C_FrameRecognizer::Conclude(eVerdict verdict) {
 C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckRtcmSum() {
   const unsigned short length = m_workMessage.length;
   const unsigned char* bytes = FrameBytes(length);
-  if (C_CRC24::ComputeCRC(bytes, length) != 0) return eVerdict::BadCheck;
+  if (m_runningSums->Knows(m_position)) {
+    if (m_runningSums->Sum(m_position, bytes, length) != 0) return eVerdict::BadCheck;
+  } else if (C_CRC24::ComputeCRC(bytes, length) != 0) {
+    m_runningSums->Sum(m_position, bytes, length);  // the false start's bytes may hold more starts
+    return eVerdict::BadCheck;
+  }
   constexpr unsigned int kWithoutPayload = 3 + 3;
   m_workMessage.messageType = length > kWithoutPayload ? bytes[3] << 4 | bytes[4] >> 4 : 0;
   return eVerdict::Complete;
@@ -147,7 +172,7 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckNmeaSum() {
     return m_workMessage.protocol == C_RawDataMessage::eNMEA0183 ? eVerdict::Rejected : eVerdict::Complete;
   }
   unsigned int sum = 0;
-  if (!ExtractHexValue(bytes + length - 3, 2, sum)) return eVerdict::Rejected;
+  if (!UTIL::ReadHex(bytes + length - 3, 2, sum)) return eVerdict::Rejected;
   return UTIL::XorOf(bytes + 1, length - 5) == sum ? eVerdict::Complete : eVerdict::BadCheck;
 }
 
@@ -192,8 +217,8 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckPackedSentence() {
   if (comma == std::string_view::npos) return eVerdict::Rejected;
 
   const auto packed = static_cast<unsigned int>(comma + 1);
-  for (unsigned int at = UTIL::FindBelow(bytes, packed, length, kPackedBit); at < length;
-       at = UTIL::FindBelow(bytes, at + 1, length, kPackedBit)) {
+  for (unsigned int at = UTIL::Find<eMark::Plain>(bytes, packed, length); at < length;
+       at = UTIL::Find<eMark::Plain>(bytes, at + 1, length)) {
     if (!IsLineEnd(bytes[at])) return eVerdict::Rejected;
   }
   char digits[kRawCountDigits + 1] = {};
@@ -207,14 +232,7 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckPackedSentence() {
 }
 
 bool C_FrameRecognizer::ExtractHexValue(const unsigned char* text, unsigned char count, unsigned int& value) const {
-  value = 0;
-  if (text == nullptr || count < 1 || count > 8) return false;
-  for (unsigned int i = 0; i < count; ++i) {
-    const bool isDigit = text[i] >= '0' && text[i] <= '9';
-    if (!isDigit && (text[i] < 'A' || text[i] > 'F')) return false;
-    value = value << 4 | static_cast<unsigned int>(isDigit ? text[i] - '0' : text[i] - 'A' + 10);
-  }
-  return true;
+  return UTIL::ReadHex(text, count, value);
 }
 
 unsigned char C_FrameRecognizer::Compute_ByteXOR(const unsigned char* data, unsigned short count) const {
@@ -245,7 +263,7 @@ unsigned int C_FrameRecognizer::UnwindVela7of8Message(void* out, const unsigned 
   unsigned short word = 0;
   unsigned int sum = 0;  // of the words before the last
   unsigned int words = 0;
-  for (; words < maxWords && (*in & kPackedBit) != 0; ++in) {
+  for (; words < maxWords && (*in & UTIL::kPackedBit) != 0; ++in) {
     const unsigned short previous = word;
     if (!Unwind7of8_Byte(&word, *in, accumulator, bitCount)) continue;
     if (words > 0) sum += previous;

@@ -1,45 +1,119 @@
-// Scans over runs of bytes, eight and sixteen at a time. Internal.
+// Scans over runs of bytes, sixteen at a time where the processor can. Internal.
 #ifndef VELAGNSS_FRAMING_BYTE_SCAN_H
 #define VELAGNSS_FRAMING_BYTE_SCAN_H
 
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace UTIL {
 
-// The top bit of each byte of `word` that is below `bound` (1 to 128); a borrow can set more of them, but only behind
-// the first such byte.
-inline std::uint64_t BytesBelow(const unsigned char* bytes, unsigned int bound) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101;
-  std::uint64_t word = 0;
-  std::memcpy(&word, bytes, sizeof word);
-  return (word - kOnes * bound) & ~word & (kOnes << 7);
+// What a scan looks for.
+enum class eMark : unsigned char {
+  Control,  // a byte below 32
+  LineEnd,  // CR or LF
+  CrLf,     // the LF behind a CR; the byte before the scanned ones is looked at
+  Plain,    // a byte below 128, outside of a 7-of-8 packed stream
+};
+inline constexpr unsigned int kNumMarks = 4;
+
+inline constexpr unsigned char kCr = 13;
+inline constexpr unsigned char kLf = 10;
+inline constexpr unsigned char kFirstPrintable = 32;
+inline constexpr unsigned char kPackedBit = 0x80;  // set in every byte of a 7-of-8 packed stream
+
+template <eMark kMark>
+bool IsMark(const unsigned char* byte) {
+  switch (kMark) {
+    case eMark::Control:
+      return *byte < kFirstPrintable;
+    case eMark::LineEnd:
+      return *byte == kCr || *byte == kLf;
+    case eMark::CrLf:
+      return *byte == kLf && byte[-1] == kCr;
+    case eMark::Plain:
+      return *byte < kPackedBit;
+  }
 }
 
-// Position of the first byte below `bound` (1 to 128) in [from, to); `to` or more when there is none.
-inline unsigned int FindBelow(const unsigned char* bytes, unsigned int from, unsigned int to, unsigned int bound) {
-  if constexpr (std::endian::native == std::endian::little) {
-    while (from + 16 <= to && (BytesBelow(bytes + from, bound) | BytesBelow(bytes + from + 8, bound)) == 0) from += 16;
-    for (; from + 8 <= to; from += 8) {
-      const std::uint64_t below = BytesBelow(bytes + from, bound);
-      if (below != 0) return from + static_cast<unsigned int>(std::countr_zero(below)) / 8;
-    }
+#ifdef __SSE2__
+// Which of 16 bytes are marks: bit i for byte i.
+template <eMark kMark>
+unsigned int MarksOf16(const unsigned char* bytes) {
+  const auto load = [](const unsigned char* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); };
+  const auto equals = [](__m128i block, unsigned char byte) {
+    return _mm_cmpeq_epi8(block, _mm_set1_epi8(static_cast<char>(byte)));
+  };
+  const auto bits = [](__m128i block) { return static_cast<unsigned int>(_mm_movemask_epi8(block)); };
+  const __m128i block = load(bytes);
+  switch (kMark) {
+    case eMark::Control:  // a saturated subtraction leaves nothing of them
+      return bits(equals(_mm_subs_epu8(block, _mm_set1_epi8(kFirstPrintable - 1)), 0));
+    case eMark::LineEnd:
+      return bits(_mm_or_si128(equals(block, kCr), equals(block, kLf)));
+    case eMark::CrLf:
+      return bits(_mm_and_si128(equals(load(bytes - 1), kCr), equals(block, kLf)));
+    case eMark::Plain:
+      return bits(block) ^ 0xFFFF;
   }
-  while (from < to && bytes[from] >= bound) ++from;
+}
+#endif
+
+// Position of the first mark in [from, to); `to` or more when there is none.
+template <eMark kMark>
+unsigned int Find(const unsigned char* bytes, unsigned int from, unsigned int to) {
+#ifdef __SSE2__
+  for (; from + 16 <= to; from += 16) {
+    const unsigned int marks = MarksOf16<kMark>(bytes + from);
+    if (marks != 0) return from + static_cast<unsigned int>(std::countr_zero(marks));
+  }
+#endif
+  while (from < to && !IsMark<kMark>(bytes + from)) ++from;
   return from;
 }
 
-// Exclusive or of `count` bytes.
-inline unsigned char XorOf(const unsigned char* bytes, unsigned int count) {
-  std::uint64_t folded = 0;
-  constexpr unsigned int kWord = sizeof folded;
-  for (; count >= kWord; bytes += kWord, count -= kWord) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    folded ^= word;
+// The value of `count` (1 to 8) upper-case hexadecimal digits, the most significant first. False, with the digits read
+// so far, at any other character; false and 0 for a null text or another count.
+inline bool ReadHex(const unsigned char* text, unsigned int count, unsigned int& value) {
+  static constexpr unsigned char kNone = 0xFF;
+  static constexpr auto kDigits = [] {
+    std::array<unsigned char, 256> digits = {};
+    digits.fill(kNone);
+    for (unsigned char digit = 0; digit < 16; ++digit)
+      digits[static_cast<unsigned char>("0123456789ABCDEF"[digit])] = digit;
+    return digits;
+  }();
+  value = 0;
+  if (text == nullptr || count < 1 || count > 8) return false;
+  for (unsigned int i = 0; i < count; ++i) {
+    const unsigned char digit = kDigits[text[i]];
+    if (digit == kNone) return false;
+    value = value << 4 | digit;
   }
-  for (; count > 0; ++bytes, --count) folded ^= *bytes;
+  return true;
+}
+
+// Exclusive or of `count` bytes. The last bytes are taken as one word too, less those of it that were taken before: a
+// loop over them would cost more than all the words of a sentence.
+inline unsigned char XorOf(const unsigned char* bytes, unsigned int count) {
+  constexpr unsigned int kWord = sizeof(std::uint64_t);
+  const auto word = [](const unsigned char* from) {
+    std::uint64_t value = 0;
+    std::memcpy(&value, from, kWord);
+    return value;
+  };
+  std::uint64_t folded = 0;
+  if (count < kWord || std::endian::native != std::endian::little) {
+    for (; count > 0; ++bytes, --count) folded ^= *bytes;
+  } else {
+    for (; count > kWord; bytes += kWord, count -= kWord) folded ^= word(bytes);
+    folded ^= word(bytes + count - kWord) >> (8 * (kWord - count));
+  }
   folded ^= folded >> 32;
   folded ^= folded >> 16;
   return static_cast<unsigned char>(folded ^ (folded >> 8));

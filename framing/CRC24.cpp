@@ -33,24 +33,25 @@ constexpr std::array<t_Slice, kSlices> MakeSlices() {
 constexpr std::array<t_Slice, kSlices> kSlice = MakeSlices();
 static_assert(kSlice[0][1] == 0x864CFB && kSlice[1][0] == 0, "CRC-24Q");
 
-// The sum after one more block of `kSlices` bytes. What is summed so far is folded into the first three of them.
-inline unsigned int SumBlock(const unsigned char* block, unsigned int crc) {
+// The sum after one more block of `count` bytes, at most `kSlices`. What is summed so far is folded into the first
+// three of them: 0, if there are not that many.
+inline unsigned int SumBlock(const unsigned char* block, std::size_t count, unsigned int crc) {
   unsigned int sum = 0;
-  for (std::size_t i = 0; i < kSlices; ++i) {
+  for (std::size_t i = 0; i < count; ++i) {
     const unsigned int carried = i < 3 ? (crc >> (16 - 8 * i)) & 0xFF : 0;
-    sum ^= kSlice[kSlices - 1 - i][block[i] ^ carried];
+    sum ^= kSlice[count - 1 - i][block[i] ^ carried];
   }
   return sum;
 }
 
 }  // namespace
 
+// The short block comes first, where nothing is summed yet.
 unsigned int C_CRC24::ComputeCRC(const unsigned char* data, unsigned short count) {
   if (data == nullptr) return 0;
   const unsigned char* const end = data + count;
-  unsigned int crc = 0;
-  for (; end - data >= static_cast<std::ptrdiff_t>(kSlices); data += kSlices) crc = SumBlock(data, crc);
-  for (; data != end; ++data) crc = ((crc << 8) ^ kSlice[0][(crc >> 16) ^ *data]) & 0xFFFFFF;
+  unsigned int crc = SumBlock(data, count % kSlices, 0);
+  for (data += count % kSlices; data != end; data += kSlices) crc = SumBlock(data, kSlices, crc);
   return crc;
 }
 

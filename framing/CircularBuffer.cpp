@@ -52,11 +52,6 @@ bool C_CircularBuffer::NewItemOverflowProtect() {
   }
 }
 
-void C_CircularBuffer::Write(unsigned int slot, const void* items, unsigned int n) {
-  std::memcpy(Slot(slot), items, std::size_t{n} * m_itemSize);
-  m_dirtyBytes = std::max(m_dirtyBytes, (std::size_t{slot} + n) * m_itemSize);
-}
-
 void C_CircularBuffer::QueueItem(const void* item) {
   if (item == nullptr || !NewItemOverflowProtect() || m_maxItems == 0) return;
   Write(m_tailIndex, item, 1);
@@ -64,7 +59,7 @@ void C_CircularBuffer::QueueItem(const void* item) {
   ++m_numItems;
 }
 
-void C_CircularBuffer::QueueNItems(const void* items, unsigned int n) {
+void C_CircularBuffer::QueueAcrossEnd(const void* items, unsigned int n) {
   if (items == nullptr || m_maxItems == 0) return;
   const unsigned char* source = static_cast<const unsigned char*>(items);
   if (n > m_maxItems) {

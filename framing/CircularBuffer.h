@@ -6,6 +6,7 @@
 #define VELAGNSS_FRAMING_CIRCULAR_BUFFER_H
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 
 #include "velagnss_export.h"
@@ -47,7 +48,16 @@ class VELAGNSS_API C_CircularBuffer {
 
   // Queues `n` consecutive items. Under `eCircBufOvrflowRejectNew` all of them or none; under the other two policies
   // the newest data wins: of a batch longer than the capacity its last `MaxNumItems()` items. Null: nothing happens.
-  void QueueNItems(const void* items, unsigned int n);
+  void QueueNItems(const void* items, unsigned int n) {
+    const bool fitsInOnePiece = n <= m_maxItems - m_numItems && n < m_maxItems - m_tailIndex;
+    if (items == nullptr || !fitsInOnePiece) {
+      QueueAcrossEnd(items, n);
+      return;
+    }
+    Write(m_tailIndex, items, n);
+    m_tailIndex += n;
+    m_numItems += n;
+  }
 
   // Inserts a copy of one item so that it becomes the n-th queued one (0 is the oldest); with n >= NumItems() it is
   // queued last. Room is made first: where that drops the oldest item, `n` counts from the new oldest. Moves the items
@@ -100,7 +110,18 @@ class VELAGNSS_API C_CircularBuffer {
   }
   unsigned int Next(unsigned int slot) const { return slot + 1 < m_maxItems ? slot + 1 : 0; }
   unsigned char* Slot(unsigned int slot) const { return m_storage.get() + std::size_t{slot} * m_itemSize; }
-  void Write(unsigned int slot, const void* items, unsigned int n);
+  void QueueAcrossEnd(const void* items, unsigned int n);  // or where the policy must make room
+  void Write(unsigned int slot, const void* items, unsigned int n) {
+    unsigned char* const dest = Slot(slot);
+    const std::size_t bytes = std::size_t{n} * m_itemSize;
+    if (bytes == 1) {
+      *dest = *static_cast<const unsigned char*>(items);  // a stream that comes byte by byte
+    } else {
+      std::memcpy(dest, items, bytes);
+    }
+    const std::size_t end = static_cast<std::size_t>(dest - m_storage.get()) + bytes;
+    if (m_dirtyBytes < end) m_dirtyBytes = end;
+  }
   void Read(void* dest, unsigned int n) const;
 
   unsigned int m_maxItems;

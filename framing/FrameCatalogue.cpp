@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "framing/RecognizerTables.h"
-#include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/PkvnNames.h"
+#include "textproto/SentenceIds.h"
 
 namespace {
 
@@ -247,8 +247,9 @@ bool C_FrameRecognizer::GetRTCM3_xFrameParameters() {
 // "$GPGGA,": the formatter behind the two letters of the talker tells the sentence.
 bool C_FrameRecognizer::GetNMEA0183rameParameters() {
   if (m_workMessage.length < 7) return false;
-  const unsigned int sentence =
-      C_NMEA_EncodeDecode::GetNmeaPreamble(reinterpret_cast<const char*>(FrameBytes(7)), 7, nullptr);
+  const char* sentenceText = reinterpret_cast<const char*>(FrameBytes(7));
+  if (sentenceText[0] != '$') return false;
+  const unsigned int sentence = SentenceIds::Find(sentenceText + 3);
   return sentence < std::size(kNmeaLengths) && Expect(sentence, m_nmeaLengths[sentence]);
 }
 

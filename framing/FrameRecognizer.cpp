@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include "framing/ByteScan.h"
 #include "framing/RecognizerTables.h"
-#include "textproto/NMEA_EncodeDecode.h"
+#include "framing/RunningCrc24.h"
+#include "textproto/SentenceIds.h"
 
 namespace {
 
@@ -30,14 +32,11 @@ constexpr unsigned short kMaxFrameLengths[kNumProtocols] = {
 
 constexpr unsigned int kMaxListEntries = 254;  // of a host's protocol list
 constexpr unsigned int kQueueMargin = 32;      // bytes queued beyond the longest frame
-constexpr unsigned int kWorkMargin = 10;       // bytes of buffer beyond the longest frame
 constexpr unsigned short kStepAgain = 0xFFFF;  // no scan count equals it
-
-constexpr unsigned char kCr = 13;
-constexpr unsigned char kLf = 10;
 
 // The first bytes of a frame as one word, so that a start pattern is compared at once.
 constexpr unsigned int kHeadBytes = sizeof(std::uint64_t);
+constexpr std::uint64_t kMatchesNothing = 1;  // under a mask of zero
 
 std::uint64_t Head(const unsigned char* bytes) {
   std::uint64_t word = 0;
@@ -80,9 +79,10 @@ C_FrameRecognizer::C_FrameRecognizer(const eProtocols* protocols, eCircBufOvrflo
       m_allowedProtocols(NamedProtocols(protocols)),
       m_maxFrameLength(LongestFrame(m_allowedProtocols)),
       m_statistics(keepStatistics ? new S_RecognizerStatistics() : nullptr),
-      m_workBuffer(new unsigned char[m_maxFrameLength + kWorkMargin]()),
+      m_runningSums(new C_RunningCrc24()),
+      m_copy(new unsigned char[CopyCapacity()]()),
       m_unwindBuffer(new unsigned char[m_maxFrameLength + kQueueMargin]()),
-      m_workMessage(m_workBuffer.get(), m_maxFrameLength),
+      m_workMessage(nullptr, m_maxFrameLength),
       m_queue(m_maxFrameLength + kQueueMargin, 1, overflowHandling) {
   CreateRecognizedFrames();
   SetExpectedNMEA0183Msgs();
@@ -125,10 +125,14 @@ void C_FrameRecognizer::SetFrameStartChars() {
   m_numStartChars = 0;
   m_minStartLength = 255;
   m_maxStartLength = 0;
+  m_settled = 0;
   for (unsigned int i = 0; i < kNumProtocols; ++i) {
     const S_FrameDescriptor& row = m_descriptors[i];
+    const bool enabled = m_enabledProtocols[row.protocol];
     m_neededLengths[i] = m_patientSearch ? kProtocols[i].neededLength : row.startLength;
-    if (!m_enabledProtocols[row.protocol]) continue;
+    m_startHeads[i] = enabled ? Head(row.startPattern) : kMatchesNothing;
+    m_startHeadMasks[i] = enabled ? Head(row.startMask) : 0;
+    if (!enabled) continue;
     m_minStartLength = std::min(m_minStartLength, m_neededLengths[i]);
     m_maxStartLength = std::max(m_maxStartLength, m_neededLengths[i]);
     bool known = false;
@@ -154,12 +158,13 @@ bool C_FrameRecognizer::IsAFrameStartChar(unsigned char byte) const {
 
 bool C_FrameRecognizer::IsAPostFrameAllowedByte(unsigned char byte) {
   m_postFrame = m_postFrame && m_lastDescriptor < kNumProtocols &&
-                m_descriptors[m_lastDescriptor].protocol != C_RawDataMessage::eRTCM3_x && (byte == kCr || byte == kLf);
+                m_descriptors[m_lastDescriptor].protocol != C_RawDataMessage::eRTCM3_x &&
+                (byte == UTIL::kCr || byte == UTIL::kLf);
   return m_postFrame;
 }
 
 void C_FrameRecognizer::FullProcessingReset() {
-  m_queue.Reset();
+  FlushBytes(m_queue.NumItems());
   m_frameMinLength = 0;
   m_frameMaxLength = 0;
   m_currentDescriptor = kNumProtocols;
@@ -176,10 +181,8 @@ void C_FrameRecognizer::ResetFrameScanProc() {
   m_postFrame = false;
 }
 
-// The buffer is zero wherever nothing was copied to it: no more needs clearing than that.
 void C_FrameRecognizer::ResetWorkMessage() {
-  if (m_linearised > 0) std::memset(m_workBuffer.get(), 0, m_linearised);
-  m_linearised = 0;
+  m_settled = 0;
   m_examined = 0;
   m_workMessage.protocol = C_RawDataMessage::eNoProtocol;
   m_workMessage.messageType = 0xFFFFFFFF;
@@ -187,24 +190,40 @@ void C_FrameRecognizer::ResetWorkMessage() {
   m_workMessage.length = 0;
 }
 
+// Room for a frame behind as many bytes of false starts as the ring can hold.
+unsigned int C_FrameRecognizer::CopyCapacity() const { return 2U * (m_maxFrameLength + kQueueMargin); }
+
+// Each byte is copied once, however many false starts come before it.
 const unsigned char* C_FrameRecognizer::LinearBytes(unsigned int count, unsigned int headRun) {
-  while (m_linearised < count) {
-    const unsigned int end = m_linearised < headRun ? headRun : count;
-    std::memcpy(&m_workBuffer[m_linearised], m_queue.PeekNthQueuedItem(m_linearised), end - m_linearised);
-    m_linearised = end;
+  if (m_position >= m_copyEnd || m_position + count > m_copyBegin + CopyCapacity()) {
+    m_copyBegin = m_position;
+    m_copyEnd = m_position;
   }
-  return m_workBuffer.get();
+  unsigned char* const copy = &m_copy[m_position - m_copyBegin];
+  for (auto held = static_cast<unsigned int>(m_copyEnd - m_position); held < count;) {
+    const unsigned int end = held < headRun ? headRun : count;
+    std::memcpy(copy + held, m_queue.PeekNthQueuedItem(held), end - held);
+    m_copyEnd = m_position + end;
+    held = end;
+  }
+  return copy;
 }
 
 eRecognitionResult C_FrameRecognizer::DoRecognition(const unsigned char* data, unsigned short length,
                                                     C_RawDataMessage& message) {
   if (m_state == eResynchronise) ResetFrameScanProc();
   if (data != nullptr && length != 0) {
-    const eRecognitionResult queued = QueueInput(data, length);
-    if (queued != eRecNoNewData) return queued;
+    if (length > GetFreeSpace()) {
+      const eRecognitionResult queued = QueueInput(data, length);
+      if (queued != eRecNoNewData) return queued;
+    } else {
+      m_queue.QueueNItems(data, length);
+      m_lastScanCount = kStepAgain;
+    }
   }
   if (m_queue.NumItems() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
   m_lastScanCount = m_scanCount;
+  if (m_queue.NumItems() == m_settled) return m_state == eBodyWait ? eRecFrameStarted : eRecSearching;
   switch (m_state) {
     case eIdle:
       return StepIdle();
@@ -218,7 +237,7 @@ eRecognitionResult C_FrameRecognizer::DoRecognition(const unsigned char* data, u
 }
 
 // Bytes go in by blocks as long as they fit; at a full queue the policy decides byte by byte.
-eRecognitionResult C_FrameRecognizer::QueueInput(const unsigned char* data, unsigned int length) {
+[[gnu::noinline]] eRecognitionResult C_FrameRecognizer::QueueInput(const unsigned char* data, unsigned int length) {
   eRecognitionResult result = eRecNoNewData;
   while (length > 0) {
     if (m_queue.IsQueueFull()) {
@@ -241,7 +260,7 @@ bool C_FrameRecognizer::MakeRoomInFullQueue() {
       return true;
     case eCircBufOvrflowFlushAll:
       Count(&S_RecognizerStatistics::bytesDiscarded, m_queue.NumItems());
-      m_queue.Reset();
+      FlushBytes(m_queue.NumItems());
       ResetFrameScanProc();
       return true;
     case eCircBufOvrflowRejectNew:  // the queue itself refuses the byte; the scan goes on
@@ -255,36 +274,41 @@ bool C_FrameRecognizer::MakeRoomInFullQueue() {
 // Gives up the oldest byte, and with it the frame that seemed to begin there.
 void C_FrameRecognizer::DropFalseStart() {
   Count(&S_RecognizerStatistics::bytesDiscarded, 1);
-  m_queue.FlushItems(1);
+  FlushBytes(1);
   ResetFrameScanProc();
 }
 
+void C_FrameRecognizer::FlushBytes(unsigned int count) {
+  m_queue.FlushItems(count);
+  m_position += count;
+}
+
 // Drops bytes that cannot start a frame. Behind a frame its line end counts as accepted, everything else is noise.
-eRecognitionResult C_FrameRecognizer::StepIdle() {
+[[gnu::noinline]] eRecognitionResult C_FrameRecognizer::StepIdle() {
   m_scanCount = 0;
   m_lastScanCount = kStepAgain;
   while (m_queue.NumItems() > 0) {
     unsigned int run = 0;
     const unsigned char* bytes = static_cast<const unsigned char*>(m_queue.PeekHeadRun(run));
-    if (m_isStartChar[bytes[0]]) {
-      m_state = eStartSearch;
-      m_lastScanCount = m_scanCount;
-      m_scanCount = 1;
-      return eRecSearching;
-    }
-    unsigned int count = 1;
-    if (IsAPostFrameAllowedByte(bytes[0])) {
-      Count(&S_RecognizerStatistics::bytesAccepted, 1);
-    } else {
-      while (count < run && !m_isStartChar[bytes[count]]) ++count;
-      Count(&S_RecognizerStatistics::bytesDiscarded, count);
-    }
-    m_queue.FlushItems(count);
+    unsigned int accepted = 0;
+    while (accepted < run && m_postFrame && !m_isStartChar[bytes[accepted]] && IsAPostFrameAllowedByte(bytes[accepted]))
+      ++accepted;
+    unsigned int count = accepted;
+    while (count < run && !m_isStartChar[bytes[count]]) ++count;
+    Count(&S_RecognizerStatistics::bytesAccepted, accepted);
+    Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
+    const bool isStart = count < run;
+    if (count > 0) FlushBytes(count);
+    if (!isStart) continue;
+    m_state = eStartSearch;
+    m_lastScanCount = 0;
+    m_scanCount = 1;
+    return eRecSearching;
   }
   return eRecSearching;
 }
 
-eRecognitionResult C_FrameRecognizer::StepStartSearch() {
+[[gnu::noinline]] eRecognitionResult C_FrameRecognizer::StepStartSearch() {
   const eRecognitionResult result = FrameStartSearch();
   if (m_state == eResynchronise) {
     DropFalseStart();
@@ -292,14 +316,17 @@ eRecognitionResult C_FrameRecognizer::StepStartSearch() {
     m_workMessage.length = std::min(m_workMessage.length, m_frameMinLength);
     m_scanCount = m_workMessage.length;
     m_lastScanCount = kStepAgain;
+  } else {
+    m_settled = m_queue.NumItems();
   }
   return result;
 }
 
-eRecognitionResult C_FrameRecognizer::StepBodyWait(C_RawDataMessage& message) {
+[[gnu::noinline]] eRecognitionResult C_FrameRecognizer::StepBodyWait(C_RawDataMessage& message) {
   const eRecognitionResult result = FrameBodyWait();
   if (m_state == eResynchronise) DropFalseStart();
   if (result == eRecFrameComplete) DeliverFrame(message);
+  if (result == eRecFrameStarted) m_settled = m_queue.NumItems();
   return result;
 }
 
@@ -313,7 +340,7 @@ void C_FrameRecognizer::DeliverFrame(C_RawDataMessage& message) {
     message.length = static_cast<unsigned short>(std::min<unsigned int>(length, message.capacity));
     std::memcpy(message.data, FrameBytes(length), message.length);
   }
-  m_queue.FlushItems(length);
+  FlushBytes(length);
   Count(&S_RecognizerStatistics::bytesAccepted, length);
   ResetWorkMessage();
   m_state = eIdle;
@@ -333,8 +360,7 @@ eRecognitionResult C_FrameRecognizer::FrameStartSearch() {
   const unsigned char* bytes = FrameBytes(m_workMessage.length);
   const std::uint64_t head = m_workMessage.length < kHeadBytes ? ShortHead(bytes, m_workMessage.length) : Head(bytes);
   for (unsigned int i = 0; i < kNumProtocols; ++i) {
-    if ((head & Head(m_descriptors[i].startMask)) != Head(m_descriptors[i].startPattern)) continue;
-    if (!Matches(i, bytes)) continue;
+    if ((head & m_startHeadMasks[i]) != m_startHeads[i] || !Matches(i, bytes)) continue;
     m_currentDescriptor = i;
     return DetermineMsgExpectations();
   }
@@ -346,18 +372,18 @@ eRecognitionResult C_FrameRecognizer::FrameStartSearch() {
 // sentence that is known.
 bool C_FrameRecognizer::Matches(unsigned int descriptor, const unsigned char* bytes) const {
   const S_FrameDescriptor& row = m_descriptors[descriptor];
-  if (!m_enabledProtocols[row.protocol] || m_neededLengths[descriptor] > m_workMessage.length) return false;
+  if (m_neededLengths[descriptor] > m_workMessage.length) return false;
   for (unsigned int i = kHeadBytes; i < row.startLength; ++i) {
     if ((bytes[i] & row.startMask[i]) != row.startPattern[i]) return false;
   }
   if (row.protocol != C_RawDataMessage::eNMEA0183) return true;
-  return C_NMEA_EncodeDecode::GetNmeaPreamble(reinterpret_cast<const char*>(bytes), 6, nullptr) !=
-         C_RawDataMessage::eNmeaUnknown;
+  return SentenceIds::Find(reinterpret_cast<const char*>(bytes) + 3) != C_RawDataMessage::eNmeaUnknown;
 }
 
 eRecognitionResult C_FrameRecognizer::DetermineMsgExpectations() {
   m_frameMinLength = 0;
   m_frameMaxLength = 0;
+  m_settled = 0;
   m_examined = 0;
   if (m_currentDescriptor >= kNumProtocols) {
     m_state = eResynchronise;

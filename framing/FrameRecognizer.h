@@ -24,6 +24,7 @@
 #define VELAGNSS_FRAMING_FRAME_RECOGNIZER_H
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <string_view>
 
@@ -31,6 +32,8 @@
 #include "framing/RawDataMessage.h"
 #include "geo/GnssEnums.h"
 #include "velagnss_export.h"
+
+class C_RunningCrc24;
 
 // What one step of the recognizer came to.
 enum eRecognitionResult : unsigned int {
@@ -262,16 +265,18 @@ class VELAGNSS_API C_FrameRecognizer {
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
   void DeliverFrame(C_RawDataMessage& message);
   void DropFalseStart();
+  void FlushBytes(unsigned int count);
   void ResetWorkMessage();
 
   // The first `count` queued bytes (no more than are queued, nor than the work message can hold) in one piece: in
-  // place, or where they pass the ring's end, as a copy that grows with the frame.
+  // place, or where they pass the ring's end, as a copy that grows with the stream.
   const unsigned char* FrameBytes(unsigned int count) {
     unsigned int run = 0;
     const void* head = m_queue.PeekHeadRun(run);
     return count <= run ? static_cast<const unsigned char*>(head) : LinearBytes(count, run);
   }
   const unsigned char* LinearBytes(unsigned int count, unsigned int headRun);
+  unsigned int CopyCapacity() const;
   bool Matches(unsigned int descriptor, const unsigned char* bytes) const;
   bool BeginsWith(std::string_view prefix, unsigned int count);
   bool Expect(unsigned int type, const S_FrameLengths& lengths);
@@ -281,6 +286,7 @@ class VELAGNSS_API C_FrameRecognizer {
   eRecognitionResult ScanBody(eBody body);
   eVerdict CollectLength();
   eVerdict CollectUntilEnd(const S_BodyRule& rule);
+  unsigned int FirstMark(const S_BodyRule& rule, const unsigned char* bytes, unsigned int end);
   eVerdict CheckRtcmSum();
   eVerdict CheckBinaryFrame();
   eVerdict CheckNmeaSum();
@@ -309,6 +315,8 @@ class VELAGNSS_API C_FrameRecognizer {
   bool m_isStartChar[256] = {};  // the same, by byte
   bool m_enabledProtocols[kNumProtocols] = {};
   S_FrameDescriptor m_descriptors[kNumProtocols] = {};
+  std::uint64_t m_startHeads[kNumProtocols] = {};  // first bytes of the start pattern, and of its mask, as one word
+  std::uint64_t m_startHeadMasks[kNumProtocols] = {};
   unsigned short m_neededLengths[kNumProtocols] = {};  // bytes held before a descriptor is compared
   const S_FrameLengths* m_nmeaLengths = nullptr;       // by sentence
   const S_FrameLengths* m_velaBinLengths = nullptr;    // by block id
@@ -326,13 +334,20 @@ class VELAGNSS_API C_FrameRecognizer {
   eBody m_body = eTextBody;                           // of the frame being collected
   unsigned short m_frameMinLength = 0;
   unsigned short m_frameMaxLength = 0;
-  unsigned int m_examined = 0;    // bytes of the body that need no second look
-  unsigned int m_linearised = 0;  // bytes of a frame across the ring's end that were copied into the work message
+  unsigned int m_settled = 0;   // bytes queued at the last step, if it only waits for more; 0 if the next must be made
+  unsigned int m_examined = 0;  // bytes of the body that need no second look
+
+  // Positions in the stream, so that what is known of a byte stays known when a false start before it is dropped.
+  std::uint64_t m_position = 0;        // of the oldest queued byte
+  std::uint64_t m_unmarkedTo[4] = {};  // by UTIL::eMark: no such byte is queued before this position
+  std::uint64_t m_copyBegin = 0;       // of the bytes that were copied out of the ring, which passed its end
+  std::uint64_t m_copyEnd = 0;
 
   std::unique_ptr<S_RecognizerStatistics> m_statistics;
-  std::unique_ptr<unsigned char[]> m_workBuffer;
+  std::unique_ptr<C_RunningCrc24> m_runningSums;  // of the bytes behind a false start of RTCM 3
+  std::unique_ptr<unsigned char[]> m_copy;
   std::unique_ptr<unsigned char[]> m_unwindBuffer;
-  C_RawDataMessage m_workMessage;  // the frame in progress; its bytes stay in the queue while they lie in one piece
+  C_RawDataMessage m_workMessage;  // the frame in progress; its bytes stay in the queue
   C_CircularBuffer m_queue;
 };
 

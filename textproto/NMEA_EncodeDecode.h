@@ -234,7 +234,9 @@ class VELAGNSS_API C_NMEA_EncodeDecode {
   // --- Tables ---
 
   // Sentence ids, NUL-padded; the index is the value of `C_RawDataMessage::eNMEA0183Messages`.
-  static const char mppz_NmeaMsgIDs[23][10];
+  static constexpr char mppz_NmeaMsgIDs[23][10] = {"ALM", "APB", "BWC", "DTM", "HDG", "HDM", "HDT", "HEV",
+                                                   "GGA", "GLL", "GNS", "GRS", "GSA", "GST", "GSV", "RMA",
+                                                   "RMB", "RMC", "ROT", "RRE", "VTG", "XTE", "ZDA"};
 
   // Systems and signals: one block per system, unused rows all 255 and unknown. Within a block only the signal id
   // counts, so that the two BeiDou rows with other system ids serve system 5.

@@ -1,10 +1,10 @@
 // Tables of NMEA 0183: sentence ids, one-character fields, systems and signals.
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <iterator>
 
 #include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/SentenceIds.h"
 
 namespace {
 
@@ -38,14 +38,6 @@ static_assert(ValueOf(kRmcLetters, '\0', eNmeaRmcNotValid) == eNmeaRmcEmpty);
 constexpr unsigned int kNoFixType = 15;
 constexpr unsigned int kFixTypes[] = {kNoFixType, 0, 3, 3, 5, 6, kNoFixType, 8};
 
-// The first three characters and a NUL, as one number.
-std::uint32_t PackId(const char* id) {
-  char bytes[4] = {id[0], id[1], id[2], '\0'};
-  std::uint32_t packed = 0;
-  std::memcpy(&packed, bytes, sizeof packed);
-  return packed;
-}
-
 bool IsOfSystem(const S_NmeaSS2Algo& row, unsigned char nmeaSystem) { return row.nmeaSystem == nmeaSystem; }
 bool IsOfSystem(const S_NmeaSS2Algo& row, eGNSSSystem system) { return row.system == system; }
 
@@ -63,10 +55,6 @@ const S_NmeaSS2Algo* FindRow(System system, Predicate isWanted) {
 bool IsAnyRow(const S_NmeaSS2Algo&) { return true; }
 
 }  // namespace
-
-const char C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[23][10] = {"ALM", "APB", "BWC", "DTM", "HDG", "HDM", "HDT", "HEV",
-                                                           "GGA", "GLL", "GNS", "GRS", "GSA", "GST", "GSV", "RMA",
-                                                           "RMB", "RMC", "ROT", "RRE", "VTG", "XTE", "ZDA"};
 
 // clang-format off
 const S_NmeaSS2Algo C_NMEA_EncodeDecode::mpps_NmeaSS2AlgoMap[6][16] = {
@@ -117,11 +105,7 @@ C_RawDataMessage::eNMEA0183Messages C_NMEA_EncodeDecode::GetNmeaPreamble(const c
                                                                          char* talker) {
   if (sentence == nullptr || length < 6 || sentence[0] != '$') return C_RawDataMessage::eNmeaUnknown;
   if (talker != nullptr) std::memcpy(talker, sentence + 1, 2);
-  const std::uint32_t id = PackId(sentence + 3);
-  const auto* const found = std::find_if(std::begin(mppz_NmeaMsgIDs), std::end(mppz_NmeaMsgIDs),
-                                         [id](const char(&entry)[10]) { return PackId(entry) == id; });
-  if (found == std::end(mppz_NmeaMsgIDs)) return C_RawDataMessage::eNmeaUnknown;
-  return static_cast<C_RawDataMessage::eNMEA0183Messages>(found - std::begin(mppz_NmeaMsgIDs));
+  return SentenceIds::Find(sentence + 3);
 }
 
 char C_NMEA_EncodeDecode::GetModIndicatorChar(eNmeaModeIndicator mode) { return LetterOf(kModeLetters, mode, 'N'); }

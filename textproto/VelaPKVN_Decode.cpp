@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "framing/ByteScan.h"
 #include "records/ResultCodes.h"
 #include "textproto/PkvnNames.h"
 #include "textproto/PkvnSentences.h"
@@ -193,15 +194,7 @@ unsigned int C_VelaPKVN_Decode::GetReceivedMsgCount(eMessageTypes type) const {
 }
 
 bool C_VelaPKVN_Decode::ExtractHexValue(const unsigned char* text, unsigned char digits, unsigned int& value) {
-  value = 0;
-  if (text == nullptr || digits < 1 || digits > 8) return false;
-  for (unsigned int i = 0; i < digits; ++i) {
-    const unsigned char c = text[i];
-    const bool isLetter = c >= 'A' && c <= 'F';
-    if (!isLetter && (c < '0' || c > '9')) return false;
-    value = value << 4 | (isLetter ? c - 'A' + 10U : c - '0' + 0U);
-  }
-  return true;
+  return UTIL::ReadHex(text, digits, value);
 }
 
 bool C_VelaPKVN_Decode::MapPKvnAttSysStr2Type(const char* name, ePKvnAttStatSysChans& channel) {
