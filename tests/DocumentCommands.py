@@ -10,6 +10,7 @@ run in one scratch directory that holds the samples and a capture.bin.
 
 Blocks fenced as `sh` are not run: what installs packages, builds the whole, reads a port or takes long. Their commands
 must be known, and the scripts, presets and options that they name must exist. So must the tests that robustness.md names.
+Blocks fenced as `cpp` are quotations of an example.
 """
 
 import json
@@ -74,6 +75,7 @@ class Checker:
     def __init__(self, source, program_dir):
         self.source = source
         self.environment = dict(os.environ, PATH=f"{program_dir}:{os.environ['PATH']}")
+        self.examples = [file.read_text(encoding="utf-8") for file in (source / "examples").glob("*.cpp")]
         self.faults = []
         self.run_count = 0
 
@@ -143,6 +145,8 @@ class Checker:
                     self.check_console(path, start, lines, where)
                 elif language == "sh":
                     self.check_sh(path, start, lines)
+                elif language == "cpp" and not any("\n".join(lines) in example for example in self.examples):
+                    self.fault(path, start, "not the text of an example")
                 elif language not in LANGUAGES:
                     self.fault(path, start, f"a block of language '{language}': fence it as one of {sorted(LANGUAGES)}")
 
