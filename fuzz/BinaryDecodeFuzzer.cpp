@@ -3,6 +3,7 @@
 // is read, and the frame is not written; a good frame behind it decodes as before it.
 #include "binproto/VelaBin_Decode.h"
 #include "fuzz/DecodeChecks.h"
+#include "fuzz/Samples.h"
 #include "tests/BinaryFrames.h"
 #include "tests/ExactCopy.h"
 
@@ -14,14 +15,6 @@ using VelaBIN_Messages::eMessageTypes;
 constexpr std::size_t kOptions = 4;  // bytes in front of the frame: seed, its week, and a message to ask for
 constexpr std::size_t kHeader = 8;
 constexpr std::size_t kSum = 2;
-
-struct S_Body {
-  unsigned short number;
-  unsigned short bytes;
-};
-constexpr S_Body kBodies[] = {{1, 52},   {2, 16},   {3, 116},  {5, 72},   {16, 312},  {25, 128}, {34, 32},
-                              {35, 128}, {36, 336}, {44, 56},  {45, 128}, {65, 68},   {66, 352}, {76, 448},
-                              {93, 56},  {94, 96},  {95, 128}, {122, 80}, {180, 232}, {209, 332}};
 
 struct S_Options {
   bool hasSeed;
@@ -132,8 +125,8 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
     unsigned int number = static_cast<unsigned char>(input[kOptions + 4]);
     std::string body = input.substr(kOptions + kHeader, input.size() - kOptions - kHeader - kSum);
     const auto* row =
-        std::find_if(std::begin(kBodies), std::end(kBodies), [&](auto& it) { return it.number == number; });
-    if (row == std::end(kBodies) || random() % 16 == 0) row = &kBodies[random() % std::size(kBodies)];
+        std::find_if(std::begin(Fuzz::kBodies), std::end(Fuzz::kBodies), [&](auto& it) { return it.number == number; });
+    if (row == std::end(Fuzz::kBodies) || random() % 16 == 0) row = &Fuzz::kBodies[random() % std::size(Fuzz::kBodies)];
     if (random() % 8 != 0) {
       number = row->number;
       body.resize(row->bytes + (random() % 8 == 0 ? random() % 4 : 0));

@@ -1,10 +1,9 @@
 // The NMEA decoders and MakeDecodable over sentences whose checksum the mutator repairs. Results are those that the
 // operations state; records depend on the sentence alone; nothing outside of it is read; a good sentence behind it
 // decodes as before it; what MakeDecodable gives is a checked sentence that it leaves as it is.
-#include <array>
-
 #include "fuzz/DecodeChecks.h"
 #include "fuzz/RepairedSentence.h"
+#include "fuzz/Samples.h"
 #include "tests/ExactCopy.h"
 #include "textproto/NMEA_EncodeDecode.h"
 
@@ -111,20 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
                                                unsigned int seed) {
-  static const std::array<std::string, 11> kSentences = {
-      "GPGGA,123456.78,0130.0,N,01130.0,E,4,08,0.9,545.4,M,46.9,M,2.5,0031",
-      "GNGNS,014035.00,4330.0,S,17230.0,E,RRN,13,0.9,25.63,11.24,1.5,7,U",
-      "GPZDA,160012.71,11,03,2004,-1,30",
-      "GPGLL,3730.0,N,12130.0,W,161229.48,A,D",
-      "GPGLL,3730.0,N,12130.0,W",
-      "GLGSV,3,1,11,03,04,111,00,14,15,270,,,,,,13,06,292,40,1",
-      "GPGSV,3,3,09,03,04,111,00",
-      "GNGSA,A,3,80,71,73,79,69,,,,,,,,1.83,1.09,1.47,1",
-      "GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191194,020.3,E",
-      "GPRMC,083559.00,A,4717.11437,N,00833.91522,E,0.004,77.52,091202,,,A,V",
-      "GPVTG,77.52,T,,M,0.004,N,0.008,K,A",
-  };
   return Fuzz::Mutate(data, size, maxSize, seed, [](std::string& input, std::minstd_rand& random) {
-    Fuzz::RepairSentence(input, 1, kSentences, random);
+    Fuzz::RepairSentence(input, 1, Fuzz::kNmeaSamples, random);
   });
 }

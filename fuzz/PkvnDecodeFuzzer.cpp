@@ -1,11 +1,9 @@
 // The decoders of "$PKVN," and "$RD1," sentences; the mutator repairs checksums and line ends. Results are those that
 // the operations state; records depend on the sentence alone; only a decoded sentence is counted; nothing outside of it
 // is read; a good sentence behind it decodes as before it.
-#include <array>
-#include <iterator>
-
 #include "fuzz/DecodeChecks.h"
 #include "fuzz/RepairedSentence.h"
+#include "fuzz/Samples.h"
 #include "tests/ExactCopy.h"
 #include "textproto/VelaPKVN_Decode.h"
 #include "textproto/VelaRD_Decode.h"
@@ -125,22 +123,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
                                                unsigned int seed) {
-  static const std::array<std::string, 12> kSentences = {
-      "PKVN,RAW,1,12,\x80\x81\x82",
-      "PKVN,ATTSTAT,1,text,1.5,2.5,N,3.5,4.5,P,2,L1,(1,2,3),G1,(4),E5a,(5)",
-      "PKVN,GBS,123519.00,1.5,2.5,3.5,7,0.1,0.2,0.3,1,2,3",
-      "PKVN,HPR,120000.00,271.50,-1.25,0.75,G",
-      "PKVN,BLV,120000.00,010324,1.5,2.5,3.5,4,5,6,7.5",
-      "PKVN,FVI,120000.00,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,text,1.5,2.5,1,2,3,4,5.5,6.5",
-      "PKVN,RTKSTAT,1.5,2.5,1F,A0,7,8,9,L1,(1,2),L2,(3,4),G1,(5,6),B1,(7),E6,8,9,10",
-      "PKVN,VCT,2,120000.00,1.5,2.5,3.5,4.5,5.5,6.5,7.5,8.5",
-      "PKVN,INTLT,1.5",
-      "PKVN,TEMPERATURE,-12.25",
-      "PKVN,ARN_ROUTER,1,2,3,4,5,6,7,8,9,10,11,12",
-      "RD1,345600.000,12,1575.420,x,3-17,44.5,-0.25,1.5,1F,A0,7,DEADBEEF",
-  };
   return Fuzz::Mutate(data, size, maxSize, seed, [](std::string& input, std::minstd_rand& random) {
-    Fuzz::RepairSentence(input, 0, kSentences, random);
+    Fuzz::RepairSentence(input, 0, Fuzz::kProprietarySamples, random);
     if (input.compare(0, 3, "$RD") == 0) input.replace(input.rfind('*'), std::string::npos, "\r\n");
   });
 }

@@ -1,0 +1,248 @@
+// The program's way from the bytes of an input to its output, command and options chosen by the input: decode, stat,
+// convert to each format, encode. The output is valid in its format, holds no control character and nothing but ASCII,
+// and is the same however the input was read.
+#include <tinyxml2.h>
+
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "apps/velagnss/Diagnostics.h"
+#include "apps/velagnss/FrameJson.h"
+#include "apps/velagnss/FrameReader.h"
+#include "apps/velagnss/LineEncoder.h"
+#include "apps/velagnss/MessageFilter.h"
+#include "apps/velagnss/RinexNav.h"
+#include "apps/velagnss/StreamReport.h"
+#include "apps/velagnss/TrackConverter.h"
+#include "fuzz/GoodFrames.h"
+#include "tests/ExactCopy.h"
+#include "tests/JsonSchema.h"
+
+namespace {
+
+using nlohmann::json;
+
+struct S_Options {
+  std::vector<C_RawDataMessage::eProtocols> search;
+  std::optional<C_GnssTime> seed;
+  Host::C_MessageFilter filter;
+  bool framesOnly, hex, events;
+  unsigned int format;  // of convert
+};
+
+S_Options TakeOptions(Fuzz::C_Input& input) {
+  S_Options options;
+  for (unsigned int protocol = 0; protocol < Host::kNumProtocols; ++protocol)
+    if (input.Below(8) != 0) options.search.push_back(C_RawDataMessage::eProtocols{protocol});
+  options.search.push_back(C_RawDataMessage::eAllProtocols);
+  if (input.Below(2) == 0) options.seed.emplace().Set(input.Value<std::uint16_t>(), 345600.0, ALGO::GNSS_GPS);
+  constexpr const char* kMessages[] = {"GGA", "GGA:10,RMC:1", "BIN95,1077", "HPR:0.5"};
+  if (input.Below(4) == 0) options.filter.AddMessages(kMessages[input.Below(std::size(kMessages))]);
+  if (input.Below(8) == 0) options.filter.AddProtocols("nmea,bin");
+  options.framesOnly = input.Below(8) == 0;
+  options.hex = input.Below(4) == 0;
+  options.events = input.Below(2) == 0;
+  options.format = input.Below(6);
+  return options;
+}
+
+// --- The commands, with a text in place of the output ---
+
+void FeedAll(Host::C_FrameReader& reader, std::string_view stream, std::size_t piece) {
+  for (; !stream.empty(); stream.remove_prefix(std::min(piece, stream.size()))) {
+    const std::string_view part = stream.substr(0, piece);
+    ExactCopy copy(part);
+    reader.Feed({copy.Data(), part.size()});
+  }
+  reader.Finish();
+}
+
+class C_Decode : public Host::C_FrameSink {
+ public:
+  C_Decode(const S_Options& options, std::string_view stream, std::size_t piece)
+      : m_options(options), m_filter(options.filter), m_decoder(options.seed), m_lines(m_json) {
+    m_lines.SetHex(options.hex);
+    Host::C_FrameReader reader(options.search.data(), *this);
+    FeedAll(reader, stream, piece);
+  }
+  std::string Text() const {
+    const auto lines = static_cast<std::size_t>(std::count(m_json.Text().begin(), m_json.Text().end(), '\n'));
+    Fuzz::Require(lines == m_objects, "each frame and each event is a line");
+    return std::string(m_json.Text());
+  }
+
+  void OnFrame(const C_RawDataMessage& frame, std::uint64_t offset) override {
+    m_decoder.Decode(frame);
+    if (!m_filter.Passes(frame.protocol, frame.messageType, m_decoder.Clock().Seconds())) return;
+    m_lines.WriteFrame(frame, offset, m_options.framesOnly ? nullptr : &m_decoder);
+    ++m_objects;
+  }
+  void OnRejection(const Host::S_Rejection& rejection) override {
+    if (!m_options.events) return;
+    m_lines.WriteRejection(rejection);
+    ++m_objects;
+  }
+  void OnSkipped(std::uint64_t offset, std::uint64_t length) override {
+    if (!m_options.events) return;
+    m_lines.WriteSkipped(offset, length);
+    ++m_objects;
+  }
+
+ private:
+  const S_Options& m_options;
+  Host::C_MessageFilter m_filter;
+  Host::C_FrameDecoder m_decoder;
+  Host::C_JsonWriter m_json;
+  Host::C_FrameJson m_lines;
+  std::size_t m_objects = 0;
+};
+
+class C_Convert : public Host::C_FrameSink {
+ public:
+  C_Convert(const S_Options& options, std::string_view stream, std::size_t piece)
+      : m_decoder(options.seed), m_converter(Make(options.format)) {
+    Host::C_FrameReader reader(options.search.data(), *this);
+    m_converter->BeginInput("input");
+    FeedAll(reader, stream, piece);
+    m_converter->EndInput(m_decoder, m_text);
+    m_converter->Finish(m_text);
+  }
+  const std::string& Text() const { return m_text; }
+
+  void OnFrame(const C_RawDataMessage& frame, std::uint64_t offset) override {
+    m_decoder.Decode(frame);
+    m_converter->Take({frame, offset, m_decoder}, m_text);
+  }
+
+ private:
+  static std::unique_ptr<Host::C_Converter> Make(unsigned int format) {
+    if (format == 0) return Host::MakeTrackConverter(Host::MakeCsvTrack());
+    if (format == 1) return Host::MakeTrackConverter(Host::MakeGpxTrack());
+    if (format == 2) return Host::MakeTrackConverter(Host::MakeKmlTrack());
+    if (format == 3) return Host::MakeTrackConverter(Host::MakeGeoJsonTrack());
+    if (format == 4) return Host::MakeSentenceConverter();
+    return Host::MakeRinexNav({});
+  }
+
+  Host::C_FrameDecoder m_decoder;
+  std::unique_ptr<Host::C_Converter> m_converter;
+  std::string m_text;
+};
+
+std::string Report(const S_Options& options, std::string_view stream, std::size_t piece) {
+  Host::C_StreamReport report("input");
+  Host::C_FrameReader reader(options.search.data(), report);
+  FeedAll(reader, stream, piece);
+  report.Close(reader);
+  if (!options.hex) return report.Table(options.events);
+  Host::C_JsonWriter json;
+  report.WriteJson(json);
+  return std::string(json.Text());
+}
+
+// --- What the output must be ---
+
+void RequirePrintable(const std::string& text) {
+  const bool holds = std::all_of(text.begin(), text.end(),
+                                 [](char c) { return (c >= ' ' && c <= '~') || c == '\n' || c == '\r' || c == '\t'; });
+  Fuzz::Require(holds, "the output is printable ASCII");
+}
+
+std::vector<std::string> Lines(const std::string& text, std::string_view end) {
+  std::vector<std::string> lines;
+  for (std::size_t at = 0, next = 0; at < text.size(); at = next + end.size()) {
+    next = text.find(end, at);
+    Fuzz::Require(next != std::string::npos, "each line has its end");
+    lines.push_back(text.substr(at, next - at));
+  }
+  return lines;
+}
+
+const JsonSchema& Schema() {
+  static const JsonSchema schema = [] {
+    std::ifstream file(VELAGNSS_SOURCE_DIR "/docs/velagnss.schema.json");
+    return JsonSchema(json::parse(file));
+  }();
+  return schema;
+}
+
+// Rejected starts are many and alike: a few of them will do for the schema.
+void RequireJsonLines(const std::string& text) {
+  constexpr std::size_t kMostForSchema = 8;
+  std::size_t checked = 0;
+  for (const std::string& line : Lines(text, "\n")) {
+    const json object = json::parse(line, nullptr, false);
+    Fuzz::Require(object.is_object(), "each line is a JSON object");
+    if (++checked > kMostForSchema) continue;
+    const std::string fault = Schema().Check(object);
+    Fuzz::Require(fault.empty(), fault.c_str());
+  }
+}
+
+void RequireSentence(const std::string& line) {
+  ExactCopy copy(line);
+  Fuzz::Require(C_NMEA_EncodeDecode::ValidateNmeaCheckSum(copy.Data(), copy.Size()), "each sentence has its checksum");
+}
+
+void RequireCsv(const std::string& text) {
+  const std::vector<std::string> lines = Lines(text, "\r\n");
+  for (const std::string& line : lines) {
+    const auto commas = [](const std::string& row) { return std::count(row.begin(), row.end(), ','); };
+    Fuzz::Require(commas(line) == commas(lines.front()), "each row has all columns");
+    Fuzz::Require(line.find_first_of("\r\n\"") == std::string::npos, "nothing in a row needs quotes");
+  }
+}
+
+void RequireFormat(const std::string& text, unsigned int format) {
+  tinyxml2::XMLDocument document;
+  if (format == 0) RequireCsv(text);
+  if (format == 1 || format == 2) Fuzz::Require(document.Parse(text.c_str()) == tinyxml2::XML_SUCCESS, "XML is valid");
+  if (format == 3) Fuzz::Require(json::accept(text), "GeoJSON is valid");
+  if (format == 4)
+    for (const std::string& line : Lines(text, "\r\n")) RequireSentence(line);
+  if (format == 5)
+    for (const std::string& line : Lines(text, "\n")) Fuzz::Require(line.size() <= 80, "RINEX has 80 columns");
+}
+
+// What decode writes of a sentence, encode takes or tells why not; and so it does with any text.
+void RequireEncode(const std::string& text) {
+  Host::C_LineEncoder encoder;
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const std::size_t end = std::min(text.find('\n', at), text.size());
+    const auto outcome = encoder.Encode(std::string_view(text).substr(at, end - at));
+    if (outcome == Host::C_LineEncoder::eOutcome::Encoded)
+      RequireSentence(std::string(encoder.Sentence()));
+    else
+      Fuzz::Require(!encoder.Reason().empty(), "what is not encoded has a reason");
+    at = end + 1;
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Host::SetVerbosity(Host::eVerbosity::Quiet);
+  Fuzz::C_Input input(data, size);
+  const unsigned int command = input.Below(8);
+  const std::size_t piece = 1 + input.Below(input.Below(2) == 0 ? 64 : 5000);
+  const S_Options options = TakeOptions(input);
+  if (command == 7) {
+    RequireEncode(input.Rest());
+    return 0;
+  }
+  const std::string stream = Fuzz::MakeStream(input).bytes;
+  const auto run = [&](std::size_t size) {
+    if (command < 3) return C_Decode(options, stream, size).Text();
+    return command < 6 ? C_Convert(options, stream, size).Text() : Report(options, stream, size);
+  };
+  const std::string text = run(60000);
+  Fuzz::Require(run(piece) == text, "the output does not depend on how the input is read");
+  RequirePrintable(text);
+  if (command < 3 || (command == 6 && options.hex)) RequireJsonLines(text);
+  if (command < 3) RequireEncode(text);
+  if (command >= 3 && command < 6) RequireFormat(text, options.format);
+  return 0;
+}
