@@ -137,9 +137,9 @@ std::string Report(const S_Options& options, std::string_view stream, std::size_
   FeedAll(reader, stream, piece);
   report.Close(reader);
   if (!options.hex) return report.Table(options.events);
-  Host::C_JsonWriter json;
-  report.WriteJson(json);
-  return std::string(json.Text());
+  Host::C_JsonWriter object;
+  report.WriteJson(object);
+  return std::string(object.Text());
 }
 
 // --- What the output must be ---
@@ -234,9 +234,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
   }
   const std::string stream = Fuzz::MakeStream(input).bytes;
-  const auto run = [&](std::size_t size) {
-    if (command < 3) return C_Decode(options, stream, size).Text();
-    return command < 6 ? C_Convert(options, stream, size).Text() : Report(options, stream, size);
+  const auto run = [&](std::size_t pieceSize) {
+    if (command < 3) return C_Decode(options, stream, pieceSize).Text();
+    return command < 6 ? C_Convert(options, stream, pieceSize).Text() : Report(options, stream, pieceSize);
   };
   const std::string text = run(60000);
   Fuzz::Require(run(piece) == text, "the output does not depend on how the input is read");

@@ -79,6 +79,8 @@ const S_EmitCase kEmitCases[] = {
     {"RefusedThoughNotAvailable", [](char* m) { return AddInteger(m, "%s", -1); },                1, ""},
     {"NullFormat",        [](char* m) { return AddInteger(m, nullptr, 1); },                      1, ""},
     {"EnormousWidth",     [](char* m) { return AddInteger(m, "%99999999999d", 1); },              9, ""},
+    {"DigitsThatThereAreNot", [](char* m) { return AddDouble(m, "%.70000g", 1.5); },              0, ",1.5"},
+    {"CharacterHasNoDigits", [](char* m) { return AddInteger(m, "%.70000c", 'x'); },              0, ",x"},
     {"WidthOf65536Plus5", [](char* m) { return AddInteger(m, "%65541d", 1); },                    9, ""},
     {"WidthThatFits",     [](char* m) { return AddInteger(m, "%01016d", 1); },                    0, "," + std::string(1015, '0') + "1"},
     {"WidthOneTooMany",   [](char* m) { return AddInteger(m, "%01017d", 1); },                    9, ""},

@@ -32,11 +32,7 @@ void AddWithPoint(C_FieldText& out, std::string_view number) {
 template <class Value>
 void C_PrintFormat::PrintText(C_FieldText& out, Value value) const {
   AddUnescaped(out, m_before);
-  if (m_width > kMaxNumber || m_precision > kMaxNumber) {
-    out.SetTooLong();
-  } else {
-    PrintNumber(out, value);
-  }
+  PrintNumber(out, value);
   AddUnescaped(out, m_after);
 }
 

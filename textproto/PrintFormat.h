@@ -3,6 +3,7 @@
 #ifndef VELAGNSS_TEXTPROTO_PRINT_FORMAT_H
 #define VELAGNSS_TEXTPROTO_PRINT_FORMAT_H
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdlib>
@@ -67,7 +68,8 @@ class C_PrintFormat {
  private:
   static constexpr std::string_view kFlags = "-+ #0";
   static constexpr int kNone = -1;
-  static constexpr int kMaxNumber = 65535;  // a width or precision beyond this makes a field too long anyway
+  // A greater width or precision stands for this one: no field is that long, no double has that many digits.
+  static constexpr int kMaxNumber = 2000;
 
   constexpr bool ParseConversion(std::string_view format, std::size_t& at, std::string_view conversions);
   static constexpr int ParseNumber(std::string_view format, std::size_t& at);
@@ -121,7 +123,7 @@ constexpr bool C_PrintFormat::IsSimple(char conversion) const {
 constexpr int C_PrintFormat::ParseNumber(std::string_view format, std::size_t& at) {
   int number = 0;
   for (; at < format.size() && format[at] >= '0' && format[at] <= '9'; ++at)
-    if (number <= kMaxNumber) number = number * 10 + (format[at] - '0');
+    number = std::min(number * 10 + (format[at] - '0'), kMaxNumber);
   return number;
 }
 
