@@ -1,22 +1,33 @@
-# Installation: library, headers, CMake package and pkg-config file.
+# Installation in three components, which are the Debian packages as well:
+#
+#   library        the shared library, for programs at run time
+#   development    headers, archive, CMake package, pkg-config file
+#   program        velagnss, its man page, completions and documents (by apps/)
 
 include(CMakePackageConfigHelpers)
 
 set(velagnss_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/velagnss)
+set(velagnss_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/velagnss)
 # Both spellings work for a host: <velagnss/framing/FrameRecognizer.h>, and "framing/FrameRecognizer.h", by which the
 # headers include each other.
-target_include_directories(velagnss INTERFACE
-  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}> $<INSTALL_INTERFACE:${velagnss_include_dir}>)
-install(TARGETS velagnss EXPORT velagnssTargets
-  FILE_SET HEADERS DESTINATION ${velagnss_include_dir}
-  FILE_SET generated DESTINATION ${velagnss_include_dir})
-install(EXPORT velagnssTargets NAMESPACE velagnss:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/velagnss)
+foreach(target velagnss velagnss_static)
+  target_include_directories(${target} INTERFACE
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}> $<INSTALL_INTERFACE:${velagnss_include_dir}>)
+endforeach()
+install(TARGETS velagnss velagnss_static EXPORT velagnssTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+  FILE_SET HEADERS DESTINATION ${velagnss_include_dir} COMPONENT development
+  FILE_SET generated DESTINATION ${velagnss_include_dir} COMPONENT development)
+install(EXPORT velagnssTargets NAMESPACE velagnss:: DESTINATION ${velagnss_cmake_dir} COMPONENT development)
 
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/velagnssConfig.cmake.in
-  ${PROJECT_BINARY_DIR}/velagnssConfig.cmake INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/velagnss)
+  ${PROJECT_BINARY_DIR}/velagnssConfig.cmake INSTALL_DESTINATION ${velagnss_cmake_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/velagnssConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/velagnssConfig.cmake ${PROJECT_BINARY_DIR}/velagnssConfigVersion.cmake
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/velagnss)
+  DESTINATION ${velagnss_cmake_dir} COMPONENT development)
 
+# The file tells its prefix by its own place, so that `cmake --install --prefix` and packages may choose another one.
+file(RELATIVE_PATH velagnss_prefix_of_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/velagnss.pc.in ${PROJECT_BINARY_DIR}/velagnss.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/velagnss.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/velagnss.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

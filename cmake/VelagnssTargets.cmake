@@ -2,9 +2,11 @@
 #
 #   velagnss_objects   all sources, compiled once
 #   velagnss           the shared library, for hosts; exports only what is marked VELAGNSS_API
-#   velagnss_static    the same objects as an archive: tests reach what is not exported through it
+#   velagnss_static    the same objects as an archive, for hosts that want no file beside their program; tests reach
+#                      through it what is not exported
 
 include(GenerateExportHeader)
+include(VelagnssHardening)
 
 # Flags of our own code, never handed on to those who link against us.
 add_library(velagnss_flags INTERFACE)
@@ -19,6 +21,7 @@ if(VELAGNSS_SANITIZE)
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)  # false alarms in instrumented code, in <regex> for one
   target_link_options(velagnss_flags INTERFACE -fsanitize=${VELAGNSS_SANITIZE})
 endif()
+velagnss_harden(velagnss_flags)
 
 add_library(velagnss_objects OBJECT)
 target_link_libraries(velagnss_objects PRIVATE $<BUILD_INTERFACE:velagnss_flags>)
@@ -50,7 +53,12 @@ target_sources(velagnss PUBLIC
   FILE_SET generated TYPE HEADERS BASE_DIRS ${PROJECT_BINARY_DIR} FILES ${PROJECT_BINARY_DIR}/velagnss_export.h)
 
 add_library(velagnss_static STATIC)
-target_link_libraries(velagnss_static PUBLIC velagnss_objects)
+add_library(velagnss::velagnss_static ALIAS velagnss_static)
+target_link_libraries(velagnss_static PRIVATE $<BUILD_INTERFACE:velagnss_objects>)
+target_compile_features(velagnss_static PUBLIC cxx_std_17 INTERFACE $<BUILD_INTERFACE:cxx_std_20>)
+target_include_directories(velagnss_static INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}>)
+set_target_properties(velagnss_static PROPERTIES OUTPUT_NAME velagnss)  # -lvelagnss finds either
 
 # Sources and headers of one folder. Public headers are installed and compiled alone; internal ones stay in the tree.
 function(velagnss_sources)

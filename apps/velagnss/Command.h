@@ -1,4 +1,4 @@
-// One command of the program: `velagnss NAME ...`. A new one is a file of its own and a row in main.cpp.
+// One command of the program: `velagnss NAME ...`. A new one is a file of its own and a row in CommandLine.cpp.
 #ifndef VELAGNSS_APPS_COMMAND_H
 #define VELAGNSS_APPS_COMMAND_H
 

@@ -57,11 +57,15 @@ const S_Format* FindFormat(std::string_view name) {
   return format == std::end(kFormats) ? nullptr : format;
 }
 
+}  // namespace
+
 std::string FormatNames() {
   std::string names;
   for (const S_Format& format : kFormats) names += (names.empty() ? "" : " ") + std::string(format.name);
   return names;
 }
+
+namespace {
 
 std::string FormatHelp() {
   std::string help = "what to write:\n";

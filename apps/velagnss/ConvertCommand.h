@@ -2,9 +2,14 @@
 #ifndef VELAGNSS_APPS_CONVERT_COMMAND_H
 #define VELAGNSS_APPS_CONVERT_COMMAND_H
 
+#include <string>
+
 #include "apps/velagnss/Command.h"
 
 namespace Host {
+
+// What --to understands, separated by blanks.
+std::string FormatNames();
 
 extern const S_CommandEntry kConvertCommand;
 

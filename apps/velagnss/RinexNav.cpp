@@ -277,11 +277,15 @@ auto HeaderText(std::size_t width) {
   };
 }
 
+}  // namespace
+
 std::string SystemNames() {
   std::string names;
   for (const S_NavSystem& system : kSystems) names += (names.empty() ? "" : " ") + std::string(system.name);
   return names;
 }
+
+namespace {
 
 std::string CheckSystems(const std::string& list) {
   for (const std::string_view item : SplitList(list))

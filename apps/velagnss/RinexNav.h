@@ -24,6 +24,9 @@ struct S_RinexNavOptions {
   std::string agency;
   std::string runDate = "stream";  // or "now"
 };
+// What --system understands, separated by blanks.
+std::string SystemNames();
+
 void DeclareRinexNavOptions(CLI::App& app, S_RinexNavOptions& options);
 
 // Takes the ephemerides of GPS, QZSS, GLONASS and SBAS (messages 95, 25, 65 and 93) and writes them at the end, in the

@@ -1,0 +1,95 @@
+#include "apps/manual/CommandTree.h"
+
+#include <CLI/CLI.hpp>
+
+#include "apps/velagnss/Catalogue.h"
+#include "apps/velagnss/ConvertCommand.h"
+#include "apps/velagnss/GeoForms.h"
+#include "apps/velagnss/RinexNav.h"
+
+namespace Manual {
+namespace {
+
+// `geo --from`: a calculation has its own sides, or none.
+std::string SidesOf(const std::string& command) {
+  std::string sides;
+  for (const Host::S_GeoForm& form : Host::GeoForms())
+    if (form.command == command) sides += (sides.empty() ? "" : " ") + std::string(form.from);
+  return sides;
+}
+
+// Options that take one word, or a list of words, out of a set.
+struct S_WordRule {
+  const char* option;
+  std::string (*words)(const std::string& command);
+};
+
+constexpr S_WordRule kWordRules[] = {
+    {"--search", [](const std::string&) { return Host::ProtocolNames(); }},
+    {"--proto", [](const std::string&) { return Host::ProtocolNames(); }},
+    {"--to", [](const std::string&) { return Host::FormatNames(); }},
+    {"--system", [](const std::string&) { return Host::SystemNames(); }},
+    {"--from", &SidesOf},
+};
+
+std::vector<std::string> WordsOf(const std::string& command, const S_Option& option) {
+  if (option.value.find('|') != std::string::npos) return Split(option.value, "|");
+  for (const S_WordRule& rule : kWordRules)
+    if (option.names.back() == rule.option) return Split(rule.words(command), " ");
+  return {};
+}
+
+S_Option Describe(const std::string& command, const CLI::Option& option) {
+  S_Option described;
+  for (const std::string& name : option.get_snames()) described.names.push_back("-" + name);
+  for (const std::string& name : option.get_lnames()) described.names.push_back("--" + name);
+  if (!option.nonpositional()) described.names.push_back(option.get_name(true));
+  if (option.get_items_expected_max() > 0) described.value = option.get_option_text();
+  described.description = option.get_description();
+  described.words = WordsOf(command, described);
+  return described;
+}
+
+void Append(std::vector<S_Command>& commands, const CLI::App& app, const std::string& path) {
+  S_Command command{path, app.get_description(), {}, {}, {}};
+  for (const CLI::Option* option : app.get_options())
+    (option->nonpositional() ? command.options : command.arguments).push_back(Describe(app.get_name(), *option));
+  const std::vector<const CLI::App*> below = app.get_subcommands([](const CLI::App*) { return true; });
+  for (const CLI::App* child : below) command.commands.push_back(child->get_name());
+  commands.push_back(std::move(command));
+  for (const CLI::App* child : below)
+    Append(commands, *child, path.empty() ? child->get_name() : path + ' ' + child->get_name());
+}
+
+}  // namespace
+
+std::vector<S_Command> ListCommands(const CLI::App& app) {
+  std::vector<S_Command> commands;
+  Append(commands, app, "");
+  return commands;
+}
+
+std::string Summary(const std::string& description) {
+  std::string summary = description.substr(0, description.find_first_of("\n;:"));
+  for (const std::string end : {".", ",", ", of"})
+    if (summary.size() > end.size() && summary.ends_with(end)) summary.resize(summary.size() - end.size());
+  return summary;
+}
+
+std::vector<std::string> Split(const std::string& text, const std::string& separator) {
+  std::vector<std::string> pieces;
+  if (text.empty()) return pieces;
+  std::size_t begin = 0;
+  for (std::size_t end; (end = text.find(separator, begin)) != std::string::npos; begin = end + separator.size())
+    pieces.push_back(text.substr(begin, end - begin));
+  pieces.push_back(text.substr(begin));
+  return pieces;
+}
+
+std::string Join(const std::vector<std::string>& pieces, const std::string& separator) {
+  std::string text;
+  for (const std::string& piece : pieces) text += (text.empty() ? "" : separator) + piece;
+  return text;
+}
+
+}  // namespace Manual

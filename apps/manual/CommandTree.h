@@ -1,0 +1,42 @@
+// The program's command line as plain records, for everything that is made from it.
+#ifndef VELAGNSS_APPS_MANUAL_COMMAND_TREE_H
+#define VELAGNSS_APPS_MANUAL_COMMAND_TREE_H
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace Manual {
+
+// An option, or an argument without a name of its own.
+struct S_Option {
+  std::vector<std::string> names;  // "-o", "--output"; of an argument "INPUT"
+  std::string value;               // what stands for its value, "FILE"; empty for a flag, "..." for many arguments
+  std::string description;         // the lines of the help
+  std::vector<std::string> words;  // the values that there are, where they can be told
+};
+
+struct S_Command {
+  std::string path;         // "geo time"; empty for the program itself
+  std::string description;  // the text above the usage in the help
+  std::vector<S_Option> options;
+  std::vector<S_Option> arguments;
+  std::vector<std::string> commands;  // names of those below it
+};
+
+// The program itself, then each command before those below it.
+std::vector<S_Command> ListCommands(const CLI::App& app);
+
+// The beginning of a description that says what it is about, without end mark.
+std::string Summary(const std::string& description);
+
+// The pieces of `text` between separators; none of an empty text.
+std::vector<std::string> Split(const std::string& text, const std::string& separator);
+std::string Join(const std::vector<std::string>& pieces, const std::string& separator);
+
+}  // namespace Manual
+
+#endif  // VELAGNSS_APPS_MANUAL_COMMAND_TREE_H

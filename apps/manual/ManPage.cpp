@@ -1,0 +1,139 @@
+#include "apps/manual/ManPage.h"
+
+#include <fmt/format.h>
+
+#include <sstream>
+#include <string_view>
+#include <utility>
+
+namespace Manual {
+namespace {
+
+constexpr std::size_t kWidth = 78;  // of a line of source
+
+// Text as roff reads it: what users may copy to a shell stays what it is, and no line is taken for a request.
+std::string Escape(std::string_view text) {
+  std::string escaped;
+  for (const char c : text) {
+    switch (c) {
+      case '\\':
+        escaped += "\\e";
+        break;
+      case '-':
+        escaped += "\\-";
+        break;
+      case '\'':
+        escaped += "\\(aq";
+        break;
+      case '`':
+        escaped += "\\(ga";
+        break;
+      case '^':
+        escaped += "\\(ha";
+        break;
+      case '~':
+        escaped += "\\(ti";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped.starts_with('.') ? "\\&" + escaped : escaped;
+}
+
+// Words filled into lines.
+std::string Fill(const std::string& text) {
+  std::istringstream words(text);
+  std::string filled;
+  std::string line;
+  for (std::string word; words >> word;) {
+    const std::string escaped = Escape(word);
+    if (!line.empty() && line.size() + 1 + escaped.size() > kWidth) filled += std::exchange(line, "") + '\n';
+    line += (line.empty() ? "" : " ") + escaped;
+  }
+  return filled + line + (line.empty() ? "" : "\n");
+}
+
+std::string Bold(const std::string& text) { return "\\fB" + Escape(text) + "\\fR"; }
+std::string Italic(const std::string& text) { return "\\fI" + Escape(text) + "\\fR"; }
+
+// "  command     what it does", a line each.
+std::string Examples(const std::vector<std::string>& lines) {
+  std::string page;
+  for (const std::string& line : lines) {
+    const std::size_t begin = line.find_first_not_of(' ');
+    if (begin == std::string::npos) continue;
+    const std::size_t gap = line.find("   ", begin);
+    page += ".TP\n" + Bold(line.substr(begin, gap - begin)) + '\n';
+    page += gap == std::string::npos ? "\n" : Fill(line.substr(gap));
+  }
+  return page;
+}
+
+// Paragraphs apart by an empty line; one of them may be examples.
+std::string Prose(const std::string& text) {
+  constexpr std::string_view kExamples = "Examples:\n";
+  std::vector<std::string> paragraphs;
+  for (const std::string& paragraph : Split(text, "\n\n")) {
+    const bool isExamples = paragraph.starts_with(kExamples);
+    paragraphs.push_back(isExamples ? std::string(kExamples) + Examples(Split(paragraph.substr(kExamples.size()), "\n"))
+                                    : Fill(paragraph));
+  }
+  return Join(paragraphs, ".PP\n");
+}
+
+// Lines that are set in stay lines of their own: they are a list.
+std::string OptionText(const std::string& description) {
+  std::string page;
+  bool wasSetIn = false;
+  for (const std::string& line : Split(description, "\n")) {
+    const bool isSetIn = line.starts_with(' ');
+    if (isSetIn || wasSetIn) page += ".br\n";
+    page += Fill(line);
+    wasSetIn = isSetIn;
+  }
+  return page;
+}
+
+std::string OptionEntry(const S_Option& option) {
+  std::vector<std::string> names;
+  for (const std::string& name : option.names) names.push_back(name.starts_with('-') ? Bold(name) : Italic(name));
+  const std::string value = option.value.empty() ? "" : ' ' + Italic(option.value);
+  return ".TP\n" + Join(names, ", ") + value + '\n' + OptionText(option.description);
+}
+
+std::string Usage(const S_Command& command) {
+  std::string usage =
+      Bold(command.path.empty() ? "velagnss" : "velagnss " + command.path) + " [" + Italic("OPTIONS") + ']';
+  for (const S_Option& argument : command.arguments)
+    usage += " [" + Italic(argument.names.front()) + argument.value + ']';
+  if (!command.commands.empty()) usage += ' ' + Italic("COMMAND");
+  return usage + '\n';
+}
+
+std::string CommandSection(const S_Command& command) {
+  std::string page =
+      ".SS velagnss " + Escape(command.path) + '\n' + Usage(command) + ".PP\n" + Prose(command.description);
+  for (const S_Option& argument : command.arguments) page += OptionEntry(argument);
+  for (const S_Option& option : command.options) page += OptionEntry(option);
+  return page;
+}
+
+}  // namespace
+
+std::string ManPage(const std::vector<S_Command>& commands, const std::string& footer, const std::string& date) {
+  const S_Command& program = commands.front();
+  std::string page = fmt::format(".TH VELAGNSS 1 {} \"velagnss {}\" \"User Commands\"\n", date, VELAGNSS_VERSION);
+  page += ".SH NAME\nvelagnss \\-\n" + Fill(Summary(program.description));
+  page += ".SH SYNOPSIS\n" + Usage(program);
+  page += ".SH DESCRIPTION\n" + Prose(program.description);
+  page += ".SH OPTIONS\n";
+  for (const S_Option& option : program.options) page += OptionEntry(option);
+  page += ".SH COMMANDS\n";
+  for (const S_Command& command : commands)
+    if (!command.path.empty()) page += CommandSection(command);
+  page += ".SH EXIT STATUS\n" + Fill(footer.substr(footer.find(": ") + 2));
+  return page;
+}
+
+}  // namespace Manual

@@ -1,0 +1,99 @@
+#include "apps/velagnss/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <sstream>
+#include <string>
+
+#include "apps/velagnss/Arguments.h"
+#include "apps/velagnss/ConvertCommand.h"
+#include "apps/velagnss/DecodeCommand.h"
+#include "apps/velagnss/Diagnostics.h"
+#include "apps/velagnss/EncodeCommand.h"
+#include "apps/velagnss/ExitCodes.h"
+#include "apps/velagnss/GeoCommand.h"
+#include "apps/velagnss/Output.h"
+#include "apps/velagnss/StatCommand.h"
+
+namespace Host {
+namespace {
+
+const S_CommandEntry* const kCommands[] = {
+    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kEncodeCommand, &kGeoCommand,
+};
+
+constexpr char kDescription[] =
+    "From the raw bytes of a GNSS receiver to checked frames and decoded records.\n\n"
+    "Examples:\n"
+    "  velagnss decode session.bin                    every frame as a JSON object per line\n"
+    "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
+    "  velagnss convert --to gpx session.bin          where it went, as a GPX track\n"
+    "  velagnss convert --to rinex-nav session.bin    its ephemerides as a RINEX file\n"
+    "  velagnss decode --help                         all that a command can do\n";
+
+constexpr char kFooter[] =
+    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, something left out\n"
+    "of a conversion, or a line of values that does not read, 2 wrong arguments, 3 an input failed,\n"
+    "4 the output failed, 128 + N ended by signal N.";
+
+// In the list of commands only the first line of a description, without its examples.
+class C_HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_subcommand(const CLI::App* command) const override {
+    const std::string description = command->get_description();
+    std::stringstream line;
+    CLI::detail::format_help(line, command->get_name(), description.substr(0, description.find('\n')),
+                             get_column_width());
+    return line.str();
+  }
+};
+
+int ShowText(const std::string& text) {
+  C_Output output;
+  if (!output.Open("-")) return eExitOutput;
+  output.Write(text);
+  return output.Close() || output.HasReaderLeft() ? eExitOk : eExitOutput;
+}
+
+// The command whose arguments were given, or null.
+const CLI::App* ChosenCommand(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  return chosen.empty() ? nullptr : chosen.front();
+}
+
+}  // namespace
+
+C_CommandLine::C_CommandLine() : m_app(std::make_unique<CLI::App>(kDescription, "velagnss")) {
+  m_app->formatter(std::make_shared<C_HelpFormatter>());
+  m_app->footer(kFooter);
+  m_app->fallthrough();
+  m_app->require_subcommand(1);
+  m_app->set_version_flag("--version", "velagnss " VELAGNSS_VERSION);
+  CLI::Option* verbose = m_app->add_flag("-v,--verbose", m_isVerbose, "tell more on standard error");
+  m_app->add_flag("-q,--quiet", m_isQuiet, "no warnings, errors only")->excludes(verbose);
+  for (const S_CommandEntry* entry : kCommands) {
+    m_commands.emplace_back(m_app->add_subcommand(entry->name, entry->description), entry->make());
+    m_commands.back().second->Declare(*m_commands.back().first);
+  }
+}
+
+C_CommandLine::~C_CommandLine() = default;
+
+int C_CommandLine::Run(int argc, char** argv) {
+  try {
+    m_app->parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return ShowText(m_app->help());
+  } catch (const CLI::CallForVersion&) {
+    return ShowText(m_app->version() + "\n");
+  } catch (const CLI::ParseError& error) {
+    const CLI::App* command = ChosenCommand(*m_app);
+    return ReportUsage(command == nullptr ? "" : command->get_name(), error.what());
+  }
+  if (m_isQuiet) SetVerbosity(eVerbosity::Quiet);
+  if (m_isVerbose) SetVerbosity(eVerbosity::Verbose);
+  for (const auto& [arguments, command] : m_commands)
+    if (arguments->parsed()) return command->Run();
+  return eExitUsage;
+}
+
+}  // namespace Host

@@ -1,0 +1,28 @@
+# What Debian wants in a package and an installation elsewhere does not: documents under the package's own name,
+# compressed pages, no search path in the program. CPack runs this when the components are staged, before it packs them.
+
+set(package_library ${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME})
+set(package_development ${CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME})
+set(package_program ${CPACK_DEBIAN_PROGRAM_PACKAGE_NAME})
+find_program(gzip gzip REQUIRED)
+execute_process(COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C date -u -R -d ${CPACK_VELAGNSS_RELEASE_DATE}
+  OUTPUT_VARIABLE release_date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+
+function(compress)
+  execute_process(COMMAND ${gzip} -9 --force --no-name ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+foreach(component ${CPACK_COMPONENTS_ALL})
+  set(root ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/${component}/usr)
+  set(documents ${root}/share/doc/${package_${component}})
+  file(COPY ${CMAKE_CURRENT_LIST_DIR}/debian/copyright DESTINATION ${documents})
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${documents}/changelog @ONLY)
+  compress(${documents}/changelog)
+  file(GLOB pages ${root}/share/man/man*/*.[1-8])
+  if(pages)
+    compress(${pages})
+  endif()
+  if(EXISTS ${root}/bin/velagnss)
+    file(RPATH_REMOVE FILE ${root}/bin/velagnss)
+  endif()
+endforeach()

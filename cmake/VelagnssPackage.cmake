@@ -1,0 +1,54 @@
+# Debian packages: `cpack -G DEB` makes one of each installed component.
+#
+# CMake with the prefix /usr puts libraries where Debian keeps those of one architecture: the preset "package" does so.
+
+set(VELAGNSS_MAINTAINER "velagnss maintainers <maintainers@velagnss.invalid>" CACHE STRING
+  "Who answers for the packages: name <address>")
+
+set(CPACK_PACKAGE_CONTACT ${VELAGNSS_MAINTAINER})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS  # whatever the umask is
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_VELAGNSS_RELEASE_DATE ${velagnss_release_date})
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianFiles.cmake)
+
+set(CPACK_COMPONENTS_ALL library development)
+if(VELAGNSS_BUILD_APPS)
+  list(APPEND CPACK_COMPONENTS_ALL program)
+endif()
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})  # our own library; its package is named below
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libvelagnss${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "\
+The shared library: finds the checked frames of eleven interleaved protocols in
+a stream of bytes: RTCM 3, NMEA 0183, and the binary protocol, sentences and
+replies of a receiver. Decodes them into plain records, and calculates with
+GNSS time and coordinates on WGS-84.")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvelagnss-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libvelagnss${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "\
+The headers of the library, an archive to link it statically, and what CMake
+and pkg-config need to find them. The headers need C++17.")
+
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME velagnss)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "libvelagnss${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "\
+The program: reads a receiver's bytes from a file or a live port and shows what
+is in them: every frame as a JSON object, statistics and damage. Converts them
+to tracks (GPX, KML, GeoJSON, CSV), to NMEA 0183 and to RINEX navigation files,
+and calculates with coordinates and times.")
+
+include(CPack)
