@@ -3,8 +3,10 @@
 #include "framing/FrameRecognizer.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
 #include "framing/ByteScan.h"
 #include "framing/RecognizerTables.h"
@@ -36,7 +38,6 @@ constexpr unsigned short kStepAgain = 0xFFFF;  // no scan count equals it
 
 // The first bytes of a frame as one word, so that a start pattern is compared at once.
 constexpr unsigned int kHeadBytes = sizeof(std::uint64_t);
-constexpr std::uint64_t kMatchesNothing = 1;  // under a mask of zero
 
 std::uint64_t Head(const unsigned char* bytes) {
   std::uint64_t word = 0;
@@ -130,8 +131,8 @@ void C_FrameRecognizer::SetFrameStartChars() {
     const S_FrameDescriptor& row = m_descriptors[i];
     const bool enabled = m_enabledProtocols[row.protocol];
     m_neededLengths[i] = m_patientSearch ? kProtocols[i].neededLength : row.startLength;
-    m_startHeads[i] = enabled ? Head(row.startPattern) : kMatchesNothing;
-    m_startHeadMasks[i] = enabled ? Head(row.startMask) : 0;
+    m_startHeads[i] = Head(row.startPattern);
+    m_startHeadMasks[i] = Head(row.startMask);
     if (!enabled) continue;
     m_minStartLength = std::min(m_minStartLength, m_neededLengths[i]);
     m_maxStartLength = std::max(m_maxStartLength, m_neededLengths[i]);
@@ -144,8 +145,20 @@ void C_FrameRecognizer::SetFrameStartChars() {
     m_startCharMasks[m_numStartChars] = row.startMask[0];
     ++m_numStartChars;
   }
-  for (unsigned int byte = 0; byte < 256; ++byte) {
-    m_isStartChar[byte] = IsAFrameStartChar(static_cast<unsigned char>(byte));
+  FillRowsByByte();
+}
+
+void C_FrameRecognizer::FillRowsByByte() {
+  for (unsigned int place = 0; place < std::size(m_rowsByByte); ++place) {
+    for (unsigned int byte = 0; byte < 256; ++byte) {
+      unsigned int rows = 0;
+      for (unsigned int i = 0; i < kNumProtocols; ++i) {
+        const S_FrameDescriptor& row = m_descriptors[i];
+        const bool fits = (byte & row.startMask[place]) == row.startPattern[place];
+        if (fits && m_enabledProtocols[row.protocol]) rows |= 1U << i;
+      }
+      m_rowsByByte[place][byte] = static_cast<unsigned short>(rows);
+    }
   }
 }
 
@@ -291,10 +304,10 @@ void C_FrameRecognizer::FlushBytes(unsigned int count) {
     unsigned int run = 0;
     const unsigned char* bytes = static_cast<const unsigned char*>(m_queue.PeekHeadRun(run));
     unsigned int accepted = 0;
-    while (accepted < run && m_postFrame && !m_isStartChar[bytes[accepted]] && IsAPostFrameAllowedByte(bytes[accepted]))
+    while (accepted < run && m_postFrame && !IsStart(bytes[accepted]) && IsAPostFrameAllowedByte(bytes[accepted]))
       ++accepted;
     unsigned int count = accepted;
-    while (count < run && !m_isStartChar[bytes[count]]) ++count;
+    while (count < run && !IsStart(bytes[count])) ++count;
     Count(&S_RecognizerStatistics::bytesAccepted, accepted);
     Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
     const bool isStart = count < run;
@@ -359,7 +372,8 @@ eRecognitionResult C_FrameRecognizer::FrameStartSearch() {
   m_scanCount = m_workMessage.length;
   const unsigned char* bytes = FrameBytes(m_workMessage.length);
   const std::uint64_t head = m_workMessage.length < kHeadBytes ? ShortHead(bytes, m_workMessage.length) : Head(bytes);
-  for (unsigned int i = 0; i < kNumProtocols; ++i) {
+  for (unsigned int rows = m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]]; rows != 0; rows &= rows - 1) {
+    const auto i = static_cast<unsigned int>(std::countr_zero(rows));
     if ((head & m_startHeadMasks[i]) != m_startHeads[i] || !Matches(i, bytes)) continue;
     m_currentDescriptor = i;
     return DetermineMsgExpectations();

@@ -277,6 +277,8 @@ class VELAGNSS_API C_FrameRecognizer {
   }
   const unsigned char* LinearBytes(unsigned int count, unsigned int headRun);
   unsigned int CopyCapacity() const;
+  void FillRowsByByte();
+  bool IsStart(unsigned char byte) const { return m_rowsByByte[0][byte] != 0; }
   bool Matches(unsigned int descriptor, const unsigned char* bytes) const;
   bool BeginsWith(std::string_view prefix, unsigned int count);
   bool Expect(unsigned int type, const S_FrameLengths& lengths);
@@ -312,7 +314,7 @@ class VELAGNSS_API C_FrameRecognizer {
   unsigned char m_numStartChars = 0;
   unsigned char m_startChars[kNumProtocols] = {};
   unsigned char m_startCharMasks[kNumProtocols] = {};
-  bool m_isStartChar[256] = {};  // the same, by byte
+  unsigned short m_rowsByByte[2][256] = {};  // descriptors that may have the byte first, second: bit i for row i
   bool m_enabledProtocols[kNumProtocols] = {};
   S_FrameDescriptor m_descriptors[kNumProtocols] = {};
   std::uint64_t m_startHeads[kNumProtocols] = {};  // first bytes of the start pattern, and of its mask, as one word
