@@ -3,21 +3,13 @@
 #include <array>
 #include <cstddef>
 
+#include "framing/Crc24Field.h"
+
 namespace {
 
-constexpr unsigned int kPolynomial = 0x1864CFB;  // x^24 + x^23 + x^18 + x^17 + x^14 + x^11 + x^10 + x^7 + ... + 1
-constexpr std::size_t kSlices = 16;              // bytes taken at a time; 8 are slower by a third
+constexpr std::size_t kSlices = 16;  // bytes taken at a time; 8 are slower by a third
 
 using t_Slice = std::array<unsigned int, 256>;
-
-// The sum `crc` after one more byte of zero.
-constexpr unsigned int ShiftByte(unsigned int crc) {
-  for (int bit = 0; bit < 8; ++bit) {
-    crc <<= 1;
-    if ((crc & 0x1000000) != 0) crc ^= kPolynomial;
-  }
-  return crc;
-}
 
 // Slice k holds the sum of each byte with k zero bytes behind it. The sum is linear: that of a block is the sum of its
 // bytes, each looked up in the slice of its distance from the end: look-ups that need not wait for each other.
@@ -25,7 +17,7 @@ constexpr std::array<t_Slice, kSlices> MakeSlices() {
   std::array<t_Slice, kSlices> slices{};
   for (unsigned int byte = 0; byte < 256; ++byte) {
     unsigned int crc = byte << 16;
-    for (t_Slice& slice : slices) slice[byte] = crc = ShiftByte(crc);
+    for (t_Slice& slice : slices) slice[byte] = crc = Crc24Field::TimesX8(crc);
   }
   return slices;
 }
