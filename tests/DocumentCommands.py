@@ -9,7 +9,8 @@ lines and at a line's end for the rest of the line. A command without output sho
 run in one scratch directory that holds the samples and a capture.bin.
 
 Blocks fenced as `sh` are not run: what installs packages, builds the whole, reads a port or takes long. Their commands
-must be known, and the scripts, presets and options that they name must exist. So must the tests that robustness.md names.
+must be known, and the scripts, presets and options that they name must exist. So must the tests that robustness.md names,
+and result-codes.md has a line for every code.
 Blocks fenced as `cpp` are quotations of an example.
 """
 
@@ -138,6 +139,15 @@ class Checker:
                 if name not in tests and not (self.source / name).exists():
                     self.fault(path, number, f"no such test: {name}")
 
+    def check_codes(self, path):
+        """Every code of the two enumerations is explained."""
+        text = path.read_text(encoding="utf-8")
+        headers = [self.source / header for header in ("records/ResultCodes.h", "framing/FrameRecognizer.h")]
+        for header in headers:
+            for name, value in re.findall(r"^  (eRe\w+) = (\d+),", header.read_text(encoding="utf-8"), re.MULTILINE):
+                if f"| {value} | `{name}` |" not in text:
+                    self.fault(path, 1, f"no line for {name}, {value}")
+
     def check(self, path):
         with tempfile.TemporaryDirectory(prefix="velagnss-documents-") as where:
             shutil.copytree(self.source / "samples", pathlib.Path(where) / "samples")
@@ -159,6 +169,7 @@ def main():
     for path in sorted(source.glob("*.md")) + sorted(source.glob("*/*.md")):
         checker.check(path)
     checker.check_test_names(source / "docs/robustness.md")
+    checker.check_codes(source / "docs/result-codes.md")
     print(f"{checker.run_count} commands run")
     for fault in checker.faults:
         print(fault)
