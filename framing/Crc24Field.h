@@ -15,12 +15,6 @@ constexpr unsigned int TimesX8(unsigned int a) {
   return a;
 }
 
-constexpr unsigned int Product(unsigned int a, unsigned int b) {
-  unsigned int product = 0;
-  for (unsigned int bit = 1U << 23; bit != 0; bit >>= 1) product = TimesX(product) ^ ((b & bit) != 0 ? a : 0);
-  return product;
-}
-
 }  // namespace Crc24Field
 
 #endif  // VELAGNSS_FRAMING_CRC24_FIELD_H

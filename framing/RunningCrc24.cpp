@@ -13,6 +13,20 @@ constexpr auto kZeroBytes = [] {
 }();
 static_assert(kZeroBytes[3] == 0x864CFB);
 
+// The sum after one more byte.
+unsigned int Next(unsigned int sum, unsigned char byte) {
+  return ((sum << 8) ^ C_CRC24::mu32CRC_Table[(sum >> 16) ^ byte]) & 0xFFFFFF;
+}
+
+// Of two polynomials, modulo that of the code: what stands above bit 23 is reduced as if its bytes were summed.
+unsigned int Product(unsigned int a, unsigned int b) {
+  std::uint64_t product = 0;
+  for (unsigned int bit = 0; bit < 24; ++bit) product ^= (std::uint64_t{a} << bit) * (b >> bit & 1);
+  unsigned int sum = 0;
+  for (const unsigned int shift : {40, 32, 24}) sum = Next(sum, static_cast<unsigned char>(product >> shift));
+  return sum ^ (product & 0xFFFFFF);
+}
+
 }  // namespace
 
 unsigned int C_RunningCrc24::Sum(std::uint64_t position, const unsigned char* bytes, unsigned int count) {
@@ -20,9 +34,6 @@ unsigned int C_RunningCrc24::Sum(std::uint64_t position, const unsigned char* by
     m_begin = m_end = position;
     At(position) = 0;
   }
-  for (; m_end < position + count; ++m_end) {
-    const unsigned int sum = At(m_end);
-    At(m_end + 1) = ((sum << 8) ^ C_CRC24::mu32CRC_Table[(sum >> 16) ^ bytes[m_end - position]]) & 0xFFFFFF;
-  }
-  return At(position + count) ^ Crc24Field::Product(At(position), kZeroBytes[count]);
+  for (; m_end < position + count; ++m_end) At(m_end + 1) = Next(At(m_end), bytes[m_end - position]);
+  return At(position + count) ^ Product(At(position), kZeroBytes[count]);
 }
