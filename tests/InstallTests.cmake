@@ -7,7 +7,9 @@ function(velagnss_install_test name script)
   add_test(NAME install.${name} COMMAND bash ${scripts}/${script} ${ARGN})
 endfunction()
 
-velagnss_install_test(symbols check_symbols $<TARGET_FILE:velagnss> ${scripts}/exported-symbols.txt)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")  # compilers differ in what they keep of private constants; packages are g++'s
+  velagnss_install_test(symbols check_symbols $<TARGET_FILE:velagnss> ${scripts}/exported-symbols.txt)
+endif()
 velagnss_install_test(hardening check_hardening $<TARGET_FILE:velagnss> $<TARGET_FILE:velagnss_program>)
 velagnss_install_test(prefix check_prefix ${PROJECT_BINARY_DIR} ${work}/prefix)
 velagnss_install_test(destdir check_destdir ${PROJECT_BINARY_DIR} ${work}/destdir ${CMAKE_INSTALL_LIBDIR})
