@@ -25,4 +25,5 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   if(EXISTS ${root}/bin/velagnss)
     file(RPATH_REMOVE FILE ${root}/bin/velagnss)
   endif()
+  execute_process(COMMAND find ${root} -type d -exec chmod 755 {} + COMMAND_ERROR_IS_FATAL ANY)  # whatever the umask is
 endforeach()
