@@ -1,12 +1,19 @@
-// Framing: bytes a second through the recognizer, beside memcpy of the same bytes in the same run.
+// Framing: bytes a second through the recognizer, beside what the machine does with the same bytes in the same run:
+// copying them, searching them for one byte, and scanning them sixteen at a time.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 #include "framing/FrameRecognizer.h"
 #include "textproto/NMEA_EncodeDecode.h"
@@ -17,9 +24,9 @@ constexpr std::size_t kStreamBytes = std::size_t{32} << 20;
 
 using t_Bytes = std::vector<unsigned char>;
 
-t_Bytes Repeated(const std::string& unit) {
+t_Bytes Repeated(std::string_view unit, std::size_t atLeast = kStreamBytes) {
   t_Bytes bytes;
-  while (bytes.size() < kStreamBytes) bytes.insert(bytes.end(), unit.begin(), unit.end());
+  while (bytes.size() < atLeast) bytes.insert(bytes.end(), unit.begin(), unit.end());
   return bytes;
 }
 
@@ -28,8 +35,8 @@ std::string Sample() {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Only the lines of the sample that are NMEA sentences of the eight decodable kinds.
-std::string Sentences() {
+// Only the frames of one protocol of the sample, sentences with a whole line end.
+std::string OnlyOf(C_RawDataMessage::eProtocols protocol) {
   const std::string all = Sample();
   std::string kept;
   C_FrameRecognizer recognizer(nullptr, eCircBufOvrflowRejectNew, false);
@@ -40,19 +47,38 @@ std::string Sentences() {
     const auto count = static_cast<unsigned short>(std::min<std::size_t>(512, all.size() - at));
     auto result = recognizer.DoRecognition(data, count, message);
     for (; result != eRecNoNewData; result = recognizer.DoRecognition(nullptr, 0, message)) {
-      if (result != eRecFrameComplete || message.protocol != C_RawDataMessage::eNMEA0183) continue;
+      if (result != eRecFrameComplete || message.protocol != protocol) continue;
       kept.append(reinterpret_cast<const char*>(message.data), message.length);
-      kept += '\n';
+      if (protocol == C_RawDataMessage::eNMEA0183) kept += '\n';
     }
   }
   return kept;
 }
 
+std::string Sentences() { return OnlyOf(C_RawDataMessage::eNMEA0183); }
+
+// The sample with one bit in 2000 turned over.
+std::string Noisy() {
+  std::string bytes = Sample();
+  std::mt19937 random(1);
+  for (std::size_t at = random() % 500; at < bytes.size(); at += 1 + random() % 500) {
+    bytes[at] = static_cast<char>(bytes[at] ^ 1 << random() % 8);
+  }
+  return bytes;
+}
+
+std::string Noise() {
+  std::string bytes(std::size_t{1} << 20, '\0');
+  std::mt19937 random(1);
+  for (char& byte : bytes) byte = static_cast<char>(random());
+  return bytes;
+}
+
 // Feeds the stream in pieces and hands each frame on; returns the number of frames.
 template <class OnFrame>
-std::size_t Pump(const t_Bytes& stream, std::size_t piece, OnFrame onFrame) {
+std::size_t Pump(const t_Bytes& stream, std::size_t piece, OnFrame onFrame, bool withAcknowledgements = false) {
   C_FrameRecognizer recognizer(nullptr, eCircBufOvrflowRejectNew, true);
-  recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
+  if (!withAcknowledgements) recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
   recognizer.SetPatientSearch(true);
   t_Bytes buffer(recognizer.GetMaxFrameLength());
   C_RawDataMessage message(buffer.data(), recognizer.GetMaxFrameLength());
@@ -95,31 +121,105 @@ void FramingAndDecoding(benchmark::State& state) {
   state.counters["sentences/s"] = benchmark::Counter(static_cast<double>(sentences), benchmark::Counter::kIsRate);
 }
 
-void Memcpy(benchmark::State& state) {
+// What the machine itself does with the stream, piece by piece.
+template <class OnPiece>
+void Limit(benchmark::State& state, OnPiece onPiece) {
   const t_Bytes stream = Repeated(Sample());
-  t_Bytes piece(static_cast<std::size_t>(state.range(0)));
+  const auto piece = static_cast<std::size_t>(state.range(0));
   for (auto _ : state) {
-    for (std::size_t at = 0; at + piece.size() <= stream.size(); at += piece.size()) {
-      std::memcpy(piece.data(), &stream[at], piece.size());
-      benchmark::DoNotOptimize(piece.data());
-    }
+    for (std::size_t at = 0; at + piece <= stream.size(); at += piece) onPiece(&stream[at], piece);
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * stream.size()));
 }
 
+void Memcpy(benchmark::State& state) {
+  t_Bytes copy(static_cast<std::size_t>(state.range(0)));
+  Limit(state, [&](const unsigned char* bytes, std::size_t count) {
+    std::memcpy(copy.data(), bytes, count);
+    benchmark::DoNotOptimize(copy.data());
+  });
+}
+
+// Every "$" of the stream.
+void Memchr(benchmark::State& state) {
+  Limit(state, [](const unsigned char* bytes, std::size_t count) {
+    const unsigned char* const end = bytes + count;
+    for (const void* found = bytes; found != nullptr && bytes != end; ++bytes) {
+      found = std::memchr(bytes, '$', static_cast<std::size_t>(end - bytes));
+      benchmark::DoNotOptimize(found);
+      if (found != nullptr) bytes = static_cast<const unsigned char*>(found);
+    }
+  });
+}
+
+#ifdef __SSE2__
+// How many bytes are below 32, sixteen at a time.
+void VectorScan(benchmark::State& state) {
+  const __m128i greatest = _mm_set1_epi8(31);
+  Limit(state, [&](const unsigned char* bytes, std::size_t count) {
+    int below = 0;
+    for (std::size_t i = 0; i + sizeof(__m128i) <= count; i += sizeof(__m128i)) {
+      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+      const __m128i marks = _mm_cmpeq_epi8(_mm_subs_epu8(block, greatest), _mm_setzero_si128());
+      below += __builtin_popcount(static_cast<unsigned int>(_mm_movemask_epi8(marks)));
+    }
+    benchmark::DoNotOptimize(below);
+  });
+}
+BENCHMARK(VectorScan)->Arg(1024);
+#endif
+
+BENCHMARK(Memchr)->Arg(1024);
 BENCHMARK(Memcpy)->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Mixed, Sample())->Arg(1)->Arg(32)->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Nmea, Sentences())->Arg(1024);
+BENCHMARK_CAPTURE(Framing, Mixed, Sample())->Arg(1)->Arg(8)->Arg(32)->Arg(128)->Arg(1024)->Arg(16384);
+BENCHMARK_CAPTURE(Framing, Nmea, Sentences())->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(Framing, Rtcm3, OnlyOf(C_RawDataMessage::eRTCM3_x))->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(Framing, Noisy, Noisy())->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(Framing, Noise, Noise())->Arg(1024);
 BENCHMARK(FramingAndDecoding)->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Hostile_Dollar, "$")->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Hostile_DollarGreater, "$>")->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Hostile_Gsa, "$GPGSA,")->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Hostile_Raw, "$PKVN,RAW,")->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Hostile_Block71, std::string("$BIN\x47\x00\xC0\x01", 8))->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Hostile_Rtcm, "\xD3\x03\xFF\x3E")->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Hostile_Jrox, "$JROX,")->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Hostile_SiteRecord, "$>JSITERECORD")->Arg(1024);
+// Streams of nothing but starts, or of what must be looked at over and over unless it is remembered. Time per byte must
+// not grow with the length.
+struct S_HostileStream {
+  const char* name;
+  std::string_view unit;
+  bool withAcknowledgements = false;
+};
+
+using namespace std::string_view_literals;
+constexpr S_HostileStream kHostileStreams[] = {
+    {"Dollar", "$"sv},
+    {"Reply", "$>"sv},
+    {"Acknowledgement", "$>"sv, true},
+    {"Gsa", "$GPGSA,"sv},
+    {"Raw", "$PKVN,RAW,"sv},
+    {"RawLoneCr", "$PKVN,RAW,\r\r\r\r\r\r\r\r"sv},
+    {"Router", "$PKVN,ARN_ROUTER,"sv},
+    {"Block71", "$BIN\x47\x00\xC0\x01"sv},
+    {"Rtcm", "\xD3\x03\xFF\x3E"sv},
+    {"RtcmTwice", "\xD3\x03\xD3\x03\xFF\x3E"sv},
+    {"Jrox", "$JROX,"sv},
+    {"SiteRecord", "$>JSITERECORD"sv},
+};
+
+void Hostile(benchmark::State& state, const S_HostileStream& hostile) {
+  const t_Bytes stream = Repeated(hostile.unit, static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state)
+    Pump(
+        stream, 1024, [](const C_RawDataMessage&) {}, hostile.withAcknowledgements);
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * stream.size()));
+}
+
+void RegisterHostile() {
+  for (const S_HostileStream& hostile : kHostileStreams) {
+    const std::string name = std::string("Hostile/") + hostile.name;
+    benchmark::RegisterBenchmark(name.c_str(), Hostile, hostile)->Arg(2 << 20)->Arg(32 << 20);
+  }
+}
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  RegisterHostile();
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+}
