@@ -44,8 +44,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Fuzz::C_Input input(data, size);
   Random random([&input](std::size_t limit) { return input.Below(limit); });
   const std::vector<eProtocols> list = random.List();
-  Twins twins(random.OneIn(2) ? nullptr : list.data(), random.OneIn(9) ? 7 : random.Below(3), !random.OneIn(5),
-              random.OneIn(5) ? random.Below(40) : 2048);
+  const eProtocols* const named = random.OneIn(2) ? nullptr : list.data();
+  const unsigned policy = random.OneIn(9) ? 7 : random.Below(3);
+  const bool keepsStatistics = !random.OneIn(5);
+  Twins twins(named, policy, keepsStatistics, random.OneIn(5) ? random.Below(40) : 2048);
   C_Port port;
   while (!input.IsEmpty()) {
     Operate(input, random, port, twins);

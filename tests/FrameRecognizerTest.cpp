@@ -27,8 +27,10 @@ TEST_P(RandomUse, AgreesCallByCall) {
     Random random(seed);
     const std::vector<eProtocols> list = random.List();
     const bool meddles = random.OneIn(2);
-    Twins twins(random.OneIn(2) ? nullptr : list.data(), random.OneIn(9) ? 7 : random.Below(3), !random.OneIn(5),
-                random.OneIn(5) ? random.Below(40) : 2048);
+    const eProtocols* const named = random.OneIn(2) ? nullptr : list.data();
+    const unsigned policy = random.OneIn(9) ? 7 : random.Below(3);
+    const bool keepsStatistics = !random.OneIn(5);
+    Twins twins(named, policy, keepsStatistics, random.OneIn(5) ? random.Below(40) : 2048);
     if (random.OneIn(2)) twins.Both([&](auto& one) { one.DisableProtocol(C_RawDataMessage::eVelaCmdAck); });
     if (random.OneIn(2)) twins.Both([&](auto& one) { one.SetPatientSearch(true); });
     std::string stream;

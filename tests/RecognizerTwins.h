@@ -58,7 +58,8 @@ inline std::string LineTo(std::size_t length, const std::string& start, bool che
   return checksum ? Sentence(body) : "$" + body + "\r\n";
 }
 
-// What a port may carry, made of one choice after another.
+// What a port may carry, made of one choice after another. No two choices stand in the arguments of one call or on both
+// sides of an operator: compilers differ in which they would make first.
 class Random {
  public:
   // Chooses a number below the limit it is given.
@@ -81,12 +82,14 @@ class Random {
     const unsigned kind = Below(8);
     if (kind == 0) return Characters(Below(60), "$$$$>>\xD3\xD3\r\n0123456789*,,JPKVNRDBI \0\x80\xFF"s);
     if (kind == 1) return Repeated(OneIn(4) ? Characters(1 + Below(6), "") : OneOf(kStarts));
-    return kind < 4 ? Damaged(Frame()) : Frame() + (OneIn(2) ? "\r\n" : "");
+    const std::string frame = Frame();
+    return kind < 4 ? Damaged(frame) : frame + (OneIn(2) ? "\r\n" : "");
   }
 
   // A list of protocols in a block of its exact size; it ends with any number above 10, or after 254 entries.
   std::vector<eProtocols> List() {
-    std::vector<eProtocols> list(OneIn(20) ? 254 : 0, eProtocols{Below(11)});
+    const std::size_t many = OneIn(20) ? 254 : 0;
+    std::vector<eProtocols> list(many, eProtocols{Below(11)});
     if (!list.empty()) return list;
     while (!OneIn(3)) list.push_back(eProtocols{Below(11)});
     list.push_back(eProtocols{OneOf(std::vector{11U, 12U, 200U, ~0U})});
@@ -114,12 +117,21 @@ class Random {
     const std::size_t packed = Below(OneIn(10) ? 2040 : 80);
     const std::string count = OneIn(2) ? OneOf(kCounts) : std::to_string(PayloadOf(packed));
     if (kind == 0) return "$JROX," + PackedTo(OneIn(4) ? 429 + Below(6) : Below(100)) + "\r\n";
-    if (kind == 1) return RtcmFrame(RtcmPayload(OneOf(kRtcmNumbers), OneIn(8) ? 1023 - Below(3) : 1 + Below(60)));
+    if (kind == 1) {
+      const unsigned number = OneOf(kRtcmNumbers);
+      return RtcmFrame(RtcmPayload(number, OneIn(8) ? 1023 - Below(3) : 1 + Below(60)));
+    }
     if (kind == 2) return BinFrame(block, Characters(size, OneIn(3) ? "\xFF\xFE" : ""));
-    if (kind == 3) return LineTo(Below(200), "PKVN," + OneOf(kPkvnNames) + "," + Fields(40), !OneIn(4));
     if (kind == 4) return RawSentence(OneOf(kRawNames), count, packed);
-    if (kind == 5) return LineTo(Below(50), OneOf(kReplies) + Fields(80), OneIn(3));
-    return LineTo(Below(40), "GN" + OneOf(kSentences) + "," + Fields(60), true);
+    return Line(kind);
+  }
+
+  std::string Line(unsigned kind) {
+    const std::size_t length = Below(kind == 3 ? 200 : kind == 5 ? 50 : 40);
+    std::string start = kind == 3 ? "PKVN," + OneOf(kPkvnNames) + "," : kind == 5 ? OneOf(kReplies) : "GN";
+    if (kind > 5) start += OneOf(kSentences) + ",";
+    start += Fields(kind == 3 ? 40 : kind == 5 ? 80 : 60);
+    return LineTo(length, start, kind == 3 ? !OneIn(4) : kind > 5 || OneIn(3));
   }
 
   std::string Damaged(std::string frame) {
