@@ -123,51 +123,33 @@ void C_FrameRecognizer::SetPatientSearch(bool patient) {
 }
 
 void C_FrameRecognizer::SetFrameStartChars() {
-  m_numStartChars = 0;
   m_minStartLength = 255;
   m_maxStartLength = 0;
   m_settled = 0;
+  std::memset(m_rowsByByte, 0, sizeof m_rowsByByte);
   for (unsigned int i = 0; i < kNumProtocols; ++i) {
     const S_FrameDescriptor& row = m_descriptors[i];
-    const bool enabled = m_enabledProtocols[row.protocol];
     m_neededLengths[i] = m_patientSearch ? kProtocols[i].neededLength : row.startLength;
     m_startHeads[i] = Head(row.startPattern);
     m_startHeadMasks[i] = Head(row.startMask);
-    if (!enabled) continue;
+    if (!m_enabledProtocols[row.protocol]) continue;
     m_minStartLength = std::min(m_minStartLength, m_neededLengths[i]);
     m_maxStartLength = std::max(m_maxStartLength, m_neededLengths[i]);
-    bool known = false;
-    for (unsigned int k = 0; k < m_numStartChars; ++k) {
-      known = known || (m_startChars[k] == row.startPattern[0] && m_startCharMasks[k] == row.startMask[0]);
-    }
-    if (known) continue;
-    m_startChars[m_numStartChars] = row.startPattern[0];
-    m_startCharMasks[m_numStartChars] = row.startMask[0];
-    ++m_numStartChars;
+    AddRowByByte(i);
   }
-  FillRowsByByte();
 }
 
-void C_FrameRecognizer::FillRowsByByte() {
+void C_FrameRecognizer::AddRowByByte(unsigned int descriptor) {
+  const S_FrameDescriptor& row = m_descriptors[descriptor];
   for (unsigned int place = 0; place < std::size(m_rowsByByte); ++place) {
     for (unsigned int byte = 0; byte < 256; ++byte) {
-      unsigned int rows = 0;
-      for (unsigned int i = 0; i < kNumProtocols; ++i) {
-        const S_FrameDescriptor& row = m_descriptors[i];
-        const bool fits = (byte & row.startMask[place]) == row.startPattern[place];
-        if (fits && m_enabledProtocols[row.protocol]) rows |= 1U << i;
-      }
-      m_rowsByByte[place][byte] = static_cast<unsigned short>(rows);
+      const bool fits = (byte & row.startMask[place]) == row.startPattern[place];
+      if (fits) m_rowsByByte[place][byte] = static_cast<unsigned short>(m_rowsByByte[place][byte] | 1U << descriptor);
     }
   }
 }
 
-bool C_FrameRecognizer::IsAFrameStartChar(unsigned char byte) const {
-  for (unsigned int i = 0; i < m_numStartChars; ++i) {
-    if ((byte & m_startCharMasks[i]) == m_startChars[i]) return true;
-  }
-  return false;
-}
+bool C_FrameRecognizer::IsAFrameStartChar(unsigned char byte) const { return m_rowsByByte[0][byte] != 0; }
 
 bool C_FrameRecognizer::IsAPostFrameAllowedByte(unsigned char byte) {
   m_postFrame = m_postFrame && m_lastDescriptor < kNumProtocols &&
@@ -236,6 +218,7 @@ eRecognitionResult C_FrameRecognizer::DoRecognition(const unsigned char* data, u
   }
   if (m_queue.NumItems() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
   m_lastScanCount = m_scanCount;
+  // Nothing new since the last step: it would come to the same.
   if (m_queue.NumItems() == m_settled) return m_state == eBodyWait ? eRecFrameStarted : eRecSearching;
   switch (m_state) {
     case eIdle:
@@ -250,7 +233,7 @@ eRecognitionResult C_FrameRecognizer::DoRecognition(const unsigned char* data, u
 }
 
 // Bytes go in by blocks as long as they fit; at a full queue the policy decides byte by byte.
-[[gnu::noinline]] eRecognitionResult C_FrameRecognizer::QueueInput(const unsigned char* data, unsigned int length) {
+eRecognitionResult C_FrameRecognizer::QueueInput(const unsigned char* data, unsigned int length) {
   eRecognitionResult result = eRecNoNewData;
   while (length > 0) {
     if (m_queue.IsQueueFull()) {
@@ -297,17 +280,18 @@ void C_FrameRecognizer::FlushBytes(unsigned int count) {
 }
 
 // Drops bytes that cannot start a frame. Behind a frame its line end counts as accepted, everything else is noise.
-[[gnu::noinline]] eRecognitionResult C_FrameRecognizer::StepIdle() {
+eRecognitionResult C_FrameRecognizer::StepIdle() {
   m_scanCount = 0;
   m_lastScanCount = kStepAgain;
   while (m_queue.NumItems() > 0) {
     unsigned int run = 0;
     const unsigned char* bytes = static_cast<const unsigned char*>(m_queue.PeekHeadRun(run));
     unsigned int accepted = 0;
-    while (accepted < run && m_postFrame && !IsStart(bytes[accepted]) && IsAPostFrameAllowedByte(bytes[accepted]))
+    while (accepted < run && m_postFrame && !IsAFrameStartChar(bytes[accepted]) &&
+           IsAPostFrameAllowedByte(bytes[accepted]))
       ++accepted;
     unsigned int count = accepted;
-    while (count < run && !IsStart(bytes[count])) ++count;
+    while (count < run && !IsAFrameStartChar(bytes[count])) ++count;
     Count(&S_RecognizerStatistics::bytesAccepted, accepted);
     Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
     const bool isStart = count < run;
@@ -321,7 +305,7 @@ void C_FrameRecognizer::FlushBytes(unsigned int count) {
   return eRecSearching;
 }
 
-[[gnu::noinline]] eRecognitionResult C_FrameRecognizer::StepStartSearch() {
+eRecognitionResult C_FrameRecognizer::StepStartSearch() {
   const eRecognitionResult result = FrameStartSearch();
   if (m_state == eResynchronise) {
     DropFalseStart();
@@ -335,7 +319,7 @@ void C_FrameRecognizer::FlushBytes(unsigned int count) {
   return result;
 }
 
-[[gnu::noinline]] eRecognitionResult C_FrameRecognizer::StepBodyWait(C_RawDataMessage& message) {
+eRecognitionResult C_FrameRecognizer::StepBodyWait(C_RawDataMessage& message) {
   const eRecognitionResult result = FrameBodyWait();
   if (m_state == eResynchronise) DropFalseStart();
   if (result == eRecFrameComplete) DeliverFrame(message);

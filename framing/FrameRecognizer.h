@@ -258,11 +258,12 @@ class VELAGNSS_API C_FrameRecognizer {
   // What a body scanner says of the bytes it sees; the queue is moved by DoRecognition alone.
   enum class eVerdict { More, Complete, BadCheck, Rejected, GivenUp };
 
-  eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
+  // Out of line, so that DoRecognition, called a few times for each byte of a slow line, saves no registers for them.
+  [[gnu::noinline]] eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
   bool MakeRoomInFullQueue();
-  eRecognitionResult StepIdle();
-  eRecognitionResult StepStartSearch();
-  eRecognitionResult StepBodyWait(C_RawDataMessage& message);
+  [[gnu::noinline]] eRecognitionResult StepIdle();
+  [[gnu::noinline]] eRecognitionResult StepStartSearch();
+  [[gnu::noinline]] eRecognitionResult StepBodyWait(C_RawDataMessage& message);
   void DeliverFrame(C_RawDataMessage& message);
   void DropFalseStart();
   void FlushBytes(unsigned int count);
@@ -277,8 +278,7 @@ class VELAGNSS_API C_FrameRecognizer {
   }
   const unsigned char* LinearBytes(unsigned int count, unsigned int headRun);
   unsigned int CopyCapacity() const;
-  void FillRowsByByte();
-  bool IsStart(unsigned char byte) const { return m_rowsByByte[0][byte] != 0; }
+  void AddRowByByte(unsigned int descriptor);
   bool Matches(unsigned int descriptor, const unsigned char* bytes) const;
   bool BeginsWith(std::string_view prefix, unsigned int count);
   bool Expect(unsigned int type, const S_FrameLengths& lengths);
@@ -311,9 +311,6 @@ class VELAGNSS_API C_FrameRecognizer {
   const unsigned short m_maxFrameLength;
   unsigned short m_minStartLength = 0;  // of the enabled protocols
   unsigned short m_maxStartLength = 0;
-  unsigned char m_numStartChars = 0;
-  unsigned char m_startChars[kNumProtocols] = {};
-  unsigned char m_startCharMasks[kNumProtocols] = {};
   unsigned short m_rowsByByte[2][256] = {};  // descriptors that may have the byte first, second: bit i for row i
   bool m_enabledProtocols[kNumProtocols] = {};
   S_FrameDescriptor m_descriptors[kNumProtocols] = {};
