@@ -19,7 +19,7 @@ struct C_FrameRecognizer::S_BodyRule {
   UTIL::eMark mark = UTIL::eMark::Control;  // what is not content: a line end, or else a fault
   unsigned int first = 0;                   // position of the first byte that is looked at
   bool endsInCrLf = false;                  // the end is CR LF, not the first of either
-  bool limited = false;                     // the expected length is a limit; otherwise only the buffer is
+  bool limited = false;                     // the expected lengths are limits; otherwise only the buffer is
 };
 
 namespace {
@@ -29,6 +29,7 @@ using UTIL::kCr;
 using UTIL::kLf;
 
 constexpr unsigned int kJroxHeader = 6;     // "$JROX,"
+constexpr unsigned int kShortestSum = 5;    // "$*hh" and a line end
 constexpr unsigned int kRawComma = 9;       // "$PKVN,RAW": position of the comma behind it
 constexpr std::size_t kRawCountDigits = 9;  // kept of the field that tells the payload's length
 
@@ -54,18 +55,24 @@ constexpr C_FrameRecognizer::S_BodyRule C_FrameRecognizer::kBodyRules[] = {
     // check                                    known  mark            first        CR LF  limited
     {&C_FrameRecognizer::CheckRtcmSum,          true},
     {&C_FrameRecognizer::CheckBinaryFrame,      true},
-    {&C_FrameRecognizer::CheckNmeaSum,          false, eMark::Control, 1,           false, true},
-    {&C_FrameRecognizer::CheckPkvnSentence,     false, eMark::Control, 1,           false, true},
-    {&C_FrameRecognizer::CheckSiteRecord,       false, eMark::Control, 1,           false, true},
-    {nullptr,                                   false, eMark::LineEnd, 1,           false, false},
+    {&C_FrameRecognizer::CheckNmeaSum,          false, eMark::Control, 0,           false, true},
+    {&C_FrameRecognizer::CheckPkvnSentence,     false, eMark::Control, 0,           false, true},
+    {&C_FrameRecognizer::CheckSiteRecord,       false, eMark::Control, 0,           false, true},
+    {nullptr,                                   false, eMark::LineEnd, 0,           false, false},
     {&C_FrameRecognizer::CheckPackedReply,      false, eMark::Plain,   kJroxHeader, true,  true},
     {&C_FrameRecognizer::CheckPackedSentence,   false, eMark::CrLf,    1,           true,  true},
 };
 // clang-format on
 
-eRecognitionResult C_FrameRecognizer::FrameBodyWait() { return ScanBody(m_body); }
+// Of the proprietary sentences the packed one has a body of its own.
+eRecognitionResult C_FrameRecognizer::FrameBodyWait() {
+  if (!IsBodyAwaited()) return eRecError;
+  const eBody body = kProtocols[m_currentDescriptor].body;
+  const bool isPacked = body == ePkvnBody && m_workMessage.messageType == VelaPKVN_Messages::ePkvnRAW;
+  return ScanBody(isPacked ? ePkvnRawBody : body);
+}
+
 eRecognitionResult C_FrameRecognizer::RTCM3xBodyWait() { return ScanBody(eRtcmBody); }
-eRecognitionResult C_FrameRecognizer::VelaBINBodyWait() { return ScanBody(eVelaBinBody); }
 eRecognitionResult C_FrameRecognizer::NMEA0183BodyWait() { return ScanBody(eTextBody); }
 eRecognitionResult C_FrameRecognizer::PKVNNotRawBodyWait() { return ScanBody(ePkvnBody); }
 eRecognitionResult C_FrameRecognizer::JSITERECORDBodyWait() { return ScanBody(eSiteRecordBody); }
@@ -73,8 +80,17 @@ eRecognitionResult C_FrameRecognizer::VelaCmdAckBodyWait() { return ScanBody(eAc
 eRecognitionResult C_FrameRecognizer::JROXBodyWait() { return ScanBody(eJroxBody); }
 eRecognitionResult C_FrameRecognizer::PKVNRawBodyWait() { return ScanBody(ePkvnRawBody); }
 
+// Of another protocol's frame the expected length may be more than there is room for.
+eRecognitionResult C_FrameRecognizer::VelaBINBodyWait() {
+  const bool hasNoRoom = IsBodyAwaited() && m_frameMaxLength > m_workMessage.capacity;
+  return hasNoRoom ? Conclude(eVerdict::BadCheck) : ScanBody(eVelaBinBody);
+}
+
 eRecognitionResult C_FrameRecognizer::ScanBody(eBody body) {
   if (!IsBodyAwaited()) return eRecError;
+  if (m_examinedAs != body) m_examined = 0;
+  m_examinedAs = body;
+  m_settled = 0;
   const S_BodyRule& rule = kBodyRules[body];
   const eVerdict collected = rule.knownLength ? CollectLength() : CollectUntilEnd(rule);
   const bool isChecked = collected == eVerdict::Complete && rule.check != nullptr;
@@ -89,7 +105,7 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectUntilEnd(const S_BodyRule&
   const unsigned char* bytes = FrameBytes(end);
   for (unsigned int at = FirstMark(rule, bytes, end); at < end; at = FindMark(rule.mark, bytes, at + 1, end)) {
     if (!IsLineEnd(bytes[at])) return eVerdict::Rejected;
-    if (at + 1 < m_frameMinLength) continue;
+    if (rule.limited && at + 1 < m_frameMinLength) continue;
     if (rule.endsInCrLf && (bytes[at] != kLf || bytes[at - 1] != kCr)) continue;
     m_workMessage.length = static_cast<unsigned short>(at + 1);
     return eVerdict::Complete;
@@ -105,17 +121,19 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectUntilEnd(const S_BodyRule&
 unsigned int C_FrameRecognizer::FirstMark(const S_BodyRule& rule, const unsigned char* bytes, unsigned int end) {
   std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(rule.mark)];
   const unsigned int from = std::max(m_examined, rule.first);
-  const unsigned int unmarked = unmarkedTo > m_position + 1 ? static_cast<unsigned int>(unmarkedTo - m_position) : 1;
+  const unsigned int unmarked = unmarkedTo > m_position ? static_cast<unsigned int>(unmarkedTo - m_position) : 0;
   const unsigned int at = FindMark(rule.mark, bytes, std::max(from, unmarked), end);
-  if (from <= unmarked) unmarkedTo = m_position + std::min(at, end);
+  if (from <= std::max(unmarked, 1U)) unmarkedTo = m_position + std::min(at, end);
   return at;
 }
 
 // Collects a body whose whole frame is m_frameMaxLength bytes long.
 C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectLength() {
-  const unsigned int length = std::min<unsigned int>(m_queue.NumItems(), m_frameMaxLength);
+  const unsigned int limit = std::min<unsigned int>(m_frameMaxLength, m_workMessage.capacity);
+  const unsigned int length = std::min(m_queue.NumItems(), limit);
   m_workMessage.length = static_cast<unsigned short>(length);
-  return length < m_frameMaxLength ? eVerdict::More : eVerdict::Complete;
+  if (length < limit) return eVerdict::More;
+  return limit < m_frameMaxLength ? eVerdict::Rejected : eVerdict::Complete;
 }
 
 // Brings a verdict into state, counters and result.
@@ -141,7 +159,9 @@ eRecognitionResult C_FrameRecognizer::Conclude(eVerdict verdict) {
 
 // The sum stands behind the payload, high byte first: all of it together sums to zero.
 C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckRtcmSum() {
+  constexpr unsigned int kWithoutPayload = 3 + 3;
   const unsigned short length = m_workMessage.length;
+  if (length < kWithoutPayload || length > C_RunningCrc24::kMaxCount) return eVerdict::BadCheck;  // another protocol's
   const unsigned char* bytes = FrameBytes(length);
   if (m_runningSums->Knows(m_position)) {
     if (m_runningSums->Sum(m_position, bytes, length) != 0) return eVerdict::BadCheck;
@@ -149,7 +169,6 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckRtcmSum() {
     m_runningSums->Sum(m_position, bytes, length);  // the false start's bytes may hold more starts
     return eVerdict::BadCheck;
   }
-  constexpr unsigned int kWithoutPayload = 3 + 3;
   m_workMessage.messageType = length > kWithoutPayload ? bytes[3] << 4 | bytes[4] >> 4 : 0;
   return eVerdict::Complete;
 }
@@ -168,7 +187,7 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckBinaryFrame() {
 C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckNmeaSum() {
   const unsigned int length = m_workMessage.length;
   const unsigned char* bytes = FrameBytes(length);
-  if (bytes[length - 4] != '*') {
+  if (length < kShortestSum || bytes[length - 4] != '*') {
     return m_workMessage.protocol == C_RawDataMessage::eNMEA0183 ? eVerdict::Rejected : eVerdict::Complete;
   }
   unsigned int sum = 0;
@@ -180,7 +199,7 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckNmeaSum() {
 C_FrameRecognizer::eVerdict C_FrameRecognizer::CheckPkvnSentence() {
   const unsigned int length = m_workMessage.length;
   const unsigned char* bytes = FrameBytes(length);
-  if (bytes[length - 4] != '*') return eVerdict::Complete;
+  if (length < kShortestSum || bytes[length - 4] != '*') return eVerdict::Complete;
   m_workMessage.length = static_cast<unsigned short>(length - 1);
   if (bytes[length - 3] == '*' || bytes[length - 2] == '*') return eVerdict::Rejected;
   VelaPKVN_Messages::eMessageTypes type = VelaPKVN_Messages::ePkvnUnknown;

@@ -232,6 +232,8 @@ bool C_FrameRecognizer::Expect(unsigned int type, const S_FrameLengths& lengths)
   m_workMessage.messageType = type;
   m_frameMinLength = lengths.least;
   m_frameMaxLength = lengths.greatest;
+  m_settled = 0;
+  m_examined = 0;
   return true;
 }
 
@@ -247,9 +249,7 @@ bool C_FrameRecognizer::GetRTCM3_xFrameParameters() {
 // "$GPGGA,": the formatter behind the two letters of the talker tells the sentence.
 bool C_FrameRecognizer::GetNMEA0183rameParameters() {
   if (m_workMessage.length < 7) return false;
-  const char* sentenceText = reinterpret_cast<const char*>(FrameBytes(7));
-  if (sentenceText[0] != '$') return false;
-  const unsigned int sentence = SentenceIds::Find(sentenceText + 3);
+  const unsigned int sentence = SentenceIds::Find(reinterpret_cast<const char*>(FrameBytes(7)) + 3);
   return sentence < std::size(kNmeaLengths) && Expect(sentence, m_nmeaLengths[sentence]);
 }
 
@@ -265,14 +265,13 @@ bool C_FrameRecognizer::GetVelaBINFrameParameters() {
   return Expect(block, {frameLength, frameLength});
 }
 
-// "$PKVN,HPR,": of the packed sentence the body is another one.
+// "$PKVN,HPR,".
 bool C_FrameRecognizer::GetPKvnFrameParameters() {
   constexpr std::size_t kHeld = 18;
   if (!BeginsWith(PkvnSentences::kPrefix, kHeld)) return false;
   const std::string_view held(reinterpret_cast<const char*>(FrameBytes(kHeld)), kHeld);
   const auto type = PkvnSentences::TypeOf(PkvnSentences::NameIn(held.substr(PkvnSentences::kPrefix.size())));
   if (type == VelaPKVN_Messages::ePkvnUnknown) return false;
-  if (type == VelaPKVN_Messages::ePkvnRAW) m_body = ePkvnRawBody;
   return Expect(type, kPkvnLengths[type]);
 }
 

@@ -295,7 +295,10 @@ eRecognitionResult C_FrameRecognizer::StepIdle() {
     Count(&S_RecognizerStatistics::bytesAccepted, accepted);
     Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
     const bool isStart = count < run;
-    if (count > 0) FlushBytes(count);
+    if (count > 0) {
+      FlushBytes(count);
+      m_workMessage.length = 0;  // where a step called by itself has completed a frame, it is gone now
+    }
     if (!isStart) continue;
     m_state = eStartSearch;
     m_lastScanCount = 0;
@@ -354,7 +357,7 @@ eRecognitionResult C_FrameRecognizer::FrameStartSearch() {
   const unsigned int held = std::min<unsigned int>(m_maxStartLength, queued);
   m_workMessage.length = std::max(m_workMessage.length, static_cast<unsigned short>(held));
   m_scanCount = m_workMessage.length;
-  const unsigned char* bytes = FrameBytes(m_workMessage.length);
+  const unsigned char* bytes = FrameBytes(std::max<unsigned int>(m_workMessage.length, 2));  // two are looked up
   const std::uint64_t head = m_workMessage.length < kHeadBytes ? ShortHead(bytes, m_workMessage.length) : Head(bytes);
   for (unsigned int rows = m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]]; rows != 0; rows &= rows - 1) {
     const auto i = static_cast<unsigned int>(std::countr_zero(rows));
@@ -381,17 +384,13 @@ bool C_FrameRecognizer::Matches(unsigned int descriptor, const unsigned char* by
 eRecognitionResult C_FrameRecognizer::DetermineMsgExpectations() {
   m_frameMinLength = 0;
   m_frameMaxLength = 0;
-  m_settled = 0;
-  m_examined = 0;
   if (m_currentDescriptor >= kNumProtocols) {
     m_state = eResynchronise;
     return eRecError;
   }
   const S_FrameDescriptor& row = m_descriptors[m_currentDescriptor];
-  m_frameMinLength = row.headerLength;
-  m_frameMaxLength = row.maxLength;
-  m_body = kProtocols[m_currentDescriptor].body;
   m_workMessage.protocol = row.protocol;
+  Expect(m_workMessage.messageType, {row.headerLength, row.maxLength});
   const auto readParameters = kProtocols[m_currentDescriptor].readParameters;
   if (readParameters != nullptr && !(this->*readParameters)()) {
     m_state = eResynchronise;

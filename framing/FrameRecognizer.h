@@ -233,7 +233,8 @@ class VELAGNSS_API C_FrameRecognizer {
 
   // Scan the frame's body for its end and check it: `FrameBodyWait` by the matched protocol. `eRecFrameStarted` while
   // bytes are missing, then `eRecFrameComplete`, `eRecChecksumError` or `eRecFrameRejected`. `eRecError` unless a body
-  // is awaited. They look at the queue and remove nothing from it.
+  // is awaited. They look at the queue and remove nothing from it. Each takes whatever frame is awaited for one of its
+  // own and looks at it from the first byte on.
   eRecognitionResult FrameBodyWait();
   eRecognitionResult RTCM3xBodyWait();
   eRecognitionResult NMEA0183BodyWait();
@@ -330,11 +331,11 @@ class VELAGNSS_API C_FrameRecognizer {
   unsigned short m_lastScanCount = 0xFFFF;  // m_scanCount at the last step; 0xFFFF forces a step
   unsigned int m_currentDescriptor = kNumProtocols;
   unsigned int m_lastDescriptor = kNumProtocols + 1;  // of the frame delivered last
-  eBody m_body = eTextBody;                           // of the frame being collected
   unsigned short m_frameMinLength = 0;
   unsigned short m_frameMaxLength = 0;
   unsigned int m_settled = 0;   // bytes queued at the last step, if it only waits for more; 0 if the next must be made
-  unsigned int m_examined = 0;  // bytes of the body that need no second look
+  unsigned int m_examined = 0;  // bytes of the body that need no second look by this scanner
+  eBody m_examinedAs = eTextBody;
 
   // Positions in the stream, so that what is known of a byte stays known when a false start before it is dropped.
   std::uint64_t m_position = 0;        // of the oldest queued byte

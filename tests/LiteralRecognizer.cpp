@@ -98,9 +98,15 @@ bool BinParameters(Work& work) {
 }
 
 // The name ends at a comma or NUL.
+unsigned PkvnRow(const Bytes& bytes) {
+  const std::string name = TextAt(bytes, 6, 31);
+  return RowOf(kPkvnRows, name.substr(0, name.find_first_of(std::string(",\0", 2))));
+}
+
+bool IsPkvn(const Bytes& bytes) { return TextAt(bytes, 0, 6) == "$PKVN," && PkvnRow(bytes) < 11; }
+
 bool PkvnParameters(Work& work) {
-  const std::string name = TextAt(work.message.bytes, 6, 31);
-  const unsigned row = RowOf(kPkvnRows, name.substr(0, name.find_first_of(std::string(",\0", 2))));
+  const unsigned row = PkvnRow(work.message.bytes);
   return row < 11 && SetKind(work, row, kPkvnRows[row].least, kPkvnRows[row].greatest);
 }
 
@@ -110,9 +116,11 @@ bool RdParameters(Work& work) {
   return version == '0' ? SetKind(work, 0, 0, 0) : version == '1' && SetKind(work, 1, 37, 80);
 }
 
-bool ReplyParameters(Work& work) { return SetKind(work, 0, work.least, work.greatest); }
+bool InfoParameters(Work& work) { return SetKind(work, 0, 37, 120); }
 
-bool SiteRecordParameters(Work&) { return true; }
+bool QueryParameters(Work& work) { return SetKind(work, 0, 21, 120); }
+
+bool SiteRecordParameters(Work& work) { return SetKind(work, work.message.type, 13, 512); }
 
 // Where a frame ends.
 
@@ -139,8 +147,9 @@ bool LimitReached(const Work& work, std::size_t length) { return length >= work.
 
 Collected CollectBytes(Work& work, const Queue& queue) {
   std::size_t length = 0;
-  while (length < work.greatest && Next(work, queue, length)) continue;
-  return length == work.greatest ? EndAt(work, length) : kPart;
+  while (!LimitReached(work, length) && Next(work, queue, length)) continue;
+  if (length == work.greatest) return EndAt(work, length);
+  return LimitReached(work, length) ? kBroken : kPart;
 }
 
 Collected CollectLine(Work& work, const Queue& queue) {
@@ -154,12 +163,13 @@ Collected CollectLine(Work& work, const Queue& queue) {
 }
 
 // Up to CR LF; behind the start of a JROX frame there are only bytes of the packing, and line ends.
+template <bool kJrox>
 Collected CollectPacked(Work& work, const Queue& queue) {
   for (std::size_t length = 0; Next(work, queue, length);) {
     const Bytes& bytes = work.message.bytes;
     const unsigned char byte = bytes[length - 1];
-    if (work.message.protocol == Raw::eJROX && length > 6 && byte < 0x80 && !IsLineEnd(byte)) return kBroken;
-    if (length >= work.least && bytes[length - 2] == 13 && byte == 10) return EndAt(work, length);
+    if (kJrox && length > 6 && byte < 0x80 && !IsLineEnd(byte)) return kBroken;
+    if (length >= work.least && length > 1 && bytes[length - 2] == 13 && byte == 10) return EndAt(work, length);
     if (LimitReached(work, length)) return kBroken;
   }
   return kPart;
@@ -167,10 +177,6 @@ Collected CollectPacked(Work& work, const Queue& queue) {
 
 // A sentence of one kind carries packed bytes.
 bool IsPkvnRaw(const Work& work) { return work.message.protocol == Raw::ePKVN && work.message.type == 0; }
-
-Collected CollectPkvn(Work& work, const Queue& queue) {
-  return IsPkvnRaw(work) ? CollectPacked(work, queue) : CollectLine(work, queue);
-}
 
 // Whatever the bytes and the limits: only the room ends it.
 Collected CollectAcknowledgement(Work& work, const Queue& queue) {
@@ -238,6 +244,7 @@ unsigned Unwind(const Bytes& bytes, std::size_t from) {
 Literal::Result CheckRtcm(Work& work) {
   const Bytes& frame = work.message.bytes;
   const std::size_t end = frame.size();
+  if (end < 6) return kChecksum;
   work.message.type = end > 6 ? frame[3] * 16U + frame[4] / 16 : 0;
   const unsigned sent = frame[end - 3] * 65536U + frame[end - 2] * 256U + frame[end - 1];
   return Crc24(&frame[0], end - 3) == sent ? kComplete : kChecksum;
@@ -247,7 +254,7 @@ Literal::Result CheckSentence(Work& work) {
   const Bytes& frame = work.message.bytes;
   const std::size_t length = frame.size();
   const bool mustHaveSum = work.message.protocol == Raw::eNMEA0183;
-  if (frame[length - 4] != '*') return mustHaveSum ? kRejected : kComplete;
+  if (length < 5 || frame[length - 4] != '*') return mustHaveSum ? kRejected : kComplete;
   const int sent = ChecksumBefore(frame, length - 1);
   if (sent < 0) return kRejected;
   return Xor(&frame[1], length - 5) == sent ? kComplete : kChecksum;
@@ -255,6 +262,8 @@ Literal::Result CheckSentence(Work& work) {
 
 Literal::Result CheckBin(Work& work) {
   const Bytes& frame = work.message.bytes;
+  if (work.greatest > work.capacity || TextAt(frame, 0, 4) != "$BIN" || frame.size() < 10) return kChecksum;
+  if (frame[6] + frame[7] * 256U + 10 != frame.size()) return kChecksum;
   unsigned sum = 0;
   for (std::size_t at = 8; at < frame.size() - 2; ++at) sum += frame[at];
   const unsigned sent = frame[frame.size() - 2] + frame[frame.size() - 1] * 256U;
@@ -262,11 +271,12 @@ Literal::Result CheckBin(Work& work) {
 }
 
 // "$PKVN,RAW,any,count,packed" CR LF; odd payloads are padded by one byte.
-Literal::Result CheckPkvnRaw(const Bytes& frame) {
+Literal::Result CheckPkvnRaw(Work& work) {
+  const Bytes& frame = work.message.bytes;
   std::string count;
   std::size_t at = 9;
   for (unsigned commas = 0; commas < 3; ++at) {
-    if (at == frame.size()) return kRejected;
+    if (at >= frame.size()) return kRejected;
     if (frame[at] == ',') ++commas;
     if (frame[at] != ',' && commas == 2) count += static_cast<char>(frame[at]);
   }
@@ -280,11 +290,10 @@ Literal::Result CheckPkvnRaw(const Bytes& frame) {
 // With a checksum the frame ends before its line end, and a wrong sum is no bad check but a rejection.
 Literal::Result CheckPkvn(Work& work) {
   Bytes& frame = work.message.bytes;
-  if (IsPkvnRaw(work)) return CheckPkvnRaw(frame);
-  if (frame[frame.size() - 4] != '*') return kComplete;
+  if (frame.size() < 5 || frame[frame.size() - 4] != '*') return kComplete;
   frame.pop_back();
   const int sent = ChecksumBefore(frame, frame.size());
-  return sent >= 0 && Xor(&frame[1], frame.size() - 4) == sent ? kComplete : kRejected;
+  return IsPkvn(frame) && sent >= 0 && Xor(&frame[1], frame.size() - 4) == sent ? kComplete : kRejected;
 }
 
 Literal::Result CheckSiteRecord(Work& work) {
@@ -293,6 +302,25 @@ Literal::Result CheckSiteRecord(Work& work) {
 
 Literal::Result CheckJrox(Work& work) { return Unwind(work.message.bytes, 6) != 0 ? kComplete : kChecksum; }
 
+}  // namespace
+
+struct LiteralRecognizer::Scanner {
+  Collected (*collect)(Work&, const Queue&);
+  Result (*check)(Work&);  // none: passes
+  bool countsBroken = true;
+};
+
+namespace {
+
+const Literal::Scanner kRtcm = {CollectBytes, CheckRtcm};
+const Literal::Scanner kBin = {CollectBytes, CheckBin};
+const Literal::Scanner kText = {CollectLine, CheckSentence};
+const Literal::Scanner kPkvn = {CollectLine, CheckPkvn};
+const Literal::Scanner kPkvnRaw = {CollectPacked<false>, CheckPkvnRaw};
+const Literal::Scanner kSite = {CollectLine, CheckSiteRecord};
+const Literal::Scanner kAck = {CollectAcknowledgement, nullptr, false};
+const Literal::Scanner kJrox = {CollectPacked<true>, CheckJrox};
+
 struct Descriptor {
   Raw::eProtocols protocol;
   std::string start;          // '.' stands for any byte, '!' for one whose top six bits are 0
@@ -300,25 +328,32 @@ struct Descriptor {
   unsigned least, greatest;   // limits of a frame, where its kind does not say others
   unsigned capacity;          // room that the protocol asks for
   bool (*parameters)(Work&);  // none: passes
-  Collected (*collect)(Work&, const Queue&);
-  Literal::Result (*check)(Work&);  // none: passes
+  const Literal::Scanner* scanner;
 };
 
 // clang-format off
 const Descriptor kDescriptors[11] = {  // in search order
-    {Raw::eJROX,        "$JROX,",              6, 10,  440, 1024, nullptr,         CollectPacked, CheckJrox},
-    {Raw::eRTCM3_x,     "\xD3!...",            5,  0,    0, 1029, RtcmParameters,  CollectBytes,  CheckRtcm},
-    {Raw::eNMEA0183,    "$.....,",             7,  0,    0, 1024, NmeaParameters,  CollectLine,   CheckSentence},
-    {Raw::eVelaBIN,     "$BIN......",         10,  0,    0, 2048, BinParameters,   CollectBytes,  CheckBin},
-    {Raw::ePKVN,        "$PKVN,............", 18,  0,    0, 2048, PkvnParameters,  CollectPkvn,   CheckPkvn},
-    {Raw::eVelaRD,      "$RD.,",              10,  0,    0,  512, RdParameters,    CollectLine,   CheckSentence},
-    {Raw::eVelaJI,      "$>JI,",              10, 37,  120,  512, ReplyParameters, CollectLine,   CheckSentence},
-    {Raw::eVelaJQUERY,  "$>JQUERY,",          10, 21,  120,  512, ReplyParameters, CollectLine,   CheckSentence},
-    {Raw::eJSITERECORD, "$>JSITERECORD",      13, 13,  512,  512, SiteRecordParameters, CollectLine, CheckSiteRecord},
-    {Raw::eVelaCmdAck,  "$>",                  2,  2,    2,  256, nullptr,         CollectAcknowledgement, nullptr},
-    {Raw::eVelaGEO,     "$>JGEO,",            10, 37,  120,   80, ReplyParameters, CollectLine,   CheckSentence},
+    {Raw::eJROX,        "$JROX,",              6, 10,  440, 1024, nullptr,              &kJrox},
+    {Raw::eRTCM3_x,     "\xD3!...",            5,  0,    0, 1029, RtcmParameters,       &kRtcm},
+    {Raw::eNMEA0183,    "$.....,",             7,  0,    0, 1024, NmeaParameters,       &kText},
+    {Raw::eVelaBIN,     "$BIN......",         10,  0,    0, 2048, BinParameters,        &kBin},
+    {Raw::ePKVN,        "$PKVN,............", 18,  0,    0, 2048, PkvnParameters,       &kPkvn},
+    {Raw::eVelaRD,      "$RD.,",              10,  0,    0,  512, RdParameters,         &kText},
+    {Raw::eVelaJI,      "$>JI,",              10, 37,  120,  512, InfoParameters,       &kText},
+    {Raw::eVelaJQUERY,  "$>JQUERY,",          10, 21,  120,  512, QueryParameters,      &kText},
+    {Raw::eJSITERECORD, "$>JSITERECORD",      13, 13,  512,  512, SiteRecordParameters, &kSite},
+    {Raw::eVelaCmdAck,  "$>",                  2,  2,    2,  256, nullptr,              &kAck},
+    {Raw::eVelaGEO,     "$>JGEO,",            10, 37,  120,   80, InfoParameters,       &kText},
 };
 // clang-format on
+
+bool BeginsAs(const Bytes& bytes, const std::string& start) {
+  for (std::size_t at = 0; at < start.size(); ++at) {
+    const auto wanted = static_cast<unsigned char>(start[at]);
+    if (wanted != '.' && !(wanted == '!' ? bytes[at] < 4 : wanted == bytes[at])) return false;
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -397,7 +432,7 @@ Literal::Result Literal::DoRecognition(const unsigned char* data, unsigned lengt
 Literal::Result Literal::IdleStep() {
   m_scanCount = 0;
   m_lastScanCount = 0xFFFF;
-  for (; !m_queue.empty(); m_queue.pop_front()) {
+  for (; !m_queue.empty(); m_queue.pop_front(), m_work.message.bytes.clear()) {
     if (IsAFrameStartChar(m_queue.front())) {
       m_state = kStartSearch;
       m_lastScanCount = m_scanCount;
@@ -446,13 +481,9 @@ std::size_t Literal::StartLength(unsigned descriptor) const {
 
 bool Literal::Matches(unsigned descriptor) const {
   const Bytes& bytes = m_work.message.bytes;
-  const std::string& start = kDescriptors[descriptor].start;
   const eProtocols protocol = kDescriptors[descriptor].protocol;
   if (!m_enabled[protocol] || StartLength(descriptor) > bytes.size()) return false;
-  for (std::size_t at = 0; at < start.size(); ++at) {
-    const auto wanted = static_cast<unsigned char>(start[at]);
-    if (wanted != '.' && !(wanted == '!' ? bytes[at] < 4 : wanted == bytes[at])) return false;
-  }
+  if (!BeginsAs(bytes, kDescriptors[descriptor].start)) return false;
   return protocol != Raw::eNMEA0183 || RowOf(kNmeaRows, TextAt(bytes, 3, 3)) < 23;
 }
 
@@ -485,22 +516,49 @@ Literal::Result Literal::DetermineMsgExpectations() {
   m_work.least = descriptor.least;
   m_work.greatest = descriptor.greatest;
   m_work.message.protocol = descriptor.protocol;
-  const bool enough = m_work.message.bytes.size() >= descriptor.needed;
-  if (descriptor.parameters != nullptr && !(enough && descriptor.parameters(m_work))) return kRejected;
+  if (descriptor.parameters != nullptr && !GetParameters(m_current)) return kRejected;
   m_state = kBodyWait;
   return kStarted;
 }
 
+// Three of the steps look at numbers or letters only, the others at the whole start.
+bool Literal::GetParameters(unsigned descriptor) {
+  const Descriptor& row = kDescriptors[descriptor];
+  const Bytes& bytes = m_work.message.bytes;
+  if (bytes.size() < row.needed) return false;
+  const bool anyStart = row.scanner == &kRtcm || row.protocol == Raw::eNMEA0183 || row.scanner == &kBin;
+  return (anyStart || BeginsAs(bytes, row.start)) && row.parameters(m_work);
+}
+
 Literal::Result Literal::FrameBodyWait() {
+  if (m_current > 10) return kError;
+  return Scan(IsPkvnRaw(m_work) ? kPkvnRaw : *kDescriptors[m_current].scanner);
+}
+
+Literal::Result Literal::RTCM3xBodyWait() { return Scan(kRtcm); }
+Literal::Result Literal::NMEA0183BodyWait() { return Scan(kText); }
+Literal::Result Literal::VelaBINBodyWait() {
+  if (m_state != kBodyWait || m_work.greatest <= m_work.capacity) return Scan(kBin);
+  Add(counters.bad, 1);
+  m_scanCount = static_cast<unsigned>(m_work.message.bytes.size());
+  m_state = kResynchronise;
+  return kChecksum;
+}
+Literal::Result Literal::PKVNRawBodyWait() { return Scan(kPkvnRaw); }
+Literal::Result Literal::PKVNNotRawBodyWait() { return Scan(kPkvn); }
+Literal::Result Literal::JSITERECORDBodyWait() { return Scan(kSite); }
+Literal::Result Literal::VelaCmdAckBodyWait() { return Scan(kAck); }
+Literal::Result Literal::JROXBodyWait() { return Scan(kJrox); }
+
+Literal::Result Literal::Scan(const Scanner& scanner) {
   if (m_state != kBodyWait || m_current > 10) return kError;
-  const Descriptor& descriptor = kDescriptors[m_current];
-  const Collected collected = descriptor.collect(m_work, m_queue);
+  const Collected collected = scanner.collect(m_work, m_queue);
   m_scanCount = static_cast<unsigned>(m_work.message.bytes.size());
   if (collected == kPart) return kStarted;
   Result result = collected == kWhole ? kComplete : kRejected;
-  if (collected == kWhole && descriptor.check != nullptr) result = descriptor.check(m_work);
+  if (collected == kWhole && scanner.check != nullptr) result = scanner.check(m_work);
   m_state = result == kComplete ? kIdle : kResynchronise;
   if (result == kComplete) Add(counters.good, 1);
-  if (result != kComplete && descriptor.protocol != Raw::eVelaCmdAck) Add(counters.bad, 1);
+  if (result != kComplete && scanner.countsBroken) Add(counters.bad, 1);
   return result;
 }

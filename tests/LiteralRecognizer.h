@@ -25,6 +25,7 @@ class LiteralRecognizer {
     unsigned least = 0, greatest = 0;  // its limits
     unsigned capacity = 0;
   };
+  struct Scanner;
   struct Counters {
     unsigned accepted = 0, discarded = 0, good = 0, bad = 0;
   };
@@ -48,6 +49,23 @@ class LiteralRecognizer {
   Result FrameStartSearch();
   Result DetermineMsgExpectations();
   Result FrameBodyWait();
+  Result RTCM3xBodyWait();
+  Result NMEA0183BodyWait();
+  Result VelaBINBodyWait();
+  Result PKVNRawBodyWait();
+  Result PKVNNotRawBodyWait();
+  Result JSITERECORDBodyWait();
+  Result VelaCmdAckBodyWait();
+  Result JROXBodyWait();
+  bool GetRTCM3_xFrameParameters() { return GetParameters(1); }
+  bool GetNMEA0183rameParameters() { return GetParameters(2); }
+  bool GetVelaBINFrameParameters() { return GetParameters(3); }
+  bool GetPKvnFrameParameters() { return GetParameters(4); }
+  bool GetVelaRDFrameParameters() { return GetParameters(5); }
+  bool GetVelaJIFrameParameters() { return GetParameters(6); }
+  bool GetVelaJQUERYFrameParameters() { return GetParameters(7); }
+  bool GetJSITERECORDFrameParameters() { return GetParameters(8); }
+  bool GetVelaGEOFrameParameters() { return GetParameters(10); }
 
   Counters counters;
 
@@ -57,10 +75,12 @@ class LiteralRecognizer {
   std::size_t QueueCapacity() const { return m_work.capacity + 32U; }
   std::size_t StartLength(unsigned descriptor) const;
   bool Matches(unsigned descriptor) const;
+  bool GetParameters(unsigned descriptor);
   void DropFalseStart();
   Result IdleStep();
   Result SearchStep();
   Result BodyStep(Message& delivered);
+  Result Scan(const Scanner& scanner);
 
   bool m_allowed[11] = {};
   bool m_enabled[11] = {};

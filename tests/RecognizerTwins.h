@@ -232,14 +232,39 @@ class Twins {
   bool m_agree = true;
 };
 
+// The steps of one protocol for the frame of another.
+template <class Recognizer>
+unsigned AnyBodyWait(Recognizer& one, unsigned step) {
+  if (step == 0) return one.RTCM3xBodyWait();
+  if (step == 1) return one.NMEA0183BodyWait();
+  if (step == 2) return one.VelaBINBodyWait();
+  if (step == 3) return one.PKVNRawBodyWait();
+  if (step == 4) return one.PKVNNotRawBodyWait();
+  if (step == 5) return one.JSITERECORDBodyWait();
+  return step == 6 ? one.VelaCmdAckBodyWait() : one.JROXBodyWait();
+}
+
+template <class Recognizer>
+bool AnyParameters(Recognizer& one, unsigned step) {
+  if (step == 0) return one.GetRTCM3_xFrameParameters();
+  if (step == 1) return one.GetNMEA0183rameParameters();
+  if (step == 2) return one.GetVelaBINFrameParameters();
+  if (step == 3) return one.GetPKvnFrameParameters();
+  if (step == 4) return one.GetVelaRDFrameParameters();
+  if (step == 5) return one.GetVelaJIFrameParameters();
+  if (step == 6) return one.GetVelaGEOFrameParameters();
+  return step == 7 ? one.GetVelaJQUERYFrameParameters() : one.GetJSITERECORDFrameParameters();
+}
+
 // Something that a host may do between two calls, single steps of the machinery included.
 inline void Meddle(Random& random, Twins& twins) {
   const eProtocols protocol{random.OneIn(4) ? 11 : random.Below(14)};
   const eCircBufOvrflowHandling policy{random.OneIn(8) ? 7 : random.Below(3)};
   const auto byte = static_cast<unsigned char>(random.OneOf("\r\n$\xD3x"s));
-  const unsigned kind = random.Below(14);
+  const unsigned kind = random.Below(16);
   if (kind == 0) twins.Both([](auto& one) { return one.FrameStartSearch(); });
   if (kind == 1) twins.Both([](auto& one) { return one.FrameBodyWait(); });
+  if (kind == 2) twins.Both([](auto& one) { return one.DetermineMsgExpectations(); });
   if (kind == 3) twins.Both([&](auto& one) { return one.IsAPostFrameAllowedByte(byte); });
   if (kind == 4) twins.Both([&](auto& one) { return one.IsAFrameStartChar(byte); });
   if (kind == 5) twins.Both([](auto& one) { one.ResetFrameScanProc(); });
@@ -248,7 +273,9 @@ inline void Meddle(Random& random, Twins& twins) {
   if (kind == 8) twins.Both([&](auto& one) { one.SetPatientSearch(byte < 32); });
   if (kind == 9) twins.Both([&](auto& one) { one.SetOverflowHandling(policy); });
   if (kind == 10 || kind == 11) twins.Both([&](auto& one) { one.DisableProtocol(protocol); });
-  if (kind > 11) twins.Both([&](auto& one) { one.EnableProtocol(protocol); });
+  if (kind == 12 || kind == 13) twins.Both([&](auto& one) { one.EnableProtocol(protocol); });
+  if (kind == 14) twins.Both([&, step = random.Below(8)](auto& one) { return AnyBodyWait(one, step); });
+  if (kind == 15) twins.Both([&, step = random.Below(9)](auto& one) { return AnyParameters(one, step); });
 }
 
 }  // namespace RecognizerTwins
