@@ -104,15 +104,18 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectUntilEnd(const S_BodyRule&
   const unsigned int end = std::min(m_queue.NumItems(), limit);
   const unsigned char* bytes = FrameBytes(end);
   for (unsigned int at = FirstMark(rule, bytes, end); at < end; at = FindMark(rule.mark, bytes, at + 1, end)) {
-    if (!IsLineEnd(bytes[at])) return eVerdict::Rejected;
+    if (!IsLineEnd(bytes[at])) {
+      HoldBytes(at + 1);
+      return eVerdict::Rejected;
+    }
     if (rule.limited && at + 1 < m_frameMinLength) continue;
     if (rule.endsInCrLf && (bytes[at] != kLf || bytes[at - 1] != kCr)) continue;
     m_workMessage.length = static_cast<unsigned short>(at + 1);
     return eVerdict::Complete;
   }
+  HoldBytes(end);
   if (end == limit) return rule.limited ? eVerdict::Rejected : eVerdict::GivenUp;
   m_examined = end;
-  m_workMessage.length = static_cast<unsigned short>(end);
   return eVerdict::More;
 }
 

@@ -355,7 +355,7 @@ eRecognitionResult C_FrameRecognizer::FrameStartSearch() {
   const unsigned int queued = m_queue.NumItems();
   if (queued < m_minStartLength) return eRecSearching;
   const unsigned int held = std::min<unsigned int>(m_maxStartLength, queued);
-  m_workMessage.length = std::max(m_workMessage.length, static_cast<unsigned short>(held));
+  HoldBytes(held);
   m_scanCount = m_workMessage.length;
   const unsigned char* bytes = FrameBytes(std::max<unsigned int>(m_workMessage.length, 2));  // two are looked up
   const std::uint64_t head = m_workMessage.length < kHeadBytes ? ShortHead(bytes, m_workMessage.length) : Head(bytes);

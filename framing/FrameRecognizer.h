@@ -23,6 +23,7 @@
 #ifndef VELAGNSS_FRAMING_FRAME_RECOGNIZER_H
 #define VELAGNSS_FRAMING_FRAME_RECOGNIZER_H
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -279,6 +280,9 @@ class VELAGNSS_API C_FrameRecognizer {
   }
   const unsigned char* LinearBytes(unsigned int count, unsigned int headRun);
   unsigned int CopyCapacity() const;
+  void HoldBytes(unsigned int count) {
+    m_workMessage.length = std::max(m_workMessage.length, static_cast<unsigned short>(count));
+  }
   void AddRowByByte(unsigned int descriptor);
   bool Matches(unsigned int descriptor, const unsigned char* bytes) const;
   bool BeginsWith(std::string_view prefix, unsigned int count);
