@@ -1,7 +1,5 @@
 #include "framing/Base64.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -99,16 +97,11 @@ constexpr S_DecodeCase kDecodes[] = {
     {"CapacityCountsBadCharactersToo", "####", 2, 0, "~~~~~~~~"},
 };
 
-class Base64Decode : public testing::TestWithParam<S_DecodeCase> {};
-
-TEST_P(Base64Decode, WritesWholeGroupsOnly) {
+TEST_ROWS(Base64Decode, WritesWholeGroupsOnly, kDecodes, row) {
   std::string dest(8, kUntouched);
-  EXPECT_EQ(UTIL::Base64Decode(GetParam().text, reinterpret_cast<unsigned char*>(dest.data()), GetParam().capacity),
-            GetParam().written);
-  EXPECT_EQ(dest, GetParam().dest);
+  EXPECT_EQ(UTIL::Base64Decode(row.text, reinterpret_cast<unsigned char*>(dest.data()), row.capacity), row.written);
+  EXPECT_EQ(dest, row.dest);
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, Base64Decode, testing::ValuesIn(kDecodes), CaseName<S_DecodeCase>);
 
 TEST(Base64Limits, NullAndLengthsBeyondAnyBufferAreRefused) {
   unsigned char byte = 'x';

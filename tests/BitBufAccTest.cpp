@@ -1,7 +1,5 @@
 #include "framing/BitBufAcc.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <climits>
 #include <string>
@@ -125,10 +123,7 @@ constexpr S_RefusedCase kRefused[] = {
     {"EndsBehindTheLastPosition", INT_MAX - 7, 8, true, true},
 };
 
-class BitBufAccRefuses : public testing::TestWithParam<S_RefusedCase> {};
-
-TEST_P(BitBufAccRefuses, WithoutAnyEffect) {
-  const S_RefusedCase& row = GetParam();
+TEST_ROWS(BitBufAccRefuses, WithoutAnyEffect, kRefused, row) {
   t_Buffer buffer = kMixed;
   int position = row.position;
   EXPECT_EQ(C_BitBufAcc::UnpackS32(buffer.data(), position, row.bits), 0);
@@ -146,8 +141,6 @@ TEST_P(BitBufAccRefuses, WithoutAnyEffect) {
     EXPECT_EQ(buffer, kMixed);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, BitBufAccRefuses, testing::ValuesIn(kRefused), CaseName<S_RefusedCase>);
 
 TEST(BitBufAcc, NullHasNoEffect) {
   t_Buffer buffer = kMixed;

@@ -1,27 +1,15 @@
 #include "framing/CRC24.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <string_view>
 
 #include "tests/Cases.h"
 #include "tests/GuardedPage.h"
+#include "tests/Streams.h"
 
 namespace {
 
 using namespace std::string_view_literals;
-
-// One bit at a time, straight from the polynomial's definition.
-unsigned int BitwiseSum(std::string_view bytes) {
-  unsigned int crc = 0;
-  for (const char c : bytes)
-    for (int bit = 7; bit >= 0; --bit) {
-      const unsigned int top = (crc >> 23 ^ static_cast<unsigned char>(c) >> bit) & 1;
-      crc = ((crc << 1) & 0xFFFFFF) ^ (top != 0 ? 0x864CFBU : 0U);
-    }
-  return crc;
-}
 
 unsigned int Sum(std::string_view bytes) {
   ExactCopy copy(bytes);
@@ -53,11 +41,7 @@ constexpr S_SumCase kSums[] = {
      "\xD3\x00\x13\x3E\xD7\xD3\x02\x02\x98\x0E\xDE\xEF\x34\xB4\xBD\x62\xAC\x09\x41\x98\x6F\x33\x36\x0B\x98"sv, 0},
 };
 
-class Crc24 : public testing::TestWithParam<S_SumCase> {};
-
-TEST_P(Crc24, IsThePublishedSum) { EXPECT_EQ(Sum(GetParam().bytes), GetParam().expected); }
-
-INSTANTIATE_TEST_SUITE_P(Vectors, Crc24, testing::ValuesIn(kSums), CaseName<S_SumCase>);
+TEST_ROWS(Crc24, IsThePublishedSum, kSums, row) { EXPECT_EQ(Sum(row.bytes), row.expected); }
 
 TEST(Crc24Runs, EveryLengthAtEveryAlignment) {
   const std::string noise = Noise(200);
@@ -65,25 +49,25 @@ TEST(Crc24Runs, EveryLengthAtEveryAlignment) {
     for (std::size_t count = 0; first + count <= noise.size(); ++count)
       ASSERT_EQ(C_CRC24::ComputeCRC(reinterpret_cast<const unsigned char*>(noise.data()) + first,
                                     static_cast<unsigned short>(count)),
-                BitwiseSum(std::string_view(noise).substr(first, count)))
+                BitwiseCrc24(std::string_view(noise).substr(first, count)))
           << count << " bytes from " << first;
 }
 
 TEST(Crc24Runs, LongestRunBetweenUnreadablePages) {
   const std::string noise = Noise(65535);
   GuardedPage page(noise.size());
-  EXPECT_EQ(C_CRC24::ComputeCRC(page.AtEnd(noise), 65535), BitwiseSum(noise));
-  EXPECT_EQ(C_CRC24::ComputeCRC(page.AtStart(noise), 65535), BitwiseSum(noise));
+  EXPECT_EQ(C_CRC24::ComputeCRC(page.AtEnd(noise), 65535), BitwiseCrc24(noise));
+  EXPECT_EQ(C_CRC24::ComputeCRC(page.AtStart(noise), 65535), BitwiseCrc24(noise));
   for (std::size_t count = 0; count < 40; ++count)
     EXPECT_EQ(C_CRC24::ComputeCRC(page.AtEnd(noise.substr(0, count)), static_cast<unsigned short>(count)),
-              BitwiseSum(noise.substr(0, count)));
+              BitwiseCrc24(noise.substr(0, count)));
 }
 
 TEST(Crc24Runs, NullIsNoBytes) { EXPECT_EQ(C_CRC24::ComputeCRC(nullptr, 5), 0U); }
 
 TEST(Crc24Table, HoldsTheSumOfEachByte) {
   for (unsigned int byte = 0; byte < 256; ++byte)
-    EXPECT_EQ(C_CRC24::mu32CRC_Table[byte], BitwiseSum(std::string(1, static_cast<char>(byte)))) << byte;
+    EXPECT_EQ(C_CRC24::mu32CRC_Table[byte], BitwiseCrc24(std::string(1, static_cast<char>(byte)))) << byte;
 }
 
 }  // namespace

@@ -61,8 +61,6 @@ constexpr S_QueueCase kQueueCases[] = {
     {"OneSlot", eCircBufOvrflowDropOldest, 1, 2},
 };
 
-class CircularBuffer : public testing::TestWithParam<S_QueueCase> {};
-
 std::deque<t_Item> Contents(C_CircularBuffer& queue) {
   std::deque<t_Item> items;
   for (unsigned int i = 0; i < queue.NumItems(); ++i) {
@@ -87,8 +85,7 @@ void ExpectOneView(C_CircularBuffer& queue) {
   EXPECT_EQ(queue.PeekNthQueuedItem(queue.NumItems()), nullptr);
 }
 
-TEST_P(CircularBuffer, DoesWhatASimpleModelDoes) {
-  const S_QueueCase& c = GetParam();
+TEST_ROWS(CircularBuffer, DoesWhatASimpleModelDoes, kQueueCases, c) {
   C_CircularBuffer queue(c.capacity, c.itemSize, static_cast<eCircBufOvrflowHandling>(c.policy));
   S_Model model{c.capacity, c.policy, {}};
   std::mt19937 random(1);
@@ -147,8 +144,6 @@ TEST_P(CircularBuffer, DoesWhatASimpleModelDoes) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Policies, CircularBuffer, testing::ValuesIn(kQueueCases), CaseName<S_QueueCase>);
-
 TEST(CircularBufferReset, LeavesEveryByteZero) {
   C_CircularBuffer queue(4, 2, eCircBufOvrflowDropOldest);
   const unsigned char items[] = {1, 2, 3, 4, 5, 6, 7, 8};
@@ -195,10 +190,7 @@ constexpr S_UnusableCase kUnusableCases[] = {
     {"ProductOver32Bits", 0x10001, 0xFFFF0001, eCircBufOvrflowRejectNew, false},
 };
 
-class UnusableCircularBuffer : public testing::TestWithParam<S_UnusableCase> {};
-
-TEST_P(UnusableCircularBuffer, StaysEmpty) {
-  const S_UnusableCase& c = GetParam();
+TEST_ROWS(UnusableCircularBuffer, StaysEmpty, kUnusableCases, c) {
   C_CircularBuffer queue(c.maxItems, c.itemSize, static_cast<eCircBufOvrflowHandling>(c.policy));
   unsigned char bytes[16] = {};
   EXPECT_EQ(queue.NewItemOverflowProtect(), c.makesRoom);
@@ -213,7 +205,5 @@ TEST_P(UnusableCircularBuffer, StaysEmpty) {
   EXPECT_EQ(queue.MaxNumItems(), 0U);
   EXPECT_TRUE(queue.IsQueueFull());
 }
-
-INSTANTIATE_TEST_SUITE_P(Sizes, UnusableCircularBuffer, testing::ValuesIn(kUnusableCases), CaseName<S_UnusableCase>);
 
 }  // namespace

@@ -131,7 +131,7 @@ class Checker:
     def check_test_names(self, path):
         """Every `Suite.Test` of a table is a test, every `scripts/...` a script."""
         sources = "\n".join(file.read_text(encoding="utf-8") for file in (self.source / "tests").glob("*.cpp"))
-        tests = {".".join(names) for names in re.findall(r"TEST(?:_P|_F)?\((\w+), (\w+)\)", sources)}
+        tests = {".".join(names) for names in re.findall(r"TEST(?:_\w+)?\((\w+), (\w+)[,)]", sources)}
         fuzzers = (self.source / "fuzz/CMakeLists.txt").read_text(encoding="utf-8")
         tests |= {f"fuzz.{name}" for name in re.findall(r"velagnss_fuzzer\((\w+)", fuzzers)}
         for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):

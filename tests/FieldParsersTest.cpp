@@ -69,10 +69,7 @@ long long Read(bool (*parse)(const char*, Value&, unsigned char), const std::str
   return kNo;
 }
 
-class Integers : public testing::TestWithParam<S_IntegerCase> {};
-
-TEST_P(Integers, AreReadInTheRangeOfTheirType) {
-  const S_IntegerCase& c = GetParam();
+TEST_ROWS(Integers, AreReadInTheRangeOfTheirType, kIntegerCases, c) {
   EXPECT_EQ(Read<unsigned int>(StrToU32, c.text), c.u32);
   EXPECT_EQ(Read<unsigned short>(StrToU16, c.text), c.u16);
   EXPECT_EQ(Read<unsigned char>(StrToU8, c.text), c.u8);
@@ -83,8 +80,6 @@ TEST_P(Integers, AreReadInTheRangeOfTheirType) {
   EXPECT_EQ(ParseFieldU8(c.text.c_str(), 7, u8), c.u8 != kNo);
   EXPECT_EQ(u8, c.u8 == kNo ? 7 : c.u8);
 }
-
-INSTANTIATE_TEST_SUITE_P(Texts, Integers, testing::ValuesIn(kIntegerCases), CaseName<S_IntegerCase>);
 
 TEST(FieldParsers, EmptyAndNull) {
   unsigned int u32 = 9;
@@ -160,10 +155,7 @@ constexpr S_TimeCase kTimeCases[] = {
 };
 // clang-format on
 
-class TimeOfDay : public testing::TestWithParam<S_TimeCase> {};
-
-TEST_P(TimeOfDay, Parse) {
-  const S_TimeCase& c = GetParam();
+TEST_ROWS(TimeOfDay, Parse, kTimeCases, c) {
   unsigned int hours = 1;
   unsigned int minutes = 1;
   double seconds = 1;
@@ -172,8 +164,6 @@ TEST_P(TimeOfDay, Parse) {
   EXPECT_EQ(ParseTimeOfDaySeconds(c.field, seconds), c.isSuccess);
   EXPECT_DOUBLE_EQ(seconds, c.secondsOfDay);
 }
-
-INSTANTIATE_TEST_SUITE_P(Fields, TimeOfDay, testing::ValuesIn(kTimeCases), CaseName<S_TimeCase>);
 
 struct S_DateCase {
   const char* name;
@@ -196,18 +186,13 @@ constexpr S_DateCase kDateCases[] = {
 };
 // clang-format on
 
-class Date : public testing::TestWithParam<S_DateCase> {};
-
-TEST_P(Date, Parse) {
-  const S_DateCase& c = GetParam();
+TEST_ROWS(Date, Parse, kDateCases, c) {
   unsigned short year = 9;
   unsigned char month = 9;
   unsigned char day = 9;
   EXPECT_EQ(ParseDate(c.field, 1, 2, 3, year, month, day), c.isSuccess);
   EXPECT_EQ(std::tie(year, month, day), std::tie(c.year, c.month, c.day));
 }
-
-INSTANTIATE_TEST_SUITE_P(Fields, Date, testing::ValuesIn(kDateCases), CaseName<S_DateCase>);
 
 TEST(FieldParsers, FormatDate) {
   char out[8] = "xxxxxxx";
@@ -240,10 +225,7 @@ constexpr S_SplitTimeCase kSplitTimeCases[] = {
 };
 // clang-format on
 
-class SplitTime : public testing::TestWithParam<S_SplitTimeCase> {};
-
-TEST_P(SplitTime, RoundsToHundredthsFirst) {
-  const S_SplitTimeCase& c = GetParam();
+TEST_ROWS(SplitTime, RoundsToHundredthsFirst, kSplitTimeCases, c) {
   unsigned char hours;
   unsigned char minutes;
   double seconds;
@@ -252,8 +234,6 @@ TEST_P(SplitTime, RoundsToHundredthsFirst) {
   EXPECT_EQ(minutes, c.minutes);
   EXPECT_NEAR(seconds, c.seconds, 1e-9);
 }
-
-INSTANTIATE_TEST_SUITE_P(Times, SplitTime, testing::ValuesIn(kSplitTimeCases), CaseName<S_SplitTimeCase>);
 
 TEST(FieldParsers, Strings) {
   unsigned char bytes[] = {1, 2, 3};

@@ -48,10 +48,7 @@ const S_SplitCase kSplitCases[] = {
 };
 // clang-format on
 
-class Split : public testing::TestWithParam<S_SplitCase> {};
-
-TEST_P(Split, GivesCountAndFieldsHoweverTheTextIsSet) {
-  const S_SplitCase& c = GetParam();
+TEST_ROWS(Split, GivesCountAndFieldsHoweverTheTextIsSet, kSplitCases, c) {
   C_FieldTokenizer tokenizer(1024, 1);
   tokenizer.SetText(c.text.c_str());
   EXPECT_EQ(tokenizer.GetFieldCount(), -1) << "before delimiters are set";
@@ -68,8 +65,6 @@ TEST_P(Split, GivesCountAndFieldsHoweverTheTextIsSet) {
   EXPECT_EQ(uncounted.GetFieldCount(), -1);
   EXPECT_EQ(Drain(uncounted, 1024), c.fields);
 }
-
-INSTANTIATE_TEST_SUITE_P(Texts, Split, testing::ValuesIn(kSplitCases), CaseName<S_SplitCase>);
 
 TEST(FieldTokenizer, NulInsideEndsTheText) {
   C_FieldTokenizer tokenizer("", ",*", 64, 1);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "framing/FrameRecognizer.h"
+#include "tests/CarefulHost.h"
 #include "tests/Cases.h"
 #include "tests/Streams.h"
 
@@ -12,38 +13,15 @@ namespace {
 
 using Frames = std::vector<std::string>;
 
-// What a careful host finds: it feeds what fits, and at the end feeds again what still waits but its first byte.
-class Host {
- public:
-  explicit Host(std::string_view stream) {
-    m_recognizer.SetPatientSearch(true);
-    m_recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
-    Feed(stream);
-    for (unsigned waiting = Queued(); waiting > 0; waiting = Queued()) {
-      m_recognizer.FullProcessingReset();
-      Feed(stream.substr(stream.size() - waiting + 1));
-    }
-  }
-
+Frames FramesIn(std::string_view stream) {
+  CarefulHost host;
+  host.Feed(stream);
+  host.Finish();
+  EXPECT_TRUE(host.isInOrder);
   Frames frames;
-
- private:
-  unsigned Queued() const { return m_recognizer.GetMaxFrameLength() + 32U - m_recognizer.GetFreeSpace(); }
-
-  void Feed(std::string_view bytes) {
-    for (std::size_t count = 0; !bytes.empty(); bytes.remove_prefix(count)) {
-      count = std::min<std::size_t>(bytes.size(), m_recognizer.GetFreeSpace());
-      const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
-      auto result = m_recognizer.DoRecognition(data, static_cast<unsigned short>(count), m_message);
-      for (; result != eRecNoNewData; result = m_recognizer.DoRecognition(nullptr, 0, m_message))
-        if (result == eRecFrameComplete) frames.emplace_back(m_buffer, m_buffer + m_message.length);
-    }
-  }
-
-  C_FrameRecognizer m_recognizer{nullptr, eCircBufOvrflowRejectNew, false};
-  unsigned char m_buffer[2048];
-  C_RawDataMessage m_message{m_buffer, sizeof m_buffer};
-};
+  for (const S_Found& found : host.found) frames.push_back(found.bytes);
+  return frames;
+}
 
 struct S_Kind {
   const char* name;
@@ -68,7 +46,7 @@ std::string Stream() {
 }
 
 // As delivered: without what of its line end does not belong to it.
-std::string Delivered(const S_Kind& kind) { return Host(kind.bytes).frames.at(0); }
+std::string Delivered(const S_Kind& kind) { return FramesIn(kind.bytes).at(0); }
 
 Frames AllBut(const S_Kind* touched) {
   Frames frames;
@@ -97,7 +75,7 @@ class DamagedFrame : public testing::TestWithParam<S_Kind> {
       char& byte = stream[m_behind.find(m_kind.bytes) + bit / 8];
       byte = static_cast<char>(byte ^ 1 << bit % 8);
     }
-    Frames frames = Host(stream).frames;
+    Frames frames = FramesIn(stream);
     ASSERT_TRUE(TakeOut(m_others, frames)) << testing::PrintToString(bits);
     std::erase(frames, Delivered(m_kind));  // flips behind the frame's end, or one and the same twice
     if (nothingElse) {
@@ -126,7 +104,7 @@ TEST_P(DamagedFrame, DoubleFlippedBitsHideNoOtherFrame) {
 TEST_P(DamagedFrame, CutAnywhereHidesNothingBehindIt) {
   if (m_kind.mayLoseItsSum) return;
   for (std::size_t length = 0; length < m_kind.bytes.size(); ++length) {
-    Frames frames = Host(m_kind.bytes.substr(0, length) + m_behind).frames;
+    Frames frames = FramesIn(m_kind.bytes.substr(0, length) + m_behind);
     ASSERT_TRUE(TakeOut(AllBut(nullptr), frames)) << length;
   }
 }
@@ -147,7 +125,7 @@ TEST_P(DamagedFrame, DamagedAnywhereHidesNothingBehindIt) {
                   swapped.begin() + static_cast<std::ptrdiff_t>(cut));
       for (const std::string& damaged :
            {head + inserted + tail, head + tail.substr(0, cut) + tail, head + tail.substr(cut), head + swapped}) {
-        Frames frames = Host(damaged + m_behind).frames;
+        Frames frames = FramesIn(damaged + m_behind);
         ASSERT_TRUE(TakeOut(expected, frames)) << testing::PrintToString(damaged);
       }
     }
@@ -156,39 +134,14 @@ TEST_P(DamagedFrame, DamagedAnywhereHidesNothingBehindIt) {
 
 INSTANTIATE_TEST_SUITE_P(Kinds, DamagedFrame, testing::ValuesIn(kKinds), CaseName<S_Kind>);
 
-// What a false start holds back comes within the longest frame behind it, the end of input not being told.
 TEST(Noise, OfAnyLengthHidesNoFrame) {
   std::mt19937 random(20250102);
   for (const std::size_t length : {1, 10, 100, 1000, 10000, 100000, 1 << 20}) {
     std::string noise(length, ' ');
     for (char& c : noise) c = static_cast<char>(random());
-    Frames frames = Host(noise + Stream() + std::string(2048, '\0') + "$").frames;
+    Frames frames = FramesIn(noise + Stream());
     EXPECT_TRUE(TakeOut(AllBut(nullptr), frames)) << length;
   }
 }
-
-class Overfeeding : public testing::TestWithParam<eCircBufOvrflowHandling> {};
-
-TEST_P(Overfeeding, LosesNoByteUncounted) {
-  std::mt19937 random(20250103);
-  const std::string stream = Stream() + Stream() + Stream() + Stream() + Stream();
-  for (int round = 0; round < 200; ++round) {
-    C_FrameRecognizer recognizer(nullptr, GetParam(), true);
-    C_RawDataMessage message;
-    std::size_t fed = 0;
-    for (int step = 0; step < 60; ++step) {
-      const std::size_t count = random() % 3 == 0 ? 0 : random() % stream.size();
-      const auto* data = reinterpret_cast<const unsigned char*>(stream.data() + random() % (stream.size() - count));
-      recognizer.DoRecognition(data, static_cast<unsigned short>(count), message);
-      fed += count;
-      const unsigned queued = recognizer.GetMaxFrameLength() + 32U - recognizer.GetFreeSpace();
-      const S_RecognizerStatistics& counters = *recognizer.GetStatistics();
-      ASSERT_EQ(counters.bytesAccepted + counters.bytesDiscarded + queued, fed) << round << ", " << step;
-    }
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Policies, Overfeeding,
-                         testing::Values(eCircBufOvrflowDropOldest, eCircBufOvrflowFlushAll, eCircBufOvrflowRejectNew));
 
 }  // namespace

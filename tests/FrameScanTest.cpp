@@ -116,38 +116,17 @@ const S_ScanCase kScanCases[] = {
     {"RotOfLeastLength", Sentence("GPROT,"), "2/18:11", "12 0 1 0"},
 };
 
-class FrameScan : public testing::TestWithParam<S_ScanCase> {};
-
 // Everything but acknowledgements, patiently: then the cut of the stream must not matter.
-TEST_P(FrameScan, DoesNotDependOnTheCut) {
+TEST_ROWS(FrameScan, DoesNotDependOnTheCut, kScanCases, c) {
   for (const std::size_t piece : {1, 2, 3, 7, 19, 64, 2000}) {
     C_FrameRecognizer recognizer(nullptr, eCircBufOvrflowRejectNew, true);
     recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
     recognizer.SetPatientSearch(true);
-    const std::string trace = Trace(recognizer, GetParam().stream, piece);
-    EXPECT_EQ(trace, GetParam().trace) << "pieces of " << piece;
-    EXPECT_EQ(Counters(recognizer), GetParam().counters) << "pieces of " << piece;
+    const std::string trace = Trace(recognizer, c.stream, piece);
+    EXPECT_EQ(trace, c.trace) << "pieces of " << piece;
+    EXPECT_EQ(Counters(recognizer), c.counters) << "pieces of " << piece;
   }
 }
-
-// The same behind frames that move the queue's head, so that the frame lies across the ring's end at every place.
-TEST_P(FrameScan, DoesNotDependOnThePlaceInTheRing) {
-  for (std::size_t shift = 0; shift < 2080; shift += 13) {
-    C_FrameRecognizer recognizer(nullptr, eCircBufOvrflowRejectNew, true);
-    recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
-    recognizer.SetPatientSearch(true);
-    const std::string lead = std::string(shift, 'x') + "$>";  // keeps the queue from starting over
-    unsigned char none = 0;
-    C_RawDataMessage message(&none, 0);
-    recognizer.DoRecognition(reinterpret_cast<const unsigned char*>(lead.data()),
-                             static_cast<unsigned short>(lead.size()), message);
-    while (recognizer.DoRecognition(nullptr, 0, message) != eRecNoNewData) {
-    }
-    EXPECT_EQ(Trace(recognizer, "abcdefghijklmnopqrstuvwx" + GetParam().stream, 1000), GetParam().trace) << shift;
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Frames, FrameScan, testing::ValuesIn(kScanCases), CaseName<S_ScanCase>);
 
 // Until a search is told to be patient, a start is judged by what is there: a reply that arrives in pieces is lost.
 TEST(FrameSearch, JudgesAtOnceUnlessPatient) {
@@ -183,16 +162,12 @@ const S_ListCase kListCases[] = {
     {"NoneAtAll", {C_RawDataMessage::eNoProtocol}, 0, ""},
 };
 
-class ProtocolList : public testing::TestWithParam<S_ListCase> {};
-
-TEST_P(ProtocolList, IsAllThatIsFound) {
-  C_FrameRecognizer recognizer(GetParam().list.data(), eCircBufOvrflowDropOldest, false);
-  EXPECT_EQ(recognizer.GetMaxFrameLength(), GetParam().maxFrameLength);
+TEST_ROWS(ProtocolList, IsAllThatIsFound, kListCases, row) {
+  C_FrameRecognizer recognizer(row.list.data(), eCircBufOvrflowDropOldest, false);
+  EXPECT_EQ(recognizer.GetMaxFrameLength(), row.maxFrameLength);
   recognizer.EnableProtocol(C_RawDataMessage::eNMEA0183);
-  EXPECT_EQ(Trace(recognizer, kHdt + kRtcm, 30), GetParam().trace);
+  EXPECT_EQ(Trace(recognizer, kHdt + kRtcm, 30), row.trace);
   EXPECT_EQ(recognizer.GetStatistics(), nullptr);
 }
-
-INSTANTIATE_TEST_SUITE_P(Lists, ProtocolList, testing::ValuesIn(kListCases), CaseName<S_ListCase>);
 
 }  // namespace

@@ -1,6 +1,5 @@
 // `velagnss geo` as users run it, against published values and such that GeographicLib 2.1 gives.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
@@ -61,14 +60,12 @@ const S_LineCase kLines[] = {
 };
 // clang-format on
 
-class GeoLines : public Program, public testing::WithParamInterface<S_LineCase> {};
-TEST_P(GeoLines, GiveTheResult) {
-  Write("in", std::string("# values\n\n") + GetParam().line + "\r");
-  const Outcome outcome = Run(std::string("velagnss geo ") + GetParam().command + " < in");
-  EXPECT_EQ(outcome.output, GetParam().result + std::string("\n"));
+TEST_ROWS_F(GeoLines, GiveTheResult, Program, kLines, row) {
+  Write("in", std::string("# values\n\n") + row.line + "\r");
+  const Outcome outcome = Run(std::string("velagnss geo ") + row.command + " < in");
+  EXPECT_EQ(outcome.output, row.result + std::string("\n"));
   EXPECT_EQ(outcome.code, 0) << outcome.messages;
 }
-INSTANTIATE_TEST_SUITE_P(Published, GeoLines, testing::ValuesIn(kLines), CaseName<S_LineCase>);
 
 struct S_RefusalCase {
   const char* name;
@@ -104,20 +101,18 @@ const S_RefusalCase kRefusals[] = {
 // clang-format on
 
 // On the command line a usage error; in a line a report that names it, and the next line is read.
-class GeoRefuses : public Program, public testing::WithParamInterface<S_RefusalCase> {};
-TEST_P(GeoRefuses, InWords) {
-  const std::string command = std::string("velagnss geo ") + GetParam().command;
-  const Outcome given = Run(command + " " + GetParam().values);
+TEST_ROWS_F(GeoRefuses, InWords, Program, kRefusals, row) {
+  const std::string command = std::string("velagnss geo ") + row.command;
+  const Outcome given = Run(command + " " + row.values);
   EXPECT_EQ(given.code, 2);
   EXPECT_EQ(given.output, "");
-  EXPECT_THAT(given.messages, HasSubstr(GetParam().message));
-  Write("in", std::string("#\n") + GetParam().values + "\n");
+  EXPECT_THAT(given.messages, HasSubstr(row.message));
+  Write("in", std::string("#\n") + row.values + "\n");
   const Outcome read = Run(command + " < in");
   EXPECT_EQ(read.code, 1);
   EXPECT_EQ(read.output, "");
-  EXPECT_THAT(read.messages, HasSubstr(std::string("line 2: ") + GetParam().message));
+  EXPECT_THAT(read.messages, HasSubstr(std::string("line 2: ") + row.message));
 }
-INSTANTIATE_TEST_SUITE_P(Values, GeoRefuses, testing::ValuesIn(kRefusals), CaseName<S_RefusalCase>);
 
 TEST_F(Program, GeoReadsOnAfterABadLine) {
   Write("in", "91 0 0\n0 0 0\n" + std::string(10000, '1') + "\n\n0 90 0");

@@ -1,7 +1,5 @@
 #include "geo/Geodesy.h"
 
-#include <gtest/gtest.h>
-
 #include <GeographicLib/Geocentric.hpp>
 #include <GeographicLib/Geodesic.hpp>
 #include <GeographicLib/LocalCartesian.hpp>
@@ -63,10 +61,7 @@ constexpr S_HeightBand kHeightBands[] = {
 };
 // clang-format on
 
-class GeodesyByHeight : public testing::TestWithParam<S_HeightBand> {};
-
-TEST_P(GeodesyByHeight, ConversionsKeepTheirBounds) {
-  const S_HeightBand& band = GetParam();
+TEST_ROWS(GeodesyByHeight, ConversionsKeepTheirBounds, kHeightBands, band) {
   const GeographicLib::Geocentric& reference = GeographicLib::Geocentric::WGS84();
   C_Uniform uniform;
   double forward = 0, olsonLatitude = 0, olsonHeight = 0, newtonLatitude = 0, newtonHeight = 0;
@@ -97,8 +92,6 @@ TEST_P(GeodesyByHeight, ConversionsKeepTheirBounds) {
   EXPECT_LT(newtonLatitude, band.newtonLatitude);
   EXPECT_LT(newtonHeight, band.newtonHeight);
 }
-
-INSTANTIATE_TEST_SUITE_P(Bands, GeodesyByHeight, testing::ValuesIn(kHeightBands), CaseName<S_HeightBand>);
 
 TEST(Geodesy, OlsonHoldsAMillimetreFrom500km) {
   C_Uniform uniform;
@@ -132,10 +125,7 @@ const S_AxisCase kAxisCases[] = {
     {"NearlyOnTheZeroMeridiansPlane", 0.00009, -1e7, 0, 0, 1e7 - kWgs84A, 3 * kPi / 2, -kPi / 2},
 };
 
-class GeodesyOnAxis : public testing::TestWithParam<S_AxisCase> {};
-
-TEST_P(GeodesyOnAxis, BothMethods) {
-  const S_AxisCase& c = GetParam();
+TEST_ROWS(GeodesyOnAxis, BothMethods, kAxisCases, c) {
   double lat, lon, h;
   CartToGeodIter(c.x, c.y, c.z, kWgs84A, kWgs84F, lat, lon, h);
   EXPECT_EQ(lat, c.lat);
@@ -146,8 +136,6 @@ TEST_P(GeodesyOnAxis, BothMethods) {
   EXPECT_NEAR(lon, c.olsonLon, 2e-11);
   EXPECT_NEAR(h, c.h, 2e-9);
 }
-
-INSTANTIATE_TEST_SUITE_P(Points, GeodesyOnAxis, testing::ValuesIn(kAxisCases), CaseName<S_AxisCase>);
 
 TEST(Geodesy, EarthsCentre) {
   double lat, lon, h;
@@ -185,6 +173,7 @@ template <auto Function, std::size_t... In>
 void Spread(const double* in, double* out, std::index_sequence<In...>) {
   Function(in[In]..., out[0], out[1], out[2]);
 }
+
 template <auto Function, std::size_t In>
 void Three(const double* in, double* out) {
   Spread<Function>(in, out, std::make_index_sequence<In>());
@@ -194,15 +183,18 @@ void Look(const double* in, double* out) {
   const S_LookAngles look = GeodLookAngles(in[0], in[1], in[2], in[3], in[4], in[5], in[6], in[7]);
   out[0] = look.range + look.north + look.east + look.up;
 }
+
 void Dms(const double* in, double* out) {
   short degrees, minutes;
   RadToDms(in[0], degrees, minutes, out[0]);
   EXPECT_TRUE(degrees == 0 && minutes == 0);
 }
+
 template <bool kHorizontal>
 void Distance(const double* in, double* out) {
   out[0] = PointDistance(C_Vector3(in), C_Vector3(in + 3), kHorizontal);
 }
+
 template <auto Rotate>
 void Covariance(const double* in, double* out) {
   Rotate(in[0], in[1], 0, in + 2, out);
@@ -224,21 +216,17 @@ const S_NonFiniteCase kNonFiniteCases[] = {
     {"CovLocalToEcef", {1, 2, 1, 2, 3, 4, 5, 6}, Covariance<CovLocalToEcef>},
 };
 
-class GeodesyNonFinite : public testing::TestWithParam<S_NonFiniteCase> {};
-
-TEST_P(GeodesyNonFinite, ShowsInTheResult) {
+TEST_ROWS(GeodesyNonFinite, ShowsInTheResult, kNonFiniteCases, row) {
   for (const double odd : {kNan, kInfinity, -kInfinity}) {
-    for (std::size_t i = 0; i < GetParam().arguments.size(); ++i) {
-      std::vector<double> arguments = GetParam().arguments;
+    for (std::size_t i = 0; i < row.arguments.size(); ++i) {
+      std::vector<double> arguments = row.arguments;
       arguments[i] = odd;
       double results[6] = {};
-      GetParam().run(arguments.data(), results);
+      row.run(arguments.data(), results);
       EXPECT_FALSE(std::isfinite(std::accumulate(results, results + 6, 0.0))) << "argument " << i << " = " << odd;
     }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Functions, GeodesyNonFinite, testing::ValuesIn(kNonFiniteCases), CaseName<S_NonFiniteCase>);
 
 // ---- look angles ---------------------------------------------------------------------------------------------------
 
@@ -294,18 +282,13 @@ constexpr S_LookCase kLookCases[] = {
     {"OverTheNorthPole", kPi / 2, 0, 0, 0, -kPi / 4, 1.41421356},
 };
 
-class GeodesyLook : public testing::TestWithParam<S_LookCase> {};
-
-TEST_P(GeodesyLook, OnTheUnitSphere) {
-  const S_LookCase& c = GetParam();
+TEST_ROWS(GeodesyLook, OnTheUnitSphere, kLookCases, c) {
   const S_LookAngles look = GeodLookAngles(0, 0, 0, c.lat2, c.lon2, c.h2, 1, 0);
   EXPECT_NEAR(look.azimuth, c.azimuth, 1e-6);
   EXPECT_NEAR(look.elevation, c.elevation, 1e-6);
   EXPECT_NEAR(look.range, c.range, 1e-8);
   EXPECT_NEAR(look.range, std::hypot(look.north, look.east, look.up), 1e-15);
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, GeodesyLook, testing::ValuesIn(kLookCases), CaseName<S_LookCase>);
 
 // ---- inverse problem -----------------------------------------------------------------------------------------------
 
@@ -322,10 +305,7 @@ constexpr S_ArcBand kArcBands[] = {
     {"UpTo0p7Degrees", 179, 179.3, 100e-6, true}, {"NearTheAntipode", 179.3, 180, 300e-6, false},
 };
 
-class GeodesyInverse : public testing::TestWithParam<S_ArcBand> {};
-
-TEST_P(GeodesyInverse, AgreesWithGeographicLib) {
-  const S_ArcBand& band = GetParam();
+TEST_ROWS(GeodesyInverse, AgreesWithGeographicLib, kArcBands, band) {
   C_Uniform uniform;
   int failures = 0;
   double distances = 0, azimuths = 0;
@@ -356,8 +336,6 @@ TEST_P(GeodesyInverse, AgreesWithGeographicLib) {
   EXPECT_EQ(failures == 0, band.converges) << failures;
 }
 
-INSTANTIATE_TEST_SUITE_P(Arcs, GeodesyInverse, testing::ValuesIn(kArcBands), CaseName<S_ArcBand>);
-
 struct S_InverseCase {
   const char* name;
   double lat1, lon1, lat2, lon2, a, f;
@@ -382,18 +360,13 @@ const S_InverseCase kInverseCases[] = {
      (127 * 3600 + 10 * 60 + 25.07) * kArcSecond, 54972.271, 0.005 * kArcSecond, 5e-4},
 };
 
-class GeodesyInverseCase : public testing::TestWithParam<S_InverseCase> {};
-
-TEST_P(GeodesyInverseCase, Gives) {
-  const S_InverseCase& c = GetParam();
+TEST_ROWS(GeodesyInverseCase, Gives, kInverseCases, c) {
   double forward, back, distance;
   GeodesicInverse(c.lat1, c.lon1, c.lat2, c.lon2, c.a, c.f, forward, back, distance);
   EXPECT_NEAR(forward, c.forward, c.angleTolerance);
   EXPECT_NEAR(back, c.back, c.angleTolerance);
   EXPECT_NEAR(distance, c.distance, c.tolerance);
 }
-
-INSTANTIATE_TEST_SUITE_P(Pairs, GeodesyInverseCase, testing::ValuesIn(kInverseCases), CaseName<S_InverseCase>);
 
 // ---- angles and distances ------------------------------------------------------------------------------------------
 
@@ -416,10 +389,7 @@ constexpr S_DmsCase kDmsCases[] = {
     {"LargestDouble", std::numeric_limits<double>::max(), 32767, 0, 0},
 };
 
-class GeodesyDms : public testing::TestWithParam<S_DmsCase> {};
-
-TEST_P(GeodesyDms, Splits) {
-  const S_DmsCase& c = GetParam();
+TEST_ROWS(GeodesyDms, Splits, kDmsCases, c) {
   short degrees, minutes;
   double seconds;
   RadToDms(c.angle, degrees, minutes, seconds);
@@ -430,8 +400,6 @@ TEST_P(GeodesyDms, Splits) {
     EXPECT_NEAR(DmsToRad(degrees, minutes, seconds), c.angle, 1e-13);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Angles, GeodesyDms, testing::ValuesIn(kDmsCases), CaseName<S_DmsCase>);
 
 TEST(Geodesy, OneNegativePartMakesAnAngleNegative) {
   const double size = (10 + 20.0 / 60 + 30.0 / 3600) * kDegree;

@@ -1,7 +1,6 @@
 #include "geo/GnssTime.h"
 
 #include <erfa.h>
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
@@ -54,10 +53,7 @@ const S_NormaliseCase kNormalise[] = {
     {"MinusInfinity", 7, -kInf, 7, -kInf},
 };
 
-class Normalise : public testing::TestWithParam<S_NormaliseCase> {};
-
-TEST_P(Normalise, BySumDifferenceAndConstructor) {
-  const S_NormaliseCase& c = GetParam();
+TEST_ROWS(Normalise, BySumDifferenceAndConstructor, kNormalise, c) {
   C_GnssTime raw;
   raw.Set(c.week, c.seconds, GNSS_GALILEO);
   ExpectSame(raw.m_secOfWeek, c.seconds);
@@ -67,8 +63,6 @@ TEST_P(Normalise, BySumDifferenceAndConstructor) {
     EXPECT_EQ(time.m_system, GNSS_GALILEO);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, Normalise, testing::ValuesIn(kNormalise), CaseName<S_NormaliseCase>);
 
 TEST(GnssTime, GoesBackAsWeekAfterWeekDoes) {
   double seconds = -1;
@@ -107,10 +101,7 @@ const S_CompareCase kCompare[] = {
     {"NaN", 1, kNaN, 1, 0, kNaN},
 };
 
-class Compare : public testing::TestWithParam<S_CompareCase> {};
-
-TEST_P(Compare, FollowsTheDifference) {
-  const S_CompareCase& c = GetParam();
+TEST_ROWS(Compare, FollowsTheDifference, kCompare, c) {
   C_GnssTime a, b;
   a.Set(c.weekA, c.secondsA, GNSS_GPS);
   b.Set(c.weekB, c.secondsB, GNSS_GALILEO);  // the system is a label only
@@ -123,8 +114,6 @@ TEST_P(Compare, FollowsTheDifference) {
   EXPECT_EQ(a >= b, c.difference >= 0);
   EXPECT_FALSE(a.Equals(b, 1e300)) << "another system";
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, Compare, testing::ValuesIn(kCompare), CaseName<S_CompareCase>);
 
 TEST(GnssTime, EqualsWithinATolerance) {
   const C_GnssTime time(2000, 0.5, GNSS_GPS);
@@ -216,10 +205,7 @@ const S_DateCase kDates[] = {
     {"Month255", 2000, 255, 1, 6, 0, 0, 0, 0, 0},
 };
 
-class Dates : public testing::TestWithParam<S_DateCase> {};
-
-TEST_P(Dates, ToWeekAndModifiedJulianDate) {
-  const S_DateCase& c = GetParam();
+TEST_ROWS(Dates, ToWeekAndModifiedJulianDate, kDates, c) {
   C_GnssTime time;
   time.Set(c.year, c.month, c.day, c.hour, c.minute, c.seconds, GNSS_GALILEO);
   EXPECT_EQ(time.m_system, GNSS_GALILEO);
@@ -231,8 +217,6 @@ TEST_P(Dates, ToWeekAndModifiedJulianDate) {
   EXPECT_EQ(mjd, c.mjd);
   EXPECT_DOUBLE_EQ(fraction, (c.hour * 3600 + c.minute * 60 + c.seconds) / 86400);
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, Dates, testing::ValuesIn(kDates), CaseName<S_DateCase>);
 
 TEST(GnssTime, ModifiedJulianDatesThatAreRefused) {
   for (const auto& [mjd, fraction] : {std::pair(44243U, 0.5), {50000U, 1.0}, {50000U, -1e-300}}) {

@@ -1,4 +1,4 @@
-// Files of the source tree, for the tests of the host program.
+// Files of the source tree.
 #ifndef VELAGNSS_TESTS_HOST_DATA_H
 #define VELAGNSS_TESTS_HOST_DATA_H
 

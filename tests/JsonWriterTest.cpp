@@ -1,7 +1,5 @@
 #include "apps/velagnss/JsonWriter.h"
 
-#include <gtest/gtest.h>
-
 #include <bit>
 #include <cstdint>
 #include <nlohmann/json.hpp>
@@ -46,13 +44,11 @@ constexpr S_NumberCase kNumbers[] = {
     {"Infinity", std::numeric_limits<double>::infinity(), "null"},
     {"NotANumber", std::numeric_limits<double>::quiet_NaN(), "null"},
 };
-class JsonNumber : public testing::TestWithParam<S_NumberCase> {};
-TEST_P(JsonNumber, Text) {
+TEST_ROWS(JsonNumber, Text, kNumbers, row) {
   Host::C_JsonWriter writer;
-  writer.Number(GetParam().value);
-  EXPECT_EQ(writer.Text(), GetParam().text);
+  writer.Number(row.value);
+  EXPECT_EQ(writer.Text(), row.text);
 }
-INSTANTIATE_TEST_SUITE_P(Numbers, JsonNumber, testing::ValuesIn(kNumbers), CaseName<S_NumberCase>);
 
 TEST(JsonWriter, AnyDoubleReadsBackTheSame) {
   std::mt19937_64 random(1);

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "Cases.h"
 #include "NmeaSentences.h"
@@ -50,13 +49,11 @@ const S_EncodedCase kEncoded[] = {
 };
 // clang-format on
 
-class EncodedLine : public testing::TestWithParam<S_EncodedCase> {};
-TEST_P(EncodedLine, IsTheSentence) {
+TEST_ROWS(EncodedLine, IsTheSentence, kEncoded, row) {
   Host::C_LineEncoder encoder;
-  ASSERT_EQ(encoder.Encode(Line(GetParam().message, GetParam().fields)), t_Outcome::Encoded) << encoder.Reason();
-  EXPECT_EQ(encoder.Sentence(), NmeaSentence(std::string("$") + GetParam().body) + "\r\n");
+  ASSERT_EQ(encoder.Encode(Line(row.message, row.fields)), t_Outcome::Encoded) << encoder.Reason();
+  EXPECT_EQ(encoder.Sentence(), NmeaSentence(std::string("$") + row.body) + "\r\n");
 }
-INSTANTIATE_TEST_SUITE_P(Sentences, EncodedLine, testing::ValuesIn(kEncoded), CaseName<S_EncodedCase>);
 
 struct S_OtherCase {
   const char* name;
@@ -68,6 +65,7 @@ struct S_OtherCase {
 std::string With(std::string_view fields, std::string_view message = "GGA") {
   return Line(message, fmt::format(R"("talker":"GP",{})", fields));
 }
+
 const t_Outcome kRefused = t_Outcome::Refused;
 const t_Outcome kSkipped = t_Outcome::Skipped;
 // clang-format off
@@ -116,13 +114,11 @@ const S_OtherCase kOthers[] = {
 };
 // clang-format on
 
-class OtherLine : public testing::TestWithParam<S_OtherCase> {};
-TEST_P(OtherLine, HasAReason) {
+TEST_ROWS(OtherLine, HasAReason, kOthers, row) {
   Host::C_LineEncoder encoder;
-  EXPECT_EQ(encoder.Encode(GetParam().line), GetParam().outcome);
-  EXPECT_THAT(encoder.Reason(), testing::StartsWith(GetParam().reason));
+  EXPECT_EQ(encoder.Encode(row.line), row.outcome);
+  EXPECT_THAT(encoder.Reason(), testing::StartsWith(row.reason));
 }
-INSTANTIATE_TEST_SUITE_P(Lines, OtherLine, testing::ValuesIn(kOthers), CaseName<S_OtherCase>);
 
 TEST(LineEncoder, CountsModesLeftOut) {
   Host::C_LineEncoder encoder;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "tests/Streams.h"
+
 namespace {
 
 using Raw = C_RawDataMessage;
@@ -197,15 +199,6 @@ int ChecksumBefore(const Bytes& bytes, std::size_t end) {
   return high > 15 || low > 15 ? -1 : static_cast<int>(high * 16 + low);
 }
 
-unsigned Crc24(const unsigned char* bytes, std::size_t count) {
-  unsigned crc = 0;
-  for (std::size_t at = 0; at < count; ++at) {
-    crc ^= static_cast<unsigned>(bytes[at]) << 16;
-    for (int bit = 0; bit < 8; ++bit) crc = (crc & 0x800000) != 0 ? (crc << 1) ^ 0x1864CFB : crc << 1;
-  }
-  return crc;
-}
-
 unsigned char Xor(const unsigned char* bytes, std::size_t count) {
   unsigned char sum = 0;
   for (std::size_t at = 0; at < count; ++at) sum ^= bytes[at];
@@ -247,7 +240,7 @@ Literal::Result CheckRtcm(Work& work) {
   if (end < 6) return kChecksum;
   work.message.type = end > 6 ? frame[3] * 16U + frame[4] / 16 : 0;
   const unsigned sent = frame[end - 3] * 65536U + frame[end - 2] * 256U + frame[end - 1];
-  return Crc24(&frame[0], end - 3) == sent ? kComplete : kChecksum;
+  return BitwiseCrc24(TextAt(frame, 0, end - 3)) == sent ? kComplete : kChecksum;
 }
 
 Literal::Result CheckSentence(Work& work) {

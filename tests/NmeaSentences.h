@@ -2,18 +2,18 @@
 #ifndef VELAGNSS_TESTS_NMEA_SENTENCES_H
 #define VELAGNSS_TESTS_NMEA_SENTENCES_H
 
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "tests/RecordLine.h"
+#include "tests/Streams.h"
 #include "textproto/NMEA_EncodeDecode.h"
 
-// The text with its checksum, without CR LF.
+// The text, "$" in front, with its checksum, without CR LF.
 inline std::string NmeaSentence(std::string_view text) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  unsigned int sum = 0;
-  for (const char c : text.substr(1)) sum ^= static_cast<unsigned char>(c);
-  return std::string(text) + '*' + kDigits[sum >> 4] + kDigits[sum & 15];
+  const std::string sentence = Sentence(text.substr(1));
+  return sentence.substr(0, sentence.size() - 2);
 }
 
 inline C_RawDataMessage::eNMEA0183Messages NmeaType(std::string_view sentence) {
@@ -61,27 +61,45 @@ inline std::string NmeaLine(const S_VTG_Data& r) {
   return RecordLine(TalkerText(r.talker), r.courseTrue, r.courseMagnetic, r.speedKnots, r.speedKmh, +r.mode);
 }
 
+// What there is for each of the eight kinds of sentences; decoding goes without the test of the checksum.
+struct S_NmeaKind {
+  C_RawDataMessage::eNMEA0183Messages type;
+  unsigned int (*decode)(unsigned char* sentence, std::size_t size, U_EcdDcdData& data);
+  void (*reset)(U_EcdDcdData& data);
+  std::string (*line)(const U_EcdDcdData& data);
+};
+
+template <auto Member, auto Decode, auto Reset>
+constexpr S_NmeaKind NmeaKind(C_RawDataMessage::eNMEA0183Messages type) {
+  return {type,
+          [](unsigned char* sentence, std::size_t size, U_EcdDcdData& data) {
+            return (C_NMEA_EncodeDecode().*Decode)(sentence, static_cast<unsigned short>(size), data.*Member);
+          },
+          [](U_EcdDcdData& data) { Reset(data.*Member); },
+          [](const U_EcdDcdData& data) { return NmeaLine(data.*Member); }};
+}
+
+inline const S_NmeaKind& KindOf(C_RawDataMessage::eNMEA0183Messages type) {
+  using t_Nmea = C_NMEA_EncodeDecode;
+  using t_Type = C_RawDataMessage;
+  using t_Data = U_EcdDcdData;
+  static constexpr S_NmeaKind kKinds[] = {
+      NmeaKind<&t_Data::gga, &t_Nmea::Decode_GGA, &t_Nmea::Reset_GGA>(t_Type::eNmeaGGA),
+      NmeaKind<&t_Data::gns, &t_Nmea::Decode_GNS, &t_Nmea::Reset_GNS>(t_Type::eNmeaGNS),
+      NmeaKind<&t_Data::zda, &t_Nmea::Decode_ZDA, &t_Nmea::Reset_ZDA>(t_Type::eNmeaZDA),
+      NmeaKind<&t_Data::gll, &t_Nmea::Decode_GLL, &t_Nmea::Reset_GLL>(t_Type::eNmeaGLL),
+      NmeaKind<&t_Data::gsv, &t_Nmea::Decode_GSV, &t_Nmea::Reset_GSV>(t_Type::eNmeaGSV),
+      NmeaKind<&t_Data::gsa, &t_Nmea::Decode_GSA, &t_Nmea::Reset_GSA>(t_Type::eNmeaGSA),
+      NmeaKind<&t_Data::rmc, &t_Nmea::Decode_RMC, &t_Nmea::Reset_RMC>(t_Type::eNmeaRMC),
+      NmeaKind<&t_Data::vtg, &t_Nmea::Decode_VTG, &t_Nmea::Reset_VTG>(t_Type::eNmeaVTG),
+  };
+  for (const S_NmeaKind& kind : kKinds)
+    if (kind.type == type) return kind;
+  throw std::invalid_argument("no decoder for this kind of sentence");
+}
+
 inline std::string NmeaLine(C_RawDataMessage::eNMEA0183Messages type, const U_EcdDcdData& data) {
-  switch (type) {
-    case C_RawDataMessage::eNmeaGGA:
-      return NmeaLine(data.gga);
-    case C_RawDataMessage::eNmeaGNS:
-      return NmeaLine(data.gns);
-    case C_RawDataMessage::eNmeaZDA:
-      return NmeaLine(data.zda);
-    case C_RawDataMessage::eNmeaGLL:
-      return NmeaLine(data.gll);
-    case C_RawDataMessage::eNmeaGSV:
-      return NmeaLine(data.gsv);
-    case C_RawDataMessage::eNmeaGSA:
-      return NmeaLine(data.gsa);
-    case C_RawDataMessage::eNmeaRMC:
-      return NmeaLine(data.rmc);
-    case C_RawDataMessage::eNmeaVTG:
-      return NmeaLine(data.vtg);
-    default:
-      return "";
-  }
+  return KindOf(type).line(data);
 }
 
 #endif  // VELAGNSS_TESTS_NMEA_SENTENCES_H

@@ -103,15 +103,11 @@ void ExpectScan(std::size_t (*scan)(std::string_view, Value&), const S_ScanCase<
     EXPECT_EQ(std::memcmp(&value, &c.value, sizeof value), 0) << value;
 }
 
-class Double : public testing::TestWithParam<S_ScanCase<double>> {};
-class Hex32 : public testing::TestWithParam<S_ScanCase<unsigned int>> {};
-class Signed64 : public testing::TestWithParam<S_ScanCase<long long>> {};
-TEST_P(Double, Scan) { ExpectScan(ScanDouble, GetParam()); }
-TEST_P(Hex32, Scan) { ExpectScan(ScanHex32, GetParam()); }
-TEST_P(Signed64, Scan) { ExpectScan(ScanS64, GetParam()); }
-INSTANTIATE_TEST_SUITE_P(Texts, Double, testing::ValuesIn(kDoubleCases), CaseName<S_ScanCase<double>>);
-INSTANTIATE_TEST_SUITE_P(Texts, Hex32, testing::ValuesIn(kHexCases), CaseName<S_ScanCase<unsigned int>>);
-INSTANTIATE_TEST_SUITE_P(Texts, Signed64, testing::ValuesIn(kS64Cases), CaseName<S_ScanCase<long long>>);
+TEST_ROWS(Double, Scan, kDoubleCases, row) { ExpectScan(ScanDouble, row); }
+
+TEST_ROWS(Hex32, Scan, kHexCases, row) { ExpectScan(ScanHex32, row); }
+
+TEST_ROWS(Signed64, Scan, kS64Cases, row) { ExpectScan(ScanS64, row); }
 
 // Random texts of numbers: digits with a point somewhere, sometimes with an exponent.
 std::string RandomNumber(std::mt19937_64& random) {

@@ -1,7 +1,5 @@
 #include "geo/PointCoordinate.h"
 
-#include <gtest/gtest.h>
-
 #include <Eigen/Dense>
 #include <GeographicLib/Geocentric.hpp>
 #include <algorithm>
@@ -52,10 +50,7 @@ constexpr S_FormCase kFormCases[] = {
     {"GeostationaryOrbit", 0, 0, 35786034, 42164171, 0, 0},
 };
 
-class PointForm : public testing::TestWithParam<S_FormCase> {};
-
-TEST_P(PointForm, EachGivesTheOther) {
-  const S_FormCase& c = GetParam();
+TEST_ROWS(PointForm, EachGivesTheOther, kFormCases, c) {
   C point(C::COORD_GEODETIC, c.lat, c.lon, c.h);
   EXPECT_TRUE(point.IsGeodeticValid() && !point.IsCartesianValid());
   point.ConvertToAllInternal();
@@ -71,8 +66,6 @@ TEST_P(PointForm, EachGivesTheOther) {
   ExpectNear(point.Geodetic(), c.lat, c.lon, c.h, 2e-9);
   ExpectNear(point.Cartesian(), c.x, c.y, c.z, 0);
 }
-
-INSTANTIATE_TEST_SUITE_P(Places, PointForm, testing::ValuesIn(kFormCases), CaseName<S_FormCase>);
 
 TEST(PointCoordinate, StartsWithoutCoordinates) {
   C point;
@@ -170,10 +163,7 @@ constexpr S_ViewCase kViewCases[] = {
     {"SouthWestFalling", -kSqrt2, -1, -1, -kPi / 4, 5 * kPi / 4, -1, -1, -kSqrt2},
 };
 
-class PointView : public testing::TestWithParam<S_ViewCase> {};
-
-TEST_P(PointView, FromTheEquator) {
-  const S_ViewCase& c = GetParam();
+TEST_ROWS(PointView, FromTheEquator, kViewCases, c) {
   const C_Vector3 target(kA + c.dx, c.dy, c.dz);
   for (C point : {C(C::COORD_CARTESIAN, kA, 0, 0), C(C::COORD_GEODETIC, 0, 0, 0)}) {
     double elevation, azimuth;
@@ -191,8 +181,6 @@ TEST_P(PointView, FromTheEquator) {
     EXPECT_EQ(narrowAzimuth, static_cast<float>(azimuth));
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Directions, PointView, testing::ValuesIn(kViewCases), CaseName<S_ViewCase>);
 
 TEST(PointCoordinate, ViewWithoutCoordinatesOrAzimuth) {
   C empty, point(C::COORD_CARTESIAN, kA, 0, 0);

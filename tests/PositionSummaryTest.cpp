@@ -1,7 +1,5 @@
 #include "apps/velagnss/PositionSummary.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <numbers>
 
@@ -40,11 +38,10 @@ const S_PlaceCase kPlaces[] = {
 
 // Eight fixes: 3 m to the north and south, 4 m to the east and west, 6 m up and down, and two on the spot. Their mean
 // is the place, the squares add up to 18, 32 and 72; half of the distances are 0, the greatest are 4.
-class PositionSummary : public testing::TestWithParam<S_PlaceCase> {};
-TEST_P(PositionSummary, IsThatOfTheOffsets) {
+TEST_ROWS(PositionSummary, IsThatOfTheOffsets, kPlaces, row) {
   constexpr S_Offset kOffsets[] = {{3, 0, 0}, {-3, 0, 0}, {0, 4, 0}, {0, -4, 0},
                                    {0, 0, 6}, {0, 0, -6}, {0, 0, 0}, {0, 0, 0}};
-  const auto [name, latitude, longitude] = GetParam();
+  const auto [name, latitude, longitude] = row;
   C_PositionSummary positions;
   for (const S_Offset& offset : kOffsets) AddAround(positions, latitude, longitude, offset);
   const S_PositionSummary summary = *positions.Summary();
@@ -59,7 +56,6 @@ TEST_P(PositionSummary, IsThatOfTheOffsets) {
   EXPECT_NEAR(summary.radius50, 0, 1e-6);
   EXPECT_NEAR(summary.radius95, 4, 1e-6);
 }
-INSTANTIATE_TEST_SUITE_P(Places, PositionSummary, testing::ValuesIn(kPlaces), CaseName<S_PlaceCase>);
 
 // Fixes 0 to n - 1 at distances that grow evenly to 100 m, to both sides: half are within 50 m, 95 % within 95 m.
 TEST(PositionSummaryOfMany, KeepsRadiiWithBoundedMemory) {
@@ -116,20 +112,18 @@ const S_SentenceCase kSentences[] = {
 };
 
 // Behind a GNS of time 0 that is a fix.
-class PositionSentence : public testing::TestWithParam<S_SentenceCase> {};
-TEST_P(PositionSentence, CountsOnlyAFix) {
+TEST_ROWS(PositionSentence, CountsOnlyAFix, kSentences, row) {
   C_PositionSummary positions;
   U_EcdDcdData record{};
   record.gns.mode[1] = eNmeaModeDifferential;
   positions.Note(C_RawDataMessage::eNmeaGNS, record);
   record.gga = {};
-  record.gga.quality = GetParam().quality;
-  record.gga.timeOfDay = GetParam().timeOfDay;
-  record.gga.latitude = GetParam().latitude;
-  record.gga.altitude = GetParam().altitude;
+  record.gga.quality = row.quality;
+  record.gga.timeOfDay = row.timeOfDay;
+  record.gga.latitude = row.latitude;
+  record.gga.altitude = row.altitude;
   positions.Note(C_RawDataMessage::eNmeaGGA, record);
-  EXPECT_EQ(positions.Summary()->fixes, GetParam().isCounted ? 2 : 1);
+  EXPECT_EQ(positions.Summary()->fixes, row.isCounted ? 2 : 1);
 }
-INSTANTIATE_TEST_SUITE_P(Sentences, PositionSentence, testing::ValuesIn(kSentences), CaseName<S_SentenceCase>);
 
 }  // namespace

@@ -1,7 +1,6 @@
 // RINEX navigation files of `velagnss convert`, read back by columns and compared with what the satellites sent.
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -39,26 +38,31 @@ double ToeWeek(const json& n) { return WeekOf(n.at("toe").get<double>() * 16); }
 double KeplerSent(const json& n) {
   return n.at("sixSecondCount").get<double>() * 6 + (n.at("week").get<double>() + 2048 - ToeWeek(n)) * kWeek;
 }
+
 double KeplerAccuracy(const json& n) {  // IS-GPS-200, 20.3.3.3.1.3
   constexpr double kMetres[] = {2, 2.8, 4, 5.7, 8, 11.3, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096};
   return kMetres[n.at("ura").get<int>()];
 }
+
 double FitInterval(const json& n) { return n.at("message") == "25" ? n.at("fitFlag").get<double>() : 4; }
 
 double GlonassSent(const json& n) {  // the session's Sunday in Moscow begins on Saturday, 21 h UTC
   const int tk = n.at("tk");
   return (tk / 128 * 3600 + tk / 2 % 64 * 60 + tk % 2 * 30) + kWeek - 3 * 3600;
 }
+
 double GlonassStatus(const json& n) {
   const auto part = [&n](const char* name, int weight) { return n.at(name).get<int>() * weight; };
   return part("m", 128) + part("p4", 64) + part("p3", 32) + part("p2", 16) + part("p1", 4) + part("p", 1);
 }
+
 double GlonassHealth(const json& n) { return n.at("bn").get<int>() >= 4 ? 1 : 0; }
 
 double SbasSent(const json& n) {
   const double second = n.at("second");
   return second + (WeekOf(second) - n.at("week").get<double>()) * kWeek;
 }
+
 double SbasAccuracy(const json& n) { return std::vector<double>{2, 2.8, 4, 5.7, 8, 11.3}.at(n.at("accuracy")); }
 
 // clang-format off
@@ -97,6 +101,7 @@ double Tb(const json& n) {  // day 140 of 2024 is 19 May, a Sunday; UTC is 3 h b
   EXPECT_EQ(n.at("nt"), 140);
   return (kFirstWeek + 1) * kWeek + n.at("tb").get<double>() * 900 - 3 * 3600;
 }
+
 double T0(const json& n) { return n.at("week").get<double>() * kWeek + n.at("reference").get<double>(); }
 const std::map<std::string, S_System> kSystems = {
     {"95", {'G', "satellite",   0, 27, kKepler,  &Toc}},
@@ -178,18 +183,17 @@ const S_SessionCase kSessions[] = {
     {"SameInputTwice", "$S", "GJRS", "M: Mixed"},
 };
 
-class RinexSession : public Program, public testing::WithParamInterface<S_SessionCase> {};
-TEST_P(RinexSession, HoldsWhatTheSatellitesSent) {
-  const Outcome outcome = Run(std::string("velagnss convert --to rinex-nav $S ") + GetParam().arguments);
+TEST_ROWS_F(RinexSession, HoldsWhatTheSatellitesSent, Program, kSessions, row) {
+  const Outcome outcome = Run(std::string("velagnss convert --to rinex-nav $S ") + row.arguments);
   EXPECT_EQ(outcome.code, 0);
   EXPECT_EQ(outcome.messages, "");
   RinexReader file(outcome.output);
   EXPECT_EQ(file.Header("RINEX VERSION / TYPE").substr(0, 40), "     3.05           N: GNSS NAV DATA    ");
-  EXPECT_EQ(file.Header("RINEX VERSION / TYPE").substr(40).find(GetParam().title), 0U);
+  EXPECT_EQ(file.Header("RINEX VERSION / TYPE").substr(40).find(row.title), 0U);
   EXPECT_TRUE(std::is_sorted(file.Records().begin(), file.Records().end(),
                              [](const RinexRecord& a, const RinexRecord& b) { return a.epoch < b.epoch; }));
   std::vector<RinexRecord> records = file.Records();
-  const std::vector<S_Expected> expected = ExpectedOfSession(GetParam().systems);
+  const std::vector<S_Expected> expected = ExpectedOfSession(row.systems);
   ASSERT_EQ(records.size(), expected.size());
   const auto before = [](const RinexRecord& a, const RinexRecord& b) {
     return std::tie(a.epoch, a.satellite) < std::tie(b.epoch, b.satellite);
@@ -197,7 +201,6 @@ TEST_P(RinexSession, HoldsWhatTheSatellitesSent) {
   std::stable_sort(records.begin(), records.end(), before);  // several of a satellite at one epoch: by their numbers
   for (std::size_t i = 0; i < records.size(); ++i) ExpectRecord(records[i], expected[i]);
 }
-INSTANTIATE_TEST_SUITE_P(Arguments, RinexSession, testing::ValuesIn(kSessions), CaseName<S_SessionCase>);
 
 // --- Records worked out by hand ---
 
@@ -240,6 +243,7 @@ std::string GlonassFrame(unsigned int slot = 7, unsigned int channelByte = 5 + 8
   strings.Set(5, 32, 5, interval);
   return BinFrame(65, strings.Data(slot, channelByte));
 }
+
 constexpr char kGlonassText[] =
     "R07 2024 05 18 21 15 00-9.313225746155D-07-2.728484105319D-12 5.939700000000D+05\n"
     "     1.638400000000D+04-1.000000000000D+00-9.313225746155D-10 1.000000000000D+00\n"
@@ -257,6 +261,7 @@ std::string SbasFrame(unsigned int prn = 120, unsigned int week = 2315, unsigned
   for (const int value : {525000000, -1, -5, 8, 0, -1, 2, 0, 1}) data += LittleEndian(static_cast<unsigned>(value), 4);
   return BinFrame(93, data + LittleEndian(0x10000 - 3, 2) + LittleEndian(2, 2));
 }
+
 constexpr char kSbasText[] =
     "S20 2024 05 19 00 00 16-1.396983861923D-09 1.818989403546D-12-1.000000000000D+01\n"
     "     4.200000000000D+04 5.000000000000D-06 2.500000000000D-08 6.300000000000D+01\n"
@@ -281,6 +286,7 @@ std::string KeplerFrame(unsigned int message, unsigned int prn) {
   subframes.Set(2, 10, 17, 17, 1);
   return BinFrame(message, subframes.Data(prn));
 }
+
 std::string KeplerText(const char* satellite, const char* delay, const char* fit) {
   const std::string zeros = " 0.000000000000D+00 0.000000000000D+00 0.000000000000D+00";
   const std::string zeroLine = "     0.000000000000D+00" + zeros + "\n";
@@ -333,16 +339,14 @@ const S_HandCase kHandCases[] = {
 };
 // clang-format on
 
-class RinexByHand : public Program, public testing::WithParamInterface<S_HandCase> {};
-TEST_P(RinexByHand, GivesTheTextAndTheExitCode) {
-  Write("in", GetParam().bytes);
-  const Outcome outcome = Run(std::string("velagnss convert --to rinex-nav in ") + GetParam().arguments);
-  EXPECT_EQ(RecordsOf(outcome.output), GetParam().expected);
-  EXPECT_EQ(outcome.code, GetParam().code);
-  EXPECT_THAT(outcome.messages, HasSubstr(GetParam().message));
-  EXPECT_EQ(outcome.messages.empty(), GetParam().code == 0) << outcome.messages;
+TEST_ROWS_F(RinexByHand, GivesTheTextAndTheExitCode, Program, kHandCases, row) {
+  Write("in", row.bytes);
+  const Outcome outcome = Run(std::string("velagnss convert --to rinex-nav in ") + row.arguments);
+  EXPECT_EQ(RecordsOf(outcome.output), row.expected);
+  EXPECT_EQ(outcome.code, row.code);
+  EXPECT_THAT(outcome.messages, HasSubstr(row.message));
+  EXPECT_EQ(outcome.messages.empty(), row.code == 0) << outcome.messages;
 }
-INSTANTIATE_TEST_SUITE_P(Cases, RinexByHand, testing::ValuesIn(kHandCases), CaseName<S_HandCase>);
 
 // --- Header ---
 

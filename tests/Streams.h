@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "tests/BinaryFrames.h"
+
 // "$...*hh\r\n": the sum is the exclusive or of all that stands between "$" and "*".
 inline std::string Sentence(std::string_view behindDollar) {
   unsigned int sum = 0;
@@ -15,17 +17,22 @@ inline std::string Sentence(std::string_view behindDollar) {
   return "$" + std::string(behindDollar) + tail;
 }
 
-// An RTCM 3 frame with its checksum worked out bit by bit (RTCM 10403, polynomial 0x1864CFB).
+// The checksum of RTCM 3 bit by bit (RTCM 10403, polynomial 0x1864CFB).
+inline unsigned int BitwiseCrc24(std::string_view bytes) {
+  unsigned int crc = 0;
+  for (const char c : bytes) {
+    crc ^= static_cast<unsigned int>(static_cast<unsigned char>(c)) << 16;
+    for (int bit = 0; bit < 8; ++bit) crc = (crc & 0x800000) != 0 ? crc << 1 ^ 0x1864CFB : crc << 1;
+  }
+  return crc;
+}
+
 inline std::string RtcmFrame(std::string_view payload) {
   std::string frame = "\xD3";
   frame += static_cast<char>(payload.size() >> 8);
   frame += static_cast<char>(payload.size());
   frame += payload;
-  unsigned int crc = 0;
-  for (const char c : frame) {
-    crc ^= static_cast<unsigned int>(static_cast<unsigned char>(c)) << 16;
-    for (int bit = 0; bit < 8; ++bit) crc = (crc & 0x800000) != 0 ? crc << 1 ^ 0x1864CFB : crc << 1;
-  }
+  const unsigned int crc = BitwiseCrc24(frame);
   for (const int shift : {16, 8, 0}) frame += static_cast<char>(crc >> shift);
   return frame;
 }
@@ -36,21 +43,6 @@ inline std::string RtcmPayload(unsigned int number, std::size_t size) {
   payload[0] = static_cast<char>(number >> 4);
   if (size > 1) payload[1] = static_cast<char>(number << 4);
   return payload;
-}
-
-// A binary frame: block id, data length, data, 16-bit sum of the data; low bytes first. Its CR LF is not part of it.
-inline std::string BinFrame(unsigned int block, std::string_view data) {
-  unsigned int sum = 0;
-  for (const char c : data) sum += static_cast<unsigned char>(c);
-  std::string frame = "$BIN";
-  for (const std::size_t value : {std::size_t{block}, data.size()}) {
-    frame += static_cast<char>(value);
-    frame += static_cast<char>(value >> 8);
-  }
-  frame += data;
-  frame += static_cast<char>(sum);
-  frame += static_cast<char>(sum >> 8);
-  return frame;
 }
 
 // 7-of-8 packing: 16-bit words and their sum as one bit stream, low bits first, seven bits to a byte with its top bit

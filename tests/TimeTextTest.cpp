@@ -1,7 +1,5 @@
 #include "apps/velagnss/TimeText.h"
 
-#include <gtest/gtest.h>
-
 #include "Cases.h"
 
 namespace {
@@ -34,8 +32,6 @@ const S_TextCase kTexts[] = {
     {"NoSuchDate", C_TimeText::Date(2024, 13, 1), ""},
 };
 
-class TimeText : public testing::TestWithParam<S_TextCase> {};
-TEST_P(TimeText, IsIso8601) { EXPECT_EQ(GetParam().text.Text(), GetParam().expected); }
-INSTANTIATE_TEST_SUITE_P(Times, TimeText, testing::ValuesIn(kTexts), CaseName<S_TextCase>);
+TEST_ROWS(TimeText, IsIso8601, kTexts, row) { EXPECT_EQ(row.text.Text(), row.expected); }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // Tracks of `velagnss convert`: what a point is made of, and each format read back.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <regex>
 
@@ -88,14 +87,12 @@ const S_EpochCase kEpochs[] = {
 };
 // clang-format on
 
-class TrackEpochs : public Program, public testing::WithParamInterface<S_EpochCase> {};
-TEST_P(TrackEpochs, MakeThePoints) {
-  Write("in", Sentences(GetParam().bodies));
+TEST_ROWS_F(TrackEpochs, MakeThePoints, Program, kEpochs, row) {
+  Write("in", Sentences(row.bodies));
   std::string text = Run("velagnss convert --to csv in").output;
   text = text.substr(text.find('\n') + 1);
-  EXPECT_EQ(std::regex_replace(text, std::regex("\r"), ""), GetParam().rows);
+  EXPECT_EQ(std::regex_replace(text, std::regex("\r"), ""), row.rows);
 }
-INSTANTIATE_TEST_SUITE_P(Sentences, TrackEpochs, testing::ValuesIn(kEpochs), CaseName<S_EpochCase>);
 
 // --- Formats ---
 
@@ -174,18 +171,16 @@ struct S_EmptyCase {
 const S_EmptyCase kFormats[] = {
     {"csv", &CsvPoints}, {"gpx", &GpxPoints}, {"kml", &KmlPoints}, {"geojson", &GeoJsonPoints}};
 
-class EmptyTrack : public Program, public testing::WithParamInterface<S_EmptyCase> {};
-TEST_P(EmptyTrack, IsAValidDocument) {
+TEST_ROWS_F(EmptyTrack, IsAValidDocument, Program, kFormats, row) {
   Write("void", Sentences("GPGGA,120000,,,,,0,,,,M,,M,,"));
   for (const char* input : {"/dev/null", "void"}) {
-    const Outcome outcome = Run(fmt::format("velagnss convert --to {} {}", GetParam().name, input));
+    const Outcome outcome = Run(fmt::format("velagnss convert --to {} {}", row.name, input));
     EXPECT_EQ(outcome.code, 1);
     EXPECT_THAT(outcome.messages, HasSubstr("no position"));
     EXPECT_FALSE(outcome.output.empty());
-    EXPECT_EQ(GetParam().points(outcome.output), t_Points{});
+    EXPECT_EQ(row.points(outcome.output), t_Points{});
   }
 }
-INSTANTIATE_TEST_SUITE_P(Formats, EmptyTrack, testing::ValuesIn(kFormats), CaseName<S_EmptyCase>);
 
 // Eastward over the antimeridian and back, a quarter and three quarters of the way; then a point on it.
 TEST_F(Tracks, CrossTheDateLine) {

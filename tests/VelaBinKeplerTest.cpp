@@ -1,5 +1,4 @@
 // GPS and QZSS ephemerides: messages 95 and 25.
-#include <gtest/gtest.h>
 
 #include <cstring>
 #include <functional>
@@ -88,22 +87,18 @@ const S_FieldCase kFields[] = {
 };
 // clang-format on
 
-class KeplerField : public testing::TestWithParam<S_FieldCase> {};
-
-TEST_P(KeplerField, ChangesNothingElse) {
+TEST_ROWS(KeplerField, ChangesNothingElse, kFields, row) {
   for (const bool qzss : {false, true}) {
     R expected = Zeroes(qzss);
-    GetParam().expect(expected);
+    row.expect(expected);
     Subframes subframes;
-    for (const S_Piece& p : GetParam().pieces) subframes.Set(p.subframe, p.word, p.first, p.last, p.sent);
+    for (const S_Piece& p : row.pieces) subframes.Set(p.subframe, p.word, p.first, p.last, p.sent);
     R record;
     std::memset(&record, 0x5A, sizeof record);
     EXPECT_EQ(Decode(subframes, qzss ? 193 : 1, qzss, 2048, record), eResultOk);
     EXPECT_EQ(std::memcmp(&record, &expected, sizeof record), 0) << (qzss ? "QZSS" : "GPS");
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Fields, KeplerField, testing::ValuesIn(kFields), CaseName<S_FieldCase>);
 
 TEST(Kepler, WhatZeroesGive) {
   R expected;
@@ -141,10 +136,7 @@ const S_FitCase kFits[] = {
     {"Gps757", false, 1, 757, 98},      {"Gps1000", false, 1, 1000, 4}, {"QzssFlag", true, 1, 496, 1},
 };
 
-class KeplerFit : public testing::TestWithParam<S_FitCase> {};
-
-TEST_P(KeplerFit, FollowsFlagAndIssue) {
-  const S_FitCase& c = GetParam();
+TEST_ROWS(KeplerFit, FollowsFlagAndIssue, kFits, c) {
   Subframes subframes;
   subframes.Set(1, 3, 23, 24, c.iodc >> 8);
   subframes.Set(1, 8, 1, 8, c.iodc);
@@ -154,8 +146,6 @@ TEST_P(KeplerFit, FollowsFlagAndIssue) {
   EXPECT_EQ(record.Iodc, c.iodc);
   EXPECT_EQ(record.FitInterval, c.interval);
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, KeplerFit, testing::ValuesIn(kFits), CaseName<S_FitCase>);
 
 // Times in units as sent: 6 s for the transmission, 16 s for the reference times. Half a week is 50400 or 18900.
 struct S_WeekCase {
@@ -184,10 +174,7 @@ const S_WeekCase kWeeks[] = {
     {"NoSeedBelowZero", 0, 1, 37350, 0, 0, eResultNoSeed, 0, 65535, 0},
 };
 
-class KeplerWeeks : public testing::TestWithParam<S_WeekCase> {};
-
-TEST_P(KeplerWeeks, AreCompletedAgainstTheSeed) {
-  const S_WeekCase& c = GetParam();
+TEST_ROWS(KeplerWeeks, AreCompletedAgainstTheSeed, kWeeks, c) {
   for (const bool qzss : {false, true}) {
     Subframes subframes;
     subframes.Set(1, 2, 1, 17, c.tx);
@@ -204,8 +191,6 @@ TEST_P(KeplerWeeks, AreCompletedAgainstTheSeed) {
     EXPECT_EQ(record.Toc, c.toc * 16.0);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, KeplerWeeks, testing::ValuesIn(kWeeks), CaseName<S_WeekCase>);
 
 TEST(Kepler, SatelliteNumbers) {
   for (unsigned int prn = 0; prn < 1024; ++prn)

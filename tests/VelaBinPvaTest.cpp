@@ -1,6 +1,5 @@
 // GLONASS and SBAS ephemerides: messages 65 and 93.
 #include <erfa.h>
-#include <gtest/gtest.h>
 
 #include <cstring>
 #include <random>
@@ -209,10 +208,7 @@ const S_FrameTimeCase kFrameTimes[] = {
     {"BeyondTheEndOfTheWeek", 6, 25, 0, 0, 95, 2295, 603900, 2295, 608400},
 };
 
-class GlonassFrameTime : public testing::TestWithParam<S_FrameTimeCase> {};
-
-TEST_P(GlonassFrameTime, LiesAtTheReferenceTime) {
-  const S_FrameTimeCase& c = GetParam();
+TEST_ROWS(GlonassFrameTime, LiesAtTheReferenceTime, kFrameTimes, c) {
   GlonassStrings strings;
   strings.Set(1, 65, 12, c.hours << 7 | c.minutes << 1 | c.half);
   strings.Set(2, 70, 7, c.tb);
@@ -226,8 +222,6 @@ TEST_P(GlonassFrameTime, LiesAtTheReferenceTime) {
   EXPECT_EQ(record.FrameWeek, c.frameWeek);
   EXPECT_EQ(record.FrameTime, c.frameTime);
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, GlonassFrameTime, testing::ValuesIn(kFrameTimes), CaseName<S_FrameTimeCase>);
 
 TEST(Glonass, DatesAgreeWithErfa) {
   for (unsigned short n4 = 1; n4 <= 26; ++n4)  // 1996 to 2099
@@ -259,16 +253,12 @@ const S_GstCase kGst[] = {
     {"MostPositiveDay", 8, 32767, 0, (16065 + 32767) / 7, (16065 + 32767) % 7 * 86400},
 };
 
-class GlonassDate : public testing::TestWithParam<S_GstCase> {};
-
-TEST_P(GlonassDate, OutOfTheOrdinary) {
+TEST_ROWS(GlonassDate, OutOfTheOrdinary, kGst, row) {
   C_GnssTime time;
-  D::ResolveGstTb(GetParam().n4, GetParam().nt, GetParam().tb, time);
-  EXPECT_EQ(time.m_week, GetParam().week);
-  EXPECT_EQ(time.m_secOfWeek, GetParam().seconds);
+  D::ResolveGstTb(row.n4, row.nt, row.tb, time);
+  EXPECT_EQ(time.m_week, row.week);
+  EXPECT_EQ(time.m_secOfWeek, row.seconds);
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, GlonassDate, testing::ValuesIn(kGst), CaseName<S_GstCase>);
 
 // --- message 93 ----------------------------------------------------------------------------------------------------
 
@@ -342,10 +332,7 @@ const S_SbasWeekCase kSbasWeeks[] = {
     {"NoSeed", 252, 10, 10, 0, eResultWrongMessage, 252, 0},
 };
 
-class SbasWeeks : public testing::TestWithParam<S_SbasWeekCase> {};
-
-TEST_P(SbasWeeks, AreCompletedAgainstTheSeed) {
-  const S_SbasWeekCase& c = GetParam();
+TEST_ROWS(SbasWeeks, AreCompletedAgainstTheSeed, kSbasWeeks, c) {
   R record;
   EXPECT_EQ(Decode93(c.seedWeek, SbasBody(c.week, c.timeOfWeek, c.t0), record), c.result);
   EXPECT_EQ(record.RefWeek, c.refWeek);
@@ -353,8 +340,6 @@ TEST_P(SbasWeeks, AreCompletedAgainstTheSeed) {
   EXPECT_EQ(record.FrameWeek, c.frameWeek);
   EXPECT_EQ(record.FrameTime, c.result == eResultOk ? c.timeOfWeek : 0);
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, SbasWeeks, testing::ValuesIn(kSbasWeeks), CaseName<S_SbasWeekCase>);
 
 TEST(Pva, ConversionsRefuseTheHeaderOfAnotherMessage) {
   D decoder(nullptr);

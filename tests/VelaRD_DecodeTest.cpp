@@ -1,7 +1,6 @@
 #include "textproto/VelaRD_Decode.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
@@ -67,10 +66,7 @@ const S_FrameCase kFrames[] = {
     {"TooLong", "$RD1," + std::string(507, 'x') + "\r", 20},
 };
 
-class RdFrame : public testing::TestWithParam<S_FrameCase> {};
-
-TEST_P(RdFrame, IsCheckedUpToItsLastByte) {
-  const S_FrameCase& row = GetParam();
+TEST_ROWS(RdFrame, IsCheckedUpToItsLastByte, kFrames, row) {
   GuardedPage page(1024);
   unsigned short version = 77;
   EXPECT_EQ(
@@ -78,8 +74,6 @@ TEST_P(RdFrame, IsCheckedUpToItsLastByte) {
       row.result);
   EXPECT_EQ(version, row.version);
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, RdFrame, testing::ValuesIn(kFrames), CaseName<S_FrameCase>);
 
 // ---- the fields
 
@@ -168,10 +162,7 @@ const S_FieldCase kFieldCases[] = {
     {"HexMinusOneOf32", 12, "-1", 11},
 };
 
-class RdField : public testing::TestWithParam<S_FieldCase> {};
-
-TEST_P(RdField, GivesItsResultAndValue) {
-  const S_FieldCase& row = GetParam();
+TEST_ROWS(RdField, GivesItsResultAndValue, kFieldCases, row) {
   std::vector<std::string> fields = kFields;
   fields[row.position - 1] = row.text;
   C_VelaRD_Decode decoder;
@@ -179,8 +170,6 @@ TEST_P(RdField, GivesItsResultAndValue) {
   EXPECT_EQ(decoded.substr(0, decoded.find(':')), std::to_string(row.result));
   EXPECT_THAT(decoded + ' ', testing::HasSubstr(row.value + ' '));
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, RdField, testing::ValuesIn(kFieldCases), CaseName<S_FieldCase>);
 
 TEST(RdSentence, DecodesWithFieldsBehindTheLast) {
   C_VelaRD_Decode decoder;
@@ -255,19 +244,15 @@ const S_DirectCase kDirect[] = {
     {"NameOnly", "$RD1\0******"s, 0},
 };
 
-class RdDirect : public testing::TestWithParam<S_DirectCase> {};
-
-TEST_P(RdDirect, LeavesTheRecordAloneUnlessItIsGood) {
-  ExactCopy frame(GetParam().frame);
+TEST_ROWS(RdDirect, LeavesTheRecordAloneUnlessItIsGood, kDirect, row) {
+  ExactCopy frame(row.frame);
   C_VelaRD_Decode decoder;
   S_IntSignalDiagMsg record{};
   record.field12 = 77;
-  EXPECT_EQ(decoder.Decode_RD1(frame.Data(), frame.Size(), record), GetParam().result);
-  EXPECT_EQ(decoder.GetLastResult(), GetParam().result);
-  EXPECT_EQ(record.field12, GetParam().result == 0 ? 0U : 77U);
+  EXPECT_EQ(decoder.Decode_RD1(frame.Data(), frame.Size(), record), row.result);
+  EXPECT_EQ(decoder.GetLastResult(), row.result);
+  EXPECT_EQ(record.field12, row.result == 0 ? 0U : 77U);
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, RdDirect, testing::ValuesIn(kDirect), CaseName<S_DirectCase>);
 
 TEST(RdNull, IsRefused) {
   C_VelaRD_Decode decoder;
