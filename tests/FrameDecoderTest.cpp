@@ -149,24 +149,7 @@ TEST(FrameDecoder, GlonassCarriesItsDate) {
   EXPECT_EQ(fields["ref_time"].get<std::string>().substr(19), "+03:00");
 }
 
-TEST(FrameDecoder, VoidRmcGivesNoDate) {
-  Host::C_FrameDecoder decoder(std::nullopt);
-  Decode(decoder, "RMC", Delivered("GPRMC,000000,V,,,,,,,060180,,,N"));
-  EXPECT_EQ(decoder.Clock().Seconds(), 0);
-  EXPECT_FALSE(decoder.Clock().FirstDate().has_value());
-}
-
-TEST(FrameDecoder, ClockCrossesMidnight) {
-  Host::C_FrameDecoder decoder(std::nullopt);
-  Decode(decoder, "GGA", Delivered("GPGGA,235959.00,,,,,,,,,,,,,"));
-  const double before = decoder.Clock().Seconds();
-  EXPECT_EQ(decoder.Clock().Text(before).Text(), "23:59:59");
-  Decode(decoder, "GLL", Delivered("GPGLL,,,,,000001.00,V,N"));
-  EXPECT_EQ(decoder.Clock().Seconds() - before, 2);
-  Decode(decoder, "ZDA", Delivered("GPZDA,000001.00,01,03,2024,,"));  // the dates of both are known from here
-  EXPECT_EQ(decoder.Clock().Text(before).Text(), "2024-02-29T23:59:59Z");
-}
-
+// 7-of-8 packing: the low 7 bits of each byte, low bits first. Words 0x6261, 0x0063 and their sum 0x62C4.
 TEST(FrameDecoder, UnpacksPayloads) {
   Host::C_FrameDecoder decoder(std::nullopt);
   const json line = Decode(decoder, "JROX", "$JROX," + Packed("abc") + "\r\n");

@@ -69,11 +69,6 @@ TEST_P(CutStream, FindsWhatTheManifestLists) {
   EXPECT_EQ(reading.skipped, manifest["bytesDiscarded"]);
 }
 
-TEST_P(CutStream, TellsTheSameInTheSameOrder) {
-  const std::string stream = ReadHostFile("samples/session.bin");
-  EXPECT_EQ(Reading(stream, GetParam()).told, Reading(stream, stream.size()).told);
-}
-
 struct S_TellCase {
   const char* name;
   std::string stream;
@@ -102,10 +97,9 @@ const S_TellCase kTells[] = {
     // With zeros behind it this header would be a frame: none may be made up.
     {"HeaderWithoutItsBody", std::string("$BIN\x3E\x00\x28\x00\x00\x00", 10), {"skipped 0+10"}},
 };
-class FrameReaderTells : public testing::TestWithParam<S_TellCase> {};
-TEST_P(FrameReaderTells, Whole) { EXPECT_EQ(Reading(GetParam().stream).told, GetParam().told); }
-TEST_P(FrameReaderTells, ByteByByte) { EXPECT_EQ(Reading(GetParam().stream, 1).told, GetParam().told); }
-INSTANTIATE_TEST_SUITE_P(Streams, FrameReaderTells, testing::ValuesIn(kTells), CaseName<S_TellCase>);
+TEST_ROWS(FrameReaderTells, WholeAndByteByByte, kTells, row) {
+  for (const std::size_t pieceSize : {1 << 20, 1}) EXPECT_EQ(Reading(row.stream, pieceSize).told, row.told);
+}
 
 TEST(FrameReader, CountsWhatWaitsAtTheEnd) {
   const Reading reading("x" + std::string(kHdt) + "\xD3\x03\xE8\x3E\xD0" + std::string(kHdt));
@@ -130,20 +124,6 @@ TEST(FrameReader, EveryByteHasOnePlace) {
     EXPECT_EQ(reading.skipped, totals.bytesDiscarded);
     EXPECT_GT(totals.framesGood, 300);
   }
-}
-
-TEST(FrameReader, StartsOverForTheNextInput) {
-  Record record;
-  Host::C_FrameReader reader(kAllButAcknowledgements, record);
-  const auto feed = [&](std::string_view bytes) {
-    reader.Feed({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
-  };
-  feed("$GPHDT,274");
-  reader.Restart();
-  feed(kHdt);
-  reader.Finish();
-  EXPECT_THAT(record.told, testing::ElementsAre("frame 0+19"));
-  EXPECT_EQ(reader.BytesFed(), kHdt.size());
 }
 
 }  // namespace

@@ -34,13 +34,9 @@ struct S_NumberCase {
   const char* text;
 };
 constexpr S_NumberCase kNumbers[] = {
-    {"Zero", 0.0, "0"},
     {"MinusZero", -0.0, "-0"},
     {"Tenth", 0.1, "0.1"},
     {"ShortestOfManyDigits", 51.477893333333334, "51.477893333333334"},
-    {"Large", 1e22, "1e+22"},
-    {"Smallest", 5e-324, "5e-324"},
-    {"Largest", 1.7976931348623157e308, "1.7976931348623157e+308"},
     {"Infinity", std::numeric_limits<double>::infinity(), "null"},
     {"NotANumber", std::numeric_limits<double>::quiet_NaN(), "null"},
 };
@@ -60,29 +56,6 @@ TEST(JsonWriter, AnyDoubleReadsBackTheSame) {
     EXPECT_EQ(std::bit_cast<std::uint64_t>(json::parse(writer.Text()).get<double>()),
               std::bit_cast<std::uint64_t>(value));
   }
-}
-
-TEST(JsonWriter, NestsAndSeparates) {
-  Host::C_JsonWriter writer;
-  for (int line = 0; line < 2; ++line) {
-    writer.BeginObject();
-    writer.Key("empty").BeginArray();
-    writer.EndArray();
-    writer.Key("list").BeginArray();
-    writer.Integer(-1);
-    writer.Integer(std::uint64_t{18446744073709551615U});
-    writer.BeginObject();
-    writer.EndObject();
-    writer.Null();
-    writer.EndArray();
-    const unsigned char bytes[] = {0x00, 0x7F, 0xAB};
-    writer.Key("hex").Hex(bytes);
-    writer.Key("yes").Bool(true);
-    writer.EndObject();
-    writer.EndLine();
-  }
-  const std::string line = R"({"empty":[],"list":[-1,18446744073709551615,{},null],"hex":"007fab","yes":true})";
-  EXPECT_EQ(writer.Text(), line + "\n" + line + "\n");
 }
 
 TEST(JsonWriter, GrowsBeyondItsFirstBuffer) {

@@ -9,6 +9,7 @@
 #include "HostData.h"
 #include "JsonSchema.h"
 #include "ProgramRun.h"
+#include "apps/velagnss/Progress.h"
 
 namespace {
 
@@ -40,7 +41,6 @@ const S_ExitCase kExits[] = {
     {"UnknownCommand",      "velagnss dekode $S",                               2, "velagnss --help"},
     {"UnknownOption",       "velagnss decode --nonsense $S",                    2, "velagnss decode --help"},
     {"EnormousCount",       "velagnss decode -n 99999999999999999999999 $S",    2, "-n"},
-    {"NegativeCount",       "velagnss decode -n -5 $S",                         2, "-n"},
     {"PercentOfNothing",    "velagnss stat --max-bad nan $S",                   2, "--max-bad"},
     {"CountOfNone",         "velagnss decode -n 0 $S",                          2, "-n"},
     {"ReadSizeZero",        "velagnss stat --read-size 0 $S",                   2, "--read-size"},
@@ -50,6 +50,7 @@ const S_ExitCase kExits[] = {
     {"BadPeriod",           "velagnss decode --msg GGA:fast $S",                2, "GGA:10"},
     {"SeedWithoutSeconds",  "velagnss decode --seed 2300 $S",                   2, "2300:345600"},
     {"SeedBeyondTheWeek",   "velagnss decode --seed 2300:604800 $S",            2, "--seed"},
+    {"UnknownSearch",       "velagnss stat --search nmea,ubx $S",               2, "'nmea,ubx'"},
     {"OutputIsInput",       "cp $S a; velagnss decode a -o ./a",                2, "input as well"},
     {"MissingFile",         "velagnss decode missing",                          3, "missing: cannot be opened: No such file"},
     {"Directory",           "velagnss stat .",                                  3, "is a directory"},
@@ -68,8 +69,11 @@ const S_ExitCase kExits[] = {
     {"EncodeNothing",       "velagnss decode --msg BIN95 $S | velagnss encode", 1, "objects skipped"},
     {"EncodeStrict",        "velagnss decode $S | velagnss encode --strict",    1, "line 5: protocol: \"bin\" is not encoded"},
     {"EncodeLongLine",      "head -c 3000000 /dev/zero | tr '\\0' '[' | velagnss encode", 1, "line 1: is longer"},
-    {"EncodeOverInput",     "echo '{}' > j; velagnss encode j -o ./j",          2, "input as well"},
     {"EncodeFullDisk",      "velagnss decode $S | velagnss -q encode > /dev/full", 4, "No space left on device"},
+    {"GeoWithoutCommand",   "velagnss geo",                                     2, "velagnss geo --help"},
+    {"GeoUnknownForm",      "velagnss geo convert --from utm 1 2 3",            2, "velagnss geo convert --help"},
+    {"GeoEmpty",            "velagnss geo convert < /dev/null",                 1, "standard input: is empty"},
+    {"GeoFullDisk",         "velagnss geo convert 0 0 0 > /dev/full",           4, "No space left on device"},
     {"NoStandardInput",     "velagnss decode <&-",                              3, "standard input"},
     {"NoStandardOutput",    "velagnss decode $S >&-",                           4, "standard output"},
     {"NoneNeeded",          "velagnss decode $S -o o <&- >&-",                  0, kNone},
@@ -83,16 +87,14 @@ const S_ExitCase kExits[] = {
 };
 // clang-format on
 
-class ProgramExits : public Program, public testing::WithParamInterface<S_ExitCase> {};
-TEST_P(ProgramExits, WithCodeAndMessage) {
-  const Outcome outcome = Run(GetParam().command);
-  EXPECT_EQ(outcome.code, GetParam().code) << outcome.messages;
-  if (*GetParam().message == '\0')
+TEST_ROWS_F(ProgramExits, WithCodeAndMessage, Program, kExits, row) {
+  const Outcome outcome = Run(row.command);
+  EXPECT_EQ(outcome.code, row.code) << outcome.messages;
+  if (*row.message == '\0')
     EXPECT_THAT(outcome.messages, IsEmpty());
   else
-    EXPECT_THAT(outcome.messages, HasSubstr(GetParam().message));
+    EXPECT_THAT(outcome.messages, HasSubstr(row.message));
 }
-INSTANTIATE_TEST_SUITE_P(Commands, ProgramExits, testing::ValuesIn(kExits), CaseName<S_ExitCase>);
 
 // Signals come while the program waits for more input: what came before is complete in the output.
 class ProgramSignal : public Program, public testing::WithParamInterface<const char*> {};
@@ -116,6 +118,36 @@ TEST_P(ProgramSignal, LeavesAWholeTrack) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, ProgramSignal, testing::Values("INT", "TERM", "HUP"));
 
+// What a person at a terminal sees: a pseudo-terminal of 80 columns, and an input that comes late.
+struct S_TerminalCase {
+  const char* name;
+  const char* command;
+  const char* shown;  // POSIX expression
+};
+#define CLEAR "\r\x1b\\[K"
+// clang-format off
+const S_TerminalCase kTerminals[] = {
+    {"Progress",        "slow | velagnss stat > o",               "(" CLEAR "standard input: 0.[0-9] MB, 0.[0-9] MB/s)+" CLEAR},
+    {"NarrowTerminal",  "stty cols 20; slow | velagnss stat > o", "(" CLEAR ".{19})+" CLEAR},
+    {"Quiet",           "slow | velagnss -q stat > o",            ""},
+    {"Log",             "slow | velagnss stat > o 2> l; cat l",   ""},
+    {"DumbTerminal",    "export TERM=dumb; slow | velagnss stat > o; velagnss stat m", "velagnss: error: m: .*"},
+    {"Colour",          "NO_COLOR= velagnss stat m",              "velagnss: \x1b\\[1;31merror: \x1b\\[0mm: .*"},
+    {"NoColour",        "NO_COLOR=0 velagnss stat m",             "velagnss: error: m: .*"},
+};
+// clang-format on
+TEST_ROWS_F(ProgramTerminal, Shows, Program, kTerminals, row) {
+  const Outcome outcome =
+      Run("slow() { head -c 9 $S; sleep 2; cat $S; }; export -f slow velagnss; export S; unset NO_COLOR; "
+          "TERM=xterm SHELL=$BASH script -qec '" +
+          std::string(row.command) + "' /dev/null");
+  EXPECT_THAT(outcome.output, testing::MatchesRegex(row.shown)) << outcome.messages;
+}
+
+TEST(ProgressText, TellsTheTimeLeft) {
+  EXPECT_EQ(Host::ProgressText("f", 45'000'000, 100'000'000, 0.5), "f: 45 %, 90.0 MB/s, 1 s left");
+}
+
 struct S_PlaceCase {
   const char* name;
   const char* environment;
@@ -128,17 +160,15 @@ const S_PlaceCase kPlaces[] = {
     {"EndOf32Bits", "OTHER_CLOCK=2147483648", "2038-01-19T03:14:08"},
     {"Year2106", "OTHER_CLOCK=4294967296", "2106-02-07T06:28:16"},
 };
-class ProgramPlace : public Program, public testing::WithParamInterface<S_PlaceCase> {};
-TEST_P(ProgramPlace, MakesNoDifference) {
+TEST_ROWS_F(ProgramPlace, MakesNoDifference, Program, kPlaces, row) {
   const std::string all =
       "for c in decode stat 'convert --to rinex-nav' 'convert --to gpx' 'convert --to csv'; do velagnss $c $S; done | "
       "md5sum";
   const Outcome outcome =
       Run("export ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD=" VELAGNSS_OTHER_CLOCK " TZ=UTC; export " +
-          std::string(GetParam().environment) + "; date +%FT%T; " + all);
-  EXPECT_EQ(outcome.output, GetParam().date + ("\n" + Run(all).output)) << outcome.messages;
+          std::string(row.environment) + "; date +%FT%T; " + all);
+  EXPECT_EQ(outcome.output, row.date + ("\n" + Run(all).output)) << outcome.messages;
 }
-INSTANTIATE_TEST_SUITE_P(Clocks, ProgramPlace, testing::ValuesIn(kPlaces), CaseName<S_PlaceCase>);
 
 // A port that carries nothing but false starts: the peak of all programs run, in KiB, stays where a little of it was.
 TEST_F(Program, ReadsNoiseInBoundedMemory) {
@@ -181,15 +211,13 @@ const S_FilterCase kFilters[] = {
     {"StopsAfter", "-n 3", {"GGA", "RMC", "ZDA"}, 3},
     {"EnvelopeOnly", "--frames --msg RMC", {"RMC"}, 356},
 };
-class ProgramFilters : public Program, public testing::WithParamInterface<S_FilterCase> {};
-TEST_P(ProgramFilters, LetPass) {
+TEST_ROWS_F(ProgramFilters, LetPass, Program, kFilters, row) {
   std::set<std::string> messages;
-  const std::vector<json> lines = Lines(Run(std::string("velagnss decode $S ") + GetParam().arguments).output);
+  const std::vector<json> lines = Lines(Run(std::string("velagnss decode $S ") + row.arguments).output);
   for (const json& line : lines) messages.insert(line["message"].get<std::string>());
-  EXPECT_THAT(messages, testing::ElementsAreArray(GetParam().messages));
-  EXPECT_EQ(lines.size(), GetParam().count);
+  EXPECT_THAT(messages, testing::ElementsAreArray(row.messages));
+  EXPECT_EQ(lines.size(), row.count);
 }
-INSTANTIATE_TEST_SUITE_P(Arguments, ProgramFilters, testing::ValuesIn(kFilters), CaseName<S_FilterCase>);
 
 TEST_F(Program, PeriodKeepsWholeEpochs) {
   std::vector<double> times;
@@ -243,9 +271,11 @@ std::string Damaged(std::string bytes) {
 TEST_F(Program, WritesWhatTheSchemaAllows) {
   const JsonSchema schema(json::parse(ReadHostFile("docs/velagnss.schema.json")));
   Write("damaged", Damaged(ReadHostFile("samples/session.bin")));
-  const std::string runs[] = {"velagnss decode --events $S damaged", "velagnss decode --acks --hex --seed 2314:0 $S",
-                              "velagnss decode --frames --hex $S",   "velagnss decode --msg BIN95,BIN25,BIN93 $S",
-                              "tail -c 5000 $S | velagnss decode",   "velagnss stat --json $S damaged"};
+  const std::string runs[] = {"velagnss decode --events $S damaged",  "velagnss decode --acks --hex --seed 2314:0 $S",
+                              "velagnss decode --frames --hex $S",    "velagnss decode --msg BIN95,BIN25,BIN93 $S",
+                              "tail -c 5000 $S | velagnss decode",    "velagnss stat --json $S damaged",
+                              "velagnss geo convert --json 1 2 3",    "velagnss geo inverse --json --radians 1 0 1 1",
+                              "velagnss geo look --json 1 2 3 4 5 6", "echo 2024-05-06 | velagnss geo time --json"};
   for (const std::string& run : runs)
     for (const json& line : Lines(Run(run).output)) ASSERT_EQ(schema.Check(line), "") << run << "\n" << line;
 }

@@ -332,7 +332,6 @@ const S_HandCase kHandCases[] = {
     {"Noise",                   std::string(1000, '\0'),                     "", 1, "no frame in 1000 bytes"},
     {"UnknownSystem",           "",                                          "", 2, "gps glonass", "--system gpx"},
     {"UnknownFormat",           "",                                          "", 2, "rinex-nav", "--to rinex"},
-    {"SeedWithoutSeconds",      "",                                          "", 2, "2300:345600", "--seed 44"},
     {"MarkerTooLong",           "",                                          "", 2, "at most 47", "--marker $(printf %048d 0)"},
     {"MarkerOfTwoLines",        "",                                          "", 2, "printable", "--marker $'a\\nb'"},
     {"FullDisk",                SbasFrame(),                                 "", 4, "No space", "--seed 2314:0 -o /dev/full"},

@@ -40,7 +40,8 @@ void DeclareSeed(CLI::App& app, std::string& seed) {
                  "without it the first date of the stream serves")
       ->option_text("WEEK:SECONDS")
       ->check([](const std::string& text) -> std::string {
-        return ParseSeed(text) ? std::string() : "a GPS week from 1 and its seconds, as in 2300:345600";
+        if (ParseSeed(text)) return {};
+        return "'" + text + "' is not a GPS week from 1 and its seconds, as in 2300:345600";
       });
 }
 
@@ -58,13 +59,22 @@ std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::st
   return protocols;
 }
 
+std::vector<C_RawDataMessage::eProtocols> SearchList(const S_StreamArguments& stream) {
+  return ParseSearchList(stream.search, stream.acknowledgements).value();
+}
+
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream, S_InputOptions& input) {
   app.add_option("INPUT", input.names, "files or devices; '-' or nothing for standard input")->option_text("...");
   app.add_option("--search", stream.search, "look for these protocols only, of:\n" + ProtocolNames())
-      ->option_text("LIST");
+      ->option_text("LIST")
+      ->check([](const std::string& list) -> std::string {
+        if (ParseSearchList(list, false)) return {};
+        return "not all of '" + list + "' are protocols; known are: " + ProtocolNames();
+      });
   app.add_flag("--acks", stream.acknowledgements,
                "look for command acknowledgements too; they have no checksum\nand swallow text up to the line end");
-  app.add_option("--read-size", input.readSize, "bytes to read at once; the output does not depend on it")
+  app.add_option("--read-size", input.readSize,
+                 "bytes to read at once, 262144 when not given; the output does not depend on it")
       ->option_text("BYTES")
       ->check(NumberBetween(std::uint64_t{1}, kMaxReadSize));
 }

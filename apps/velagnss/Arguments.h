@@ -2,6 +2,8 @@
 #ifndef VELAGNSS_APPS_ARGUMENTS_H
 #define VELAGNSS_APPS_ARGUMENTS_H
 
+#include <fmt/format.h>
+
 #include <charconv>
 #include <optional>
 #include <string>
@@ -36,7 +38,7 @@ auto NumberBetween(Number least, Number greatest) {
   return [least, greatest](const std::string& text) -> std::string {
     Number number{};
     if (ParseWhole(text, number) && number >= least && number <= greatest) return {};
-    return "'" + text + "' is no number from " + std::to_string(least) + " to " + std::to_string(greatest);
+    return fmt::format("'{}' is no number from {} to {}", text, least, greatest);
   };
 }
 
@@ -57,6 +59,9 @@ struct S_StreamArguments {
   bool acknowledgements = false;
 };
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream, S_InputOptions& input);
+
+// The protocols that the declared arguments, which have been checked, ask for.
+std::vector<C_RawDataMessage::eProtocols> SearchList(const S_StreamArguments& stream);
 
 }  // namespace Host
 

@@ -28,7 +28,9 @@ constexpr char kDescription[] =
     "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
     "  velagnss convert --to gpx session.bin          where it went, as a GPX track\n"
     "  velagnss convert --to rinex-nav session.bin    its ephemerides as a RINEX file\n"
-    "  velagnss decode --help                         all that a command can do\n";
+    "  velagnss decode --help                         all that a command can do\n"
+    "\nMessages go to standard error: on a terminal in colour, unless NO_COLOR is set or TERM is dumb, and with the\n"
+    "progress of long inputs, which no file ever holds.\n";
 
 constexpr char kFooter[] =
     "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, something left out\n"
@@ -54,10 +56,12 @@ int ShowText(const std::string& text) {
   return output.Close() || output.HasReaderLeft() ? eExitOk : eExitOutput;
 }
 
-// The command whose arguments were given, or null.
-const CLI::App* ChosenCommand(const CLI::App& app) {
-  const auto chosen = app.get_subcommands();
-  return chosen.empty() ? nullptr : chosen.front();
+// The command whose arguments were given, "geo time"; empty when there is none.
+std::string ChosenCommand(const CLI::App& app) {
+  std::string name;
+  for (auto chosen = app.get_subcommands(); !chosen.empty(); chosen = chosen.front()->get_subcommands())
+    name += (name.empty() ? "" : " ") + chosen.front()->get_name();
+  return name;
 }
 
 }  // namespace
@@ -69,7 +73,7 @@ C_CommandLine::C_CommandLine() : m_app(std::make_unique<CLI::App>(kDescription, 
   m_app->require_subcommand(1);
   m_app->set_version_flag("--version", "velagnss " VELAGNSS_VERSION);
   CLI::Option* verbose = m_app->add_flag("-v,--verbose", m_isVerbose, "tell more on standard error");
-  m_app->add_flag("-q,--quiet", m_isQuiet, "no warnings, errors only")->excludes(verbose);
+  m_app->add_flag("-q,--quiet", m_isQuiet, "no warnings and no progress, errors only")->excludes(verbose);
   for (const S_CommandEntry* entry : kCommands) {
     m_commands.emplace_back(m_app->add_subcommand(entry->name, entry->description), entry->make());
     m_commands.back().second->Declare(*m_commands.back().first);
@@ -86,8 +90,7 @@ int C_CommandLine::Run(int argc, char** argv) {
   } catch (const CLI::CallForVersion&) {
     return ShowText(m_app->version() + "\n");
   } catch (const CLI::ParseError& error) {
-    const CLI::App* command = ChosenCommand(*m_app);
-    return ReportUsage(command == nullptr ? "" : command->get_name(), error.what());
+    return ReportUsage(ChosenCommand(*m_app), error.what());
   }
   if (m_isQuiet) SetVerbosity(eVerbosity::Quiet);
   if (m_isVerbose) SetVerbosity(eVerbosity::Verbose);

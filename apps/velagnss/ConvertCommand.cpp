@@ -93,8 +93,8 @@ class C_ConvertJob : public C_StreamJob, private C_FrameSink {
   bool WantsMore() const override { return !m_output.HasFailed(); }
   void BeforeWait() override { Flush(); }
 
-  // The last of the output, after all inputs.
-  eExitCode Finish();
+  // The last of the output, after all inputs; `where` names them in a message.
+  eExitCode Finish(const std::string& where);
 
  private:
   static constexpr std::size_t kFlushSize = 1 << 16;
@@ -130,8 +130,8 @@ void C_ConvertJob::OnFrame(const C_RawDataMessage& frame, std::uint64_t offset) 
   if (m_text.size() >= kFlushSize) Flush();
 }
 
-eExitCode C_ConvertJob::Finish() {
-  if (m_framesFound == 0 && m_bytesRead > 0) ReportNoFrame(m_bytesRead);
+eExitCode C_ConvertJob::Finish(const std::string& where) {
+  if (m_framesFound == 0 && m_bytesRead > 0) ReportNoFrame(where, m_bytesRead);
   const eExitCode code = m_converter.Finish(m_text);
   Flush();
   return code;
@@ -178,14 +178,13 @@ std::string C_ConvertCommand::StrangeOption(const S_Format& format) const {
 }
 
 int C_ConvertCommand::Run() {
-  const auto search = ParseSearchList(m_options.stream.search, m_options.stream.acknowledgements);
-  if (!search) return ReportUsage("convert", "--search: unknown protocol; known are: " + ProtocolNames());
+  const auto search = SearchList(m_options.stream);
   const S_Format& format = *FindFormat(m_options.format);
   if (const std::string option = StrangeOption(format); !option.empty())
     return ReportUsage("convert", fmt::format("{} is no option of --to {}", option, format.name));
   if (IsAnInput(m_options.input, m_options.output))
-    return ReportUsage("convert", m_options.output + ": is an input as well");
-  return Convert(*search, *format.make(m_options));
+    return ReportUsage("convert", m_options.output + ": is an input as well; name another file to write to");
+  return Convert(search, *format.make(m_options));
 }
 
 int C_ConvertCommand::Convert(const std::vector<C_RawDataMessage::eProtocols>& search, C_Converter& converter) {
@@ -194,7 +193,7 @@ int C_ConvertCommand::Convert(const std::vector<C_RawDataMessage::eProtocols>& s
   m_options.input.showProgress = !output.IsATerminal();
   C_ConvertJob job(search, ParseSeed(m_options.seed), converter, output);
   const eExitCode inputCode = RunInputs(m_options.input, job);
-  const eExitCode dataCode = job.Finish();
+  const eExitCode dataCode = job.Finish(InputsText(m_options.input));
   output.Close();
   if (output.HasReaderLeft()) return inputCode;
   if (output.HasFailed()) return eExitOutput;

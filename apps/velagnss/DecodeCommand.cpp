@@ -133,7 +133,7 @@ class C_DecodeCommand : public C_Command {
   int Decode(const std::vector<C_RawDataMessage::eProtocols>& search, const std::optional<C_GnssTime>& seed,
              const C_MessageFilter& filter);
   int Judge(const C_DecodeJob& job) const;
-  static void WarnOfNothing(const C_DecodeJob& job);
+  void WarnOfNothing(const C_DecodeJob& job) const;
   std::optional<std::string> FillFilter(C_MessageFilter& filter) const;
 
   S_DecodeOptions m_options;
@@ -159,13 +159,12 @@ void C_DecodeCommand::Declare(CLI::App& app) {
 }
 
 int C_DecodeCommand::Run() {
-  const auto search = ParseSearchList(m_options.stream.search, m_options.stream.acknowledgements);
-  if (!search) return ReportUsage("decode", "--search: unknown protocol; known are: " + ProtocolNames());
+  const auto search = SearchList(m_options.stream);
   C_MessageFilter filter;
   if (const std::optional<std::string> error = FillFilter(filter)) return ReportUsage("decode", *error);
   if (IsAnInput(m_options.input, m_options.output))
-    return ReportUsage("decode", m_options.output + ": is an input as well");
-  return Decode(*search, ParseSeed(m_options.seed), filter);
+    return ReportUsage("decode", m_options.output + ": is an input as well; name another file to write to");
+  return Decode(search, ParseSeed(m_options.seed), filter);
 }
 
 std::optional<std::string> C_DecodeCommand::FillFilter(C_MessageFilter& filter) const {
@@ -190,11 +189,11 @@ int C_DecodeCommand::Decode(const std::vector<C_RawDataMessage::eProtocols>& sea
   return inputCode != eExitOk ? inputCode : Judge(job);
 }
 
-void C_DecodeCommand::WarnOfNothing(const C_DecodeJob& job) {
+void C_DecodeCommand::WarnOfNothing(const C_DecodeJob& job) const {
   if (job.FramesFound() > 0) {
     ReportWarning(fmt::format("none of {} frames passed --proto and --msg", job.FramesFound()));
   } else if (job.BytesRead() > 0) {
-    ReportNoFrame(job.BytesRead());
+    ReportNoFrame(InputsText(m_options.input), job.BytesRead());
   }
 }
 
@@ -206,7 +205,8 @@ int C_DecodeCommand::Judge(const C_DecodeJob& job) const {
     return eExitData;
   }
   if (!m_options.strict || job.DataErrors() == 0) return eExitOk;
-  ReportError(fmt::format("{} faults in the data; --events shows where", job.DataErrors()));
+  ReportError(fmt::format("{} faults in the data: --events shows what was skipped, \"error\" what does not decode",
+                          job.DataErrors()));
   return eExitData;
 }
 

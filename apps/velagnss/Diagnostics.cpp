@@ -1,6 +1,7 @@
 #include "apps/velagnss/Diagnostics.h"
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -11,7 +12,7 @@ namespace {
 eVerbosity g_verbosity = eVerbosity::Normal;
 bool g_progressShown = false;
 
-// ECMA-48 colours; none for those who asked for none (no-color.org) or who read a file.
+// ECMA-48 colours; none for those who asked for none (no-color.org).
 struct S_Colour {
   std::string_view on;
   std::string_view off = "\x1b[0m";
@@ -33,6 +34,13 @@ void WriteToError(std::string_view text) noexcept {
     if (written <= 0) return;  // nobody is left to tell
     text.remove_prefix(static_cast<std::size_t>(written));
   }
+}
+
+// Of the terminal as it is now: a line that wraps could not be taken back.
+std::size_t Columns() {
+  constexpr std::size_t kUsual = 80;
+  winsize size{};
+  return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
 }
 
 void Report(std::string_view kind, const S_Colour& colour, std::string_view message) {
@@ -68,12 +76,16 @@ std::string Printable(std::string_view text) {
 }
 
 bool IsErrorATerminal() {
-  static const bool terminal = ::isatty(STDERR_FILENO) == 1;
+  static const bool terminal = [] {
+    const char* type = std::getenv("TERM");
+    return ::isatty(STDERR_FILENO) == 1 && type != nullptr && std::string_view(type) != "dumb";
+  }();
   return terminal;
 }
 
 void ShowProgressLine(std::string_view line) {
   if (line.empty() && !g_progressShown) return;
+  if (const std::size_t columns = Columns(); line.size() >= columns) line.remove_prefix(line.size() - columns + 1);
   WriteToError(fmt::format("\r\x1b[K{}", line));  // back to the first column, clear to the end
   g_progressShown = !line.empty();
 }

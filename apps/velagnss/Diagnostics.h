@@ -23,10 +23,12 @@ void ReportOutOfMemory() noexcept;             // without needing any
 // `text` fit for a terminal: control characters and bytes from 0x7F on as "\xNN".
 std::string Printable(std::string_view text);
 
-// True when standard error is a terminal; for the progress line.
+// True when standard error is a terminal that obeys control sequences, not one of TERM=dumb: for colours and the
+// progress line.
 bool IsErrorATerminal();
 
-// A line that overwrites itself; empty clears it. Only on a terminal.
+// A line that overwrites itself, without its beginning where the terminal is too narrow; empty clears it. Only on a
+// terminal.
 void ShowProgressLine(std::string_view line);
 
 }  // namespace Host

@@ -137,7 +137,7 @@ void C_EncodeCommand::Declare(CLI::App& app) {
 
 int C_EncodeCommand::Run() {
   if (IsAnInput(m_options.input, m_options.output))
-    return ReportUsage("encode", m_options.output + ": is an input as well");
+    return ReportUsage("encode", m_options.output + ": is an input as well; name another file to write to");
   C_Output output;
   if (!output.Open(m_options.output)) return eExitOutput;
   m_options.input.showProgress = !output.IsATerminal();

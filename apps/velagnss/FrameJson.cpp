@@ -25,7 +25,7 @@ constexpr S_ResultText kResultTexts[] = {
     {eResultBadField, "too few fields, or a field that does not read"},
     {eResultTooShort, "too short"},
     {eResultTooLong, "too long"},
-    {eResultNoSeed, "week not resolved: no date known"},
+    {eResultNoSeed, "week not resolved: no date known; --seed tells one"},
 };
 
 void WriteDecoded(C_JsonWriter& json, const C_FrameDecoder& decoder) {

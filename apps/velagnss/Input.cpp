@@ -31,7 +31,7 @@ const char* AdviceForOpen(int error) {
 
 bool C_Input::Open(const std::string& name) {
   const bool isStandardInput = name == "-";
-  m_name = isStandardInput ? "standard input" : name;
+  m_name = isStandardInput ? "standard input" : name.empty() ? "''" : name;
   m_size = 0;
   m_descriptor = C_FileDescriptor(isStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                                   : ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));

@@ -49,9 +49,15 @@ bool IsAnInput(const S_InputOptions& options, const std::string& output) {
                      [&output](const std::string& name) { return IsTheFile(output, name); });
 }
 
-void ReportNoFrame(std::uint64_t bytes) {
-  ReportWarning(fmt::format(
-      "no frame in {} bytes: check that this is a receiver's output and, for a serial port, its speed", bytes));
+std::string InputsText(const S_InputOptions& options) {
+  if (options.names.size() > 1) return fmt::format("{} inputs", options.names.size());
+  return options.names.empty() || options.names[0] == "-" ? "standard input" : options.names[0];
+}
+
+void ReportNoFrame(std::string_view where, std::uint64_t bytes) {
+  ReportWarning(
+      fmt::format("{}: no frame in {} bytes: check that this is a receiver's output and, for a serial port, its speed",
+                  where, bytes));
 }
 
 eExitCode RunInputs(const S_InputOptions& options, C_StreamJob& job) {

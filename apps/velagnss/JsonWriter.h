@@ -34,7 +34,6 @@ class C_JsonWriter {
   C_JsonWriter& Key(std::string_view name);
 
   void Null() { Literal("null"); }
-  void Bool(bool value) { Literal(value ? std::string_view("true") : std::string_view("false")); }
 
   template <std::integral Number>
   void Integer(Number value) {

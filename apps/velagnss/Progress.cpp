@@ -17,7 +17,7 @@ constexpr auto kShowEvery = 200ms;
 }  // namespace
 
 C_Progress::C_Progress(bool isWanted, std::string name, std::uint64_t size)
-    : m_isOn(isWanted && IsErrorATerminal()),
+    : m_isOn(isWanted && IsErrorATerminal() && Verbosity() != eVerbosity::Quiet),
       m_name(std::move(name)),
       m_size(size),
       m_start(t_Clock::now()),

@@ -8,7 +8,8 @@
 
 namespace Host {
 
-// Shows nothing for short inputs, nor where standard error is not a terminal. The line is gone at destruction.
+// Shows nothing for short inputs, nor where standard error is not a terminal, nor when quiet. The line is gone at
+// destruction.
 class C_Progress {
  public:
   // `size`: bytes to come, 0 when unknown.

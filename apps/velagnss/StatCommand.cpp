@@ -71,11 +71,11 @@ void C_StatJob::ShowJson() {
 }
 
 void C_StatJob::Judge() {
-  if (m_report->FramesGood() == 0 && m_report->BytesRead() > 0) ReportNoFrame(m_report->BytesRead());
+  if (m_report->FramesGood() == 0 && m_report->BytesRead() > 0) ReportNoFrame(m_report->Input(), m_report->BytesRead());
   const bool isTooBad = m_report->BadPercent() > m_options.maxBadPercent;
   if (isTooBad) {
-    ReportError(fmt::format("{:.2f} % of the frames are damaged, more than the {} % of --max-bad",
-                            m_report->BadPercent(), m_options.maxBadPercent));
+    ReportError(fmt::format("{}: {:.2f} % of the frames are damaged, more than the {} % of --max-bad; -v shows where",
+                            m_report->Input(), m_report->BadPercent(), m_options.maxBadPercent));
   }
   m_isAllGood = m_isAllGood && !isTooBad && m_report->FramesGood() > 0;
 }
@@ -92,12 +92,11 @@ class C_StatCommand : public C_Command {
   }
 
   int Run() override {
-    const auto search = ParseSearchList(m_options.stream.search, m_options.stream.acknowledgements);
-    if (!search) return ReportUsage("stat", "--search: unknown protocol; known are: " + ProtocolNames());
+    const auto search = SearchList(m_options.stream);
     C_Output output;
     if (!output.Open("-")) return eExitOutput;
     m_options.input.showProgress = true;
-    C_StatJob job(m_options, *search, output);
+    C_StatJob job(m_options, search, output);
     const eExitCode inputCode = RunInputs(m_options.input, job);
     output.Close();
     if (output.HasFailed() && !output.HasReaderLeft()) return eExitOutput;

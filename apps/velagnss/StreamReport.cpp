@@ -14,6 +14,8 @@ namespace {
 
 constexpr double kGapFactor = 1.5;        // of the usual step
 constexpr std::size_t kMaxSteps = 10000;  // different lengths of steps that are told apart
+constexpr long kMaxLate = 10000;          // ms that a sentence may be behind others, as in tracks
+constexpr std::size_t kMaxStepsKept = 1000;
 constexpr std::size_t kShortList = 10;
 constexpr double kDegreesPerRadian = 180 / std::numbers::pi;
 
@@ -26,6 +28,8 @@ void Line(std::string& text, fmt::format_string<Arguments...> format, Arguments&
   fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
   text += '\n';
 }
+
+long Milliseconds(const S_TimeGap& step) { return std::lround((step.to - step.from) * 1000); }
 
 std::string NumberText(double value, int decimals) {
   return std::isfinite(value) ? fmt::format("{:.{}f}", value, decimals) : "-";
@@ -40,27 +44,41 @@ void AppendRest(std::string& table, std::uint64_t count, std::size_t shown) {
 void C_EpochSteps::Note(std::uint64_t offset, double seconds) {
   if (std::isnan(seconds)) return;
   if (!m_first) m_first = seconds;
-  const double previous = m_last.value_or(seconds);
+  const S_TimeGap step{offset, m_last.value_or(seconds), seconds};
+  const long length = Milliseconds(step);
+  if (length < 0 && length >= -kMaxLate) return;
   m_last = seconds;
-  const long step = std::lround((seconds - previous) * 1000);
-  if (step <= 0) return;
-  if (m_counts.size() < kMaxSteps || m_counts.contains(step)) ++m_counts[step];
-  if (static_cast<double>(step) > kGapFactor * static_cast<double>(m_counts.begin()->first))
-    m_longSteps.Add({offset, previous, seconds});
+  if (length <= 0) return;
+  Count(length);
+  Keep(step);
 }
 
-double C_EpochSteps::UsualStep() const {
-  if (m_counts.empty()) return 0;
-  const auto mostFrequent = std::max_element(m_counts.begin(), m_counts.end(),
-                                             [](const auto& a, const auto& b) { return a.second < b.second; });
-  return static_cast<double>(mostFrequent->first) / 1000;
+void C_EpochSteps::Count(long step) {
+  if (m_counts.size() == kMaxSteps && !m_counts.contains(step)) return;
+  const std::uint64_t count = ++m_counts[step];
+  const std::uint64_t most = m_usual == 0 ? 0 : m_counts[m_usual];
+  if (count > most || (count == most && step < m_usual)) m_usual = step;
 }
 
-C_BoundedList<S_TimeGap> C_EpochSteps::Gaps() const {
-  C_BoundedList<S_TimeGap> gaps;
-  const double longest = kGapFactor * UsualStep();
-  for (const S_TimeGap& gap : m_longSteps.Entries())
-    if (gap.to - gap.from > longest) gaps.Add(gap);
+// What looks like a gap is worth the place of what does not.
+void C_EpochSteps::Keep(const S_TimeGap& step) {
+  if (m_steps.size() == kMaxStepsKept && IsGap(Milliseconds(step))) m_steps = Gaps();
+  if (m_steps.size() < kMaxStepsKept) m_steps.push_back(step);
+}
+
+bool C_EpochSteps::IsGap(long step) const {
+  return static_cast<double>(step) > kGapFactor * static_cast<double>(m_usual);
+}
+
+std::uint64_t C_EpochSteps::GapCount() const {
+  std::uint64_t count = 0;
+  for (const auto& [step, times] : m_counts) count += IsGap(step) ? times : 0;
+  return count;
+}
+
+std::vector<S_TimeGap> C_EpochSteps::Gaps() const {
+  std::vector<S_TimeGap> gaps = m_steps;
+  std::erase_if(gaps, [this](const S_TimeGap& step) { return !IsGap(Milliseconds(step)); });
   return gaps;
 }
 
@@ -155,19 +173,18 @@ void C_StreamReport::WriteJsonTime(C_JsonWriter& json) const {
   json.Key("time");
   if (!m_epochs.First()) return json.Null();
   const C_StreamClock& clock = m_decoder.Clock();
-  const C_BoundedList<S_TimeGap> gaps = m_epochs.Gaps();
   json.BeginObject();
   json.Key("first").String(clock.Text(*m_epochs.First()).Text());
   json.Key("last").String(clock.Text(*m_epochs.Last()).Text());
   json.Key("duration_s").Number(Duration());
   json.Key("usual_step_s").Number(m_epochs.UsualStep());
   json.Key("gaps").BeginArray();
-  for (const S_TimeGap& gap : gaps.Entries()) {
+  for (const S_TimeGap& gap : m_epochs.Gaps()) {
     json.BeginObject();
     json.Key("offset").Integer(gap.offset);
     json.Key("from").String(clock.Text(gap.from).Text());
     json.Key("to").String(clock.Text(gap.to).Text());
-    json.Key("seconds").Number(static_cast<double>(std::lround((gap.to - gap.from) * 1000)) / 1000);
+    json.Key("seconds").Number(static_cast<double>(Milliseconds(gap)) / 1000);
     json.EndObject();
   }
   json.EndArray();
@@ -252,16 +269,16 @@ void C_StreamReport::AppendMessages(std::string& table) const {
 void C_StreamReport::AppendTime(std::string& table, std::size_t maxRows) const {
   if (!m_epochs.First()) return;
   const C_StreamClock& clock = m_decoder.Clock();
-  const C_BoundedList<S_TimeGap> gaps = m_epochs.Gaps();
+  const std::vector<S_TimeGap> gaps = m_epochs.Gaps();
   Line(table, "\n  first time  {}", clock.Text(*m_epochs.First()).Text());
   Line(table, "  last time   {}", clock.Text(*m_epochs.Last()).Text());
-  Line(table, "  usual step  {} s, gaps {}", m_epochs.UsualStep(), gaps.Count());
-  const std::size_t shown = std::min(maxRows, gaps.Entries().size());
+  Line(table, "  usual step  {} s, gaps {}", m_epochs.UsualStep(), m_epochs.GapCount());
+  const std::size_t shown = std::min(maxRows, gaps.size());
   for (std::size_t i = 0; i < shown; ++i) {
-    const S_TimeGap& gap = gaps.Entries()[i];
+    const S_TimeGap& gap = gaps[i];
     Line(table, "  {:>14}  gap of {:.3f} s after {}", gap.offset, gap.to - gap.from, clock.Text(gap.from).Text());
   }
-  AppendRest(table, gaps.Count(), shown);
+  AppendRest(table, m_epochs.GapCount(), shown);
 }
 
 void C_StreamReport::AppendPosition(std::string& table) const {

@@ -56,7 +56,7 @@ struct S_TimeGap {
   double to;
 };
 
-// The steps from one epoch of the stream to the next.
+// The steps from one epoch of the stream to the next. A sentence that is late by up to 10 s is no step.
 class C_EpochSteps {
  public:
   void Note(std::uint64_t offset, double seconds);
@@ -64,17 +64,23 @@ class C_EpochSteps {
   std::optional<double> First() const { return m_first; }
   std::optional<double> Last() const { return m_last; }
 
-  // The step that occurs most often, s; 0 with fewer than two epochs.
-  double UsualStep() const;
+  // The step that occurs most often, s, the shortest of several; 0 with fewer than two epochs.
+  double UsualStep() const { return static_cast<double>(m_usual) / 1000; }
 
-  // Steps of more than one and a half times the usual one.
-  C_BoundedList<S_TimeGap> Gaps() const;
+  // Steps of more than one and a half times the usual one: how many, and of them the first 1000.
+  std::uint64_t GapCount() const;
+  std::vector<S_TimeGap> Gaps() const;
 
  private:
+  void Count(long step);
+  void Keep(const S_TimeGap& step);
+  bool IsGap(long step) const;
+
   std::optional<double> m_first;
   std::optional<double> m_last;
   std::map<long, std::uint64_t> m_counts;  // by step in ms
-  C_BoundedList<S_TimeGap> m_longSteps;
+  long m_usual = 0;                        // of them the most frequent
+  std::vector<S_TimeGap> m_steps;          // that may be gaps: which step is the usual one is known at the end
 };
 
 // Fills itself as the sink of a reader. One per input.
@@ -91,6 +97,7 @@ class C_StreamReport : public C_FrameSink {
 
   // Per cent of the frames found whose body was damaged; 0 when there were none.
   double BadPercent() const;
+  const std::string& Input() const { return m_input; }
   std::uint64_t FramesGood() const { return m_framesGood; }
   std::uint64_t BytesRead() const { return m_bytes; }
 
