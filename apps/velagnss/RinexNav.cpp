@@ -334,7 +334,7 @@ class C_RinexNav : public C_Converter {
   std::string_view Title() const;
   void AppendHeader(std::string& text) const;
 
-  const S_RinexNavOptions& m_options;
+  S_RinexNavOptions m_options;
   std::array<bool, kNumSystems> m_isSelected;
   std::string m_input;
   std::set<S_NavRecord> m_records;                // of equal ones the first that came
