@@ -21,7 +21,7 @@ std::vector<S_Option> OptionsBehind(const S_Command& command, const S_Command& p
   return options;
 }
 
-std::string Replace(std::string text, const std::string& from, const std::string& to) {
+std::string Replace(const std::string& text, const std::string& from, const std::string& to) {
   return Join(Split(text, from), to);
 }
 

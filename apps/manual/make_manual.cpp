@@ -1,7 +1,7 @@
 // Writes the man page or a completion script of the program: the build runs it, and what it writes is installed.
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <fstream>
+#include <iostream>
 #include <string_view>
 
 #include "apps/manual/CommandTree.h"
@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
   if (kind == "zsh") text = Manual::ZshCompletion(commands);
   if (kind == "fish") text = Manual::FishCompletion(commands);
   if (text.empty()) {
-    std::fputs("usage: velagnss_make_manual man DATE FILE | bash FILE | zsh FILE | fish FILE\n", stderr);
+    std::cerr << "usage: velagnss_make_manual man DATE FILE | bash FILE | zsh FILE | fish FILE\n";
     return 2;
   }
   return std::ofstream(argv[argc - 1], std::ios::binary) << text << std::flush ? 0 : 1;
