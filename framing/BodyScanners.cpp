@@ -1,6 +1,7 @@
 // Waiting for the end of a frame's body, and checking it. A scanner looks at queued bytes and gives its verdict; it
 // removes nothing. There are two shapes of body: a length that is known from the start, and bytes up to an end mark.
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 #include "binproto/VelaBin_Decode.h"
@@ -122,6 +123,7 @@ C_FrameRecognizer::eVerdict C_FrameRecognizer::CollectUntilEnd(const S_BodyRule&
 // The first mark that needs a look, `end` or more when there is none. How far the stream has no mark is remembered
 // from one false start to the next: a stream of nothing but starts would be scanned over and over otherwise.
 unsigned int C_FrameRecognizer::FirstMark(const S_BodyRule& rule, const unsigned char* bytes, unsigned int end) {
+  static_assert(std::size(decltype(m_unmarkedTo){}) == UTIL::kNumMarks);
   std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(rule.mark)];
   const unsigned int from = std::max(m_examined, rule.first);
   const unsigned int unmarked = unmarkedTo > m_position ? static_cast<unsigned int>(unmarkedTo - m_position) : 0;
