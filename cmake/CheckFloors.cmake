@@ -12,12 +12,13 @@ set(rows
   "binproto/"       "binproto/|records/|geo/|${leaves}\\."
   "textproto/"      "textproto/|records/|geo/|${leaves}\\."
   "framing/"        "framing/|binproto/|textproto/|records/|geo/"
+  "stream/"         "stream/|framing/|binproto/|textproto/|records/|geo/"
   "apps/"           "apps/|public"
   "examples/"       "public")
 
 # Headers that are installed, from the lists that the build installs by.
 set(public)
-foreach(folder framing binproto textproto geo records)
+foreach(folder stream framing binproto textproto geo records)
   file(READ ${ROOT}/${folder}/CMakeLists.txt lists)
   string(REGEX MATCH "PUBLIC_HEADERS([^A-Z_]|[A-Z][a-zA-Z0-9_]*\\.h)*" headers "${lists}")
   string(REGEX MATCHALL "[A-Za-z0-9_]+\\.h" headers "${headers}")
@@ -43,7 +44,7 @@ endfunction()
 
 set(faults 0)
 file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/framing/* ${ROOT}/binproto/* ${ROOT}/textproto/* ${ROOT}/geo/*
-  ${ROOT}/records/* ${ROOT}/apps/* ${ROOT}/examples/*)
+  ${ROOT}/records/* ${ROOT}/stream/* ${ROOT}/apps/* ${ROOT}/examples/*)
 list(FILTER files INCLUDE REGEX "\\.(h|cpp)$")
 foreach(file ${files})
   floor_of(${file} allowed)
