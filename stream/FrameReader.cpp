@@ -8,8 +8,10 @@
 namespace velagnss {
 namespace {
 
-// A counter folds when it nears 2^32, but its low 16 bits go on as if it had not. Between two looks it grows by less
-// than 2^16: no more bytes than that fit into the queue.
+// A counter folds when it nears 2^32, but its low 16 bits go on as if it had not. So it is looked at before it can have
+// grown by 2^16.
+constexpr std::uint64_t kCountedBytes = 1U << 15;
+
 std::uint64_t Growth(unsigned int now, unsigned int before) { return static_cast<std::uint16_t>(now - before); }
 
 StreamTotals GrowthOf(const S_RecognizerStatistics& now, const S_RecognizerStatistics& before) {
@@ -120,10 +122,11 @@ class FrameReader::Impl {
 
   StreamTotals Totals() const { return m_totals + GrowthOf(*m_recognizer.GetStatistics(), m_counted); }
   std::uint64_t Queued() const { return m_capacity - m_recognizer.GetFreeSpace(); }
+  std::uint64_t Head() const { return m_fed - Queued(); }  // offset of the oldest byte queued
 
   C_FrameRecognizer m_recognizer{nullptr, eCircBufOvrflowRejectNew, true};
   bool m_areEventsReported = false;
-  std::uint64_t m_fed = 0;  // bytes handed to the recognizer; its oldest one is `Queued()` before
+  std::uint64_t m_fed = 0;  // bytes handed to the recognizer
   StreamTotals m_totalsAtFinish;
   std::uint64_t m_queuedAtFinish = 0;
 
@@ -133,7 +136,7 @@ class FrameReader::Impl {
   bool GiveUpOneByte();
   void Step(const unsigned char* bytes, std::size_t count);
   void NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds);
-  void NoteFrame(std::uint64_t offset);
+  void NoteFrame();
   void NoteRejection(eRecognitionResult result, std::uint64_t offset);
   void CloseSkippedRun();
   void Push(const StreamItem& item) { m_items[m_numItems++] = item; }
@@ -162,6 +165,7 @@ class FrameReader::Impl {
   const StreamItem m_nothing;
 
   S_RecognizerStatistics m_counted{};  // the recognizer's counters as far as they are in `m_totals`
+  std::uint64_t m_countedAt = 0;       // bytes fed by then
   StreamTotals m_totals;
 };
 
@@ -189,7 +193,7 @@ void FrameReader::Impl::ResetRecognizer(std::uint64_t offset) {
   m_recognizer.FullProcessingReset();
   m_counted = {};
   m_window.Clear(offset);
-  m_fed = offset;
+  m_fed = m_countedAt = offset;
 }
 
 bool FrameReader::Impl::Feed(const unsigned char* bytes, std::size_t count) {
@@ -234,6 +238,7 @@ bool FrameReader::Impl::TakePiece() {
   m_rest += count;
   m_restSize -= count;
   m_isPumping = true;
+  if (m_fed - m_countedAt > kCountedBytes) TakeCounters();
   Step(bytes, count);
   return true;
 }
@@ -248,7 +253,7 @@ bool FrameReader::Impl::GiveUpOneByte() {
     m_isSearchedAgain = true;
   }
   if (queued == 0) return false;
-  const std::uint64_t head = m_fed - queued;
+  const std::uint64_t head = Head();
   if (m_areEventsReported) {
     m_skipped.Extend(head, head + 1, m_window);
     m_skipped.SetReason(SkippedRange::Reason::EndOfStream);
@@ -263,27 +268,25 @@ bool FrameReader::Impl::GiveUpOneByte() {
 }
 
 void FrameReader::Impl::Step(const unsigned char* bytes, std::size_t count) {
-  const std::uint64_t before = m_fed - Queued();
+  const std::uint64_t before = m_areEventsReported ? Head() : 0;
   const unsigned int acceptedBefore = m_recognizer.GetStatistics()->bytesAccepted;
   const eRecognitionResult result = m_recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), m_message);
   m_fed += count;
-  if (result == eRecNoNewData) {
-    m_isPumping = false;
-    TakeCounters();
-  }
-  if (result == eRecFrameComplete) return NoteFrame(before);
+  if (result == eRecNoNewData) m_isPumping = false;
+  if (result == eRecFrameComplete) return NoteFrame();
   if (m_areEventsReported)
     NoteStep(result, before, Growth(m_recognizer.GetStatistics()->bytesAccepted, acceptedBefore));
 }
 
-void FrameReader::Impl::NoteFrame(std::uint64_t offset) {
+// The frame is what has just left the queue.
+void FrameReader::Impl::NoteFrame() {
   CloseSkippedRun();
-  Push(Frame{m_message.data, m_message.length, m_message.protocol, m_message.messageType, offset});
+  Push(Frame{m_message.data, m_message.length, m_message.protocol, m_message.messageType, Head() - m_message.length});
 }
 
 // What left the queue without a frame: first line ends that belong to the frame before, then what is skipped.
 void FrameReader::Impl::NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds) {
-  const std::uint64_t head = m_fed - Queued();
+  const std::uint64_t head = Head();
   if (before + lineEnds == head) return;
   m_skipped.Extend(before + lineEnds, head, m_window);
   if (result == eRecChecksumError || result == eRecFrameRejected) NoteRejection(result, before);
@@ -306,6 +309,7 @@ void FrameReader::Impl::CloseSkippedRun() {
 }
 
 void FrameReader::Impl::TakeCounters() {
+  m_countedAt = m_fed;
   m_totals = Totals();
   m_counted = *m_recognizer.GetStatistics();
 }
