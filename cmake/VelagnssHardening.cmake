@@ -8,7 +8,7 @@ include(CheckPIESupported)
 check_pie_supported()
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)  # the length of an absolute path would remain in the installed program
 
-set(velagnss_optimised $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
+set(velagnss_optimized $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
 
 # velagnss_compile_hardened(<target> <scope> <flag>...): adds the flags that the compiler supports, for optimized code.
 function(velagnss_compile_hardened target scope)
@@ -16,7 +16,7 @@ function(velagnss_compile_hardened target scope)
     string(MAKE_C_IDENTIFIER velagnss_has${flag} has)
     check_cxx_compiler_flag(${flag} ${has})
     if(${has} AND NOT VELAGNSS_SANITIZE)
-      target_compile_options(${target} ${scope} $<${velagnss_optimised}:${flag}>)
+      target_compile_options(${target} ${scope} $<${velagnss_optimized}:${flag}>)
     endif()
   endforeach()
 endfunction()
@@ -25,13 +25,13 @@ endfunction()
 function(velagnss_harden target)
   # Paths in messages and debug information are relative to the project.
   target_compile_options(${target} INTERFACE
-    $<${velagnss_optimised}:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
-    $<${velagnss_optimised}:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+    $<${velagnss_optimized}:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+    $<${velagnss_optimized}:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
   if(VELAGNSS_SANITIZE)
     return()
   endif()
   target_compile_options(${target} INTERFACE
-    $<${velagnss_optimised}:-U_FORTIFY_SOURCE> $<${velagnss_optimised}:-D_FORTIFY_SOURCE=2>)
+    $<${velagnss_optimized}:-U_FORTIFY_SOURCE> $<${velagnss_optimized}:-D_FORTIFY_SOURCE=2>)
   velagnss_compile_hardened(${target} INTERFACE -fstack-clash-protection -fcf-protection)
   # Relocations are read-only once a program runs, and its stack is never executable.
   target_link_options(${target} INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack LINKER:--as-needed)
