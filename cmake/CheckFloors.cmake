@@ -3,7 +3,7 @@ cmake_minimum_required(VERSION 3.25)
 # Checks that includes only point down the layers.
 #   cmake -DROOT=<source tree> -P CheckFloors.cmake
 #
-# Each row: files, and which of our own headers they may include. The first row that matches a file applies.
+# Each row: files, and which of our own headers they may include. The first row that fits a file counts.
 set(leaves "framing/(Base64|BitBufAcc|ByteScan|CRC24|Crc24Field|CircularBuffer|RawDataMessage|RunningCrc24)")
 set(rows
   "geo/"            "geo/"
