@@ -1,6 +1,6 @@
 cmake_minimum_required(VERSION 3.25)
 
-# Holds the includes to the floors of the house: they only point down.
+# Checks that includes only point down the layers.
 #   cmake -DROOT=<source tree> -P CheckFloors.cmake
 #
 # Each row: files, and which of our own headers they may include. The first row that fits a file counts.
@@ -16,7 +16,7 @@ set(rows
   "apps/"           "apps/|public"
   "examples/"       "public")
 
-# Headers that are installed, from the lists that the build installs by.
+# The installed headers, from the lists that the build uses.
 set(public)
 foreach(folder stream framing binproto textproto geo records)
   file(READ ${ROOT}/${folder}/CMakeLists.txt lists)
@@ -27,7 +27,7 @@ foreach(folder stream framing binproto textproto geo records)
 endforeach()
 list(LENGTH public count)
 if(count LESS 10)
-  message(FATAL_ERROR "found only ${count} public headers: the lists are not read right")
+  message(FATAL_ERROR "found only ${count} public headers: the lists could not be parsed")
 endif()
 
 function(floor_of file result)
@@ -55,11 +55,11 @@ foreach(file ${files})
       continue()
     endif()
     if(NOT header MATCHES "^(${allowed})")
-      message(SEND_ERROR "${file} includes ${header}, which is not below it")
+      message(SEND_ERROR "${file} includes ${header}, which is not in a lower layer")
       math(EXPR faults "${faults} + 1")
     endif()
   endforeach()
 endforeach()
 if(faults)
-  message(FATAL_ERROR "${faults} includes climb")
+  message(FATAL_ERROR "${faults} includes point up the layers")
 endif()
