@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "geo/Angle.h"
 #include "geo/LocalFrame.h"
 #include "geo/Matrix.h"
 #include "geo/NotAvailable.h"
@@ -11,11 +12,12 @@
 namespace ALGO {
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kDegreesPerRadian = 57.29577951308232;
-constexpr double kRadiansPerDegree = 0.017453292519943295;
+using velagnss::geo::EcefToLocalRotation;
+using velagnss::geo::kDegreesPerRadian;
+using velagnss::geo::kPi;
+using velagnss::geo::kRadiansPerDegree;
 
-// A covariance's six elements xx yy zz xy xz yz, and where each stands in the matrix.
+// Where the six elements of a covariance, xx yy zz xy xz yz, are in the matrix.
 constexpr unsigned char kCovarianceElements[6][2] = {{0, 0}, {1, 1}, {2, 2}, {0, 1}, {0, 2}, {1, 2}};
 
 void RotateSixElements(const C_Matrix& rotation, const double from[6], double to[6]) {
@@ -24,7 +26,7 @@ void RotateSixElements(const C_Matrix& rotation, const double from[6], double to
     const auto [i, j] = kCovarianceElements[k];
     covariance(i, j) = covariance(j, i) = from[k];
   }
-  const C_Matrix rotated = RotateCovariance(rotation, covariance);
+  const C_Matrix rotated = velagnss::geo::RotateCovariance(rotation, covariance);
   for (unsigned int k = 0; k < 6; ++k) to[k] = rotated(kCovarianceElements[k][0], kCovarianceElements[k][1]);
 }
 
@@ -336,7 +338,7 @@ double PointDistance(const C_Vector3& p, const C_Vector3& q, bool horizontal) {
   if (!horizontal) return difference.Norm();
   double lat, lon, h;
   CartToGeodOlson(p.X(), p.Y(), p.Z(), kWgs84A, kWgs84F, lat, lon, h);
-  return Rotate(EcefToLocalRotation(lat, lon), difference).Norm2();
+  return velagnss::geo::Rotate(EcefToLocalRotation(lat, lon), difference).Norm2();
 }
 
 void CovEcefToLocal(double lat, double lon, [[maybe_unused]] double h, const double ecef[6], double local[6]) {
@@ -344,7 +346,7 @@ void CovEcefToLocal(double lat, double lon, [[maybe_unused]] double h, const dou
 }
 
 void CovLocalToEcef(double lat, double lon, [[maybe_unused]] double h, const double local[6], double ecef[6]) {
-  if (ecef != nullptr && local != nullptr) RotateSixElements(LocalToEcefRotation(lat, lon), local, ecef);
+  if (ecef != nullptr && local != nullptr) RotateSixElements(velagnss::geo::LocalToEcefRotation(lat, lon), local, ecef);
 }
 
 // ---- satellite geometry --------------------------------------------------------------------------------------------

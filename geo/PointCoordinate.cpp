@@ -2,13 +2,17 @@
 
 #include <cmath>
 
+#include "geo/Angle.h"
 #include "geo/Geodesy.h"
 #include "geo/LocalFrame.h"
 #include "geo/NotAvailable.h"
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
+using velagnss::geo::EcefToLocalRotation;
+using velagnss::geo::kPi;
+using velagnss::geo::RotateCovariance;
+
 constexpr double kShortestHorizontal = 1000.0;  // m
 
 C_Vector3 NotSetVector() { return C_Vector3(NA_DOUBLE, NA_DOUBLE, NA_DOUBLE); }
@@ -137,7 +141,7 @@ void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAz
 
 C_Vector3 C_PointCoordinate::RangeLocal(const C_Vector3& target) {
   if (!MakeCurrent()) return NotSetVector();
-  return ALGO::Rotate(ALGO::EcefToLocalRotation(m_geod.X(), m_geod.Y()), target - m_cart);
+  return velagnss::geo::Rotate(EcefToLocalRotation(m_geod.X(), m_geod.Y()), target - m_cart);
 }
 
 C_Vector3 C_PointCoordinate::Cart2GeodSigma(const C_Vector3& cartVar) {
@@ -146,11 +150,11 @@ C_Vector3 C_PointCoordinate::Cart2GeodSigma(const C_Vector3& cartVar) {
   covariance(0, 0) = cartVar.X();
   covariance(1, 1) = cartVar.Y();
   covariance(2, 2) = cartVar.Z();
-  const C_Matrix local = ALGO::RotateCovariance(ALGO::EcefToLocalRotation(m_geod.X(), m_geod.Y()), covariance);
+  const C_Matrix local = RotateCovariance(EcefToLocalRotation(m_geod.X(), m_geod.Y()), covariance);
   return C_Vector3(std::sqrt(local(0, 0)), std::sqrt(local(1, 1)), std::sqrt(local(2, 2)));
 }
 
 C_Matrix C_PointCoordinate::Cart2GeodCovariance(const C_Matrix& cov) {
   if (!MakeCurrent() || cov.Rows() != 3 || cov.Cols() != 3) return C_Matrix(3, 3);
-  return ALGO::RotateCovariance(ALGO::EcefToLocalRotation(m_geod.X(), m_geod.Y()), cov);
+  return RotateCovariance(EcefToLocalRotation(m_geod.X(), m_geod.Y()), cov);
 }
