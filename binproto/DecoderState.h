@@ -45,6 +45,7 @@ struct S_StoredMessages {
 struct S_DecoderState {
   S_DecoderState(const C_SatelliteList* list, unsigned short slots) : tracker(list, slots) {}
 
+  // Bound to the list of the constructor, and the one member that owns memory of its own.
   C_ContinuityTracker tracker;
   std::array<unsigned int, VelaBIN_Messages::kMaxMessageNumber + 1> received{};  // decoded frames by message number
   S_StoredMessages stored{};

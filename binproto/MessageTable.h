@@ -18,6 +18,7 @@
 
 namespace velagnss::binproto {
 
+// What the decoder needs to know of a message once its frame has been checked.
 struct S_MessageRow {
   unsigned short number;
   unsigned short frameLength;  // bytes from the sync to the checksum
@@ -41,6 +42,8 @@ consteval bool Holds(eContents contents) {
   return contents == (requires(Output & out) { out.Body; } ? eRawBody : eFieldsBySize);
 }
 
+// A row, checked by the compiler against the records that it names. The two functions are made from the members: a
+// table of twenty hand-written pairs would have to be kept in step with the public operations.
 template <unsigned short Number, unsigned short FrameLength, eContents Contents, auto Stored, auto Output,
           auto Operation>
 constexpr S_MessageRow MessageRow() {
@@ -59,6 +62,8 @@ inline unsigned int DecodeGpsEphemeris(C_VelaBin_Decode& decoder, unsigned char*
   return decoder.Decode_Bin95(frame, length, out, false);
 }
 
+// In ascending order. Messages 25, 35, 45 and 95 share one layout and have a stored record each, so that none of them
+// replaces another; a number that is not here is answered with eResultUnknownMessage.
 // clang-format off
 inline constexpr auto kMessages = [] {
   using namespace VelaBIN_Messages;
@@ -66,7 +71,7 @@ inline constexpr auto kMessages = [] {
   using S = S_StoredMessages;
   using U = U_VelaBIN_EcdDcdData;
   using D = C_VelaBin_Decode;
-  return std::array{  // ascending
+  return std::array{
       //         number  frame  contents        stored      output         decoder
       MessageRow<eBin1,     62, eRawBody,       &S::bin1,   &U::bin1,      &D::Decode_Bin1>(),
       MessageRow<eBin2,     26, eRawBody,       &S::bin2,   &U::bin2,      &D::Decode_Bin2>(),

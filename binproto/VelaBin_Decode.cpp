@@ -36,7 +36,7 @@ C_GnssTime UnsetTime() {
   return time;
 }
 
-// A time moved by `seconds`, normalised, with the label of another system. C_GnssTime's own normalisation is not used:
+// A time moved by `seconds`, normalized, with the label of another system. C_GnssTime's own normalization is not used:
 // it carries 32767 weeks at most, and a host may seed any double.
 C_GnssTime Shifted(const C_GnssTime& time, double seconds, ALGO::eGNSSSystem system) {
   C_GnssTime shifted;
@@ -155,7 +155,7 @@ signed char C_VelaBin_Decode::GetGlonassSvChannelId(unsigned char slot) const {
 // The one place that counts: messages that are decoded one by one are not.
 unsigned int C_VelaBin_Decode::Decode(unsigned char* frame, const unsigned short& length, unsigned short& msgNumber,
                                       U_VelaBIN_EcdDcdData& out) {
-  std::memset(&out, 0, sizeof out);
+  std::memset(&out, 0, sizeof out);  // the whole union: what an earlier message left in other members must not show
   const unsigned int result = ValidateAndDispatch(frame, length, msgNumber, out);
   if (result == eResultOk) ++m_state->received[msgNumber];
   return Remember(result);

@@ -82,7 +82,7 @@ class VELAGNSS_API C_VelaBin_Decode {
   // Sets the seed of a system: a time from which the decoder completes broadcast weeks, which are modulo 1024. Any time
   // within half a roll-over period of the ephemerides will do, that is nearly ten years.
   //
-  // The time is stored normalised. A GPS, BeiDou or Galileo time sets the seeds of all three (BeiDou time is GPS time -
+  // The time is stored normalized. A GPS, BeiDou or Galileo time sets the seeds of all three (BeiDou time is GPS time -
   // 14 s, Galileo time equals GPS time, all on the same week scale); a time of another system sets only its own seed.
   // Ignored are week 0 together with seconds of exactly 0.0, and systems above 6.
   void SeedTime(unsigned short week, double seconds, ALGO::eGNSSSystem system);
@@ -242,7 +242,7 @@ class VELAGNSS_API C_VelaBin_Decode {
   bool Bin93ToIFPvaEphRec(const VelaBIN_Messages::S_BinMsg93& message, S_IFPvaEphRec& out) const;
 
   // Converts a GLONASS date to a time: four-year interval N4 (1 starts in 1996), day NT within it (1 is 1 January of
-  // its first year), and `tb` seconds of that day, in GLONASS time. `out` is normalised, with all whole weeks carried.
+  // its first year), and `tb` seconds of that day, in GLONASS time. `out` is normalized, with all whole weeks carried.
   static void ResolveGstTb(unsigned short N4, unsigned short NT, double tb, C_GnssTime& out);
 
   // --- Bits of GLONASS strings --------------------------------------------------------------------------------------

@@ -59,7 +59,7 @@ unsigned int C_VelaBin_Decode::Decode_Bin_Header(const unsigned char* frame, con
 
 unsigned int C_VelaBin_Decode::Decode_Bin_Trailer(const unsigned char* frame, const unsigned short& length,
                                                   unsigned short& position, S_MsgTrailer& trailer) {
-  trailer = {0, kTerminator};
+  trailer = {0, kTerminator};  // records always end in the terminator, whether the frame was followed by one or not
   const unsigned int result = Decode_Bin_U16(frame, length, position, trailer.Checksum);
   if (result != eResultOk) return result;
   position = static_cast<unsigned short>(position + kTerminatorLength);  // not part of the frame: it may be missing
@@ -87,6 +87,7 @@ unsigned int C_VelaBin_Decode::ValidateFrame(const unsigned char* frame, unsigne
   if (frameLength > kMaxFrameLength) return eResultTooLong;
 
   auto endOfData = static_cast<unsigned short>(kFrameHeaderLength + header.DataLength);
+  // Nothing is read beyond `length` here: the frame has been found to lie within it.
   S_MsgTrailer trailer;
   result = Decode_Bin_Trailer(frame, length, endOfData, trailer);
   if (result != eResultOk) return result;

@@ -33,7 +33,7 @@ constexpr unsigned short At(unsigned int word, unsigned int bit) {
   return static_cast<unsigned short>((word - 1) * kDataBits + bit - 1);
 }
 
-// Four bits are sent, metres are stored.
+// Four bits are sent, meters are stored.
 void StoreUra(R& record, double index) { record.Ura = ALGO::UraIndexToMetres(static_cast<unsigned char>(index)); }
 
 // clang-format off
@@ -126,6 +126,7 @@ void NameSatellite(S_IFKeplerEphRec& record, unsigned short prn, ALGO::eGNSSSyst
 }
 
 // Satellite numbers of GPS and of QZSS (IS-QZSS-PNT: 193 to 202 L1 C/A, 183 to 192 L1S, 203 to 211 others).
+// Tested on all 16 bits, because the record keeps only the low eight.
 bool IsSatelliteNumber(unsigned short prn, bool qzss) {
   return qzss ? prn >= 183 && prn <= 211 : prn >= 1 && prn <= 64;
 }
@@ -174,6 +175,7 @@ unsigned int C_VelaBin_Decode::Bin95ToIFEphRec(const S_BinMsg95& message, S_IFKe
   return KepEph_ResolveWeeksAndEOW(out);
 }
 
+// Without a seed as well: no week is read that would have to be completed.
 unsigned int C_VelaBin_Decode::Bin35ToIFEphRec(const S_BinMsg95& message, S_IFKeplerEphRec& out) const {
   NameSatellite(out, message.Prn, ALGO::GNSS_BEIDOU);
   out.TimeSystem = ALGO::GNSS_BEIDOU;

@@ -27,7 +27,7 @@ constexpr unsigned char kLastBit = 85;
 constexpr unsigned char kWidestField = 32;  // that the public bit readers deliver
 constexpr int kChannelBias = 8;             // the receiver sends channels plus 8
 constexpr double kTbSeconds = 900;          // the index tb counts quarters of an hour
-constexpr double kKilometre = 1000;         // m; GLONASS sends kilometres
+constexpr double kKilometer = 1000;         // m; GLONASS sends kilometers
 
 // The index tk: hours in its bits 7 to 11, minutes in 1 to 6, half minutes in bit 0. The record gets seconds of the
 // day; they become seconds of the week once the reference time is known.
@@ -48,18 +48,18 @@ void StoreBn(R& record, double value) {
 // clang-format off
 constexpr S_BitField<R> kString1[] = {
     { 1,  8, ePast},                                              // check bits
-    { 9, 27, eSigned,   0x1p-11 * kKilometre, Store<&R::PosX>},   // km to m
-    {36,  5, eSigned,   0x1p-30 * kKilometre, Store<&R::AccX>},   // km/s^2 to m/s^2
-    {41, 24, eSigned,   0x1p-20 * kKilometre, Store<&R::VelX>},   // km/s to m/s
+    { 9, 27, eSigned,   0x1p-11 * kKilometer, Store<&R::PosX>},   // km to m
+    {36,  5, eSigned,   0x1p-30 * kKilometer, Store<&R::AccX>},   // km/s^2 to m/s^2
+    {41, 24, eSigned,   0x1p-20 * kKilometer, Store<&R::VelX>},   // km/s to m/s
     {65, 12, eUnsigned, 1,                    StoreFrameTime},    // tk
     {77,  2, eUnsigned, 1,                    Store<&R::P1>},
     {79,  7, ePast},                                              // reserved 2, string number 4, idle 1
 };
 constexpr S_BitField<R> kString2[] = {
     { 1,  8, ePast},                                              // check bits
-    { 9, 27, eSigned,   0x1p-11 * kKilometre, Store<&R::PosY>},
-    {36,  5, eSigned,   0x1p-30 * kKilometre, Store<&R::AccY>},
-    {41, 24, eSigned,   0x1p-20 * kKilometre, Store<&R::VelY>},
+    { 9, 27, eSigned,   0x1p-11 * kKilometer, Store<&R::PosY>},
+    {36,  5, eSigned,   0x1p-30 * kKilometer, Store<&R::AccY>},
+    {41, 24, eSigned,   0x1p-20 * kKilometer, Store<&R::VelY>},
     {65,  5, ePast},                                              // reserved
     {70,  7, eUnsigned, 1,                    Store<&R::Tb, &R::Iod>},
     {77,  1, eUnsigned, 1,                    Store<&R::P2>},
@@ -68,9 +68,9 @@ constexpr S_BitField<R> kString2[] = {
 };
 constexpr S_BitField<R> kString3[] = {
     { 1,  8, ePast},                                              // check bits
-    { 9, 27, eSigned,   0x1p-11 * kKilometre, Store<&R::PosZ>},
-    {36,  5, eSigned,   0x1p-30 * kKilometre, Store<&R::AccZ>},
-    {41, 24, eSigned,   0x1p-20 * kKilometre, Store<&R::VelZ>},
+    { 9, 27, eSigned,   0x1p-11 * kKilometer, Store<&R::PosZ>},
+    {36,  5, eSigned,   0x1p-30 * kKilometer, Store<&R::AccZ>},
+    {41, 24, eSigned,   0x1p-20 * kKilometer, Store<&R::VelZ>},
     {65,  1, eUnsigned, 1,                    Store<&R::Ln>},
     {66,  2, eUnsigned, 1,                    Store<&R::P>},
     {68,  1, ePast},                                              // reserved
@@ -206,7 +206,7 @@ unsigned int C_VelaBin_Decode::Decode_Bin65(unsigned char* frame, const unsigned
 bool C_VelaBin_Decode::Bin65ToIFPvaEphRec(const S_BinMsg65& message, S_IFPvaEphRec& out) {
   SetEmpty_IFEphRec(out);
   if (message.Header.BlockId != eBin65) return false;
-  const auto channel = static_cast<signed char>(message.Channel - kChannelBias);
+  const auto channel = static_cast<signed char>(message.Channel - kChannelBias);  // 136 wraps to -128, "unknown"
   out.System = ALGO::GNSS_GLONASS;
   out.SvId = message.Slot;
   out.Spare = 0;
@@ -250,6 +250,7 @@ bool C_VelaBin_Decode::Bin93ToIFPvaEphRec(const S_BinMsg93& message, S_IFPvaEphR
   out.TauN = message.AGf0 * 0x1p-31;
   out.GammaN = message.AGf1 * 0x1p-40;
 
+  // The reference time is sent with its week, the time of the message without: it is within half a week of the former.
   out.RefWeek = message.Week;
   out.RefTime = message.T0;
   if (!ResolveWeek(ALGO::GNSS_GPS, out.RefWeek)) return false;

@@ -1,3 +1,5 @@
+// The formulas are written in the order of operations of their papers. Another order gives other last bits, and results
+// are to be the same on every machine, so that simplifying an expression is a change of behavior.
 #include "geo/Geodesy.h"
 
 #include <algorithm>
@@ -20,6 +22,7 @@ using velagnss::geo::kRadiansPerDegree;
 // Where the six elements of a covariance, xx yy zz xy xz yz, are in the matrix.
 constexpr unsigned char kCovarianceElements[6][2] = {{0, 0}, {1, 1}, {2, 2}, {0, 1}, {0, 2}, {1, 2}};
 
+// Through matrices: `from` and `to` may be one array, and the elements below the diagonal are only implied.
 void RotateSixElements(const C_Matrix& rotation, const double from[6], double to[6]) {
   C_Matrix covariance(3, 3);
   for (unsigned int k = 0; k < 6; ++k) {
@@ -35,7 +38,7 @@ void RotateSixElements(const C_Matrix& rotation, const double from[6], double to
 // ---- conversions ---------------------------------------------------------------------------------------------------
 
 void GeodToCartAF(double lat, double lon, double h, double a, double f, double& x, double& y, double& z) {
-  const double e2 = (2 - f) * f;
+  const double e2 = (2 - f) * f;  // eccentricity squared
   const double cosLat = std::cos(lat);
   const double sinLat = std::sin(lat);
   const double n = a / std::sqrt(1 - e2 * (sinLat * sinLat));  // radius of curvature in the prime vertical
@@ -57,14 +60,17 @@ void GeodToCartAB(double lat, double lon, double h, double a, double b, double& 
 
 namespace {
 
-constexpr double kOnAxis = 0.0001;  // m: nearer to the axis or the equator's plane, Newton's method has no footing
+// m. Newton's method divides by the cosine and by the sine of the latitude: closer than this to the axis or to the
+// plane of the equator one of them is lost in rounding.
+constexpr double kOnAxis = 0.0001;
 
 struct S_LatHeight {
   double lat;
   double h;
 };
 
-// The latitude is the zero of F = p/cos - Z/sin - a e^2 w, with w = 1/sqrt(1 - e^2 sin^2).
+// The latitude is the zero of F = p/cos - Z/sin - a e^2 w, with w = 1/sqrt(1 - e^2 sin^2). After the last round the
+// latitude is new, but w is still that of the round: the height's error is of second order.
 S_LatHeight NewtonLatHeight(double p, double z, double a, double e2) {
   constexpr int kRounds = 3;
   double lat = std::atan(z / ((1 - e2) * p));
@@ -83,6 +89,7 @@ S_LatHeight NewtonLatHeight(double p, double z, double a, double e2) {
   return {lat, c >= 0.707 ? p / c - a * w : z / s - a * (1 - e2) * w};
 }
 
+// From the distances to the axis and to the plane of the equator; the center of the Earth counts as the north pole.
 S_LatHeight LatHeightFromProfile(double p, double z, double a, double e2) {
   if (p < kOnAxis) return {z < 0 ? -kPi / 2 : kPi / 2, std::fabs(z) - a * std::sqrt(1 - e2)};
   if (std::fabs(z) < kOnAxis) return {0.0, p - a};
@@ -101,7 +108,7 @@ void CartToGeodIter(double x, double y, double z, double a, double f, double& la
   if (std::fabs(x) >= kOnAxis)
     lon = NotNegative(std::atan2(y, x));
   else
-    lon = y < 0 ? 3 * kPi / 2 : kPi / 2;
+    lon = y < 0 ? 3 * kPi / 2 : kPi / 2;  // what a division by X would have given, for the poles too
 }
 
 namespace {
@@ -110,9 +117,10 @@ struct S_SinCosLat {
   double lat, s, c;
 };
 
-// Where Olson's method starts, for a point at `w` from the axis and `absZ` from the equator's plane, `w2` and `z2`
-// their squares: a series for the sine of the latitude, or near the poles for its cosine.
+// The start of Olson's method for a point `w` from the axis and `absZ` from the plane of the equator, `w2` and `z2`
+// being their squares: a series for the sine of the latitude, or for its cosine near the poles.
 S_SinCosLat SeriesLatitude(double w, double w2, double absZ, double z2, double a, double e2) {
+  // The coefficients of the paper, under its names.
   const double a1 = a * e2;
   const double a2 = a1 * a1;
   const double a3 = a1 * e2 / 2;
@@ -124,6 +132,7 @@ S_SinCosLat SeriesLatitude(double w, double w2, double absZ, double z2, double a
   const double c2 = w2 / r2;
   const double u = a2 / r;
   const double v = a3 - a4 / r;
+  // Whichever of sine and cosine is small has the smaller absolute error, and the angle comes from it.
   if (c2 > 0.3) {
     const double s = absZ / r * (1 + c2 * (a1 + u + s2 * v) / r);
     return {std::asin(s), s, std::sqrt(1 - s * s)};
@@ -138,10 +147,11 @@ void CartToGeodOlson(double x, double y, double z, double a, double f, double& l
   const double e2 = 2 * f - f * f;
   const double w2 = x * x + y * y;
   const double w = std::sqrt(w2);
-  const double absZ = std::fabs(z);
+  const double absZ = std::fabs(z);  // the southern hemisphere mirrors the northern one
   const auto [phi, s, c] = SeriesLatitude(w, w2, absZ, z * z, a, e2);
 
-  // One Newton step from the ellipsoid's point at that latitude: (u, v) is what is left to go.
+  // One Newton step from the point of the ellipsoid at that latitude: (u, v) is the way from there, which is split into
+  // the part along the normal, the height, and the part `m` along the meridian, which corrects the latitude.
   const double g = 1 - e2 * (s * s);
   const double rg = a / std::sqrt(g);
   const double rf = (1 - e2) * rg;
@@ -160,9 +170,11 @@ void CartToGeodOlson(double x, double y, double z, double a, double f, double& l
 
 namespace {
 
-constexpr double kSamePoint = 1e-9;       // m
+constexpr double kSamePoint = 1e-9;       // m; what rounding leaves of coordinates on Earth
 constexpr double kNoDirection = 0.00001;  // m: below it an angle would be rounding noise
 
+// By the arc cosine, not by atan2: due north is then exactly 0, and rounding cannot give 2 pi. NaN gives 0, as the
+// first comparison is false for it.
 double AzimuthOf(double north, double east) {
   const double horizontal = std::sqrt(north * north + east * east);
   if (!(horizontal > kNoDirection)) return 0.0;
@@ -218,8 +230,8 @@ constexpr double kLongitudeDone = 5e-14;  // rad, change of the longitude differ
 constexpr double kNoAzimuth = 1e-7;       // m
 constexpr int kMaxRounds = 1000;          // a converging case takes fewer than 40
 
-// One round of Vincenty's iteration for the difference of longitude on the auxiliary sphere. The names are those of the
-// NGS routine: U is a reduced latitude, sigma the arc between the points, alpha the geodesic's azimuth at the equator.
+// Vincenty's iteration for the difference of longitude on the auxiliary sphere. The names are those of the NGS routine:
+// U is a reduced latitude, sigma the arc between the points, alpha the azimuth of the geodesic at the equator.
 class C_VincentyInverse {
  public:
   C_VincentyInverse(double lat1, double lon1, double lat2, double lon2, double f)
@@ -235,7 +247,8 @@ class C_VincentyInverse {
     m_sinSin = m_cosSin * tanU1;
   }
 
-  // False when the iteration does not settle.
+  // False when the iteration does not converge. A NaN ends it at once: the comparison is written so that it counts as
+  // settled, and the NaN shows in the results.
   bool Iterate() {
     for (int round = 0; round < kMaxRounds; ++round) {
       const double previous = m_x;
@@ -245,9 +258,11 @@ class C_VincentyInverse {
     return false;
   }
 
+  // Of the last round. Both can be negative, the caller brings them into a full circle.
   double ForwardAzimuth() const { return std::atan2(m_t1, m_t2); }
   double BackAzimuth() const { return std::atan2(m_cosU1 * m_sinX, m_cosSin * m_cosX - m_sinU1 * m_cosU2) + kPi; }
 
+  // The series of Vincenty with his later coefficients, which converge faster: c is his A, d the negative of his B.
   double Distance(double a) const {
     const double r = 1 - m_f;
     double x = std::sqrt((1 / (r * r) - 1) * m_cos2Alpha + 1) + 1;
@@ -273,6 +288,7 @@ class C_VincentyInverse {
     const double sinAlpha = m_cosCos * m_sinX / m_sinSigma;
     m_cos2Alpha = 1 - sinAlpha * sinAlpha;
     m_cosMid = 2 * m_sinSin;
+    // On the equator cos2Alpha is 0, or by rounding less: a geodesic along it has no middle latitude.
     if (m_cos2Alpha > 0) m_cosMid = m_cosSigma - m_cosMid / m_cos2Alpha;
     m_e = 2 * (m_cosMid * m_cosMid) - 1;
     const double c = ((-3 * m_cos2Alpha + 4) * m_f + 4) * m_cos2Alpha * m_f / 16;
@@ -317,6 +333,7 @@ void RadToDms(double angle, short& degrees, short& minutes, double& seconds) {
   degrees = minutes = 0;
   seconds = NAN;
   if (!std::isfinite(angle)) return;
+  // The largest doubles overflow when they become degrees; infinity minus infinity would then be NaN seconds.
   const double value = std::min(std::fabs(angle) * kDegreesPerRadian, std::numeric_limits<double>::max());
   const double wholeDegrees = std::trunc(value);
   const double inMinutes = (value - wholeDegrees) * 60;
@@ -334,6 +351,7 @@ double DmsToRad(short degrees, short minutes, double seconds) {
 }
 
 double PointDistance(const C_Vector3& p, const C_Vector3& q, bool horizontal) {
+  // Signs do not matter to a length, so that the difference may be taken either way.
   const C_Vector3 difference = p - q;
   if (!horizontal) return difference.Norm();
   double lat, lon, h;
@@ -352,6 +370,7 @@ void CovLocalToEcef(double lat, double lon, [[maybe_unused]] double h, const dou
 // ---- satellite geometry --------------------------------------------------------------------------------------------
 
 void OrbitFrame(const C_Vector3& a, const C_Vector3& b, C_Vector3& e1, C_Vector3& e2, C_Vector3& e3) {
+  // The arguments are read before the first result is written, because the results may be the arguments.
   const double length = b.Norm();
   const C_Vector3 normal = a.Cross(b).UnitVec();
   e1.Set(b.X() / length, b.Y() / length, b.Z() / length);

@@ -9,9 +9,9 @@ namespace {
 using ALGO::kSecondsPerDay;
 using ALGO::kSecondsPerWeek;
 
-constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
-constexpr unsigned int kMjdOf1901 = 15385;      // 1 January 1901, start of the first four-year cycle
-constexpr unsigned int kDaysPerCycle = 4 * 365 + 1;
+constexpr unsigned int kMjdOfGpsEpoch = 44244;       // 6 January 1980
+constexpr unsigned int kMjdOf1901 = 15385;           // 1 January 1901, start of the first four-year cycle
+constexpr unsigned int kDaysPerCycle = 4 * 365 + 1;  // right as long as every fourth year is a leap year, to 2100
 
 // Days before the first of a month, by month - 1; the thirteenth entry is the length of the year.
 constexpr unsigned short kDaysBefore[2][13] = {
@@ -58,7 +58,7 @@ unsigned int DaysIntoWeek(unsigned int daysSinceEpoch, unsigned short& week) {
 }
 
 // Seconds into [0, 604800). The carry is a signed 16-bit number, so no more than 32767 weeks move forward.
-void Normalise(unsigned short& week, double& sec) {
+void Normalize(unsigned short& week, double& sec) {
   velagnss::geo::BorrowWeeks(week, sec);
   const auto weeks = static_cast<short>(velagnss::geo::WholePart16(sec / kSecondsPerWeek));
   if (weeks == 0) return;
@@ -95,7 +95,7 @@ C_GnssTime::C_GnssTime() : m_system(ALGO::GNSS_GPS), m_week(0), m_secOfWeek(0.0)
 
 C_GnssTime::C_GnssTime(unsigned short week, double sec, ALGO::eGNSSSystem system)
     : m_system(system), m_week(week), m_secOfWeek(sec) {
-  Normalise(m_week, m_secOfWeek);
+  Normalize(m_week, m_secOfWeek);
 }
 
 void C_GnssTime::Set(unsigned short week, double sec, ALGO::eGNSSSystem system) {
@@ -147,7 +147,7 @@ double C_GnssTime::operator-(const C_GnssTime& other) const {
   return seconds + (m_week - other.m_week) * kSecondsPerWeek;
 }
 
-// The constructor normalises.
+// The constructor normalizes.
 C_GnssTime C_GnssTime::operator-(double sec) const { return C_GnssTime(m_week, m_secOfWeek - sec, m_system); }
 C_GnssTime C_GnssTime::operator+(double sec) const { return C_GnssTime(m_week, m_secOfWeek + sec, m_system); }
 
@@ -160,6 +160,7 @@ bool C_GnssTime::operator>=(const C_GnssTime& other) const { return *this - othe
 
 void C_GnssTime::YdhmsToGps(unsigned short year, unsigned short doy, unsigned char hour, unsigned char minute,
                             double sec, unsigned short& week, double& secOfWeek) {
+  // Unsigned, so that a date before the epoch wraps to a meaningless week, as documented, instead of being undefined.
   constexpr unsigned int kDaysToEpoch = kMjdOfGpsEpoch - kMjdOf1901 + 1;
   const unsigned int day = DaysIntoWeek(DaysSince1901(year, doy) - kDaysToEpoch, week);
   secOfWeek = (FractionOfDay(hour, minute, sec) + day) * kSecondsPerDay;
@@ -194,7 +195,7 @@ void C_GnssTime::MjdToGPS(unsigned int mjd, double fracOfDay, unsigned short& we
 
 void C_GnssTime::GpsToOthers(unsigned short week, double secOfWeek, S_GregorianTime& gregorian, unsigned short& doy,
                              unsigned int& mjd, double& fracOfDay) {
-  Normalise(week, secOfWeek);
+  Normalize(week, secOfWeek);
   // The day by the sum and the fraction by the remainder: for seconds a hair below midnight the two can be a day apart.
   mjd = WholePart32(week * 7 + static_cast<int>(kMjdOfGpsEpoch) + secOfWeek / kSecondsPerDay);
   fracOfDay = std::fmod(secOfWeek, kSecondsPerDay) / kSecondsPerDay;

@@ -38,7 +38,7 @@ struct S_GregorianTime {
 //   C_GnssTime time(2300, 345600.0, ALGO::GNSS_GPS);
 //   const double elapsed = time - C_GnssTime(2299, 604790.0, ALGO::GNSS_GPS);  // 345610.0 s
 //
-// "Normalised" below means: seconds in [0, 604800), with whole weeks carried into the week number, which silently wraps
+// "Normalized" below means: seconds in [0, 604800), with whole weeks carried into the week number, which silently wraps
 // modulo 65536 in both directions. At most 32767 weeks are carried forward; beyond that the number of weeks wraps to 16
 // bits and the rest stays in the seconds. NaN and infinite seconds are left unchanged.
 class VELAGNSS_API C_GnssTime {
@@ -46,18 +46,18 @@ class VELAGNSS_API C_GnssTime {
   // System 0 (GPS), week 0, 0.0 s.
   C_GnssTime();
 
-  // The three values, normalised: (100, -1.0) is week 99, 604799.0 s.
+  // The three values, normalized: (100, -1.0) is week 99, 604799.0 s.
   C_GnssTime(unsigned short week, double sec, ALGO::eGNSSSystem system);
 
-  // Memberwise, not normalised.
+  // Memberwise, not normalized.
   C_GnssTime(const C_GnssTime&) = default;
   C_GnssTime& operator=(const C_GnssTime&) = default;
 
-  // The three values as given, not normalised. `Set(100, 0, system)` with two integer literals is ambiguous between
+  // The three values as given, not normalized. `Set(100, 0, system)` with two integer literals is ambiguous between
   // this overload and the one for a day of year with fraction: write `Set(100, 0.0, system)`.
   void Set(unsigned short week, double sec, ALGO::eGNSSSystem system);
 
-  // Day of week (0 is Sunday) and seconds of that day, not normalised: dow * 86400 + secOfDay.
+  // Day of week (0 is Sunday) and seconds of that day, not normalized: dow * 86400 + secOfDay.
   void Set(unsigned short week, unsigned char dow, double secOfDay, ALGO::eGNSSSystem system);
 
   // Modified Julian Date and fraction of the day, as for `MjdToGPS`. The system is set in every case.
@@ -84,7 +84,7 @@ class VELAGNSS_API C_GnssTime {
   // This time minus the other one, in seconds. The systems are ignored.
   double operator-(const C_GnssTime& other) const;
 
-  // The time `sec` seconds earlier or later, normalised, with the same system.
+  // The time `sec` seconds earlier or later, normalized, with the same system.
   C_GnssTime operator-(double sec) const;
   C_GnssTime operator+(double sec) const;
 
@@ -96,7 +96,7 @@ class VELAGNSS_API C_GnssTime {
   bool operator>(const C_GnssTime& other) const;
   bool operator>=(const C_GnssTime& other) const;
 
-  // Week and seconds of week of a year, day of year (1 is 1 January) and time of day. `secOfWeek` is not normalised
+  // Week and seconds of week of a year, day of year (1 is 1 January) and time of day. `secOfWeek` is not normalized
   // beyond the day count. A date before 6 January 1980 gives a meaningless week, as unsigned arithmetic wraps.
   static void YdhmsToGps(unsigned short year, unsigned short doy, unsigned char hour, unsigned char minute, double sec,
                          unsigned short& week, double& secOfWeek);
@@ -117,7 +117,7 @@ class VELAGNSS_API C_GnssTime {
   // 44244 or a fraction outside [0, 1).
   static void MjdToGPS(unsigned int mjd, double fracOfDay, unsigned short& week, double& secOfWeek);
 
-  // All calendar forms of a time, which is normalised first: Gregorian date and time of day, day of year, Modified
+  // All calendar forms of a time, which is normalized first: Gregorian date and time of day, day of year, Modified
   // Julian Date and fraction of the day. For NaN or infinite seconds the results are meaningless.
   static void GpsToOthers(unsigned short week, double secOfWeek, S_GregorianTime& gregorian, unsigned short& doy,
                           unsigned int& mjd, double& fracOfDay);

@@ -13,10 +13,12 @@ using velagnss::geo::EcefToLocalRotation;
 using velagnss::geo::kPi;
 using velagnss::geo::RotateCovariance;
 
-constexpr double kShortestHorizontal = 1000.0;  // m
+// m. No latitude and longitude in radians reaches it, and of positions on Earth only those close to the poles do not.
+constexpr double kShortestHorizontal = 1000.0;
 
 C_Vector3 NotSetVector() { return C_Vector3(NA_DOUBLE, NA_DOUBLE, NA_DOUBLE); }
 
+// A marker stays a marker: cast to float, that of double is another number.
 float ToFloat(double value) { return IsNotAvailable(value) ? NA_FLOAT : static_cast<float>(value); }
 
 }  // namespace
@@ -59,6 +61,7 @@ void C_PointCoordinate::Set(eCoordType type, const double& c0, const double& c1,
   Set(type, C_Vector3(c0, c1, c2));
 }
 
+// Unlike the assignment, which copies the flag as well.
 void C_PointCoordinate::Copy(const C_PointCoordinate& other) {
   const bool trigValid = m_trigValid;
   *this = other;
@@ -67,6 +70,7 @@ void C_PointCoordinate::Copy(const C_PointCoordinate& other) {
 
 bool C_PointCoordinate::PossibleCartesian(const C_Vector3& triple) { return !(triple.Norm2() < kShortestHorizontal); }
 
+// The Cartesian form decides when both are valid: the geodetic one is computed again, and its last bits may change.
 void C_PointCoordinate::ConvertToAllInternal() {
   double c0, c1, c2;
   if (m_cartValid) {
@@ -88,7 +92,7 @@ void C_PointCoordinate::Set_CosSin_LatLon() {
     m_trigValid = false;
     return;
   }
-  if (m_trigValid) return;
+  if (m_trigValid) return;  // these four calls are what the cache saves
   m_cosLat = std::cos(m_geod.X());
   m_sinLat = std::sin(m_geod.X());
   m_cosLon = std::cos(m_geod.Y());
@@ -96,7 +100,7 @@ void C_PointCoordinate::Set_CosSin_LatLon() {
   m_trigValid = true;
 }
 
-// Both forms and the cache; false when there are no coordinates to make them from.
+// Makes both forms and the cache valid; false when there are no coordinates to compute them from.
 bool C_PointCoordinate::MakeCurrent() {
   if (!m_cartValid || !m_geodValid) ConvertToAllInternal();
   Set_CosSin_LatLon();
@@ -121,12 +125,14 @@ void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAz
   }
   const C_Vector3 d = target - m_cart;
   if (los != nullptr) *los = d;
+  // The up component of the unit vector. Rounding takes it above 1 for many targets at the zenith, and
+  // their elevation would be NaN.
   const double sinElev = (m_cosLat * (m_cosLon * d.X() + m_sinLon * d.Y()) + m_sinLat * d.Z()) / d.Norm();
   elev = kPi / 2 - std::acos(sinElev > 1.0 ? 1.0 : sinElev);
   if (!wantAzimuth) return;
   const double e = -m_sinLon * d.X() + m_cosLon * d.Y();
   const double n = (-d.X() * m_cosLon - d.Y() * m_sinLon) * m_sinLat + d.Z() * m_cosLat;
-  azim = std::atan2(e, n);
+  azim = std::atan2(e, n);  // (-pi, pi]
   if (azim < 0) azim += 2 * kPi;
 }
 
@@ -146,6 +152,7 @@ C_Vector3 C_PointCoordinate::RangeLocal(const C_Vector3& target) {
 
 C_Vector3 C_PointCoordinate::Cart2GeodSigma(const C_Vector3& cartVar) {
   if (!MakeCurrent()) return NotSetVector();
+  // Only the diagonal is known: the correlations are taken to be 0.
   C_Matrix covariance(3, 3);
   covariance(0, 0) = cartVar.X();
   covariance(1, 1) = cartVar.Y();

@@ -1,6 +1,6 @@
 // Whole weeks carried between a week number and the seconds of week that belong to it.
 //
-// Internal. `C_GnssTime` and the week resolution of the decoders normalise times by the same rule, except for how many
+// Internal. `C_GnssTime` and the week resolution of the decoders normalize times by the same rule, except for how many
 // weeks they carry forward.
 #ifndef VELAGNSS_GEO_WEEK_CARRY_H
 #define VELAGNSS_GEO_WEEK_CARRY_H
