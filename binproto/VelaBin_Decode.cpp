@@ -2,10 +2,8 @@
 // received.
 #include "binproto/VelaBin_Decode.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 
 #include "binproto/DecoderState.h"
 #include "binproto/MessageContents.h"
