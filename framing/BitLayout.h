@@ -57,7 +57,7 @@ consteval bool Tiles(const S_BitField<Record> (&layout)[N], unsigned int first, 
 
 // The number that the low `count` bits of `bits` stand for; 1 to 53 bits, those above are 0. "Minus 0" is 0.
 constexpr long long NumberOf(unsigned long long bits, unsigned int count, eBits kind) {
-  const unsigned long long sign = 1ULL << (count - 1);
+  const unsigned long long sign = (1ULL << count) >> 1;
   const bool isNegative = kind != eBits::eUnsigned && (bits & sign) != 0;
   if (!isNegative) return static_cast<long long>(bits);
   const auto rest = static_cast<long long>(bits ^ sign);

@@ -64,7 +64,6 @@ C_Network::C_Network(C_Network&& other) noexcept : C_Network(0, 0) { *this = std
 
 // Counts and arrays leave together: counts that stayed behind would lead into arrays that are gone.
 C_Network& C_Network::operator=(C_Network&& other) noexcept {
-  if (this == &other) return *this;
   m_maxNodes = std::exchange(other.m_maxNodes, 0);
   m_maxLinks = std::exchange(other.m_maxLinks, 0);
   m_numNodes = std::exchange(other.m_numNodes, 0);

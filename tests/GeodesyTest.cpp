@@ -147,6 +147,19 @@ TEST(Geodesy, EarthsCentre) {
   EXPECT_EQ(lon, 0);
 }
 
+TEST(Geodesy, HugeHeights) {
+  for (const double h : {1e9, 1e12, 1e15}) {
+    double x, y, z, lat, lon, height;
+    GeodToCartAF(0.7, -2, h, kWgs84A, kWgs84F, x, y, z);
+    for (const auto convert : {CartToGeodOlson, CartToGeodIter}) {
+      convert(x, y, z, kWgs84A, kWgs84F, lat, lon, height);
+      EXPECT_NEAR(lat, 0.7, 1e-14);
+      EXPECT_LT(AngleBetween(lon, -2), 1e-15);
+      EXPECT_NEAR(height, h, 1e-15 * h);
+    }
+  }
+}
+
 // ---- arguments that are not finite ---------------------------------------------------------------------------------
 
 struct S_NonFiniteCase {
