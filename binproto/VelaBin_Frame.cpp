@@ -66,6 +66,7 @@ unsigned int C_VelaBin_Decode::Decode_Bin_Trailer(const unsigned char* frame, co
   return eResultOk;
 }
 
+// The order of the checks is part of the interface: of several faults the first one here is reported.
 unsigned int C_VelaBin_Decode::ValidateFrame(const unsigned char* frame, unsigned short length,
                                              unsigned short& msgNumber, unsigned short& frameLength,
                                              unsigned short& position) {
@@ -81,8 +82,8 @@ unsigned int C_VelaBin_Decode::ValidateFrame(const unsigned char* frame, unsigne
   if (result != eResultOk) return result;
   msgNumber = header.BlockId;
   frameLength = static_cast<unsigned short>(header.DataLength + kMinFrameLength);
-  if (msgNumber > kMaxMessageNumber) return eResultUnknownMessage;
-  if (frameLength < kMinFrameLength) return eResultBadSync;  // the sum has wrapped in its 16 bits
+  if (msgNumber > kMaxMessageNumber) return eResultUnknownMessage;  // before the length, which then means nothing
+  if (frameLength < kMinFrameLength) return eResultBadSync;         // the sum has wrapped in its 16 bits
   if (length < frameLength) return eResultTooShort;
   if (frameLength > kMaxFrameLength) return eResultTooLong;
 

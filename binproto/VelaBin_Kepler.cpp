@@ -146,6 +146,7 @@ unsigned int C_VelaBin_Decode::Decode_Bin25(unsigned char* frame, const unsigned
 
 unsigned int C_VelaBin_Decode::Decode_Bin95(unsigned char* frame, const unsigned short& length, S_IFKeplerEphRec& out,
                                             bool qzss) {
+  // One layout, but each system keeps its own last message.
   S_BinMsg95& stored = qzss ? m_state->stored.bin25 : m_state->stored.bin95;
   const unsigned int result = ReadMessage(frame, length, qzss ? eBin25 : eBin95, stored);
   return Remember(result == eResultOk ? Bin95ToIFEphRec(stored, out, qzss) : result);
@@ -189,6 +190,8 @@ unsigned int C_VelaBin_Decode::Bin45ToIFEphRec(const S_BinMsg95& message, S_IFKe
 }
 
 unsigned int C_VelaBin_Decode::KepEph_ResolveWeeksAndEOW(S_IFKeplerEphRec& record) const {
+  // On the broadcast scale first: for GPS and QZSS the week before week 0 is week 65535, which completes to the
+  // right week as well, because 65536 is a multiple of 1024.
   record.ToeWeek = WeekOf(record.Toe, record.TxTime, record.TxWeek);
   record.TocWeek = WeekOf(record.Toc, record.TxTime, record.TxWeek);
   const auto system = static_cast<ALGO::eGNSSSystem>(record.TimeSystem);

@@ -170,6 +170,7 @@ unsigned int C_VelaBin_Decode::DecodeGloStringBits(const S_GLONavString& string,
   return static_cast<unsigned int>(bits & ((1ULL << count) - 1));
 }
 
+// Strings are numbered from 1, as in the interface document.
 unsigned int C_VelaBin_Decode::GloNavStrBitsToU32(const S_GLONavString* strings, unsigned char stringNo,
                                                   unsigned char firstBit, unsigned char count) {
   if (strings == nullptr || stringNo < 1 || stringNo > 5) return 0;
@@ -219,8 +220,9 @@ bool C_VelaBin_Decode::Bin65ToIFPvaEphRec(const S_BinMsg65& message, S_IFPvaEphR
   ApplyLayout(kString3, C_StringReader(message.Strings[2]), out);
   ApplyLayout(kString4, C_StringReader(message.Strings[3]), out);
   ApplyLayout(kString5, C_StringReader(message.Strings[4]), out);
-  out.Valid = 1;
+  out.Valid = 1;  // the strings have been read; whether the satellite is healthy is another question
 
+  // The record's times so far are indices and a time of day: now the date is known, they become times of a week.
   const double tb = out.Tb * kTbSeconds;
   C_GnssTime reference;
   ResolveGstTb(out.N4, out.Nt, tb, reference);
@@ -246,6 +248,7 @@ bool C_VelaBin_Decode::Bin93ToIFPvaEphRec(const S_BinMsg93& message, S_IFPvaEphR
   out.Health = out.Bn = 0;
   out.Tb = out.Iod = message.Value8;
   out.Ft = message.Value10;
+  // The integers are scaled directly: each is exact as a double, so that the product alone rounds.
   for (const S_ScaledRow& row : kSbasFields) out.*row.target = message.*row.sent * row.lsb;
   out.TauN = message.AGf0 * 0x1p-31;
   out.GammaN = message.AGf1 * 0x1p-40;

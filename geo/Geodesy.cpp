@@ -50,6 +50,7 @@ void GeodToCartAF(double lat, double lon, double h, double a, double f, double& 
 void GeodToCartAB(double lat, double lon, double h, double a, double b, double& x, double& y, double& z) {
   const double a2 = a * a;
   const double b2 = b * b;
+  // No eccentricity: it would have to be made from a and b with a loss of digits.
   const double cosLat = std::cos(lat);
   const double sinLat = std::sin(lat);
   const double n = std::sqrt(a2 * (cosLat * cosLat) + b2 * (sinLat * sinLat));  // a^2 over the radius of curvature
@@ -188,6 +189,7 @@ double AzimuthOf(double north, double east) {
 
 S_LookAngles GeodLookAngles(double lat1, double lon1, double h1, double lat2, double lon2, double h2, double a,
                             double f) {
+  // By the difference of the ECEF positions, which loses nothing that the positions have.
   double x1, y1, z1, x2, y2, z2;
   GeodToCartAF(lat1, lon1, h1, a, f, x1, y1, z1);
   GeodToCartAF(lat2, lon2, h2, a, f, x2, y2, z2);
@@ -317,7 +319,7 @@ void GeodesicInverse(double lat1, double lon1, double lat2, double lon2, double 
   distance = 0.0;
   if (std::fabs(lat1 - lat2) < kSameAngle && std::fabs(lon1 - lon2) < kSameAngle) return;
   C_VincentyInverse inverse(lat1, lon1, lat2, lon2, f);
-  if (!inverse.Iterate()) {
+  if (!inverse.Iterate()) {  // near the antipode, where the geodesic is not even unique
     forwardAzimuth = backAzimuth = distance = NA_DOUBLE;
     return;
   }
@@ -400,6 +402,7 @@ C_Vector3 NegUnit(const C_Vector3& a) {
 void SatBodyAxes(const C_Vector3& r, const C_Vector3& s, C_Vector3& x, C_Vector3& y, C_Vector3& z) {
   const C_Vector3 toSun = UnitToFrom(r, s);
   z = NegUnit(r);
+  // The product of unit vectors is short when the angle between them is small: it needs its own scaling.
   y = z.Cross(toSun).UnitVec();
   x = y.Cross(z).UnitVec();
 }

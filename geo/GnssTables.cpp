@@ -24,7 +24,7 @@ struct S_FitRow {
   unsigned short lastIodc;
   float hours;
 };
-constexpr float kNormalFit = 4;  // h
+constexpr float kNormalFit = 4;  // h; also for issues that the table does not list
 // clang-format off
 constexpr S_FitRow kFitIntervals[] = {
     {   0,  239,  6},
@@ -86,6 +86,7 @@ float ALGO::FitIntervalFromIodc(unsigned char flag, unsigned short iodc) {
 }
 
 int ALGO::SisaMetresToIndex(double meters) {
+  // Each band rounds on its own scale, from its own start, as the document defines them. NaN is in no band.
   if (meters < 0) return -1;
   for (const S_SisaBand& band : kSisaBands)
     if (meters <= band.upperBound)

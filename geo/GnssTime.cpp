@@ -68,6 +68,7 @@ void Normalize(unsigned short& week, double& sec) {
 
 // Hour and minute are truncated and the seconds get the rest, so that rounding can leave 59.999... or 60.0 seconds.
 void SplitTimeOfDay(double fracOfDay, S_GregorianTime& time) {
+  // Each part from the whole fraction, not from the rest of the part before.
   time.hour = static_cast<unsigned char>(WholePart32(fracOfDay * 24));
   time.minute = static_cast<unsigned char>(WholePart32(fracOfDay * 1440 - time.hour * 60));
   time.seconds = kSecondsPerDay * fracOfDay - time.hour * 3600 - 60 * time.minute;
@@ -136,6 +137,7 @@ unsigned short C_GnssTime::GetDoy() const { return GetDoy(m_week, m_secOfWeek); 
 bool C_GnssTime::Equals(const C_GnssTime& other, double tolerance) const {
   if (m_system != other.m_system) return false;
   const double difference = *this - other;
+  // NaN on either side makes every comparison false.
   if (tolerance < 0) return difference == 0.0;
   return std::fabs(difference) <= tolerance;
 }
@@ -204,6 +206,7 @@ void C_GnssTime::GpsToOthers(unsigned short week, double secOfWeek, S_GregorianT
   SplitDayOfYear(doy, gregorian);
 }
 
+// Through all calendar forms: the day of year follows from the year.
 unsigned short C_GnssTime::GetDoy(unsigned short week, double secOfWeek) {
   S_GregorianTime gregorian;
   unsigned short doy;

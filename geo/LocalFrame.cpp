@@ -19,6 +19,7 @@ C_Matrix FromRows(const double (&rows)[3][3]) {
 // The product of the three factors, written out. Every element is a product of at most two of their elements, so that
 // multiplying the matrices would give the same bits, only slower.
 C_Matrix EcefToLocalRotation(double lat, double lon) {
+  // Not sin(lat) for c2 and so on, although that is the same angle: the last bits would differ.
   const double c2 = std::cos(lat - kPi / 2);
   const double s2 = std::sin(lat - kPi / 2);
   const double c3 = std::cos(lon - kPi);

@@ -167,6 +167,7 @@ void C_Matrix::SetSize(unsigned int rows, unsigned int cols) {
 }
 
 // Makes room for a result: false when the capacity is too small.
+// The elements keep their places in the block and so mean nothing until they are written.
 bool C_Matrix::FitSize(unsigned int rows, unsigned int cols) {
   if (rows > m_maxRows || cols > m_maxCols) return false;
   if (rows != m_rows || cols != m_cols) SetSize(rows, cols);
@@ -201,6 +202,7 @@ void C_Matrix::SetIdentity() {
   for (unsigned int i = 0; i < m_rows; ++i) m_rowTable[i][i] = 1.0;
 }
 
+// Turns the left-handed local frame (north, east, up) into a right-handed one and back.
 void C_Matrix::SetReflectedIdentity() {
   if (!FitSize(3, 3)) return;
   SetIdentity();
@@ -266,6 +268,7 @@ void C_Matrix::Transpose(const C_Matrix& a, C_Matrix& c) {
 unsigned int C_Matrix::Invert() {
   if (m_data == nullptr || m_rows != m_cols) return 0;
   if (m_pivot == nullptr) return QuickInvMat(m_data, m_rows, kSmallestPivot);
+  // The work space has the capacity of the matrix, so that any current size fits.
   m_workMatrix->SetSize(m_rows, m_cols);
   DecomposeWithPivots();
   SolveForIdentity();
@@ -338,6 +341,7 @@ void C_Matrix::ChoosePivot(unsigned int k, const double* scale) {
 void C_Matrix::SolveForIdentity() {
   const unsigned int n = m_rows;
   const auto rightSide = [&](unsigned int i) { return m_luWork.get() + std::size_t{m_pivot[i]} * n; };
+  // Filled anew each time: the inversion before has left its results there.
   std::fill_n(m_luWork.get(), std::size_t{n} * n, 0.0);
   for (unsigned int i = 0; i < n; ++i) m_luWork[std::size_t{i} * n + i] = 1.0;
   for (unsigned int k = 0; k < n; ++k)

@@ -54,6 +54,7 @@ bool IsTooSmall(std::string_view number, char exponentMark, int step) {
 bool ParseNumber(std::string_view text, double& value) {
   const bool negative = text.front() == '-';
   if (negative || text.front() == '+') text.remove_prefix(1);
+  // The prefix that std::from_chars does not take.
   const bool hexadecimal = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
   if (hexadecimal) text.remove_prefix(2);
   if (text.empty() || text.front() == '-') return false;  // std::from_chars would take a second sign
@@ -114,6 +115,7 @@ bool C_Matrix::Dump(const char* fileName, const char* heading, bool append) cons
   if (fileName == nullptr || heading == nullptr) return false;
   std::FILE* const file = std::fopen(fileName, append ? "a" : "w");
   if (file == nullptr) return false;
+  // As text, never as a format: a heading may hold a percent sign.
   bool written = std::fputs(heading, file) >= 0;
   std::string line;
   for (unsigned int i = 0; i < m_rows && written; ++i) {

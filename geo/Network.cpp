@@ -81,6 +81,8 @@ C_Network& C_Network::operator=(C_Network&& other) noexcept {
   return *this;
 }
 
+// The marks of the queue and the cheapest links need no clearing: each tree sets the former anew and leaves the latter
+// clear.
 void C_Network::Reset() {
   m_numNodes = m_numLinks = 0;
   m_errorCode = 0;
@@ -133,6 +135,7 @@ bool C_Network::AddLink(unsigned short linkId, unsigned short nodeA, unsigned sh
   m_errorCode = 0;
   if (nodeA == nodeB || nodeA == kNone || nodeB == kNone) return Fail(eInvalidLinkNodeId);
   if (weight <= 0) return Fail(eInvalidWeight);
+  // Both nodes count as mentioned from here on, even if there is no room for the link.
   const unsigned int a = Mention(nodeA);
   if (a == kNone) return false;
   const unsigned int b = Mention(nodeB);
@@ -234,6 +237,7 @@ unsigned int C_Network::TakeNearest() {
     least = key;
   }
   const unsigned int taken = m_queued[nearest];
+  // Closes the gap and keeps the order, which decides between equals.
   std::copy(m_queued.begin() + nearest + 1, m_queued.begin() + m_numQueued, m_queued.begin() + nearest);
   m_queued[--m_numQueued] = kNone;
   m_isQueued[taken] = false;
@@ -263,7 +267,7 @@ void C_Network::Relax(unsigned int taken) {
 void C_Network::MarkTreeLink(unsigned int node) {
   const unsigned int parent = m_parent[node] >> 16;
   const unsigned int id = m_parent[node] & 0xFFFF;
-  if (parent == kNone) return;
+  if (parent == kNone) return;  // a root
   unsigned int end = m_nodes[node].firstEnd;
   while (m_ends[end].neighbor != parent || m_links[end / 2].id != id) end = m_ends[end].next;
   m_links[end / 2].inTree = true;

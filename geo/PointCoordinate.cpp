@@ -109,7 +109,7 @@ bool C_PointCoordinate::MakeCurrent() {
 
 void C_PointCoordinate::AddDeltaXYZ(C_Vector3 d) {
   if (!m_cartValid) ConvertToAllInternal();
-  if (!m_cartValid) return Reset();
+  if (!m_cartValid) return Reset();  // so that nothing of an earlier point is left
   m_cart += d;
   m_geodValid = m_trigValid = false;
 }
@@ -118,6 +118,7 @@ void C_PointCoordinate::AddDeltaXYZ(C_Vector3 d) {
 
 void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAzimuth, double& elev, double& azim,
                                             C_Vector3* los) {
+  // Nothing but the marker for a point that is nowhere; `los` stays, as there is no vector.
   if (!MakeCurrent()) {
     elev = NA_DOUBLE;
     if (wantAzimuth) azim = NA_DOUBLE;
@@ -138,6 +139,7 @@ void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAz
 
 void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAzimuth, float& elev, float& azim,
                                             C_Vector3* los) {
+  // Computed in double: in float the difference of two ECEF positions would be off by meters.
   double elevation;
   double azimuth = 0.0;
   ElevationAndAzimuth(target, wantAzimuth, elevation, azimuth, los);
