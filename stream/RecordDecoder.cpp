@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "binproto/MessageContents.h"
 #include "binproto/VelaBin_Decode.h"
 #include "framing/FrameRecognizer.h"
 #include "records/ResultCodes.h"
@@ -79,6 +80,7 @@ class RecordDecoder::Impl {
   }
   void KeepText(const Frame& frame) { Keep(Depth::Raw, RawText{TextOf(frame)}); }
   void KeepBinary(unsigned int blockId, const Frame& frame);
+  void KeepEphemeris(unsigned int blockId);
   void KeepRmc(const Frame& frame);
   template <auto Member>
   void KeepSentence(const Frame&) {
@@ -227,22 +229,21 @@ void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
 }
 
 void RecordDecoder::Impl::KeepBinary(unsigned int blockId, const Frame& frame) {
-  switch (blockId) {
-    case eBin25:
-    case eBin95:
-      m_decoded.week = m_weekSource;
-      return Keep(Depth::Full, m_binary.keplerEph);
-    case eBin65:  // carries its date itself
-      m_decoded.week = WeekSource::Stream;
-      return Keep(Depth::Full, m_binary.pvaEph);
-    case eBin93:
-      m_decoded.week = m_weekSource;
-      return Keep(Depth::Full, m_binary.pvaEph);
-    case eBin209:
+  switch (binproto::ContentsOf(blockId)) {
+    case binproto::eContents::eFull:
+      return KeepEphemeris(blockId);
+    case binproto::eContents::eFieldsBySize:
       return Keep(Depth::Partial, m_binary.bin209);
     default:
       return Keep(Depth::Raw, BodyOf(frame));
   }
+}
+
+void RecordDecoder::Impl::KeepEphemeris(unsigned int blockId) {
+  const bool carriesItsDate = blockId == eBin65;
+  m_decoded.week = carriesItsDate ? WeekSource::Stream : m_weekSource;
+  if (blockId == eBin65 || blockId == eBin93) return Keep(Depth::Full, m_binary.pvaEph);
+  Keep(Depth::Full, m_binary.keplerEph);
 }
 
 // Everything but the weeks has been read by then: GPS and QZSS have a code of their own for it, SBAS has that of a
