@@ -12,6 +12,7 @@
 
 namespace {
 
+using velagnss::textproto::C_PrintFormat;
 using t_Nmea = C_NMEA_EncodeDecode;
 using t_Type = C_RawDataMessage;
 

@@ -11,6 +11,8 @@
 #include <emmintrin.h>
 #endif
 
+namespace velagnss::textproto {
+
 // The asterisk separates too: the checksum digits are a sentence's last field.
 inline constexpr C_CharSet kSentenceDelimiters(",*");
 
@@ -42,5 +44,7 @@ inline std::uint64_t Of(const char* block) {
 }
 
 }  // namespace DelimiterMask
+
+}  // namespace velagnss::textproto
 
 #endif  // VELAGNSS_TEXTPROTO_DELIMITER_MASK_H

@@ -2,6 +2,9 @@
 
 #include <cstring>
 
+using velagnss::textproto::C_CharSet;
+using velagnss::textproto::C_FieldWalk;
+
 C_FieldTokenizer::C_FieldTokenizer(unsigned int capacity, unsigned char enabled)
     : mb_Enabled(enabled != 0), mu_Capacity(capacity), m_walk({}, m_delimiters) {
   if (capacity > 0) mpc_Text = std::make_unique<char[]>(capacity);

@@ -56,6 +56,10 @@ enum eNmeaRmcStatus : unsigned int {
   eNmeaRmcEmpty,         // an empty field
 };
 
+// The markers of two members whose range needs another marker than their type has.
+inline constexpr unsigned int kNoGgaQuality = 10;  // qualities are 0 to 9
+inline constexpr signed char kNoZoneHours = -64;   // zones are -13 to 13
+
 // GGA: position, fix and its quality.
 //
 //   $GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47
@@ -68,7 +72,7 @@ struct S_GGA_Data {
   double timeOfDay;                 // s of the UTC day
   double latitude;                  // degrees, north positive
   double longitude;                 // degrees, east positive
-  unsigned int quality;             // as sent, 0 (no fix) to 9; 10: empty
+  unsigned int quality;             // as sent, 0 (no fix) to 9; empty: kNoGgaQuality
   unsigned char satellites;         // in use
   double hdop;                      // horizontal dilution of precision
   double altitude;                  // m above mean sea level
@@ -111,7 +115,7 @@ struct S_ZDA_Data {
   unsigned char month;        // 1 to 12
   unsigned char day;          // 1 to 31
   double timeOfDay;           // s of the UTC day; 86400 and more in a leap second
-  signed char zoneHours;      // local zone, -13 to 13; -64: empty
+  signed char zoneHours;      // local zone, -13 to 13; empty: kNoZoneHours
   unsigned char zoneMinutes;  // of the local zone
 };
 

@@ -4,8 +4,10 @@
 #include "textproto/FieldParsers.h"
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/NumberText.h"
+#include "textproto/SentenceChecksum.h"
 #include "textproto/SentenceText.h"
 
+namespace velagnss::textproto {
 namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
@@ -79,6 +81,10 @@ unsigned int AppendAngle(C_SentenceText& sentence, const S_AngleStyle& style, co
   }
   return sentence.Append(field);
 }
+
+}  // namespace velagnss::textproto
+
+using namespace velagnss::textproto;
 
 unsigned int C_NMEA_EncodeDecode::MsgAdd_CHAR(char* msg, const char* format, char notAvailable, char value,
                                               bool leadingComma) {

@@ -105,7 +105,7 @@ C_RawDataMessage::eNMEA0183Messages C_NMEA_EncodeDecode::GetNmeaPreamble(const c
                                                                          char* talker) {
   if (sentence == nullptr || length < 6 || sentence[0] != '$') return C_RawDataMessage::eNmeaUnknown;
   if (talker != nullptr) std::memcpy(talker, sentence + 1, 2);
-  return SentenceIds::Find(sentence + 3);
+  return velagnss::textproto::SentenceIds::Find(sentence + 3);
 }
 
 char C_NMEA_EncodeDecode::GetModIndicatorChar(eNmeaModeIndicator mode) { return LetterOf(kModeLetters, mode, 'N'); }

@@ -9,6 +9,7 @@
 #include <limits>
 #include <system_error>
 
+namespace velagnss::textproto::NumberText {
 namespace {
 
 constexpr int kNoDigit = 99;
@@ -272,8 +273,6 @@ char* WriteNonFinite(char* out, double value) {
 
 }  // namespace
 
-namespace NumberText {
-
 std::size_t ScanU32(std::string_view text, unsigned int& value) { return ScanUnsigned<10>(text, value); }
 std::size_t ScanS32(std::string_view text, int& value) { return ScanSigned(text, value); }
 std::size_t ScanS64(std::string_view text, long long& value) { return ScanSigned(text, value); }
@@ -332,4 +331,4 @@ char* WriteInteger(char* out, long long value, unsigned int width) {
   return out + digits;
 }
 
-}  // namespace NumberText
+}  // namespace velagnss::textproto::NumberText

@@ -6,6 +6,7 @@
 
 #include "textproto/NumberText.h"
 
+namespace velagnss::textproto {
 namespace {
 
 void AddUnescaped(C_FieldText& out, std::string_view text) {
@@ -73,3 +74,5 @@ std::string_view C_PrintFormat::PrintByCLibrary(char (&number)[N], Value value, 
   out.SetTooLong();
   return {};
 }
+
+}  // namespace velagnss::textproto

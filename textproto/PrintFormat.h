@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <string_view>
 
+namespace velagnss::textproto {
+
 // The text of one field while it is composed. More than fits is remembered, not written.
 class C_FieldText {
  public:
@@ -132,5 +134,7 @@ constexpr bool C_PrintFormat::IsPlainText(std::string_view text) {
     if (text[at] == '%' && text.substr(at++, 2) != "%%") return false;
   return true;
 }
+
+}  // namespace velagnss::textproto
 
 #endif  // VELAGNSS_TEXTPROTO_PRINT_FORMAT_H
