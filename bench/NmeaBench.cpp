@@ -74,44 +74,46 @@ BENCHMARK_CAPTURE(MakeDecodable, GSV, kGsv);
 constexpr const char* kOldRmc = "$GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191194,020.3,E";
 constexpr const char* kShortGsv = "$GPGSV,3,3,09,29,36,029,42,1";
 
-unsigned int DecodeByHost(const unsigned char* sentence, unsigned short length, t_Type::eNMEA0183Messages type,
-                          U_EcdDcdData& data) {
-  static C_NMEA_EncodeDecode nmea;
-  unsigned char whole[1024];
-  const unsigned int result = C_NMEA_EncodeDecode::MakeDecodable(sentence, length, whole, length);
-  return result == 0 ? nmea.Decode(whole, length, type, data) : result;
-}
-
-unsigned int DecodeByLibrary(const unsigned char* sentence, unsigned short length, t_Type::eNMEA0183Messages type,
-                             U_EcdDcdData& data) {
-  char variationLetter = '\0';
-  const unsigned int result = velagnss::textproto::DecodeCheckedSentence(sentence, length, type, data, variationLetter);
-  benchmark::DoNotOptimize(variationLetter);
-  return result;
-}
-
-template <auto Way>
-void Any(benchmark::State& state, const char* text, t_Type::eNMEA0183Messages type) {
+template <class Way>
+void Measure(benchmark::State& state, const char* text, Way decode) {
   const std::string sentence = WithChecksum(text);
   U_EcdDcdData data;
   for (auto _ : state) {
-    const unsigned int result = Way(reinterpret_cast<const unsigned char*>(sentence.data()),
-                                    static_cast<unsigned short>(sentence.size()), type, data);
+    const unsigned int result = decode(reinterpret_cast<const unsigned char*>(sentence.data()),
+                                       static_cast<unsigned short>(sentence.size()), data);
     if (result != 0) return state.SkipWithError("not decoded");
     benchmark::DoNotOptimize(data);
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(sentence.size()));
 }
-BENCHMARK_CAPTURE(Any<DecodeByHost>, GGA, kGga, t_Type::eNmeaGGA);
-BENCHMARK_CAPTURE(Any<DecodeByLibrary>, GGA, kGga, t_Type::eNmeaGGA);
-BENCHMARK_CAPTURE(Any<DecodeByHost>, RMC, kRmc, t_Type::eNmeaRMC);
-BENCHMARK_CAPTURE(Any<DecodeByLibrary>, RMC, kRmc, t_Type::eNmeaRMC);
-BENCHMARK_CAPTURE(Any<DecodeByHost>, OldRMC, kOldRmc, t_Type::eNmeaRMC);
-BENCHMARK_CAPTURE(Any<DecodeByLibrary>, OldRMC, kOldRmc, t_Type::eNmeaRMC);
-BENCHMARK_CAPTURE(Any<DecodeByHost>, GSV, kGsv, t_Type::eNmeaGSV);
-BENCHMARK_CAPTURE(Any<DecodeByLibrary>, GSV, kGsv, t_Type::eNmeaGSV);
-BENCHMARK_CAPTURE(Any<DecodeByHost>, ShortGSV, kShortGsv, t_Type::eNmeaGSV);
-BENCHMARK_CAPTURE(Any<DecodeByLibrary>, ShortGSV, kShortGsv, t_Type::eNmeaGSV);
+
+void AnyByHost(benchmark::State& state, const char* text, t_Type::eNMEA0183Messages type) {
+  C_NMEA_EncodeDecode nmea;
+  Measure(state, text, [&nmea, type](const unsigned char* sentence, unsigned short length, U_EcdDcdData& data) {
+    unsigned char whole[1024];
+    const unsigned int result = C_NMEA_EncodeDecode::MakeDecodable(sentence, length, whole, length);
+    return result == 0 ? nmea.Decode(whole, length, type, data) : result;
+  });
+}
+
+void AnyByLibrary(benchmark::State& state, const char* text, t_Type::eNMEA0183Messages type) {
+  Measure(state, text, [type](const unsigned char* sentence, unsigned short length, U_EcdDcdData& data) {
+    char variationLetter = '\0';
+    const unsigned int result =
+        velagnss::textproto::DecodeCheckedSentence(sentence, length, type, data, variationLetter);
+    benchmark::DoNotOptimize(variationLetter);
+    return result;
+  });
+}
+
+#define BOTH_WAYS(name, text, type)               \
+  BENCHMARK_CAPTURE(AnyByHost, name, text, type); \
+  BENCHMARK_CAPTURE(AnyByLibrary, name, text, type)
+BOTH_WAYS(GGA, kGga, t_Type::eNmeaGGA);
+BOTH_WAYS(RMC, kRmc, t_Type::eNmeaRMC);
+BOTH_WAYS(OldRMC, kOldRmc, t_Type::eNmeaRMC);
+BOTH_WAYS(GSV, kGsv, t_Type::eNmeaGSV);
+BOTH_WAYS(ShortGSV, kShortGsv, t_Type::eNmeaGSV);
 
 void Encode(benchmark::State& state, const char* text, t_Type::eNMEA0183Messages type) {
   std::string sentence = WithChecksum(text);

@@ -62,16 +62,10 @@ unsigned int WriteZoneHours(C_SentenceText& sentence, const S_ZDA_Data& record) 
 // GSV: number, elevation, azimuth and signal to noise of each satellite in turn.
 unsigned int ReadSatellite(std::string_view field, unsigned int index, S_GSV_Data& record) {
   const unsigned int satellite = index / kGsvFieldsPerSatellite;
-  switch (index % kGsvFieldsPerSatellite) {
-    case 0:
-      return ResultOf(ReadNumber(field, record.satelliteId[satellite]));
-    case 1:
-      return ResultOf(ReadNumber(field, record.elevation[satellite]));
-    case 2:
-      return ResultOf(ReadNumber(field, record.azimuth[satellite]));
-    default:
-      return ResultOf(ReadNumber(field, record.snr[satellite]));
-  }
+  const unsigned int value = index % kGsvFieldsPerSatellite;
+  if (value == 2) return ResultOf(ReadNumber(field, record.azimuth[satellite]));
+  auto& values = value == 0 ? record.satelliteId : value == 1 ? record.elevation : record.snr;
+  return ResultOf(ReadNumber(field, values[satellite]));
 }
 
 // All four places, used or not: fields are read by their position.

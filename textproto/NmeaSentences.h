@@ -3,7 +3,6 @@
 #ifndef VELAGNSS_TEXTPROTO_NMEA_SENTENCES_H
 #define VELAGNSS_TEXTPROTO_NMEA_SENTENCES_H
 
-#include <algorithm>
 #include <cstring>
 #include <span>
 
@@ -12,6 +11,7 @@
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/NMEA_Records.h"
 #include "textproto/SentenceFields.h"
+#include "textproto/SentenceIds.h"
 #include "textproto/SentenceRules.h"
 
 namespace velagnss::textproto {
@@ -82,8 +82,9 @@ unsigned int VisitSentence(t_SentenceType type, Visitor visit) {
 
 // What the first six characters of a sentence say: "$", talker, sentence id.
 inline t_SentenceType TypeOf(std::string_view sentence) {
-  const auto length = static_cast<unsigned char>(std::min<std::size_t>(sentence.size(), 6));
-  return C_NMEA_EncodeDecode::GetNmeaPreamble(sentence.data(), length, nullptr);
+  constexpr std::size_t kLength = 6;
+  if (sentence.size() < kLength || sentence[0] != '$') return C_RawDataMessage::eNmeaUnknown;
+  return SentenceIds::Find(sentence.data() + 3);
 }
 
 // Sets every value to its marker, and the padding to zero.

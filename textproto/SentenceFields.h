@@ -81,8 +81,7 @@ class C_SentenceFields {
 
   // The sizes are counted in locals: as members they would be stored and loaded again for every field.
   void Split(std::string_view text) {
-    constexpr std::ptrdiff_t kBlock = DelimiterMask::kBlock;
-    const char* const textEnd = text.data() + text.size();
+    constexpr std::size_t kBlock = DelimiterMask::kBlock;
     const char* start = text.data();
     S_Field* next = m_fields;
     std::size_t sizeBits = 0;
@@ -93,22 +92,21 @@ class C_SentenceFields {
       start = end + 1;
     };
     const S_Field* const last = m_fields + Limits.fields;
-    for (const char* block = start; block < textEnd && next != last; block += kBlock) {
-      char tail[kBlock] = {};
-      const bool isTail = textEnd - block < kBlock;
-      if (isTail) std::copy(block, textEnd, tail);  // nothing beyond the text is read
-      for (std::uint64_t mask = DelimiterMask::Of(isTail ? tail : block); mask != 0 && next != last; mask &= mask - 1)
-        endField(block + std::countr_zero(mask));
+    for (std::size_t at = 0; at < text.size() && next != last; at += kBlock) {
+      const char* const block = text.data() + at;
+      const std::size_t left = text.size() - at;
+      std::uint64_t mask = left < kBlock ? DelimiterMask::OfTail(text, left) : DelimiterMask::Of(block);
+      for (; mask != 0 && next != last; mask &= mask - 1) endField(block + std::countr_zero(mask));
     }
-    if (next != last) endField(textEnd);
+    if (next != last) endField(text.data() + text.size());
     m_size = static_cast<std::size_t>(next - m_fields);
     m_sizeBits = sizeBits;
   }
 
   // How many fields there are before the first of more than `length` characters. Hardly any sentence has one: that none
-  // has is seen from the bits of all sizes together.
-  std::size_t FieldsUpTo(std::size_t length) const {
-    if (m_sizeBits <= length) return m_size;
+  // has is seen from the bits of all sizes together. The search is out of line to keep it out of the decoders' loops.
+  std::size_t FieldsUpTo(std::size_t length) const { return m_sizeBits <= length ? m_size : SearchUpTo(length); }
+  [[gnu::noinline]] std::size_t SearchUpTo(std::size_t length) const {
     const auto isLonger = [length](const S_Field& field) { return field.size > length; };
     return static_cast<std::size_t>(std::find_if(m_fields, m_fields + m_size, isLonger) - m_fields);
   }

@@ -7,7 +7,6 @@
 #ifndef VELAGNSS_TEXTPROTO_SENTENCE_RULES_H
 #define VELAGNSS_TEXTPROTO_SENTENCE_RULES_H
 
-#include <algorithm>
 #include <cstddef>
 #include <span>
 #include <string_view>
@@ -54,12 +53,11 @@ template <class Fields, class Record>
 [[nodiscard]] unsigned int ReadFields(const Fields& fields, std::span<const S_FieldRule<Record>> rules,
                                       Record& record) {
   const std::size_t readable = fields.Readable();
+  const std::size_t count = fields.Count();
   for (const S_FieldRule<Record>& rule : rules) {
-    if (rule.kind.read == nullptr || fields.Count() <= rule.moreThan) continue;
-    const std::size_t end = std::min<std::size_t>(rule.first + rule.count, readable);
-    for (std::size_t at = rule.first; at < end; ++at) {
-      const auto index = static_cast<unsigned int>(at - rule.first);
-      const unsigned int result = rule.kind.read(fields[at], index, record);
+    if (rule.kind.read == nullptr || count <= rule.moreThan) continue;
+    for (unsigned int i = 0; i < rule.count && rule.first + i < readable; ++i) {
+      const unsigned int result = rule.kind.read(fields[rule.first + i], i, record);
       if (result != eResultOk) return result;
     }
   }
