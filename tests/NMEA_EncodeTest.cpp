@@ -294,4 +294,17 @@ TEST(NmeaEncode, RefusesNullAndOtherTypes) {
   EXPECT_EQ(length, 77);
 }
 
+TEST(NmeaEncode, ResetEmptiesTheWholeWorkBuffer) {
+  t_Nmea nmea;
+  S_GGA_Data record;
+  t_Nmea::Reset_GGA(record);
+  std::memcpy(record.talker, "GP", sizeof record.talker);
+  record.hdop = record.altitude = record.geoidSeparation = -1e308;  // as long as a sentence can be
+  unsigned short length = 0;
+  ASSERT_EQ(nmea.Encode_GGA(record, length), 0U);
+  ASSERT_GT(length, 900);
+  EXPECT_EQ(nmea.Reset(), 0U);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(nmea.GetWorkBuffer()), 1024), std::string(1024, '\0'));
+}
+
 }  // namespace

@@ -1,8 +1,6 @@
 // C_NMEA_EncodeDecode::MakeDecodable, what comes back of a sentence that is found in a stream, made decodable, decoded
 // and encoded, and the library's own way to the record.
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <string>
@@ -98,46 +96,58 @@ TEST(MakeDecodable, EndsAtANulAndRefusesNull) {
 
 // --- Sentences of random fields, as the encoder writes them ---
 
-// The fields of each sentence: a letter for each kind, else the greatest whole number and the decimals. Not among them
-// is what the decoders fold: the direction of the variation of RMC; an empty operation mode or fix type of GSA.
-//
-//   t time  d date  n latitude  e longitude  m mode  g r v status of GLL, of RMC, navigation  M modes of GNS
-//   s age and station of GGA  A "A" or "M"  F fix type  = the text itself
+// "[59]" is a number from 0 to 59 in two digits, "{NS}" one of the letters, all else itself. One field in five is left
+// empty, unless it starts with "!". Not among them is what the decoders fold: the direction of the variation of RMC,
+// and an empty operation mode or fix type of GSA.
 struct S_Pattern {
   const char* head;
-  std::vector<const char*> fields;
+  std::vector<std::string> fields;
 };
+const std::string kTime = "[23][59][59].[99]";
+const std::string kLatitude = "[89][59].[99999999],{NS}";
+const std::string kLongitude = "0[99][59].[99999999],{EW}";
+const std::string kMode = "{NADPRFEMS}";
+const std::string kDigit = "[9]";
+const std::string kTwo = "[99]";
+const std::string kOneDecimal = "{123456789}[99].[9]";
+const std::string kTwoDecimals = "{123}[99].[99]";
+const std::string kThreeDecimals = "{123456789}[999].[999]";
+
+// clang-format off
 const S_Pattern kPatterns[] = {
-    {"$GLGGA", {"t", "n", "e", "9", "02:254", ".1:99999", ".3:99999", "=M", ".3:-999", "=M", "s"}},
-    {"$GNGNS", {"t", "n", "e", "M", "254", ".1:99999", ".3:9999", ".3:-999", ".1:999", "04:65534", "v"}},
-    {"$GPZDA", {"t", "02:31", "02:12", "04:9999", "02:13", "02:59"}},
-    {"$GAGLL", {"n", "e", "t", "g", "m"}},
-    {"$GBGSV", {"9",     "9",      "02:99", "02:254", "02:90", "03:359", "02:99", "02:254", "02:90", "03:359",
-                "02:99", "02:254", "02:90", "03:359", "02:99", "02:254", "02:90", "03:359", "02:99", "15"}},
-    {"$GQGSA",
-     {"A", "F", "02:99", "02:99", "02:99", "02:99", "02:99", "02:99", "02:99", "02:99", "02:99", "02:99", "02:99",
-      "02:254", ".1:999", ".1:999", ".1:999", "254"}},
-    {"$GIRMC", {"t", "r", "n", "e", ".3:9999", ".2:359", "d", ".2:179", "=", "m", "v"}},
-    {"$XXVTG", {".2:359", "=T", ".2:359", "=M", ".2:9999", "=N", ".2:9999", "=K", "m"}},
+    {"$GLGGA", {kTime, kLatitude, kLongitude, kDigit, kTwo, kOneDecimal, kThreeDecimals, "!M", "-" + kThreeDecimals, "!M",
+                kOneDecimal + ",{123456}[999]"}},
+    {"$GNGNS", {kTime, kLatitude, kLongitude, kMode + kMode + kMode, "1[99]", kOneDecimal, kThreeDecimals,
+                "-" + kThreeDecimals, kOneDecimal, "{123456}[999]", "{SCUV}"}},
+    {"$GPZDA", {kTime, kTwo, kTwo, "[9999]", "-{123456789}", kTwo}},
+    {"$GAGLL", {kLatitude, kLongitude, kTime, "{ADV}", kMode}},
+    {"$GBGSV", {kDigit, kDigit, kTwo, kTwo, kTwo, "[359]", kTwo, kTwo, kTwo, "[359]", kTwo,
+                "2[49]", kTwo, "[359]", kTwo, kTwo, kTwo, "[359]", kTwo, "1{012345}"}},
+    {"$GQGSA", {"!{AM}", "!{123}", kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, "2[49]",
+                kOneDecimal, kOneDecimal, kOneDecimal, kDigit}},
+    {"$GIRMC", {kTime, "{ADFPRV}", kLatitude, kLongitude, kThreeDecimals, kTwoDecimals, "1[9]0{123456789}[99]",
+                kTwoDecimals, "!", kMode, "{SCUV}"}},
+    {"$XXVTG", {kTwoDecimals, "!T", kTwoDecimals, "!M", kTwoDecimals, "!N", kTwoDecimals, "!K", kMode}},
 };
+// clang-format on
 
 class RandomSentences {
  public:
   explicit RandomSentences(std::uint64_t seed) : m_random(seed) {}
 
-  unsigned int Below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
+  unsigned int Below(std::size_t limit) { return static_cast<unsigned int>(m_random() % limit); }
 
   // Without checksum.
   std::string Text(const S_Pattern& pattern) {
     std::string text = pattern.head;
-    for (const char* field : pattern.fields) text += "," + Field(field);
+    for (const std::string& field : pattern.fields) text += "," + Field(field);
     return text;
   }
 
   // The same after some of what happens to sentences on their way, and of what older receivers leave out.
   std::string Mutated(std::string text) {
     for (unsigned int left = Below(4); left > 0; --left) {
-      const std::size_t at = Below(static_cast<unsigned int>(text.size()));
+      const std::size_t at = Below(text.size());
       switch (Below(7)) {
         case 0:
           text.resize(at);
@@ -167,67 +177,21 @@ class RandomSentences {
   }
 
  private:
-  std::string Printed(const char* format, unsigned int value) {
-    char text[32];
-    std::snprintf(text, sizeof text, format, value);
-    return text;
-  }
-  std::string Letter(std::string_view letters) {
-    return std::string(1, letters[Below(static_cast<unsigned int>(letters.size()))]);
-  }
-
-  std::string Angle(const char* format, unsigned int degrees, std::string_view letters) {
-    return Printed(format, Below(degrees)) + Printed("%02u", Below(60)) + "." + Printed("%08u", 1 + Below(99999999)) +
-           "," + Letter(letters);
-  }
-
-  // "02:254" is up to 254 in two digits, ".1:99" up to 99 with one decimal; a limit below 0 allows either sign.
-  std::string Number(std::string_view field) {
-    const bool isReal = field[0] == '.';
-    const std::size_t colon = field.find(':');
-    const int limit = std::stoi(std::string(field.substr(colon + 1)));
-    const std::string whole = std::to_string(Below(static_cast<unsigned int>(std::abs(limit)) + 1));
-    if (isReal) {
-      const int decimals = field[1] - '0';
-      return (limit < 0 ? Letter("-") : "") + whole + "." + Printed("%09u", 1 + Below(999)).substr(9 - decimals);
+  std::string Field(std::string_view pattern) {
+    const bool isEmpty = pattern[0] != '!' && Below(5) == 0;
+    std::string field;
+    for (std::size_t at = 0; at < pattern.size(); ++at) {
+      const char kind = pattern[at];
+      const std::string choice(pattern.substr(at + 1, pattern.find_first_of("]}", at) - at - 1));
+      if (kind == '[' || kind == '{') at += choice.size() + 1;
+      if (kind == '!' || (isEmpty && kind != ',')) continue;
+      const unsigned int number = Below(kind == '[' ? std::stoul(choice) + 1 : std::max<std::size_t>(choice.size(), 1));
+      const std::string digits = std::to_string(number);
+      if (kind == '[') field.append(choice.size() - digits.size(), '0').append(digits);
+      if (kind == '{') field += choice[number];
+      if (kind != '[' && kind != '{') field += kind;
     }
-    const std::size_t width = colon == std::string_view::npos ? 0 : field[1] - '0';
-    return std::string(std::max(width, whole.size()) - whole.size(), '0') + whole;
-  }
-
-  std::string Field(const char* field) {
-    const bool isAngle = *field == 'n' || *field == 'e' || *field == 's';
-    if (*field == '=') return field + 1;
-    if (Below(5) == 0 && *field != 'A' && *field != 'F') return isAngle ? "," : "";
-    switch (*field) {
-      case 't':
-        return Printed("%02u", Below(24)) + Printed("%02u", Below(60)) + Printed("%02u", Below(60)) + "." +
-               Printed("%02u", Below(100));
-      case 'd':
-        return Printed("%02u", 1 + Below(31)) + Printed("%02u", 1 + Below(12)) + Printed("%02u", Below(100));
-      case 'n':
-        return Angle("%02u", 90, "NS");
-      case 'e':
-        return Angle("%03u", 180, "EW");
-      case 's':
-        return Number(".1:999") + "," + Printed("%04u", 1 + Below(65534));
-      case 'm':
-        return Letter("NADPRFEMS");
-      case 'M':
-        return Letter("NADPRFEMS") + Letter("NADPRFEMS") + Letter("NADPRFEMS");
-      case 'g':
-        return Letter("ADV");
-      case 'r':
-        return Letter("ADFPRV");
-      case 'v':
-        return Letter("SCUV");
-      case 'A':
-        return Letter("AM");
-      case 'F':
-        return Letter("123");
-      default:
-        return Number(field);
-    }
+    return field;
   }
 
   std::mt19937_64 m_random;

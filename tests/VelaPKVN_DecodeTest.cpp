@@ -438,6 +438,27 @@ TEST(PkvnDirect, SentencesOf2048CharactersHaveNoFields) {
   }
 }
 
+// A record is set empty up to its last element and no further: what is after an array is still zero, what is after the
+// record still the caller's.
+TEST(PkvnDirect, EmptiesTheRecordAndNothingElse) {
+  C_VelaPKVN_Decode decoder;
+  std::string other = kHpr;
+  auto* const frame = reinterpret_cast<unsigned char*>(other.data());
+  const auto length = static_cast<unsigned short>(other.size());
+  struct {
+    S_PKvnRtkStat record;
+    char after[kRestFieldSize];
+  } guarded;
+  std::memset(&guarded, 0xA5, sizeof guarded);
+  EXPECT_EQ(decoder.Decode_RtkStat(frame, length, guarded.record), 11U);
+  EXPECT_EQ(std::string(guarded.after, sizeof guarded.after), std::string(sizeof guarded.after, '\xA5'));
+  S_PKvnFvi fvi;
+  std::memset(&fvi, 0xA5, sizeof fvi);
+  EXPECT_EQ(decoder.Decode_FVI(frame, length, fvi), 11U);
+  EXPECT_EQ(std::string(fvi.text22, sizeof fvi.text22), std::string(sizeof fvi.text22, '\0'));
+  EXPECT_EQ(fvi.field3to21[18], NA_DOUBLE);
+}
+
 // ---- names and digits
 
 TEST(PkvnChannels, MapToTheirNumbers) {
