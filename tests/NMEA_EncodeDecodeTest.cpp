@@ -294,7 +294,7 @@ TEST_ROWS(Checksum, Validate, kChecksumCases, c) {
 
 // Texts that hold every hexadecimal digit, so that a digit compared with the wrong character would match somewhere.
 TEST(Checksum, OneOfAllPairsOfDigits) {
-  for (const char* text : {"$0123456789ABCDEF", "$FEDCBA9876543210X", "$GPGGA,0123456789", "$ABCDEF,98765"}) {
+  for (const char* text : {"$0123456789ABCDEF", "$FEDCBA9876543210X", "$GPGGA,0123456789", "$3333333"}) {
     const std::string right = NmeaSentence(text);
     int valid = 0;
     for (const char high : "0123456789ABCDEF"s)
