@@ -3,7 +3,7 @@
 //
 // What C leaves undefined, and where its library is more lenient than its standard, ours refuses:
 //   an integer beyond its type, a double beyond the largest finite one
-//   a number cut off behind "0x" or in its exponent: "0x", "1e", "1.5E+"
+//   a number cut off after "0x" or in its exponent: "0x", "1e", "1.5E+"
 #include <algorithm>
 #include <cctype>
 #include <cmath>
@@ -47,7 +47,7 @@ S_Scanned<Value> ByLibrary(const std::string& text, const char* format) {
   return scanned;
 }
 
-// Whether the magnitude that an integer's text tells is at most `limit`, without leaning on undefined results.
+// Whether the magnitude that an integer's text gives is at most `limit`, without leaning on undefined results.
 bool IsMagnitudeWithin(const std::string& text, unsigned int base, unsigned long long limit) {
   std::size_t at = 0;
   while (std::isspace(static_cast<unsigned char>(text[at])) != 0) ++at;
@@ -222,7 +222,7 @@ void CompareTokenizer(Fuzz::C_Input input) {
     Fuzz::Require(isDelivered == (field.size() <= outSize), "what fits is delivered");
     std::string expected = isDelivered ? field : "";
     expected.resize(outSize);
-    Fuzz::Require(Fuzz::View(out.Data(), outSize) == expected, "a field is copied, zeros behind it");
+    Fuzz::Require(Fuzz::View(out.Data(), outSize) == expected, "a field is copied, with zeros after it");
   }
   char out[8];
   Fuzz::Require(tokenizer.GetNextField(out, sizeof out) == 0, "the last field is the last");

@@ -150,7 +150,7 @@ TEST_P(Damaged, CutAnywhereOrEndedByANul) {
   }
 }
 
-// Field `index` (0: the sentence id) replaced, and perhaps all fields behind it.
+// Field `index` (0: the sentence id) replaced, and perhaps all fields after it.
 std::string WithField(const std::string& text, int index, const std::string& field, const char* behind = nullptr) {
   std::stringstream fields(text);
   std::string changed;
@@ -162,7 +162,7 @@ std::string WithField(const std::string& text, int index, const std::string& fie
   return changed;
 }
 
-// In front of a field of more than 64 characters the decoding ends well, whatever that field and those behind it hold;
+// Decoding ends well before a field of more than 64 characters, whatever that field and those after it hold;
 // one of more than 511 ends the count of fields as well.
 TEST_P(Damaged, FieldTooLongForTheBuffers) {
   constexpr int kLeast[] = {16, 14, 8, 9, 9, 19, 15, 11};  // fields, by position in kFullSentences

@@ -193,7 +193,7 @@ struct S_EncodeCase {
   const char* talker;
   void (*set)(U_EcdDcdData& data);
   unsigned int result;
-  std::string text;  // without checksum; after a failure what stands in the work buffer
+  std::string text;  // without checksum; after a failure the contents of the work buffer
 };
 
 void Nothing(U_EcdDcdData&) {}

@@ -275,14 +275,14 @@ TEST(CheckedSentence, GivesWhatMakeDecodableAndDecodeGive) {
 TEST(CheckedSentence, FindsTheDirectionLetterByCommasAlone) {
   const struct {
     const char* text;  // up to the "*" of the checksum
-    const char* behind;
+    const char* after;
     char letter;
   } kRows[] = {{"$GPRMC,,A,,,,,,,,020.3,W", "", 'W'},     {"$GPRMC,,A,,,,,,,,020.3,E,A,V", "\r\n", 'E'},
                {"$GPRMC,,A,,,,,,,,020.3,,A,V", "", '\0'}, {"$GPRMC,,A,,,,,,,,020.3,e", "", '\0'},
                {"$GPRMC,,A,,,,,,,,*020.3,W", "", 'W'},    {"$GPRMC,,A,,,,,,,*,W,,", "", '\0'},
                {"$GPRMC,,A", ",,,,,,,,,W\r\r\n", 'W'},    {"$GPRMC,,A", ",,,,,,,,,W\r,", '\0'}};
   for (const auto& row : kRows) {
-    const std::string sentence = NmeaSentence(row.text) + row.behind;
+    const std::string sentence = NmeaSentence(row.text) + row.after;
     U_EcdDcdData data;
     char letter = '?';
     const auto* bytes = reinterpret_cast<const unsigned char*>(sentence.data());

@@ -133,30 +133,17 @@ std::string LineOf(const S_PKvnARN& r) {
 // The same for union and kept records, which name their members alike.
 template <class Records>
 std::string LineOf(eMessageTypes type, const Records& data) {
-  switch (type) {
-    case ePkvnATTSTAT:
-      return LineOf(data.attStat);
-    case ePkvnGBS:
-      return LineOf(data.gbs);
-    case ePkvnHPR:
-      return LineOf(data.hpr);
-    case ePkvnBLV:
-      return LineOf(data.blv);
-    case ePkvnFVI:
-      return LineOf(data.fvi);
-    case ePkvnRTKSTAT:
-      return LineOf(data.rtkStat);
-    case ePkvnVCT:
-      return LineOf(data.vct);
-    case ePkvnINTLT:
-      return LineOf(data.intlt);
-    case ePkvnTEMPERATURE:
-      return LineOf(data.temperature);
-    case ePkvnARN_ROUTER:
-      return LineOf(data.arn);
-    default:
-      return "none";
-  }
+  if (type == ePkvnATTSTAT) return LineOf(data.attStat);
+  if (type == ePkvnGBS) return LineOf(data.gbs);
+  if (type == ePkvnHPR) return LineOf(data.hpr);
+  if (type == ePkvnBLV) return LineOf(data.blv);
+  if (type == ePkvnFVI) return LineOf(data.fvi);
+  if (type == ePkvnRTKSTAT) return LineOf(data.rtkStat);
+  if (type == ePkvnVCT) return LineOf(data.vct);
+  if (type == ePkvnINTLT) return LineOf(data.intlt);
+  if (type == ePkvnTEMPERATURE) return LineOf(data.temperature);
+  if (type == ePkvnARN_ROUTER) return LineOf(data.arn);
+  return "none";
 }
 
 struct S_Decoded {

@@ -1,3 +1,5 @@
+// A host completes a sentence as text and gives that to the decoder, which sums, looks up and splits it again. Here the
+// fields are completed in place and go to the same rules.
 #include "textproto/CheckedSentence.h"
 
 #include <algorithm>

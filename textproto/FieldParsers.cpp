@@ -1,3 +1,4 @@
+// The same results as the readers of FieldValues.h for C strings, and what becomes of null.
 #include "textproto/FieldParsers.h"
 
 #include <algorithm>

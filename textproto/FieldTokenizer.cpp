@@ -1,3 +1,5 @@
+// No decoder uses this class; its oddities (a field that fills the buffer gets no NUL, a text as long as the capacity
+// is dropped) are its promised behavior.
 #include "textproto/FieldTokenizer.h"
 
 #include <cstring>

@@ -71,7 +71,7 @@ class C_FieldTokenizer {
   // The same for a text given by its length; a NUL inside ends it earlier. Nothing is read past the length.
   void SetText(const char* text, std::size_t length);
 
-  // Sets the delimiters, at most 55; more of them, or an empty string, is no delimiter at all, as null is. Where
+  // Sets the delimiters, at most 55; more of them, an empty string, and null all mean none. Where
   // fields are counted this starts again at the first field.
   void SetDelimiters(const char* delimiters);
 

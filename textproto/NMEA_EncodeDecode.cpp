@@ -1,3 +1,4 @@
+// The public operations: checks on the way in, the tables of NmeaSentences.cpp do the rest.
 #include "textproto/NMEA_EncodeDecode.h"
 
 #include <algorithm>

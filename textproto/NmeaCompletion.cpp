@@ -1,3 +1,6 @@
+// Receivers in use send what their NMEA version knew: RMC without mode and status, GLL without time, VTG without units,
+// GSV with as many satellites as there are. The decoders read by position and ask for a least number of fields, so most
+// of these would be refused, or a checksum read as a satellite. Completed, they decode without loss.
 #include "textproto/NmeaCompletion.h"
 
 #include <array>
@@ -20,7 +23,7 @@ const S_Completion* FindCompletion(t_SentenceType type) {
   return found;
 }
 
-// The same sentence may be too long only after fields have been added to it, so this is not the length of its text.
+// A sentence that fits may be too long once fields have been added to it.
 std::size_t PrintedLength(const t_NmeaFields& fields, std::string_view rest) {
   std::size_t length = fields.Size() - 1 + rest.size() + kChecksumLength;
   for (std::size_t i = 0; i < fields.Size(); ++i) length += fields[i].size();

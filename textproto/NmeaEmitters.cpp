@@ -1,4 +1,5 @@
-// The field emitters of the sentence encoder.
+// The field emitters of the sentence encoder. Each composes its field first and appends it whole or not at all, so that
+// a failed emitter leaves the message as it was.
 #include <cmath>
 
 #include "textproto/FieldParsers.h"

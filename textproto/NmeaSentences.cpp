@@ -1,3 +1,5 @@
+// One table of rules per sentence, in the order of NMEA 0183, each with a sample. The readers and writers that only one
+// sentence needs are here too; those that several share are in NmeaFieldKinds.h.
 #include "textproto/NmeaSentences.h"
 
 #include <cstdlib>
@@ -59,26 +61,25 @@ unsigned int WriteZoneHours(C_SentenceText& sentence, const S_ZDA_Data& record) 
   return AppendValue<int>(sentence, kTwoDigits, kNoZoneHours, record.zoneHours, true);
 }
 
-// GSV: number, elevation, azimuth and signal to noise of each satellite in turn.
+// GSV: number, elevation, azimuth and signal to noise of one satellite.
+template <unsigned int I>
 unsigned int ReadSatellite(std::string_view field, unsigned int index, S_GSV_Data& record) {
-  const unsigned int satellite = index / kGsvFieldsPerSatellite;
-  const unsigned int value = index % kGsvFieldsPerSatellite;
-  if (value == 2) return ResultOf(ReadNumber(field, record.azimuth[satellite]));
-  auto& values = value == 0 ? record.satelliteId : value == 1 ? record.elevation : record.snr;
-  return ResultOf(ReadNumber(field, values[satellite]));
+  if (index == 2) return ResultOf(ReadNumber(field, record.azimuth[I]));
+  auto& values = index == 0 ? record.satelliteId : index == 1 ? record.elevation : record.snr;
+  return ResultOf(ReadNumber(field, values[I]));
 }
 
-// All four places, used or not: fields are read by their position.
-unsigned int WriteSatellites(C_SentenceText& sentence, const S_GSV_Data& record) {
-  for (std::size_t i = 0; i < std::size(record.satelliteId); ++i) {
-    unsigned int result = AppendNumber(sentence, kTwoDigits, record.satelliteId[i]);
-    if (result == eResultOk) result = AppendNumber(sentence, kTwoDigits, record.elevation[i]);
-    if (result == eResultOk) result = AppendNumber(sentence, kThreeDigits, record.azimuth[i]);
-    if (result == eResultOk) result = AppendNumber(sentence, kTwoDigits, record.snr[i]);
-    if (result != eResultOk) return result;
-  }
-  return eResultOk;
+// Written whether used or not: fields are read by their position.
+template <unsigned int I>
+unsigned int WriteSatellite(C_SentenceText& sentence, const S_GSV_Data& record) {
+  unsigned int result = AppendNumber(sentence, kTwoDigits, record.satelliteId[I]);
+  if (result == eResultOk) result = AppendNumber(sentence, kTwoDigits, record.elevation[I]);
+  if (result == eResultOk) result = AppendNumber(sentence, kThreeDigits, record.azimuth[I]);
+  return result == eResultOk ? AppendNumber(sentence, kTwoDigits, record.snr[I]) : result;
 }
+
+template <unsigned int I>
+constexpr S_FieldKind<S_GSV_Data> Satellite = {ReadSatellite<I>, WriteSatellite<I>};
 
 // RMC: kept as a flag, and an empty field makes the longitude not available. Both are odd, known and kept.
 unsigned int ReadVariationDirection(std::string_view field, unsigned int, S_RMC_Data& record) {
@@ -155,7 +156,10 @@ constexpr S_FieldRule<S_GSV_Data> kGsvRules[] = {
     {1, 1, NumberAs<&S_GSV_Data::totalSentences, kInteger>},
     {2, 1, NumberAs<&S_GSV_Data::sentenceNumber, kInteger>},
     {3, 1, NumberAs<&S_GSV_Data::satellitesInView, kTwoDigits>},
-    {kGsvFirstSatellite, 4 * kGsvFieldsPerSatellite, {ReadSatellite, WriteSatellites}},
+    {kGsvFirstSatellite, kGsvFieldsPerSatellite, Satellite<0>},
+    {8,  kGsvFieldsPerSatellite, Satellite<1>},
+    {12, kGsvFieldsPerSatellite, Satellite<2>},
+    {16, kGsvFieldsPerSatellite, Satellite<3>},
     {kGsvSignalId, 1, NumberAs<&S_GSV_Data::signalId, kInteger>},
 };
 

@@ -21,7 +21,8 @@ using t_SentenceType = C_RawDataMessage::eNMEA0183Messages;
 // The name and the 20 fields of GSV, the longest sentence.
 using t_NmeaFields = C_SentenceFields<S_FieldLimits{1 + 20, 1023, 64}>;
 
-// RMC: the letter that the encoder, the completion of older sentences and their hosts handle in ways of their own.
+// RMC: position of the direction letter of the magnetic variation. Left empty it would make the longitude not
+// available, so the completion fills it in; the record does not keep it, so `DecodeCheckedSentence` gives it apart.
 inline constexpr unsigned char kRmcVariationDirection = 11;
 
 // GSV: up to four satellites of four fields each, then the signal id.

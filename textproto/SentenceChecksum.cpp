@@ -1,3 +1,5 @@
+// The sum is taken eight bytes at a time (framing/ByteScan.h): it is the only pass over every character of a sentence
+// besides splitting.
 #include "textproto/SentenceChecksum.h"
 
 #include "framing/ByteScan.h"

@@ -1,3 +1,5 @@
+// Checks and dispatch of the proprietary sentences. Each record is set empty before it is filled, and the copy that is
+// kept of the last one is replaced only by a whole one.
 #include "textproto/VelaPKVN_Decode.h"
 
 #include <algorithm>
