@@ -10,6 +10,9 @@
 #include "textproto/PkvnNames.h"
 #include "textproto/SentenceIds.h"
 
+namespace PkvnSentences = velagnss::textproto::PkvnSentences;
+namespace SentenceIds = velagnss::textproto::SentenceIds;
+
 namespace {
 
 using eProtocols = C_RawDataMessage::eProtocols;

@@ -13,6 +13,8 @@
 #include "framing/RunningCrc24.h"
 #include "textproto/SentenceIds.h"
 
+namespace SentenceIds = velagnss::textproto::SentenceIds;
+
 namespace {
 
 constexpr unsigned int kNumProtocols = 11;
