@@ -7,6 +7,8 @@
 
 namespace {
 
+namespace Crc24Field = velagnss::framing::Crc24Field;
+
 constexpr std::size_t kSlices = 16;  // bytes taken at a time; 8 are slower by a third
 
 using t_Slice = std::array<unsigned int, 256>;

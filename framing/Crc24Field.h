@@ -2,7 +2,7 @@
 #ifndef VELAGNSS_FRAMING_CRC24_FIELD_H
 #define VELAGNSS_FRAMING_CRC24_FIELD_H
 
-namespace Crc24Field {
+namespace velagnss::framing::Crc24Field {
 
 // x^24 + x^23 + x^18 + x^17 + x^14 + x^11 + x^10 + x^7 + x^6 + x^5 + x^4 + x^3 + x + 1
 inline constexpr unsigned int kPolynomial = 0x1864CFB;
@@ -15,6 +15,6 @@ constexpr unsigned int TimesX8(unsigned int a) {
   return a;
 }
 
-}  // namespace Crc24Field
+}  // namespace velagnss::framing::Crc24Field
 
 #endif  // VELAGNSS_FRAMING_CRC24_FIELD_H

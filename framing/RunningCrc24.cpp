@@ -3,6 +3,8 @@
 #include "framing/CRC24.h"
 #include "framing/Crc24Field.h"
 
+namespace velagnss::framing {
+
 namespace {
 
 // x to the power of 8 n: what a sum is multiplied by when n zero bytes follow.
@@ -37,3 +39,5 @@ unsigned int C_RunningCrc24::Sum(std::uint64_t position, const unsigned char* by
   for (; m_end < position + count; ++m_end) At(m_end + 1) = Next(At(m_end), bytes[m_end - position]);
   return At(position + count) ^ Product(At(position), kZeroBytes[count]);
 }
+
+}  // namespace velagnss::framing

@@ -5,6 +5,8 @@
 #include <array>
 #include <cstdint>
 
+namespace velagnss::framing {
+
 // Keeps the running sum at each of the last positions of the stream. The sum of a range follows from the running sums
 // at its ends: the sum is linear, and what stood before the range counts in it as if zeros had followed.
 //
@@ -31,5 +33,7 @@ class C_RunningCrc24 {
   std::uint64_t m_end = 0;    // last one
   std::array<unsigned int, kKept> m_sums = {};
 };
+
+}  // namespace velagnss::framing
 
 #endif  // VELAGNSS_FRAMING_RUNNING_CRC24_H

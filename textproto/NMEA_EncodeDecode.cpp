@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "framing/ByteScan.h"
+#include "framing/SentenceChecksum.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldParsers.h"
 #include "textproto/NmeaSentences.h"
@@ -22,7 +22,8 @@ const Record& As(const void* record) {
 }
 
 unsigned char XorOf(std::string_view bytes) {
-  return UTIL::XorOf(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()));
+  return velagnss::framing::XorOf(reinterpret_cast<const unsigned char*>(bytes.data()),
+                                  static_cast<unsigned int>(bytes.size()));
 }
 
 // A sentence of the record in the buffer, checksum and CR LF included.
@@ -142,7 +143,7 @@ unsigned int C_NMEA_EncodeDecode::EncodeAny(const void* record, C_RawDataMessage
 unsigned char C_NMEA_EncodeDecode::GetNmeaCheckSum(const unsigned char* bytes, unsigned short start,
                                                    unsigned short count) {
   if (bytes == nullptr) return 0;
-  return UTIL::XorOf(bytes + start, std::max<unsigned int>(count, 1));
+  return velagnss::framing::XorOf(bytes + start, std::max<unsigned int>(count, 1));
 }
 
 bool C_NMEA_EncodeDecode::ValidateNmeaCheckSum(unsigned char* sentence, unsigned short length) {

@@ -1,0 +1,121 @@
+// How long the messages of each protocol may be, from the first start byte to the last byte of the frame. Internal.
+//
+// The least length tells a frame's end from a line end that comes too early, the greatest one cuts short the wait for
+// an end that does not come.
+#ifndef VELAGNSS_FRAMING_MESSAGE_LENGTHS_H
+#define VELAGNSS_FRAMING_MESSAGE_LENGTHS_H
+
+#include <array>
+#include <iterator>
+
+#include "binproto/MessageReader.h"
+#include "framing/FrameParameters.h"
+#include "framing/ProtocolTable.h"
+#include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/PkvnNames.h"
+
+namespace velagnss::framing {
+
+// The limits that a protocol's start pattern stands for, for messages that have none of their own.
+constexpr S_FrameLengths LimitsOf(C_RawDataMessage::eProtocols protocol) {
+  return {RowOf(protocol).frame.headerLength, RowOf(protocol).frame.maxLength};
+}
+
+inline constexpr S_FrameLengths kInfoReply = {37, 120};  // "$>JI," and "$>JGEO,"
+inline constexpr S_FrameLengths kQueryReply = {21, 120};
+inline constexpr S_FrameLengths kSiteRecord = LimitsOf(C_RawDataMessage::eJSITERECORD);
+
+// By sentence, in the order of `C_NMEA_EncodeDecode::mppz_NmeaMsgIDs`.
+// clang-format off
+inline constexpr S_FrameLengths kNmeaLengths[] = {
+    {27, 128},  // ALM
+    {21,  64},  // APB
+    {19,  88},  // BWC
+    {15, 120},  // DTM
+    {14, 120},  // HDG
+    {14, 120},  // HDM
+    {14, 120},  // HDT
+    {14, 120},  // HEV
+    {22, 128},  // GGA
+    {13,  60},  // GLL
+    {20, 120},  // GNS
+    {20, 250},  // GRS
+    {24, 250},  // GSA
+    {15,  70},  // GST
+    {10, 100},  // GSV
+    {18,  90},  // RMA
+    {20, 100},  // RMB
+    {18,  90},  // RMC
+    { 9,  25},  // ROT
+    {11, 200},  // RRE
+    {15,  50},  // VTG
+    {12,  32},  // XTE
+    {13,  40},  // ZDA
+};
+static_assert(std::size(kNmeaLengths) == std::size(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs));
+
+// By version, the digit after "$RD". No frame is short enough for version 0: it is always rejected.
+inline constexpr S_FrameLengths kRdLengths[] = {{0, 0}, {37, 80}};
+
+// By message type.
+inline constexpr S_FrameLengths kPkvnLengths[] = {
+    LimitsOf(C_RawDataMessage::ePKVN),  // RAW
+    {38, 179},                          // ATTSTAT
+    {25, 100},                          // GBS
+    {25,  70},                          // HPR
+    {20, 100},                          // BLV
+    {40, 255},                          // FVI
+    {60, 190},                          // RTKSTAT
+    {20,  90},                          // VCT
+    {19,  33},                          // INTLT
+    {19,  35},                          // TEMPERATURE
+    {30, 255},                          // ARN_ROUTER
+};
+static_assert(std::size(kPkvnLengths) == std::size(PkvnSentences::kNames));
+
+struct S_BlockRow {
+  unsigned short block;
+  S_FrameLengths lengths;  // 8 bytes of header, the data and 2 of checksum
+};
+
+constexpr S_BlockRow Fixed(unsigned short block, unsigned short length) { return {block, {length, length}}; }
+
+// A block whose body has a record: its length is that of the record, so that what is delivered can be decoded.
+template <class Record>
+constexpr S_BlockRow Recorded(unsigned short block) {
+  return Fixed(block, kMinFrameLength + kBodyLength<Record>);
+}
+
+// The blocks of the binary protocol. Those without a record are delivered too, and left to the host.
+inline constexpr auto kBlocks = [] {
+  using namespace VelaBIN_Messages;
+  using S = S_StoredMessages;
+  return std::array{
+      Recorded<decltype(S::bin1)>(eBin1),     Recorded<decltype(S::bin2)>(eBin2),
+      Recorded<decltype(S::bin3)>(eBin3),     Recorded<decltype(S::bin5)>(eBin5),
+      Recorded<decltype(S::bin16)>(eBin16),   Recorded<decltype(S::bin25)>(eBin25),
+      Recorded<decltype(S::bin34)>(eBin34),   Recorded<decltype(S::bin35)>(eBin35),
+      Recorded<decltype(S::bin36)>(eBin36),   Recorded<decltype(S::bin44)>(eBin44),
+      Recorded<decltype(S::bin45)>(eBin45),   Recorded<decltype(S::bin65)>(eBin65),
+      Recorded<decltype(S::bin66)>(eBin66),   Recorded<decltype(S::bin76)>(eBin76),
+      Recorded<decltype(S::bin93)>(eBin93),   Recorded<decltype(S::bin94)>(eBin94),
+      Recorded<decltype(S::bin95)>(eBin95),   Recorded<decltype(S::bin122)>(eBin122),
+      Recorded<decltype(S::bin180)>(eBin180), Recorded<decltype(S::bin209)>(eBin209),
+      Fixed(6, 22),    Fixed(19, 386),  Fixed(39, 422),  Fixed(49, 310), Fixed(59, 266), Fixed(61, 330), Fixed(62, 50),
+      Fixed(69, 310),  Fixed(71, 458),  Fixed(80, 50),   Fixed(89, 90),  Fixed(96, 310), Fixed(97, 38),  Fixed(98, 78),
+      Fixed(99, 314),  Fixed(100, 270), Fixed(101, 458), Fixed(102, 354), Fixed(104, 290),
+      S_BlockRow{103, {74, 103}},  // the one whose length varies
+  };
+}();
+// clang-format on
+
+// The same by block id, for one access per frame; greatest length 0: an unknown block.
+inline constexpr auto kBlockLengths = [] {
+  std::array<S_FrameLengths, VelaBIN_Messages::kMaxMessageNumber + 1> lengths = {};
+  for (const S_BlockRow& row : kBlocks) lengths[row.block] = row.lengths;
+  return lengths;
+}();
+
+}  // namespace velagnss::framing
+
+#endif  // VELAGNSS_FRAMING_MESSAGE_LENGTHS_H

@@ -1,0 +1,121 @@
+// The machine behind `C_FrameRecognizer`: the states of the search, the counters, and what is done to the queue.
+// Internal: the exported class is a facade over it, so that memories and tuning may change within a library version.
+#ifndef VELAGNSS_FRAMING_RECOGNIZER_CORE_H
+#define VELAGNSS_FRAMING_RECOGNIZER_CORE_H
+
+#include "framing/BodyScanner.h"
+#include "framing/FrameParameters.h"
+#include "framing/FrameRecognizer.h"
+#include "framing/QueueWindow.h"
+#include "framing/StartMatcher.h"
+
+namespace velagnss::framing {
+
+// What can be done is documented where it is public, in FrameRecognizer.h; operations that share a name with one there
+// are that one.
+class C_RecognizerCore {
+ public:
+  using eProtocols = C_RawDataMessage::eProtocols;
+
+  C_RecognizerCore(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling, bool keepStatistics);
+  C_RecognizerCore(const C_RecognizerCore&) = delete;  // the scanner refers to its neighbors
+  C_RecognizerCore& operator=(const C_RecognizerCore&) = delete;
+  ~C_RecognizerCore() = default;
+
+  // Inline for the facade. On a slow line it is called a few times per byte, and mostly there is nothing to do: so the
+  // steps are out of line, where they do not make every call save registers for them.
+  eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
+    if (m_state == eResynchronise) ResetFrameScanProc();
+    if (data != nullptr && length != 0) {
+      if (length > m_queue.FreeSpace()) {
+        const eRecognitionResult queued = QueueInput(data, length);
+        if (queued != eRecNoNewData) return queued;
+      } else {
+        m_queue.Add(data, length);
+        m_lastScanCount = kStepAgain;
+      }
+    }
+    if (m_queue.Queued() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
+    m_lastScanCount = m_scanCount;
+    // Nothing new since the last step: it would come to the same.
+    if (m_queue.Queued() == m_queuedAtLastWait) return m_state == eBodyWait ? eRecFrameStarted : eRecSearching;
+    return Step(message);
+  }
+
+  void EnableProtocol(eProtocols protocol) { Enable(protocol, m_allowed); }
+  void DisableProtocol(eProtocols protocol) { Enable(protocol, {}); }
+  void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
+  void SetPatientSearch(bool patient);
+  void FullProcessingReset();
+  void ResetFrameScanProc();
+  unsigned short GetMaxFrameLength() const { return m_maxFrameLength; }
+  unsigned int GetFreeSpace() const { return m_queue.FreeSpace(); }
+  unsigned int GetQueuedBytes() const { return m_queue.Queued(); }
+  const S_RecognizerStatistics* GetStatistics() const { return m_keepsStatistics ? &m_counters : nullptr; }
+
+  bool IsAFrameStartChar(unsigned char byte) const { return m_starts.CanStart(byte); }
+  bool IsAPostFrameAllowedByte(unsigned char byte);
+
+  // The tables that the search works from.
+  void CreateRecognizedFrames() { m_starts.TakePatterns(); }
+  void SetFrameStartChars();
+  S_ExpectedMessages& Expected() { return m_expected; }
+
+  eRecognitionResult FrameStartSearch();
+  eRecognitionResult DetermineMsgExpectations();
+  bool GetFrameParameters(eProtocols protocol) { return ReadParameters(RowOf(protocol)); }  // of one that has a step
+  eRecognitionResult FrameBodyWait();
+  eRecognitionResult VelaBINBodyWait();
+  eRecognitionResult BodyWait(eBody body);  // of every other shape
+
+ private:
+  enum eScanState : unsigned int { eIdle = 0, eStartSearch = 1, eBodyWait = 2, eResynchronise = 3 };
+
+  static constexpr unsigned short kStepAgain = 0xFFFF;  // equals no scan count
+
+  eRecognitionResult Step(C_RawDataMessage& message);
+  eRecognitionResult StepIdle();
+  eRecognitionResult StepStartSearch();
+  eRecognitionResult StepBodyWait(C_RawDataMessage& message);
+
+  eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
+  bool MakeRoomInFullQueue();
+  void DropFalseStart();
+  unsigned int CountAccepted(const unsigned char* bytes, unsigned int count);
+  void DeliverFrame(C_RawDataMessage& message);
+
+  void Enable(eProtocols protocol, const t_Protocols& flags);
+  void ResetFrame();
+  void Expect(const S_Expectation& expectation);
+  bool ReadParameters(const S_ProtocolRow& row);
+  bool IsBodyAwaited() const { return m_state == eBodyWait && m_currentRow < kNumProtocols; }
+  eRecognitionResult Conclude(eVerdict verdict);
+  void Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount);
+
+  // The queue's policy is asked before bytes are queued, because each overflow is counted.
+  eCircBufOvrflowHandling m_overflowHandling;
+  const bool m_keepsStatistics;
+  const t_Protocols m_allowed;  // named at construction
+  const unsigned short m_maxFrameLength;
+  t_Protocols m_enabled = {};
+  bool m_patientSearch = false;
+  S_ExpectedMessages m_expected;
+
+  eScanState m_state = eIdle;
+  bool m_postFrame = false;                     // a frame was delivered: its line end may follow
+  unsigned short m_scanCount = 0;               // bytes of the current frame looked at
+  unsigned short m_lastScanCount = kStepAgain;  // m_scanCount at the last step
+  unsigned int m_queuedAtLastWait = 0;          // bytes at the last step if it only waits for more; 0: step in any case
+  unsigned int m_currentRow = kNumProtocols;    // of kProtocols: the start that matched last
+  unsigned int m_lastRow = kNumProtocols;       // and that of the frame delivered last
+  S_RecognizerStatistics m_counters = {};
+
+  C_QueueWindow m_queue;
+  S_FrameInProgress m_frame;
+  C_BodyScanner m_scanner;
+  C_StartMatcher m_starts;
+};
+
+}  // namespace velagnss::framing
+
+#endif  // VELAGNSS_FRAMING_RECOGNIZER_CORE_H
