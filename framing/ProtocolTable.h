@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "framing/FrameParameters.h"
@@ -100,12 +102,29 @@ static_assert(
     }(),
     "a protocol without a row or with two, or a start that is longer than what is read");
 
-// Whether the bytes, `startLength` of them or more, begin as the frame does.
-constexpr bool BeginsAs(const S_FrameDescriptor& frame, const unsigned char* bytes, unsigned int from = 0) {
-  for (unsigned int i = from; i < frame.startLength; ++i) {
-    if ((bytes[i] & frame.startMask[i]) != frame.startPattern[i]) return false;
+// Whether bytes at `at` of a start match the pattern there, as many of them as the word has.
+template <class Word>
+bool MatchesAt(const S_FrameDescriptor& frame, const unsigned char* bytes, unsigned int at) {
+  const auto load = [at](const unsigned char* from) {
+    Word word = 0;
+    std::memcpy(&word, from + at, sizeof word);
+    return word;
+  };
+  return (load(bytes) & load(frame.startMask)) == load(frame.startPattern);
+}
+
+// Whether the bytes, `startLength` of them or more, begin as the frame does. The words compared overlap where the
+// length is not a multiple of theirs: every start of the table takes three comparisons or fewer.
+inline bool BeginsAs(const S_FrameDescriptor& frame, const unsigned char* bytes) {
+  const unsigned int length = frame.startLength;
+  if (length < 4)
+    return MatchesAt<std::uint16_t>(frame, bytes, 0) && MatchesAt<std::uint16_t>(frame, bytes, length - 2);
+  if (length < 8)
+    return MatchesAt<std::uint32_t>(frame, bytes, 0) && MatchesAt<std::uint32_t>(frame, bytes, length - 4);
+  for (unsigned int at = 0; at + 8 < length; at += 8) {
+    if (!MatchesAt<std::uint64_t>(frame, bytes, at)) return false;
   }
-  return true;
+  return MatchesAt<std::uint64_t>(frame, bytes, length - 8);
 }
 
 }  // namespace velagnss::framing

@@ -97,7 +97,10 @@ void C_RecognizerCore::ResetFrameScanProc() {
 void C_RecognizerCore::ResetFrame() {
   m_queuedAtLastWait = 0;
   m_scanner.StartOver();
-  m_frame.message.Reset();
+  m_frame.message.protocol = C_RawDataMessage::eNoProtocol;
+  m_frame.message.messageType = 0xFFFFFFFF;
+  m_frame.message.messageSubtype = 0xFFFFFFFF;
+  m_frame.message.length = 0;
 }
 
 void C_RecognizerCore::Expect(const S_Expectation& expectation) {
@@ -157,19 +160,6 @@ void C_RecognizerCore::DropFalseStart() {
   ResetFrameScanProc();
 }
 
-eRecognitionResult C_RecognizerCore::Step(C_RawDataMessage& message) {
-  switch (m_state) {
-    case eIdle:
-      return StepIdle();
-    case eStartSearch:
-      return StepStartSearch();
-    case eBodyWait:
-      return StepBodyWait(message);
-    default:
-      return eRecError;
-  }
-}
-
 // How many of the bytes belong to the frame delivered before them: its line end.
 unsigned int C_RecognizerCore::CountAccepted(const unsigned char* bytes, unsigned int count) {
   unsigned int accepted = 0;
@@ -189,10 +179,10 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
     const unsigned int accepted = CountAccepted(bytes, run);
     unsigned int count = accepted;
     while (count < run && !IsAFrameStartChar(bytes[count])) ++count;
-    Count(&S_RecognizerStatistics::bytesAccepted, accepted);
-    Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
     const bool isStart = count < run;
     if (count > 0) {
+      Count(&S_RecognizerStatistics::bytesAccepted, accepted);
+      Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
       m_queue.Drop(count);
       m_frame.message.length = 0;  // of a frame that a host's own scan completed: its bytes are gone now
     }

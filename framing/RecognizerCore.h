@@ -39,7 +39,16 @@ class C_RecognizerCore {
     m_lastScanCount = m_scanCount;
     // Nothing new since the last step: it would come to the same.
     if (m_queue.Queued() == m_queuedAtLastWait) return m_state == eBodyWait ? eRecFrameStarted : eRecSearching;
-    return Step(message);
+    switch (m_state) {
+      case eIdle:
+        return StepIdle();
+      case eStartSearch:
+        return StepStartSearch();
+      case eBodyWait:
+        return StepBodyWait(message);
+      default:
+        return eRecError;
+    }
   }
 
   void EnableProtocol(eProtocols protocol) { Enable(protocol, m_allowed); }
@@ -73,7 +82,6 @@ class C_RecognizerCore {
 
   static constexpr unsigned short kStepAgain = 0xFFFF;  // equals no scan count
 
-  eRecognitionResult Step(C_RawDataMessage& message);
   eRecognitionResult StepIdle();
   eRecognitionResult StepStartSearch();
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);

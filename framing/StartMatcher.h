@@ -3,7 +3,6 @@
 #define VELAGNSS_FRAMING_START_MATCHER_H
 
 #include <array>
-#include <cstdint>
 
 #include "framing/ProtocolTable.h"
 
@@ -11,9 +10,8 @@ namespace velagnss::framing {
 
 using t_Protocols = std::array<bool, kNumProtocols>;  // a flag for each, by `eProtocols`
 
-// The start patterns, arranged so that a start is told by a few table accesses: each protocol is a bit, the first two
-// bytes choose the bits that may match, and of what is left eight bytes are compared at once. Rows are those of
-// `kProtocols`, in search order.
+// The start patterns, arranged so that a start is identified by a few table accesses: each row of `kProtocols` is a
+// bit, the first two bytes select the rows that may match, and only those are compared, in their order.
 class C_StartMatcher {
  public:
   static constexpr unsigned int kNoRow = kNumProtocols;
@@ -26,7 +24,7 @@ class C_StartMatcher {
   void Search(const t_Protocols& enabled, bool patient);
 
   // Whether a frame can start with this byte.
-  bool CanStart(unsigned char byte) const { return m_rowsByByte[0][byte] != 0; }
+  bool CanStart(unsigned char byte) const { return m_canStart[byte]; }
 
   // Bytes that the first pattern can be compared with, and that the last one can; 255 and 0 when nothing is searched.
   unsigned int MinLength() const { return m_minLength; }
@@ -36,14 +34,12 @@ class C_StartMatcher {
   unsigned int Find(const unsigned char* bytes, unsigned int held) const;
 
  private:
-  void AddRowByByte(unsigned int row);
-
   unsigned short m_minLength = 255;
   unsigned short m_maxLength = 0;
-  unsigned short m_rowsByByte[2][256] = {};              // rows that may have the byte first, second: bit i for row i
-  std::uint64_t m_heads[kNumProtocols] = {};             // the first bytes of the start pattern as one word
-  std::uint64_t m_headMasks[kNumProtocols] = {};         // and of its mask
+  unsigned int m_searched = 0;                           // rows
   unsigned short m_comparedLengths[kNumProtocols] = {};  // bytes held before a row is compared
+  bool m_canStart[256] = {};                             // by byte: of the rows that are searched
+  unsigned short m_rowsByByte[2][256] = {};              // rows that may have the byte first, second
 };
 static_assert(kNumProtocols <= 16, "a row has no bit");
 
