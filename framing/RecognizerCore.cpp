@@ -117,6 +117,24 @@ void C_RecognizerCore::Count(unsigned int S_RecognizerStatistics::*counter, unsi
   value += amount;
 }
 
+// A step that a host called by itself has found a false start.
+eRecognitionResult C_RecognizerCore::Resynchronize(const unsigned char* data, unsigned short length,
+                                                   C_RawDataMessage& message) {
+  ResetFrameScanProc();
+  return DoRecognition(data, length, message);
+}
+
+eRecognitionResult C_RecognizerCore::Feed(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
+  if (length > m_queue.FreeSpace()) {
+    const eRecognitionResult queued = QueueInput(data, length);
+    if (queued != eRecNoNewData) return queued;
+  } else {
+    m_queue.Add(data, length);
+    m_lastScanCount = kStepAgain;
+  }
+  return Advance(message);
+}
+
 // Bytes go in by blocks as long as they fit; at a full queue the policy decides byte by byte.
 eRecognitionResult C_RecognizerCore::QueueInput(const unsigned char* data, unsigned int length) {
   eRecognitionResult result = eRecNoNewData;

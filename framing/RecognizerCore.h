@@ -22,33 +22,12 @@ class C_RecognizerCore {
   C_RecognizerCore& operator=(const C_RecognizerCore&) = delete;
   ~C_RecognizerCore() = default;
 
-  // Inline for the facade. On a slow line it is called a few times per byte, and mostly there is nothing to do: so the
-  // steps are out of line, where they do not make every call save registers for them.
+  // Inline for the facade. On a slow line it is called a few times per byte, mostly without data and with nothing to
+  // do: so all that needs registers saved is out of line, and called last.
   eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
-    if (m_state == eResynchronise) ResetFrameScanProc();
-    if (data != nullptr && length != 0) {
-      if (length > m_queue.FreeSpace()) {
-        const eRecognitionResult queued = QueueInput(data, length);
-        if (queued != eRecNoNewData) return queued;
-      } else {
-        m_queue.Add(data, length);
-        m_lastScanCount = kStepAgain;
-      }
-    }
-    if (m_queue.Queued() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
-    m_lastScanCount = m_scanCount;
-    // Nothing new since the last step: it would come to the same.
-    if (m_queue.Queued() == m_queuedAtLastWait) return m_state == eBodyWait ? eRecFrameStarted : eRecSearching;
-    switch (m_state) {
-      case eIdle:
-        return StepIdle();
-      case eStartSearch:
-        return StepStartSearch();
-      case eBodyWait:
-        return StepBodyWait(message);
-      default:
-        return eRecError;
-    }
+    if (m_state == eResynchronise) return Resynchronize(data, length, message);
+    if (data != nullptr && length != 0) return Feed(data, length, message);
+    return Advance(message);
   }
 
   void EnableProtocol(eProtocols protocol) { Enable(protocol, m_allowed); }
@@ -82,6 +61,24 @@ class C_RecognizerCore {
 
   static constexpr unsigned short kStepAgain = 0xFFFF;  // equals no scan count
 
+  eRecognitionResult Resynchronize(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
+  eRecognitionResult Feed(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
+  eRecognitionResult Advance(C_RawDataMessage& message) {
+    if (m_queue.Queued() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
+    m_lastScanCount = m_scanCount;
+    // Nothing new since the last step: it would come to the same.
+    if (m_queue.Queued() == m_queuedAtLastWait) return m_state == eBodyWait ? eRecFrameStarted : eRecSearching;
+    switch (m_state) {
+      case eIdle:
+        return StepIdle();
+      case eStartSearch:
+        return StepStartSearch();
+      case eBodyWait:
+        return StepBodyWait(message);
+      default:
+        return eRecError;
+    }
+  }
   eRecognitionResult StepIdle();
   eRecognitionResult StepStartSearch();
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
