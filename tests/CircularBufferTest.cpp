@@ -59,6 +59,7 @@ constexpr S_QueueCase kQueueCases[] = {
     {"RejectNewWide", eCircBufOvrflowRejectNew, 5, 2},
     {"NoSuchPolicy", 9, 6, 1},
     {"OneSlot", eCircBufOvrflowDropOldest, 1, 2},
+    {"OneByte", eCircBufOvrflowFlushAll, 1, 1},
 };
 
 std::deque<t_Item> Contents(C_CircularBuffer& queue) {
