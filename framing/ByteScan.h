@@ -16,8 +16,8 @@ namespace velagnss::framing {
 enum class eMark : unsigned char {
   Control,  // a byte below 32
   LineEnd,  // CR or LF
-  CrLf,     // the LF behind a CR; the byte before the scanned ones is looked at
-  Plain,    // a byte below 128, outside of a 7-of-8 packed stream
+  CrLf,     // the LF of a CR LF; the byte before the scanned ones is read
+  Plain,    // a byte below 128: not of a 7-of-8 packed stream
 };
 inline constexpr unsigned int kNumMarks = 4;
 

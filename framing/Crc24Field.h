@@ -1,4 +1,4 @@
-// The arithmetic behind CRC-24Q: polynomials over GF(2) modulo that of the code, as 24-bit numbers. Internal.
+// The arithmetic of CRC-24Q: polynomials over GF(2), modulo the generator, as 24-bit numbers. Internal.
 #ifndef VELAGNSS_FRAMING_CRC24_FIELD_H
 #define VELAGNSS_FRAMING_CRC24_FIELD_H
 
@@ -9,7 +9,7 @@ inline constexpr unsigned int kPolynomial = 0x1864CFB;
 
 constexpr unsigned int TimesX(unsigned int a) { return (a << 1) ^ ((a >> 23 & 1) * kPolynomial); }
 
-// What a sum becomes when one zero byte follows.
+// Multiplication by x^8: what a sum becomes when a zero byte follows.
 constexpr unsigned int TimesX8(unsigned int a) {
   for (int bit = 0; bit < 8; ++bit) a = TimesX(a);
   return a;

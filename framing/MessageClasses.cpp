@@ -66,6 +66,7 @@ constexpr auto kIsRtcmNumber = [] {
   return accepted;
 }();
 
+// Hosts ask this of delivered frames, not of bytes: a search of a short table is fast enough.
 const S_SsrRow* FindSsr(unsigned int number) {
   for (const S_SsrRow& row : kSsrMessages) {
     if (row.number == number) return &row;

@@ -1,7 +1,7 @@
 // How long the messages of each protocol may be, from the first start byte to the last byte of the frame. Internal.
 //
-// The least length tells a frame's end from a line end that comes too early, the greatest one cuts short the wait for
-// an end that does not come.
+// Below the least length a line end does not end a frame. Beyond the greatest one a frame is given up, so that a false
+// start cannot hold back the frames after it for long.
 #ifndef VELAGNSS_FRAMING_MESSAGE_LENGTHS_H
 #define VELAGNSS_FRAMING_MESSAGE_LENGTHS_H
 
@@ -16,7 +16,7 @@
 
 namespace velagnss::framing {
 
-// The limits that a protocol's start pattern stands for, for messages that have none of their own.
+// The limits of a protocol, for messages that have none of their own.
 constexpr S_FrameLengths LimitsOf(C_RawDataMessage::eProtocols protocol) {
   return {RowOf(protocol).frame.headerLength, RowOf(protocol).frame.maxLength};
 }

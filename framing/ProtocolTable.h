@@ -1,5 +1,5 @@
-// The protocols of a stream, one row each: how a frame of it starts, how many bytes tell its kind and length, how long
-// it may be and what shape its body has. Internal: the one home of these facts.
+// The protocols of a stream, one row each: the start pattern, the bytes that type and length are read from, the length
+// limits and the shape of the body. Internal; the one home of these facts.
 #ifndef VELAGNSS_FRAMING_PROTOCOL_TABLE_H
 #define VELAGNSS_FRAMING_PROTOCOL_TABLE_H
 
@@ -23,7 +23,7 @@ enum class eBody : unsigned char {
   SiteRecord,  // up to CR or LF, no checksum
   Ack,         // up to CR or LF, whatever comes before
   Jrox,        // 7-of-8 packed up to CR LF
-  PkvnRaw,     // likewise, behind two text fields; no row: the "$PKVN," sentence of that name
+  PkvnRaw,     // likewise, after two text fields; "$PKVN,RAW" only, so no row has it
 };
 
 struct S_ProtocolRow {

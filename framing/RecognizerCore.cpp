@@ -47,7 +47,7 @@ C_RecognizerCore::C_RecognizerCore(const eProtocols* protocols, eCircBufOvrflowH
       m_frame{C_RawDataMessage(nullptr, m_maxFrameLength)},
       m_scanner(m_queue, m_frame) {}
 
-// Takes the flag of one protocol, or of each.
+// Sets the flag of one protocol, or of all, from `flags`.
 void C_RecognizerCore::Enable(eProtocols protocol, const t_Protocols& flags) {
   for (unsigned int i = 0; i < kNumProtocols; ++i) {
     if (protocol == i || protocol == C_RawDataMessage::eAllProtocols) m_enabled[i] = flags[i];
@@ -71,6 +71,7 @@ void C_RecognizerCore::SetFrameStartChars() {
   m_starts.Search(m_enabled, m_patientSearch);
 }
 
+// An RTCM 3 frame ends with its checksum: a CR or LF after it is noise.
 bool C_RecognizerCore::IsAPostFrameAllowedByte(unsigned char byte) {
   m_postFrame = m_postFrame && m_lastRow < kNumProtocols &&
                 kProtocols[m_lastRow].frame.protocol != C_RawDataMessage::eRTCM3_x && (byte == kCr || byte == kLf);
@@ -94,6 +95,7 @@ void C_RecognizerCore::ResetFrameScanProc() {
   m_postFrame = false;
 }
 
+// The message owns no bytes, so there is nothing to clear: the fields alone say that no frame is in progress.
 void C_RecognizerCore::ResetFrame() {
   m_queuedAtLastWait = 0;
   m_scanner.StartOver();
@@ -103,6 +105,7 @@ void C_RecognizerCore::ResetFrame() {
   m_frame.message.length = 0;
 }
 
+// The limits may be others than those of the last wait, so what it had learned of the body does not hold.
 void C_RecognizerCore::Expect(const S_Expectation& expectation) {
   m_frame.message.messageType = expectation.type;
   m_frame.lengths = expectation.lengths;
@@ -124,6 +127,7 @@ eRecognitionResult C_RecognizerCore::Resynchronize(const unsigned char* data, un
   return DoRecognition(data, length, message);
 }
 
+// Overflow is counted and handled before the step, so that the step sees what the policy has left.
 eRecognitionResult C_RecognizerCore::Feed(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
   if (length > m_queue.FreeSpace()) {
     const eRecognitionResult queued = QueueInput(data, length);
@@ -213,6 +217,7 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
   return eRecSearching;
 }
 
+// On a match the search may hold more bytes than the frame has (the next one's, say): those are given back.
 eRecognitionResult C_RecognizerCore::StepStartSearch() {
   const eRecognitionResult result = FrameStartSearch();
   if (m_state == eResynchronise) {
@@ -227,6 +232,8 @@ eRecognitionResult C_RecognizerCore::StepStartSearch() {
   return result;
 }
 
+// The scanner has judged the body; here the queue is moved: by one byte after a fault, by the frame when it is
+// complete.
 eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
   const eRecognitionResult result = FrameBodyWait();
   if (m_state == eResynchronise) DropFalseStart();
@@ -235,6 +242,7 @@ eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
   return result;
 }
 
+// A message that is too small gets the first bytes of the frame; the whole frame leaves the queue all the same.
 void C_RecognizerCore::DeliverFrame(C_RawDataMessage& message) {
   const C_RawDataMessage& frame = m_frame.message;
   message.protocol = frame.protocol;
@@ -255,6 +263,7 @@ void C_RecognizerCore::DeliverFrame(C_RawDataMessage& message) {
   m_lastRow = m_currentRow;
 }
 
+// With nothing enabled the shortest start is 255 bytes and the longest 0: a start cannot be looked at, or is given up.
 eRecognitionResult C_RecognizerCore::FrameStartSearch() {
   if (m_state != eStartSearch) return eRecError;
   if (m_queue.Queued() < m_starts.MinLength()) return eRecSearching;
@@ -270,6 +279,7 @@ eRecognitionResult C_RecognizerCore::FrameStartSearch() {
   return eRecSearching;
 }
 
+// The limits of the protocol hold until its parameter step has read those of the message.
 eRecognitionResult C_RecognizerCore::DetermineMsgExpectations() {
   m_frame.lengths = {0, 0};
   if (m_currentRow >= kNumProtocols) {
@@ -287,6 +297,7 @@ eRecognitionResult C_RecognizerCore::DetermineMsgExpectations() {
   return eRecFrameStarted;
 }
 
+// The one place that checks how many bytes a parameter step needs.
 bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
   if (m_frame.message.length < row.neededLength) return false;
   S_Expectation expectation = {m_frame.message.messageType, m_frame.lengths};

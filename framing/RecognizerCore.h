@@ -1,5 +1,5 @@
-// The machine behind `C_FrameRecognizer`: the states of the search, the counters, and what is done to the queue.
-// Internal: the exported class is a facade over it, so that memories and tuning may change within a library version.
+// The machine that `C_FrameRecognizer` is the facade of: the states of the search, the counters, and all that is queued
+// and dropped. Internal, so that memories and tuning may change within a major version of the library.
 #ifndef VELAGNSS_FRAMING_RECOGNIZER_CORE_H
 #define VELAGNSS_FRAMING_RECOGNIZER_CORE_H
 
@@ -11,8 +11,7 @@
 
 namespace velagnss::framing {
 
-// What can be done is documented where it is public, in FrameRecognizer.h; operations that share a name with one there
-// are that one.
+// Operations that have the name of one in FrameRecognizer.h are documented there.
 class C_RecognizerCore {
  public:
   using eProtocols = C_RawDataMessage::eProtocols;

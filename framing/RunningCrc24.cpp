@@ -20,7 +20,7 @@ unsigned int Next(unsigned int sum, unsigned char byte) {
   return ((sum << 8) ^ C_CRC24::mu32CRC_Table[(sum >> 16) ^ byte]) & 0xFFFFFF;
 }
 
-// Of two polynomials, modulo that of the code: what stands above bit 23 is reduced as if its bytes were summed.
+// Of two polynomials modulo the generator. The bits above 23 are reduced as if they were bytes to be summed.
 unsigned int Product(unsigned int a, unsigned int b) {
   std::uint64_t product = 0;
   for (unsigned int bit = 0; bit < 24; ++bit) product ^= (std::uint64_t{a} << bit) * (b >> bit & 1);

@@ -1,4 +1,4 @@
-// The checksum that closes a text sentence, "*hh" (NMEA 0183): its digits and the exclusive or they stand for.
+// The checksum that ends a text sentence, "*hh" (NMEA 0183): its two digits, and the exclusive or that they must equal.
 // Internal.
 #ifndef VELAGNSS_FRAMING_SENTENCE_CHECKSUM_H
 #define VELAGNSS_FRAMING_SENTENCE_CHECKSUM_H

@@ -18,6 +18,7 @@ bool UnwindByte(unsigned short* out, unsigned char in, unsigned int& accumulator
   return true;
 }
 
+// The checksum is known for what it is only when the message ends, so each word is added one step late.
 unsigned int UnwindMessage(void* out, const unsigned char* in, unsigned short maxWords) {
   if (out == nullptr || in == nullptr) return 0;
   unsigned char* bytes = static_cast<unsigned char*>(out);

@@ -13,7 +13,7 @@ namespace velagnss::framing {
 
 namespace {
 
-// The first bytes of a start as one word: nearly all false starts are told by a single comparison.
+// The first bytes of a start as one word: nearly all false starts fail at a single comparison.
 constexpr unsigned int kHeadBytes = sizeof(std::uint64_t);
 
 std::uint64_t Head(const unsigned char* bytes) {
@@ -53,6 +53,7 @@ bool NamesAKnownSentence(const unsigned char* bytes) {
 
 }  // namespace
 
+// The second byte separates "$>" from "$B", "$J", "$P" and "$R": most starts are left with one or two rows.
 void C_StartMatcher::TakePatterns() {
   for (unsigned int i = 0; i < kNumProtocols; ++i) {
     const S_FrameDescriptor& frame = kProtocols[i].frame;
@@ -65,6 +66,7 @@ void C_StartMatcher::TakePatterns() {
   }
 }
 
+// Only the flags by byte and the lengths depend on what is enabled; the patterns stay.
 void C_StartMatcher::Search(const t_Protocols& enabled, bool patient) {
   m_minLength = 255;
   m_maxLength = 0;
@@ -80,6 +82,8 @@ void C_StartMatcher::Search(const t_Protocols& enabled, bool patient) {
   for (unsigned int byte = 0; byte < 256; ++byte) m_canStart[byte] = (m_rowsByByte[0][byte] & m_searched) != 0;
 }
 
+// Rows come lowest bit first, which is their search order. A row whose bytes are not all there is passed over, so that
+// a shorter pattern after it may win: this is what makes a search without patience depend on the cut of the stream.
 unsigned int C_StartMatcher::Find(const unsigned char* bytes, unsigned int held) const {
   const unsigned int candidates = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]];
   const std::uint64_t head = held < kHeadBytes ? ShortHead(bytes, held) : Head(bytes);

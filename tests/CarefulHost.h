@@ -39,7 +39,7 @@ class CarefulHost {
       auto result = m_recognizer.DoRecognition(part.Data(), part.Size(), m_message);
       isInOrder = part.Size() > 0;  // pumped dry, the queue has room
       for (; result != eRecNoNewData; result = m_recognizer.DoRecognition(nullptr, 0, m_message)) Note(result);
-      m_tail.erase(0, m_tail.size() - m_recognizer.GetQueuedBytes());
+      m_tail.erase(0, m_tail.size() - Queued());
     }
   }
 
@@ -53,6 +53,7 @@ class CarefulHost {
       Feed(rest);
     }
   }
+  unsigned int Queued() const { return m_recognizer.GetQueuedBytes(); }
   const S_RecognizerStatistics& Counters() const { return *m_recognizer.GetStatistics(); }
 
   std::vector<S_Found> found;
@@ -62,7 +63,7 @@ class CarefulHost {
 
  private:
   void Note(eRecognitionResult result) {
-    const std::size_t head = m_fed - m_recognizer.GetQueuedBytes();  // offset of the oldest byte that is still queued
+    const std::size_t head = m_fed - Queued();  // offset of the oldest byte that is still queued
     if (result == eRecChecksumError || result == eRecFrameRejected) refusals[head - 1] = result;
     if (result == eRecFrameComplete)
       found.push_back({head - m_message.length, m_message.protocol, m_message.messageType,
