@@ -5,8 +5,8 @@
 
 #include "binproto/VelaBin_Decode.h"
 #include "framing/CRC24.h"
-#include "framing/SentenceChecksum.h"
 #include "framing/SevenOfEight.h"
+#include "framing/XorSum.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldParsers.h"
 #include "textproto/PkvnNames.h"

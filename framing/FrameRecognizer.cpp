@@ -3,8 +3,8 @@
 
 #include "framing/MessageLengths.h"
 #include "framing/RecognizerCore.h"
-#include "framing/SentenceChecksum.h"
 #include "framing/SevenOfEight.h"
+#include "framing/XorSum.h"
 
 using namespace velagnss::framing;
 

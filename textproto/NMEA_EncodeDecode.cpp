@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "framing/SentenceChecksum.h"
+#include "framing/XorSum.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldParsers.h"
 #include "textproto/NmeaSentences.h"

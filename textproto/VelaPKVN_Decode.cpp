@@ -5,7 +5,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "framing/SentenceChecksum.h"
+#include "framing/XorSum.h"
 #include "records/ResultCodes.h"
 #include "textproto/PkvnNames.h"
 #include "textproto/PkvnSentences.h"
