@@ -24,16 +24,14 @@ class Host {
     Feed(stream, 0);
     const S_RecognizerStatistics counters = *m_recognizer.GetStatistics();
     std::printf("%u bytes accepted, %u discarded, %u queued, %u bad frames\n", counters.bytesAccepted,
-                counters.bytesDiscarded, Queued(), counters.framesBad);
-    while (const unsigned int queued = Queued()) {  // again from the byte after the false start
+                counters.bytesDiscarded, m_recognizer.GetQueuedBytes(), counters.framesBad);
+    while (const unsigned int queued = m_recognizer.GetQueuedBytes()) {  // again from the byte after the false start
       m_recognizer.FullProcessingReset();
       Feed(stream, stream.size() - queued + 1);
     }
   }
 
  private:
-  unsigned int Queued() const { return m_recognizer.GetMaxFrameLength() + 32U - m_recognizer.GetFreeSpace(); }
-
   void Feed(const std::string& stream, std::size_t from) {
     C_RawDataMessage message(m_buffer.data(), m_recognizer.GetMaxFrameLength());
     while (from < stream.size()) {

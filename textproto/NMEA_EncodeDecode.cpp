@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "framing/ByteScan.h"
+#include "framing/XorSum.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldValues.h"
 #include "textproto/NmeaSentences.h"
@@ -115,7 +115,7 @@ unsigned int C_NMEA_EncodeDecode::EncodeAny(const void* record, C_RawDataMessage
 unsigned char C_NMEA_EncodeDecode::GetNmeaCheckSum(const unsigned char* bytes, unsigned short start,
                                                    unsigned short count) {
   if (bytes == nullptr) return 0;
-  return UTIL::XorOf(bytes + start, std::max<unsigned int>(count, 1));
+  return velagnss::framing::XorOf(bytes + start, std::max<unsigned int>(count, 1));
 }
 
 bool C_NMEA_EncodeDecode::ValidateNmeaCheckSum(unsigned char* sentence, unsigned short length) {

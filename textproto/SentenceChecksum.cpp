@@ -1,8 +1,8 @@
-// The sum is taken eight bytes at a time (framing/ByteScan.h): it is the only pass over every character of a sentence
+// The sum is taken eight bytes at a time (framing/XorSum.h): it is the only pass over every character of a sentence
 // besides splitting.
 #include "textproto/SentenceChecksum.h"
 
-#include "framing/ByteScan.h"
+#include "framing/XorSum.h"
 #include "textproto/NumberText.h"
 
 namespace velagnss::textproto {
@@ -11,7 +11,7 @@ namespace {
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
 unsigned char XorOf(std::string_view bytes) {
-  return UTIL::XorOf(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()));
+  return framing::XorOf(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()));
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "framing/ByteScan.h"
+#include "framing/XorSum.h"
 #include "records/ResultCodes.h"
 #include "textproto/PkvnNames.h"
 #include "textproto/PkvnSentences.h"
@@ -198,7 +198,7 @@ unsigned int C_VelaPKVN_Decode::GetReceivedMsgCount(eMessageTypes type) const {
 }
 
 bool C_VelaPKVN_Decode::ExtractHexValue(const unsigned char* text, unsigned char digits, unsigned int& value) {
-  return UTIL::ReadHex(text, digits, value);
+  return velagnss::framing::ReadHex(text, digits, value);
 }
 
 bool C_VelaPKVN_Decode::MapPKvnAttSysStr2Type(const char* name, ePKvnAttStatSysChans& channel) {
