@@ -9,14 +9,14 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "apps/velagnss/Diagnostics.h"
-#include "apps/velagnss/FrameJson.h"
-#include "apps/velagnss/FrameReader.h"
-#include "apps/velagnss/LineEncoder.h"
-#include "apps/velagnss/MessageFilter.h"
-#include "apps/velagnss/RinexNav.h"
-#include "apps/velagnss/StreamReport.h"
-#include "apps/velagnss/TrackConverter.h"
+#include "apps/velagnss/account/StreamReport.h"
+#include "apps/velagnss/json/FrameJson.h"
+#include "apps/velagnss/json/LineEncoder.h"
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/pipeline/FrameReader.h"
+#include "apps/velagnss/pipeline/MessageFilter.h"
+#include "apps/velagnss/rinex/RinexNav.h"
+#include "apps/velagnss/track/TrackConverter.h"
 #include "fuzz/GoodFrames.h"
 #include "tests/ExactCopy.h"
 #include "tests/JsonSchema.h"

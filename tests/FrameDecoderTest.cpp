@@ -1,4 +1,4 @@
-#include "apps/velagnss/FrameDecoder.h"
+#include "apps/velagnss/pipeline/FrameDecoder.h"
 
 #include <fmt/format.h>
 
@@ -7,8 +7,8 @@
 #include "Cases.h"
 #include "HostData.h"
 #include "Streams.h"
-#include "apps/velagnss/Catalogue.h"
-#include "apps/velagnss/FrameJson.h"
+#include "apps/velagnss/json/FrameJson.h"
+#include "apps/velagnss/text/MessageNames.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "apps/velagnss/FrameReader.h"
+#include "apps/velagnss/pipeline/FrameReader.h"
 
 #include <gmock/gmock.h>
 

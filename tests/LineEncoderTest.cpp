@@ -1,4 +1,4 @@
-#include "apps/velagnss/LineEncoder.h"
+#include "apps/velagnss/json/LineEncoder.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "apps/velagnss/PositionSummary.h"
+#include "apps/velagnss/account/PositionSummary.h"
 
 #include <cmath>
 #include <numbers>

@@ -9,7 +9,7 @@
 #include "HostData.h"
 #include "JsonSchema.h"
 #include "ProgramRun.h"
-#include "apps/velagnss/Progress.h"
+#include "apps/velagnss/input/Progress.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "apps/velagnss/StreamReport.h"
+#include "apps/velagnss/account/StreamReport.h"
 
 #include <gmock/gmock.h>
 

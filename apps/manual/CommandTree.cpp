@@ -2,10 +2,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/velagnss/Catalogue.h"
-#include "apps/velagnss/ConvertCommand.h"
-#include "apps/velagnss/GeoForms.h"
-#include "apps/velagnss/RinexNav.h"
+#include "apps/velagnss/commands/ConvertCommand.h"
+#include "apps/velagnss/geo/GeoForms.h"
+#include "apps/velagnss/rinex/RinexNav.h"
+#include "apps/velagnss/text/MessageNames.h"
 
 namespace Manual {
 namespace {

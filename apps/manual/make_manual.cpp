@@ -7,7 +7,7 @@
 #include "apps/manual/CommandTree.h"
 #include "apps/manual/Completions.h"
 #include "apps/manual/ManPage.h"
-#include "apps/velagnss/CommandLine.h"
+#include "apps/velagnss/commands/CommandLine.h"
 
 int main(int argc, char** argv) {
   const std::string_view kind = argc > 2 ? argv[1] : "";

@@ -1,9 +1,9 @@
 // The host program: reads what a receiver sent and shows what is in it.
-#include "apps/velagnss/CommandLine.h"
-#include "apps/velagnss/Diagnostics.h"
-#include "apps/velagnss/ExitCodes.h"
-#include "apps/velagnss/FileDescriptor.h"
-#include "apps/velagnss/Signals.h"
+#include "apps/velagnss/commands/CommandLine.h"
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/os/ExitCodes.h"
+#include "apps/velagnss/os/FileDescriptor.h"
+#include "apps/velagnss/os/Signals.h"
 
 using namespace Host;
 

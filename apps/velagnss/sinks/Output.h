@@ -1,0 +1,44 @@
+// Where the records go: standard output or a file.
+#ifndef VELAGNSS_APPS_OUTPUT_H
+#define VELAGNSS_APPS_OUTPUT_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "apps/velagnss/os/FileDescriptor.h"
+
+namespace Host {
+
+// Nothing is buffered here: hand over whole lines, many at a time. After the first failure every further write does
+// nothing and returns false; the failure has been reported to the user by then, a reader that went away excepted.
+class C_Output {
+ public:
+  // Creates or empties `name`; "-" is standard output. False, reported, when that is not possible.
+  bool Open(const std::string& name);
+
+  // True when all of `text` has been taken by the operating system.
+  bool Write(std::string_view text);
+
+  // Ends the output: false when the operating system reports a loss only now.
+  bool Close();
+
+  bool HasFailed() const { return m_state != eState::Good; }
+  bool HasReaderLeft() const { return m_state == eState::ReaderLeft; }
+  bool IsATerminal() const;
+  int Descriptor() const { return m_descriptor.Get(); }
+
+ private:
+  enum class eState { Good, ReaderLeft, Failed };
+
+  bool Fail(int error);
+
+  C_FileDescriptor m_descriptor;
+  std::string m_name;
+  std::uint64_t m_written = 0;
+  eState m_state = eState::Failed;  // until it is open
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_OUTPUT_H
