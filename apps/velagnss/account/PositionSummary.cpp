@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
+#include "apps/velagnss/text/Units.h"
 #include "geo/Geodesy.h"
 #include "geo/NotAvailable.h"
 #include "geo/PointCoordinate.h"
@@ -11,8 +11,7 @@
 namespace Host {
 namespace {
 
-constexpr double kRadiansPerDegree = std::numbers::pi / 180;
-constexpr double kLeastRadius = 500e3;     // m: a mean nearer to the Earth's centre has no place on the ellipsoid
+constexpr double kLeastRadius = 500e3;     // m: a mean nearer to the Earth's center has no position on the ellipsoid
 constexpr double kGreatestAltitude = 1e9;  // m: no receiver is beyond the Moon
 
 // Quality of GGA (NMEA 0183): single, differential, precise, RTK, RTK float. 6 is dead reckoning, 7 manual, 8
@@ -24,7 +23,7 @@ bool IsFix(const S_GNS_Data& gns) {
                      [](eNmeaModeIndicator mode) { return mode >= eNmeaModeAutonomous && mode <= eNmeaModeRtkFloat; });
 }
 
-// A marker for what is not available is outside too.
+// The marker of a missing value is outside as well.
 bool IsWithin(double value, double limit) { return value >= -limit && value <= limit; }
 
 // The smallest value that `share` of the values do not exceed.
@@ -37,15 +36,15 @@ double Quantile(std::vector<double>& values, double share) {
 
 }  // namespace
 
-void C_PositionSummary::Note(C_RawDataMessage::eNMEA0183Messages type, const U_EcdDcdData& record) {
+void C_PositionSummary::Note(const velagnss::Record& record) {
   const auto add = [&](const auto& fix) {
     if (IsFix(fix) && IsNewEpoch(fix.timeOfDay)) Add(fix.latitude, fix.longitude, fix.altitude, fix.geoidSeparation);
   };
-  if (type == C_RawDataMessage::eNmeaGGA) add(record.gga);
-  if (type == C_RawDataMessage::eNmeaGNS) add(record.gns);
+  if (const auto* gga = std::get_if<S_GGA_Data>(&record)) add(*gga);
+  if (const auto* gns = std::get_if<S_GNS_Data>(&record)) add(*gns);
 }
 
-// A fix without a time cannot be told from another one.
+// Fixes without a time are all taken as different ones.
 bool C_PositionSummary::IsNewEpoch(double timeOfDay) {
   if (IsNotAvailable(timeOfDay)) return true;
   const bool isNew = m_timeOfDay != timeOfDay;
@@ -53,8 +52,8 @@ bool C_PositionSummary::IsNewEpoch(double timeOfDay) {
   return isNew;
 }
 
-// Mean and products are carried on from fix to fix (Welford, Technometrics 4, 1962): sums of squares of coordinates
-// would lose the millimetres of the spread beside the Earth's radius.
+// Mean and products are updated with each fix (Welford, Technometrics 4, 1962): in sums of squares of coordinates the
+// Earth's radius would swamp the millimeters of the spread.
 void C_PositionSummary::Add(double latitude, double longitude, double altitude, double separation) {
   if (!IsWithin(latitude, 90) || !IsWithin(longitude, 180) || !IsWithin(altitude, kGreatestAltitude)) return;
   const bool hasSeparation = IsWithin(separation, kGreatestAltitude);

@@ -1,4 +1,4 @@
-// Where the fixes of a stream are, and how they scatter.
+// The mean position of the fixes of a stream, and how they scatter.
 #ifndef VELAGNSS_APPS_POSITION_SUMMARY_H
 #define VELAGNSS_APPS_POSITION_SUMMARY_H
 
@@ -8,16 +8,15 @@
 #include <optional>
 #include <vector>
 
-#include "framing/RawDataMessage.h"
 #include "geo/Vector3.h"
-#include "textproto/NMEA_EncodeDecode.h"
+#include "stream/Record.h"
 
 namespace Host {
 
 inline constexpr double kNotKnown = std::numeric_limits<double>::quiet_NaN();
 
-// The fixes around their mean. Not finite where there is no such number: the mean of fixes all around the Earth may be
-// its centre.
+// The fixes around their mean. Values that do not exist are not finite: the mean of fixes from all around the Earth may
+// be its center.
 struct S_PositionSummary {
   std::uint64_t fixes;
   double latitude;   // rad, of the mean position
@@ -31,18 +30,18 @@ struct S_PositionSummary {
   double radius95 = kNotKnown;     // m, the same with 95 % of them
 };
 
-// A fix is a GGA of quality 1 to 5 or a GNS with a satellite mode (A, D, P, R, F), with latitude, longitude and
-// altitude; dead reckoning, manual input and simulation are none. Several sentences of one time of day are one fix, the
-// first.
+// A fix is a GGA of quality 1 to 5 or a GNS with a satellite mode (A, D, P, R, F) that has latitude, longitude and
+// altitude; dead reckoning, manual input and simulation do not count. Of several sentences with one time of day only
+// the first counts.
 //
-// Everything is added up in Earth-centred coordinates and turned into the local frame of the mean at the end: neither
-// the date line nor a pole is a special place. Mean and spread take one pass and no memory. For the radii the fixes are
-// kept; when there are 131,072 every second one is dropped, and from then on only every second (fourth, ...) kept: the
-// radii are exact up to that number and those of at least 65,536 evenly chosen fixes beyond.
+// Sums are taken in Earth-centered coordinates and rotated into the local frame of the mean at the end, so that neither
+// the date line nor a pole is special. Mean and spread take one pass and no memory. The radii need the fixes
+// themselves: of 131,072 every second one is dropped, and from then on only every second (fourth, ...) is kept. The
+// radii are exact up to that number, and beyond it those of at least 65,536 evenly chosen fixes.
 class C_PositionSummary {
  public:
-  // What a sentence, decoded with result 0, tells of the position.
-  void Note(C_RawDataMessage::eNMEA0183Messages type, const U_EcdDcdData& record);
+  // Takes a GGA or GNS and ignores every other record.
+  void Note(const velagnss::Record& record);
 
   // A fix: latitude and longitude in degrees, m above the sea, m from the ellipsoid to the sea (or NA_DOUBLE).
   void Add(double latitude, double longitude, double altitude, double separation);

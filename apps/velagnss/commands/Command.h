@@ -23,7 +23,7 @@ class C_Command {
 
 struct S_CommandEntry {
   const char* name;
-  const char* description;  // one line, then the examples: both stand first in the help
+  const char* description;  // one line, then the examples; they open the help
   std::unique_ptr<C_Command> (*make)();
 };
 

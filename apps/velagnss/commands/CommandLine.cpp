@@ -12,7 +12,7 @@
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
-#include "apps/velagnss/sinks/Output.h"
+#include "apps/velagnss/sinks/OutputRun.h"
 
 namespace Host {
 namespace {
@@ -26,18 +26,19 @@ constexpr char kDescription[] =
     "Examples:\n"
     "  velagnss decode session.bin                    every frame as a JSON object per line\n"
     "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
-    "  velagnss convert --to gpx session.bin          where it went, as a GPX track\n"
+    "  velagnss convert --to gpx session.bin          its track as GPX\n"
     "  velagnss convert --to rinex-nav session.bin    its ephemerides as a RINEX file\n"
-    "  velagnss decode --help                         all that a command can do\n"
-    "\nMessages go to standard error: on a terminal in colour, unless NO_COLOR is set or TERM is dumb, and with the\n"
-    "progress of long inputs, which no file ever holds.\n";
+    "  velagnss decode --help                         everything a command can do\n"
+    "\nMessages go to standard error. On a terminal they are in color, unless NO_COLOR is set or TERM is dumb, and "
+    "the\n"
+    "progress of long inputs is shown.\n";
 
 constexpr char kFooter[] =
-    "\nExit codes: 0 all good, 1 damaged data under --strict or --max-bad, nothing recognised, something left out\n"
-    "of a conversion, or a line of values that does not read, 2 wrong arguments, 3 an input failed,\n"
+    "\nExit codes: 0 success, 1 damaged data with --strict or --max-bad, nothing recognized, something left out\n"
+    "of a conversion, or a line that cannot be parsed, 2 wrong arguments, 3 an input failed,\n"
     "4 the output failed, 128 + N ended by signal N.";
 
-// In the list of commands only the first line of a description, without its examples.
+// The list of commands shows only the first line of each description, without its examples.
 class C_HelpFormatter : public CLI::Formatter {
  public:
   std::string make_subcommand(const CLI::App* command) const override {
@@ -49,11 +50,15 @@ class C_HelpFormatter : public CLI::Formatter {
   }
 };
 
+class C_HelpText : public C_TextBuffer {
+ public:
+  explicit C_HelpText(const std::string& text) { m_text = text; }
+};
+
 int ShowText(const std::string& text) {
-  C_Output output;
-  if (!output.Open("-")) return eExitOutput;
-  output.Write(text);
-  return output.Close() || output.HasReaderLeft() ? eExitOk : eExitOutput;
+  C_HelpText help(text);
+  C_OutputRun output;
+  return output.Open("-") ? output.Write(help) : eExitOutput;
 }
 
 // The command whose arguments were given, "geo time"; empty when there is none.
@@ -72,7 +77,7 @@ C_CommandLine::C_CommandLine() : m_app(std::make_unique<CLI::App>(kDescription, 
   m_app->fallthrough();
   m_app->require_subcommand(1);
   m_app->set_version_flag("--version", "velagnss " VELAGNSS_VERSION);
-  CLI::Option* verbose = m_app->add_flag("-v,--verbose", m_isVerbose, "tell more on standard error");
+  CLI::Option* verbose = m_app->add_flag("-v,--verbose", m_isVerbose, "more messages on standard error");
   m_app->add_flag("-q,--quiet", m_isQuiet, "no warnings and no progress, errors only")->excludes(verbose);
   for (const S_CommandEntry* entry : kCommands) {
     m_commands.emplace_back(m_app->add_subcommand(entry->name, entry->description), entry->make());

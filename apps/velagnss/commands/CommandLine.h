@@ -18,7 +18,7 @@ class C_CommandLine {
   // Reads the arguments and runs the command that they name. Returns an exit code (ExitCodes.h).
   int Run(int argc, char** argv);
 
-  // What is declared: the man page and the completions are made from it.
+  // The declarations, from which the man page and the completions are made.
   const CLI::App& Declared() const { return *m_app; }
 
  private:

@@ -4,108 +4,92 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/velagnss/account/StreamReport.h"
+#include "apps/velagnss/account/AccountJson.h"
+#include "apps/velagnss/account/AccountTable.h"
 #include "apps/velagnss/commands/Arguments.h"
-#include "apps/velagnss/input/InputLoop.h"
 #include "apps/velagnss/os/Diagnostics.h"
-#include "apps/velagnss/sinks/Output.h"
+#include "apps/velagnss/pipeline/NoFrameWarning.h"
+#include "apps/velagnss/sinks/OutputRun.h"
 
 namespace Host {
 namespace {
 
-struct S_StatOptions {
-  S_InputOptions input;
-  S_StreamArguments stream;
-  bool json = false;
-  double maxBadPercent = 100;
-};
-
-// One report per input, shown when the input ends.
-class C_StatJob : public C_StreamJob {
+// Shows the account of an input when it has ended. It comes after the account among the consumers.
+class C_AccountWriter : public C_TextConsumer {
  public:
-  C_StatJob(const S_StatOptions& options, const std::vector<C_RawDataMessage::eProtocols>& search, C_Output& output)
-      : m_options(options), m_search(search), m_output(output) {}
+  C_AccountWriter(const C_StreamAccount& account, bool isJson, double maxBadPercent, C_Output& output)
+      : m_account(account), m_isJson(isJson), m_maxBadPercent(maxBadPercent), m_output(output) {}
 
-  void BeginInput(const std::string& name) override {
-    m_report = std::make_unique<C_StreamReport>(name);
-    m_reader = std::make_unique<C_FrameReader>(m_search.data(), *m_report);
-  }
-  void Feed(std::span<const unsigned char> bytes) override { m_reader->Feed(bytes); }
-  void EndInput() override;
-  bool WantsMore() const override { return !m_output.HasFailed(); }
-
-  bool IsAllGood() const { return m_isAllGood; }
+  void OnFrame(const S_FrameRecord&) override {}
+  void EndInput(const S_InputEnd&) override;
+  eExitCode Judge() const override { return m_isAllGood ? eExitOk : eExitData; }
 
  private:
   void Show();
-  void ShowJson();
-  void Judge();
+  void JudgeInput();
 
-  const S_StatOptions& m_options;
-  const std::vector<C_RawDataMessage::eProtocols>& m_search;
+  const C_StreamAccount& m_account;
+  bool m_isJson;
+  double m_maxBadPercent;
   C_Output& m_output;
-  std::unique_ptr<C_StreamReport> m_report;
-  std::unique_ptr<C_FrameReader> m_reader;
   bool m_isFirst = true;
   bool m_isAllGood = true;
 };
 
-void C_StatJob::EndInput() {
-  m_reader->Finish();
-  m_report->Close(*m_reader);
+// The account is on the screen before a message about it.
+void C_AccountWriter::EndInput(const S_InputEnd&) {
   Show();
-  Judge();
+  m_output.Flush(*this);
+  JudgeInput();
 }
 
-void C_StatJob::Show() {
-  if (m_options.json) return ShowJson();
-  const std::string table = m_report->Table(Verbosity() == eVerbosity::Verbose);
-  m_output.Write(m_isFirst ? table : "\n" + table);
+void C_AccountWriter::Show() {
+  if (m_isJson) {
+    C_JsonWriter json;
+    WriteAccount(json, m_account);
+    m_text += json.Text();
+    return;
+  }
+  m_text += m_isFirst ? "" : "\n";
+  m_text += AccountTable(m_account, Verbosity() == eVerbosity::Verbose);
   m_isFirst = false;
 }
 
-void C_StatJob::ShowJson() {
-  C_JsonWriter json;
-  m_report->WriteJson(json);
-  m_output.Write(json.Text());
-}
-
-void C_StatJob::Judge() {
-  if (m_report->FramesGood() == 0 && m_report->BytesRead() > 0) ReportNoFrame(m_report->Input(), m_report->BytesRead());
-  const bool isTooBad = m_report->BadPercent() > m_options.maxBadPercent;
+void C_AccountWriter::JudgeInput() {
+  if (m_account.FramesGood() == 0 && m_account.Bytes() > 0) ReportNoFrame(m_account.Input(), m_account.Bytes());
+  const bool isTooBad = m_account.BadPercent() > m_maxBadPercent;
   if (isTooBad) {
     ReportError(fmt::format("{}: {:.2f} % of the frames are damaged, more than the {} % of --max-bad; -v shows where",
-                            m_report->Input(), m_report->BadPercent(), m_options.maxBadPercent));
+                            m_account.Input(), m_account.BadPercent(), m_maxBadPercent));
   }
-  m_isAllGood = m_isAllGood && !isTooBad && m_report->FramesGood() > 0;
+  m_isAllGood = m_isAllGood && !isTooBad && m_account.FramesGood() > 0;
 }
 
 class C_StatCommand : public C_Command {
  public:
   void Declare(CLI::App& app) override {
-    DeclareStreamArguments(app, m_options.stream, m_options.input);
-    app.add_flag("--json", m_options.json, "one JSON object per input instead of a table");
-    app.add_option("--max-bad", m_options.maxBadPercent,
-                   "exit with 1 when more than this share of an input's frames is damaged")
+    DeclareStreamArguments(app, m_stream);
+    app.add_flag("--json", m_isJson, "one JSON object per input instead of a table");
+    app.add_option("--max-bad", m_maxBadPercent,
+                   "exit with 1 when more than this percentage of an input's frames is damaged")
         ->option_text("PERCENT")
-        ->check(NumberBetween(0.0, 100.0));
+        ->check(NumberBetween(0.0, 100.0, "a number from 0 to 100"));
+    m_stream.input.progress = S_InputOptions::eProgress::Always;
   }
 
   int Run() override {
-    const auto search = SearchList(m_options.stream);
-    C_Output output;
+    C_OutputRun output;
     if (!output.Open("-")) return eExitOutput;
-    m_options.input.showProgress = true;
-    C_StatJob job(m_options, search, output);
-    const eExitCode inputCode = RunInputs(m_options.input, job);
-    output.Close();
-    if (output.HasFailed() && !output.HasReaderLeft()) return eExitOutput;
-    if (inputCode != eExitOk) return inputCode;
-    return job.IsAllGood() ? eExitOk : eExitData;
+    C_StreamAccount account;
+    C_AccountWriter writer(account, m_isJson, m_maxBadPercent, output.Output());
+    C_RecordRun run(RunOptions(m_stream), {&account, &writer});
+    return output.Run(m_stream.input, run, writer, [&] { return run.Judge(); });
   }
 
  private:
-  S_StatOptions m_options;
+  S_StreamArguments m_stream;
+  bool m_isJson = false;
+  double m_maxBadPercent = 100;
 };
 
 }  // namespace
@@ -115,7 +99,7 @@ const S_CommandEntry kStatCommand = {
     "What is in the inputs, how much of it is damaged, and where.\n\n"
     "Examples:\n"
     "  velagnss stat session.bin                   counts, rates, gaps, mean position, damage\n"
-    "  velagnss -v stat session.bin                with all the places\n"
+    "  velagnss -v stat session.bin                also every place of damage\n"
     "  velagnss stat --json --max-bad 1 *.bin      for scripts: exit code 1 when more than 1 % is damaged\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_StatCommand>(); }};
 

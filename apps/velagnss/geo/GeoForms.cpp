@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
-#include "apps/velagnss/commands/Arguments.h"
+#include "apps/velagnss/text/Lists.h"
+#include "apps/velagnss/text/Numbers.h"
+#include "apps/velagnss/text/Units.h"
 #include "geo/Geodesy.h"
 #include "geo/GnssTime.h"
 #include "geo/NotAvailable.h"
@@ -19,16 +20,11 @@ namespace {
 
 using enum eGeoQuantity;
 
-constexpr double kRadiansPerDegree = std::numbers::pi / 180;
 constexpr double kGreatestLength = 1e9;  // m: more than twice as far as the Moon
-constexpr double kSecondsPerDay = 86400;
-constexpr double kSecondsPerWeek = 7 * kSecondsPerDay;
-constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
-constexpr unsigned int kLastMjd = 88433;        // 31 December 2100: the last day that C_GnssTime counts right
 constexpr unsigned int kWholeWeeks = (kLastMjd - kMjdOfGpsEpoch) / 7;
 constexpr double kLastWeek = kWholeWeeks;
 
-// Nearer than this to the Earth's centre the conversion to geodetic coordinates means nothing (geo/Geodesy.h).
+// Nearer than this to the Earth's center, geodetic coordinates mean nothing (geo/Geodesy.h).
 constexpr double kLeastRadius = 500e3;  // m
 
 // clang-format off
@@ -172,11 +168,11 @@ eGeoOutcome TimeFromMjd(const t_GeoInputs& in, t_GeoOutputs& out) {
   return AllTimesOf(time + 0.0, out);
 }
 
-constexpr char kNoGeodetic[] = "no result: nearer than 500 km to the Earth's centre latitude and height mean nothing";
+constexpr char kNoGeodetic[] = "no result: nearer than 500 km to the Earth's center, latitude and height mean nothing";
 constexpr char kNoGeodesic[] =
     "no result: the points are almost opposite each other on the Earth, where the method does not converge";
-constexpr char kNoDate[] = "there is no such day from 6 January 1980 to 31 December 2100";
-constexpr char kNoMjd[] = "the fraction stands twice: in the Modified Julian Date and behind it";
+constexpr char kNoDate[] = "not a day from 6 January 1980 to 31 December 2100";
+constexpr char kNoMjd[] = "the fraction is given twice: in the Modified Julian Date and after it";
 
 // clang-format off
 constexpr S_GeoForm kForms[] = {
@@ -199,11 +195,11 @@ static_assert(std::all_of(std::begin(kForms), std::end(kForms), [](const S_GeoFo
 // ---- The text of the values
 
 constexpr std::string_view kSeparators = " \t\r,";
-constexpr std::size_t kShownSize = 40;  // of a text that is no number
+constexpr std::size_t kShownSize = 40;  // of a text that is not a number
 
 bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
-// The separators of ISO 8601 as spaces: '-', ':' and 'T' between two digits, where no other number has them.
+// Turns the separators of ISO 8601 into spaces: '-', ':' and 'T' between two digits, where no other number has them.
 std::string WithoutIsoSeparators(std::string_view line) {
   std::string plain(line);
   for (std::size_t i = 1; i + 1 < line.size(); ++i) {
@@ -223,18 +219,13 @@ std::vector<std::string_view> SplitValues(std::string_view line) {
   return values;
 }
 
-std::string NamesOf(std::span<const S_GeoColumn> columns) {
-  std::string names;
-  for (const S_GeoColumn& column : columns) names += (names.empty() ? "" : " ") + std::string(column.name);
-  return names;
-}
-
 std::string ReadCount(const S_GeoForm& form, std::size_t count) {
   if (count >= form.required && count <= form.inputs.size()) return {};
   const std::string needed = form.required == form.inputs.size()
                                  ? fmt::format("{}", form.required)
                                  : fmt::format("{} to {}", form.required, form.inputs.size());
-  return fmt::format("{} value{} given, {} needed: {}", count, count == 1 ? "" : "s", needed, NamesOf(form.inputs));
+  return fmt::format("{} value{} given, {} needed: {}", count, count == 1 ? "" : "s", needed,
+                     JoinNames(form.inputs, &S_GeoColumn::name));
 }
 
 bool IsInRange(const S_GeoColumn& column, double value, double scale) {
@@ -243,13 +234,13 @@ bool IsInRange(const S_GeoColumn& column, double value, double scale) {
   return value >= column.least * scale && (isOpen ? value < limit : value <= limit);
 }
 
-// `scale`: what an angle's limits, in degrees, are to be multiplied with to be in the unit of the text.
+// `scale` converts an angle's limits, in degrees, to the unit of the text.
 std::string ReadValue(const S_GeoColumn& column, std::string_view text, double scale, double& value) {
   const bool isNumber = ParseWhole(text, value) && std::isfinite(value);
   const bool isRight = isNumber && (column.quantity != Whole || std::floor(value) == value);
   if (isRight && IsInRange(column, value, scale)) return {};
   const std::string named = fmt::format("{} '{}'", column.name, text.substr(0, kShownSize));
-  if (!isRight) return fmt::format("{} is no {}number", named, column.quantity == Whole ? "whole " : "");
+  if (!isRight) return fmt::format("{} is not a {}number", named, column.quantity == Whole ? "whole " : "");
   const bool isOpen = !IsInRange(column, column.limit * scale, scale);
   return fmt::format("{} is outside {} to {}{}", named, column.least * scale, isOpen ? "below " : "",
                      column.limit * scale);
@@ -264,6 +255,13 @@ const S_GeoForm* FindGeoForm(std::string_view command, std::string_view from) {
     return form.command == command && (from.empty() || form.from == from);
   });
   return found == std::end(kForms) ? nullptr : found;
+}
+
+std::vector<std::string_view> SidesOfGeo(std::string_view command) {
+  std::vector<std::string_view> sides;
+  for (const S_GeoForm& form : kForms)
+    if (form.command == command && !form.from.empty()) sides.push_back(form.from);
+  return sides;
 }
 
 std::string ReadGeoValues(const S_GeoForm& form, std::string_view line, bool radians, t_GeoInputs& values) {

@@ -5,22 +5,20 @@
 #include <cmath>
 #include <numbers>
 
-#include "apps/velagnss/json/FrameJson.h"
-#include "apps/velagnss/os/ExitCodes.h"
+#include "apps/velagnss/text/JsonWriter.h"
 #include "apps/velagnss/text/TimeText.h"
+#include "apps/velagnss/text/Units.h"
 
 namespace Host {
 namespace {
 
-constexpr double kSecondsPerWeek = 604800;
-
-// How a quantity is written. Its unit is that of a table, its suffix that of a name in JSON.
+// How a quantity is written: its unit in a table, its suffix to a name in JSON.
 struct S_Style {
   double scale;  // from the library's unit
   int decimals;
   std::string_view unit;
   std::string_view suffix;
-  double turn = 0;  // what a full circle is; 0: no direction
+  double turn = 0;  // a full circle; 0: not a direction
 };
 
 S_Style StyleOf(eGeoQuantity quantity, bool radians) {
@@ -29,7 +27,7 @@ S_Style StyleOf(eGeoQuantity quantity, bool radians) {
     case eGeoQuantity::Direction: {
       const bool isDirection = quantity == eGeoQuantity::Direction;
       if (radians) return {1, 11, "rad", "_rad", isDirection ? 2 * std::numbers::pi : 0};
-      return {180 / std::numbers::pi, 9, "deg", "_deg", isDirection ? 360.0 : 0};
+      return {kDegreesPerRadian, 9, "deg", "_deg", isDirection ? 360.0 : 0};
     }
     case eGeoQuantity::Length:
       return {1, 4, "m", "_m"};
@@ -44,8 +42,8 @@ S_Style StyleOf(eGeoQuantity quantity, bool radians) {
   }
 }
 
-// Seconds since 6 January 1980 as date and time of day. Week and second of week are exact, what is behind the comma is
-// to some 0.5 us: enough for the milliseconds shown.
+// Seconds since 6 January 1980 as date and time of day. Week and second of week are exact, fractions are to some 0.5
+// us: enough for the milliseconds shown.
 C_TimeText CalendarText(double seconds) {
   const double week = std::floor(seconds / kSecondsPerWeek);
   return C_TimeText::WeekTime(static_cast<unsigned short>(week), seconds - week * kSecondsPerWeek, ALGO::GNSS_GPS);
@@ -89,7 +87,9 @@ std::string GeoLine(const S_GeoResult& result) {
   return line + "\n";
 }
 
-void WriteGeoJson(C_JsonWriter& json, const S_GeoResult& result, std::optional<std::uint64_t> line) {
+std::string GeoJson(const S_GeoResult& result, std::optional<std::uint64_t> line) {
+  constexpr std::size_t kUsualSize = 512;
+  C_JsonWriter json(kUsualSize);
   json.BeginObject();
   json.Key("schema").Integer(kSchemaVersion);
   json.Key("report").String(result.form.command);
@@ -107,6 +107,7 @@ void WriteGeoJson(C_JsonWriter& json, const S_GeoResult& result, std::optional<s
   }
   json.EndObject();
   json.EndLine();
+  return std::string(json.Text());
 }
 
 }  // namespace Host

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,10 +15,13 @@
 namespace Host {
 namespace {
 
-const char* AdviceForOpen(int error) {
+// A shell passes on a pattern that matches no file as it is.
+bool IsPattern(const std::string& name) { return name.find_first_of("*?[") != std::string::npos; }
+
+const char* AdviceForOpen(const std::string& name, int error) {
   switch (error) {
     case ENOENT:
-      return "check the name; a wildcard that matches nothing is passed on as it is";
+      return IsPattern(name) ? "no file matches this pattern" : "check the name";
     case EACCES:
       return "check the permissions; for a serial port, membership of the group that owns it";
     default:
@@ -29,17 +31,17 @@ const char* AdviceForOpen(int error) {
 
 }  // namespace
 
-bool C_Input::Open(const std::string& name) {
+bool C_FileSource::Open(const std::string& name) {
   const bool isStandardInput = name == "-";
   m_name = isStandardInput ? "standard input" : name.empty() ? "''" : name;
   m_size = 0;
   m_descriptor = C_FileDescriptor(isStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                                   : ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-  if (m_descriptor.IsOpen()) return Prepare();
-  return SignalReceived() == 0 && Fail("cannot be opened", AdviceForOpen(errno));
+  if (m_descriptor.IsOpen()) return Examine();
+  return SignalReceived() == 0 && Fail("cannot be opened", AdviceForOpen(name, errno));
 }
 
-bool C_Input::Prepare() {
+bool C_FileSource::Examine() {
   struct stat status {};
   if (::fstat(m_descriptor.Get(), &status) != 0) return Fail("cannot be examined", "check that it can be read");
   if (S_ISDIR(status.st_mode)) {
@@ -54,35 +56,18 @@ bool C_Input::Prepare() {
   return true;
 }
 
-C_Input::eRead C_Input::Read(std::span<unsigned char> buffer, std::size_t& count) {
-  count = 0;
-  while (SignalReceived() == 0) {
-    if (!m_isRegular && !WaitForBytes()) continue;
-    const ssize_t got = ::read(m_descriptor.Get(), buffer.data(), buffer.size());
-    if (got < 0 && (errno == EINTR || errno == EAGAIN)) continue;
-    if (got < 0) {
-      Fail("reading failed", "what was read before is in the output");
-      return eRead::Failed;
-    }
-    count = static_cast<std::size_t>(got);
-    return got == 0 ? eRead::End : eRead::Bytes;
+C_ByteSource::eRead C_FileSource::Read(std::span<unsigned char> buffer, S_Chunk& chunk) {
+  const ssize_t got = ::read(m_descriptor.Get(), buffer.data(), buffer.size());
+  if (got < 0 && (errno == EINTR || errno == EAGAIN)) return eRead::Nothing;
+  if (got < 0) {
+    Fail("reading failed", "what was read before is in the output");
+    return eRead::Failed;
   }
-  return eRead::Interrupted;
+  chunk = {buffer.first(static_cast<std::size_t>(got)), S_Chunk::t_Clock::now()};
+  return got == 0 ? eRead::End : eRead::Bytes;
 }
 
-// The signals' descriptor is polled as well: a signal that comes just before the wait still ends it.
-bool C_Input::WaitForBytes() const {
-  pollfd waiting[] = {{m_descriptor.Get(), POLLIN, 0}, {SignalDescriptor(), POLLIN, 0}};
-  return ::poll(waiting, std::size(waiting), -1) > 0 && waiting[0].revents != 0;
-}
-
-bool C_Input::WouldWait() const {
-  if (m_isRegular) return false;
-  pollfd waiting{m_descriptor.Get(), POLLIN, 0};
-  return ::poll(&waiting, 1, 0) == 0;
-}
-
-bool C_Input::Fail(const char* what, const char* advice) {
+bool C_FileSource::Fail(const char* what, const char* advice) {
   ReportError(fmt::format("{}: {}: {}; {}", m_name, what, std::strerror(errno), advice));
   return false;
 }

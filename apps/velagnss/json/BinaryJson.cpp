@@ -1,6 +1,6 @@
 #include "apps/velagnss/json/BinaryJson.h"
 
-#include <cmath>
+#include <limits>
 
 #include "apps/velagnss/json/FieldTable.h"
 #include "apps/velagnss/text/TimeText.h"
@@ -8,8 +8,10 @@
 namespace Host {
 namespace {
 
+using velagnss::WeekSource;
+
 constexpr std::string_view kSystems[] = {"gps", "glonass", "beidou", "galileo", "sbas", "qzss"};  // ALGO::eGNSSSystem
-constexpr std::string_view kWeekSources[] = {"", "seed", "stream"};                               // eWeekSource
+constexpr std::string_view kWeekSources[] = {"", "seed", "stream"};  // velagnss::WeekSource
 
 constexpr double kNoAccuracy = 1e99;  // m: accuracy index 15, "no prediction" (IS-GPS-200, 20.3.3.3.1.3)
 
@@ -104,7 +106,7 @@ constexpr S_JsonField<S_IFPvaEphRec> kGlonassOnly[] = {
 };
 // clang-format on
 
-// A time of week: its week, its seconds, and both as a date. Without a resolved week only the seconds mean anything.
+// A time of week: its week, its seconds, and both as a date. Without a resolved week, only the seconds mean anything.
 struct S_TimeNames {
   std::string_view week;
   std::string_view seconds;
@@ -118,8 +120,8 @@ constexpr S_TimeNames kReference{"ref_week", "ref_s", "ref_time"};
 
 class C_TimeWriter {
  public:
-  C_TimeWriter(C_JsonWriter& json, eWeekSource source, unsigned char timeSystem)
-      : m_json(json), m_isResolved(source != eWeekSource::None), m_system(ALGO::eGNSSSystem{timeSystem}) {}
+  C_TimeWriter(C_JsonWriter& json, WeekSource source, unsigned char timeSystem)
+      : m_json(json), m_isResolved(source != WeekSource::None), m_system(ALGO::eGNSSSystem{timeSystem}) {}
 
   void Write(const S_TimeNames& names, unsigned short week, double seconds) {
     m_json.Key(names.week).IntegerOrNull(m_isResolved ? std::optional(week) : std::nullopt);
@@ -136,13 +138,13 @@ class C_TimeWriter {
   ALGO::eGNSSSystem m_system;
 };
 
-void WriteWeekSource(C_JsonWriter& json, eWeekSource week) { WriteName<kWeekSources>(json.Key("week"), week); }
+void WritWeekSource(C_JsonWriter& json, WeekSource week) { WriteName<kWeekSources>(json.Key("week"), week); }
 
 }  // namespace
 
-void WriteKeplerEphemeris(C_JsonWriter& json, const S_IFKeplerEphRec& record, eWeekSource week) {
+void WriteMembers(C_JsonWriter& json, const S_IFKeplerEphRec& record, WeekSource week) {
   WriteFields(json, kKeplerHead, record);
-  WriteWeekSource(json, week);
+  WritWeekSource(json, week);
   C_TimeWriter times(json, week, record.TimeSystem);
   times.Write(kTransmission, record.TxWeek, record.TxTime);
   times.Write(kEphemerisReference, record.ToeWeek, record.Toe);
@@ -150,19 +152,19 @@ void WriteKeplerEphemeris(C_JsonWriter& json, const S_IFKeplerEphRec& record, eW
   WriteFields(json, kKeplerBody, record);
 }
 
-void WritePvaEphemeris(C_JsonWriter& json, const S_IFPvaEphRec& record, eWeekSource week) {
+void WriteMembers(C_JsonWriter& json, const S_IFPvaEphRec& record, WeekSource week) {
   WriteFields(json, kPvaHead, record);
-  WriteWeekSource(json, week);
+  WritWeekSource(json, week);
   C_TimeWriter times(json, week, record.TimeSystem);
   times.Write(kReference, record.RefWeek, record.RefTime);
-  // An SBAS message whose week is not resolved has not come to its frame time.
-  const bool hasFrameTime = week != eWeekSource::None;
-  times.Write(kFrame, record.FrameWeek, hasFrameTime ? record.FrameTime : std::nan(""));
+  // The frame time of an SBAS message is only known together with its week.
+  const bool hasFrameTime = week != WeekSource::None;
+  times.Write(kFrame, record.FrameWeek, hasFrameTime ? record.FrameTime : std::numeric_limits<double>::quiet_NaN());
   WriteFields(json, kPvaBody, record);
   if (record.System == ALGO::GNSS_GLONASS) WriteFields(json, kGlonassOnly, record);
 }
 
-void WriteBin209(C_JsonWriter& json, const VelaBIN_Messages::S_BinMsg209& record) {
+void WriteMembers(C_JsonWriter& json, const VelaBIN_Messages::S_BinMsg209& record) {
   json.Key("time").Number(record.Time);
   json.Key("week").Integer(record.Week);
   json.Key("entries").BeginArray();

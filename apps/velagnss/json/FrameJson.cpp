@@ -1,55 +1,27 @@
 #include "apps/velagnss/json/FrameJson.h"
 
-#include <iterator>
-
-#include "apps/velagnss/text/MessageNames.h"
+#include "apps/velagnss/json/RecordJson.h"
+#include "apps/velagnss/text/RejectionNumber.h"
 #include "records/ResultCodes.h"
+#include "stream/Names.h"
 
 namespace Host {
 namespace {
 
-constexpr std::string_view kDepths[] = {"none", "raw", "partial", "full"};  // eDepth
+constexpr std::string_view kDepths[] = {"none", "raw", "partial", "full"};  // velagnss::Depth
 
-struct S_ResultText {
-  unsigned int result;
-  std::string_view text;
-};
-constexpr S_ResultText kResultTexts[] = {
-    {eResultWrongSentence, "wrong sentence"},
-    {eResultBadSync, "bad prefix or line end"},
-    {eResultChecksum, "checksum mismatch"},
-    {eResultUnknownMessage, "message not supported"},
-    {eResultWrongMessage, "message cannot be converted"},
-    {eResultOutOfRange, "value out of range"},
-    {eResultPastEnd, "message too short or too long"},
-    {eResultBadField, "too few fields, or a field that does not read"},
-    {eResultTooShort, "too short"},
-    {eResultTooLong, "too long"},
-    {eResultNoSeed, "week not resolved: no date known; --seed tells one"},
-};
-
-void WriteDecoded(C_JsonWriter& json, const C_FrameDecoder& decoder) {
-  json.Key("result").IntegerOrNull(decoder.Result());
-  if (decoder.Result().value_or(eResultOk) != eResultOk) json.Key("error").String(ResultText(*decoder.Result()));
-  json.Key("decoded").String(kDepths[static_cast<std::size_t>(decoder.Depth())]);
+void WriteDecoded(C_JsonWriter& json, const velagnss::DecodedFrame& decoded) {
+  json.Key("result").IntegerOrNull(decoded.result);
+  if (decoded.result.value_or(eResultOk) != eResultOk) json.Key("error").String(velagnss::ResultText(*decoded.result));
+  json.Key("decoded").String(kDepths[static_cast<std::size_t>(decoded.depth)]);
   json.Key("fields");
-  if (decoder.Depth() == eDepth::None) return json.Null();
+  if (decoded.depth == velagnss::Depth::None) return json.Null();
   json.BeginObject();
-  decoder.WriteFields(json);
+  WriteFields(json, decoded);
   json.EndObject();
 }
 
 }  // namespace
-
-std::string_view ResultText(unsigned int result) {
-  for (const S_ResultText& row : kResultTexts)
-    if (row.result == result) return row.text;
-  return "not decoded";
-}
-
-std::string_view RejectionText(unsigned int result) {
-  return result == eRecChecksumError ? "checksum error" : "no such message, or not its length or characters";
-}
 
 void C_FrameJson::Begin() {
   m_json.BeginObject();
@@ -62,34 +34,34 @@ void C_FrameJson::End() {
   m_json.EndLine();
 }
 
-void C_FrameJson::WriteFrame(const C_RawDataMessage& frame, std::uint64_t offset, const C_FrameDecoder* decoder) {
+void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded) {
   Begin();
-  m_json.Key("offset").Integer(offset);
+  m_json.Key("offset").Integer(frame.offset);
   m_json.Key("length").Integer(frame.length);
-  m_json.Key("protocol").String(ProtocolName(frame.protocol));
-  m_json.Key("message").String(C_MessageName(frame.protocol, frame.messageType).Text());
-  m_json.Key("number").IntegerOrNull(MessageNumber(frame.messageType));
-  if (decoder != nullptr) WriteDecoded(m_json, *decoder);
+  m_json.Key("protocol").String(velagnss::ProtocolName(frame.protocol));
+  m_json.Key("message").String(velagnss::MessageName(frame.protocol, frame.message).Text());
+  m_json.Key("number").IntegerOrNull(velagnss::MessageNumber(frame.message));
+  if (decoded != nullptr) WriteDecoded(m_json, *decoded);
   if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});
   End();
 }
 
-void C_FrameJson::WriteRejection(const S_Rejection& rejection) {
+void C_FrameJson::WriteRejection(const velagnss::RejectedStart& start) {
   Begin();
   m_json.Key("event").String("rejected");
-  m_json.Key("offset").Integer(rejection.offset);
+  m_json.Key("offset").Integer(start.offset);
   m_json.Key("length").Integer(1);
-  m_json.Key("result").Integer(rejection.result);
-  m_json.Key("why").String(RejectionText(rejection.result));
-  m_json.Key("start").String({reinterpret_cast<const char*>(rejection.bytes.data()), rejection.bytes.size()});
+  m_json.Key("result").Integer(RejectionNumber(start.reason));
+  m_json.Key("why").String(velagnss::ReasonText(start.reason));
+  m_json.Key("start").String({reinterpret_cast<const char*>(start.data), start.size});
   End();
 }
 
-void C_FrameJson::WriteSkipped(std::uint64_t offset, std::uint64_t length) {
+void C_FrameJson::WriteSkipped(const velagnss::SkippedRange& range) {
   Begin();
   m_json.Key("event").String("skipped");
-  m_json.Key("offset").Integer(offset);
-  m_json.Key("length").Integer(length);
+  m_json.Key("offset").Integer(range.offset);
+  m_json.Key("length").Integer(range.length);
   m_json.Key("why").String("bytes of no frame");
   End();
 }

@@ -2,32 +2,30 @@
 #ifndef VELAGNSS_APPS_FRAME_JSON_H
 #define VELAGNSS_APPS_FRAME_JSON_H
 
-#include <cstdint>
 #include <string>
 
-#include "apps/velagnss/pipeline/FrameDecoder.h"
-#include "apps/velagnss/pipeline/FrameReader.h"
 #include "apps/velagnss/text/JsonWriter.h"
+#include "stream/FrameReader.h"
+#include "stream/RecordDecoder.h"
 
 namespace Host {
 
-inline constexpr int kSchemaVersion = 1;
-
-// Writes whole lines. `input` is the name of the input, empty to leave it out.
+// Writes whole lines.
 class C_FrameJson {
  public:
   explicit C_FrameJson(C_JsonWriter& json) : m_json(json) {}
 
+  // The name of the input, for every object; empty to leave it out.
   void SetInput(std::string name) { m_input = std::move(name); }
 
-  // Add the frame's bytes as hexadecimal digits to every object.
+  // Adds the frame's bytes as hexadecimal digits to every frame.
   void SetHex(bool isWanted) { m_hex = isWanted; }
 
-  // What `decoder` made of `frame`; null for the envelope alone.
-  void WriteFrame(const C_RawDataMessage& frame, std::uint64_t offset, const C_FrameDecoder* decoder);
+  // A frame and what was decoded of it; null for the envelope alone.
+  void WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded);
 
-  void WriteRejection(const S_Rejection& rejection);
-  void WriteSkipped(std::uint64_t offset, std::uint64_t length);
+  void WriteRejection(const velagnss::RejectedStart& start);
+  void WriteSkipped(const velagnss::SkippedRange& range);
 
  private:
   void Begin();
@@ -37,10 +35,6 @@ class C_FrameJson {
   std::string m_input;
   bool m_hex = false;
 };
-
-// Why a result is not 0, in words: of a decoder, and of the frame search.
-std::string_view ResultText(unsigned int result);
-std::string_view RejectionText(unsigned int result);
 
 }  // namespace Host
 

@@ -13,26 +13,26 @@
 
 namespace Host {
 
-// One line after the other; each stands for itself.
+// Each line is encoded on its own.
 class C_LineEncoder {
  public:
   enum class eOutcome {
     Encoded,
-    Skipped,  // an object that no sentence can be made of: another protocol, an event, what was not decoded
-    Refused,  // what ought to be a sentence, and is not fit for one; or no JSON at all
+    Skipped,  // an object that is not a sentence: another protocol, an event, a frame that was not decoded
+    Refused,  // a sentence that cannot be encoded, or a line that is not JSON
   };
 
   C_LineEncoder();
 
   eOutcome Encode(std::string_view line);
 
-  // With CR LF; of an `Encoded` line. It is one that the frame search finds again.
+  // Of an `Encoded` line, with CR LF. The frame search recognizes it.
   std::string_view Sentence() const { return m_sentence; }
 
   // Why a line was skipped or refused, member first.
   const std::string& Reason() const { return m_reason; }
 
-  // Sentences whose mode letters were left out: only GNS of a talker that ends in N has them (NMEA 0183, GNS).
+  // GNS sentences whose mode letters were left out: only those of a talker that ends in N have them (NMEA 0183).
   std::uint64_t ModesLeftOut() const { return m_modesLeftOut; }
 
  private:
@@ -41,8 +41,8 @@ class C_LineEncoder {
   eOutcome EncodeObject(const nlohmann::json& object);
   eOutcome EncodeFields(const nlohmann::json& object, C_RawDataMessage::eNMEA0183Messages type);
   eOutcome EncodeRecord(C_RawDataMessage::eNMEA0183Messages type);
-  void DropModesWithoutRoom();
-  bool IsRecognised();
+  void DropModes();
+  bool IsRecognized();
 
   C_NMEA_EncodeDecode m_nmea;
   U_EcdDcdData m_record;

@@ -1,4 +1,4 @@
-// Tables of members that go both ways: FieldTable.h into JSON, and here what JSON says back into a record.
+// Tables of members for both directions: FieldTable.h writes JSON, this one also reads it back into a record.
 #ifndef VELAGNSS_APPS_MEMBER_TABLE_H
 #define VELAGNSS_APPS_MEMBER_TABLE_H
 
@@ -44,17 +44,17 @@ std::string ListOfNames(const Names& names) {
 // A JSON integer from `least` to `greatest`, which `number` can hold.
 template <std::integral Integer>
 t_Problem ReadInteger(const nlohmann::json& value, std::int64_t least, std::int64_t greatest, Integer& number) {
-  if (!value.is_number_integer()) return Quoted(value) + " is no integer";
+  if (!value.is_number_integer()) return Quoted(value) + " is not an integer";
   const bool isBeyond = value.is_number_unsigned() && value.get<std::uint64_t>() > static_cast<std::uint64_t>(greatest);
   const auto wide = value.get<std::int64_t>();
   if (isBeyond || wide < least || wide > greatest)
-    return fmt::format("{} is not from {} to {}", Quoted(value), least, greatest);
+    return fmt::format("{} is outside the range {} to {}", Quoted(value), least, greatest);
   number = static_cast<Integer>(wide);
   return {};
 }
 
 inline t_Problem ReadNumber(const nlohmann::json& value, double& number) {
-  if (!value.is_number()) return Quoted(value) + " is no number";
+  if (!value.is_number()) return Quoted(value) + " is not a number";
   number = value.get<double>();
   return {};
 }
@@ -78,7 +78,7 @@ std::optional<std::size_t> FindName(const nlohmann::json& value, const Names& na
 template <const auto& Names, class Enum>
 t_Problem ReadName(const nlohmann::json& value, Enum& named) {
   const std::optional<std::size_t> index = FindName(value, Names);
-  if (!index) return fmt::format("{} is none of {}", Quoted(value), ListOfNames(Names));
+  if (!index) return fmt::format("{} is not one of {}", Quoted(value), ListOfNames(Names));
   named = static_cast<Enum>(*index);
   return {};
 }
@@ -86,8 +86,8 @@ t_Problem ReadName(const nlohmann::json& value, Enum& named) {
 // Each item of an array of at most `most` by `read`, which is given its index too.
 template <class Read>
 t_Problem ReadItems(const nlohmann::json& value, std::size_t most, Read read) {
-  if (!value.is_array()) return Quoted(value) + " is no array";
-  if (value.size() > most) return fmt::format("{} items, at most {} have room", value.size(), most);
+  if (!value.is_array()) return Quoted(value) + " is not an array";
+  if (value.size() > most) return fmt::format("{} items, at most {} fit", value.size(), most);
   for (std::size_t i = 0; i < value.size(); ++i)
     if (t_Problem problem = read(value[i], i); !problem.empty()) return fmt::format("item {}: {}", i + 1, problem);
   return {};
@@ -95,8 +95,8 @@ t_Problem ReadItems(const nlohmann::json& value, std::size_t most, Read read) {
 
 // --- Tables ---
 
-// How a member's value is written and read. `read` is never given null; of a value it refuses it may leave the member
-// in any state.
+// How a member's value is written and read. `read` is never given null. When it refuses a value, it may leave the
+// member in any state.
 template <class Record>
 struct S_MemberKind {
   void (*write)(C_JsonWriter& json, const Record& record);  // exactly one value
@@ -114,14 +114,10 @@ struct S_Member {
   decltype(S_MemberKind<Record>::read) read;
 };
 
+template <class Record, class Type>
+Record RecordOf(Type Record::*member);  // never defined: only its type is of interest
 template <auto Member>
-struct S_MemberOf;
-template <class Record, class Type, Type Record::*Member>
-struct S_MemberOf<Member> {
-  using t_Record = Record;
-};
-template <auto Member>
-using t_RecordOf = typename S_MemberOf<Member>::t_Record;
+using t_RecordOf = decltype(RecordOf(Member));
 template <auto Member>
 using t_KindOf = S_MemberKind<t_RecordOf<Member>>;
 
@@ -131,7 +127,7 @@ t_Problem ReadMembers(const nlohmann::json& object, const S_Member<Record> (&mem
   for (const auto& [name, value] : object.items()) {
     const auto* const member =
         std::find_if(members, members + N, [&name = name](const auto& row) { return row.name == name; });
-    if (member == members + N) return Quoted(name) + " is no member of it";
+    if (member == members + N) return Quoted(name) + " is not a member";
     if (value.is_null()) continue;
     if (t_Problem problem = member->read(value, record); !problem.empty())
       return fmt::format("{}: {}", member->name, problem);
@@ -149,13 +145,13 @@ constexpr t_KindOf<Member> Number() {
           [](const nlohmann::json& value, t_Record& record) { return ReadNumber(value, record.*Member); }};
 }
 
-// An integer with a marker in the midst of its values.
+// An integer whose marker lies among its values.
 template <auto Member, auto Marker, std::int64_t Least, std::int64_t Greatest>
 constexpr t_KindOf<Member> NumberUnless() {
   using t_Record = t_RecordOf<Member>;
   return {&ValueUnless<Member, Marker, t_Record>, [](const nlohmann::json& value, t_Record& record) {
             t_Problem problem = ReadInteger(value, Least, Greatest, record.*Member);
-            if (problem.empty() && record.*Member == Marker) problem = Quoted(value) + " says nothing: write null";
+            if (problem.empty() && record.*Member == Marker) problem = Quoted(value) + " means no value: write null";
             return problem;
           }};
 }
@@ -167,7 +163,7 @@ constexpr t_KindOf<Member> Degrees() {
   return {&Value<Member, t_Record>, [](const nlohmann::json& value, t_Record& record) {
             t_Problem problem = ReadNumber(value, record.*Member);
             if (!problem.empty() || (record.*Member >= -Limit && record.*Member <= Limit)) return problem;
-            return fmt::format("{} is not from {} to {}", Quoted(value), -Limit, Limit);
+            return fmt::format("{} is outside the range {} to {}", Quoted(value), -Limit, Limit);
           }};
 }
 

@@ -4,17 +4,17 @@
 
 #include <nlohmann/json.hpp>
 
-#include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/json/FieldTable.h"
 #include "apps/velagnss/json/MemberTable.h"
+#include "apps/velagnss/text/Lists.h"
+#include "apps/velagnss/text/ModeNames.h"
+#include "apps/velagnss/text/Numbers.h"
 #include "apps/velagnss/text/TimeText.h"
+#include "apps/velagnss/text/Units.h"
 
 namespace Host {
 namespace {
 
-constexpr std::string_view kModes[] = {  // by eNmeaModeIndicator
-    "not valid", "autonomous", "differential", "precise",   "rtk", "rtk float",
-    "estimated", "manual",     "simulator",    "not valid", ""};
 constexpr std::string_view kNavStatus[] = {"safe", "caution", "unsafe", "not valid", "not valid", ""};
 constexpr std::string_view kGllStatus[] = {"valid", "differential", "not valid", "not valid", ""};
 constexpr std::string_view kRmcStatus[] = {"valid", "differential", "rtk float", "precise",
@@ -25,8 +25,6 @@ constexpr std::string_view kDirections[] = {"E", "W"};
 
 constexpr unsigned int kNoQuality = 10;
 constexpr signed char kNoZone = -64;
-constexpr int kSecondsPerDay = 86400;
-constexpr unsigned int kVariationDirectionField = 11;  // of RMC; field 0 is the sentence id
 
 // --- Kinds of members that only sentences have ---
 
@@ -35,7 +33,7 @@ constexpr S_MemberKind<Record> TimeOfDay() {
   return {&Value<&Record::timeOfDay, Record>, [](const nlohmann::json& value, Record& record) {
             t_Problem problem = ReadNumber(value, record.timeOfDay);
             if (!problem.empty() || (record.timeOfDay >= 0 && record.timeOfDay < kSecondsPerDay)) return problem;
-            return fmt::format("{} is not from 0 to below {}", Quoted(value), kSecondsPerDay);
+            return fmt::format("{} is outside the range 0 to below {}", Quoted(value), kSecondsPerDay);
           }};
 }
 
@@ -71,9 +69,9 @@ constexpr S_MemberKind<Record> Date() {
                                 ParseWhole(digits.substr(5, 2), record.month) &&
                                 ParseWhole(digits.substr(8), record.day);
             if (!isRead || C_TimeText::Date(record.year, record.month, record.day).Text() != digits)
-              return Quoted(value) + " is no date YYYY-MM-DD";
+              return Quoted(value) + " is not a date YYYY-MM-DD";
             if (record.year < FirstYear || record.year > LastYear)
-              return fmt::format("{} is not in the years {} to {}", Quoted(value), FirstYear, LastYear);
+              return fmt::format("{} is outside the years {} to {}", Quoted(value), FirstYear, LastYear);
             return {};
           }};
 }
@@ -84,12 +82,12 @@ constexpr S_MemberKind<S_GNS_Data> GnsModes() {
   return {[](C_JsonWriter& json, const S_GNS_Data& record) {
             json.BeginArray();
             for (const eNmeaModeIndicator mode : record.mode)
-              if (mode != eNmeaModeEmpty) WriteName<kModes>(json, mode);
+              if (mode != eNmeaModeEmpty) WriteName<kModeNames>(json, mode);
             json.EndArray();
           },
           [](const nlohmann::json& value, S_GNS_Data& record) {
             return ReadItems(value, std::size(record.mode), [&](const nlohmann::json& item, std::size_t i) {
-              return ReadName<kModes>(item, record.mode[i]);
+              return ReadName<kModeNames>(item, record.mode[i]);
             });
           }};
 }
@@ -134,7 +132,7 @@ constexpr S_Member<S_Satellite> kSatellite[] = {
 };
 
 t_Problem ReadSatellite(const nlohmann::json& value, S_GSV_Data& record, std::size_t i) {
-  if (!value.is_object()) return Quoted(value) + " is no object";
+  if (!value.is_object()) return Quoted(value) + " is not an object";
   S_Satellite satellite;
   if (t_Problem problem = ReadMembers(value, kSatellite, satellite); !problem.empty()) return problem;
   record.satelliteId[i] = satellite.id;
@@ -209,7 +207,7 @@ constexpr S_Member<S_GLL_Data> kGll[] = {
     {"latitude_deg",  Degrees<&S_GLL_Data::latitude, 90>()},
     {"longitude_deg", Degrees<&S_GLL_Data::longitude, 180>()},
     {"status",        Named<&S_GLL_Data::status, kGllStatus>()},
-    {"mode",          Named<&S_GLL_Data::mode, kModes>()},
+    {"mode",          Named<&S_GLL_Data::mode, kModeNames>()},
 };
 
 constexpr S_Member<S_GSV_Data> kGsv[] = {
@@ -241,7 +239,7 @@ constexpr S_Member<S_RMC_Data> kRmc[] = {
     {"speed_knots",            Number<&S_RMC_Data::speedKnots>()},
     {"course_true_deg",        Number<&S_RMC_Data::courseTrue>()},
     {"magnetic_variation_deg", Number<&S_RMC_Data::magneticVariation>()},
-    {"mode",                   Named<&S_RMC_Data::mode, kModes>()},
+    {"mode",                   Named<&S_RMC_Data::mode, kModeNames>()},
     {"status",                 Named<&S_RMC_Data::status, kRmcStatus>()},
     {"nav_status",             Named<&S_RMC_Data::navStatus, kNavStatus>()},
     {"variation_direction",    OneOf<&S_RMC_Data::variationDirection, kDirections>()},
@@ -253,96 +251,60 @@ constexpr S_Member<S_VTG_Data> kVtg[] = {
     {"course_magnetic_deg", Number<&S_VTG_Data::courseMagnetic>()},
     {"speed_knots",         Number<&S_VTG_Data::speedKnots>()},
     {"speed_kmh",           Number<&S_VTG_Data::speedKmh>()},
-    {"mode",                Named<&S_VTG_Data::mode, kModes>()},
+    {"mode",                Named<&S_VTG_Data::mode, kModeNames>()},
 };
 // clang-format on
-
-// The text of a field; empty beyond the last.
-std::string_view FieldOf(std::string_view sentence, unsigned int field) {
-  for (; field > 0; --field) {
-    const std::size_t comma = sentence.find(',');
-    if (comma == std::string_view::npos) return {};
-    sentence.remove_prefix(comma + 1);
-  }
-  return sentence.substr(0, sentence.find_first_of(",*"));
-}
-
-// The decoded record knows "E" and "W" by the same value, so the letter is taken from the sentence.
-void WriteRmc(C_JsonWriter& json, const U_EcdDcdData& record, std::string_view sentence) {
-  S_RMC_Data rmc = record.rmc;
-  const std::string_view direction = FieldOf(sentence, kVariationDirectionField);
-  rmc.variationDirection = direction == "E" || direction == "W" ? static_cast<unsigned char>(direction[0]) : 0;
-  WriteFields(json, kRmc, rmc);
-}
-
-template <auto Member, const auto& Fields>
-void WriteSentence(C_JsonWriter& json, const U_EcdDcdData& record, std::string_view /*sentence*/) {
-  WriteFields(json, Fields, record.*Member);
-}
 
 template <auto Member, const auto& Fields, auto Reset>
 t_Problem ReadSentence(const nlohmann::json& fields, U_EcdDcdData& record) {
   Reset(record.*Member);
   t_Problem problem = ReadMembers(fields, Fields, record.*Member);
-  if (problem.empty() && (record.*Member).talker[0] == '\0') problem = "talker: is missing";
+  if (problem.empty() && (record.*Member).talker[0] == '\0') problem = "talker: missing";
   return problem;
 }
 
 struct S_Sentence {
   t_SentenceType type;
-  void (*write)(C_JsonWriter& json, const U_EcdDcdData& record, std::string_view sentence);
   t_Problem (*read)(const nlohmann::json& fields, U_EcdDcdData& record);
 };
 
-template <auto Member, const auto& Fields, auto Reset>
-constexpr S_Sentence Sentence(t_SentenceType type) {
-  return {type, &WriteSentence<Member, Fields>, &ReadSentence<Member, Fields, Reset>};
-}
-
 using t_Nmea = C_NMEA_EncodeDecode;
 constexpr S_Sentence kSentences[] = {
-    Sentence<&U_EcdDcdData::gsv, kGsv, &t_Nmea::Reset_GSV>(C_RawDataMessage::eNmeaGSV),
-    Sentence<&U_EcdDcdData::gsa, kGsa, &t_Nmea::Reset_GSA>(C_RawDataMessage::eNmeaGSA),
-    Sentence<&U_EcdDcdData::gga, kGga, &t_Nmea::Reset_GGA>(C_RawDataMessage::eNmeaGGA),
-    {C_RawDataMessage::eNmeaRMC, &WriteRmc, &ReadSentence<&U_EcdDcdData::rmc, kRmc, &t_Nmea::Reset_RMC>},
-    Sentence<&U_EcdDcdData::gll, kGll, &t_Nmea::Reset_GLL>(C_RawDataMessage::eNmeaGLL),
-    Sentence<&U_EcdDcdData::vtg, kVtg, &t_Nmea::Reset_VTG>(C_RawDataMessage::eNmeaVTG),
-    Sentence<&U_EcdDcdData::zda, kZda, &t_Nmea::Reset_ZDA>(C_RawDataMessage::eNmeaZDA),
-    Sentence<&U_EcdDcdData::gns, kGns, &t_Nmea::Reset_GNS>(C_RawDataMessage::eNmeaGNS),
+    {C_RawDataMessage::eNmeaGSV, &ReadSentence<&U_EcdDcdData::gsv, kGsv, &t_Nmea::Reset_GSV>},
+    {C_RawDataMessage::eNmeaGSA, &ReadSentence<&U_EcdDcdData::gsa, kGsa, &t_Nmea::Reset_GSA>},
+    {C_RawDataMessage::eNmeaGGA, &ReadSentence<&U_EcdDcdData::gga, kGga, &t_Nmea::Reset_GGA>},
+    {C_RawDataMessage::eNmeaRMC, &ReadSentence<&U_EcdDcdData::rmc, kRmc, &t_Nmea::Reset_RMC>},
+    {C_RawDataMessage::eNmeaGLL, &ReadSentence<&U_EcdDcdData::gll, kGll, &t_Nmea::Reset_GLL>},
+    {C_RawDataMessage::eNmeaVTG, &ReadSentence<&U_EcdDcdData::vtg, kVtg, &t_Nmea::Reset_VTG>},
+    {C_RawDataMessage::eNmeaZDA, &ReadSentence<&U_EcdDcdData::zda, kZda, &t_Nmea::Reset_ZDA>},
+    {C_RawDataMessage::eNmeaGNS, &ReadSentence<&U_EcdDcdData::gns, kGns, &t_Nmea::Reset_GNS>},
 };
 
-const S_Sentence* FindSentence(t_SentenceType type) {
-  for (const S_Sentence& sentence : kSentences)
-    if (sentence.type == type) return &sentence;
-  return nullptr;
-}
+std::string_view NameOf(const S_Sentence& sentence) { return C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[sentence.type]; }
 
 }  // namespace
 
-bool IsDecodableSentence(t_SentenceType type) { return FindSentence(type) != nullptr; }
-
-std::optional<t_SentenceType> FindDecodableSentence(std::string_view name) {
+std::optional<t_SentenceType> FindEncodableSentence(std::string_view name) {
   for (const S_Sentence& sentence : kSentences)
-    if (name == C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[sentence.type]) return sentence.type;
+    if (name == NameOf(sentence)) return sentence.type;
   return std::nullopt;
 }
 
-std::string DecodableSentenceNames() {
-  std::string names;
-  for (const S_Sentence& sentence : kSentences)
-    names.append(names.empty() ? "" : " ").append(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[sentence.type]);
-  return names;
-}
+std::string EncodableSentenceNames() { return JoinNames(kSentences, &NameOf); }
 
-std::string_view ModeName(eNmeaModeIndicator mode) { return mode < std::size(kModes) ? kModes[mode] : ""; }
-
-void WriteNmeaFields(C_JsonWriter& json, t_SentenceType type, const U_EcdDcdData& record, std::string_view sentence) {
-  if (const S_Sentence* found = FindSentence(type)) found->write(json, record, sentence);
-}
+void WriteMembers(C_JsonWriter& json, const S_GGA_Data& record) { WriteFields(json, kGga, record); }
+void WriteMembers(C_JsonWriter& json, const S_GNS_Data& record) { WriteFields(json, kGns, record); }
+void WriteMembers(C_JsonWriter& json, const S_ZDA_Data& record) { WriteFields(json, kZda, record); }
+void WriteMembers(C_JsonWriter& json, const S_GLL_Data& record) { WriteFields(json, kGll, record); }
+void WriteMembers(C_JsonWriter& json, const S_GSV_Data& record) { WriteFields(json, kGsv, record); }
+void WriteMembers(C_JsonWriter& json, const S_GSA_Data& record) { WriteFields(json, kGsa, record); }
+void WriteMembers(C_JsonWriter& json, const S_RMC_Data& record) { WriteFields(json, kRmc, record); }
+void WriteMembers(C_JsonWriter& json, const S_VTG_Data& record) { WriteFields(json, kVtg, record); }
 
 std::string ReadNmeaFields(const nlohmann::json& fields, t_SentenceType type, U_EcdDcdData& record) {
-  const S_Sentence* const found = FindSentence(type);
-  return found == nullptr ? "no such sentence is encoded" : found->read(fields, record);
+  for (const S_Sentence& sentence : kSentences)
+    if (sentence.type == type) return sentence.read(fields, record);
+  return "no such sentence is encoded";
 }
 
 }  // namespace Host

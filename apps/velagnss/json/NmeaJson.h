@@ -15,20 +15,22 @@ namespace Host {
 
 using t_SentenceType = C_RawDataMessage::eNMEA0183Messages;
 
-// The eight sentences that the library decodes and encodes; by their names, "GGA", and all names for messages.
-bool IsDecodableSentence(t_SentenceType type);
-std::optional<t_SentenceType> FindDecodableSentence(std::string_view name);
-std::string DecodableSentenceNames();
+// The members of the object "fields".
+void WriteMembers(C_JsonWriter& json, const S_GGA_Data& record);
+void WriteMembers(C_JsonWriter& json, const S_GNS_Data& record);
+void WriteMembers(C_JsonWriter& json, const S_ZDA_Data& record);
+void WriteMembers(C_JsonWriter& json, const S_GLL_Data& record);
+void WriteMembers(C_JsonWriter& json, const S_GSV_Data& record);
+void WriteMembers(C_JsonWriter& json, const S_GSA_Data& record);
+void WriteMembers(C_JsonWriter& json, const S_RMC_Data& record);
+void WriteMembers(C_JsonWriter& json, const S_VTG_Data& record);
 
-// How a position was found, in the words of the JSON output; empty when nothing is said.
-std::string_view ModeName(eNmeaModeIndicator mode);
+// The sentences that can be read back from JSON: one by its name, "GGA", and all names for messages.
+std::optional<t_SentenceType> FindEncodableSentence(std::string_view name);
+std::string EncodableSentenceNames();
 
-// The members of the object "fields" of one of them. `sentence` is the text that the record was decoded from: it alone
-// tells whether a magnetic variation is to the east or to the west.
-void WriteNmeaFields(C_JsonWriter& json, t_SentenceType type, const U_EcdDcdData& record, std::string_view sentence);
-
-// The reverse: a record fit for encoding from the object "fields". What the object leaves out, or gives as null, is at
-// its marker; the talker must be there. Returns what is wrong, member first, or nothing.
+// The reverse of `WriteMembers`: a record fit for encoding from the object "fields". What the object leaves out, or
+// gives as null, gets its marker; the talker must be there. Returns what is wrong, member first, or nothing.
 std::string ReadNmeaFields(const nlohmann::json& fields, t_SentenceType type, U_EcdDcdData& record);
 
 }  // namespace Host

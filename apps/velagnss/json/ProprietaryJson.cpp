@@ -144,37 +144,18 @@ constexpr S_JsonField<S_IntSignalDiagMsg> kRd1[] = {
 };
 // clang-format on
 
-template <auto Member, const auto& Fields>
-void WriteRecord(C_JsonWriter& json, const U_VelaPKVN_EcdDcdData& data) {
-  WriteFields(json, Fields, data.*Member);
-}
-
-using t_Writer = void (*)(C_JsonWriter& json, const U_VelaPKVN_EcdDcdData& data);
-
-constexpr t_Writer kWriters[] = {
-    // by eMessageTypes; RAW carries no fields
-    nullptr,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::attStat, kAttStat>,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::gbs, kGbs>,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::hpr, kHpr>,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::blv, kBlv>,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::fvi, kFvi>,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::rtkStat, kRtkStat>,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::vct, kVct>,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::intlt, kIntlt>,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::temperature, kTemperature>,
-    &WriteRecord<&U_VelaPKVN_EcdDcdData::arn, kArn>,
-};
-static_assert(std::size(kWriters) == ePkvnARN_ROUTER + 1);
-
 }  // namespace
 
-void WritePkvnFields(C_JsonWriter& json, eMessageTypes type, const U_VelaPKVN_EcdDcdData& data) {
-  if (type < std::size(kWriters) && kWriters[type] != nullptr) kWriters[type](json, data);
-}
-
-bool IsWhollyDecoded(eMessageTypes type) { return type != ePkvnATTSTAT && type != ePkvnRTKSTAT; }
-
-void WriteRdFields(C_JsonWriter& json, const U_VelaRD_EcdDcdData& data) { WriteFields(json, kRd1, data.signalDiag); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnAttStat& record) { WriteFields(json, kAttStat, record); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnGbs& record) { WriteFields(json, kGbs, record); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnHpr& record) { WriteFields(json, kHpr, record); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnBlv& record) { WriteFields(json, kBlv, record); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnFvi& record) { WriteFields(json, kFvi, record); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnRtkStat& record) { WriteFields(json, kRtkStat, record); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnVct& record) { WriteFields(json, kVct, record); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnINTLT& record) { WriteFields(json, kIntlt, record); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnTEMPERATURE& record) { WriteFields(json, kTemperature, record); }
+void WriteMembers(C_JsonWriter& json, const S_PKvnARN& record) { WriteFields(json, kArn, record); }
+void WriteMembers(C_JsonWriter& json, const S_IntSignalDiagMsg& record) { WriteFields(json, kRd1, record); }
 
 }  // namespace Host

@@ -1,14 +1,15 @@
-// What the program tells its caller by its exit code.
+// The exit codes of the program.
 #ifndef VELAGNSS_APPS_EXIT_CODES_H
 #define VELAGNSS_APPS_EXIT_CODES_H
 
 namespace Host {
 
-// In rising order of weight: where several apply, the greatest is returned. A reader of our output that goes away is no
-// failure: the program ends quietly with what it would have returned otherwise. Ended by a signal: 128 + its number.
+// In rising order of weight: where several apply, the greatest is returned. A reader of the output that goes away is
+// not a failure: the program ends quietly with what it would have returned otherwise. Ended by a signal: 128 + its
+// number.
 enum eExitCode : int {
   eExitOk = 0,
-  eExitData = 1,    // damaged data where that was to be told, nothing recognised at all, or not all of it converted
+  eExitData = 1,    // damage that was to be reported, nothing recognised, or something left out
   eExitUsage = 2,   // arguments
   eExitInput = 3,   // an input could not be opened or read
   eExitOutput = 4,  // the output could not be written

@@ -6,17 +6,14 @@
 #include <cmath>
 #include <limits>
 
+#include "apps/velagnss/text/Lists.h"
+#include "stream/Names.h"
+
 namespace Host {
 namespace {
 
 constexpr double kTimeTolerance = 0.0005;  // s: times of day with decimals are not exact in binary
 constexpr double kNever = -std::numeric_limits<double>::infinity();
-
-std::string_view Trim(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  return text;
-}
 
 bool ParsePeriod(std::string_view text, double& period) {
   const char* const end = text.data() + text.size();
@@ -26,20 +23,10 @@ bool ParsePeriod(std::string_view text, double& period) {
 
 }  // namespace
 
-std::vector<std::string_view> SplitList(std::string_view list) {
-  std::vector<std::string_view> items;
-  while (true) {
-    const std::size_t comma = list.find(',');
-    items.push_back(Trim(list.substr(0, comma)));
-    if (comma == std::string_view::npos) return items;
-    list.remove_prefix(comma + 1);
-  }
-}
-
 std::optional<std::string> C_MessageFilter::AddProtocols(std::string_view list) {
   for (const std::string_view item : SplitList(list)) {
-    const std::optional<C_RawDataMessage::eProtocols> protocol = FindProtocol(item);
-    if (!protocol) return fmt::format("there is no protocol '{}'; known are: {}", item, ProtocolNames());
+    const std::optional<C_RawDataMessage::eProtocols> protocol = velagnss::FindProtocol(item);
+    if (!protocol) return fmt::format("unknown protocol '{}'; known: {}", item, ProtocolNames());
     m_protocols[*protocol] = true;
   }
   m_isEmpty = false;
@@ -57,10 +44,10 @@ std::optional<std::string> C_MessageFilter::AddMessage(std::string_view item) {
   const std::size_t colon = item.find(':');
   double period = 0;
   if (colon != std::string_view::npos && !ParsePeriod(item.substr(colon + 1), period))
-    return fmt::format("'{}': the period behind ':' is a number of seconds, as in GGA:10", item);
+    return fmt::format("'{}': after ':' comes a period, a number of seconds, as in GGA:10", item);
   const std::vector<S_MessageKey> keys = FindMessages(item.substr(0, colon));
   if (keys.empty())
-    return fmt::format("there is no message '{}'; name it like GGA, BIN95, HPR or by number like 1077", item);
+    return fmt::format("unknown message '{}'; give a name like GGA, BIN95 or HPR, or a number like 1077", item);
   for (const S_MessageKey& key : keys) m_rules.push_back({key, period, kNever});
   m_usesTime = m_usesTime || period > 0;
   return std::nullopt;
@@ -72,10 +59,10 @@ void C_MessageFilter::Restart() {
 
 bool C_MessageFilter::Passes(C_RawDataMessage::eProtocols protocol, unsigned int messageType, double streamSeconds) {
   if (m_isEmpty || m_protocols[protocol]) return true;
-  const unsigned int type = messageType == kNoMessageType ? 0 : messageType;
+  const unsigned int type = velagnss::MessageNumber(messageType).value_or(0);
   for (S_Rule& rule : m_rules) {
     if (!(rule.key == S_MessageKey{protocol, type})) continue;
-    // A step back is a stream that starts over, not a message that came too early.
+    // After a step back in time the stream starts over: nothing comes too early then.
     if (streamSeconds > rule.lastPassed && streamSeconds < rule.lastPassed + rule.period - kTimeTolerance) continue;
     if (!std::isnan(streamSeconds)) rule.lastPassed = streamSeconds;
     return true;

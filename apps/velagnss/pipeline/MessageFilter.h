@@ -14,12 +14,12 @@ namespace Host {
 
 // A frame passes when its protocol was named, or its message was, or nothing was named at all.
 //
-// A message may be named with a period, "GGA:10": of it passes what comes at least that many seconds of the stream's
-// own time after the last one that passed. All messages of one epoch stand or fall together, so that a group of GSV
-// stays whole. While the stream has told no time, everything passes.
+// A message may be named with a period, "GGA:10": it passes when at least that many seconds of the stream's own time
+// have gone since the last one that passed. All messages of one epoch pass or none, so that a group of GSV stays whole.
+// Before the stream has carried a time, everything passes.
 class C_MessageFilter {
  public:
-  // Lists with commas. An error text for the user, or nothing when all of it is understood.
+  // Take lists with commas. They return an error text for the user, or nothing when the whole list is understood.
   std::optional<std::string> AddProtocols(std::string_view list);
   std::optional<std::string> AddMessages(std::string_view list);
 
@@ -45,9 +45,6 @@ class C_MessageFilter {
   bool m_isEmpty = true;
   bool m_usesTime = false;
 };
-
-// The items of a list with commas, blanks around them cut off.
-std::vector<std::string_view> SplitList(std::string_view list);
 
 }  // namespace Host
 

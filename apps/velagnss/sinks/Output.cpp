@@ -16,7 +16,6 @@ namespace {
 
 constexpr int kStalledReaderMilliseconds = 500;
 
-// What a user can do about a failed write.
 const char* Advice(int error) {
   switch (error) {
     case ENOSPC:
@@ -29,7 +28,7 @@ const char* Advice(int error) {
   }
 }
 
-// After a signal a reader that takes nothing any more must not hold the program up.
+// After a signal, a reader that has stopped reading must not hold the program up.
 bool MayGoOnWriting(int descriptor) {
   if (SignalReceived() == 0) return true;
   pollfd waiting{descriptor, POLLOUT, 0};
@@ -38,7 +37,7 @@ bool MayGoOnWriting(int descriptor) {
 
 }  // namespace
 
-// Of standard output a duplicate: closing it tells of a late loss, and leaves the descriptor itself to the C library.
+// Standard output is duplicated: closing the duplicate reports a late loss and leaves the descriptor to the C library.
 bool C_Output::Open(const std::string& name) {
   const bool isStandardOutput = name == "-";
   m_name = isStandardOutput ? "standard output" : name;
@@ -63,6 +62,11 @@ bool C_Output::Write(std::string_view text) {
     text.remove_prefix(static_cast<std::size_t>(written));
   }
   return !HasFailed();
+}
+
+void C_Output::Flush(C_TextMaker& text) {
+  Write(text.Text());
+  text.ClearText();
 }
 
 bool C_Output::Close() {

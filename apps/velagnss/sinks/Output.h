@@ -1,4 +1,4 @@
-// Where the records go: standard output or a file.
+// A text output: standard output or a file.
 #ifndef VELAGNSS_APPS_OUTPUT_H
 #define VELAGNSS_APPS_OUTPUT_H
 
@@ -7,11 +7,12 @@
 #include <string_view>
 
 #include "apps/velagnss/os/FileDescriptor.h"
+#include "apps/velagnss/text/TextMaker.h"
 
 namespace Host {
 
 // Nothing is buffered here: hand over whole lines, many at a time. After the first failure every further write does
-// nothing and returns false; the failure has been reported to the user by then, a reader that went away excepted.
+// nothing and returns false. The failure has been reported to the user by then, unless the reader of a pipe went away.
 class C_Output {
  public:
   // Creates or empties `name`; "-" is standard output. False, reported, when that is not possible.
@@ -20,13 +21,15 @@ class C_Output {
   // True when all of `text` has been taken by the operating system.
   bool Write(std::string_view text);
 
-  // Ends the output: false when the operating system reports a loss only now.
+  // Writes what `text` holds and clears it, also after a failure.
+  void Flush(C_TextMaker& text);
+
+  // False when the operating system reports a loss only now.
   bool Close();
 
   bool HasFailed() const { return m_state != eState::Good; }
   bool HasReaderLeft() const { return m_state == eState::ReaderLeft; }
   bool IsATerminal() const;
-  int Descriptor() const { return m_descriptor.Get(); }
 
  private:
   enum class eState { Good, ReaderLeft, Failed };

@@ -8,7 +8,7 @@ namespace {
 
 constexpr char kHexDigits[] = "0123456789abcdef";
 
-// How each byte is written inside quotes: 0 as it is, 'u' as "\u00XX", any other letter behind a backslash (RFC 8259).
+// How each byte is written inside quotes: 0 as it is, 'u' as "\u00XX", any other letter after a backslash (RFC 8259).
 constexpr std::array<char, 256> MakeEscapes() {
   std::array<char, 256> escapes{};
   for (std::size_t byte = 0; byte < escapes.size(); ++byte) escapes[byte] = byte < 0x20 || byte >= 0x7F ? 'u' : '\0';

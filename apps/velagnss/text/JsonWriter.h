@@ -1,7 +1,8 @@
-// JSON text, written straight into one growing buffer.
+// JSON text, written into one growing buffer.
 //
 // Numbers are the shortest text that reads back as the same number. The text is plain ASCII: what comes from the wire
-// is escaped byte by byte, so that no input can break the syntax or reach a terminal with a control character.
+// is escaped byte by byte, so that no input can break the syntax, and no control character reaches a
+// terminal.
 #ifndef VELAGNSS_APPS_JSON_WRITER_H
 #define VELAGNSS_APPS_JSON_WRITER_H
 
@@ -13,17 +14,23 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/velagnss/text/TextMaker.h"
+
 namespace Host {
 
-// Values are written in the order of the calls; commas are set by the writer. Balanced calls are the caller's duty.
+// The version of the objects that all commands write; docs/json.md says when it changes.
+inline constexpr int kSchemaVersion = 1;
+
+// Writes values in the order of the calls and sets the commas between them. The caller balances Begin and End.
 //
 //   json.BeginObject();
 //   json.Key("offset").Integer(1024);
 //   json.EndObject();
 //   json.EndLine();
-class C_JsonWriter {
+class C_JsonWriter final : public C_TextMaker {
  public:
-  C_JsonWriter() : m_buffer(kFirstCapacity) {}
+  // Grows beyond `capacity` when it must.
+  explicit C_JsonWriter(std::size_t capacity = kFirstCapacity) : m_buffer(capacity) {}
 
   void BeginObject() { Open('{'); }
   void EndObject() { Close('}'); }
@@ -42,18 +49,18 @@ class C_JsonWriter {
         std::to_chars(m_buffer.data() + m_size, m_buffer.data() + m_buffer.size(), value).ptr - m_buffer.data());
   }
 
-  // null for a number that is not there.
+  // A missing number is null.
   template <std::integral Number>
   void IntegerOrNull(const std::optional<Number>& value) {
     if (!value) return Null();
     Integer(*value);
   }
 
-  // JSON knows neither NaN nor infinity: both are null.
+  // NaN and infinity are null: JSON has no text for them.
   void Number(double value);
 
-  // Text whose bytes may be anything. Each byte from 0x80 on is the character of the same number, "\u0080" to
-  // "\u00ff": the bytes can be told from the text again, whatever their encoding was meant to be.
+  // Text of any bytes. Each byte from 0x80 on becomes the character of the same number, "\u0080" to "\u00ff", so that a
+  // reader can recover the bytes whatever their encoding was.
   void String(std::string_view bytes);
 
   // The bytes as lower-case hexadecimal digits.
@@ -62,8 +69,8 @@ class C_JsonWriter {
   // Ends one object of a JSON Lines text.
   void EndLine();
 
-  std::string_view Text() const { return {m_buffer.data(), m_size}; }
-  void Clear() { m_size = 0; }
+  std::string_view Text() const override { return {m_buffer.data(), m_size}; }
+  void ClearText() override { m_size = 0; }
 
  private:
   static constexpr std::size_t kFirstCapacity = 1 << 18;

@@ -4,18 +4,16 @@
 #include <cmath>
 #include <cstring>
 
+#include "apps/velagnss/text/Units.h"
 #include "geo/GnssTime.h"
 
 namespace Host {
 namespace {
 
-constexpr double kSecondsPerDay = 86400.0;
-constexpr double kSecondsPerWeek = 604800.0;
 constexpr unsigned int kMsPerSecond = 1000;
 constexpr unsigned int kMsPerDay = 86400 * kMsPerSecond;
-constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
 
-// The civil date of a day. Noon is asked for: far from the rounding at midnight.
+// The civil date of a day, taken at noon, where rounding cannot reach another day.
 S_GregorianTime DateOf(unsigned short week, unsigned int dayOfWeek) {
   S_GregorianTime date{};
   unsigned short dayOfYear = 0;
@@ -52,7 +50,7 @@ C_TimeText C_TimeText::TimeOfDay(double secondsOfDay) {
   C_TimeText text;
   if (!(secondsOfDay >= 0 && secondsOfDay < kSecondsPerDay + 1)) return text;
   auto ms = static_cast<unsigned int>(std::lround(secondsOfDay * kMsPerSecond));
-  if (secondsOfDay < kSecondsPerDay) ms = std::min(ms, kMsPerDay - 1);  // rounding makes no leap second
+  if (secondsOfDay < kSecondsPerDay) ms = std::min(ms, kMsPerDay - 1);  // rounding must not make a leap second
   const unsigned int leap = ms >= kMsPerDay ? kMsPerSecond : 0;         // counted as the 61st second of the last minute
   const unsigned int seconds = (ms - leap) / kMsPerSecond;
   text.AppendNumber(seconds / 3600, 2);
@@ -90,6 +88,11 @@ C_TimeText C_TimeText::Utc(unsigned int mjd, double secondsOfDay) {
   text.Append(time.Text());
   text.Append("Z");
   return text;
+}
+
+C_TimeText C_TimeText::StreamTime(const velagnss::StreamClock& clock, double seconds) {
+  const velagnss::StreamClock::Utc utc = clock.UtcOf(seconds);
+  return utc.mjd ? Utc(*utc.mjd, utc.secondsOfDay) : TimeOfDay(utc.secondsOfDay);
 }
 
 }  // namespace Host

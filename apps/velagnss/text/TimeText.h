@@ -1,14 +1,15 @@
-// Times as ISO 8601 text, always exact to the digits shown: no 59.999... and no 60.
+// Times as ISO 8601 text, exact to the digits shown: never 59.999... or 60 where it is not a leap second.
 #ifndef VELAGNSS_APPS_TIME_TEXT_H
 #define VELAGNSS_APPS_TIME_TEXT_H
 
 #include <string_view>
 
 #include "geo/GnssEnums.h"
+#include "stream/StreamClock.h"
 
 namespace Host {
 
-// A short text held in place.
+// The text is held in place: no allocation.
 class C_TimeText {
  public:
   std::string_view Text() const { return {m_text, m_size}; }
@@ -21,12 +22,16 @@ class C_TimeText {
   // the surplus is a leap second, "23:59:60". Empty outside [0, 86401).
   static C_TimeText TimeOfDay(double secondsOfDay);
 
-  // "2024-05-06T12:34:56", in the time scale of `system`. GLONASS time is UTC + 3 h and says so by its offset,
-  // "+03:00"; without an offset it is GPS time (Galileo, QZSS and SBAS alike). Empty for seconds outside [0, 604800).
+  // "2024-05-06T12:34:56", in the time scale of `system`. GLONASS time is UTC + 3 h, shown by its offset "+03:00"; text
+  // without an offset is GPS time, also for Galileo, QZSS and SBAS. Empty for seconds outside [0, 604800).
   static C_TimeText WeekTime(unsigned short week, double secOfWeek, ALGO::eGNSSSystem system);
 
-  // "2024-05-06T12:34:56Z" of a Modified Julian Date and UTC seconds of the day; empty where either part would be.
+  // "2024-05-06T12:34:56Z" of a Modified Julian Date and UTC seconds of the day; empty where either part would be
+  // empty.
   static C_TimeText Utc(unsigned int mjd, double secondsOfDay);
+
+  // The UTC of a time of `clock`: with its date once the stream has carried one, else the time of day alone.
+  static C_TimeText StreamTime(const velagnss::StreamClock& clock, double seconds);
 
  private:
   void Append(std::string_view text);

@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "apps/velagnss/json/NmeaJson.h"
+#include "apps/velagnss/text/ModeNames.h"
 #include "apps/velagnss/track/TrackFormat.h"
 
 namespace Host {
@@ -13,7 +13,7 @@ void AppendField(std::string& text, double value) {
   if (IsKnown(value)) AppendDecimal(text, value);
 }
 
-// No value holds a comma, a quote or a line end: none needs quotes.
+// No value holds a comma, a quote or a line end, so none needs quotes.
 class C_CsvTrack : public C_TrackFormat {
  public:
   void Begin(std::string& text) override {

@@ -1,12 +1,12 @@
 #include <fmt/format.h>
 
-#include "apps/velagnss/json/NmeaJson.h"
+#include "apps/velagnss/text/ModeNames.h"
 #include "apps/velagnss/track/TrackFormat.h"
 
 namespace Host {
 namespace {
 
-// A position in the order of RFC 7946: longitude, latitude, and the altitude where there is one.
+// A position in the order of RFC 7946: longitude, latitude, and the altitude if there is one.
 void AppendPosition(std::string& text, double longitude, double latitude, double altitude) {
   text += '[';
   AppendDegrees(text, longitude);
@@ -30,8 +30,8 @@ void AppendMember(std::string& text, std::string_view name, std::string_view val
   text.append("\"").append(value).append("\"");
 }
 
-// Each point is a feature with what is known of it. A segment of two points or more is a feature of its own besides,
-// after its points: a line, cut where it crosses the antimeridian (RFC 7946, 3.1.9).
+// Each point is a feature with what is known of it. A segment of two or more points is another feature after them: a
+// line, cut where it crosses the antimeridian (RFC 7946, 3.1.9).
 class C_GeoJsonTrack : public C_TrackFormat {
  public:
   void Begin(std::string& text) override { text += "{\"type\":\"FeatureCollection\",\"features\":[\n"; }
@@ -90,7 +90,7 @@ void C_GeoJsonTrack::AppendToLine(const S_TrackPoint& point) {
   ++m_count;
 }
 
-// From the last point to the antimeridian on its side, and on from the other side.
+// Ends one part of the line on the antimeridian and begins the next on its other side.
 void C_GeoJsonTrack::CutLine(const S_TrackPoint& point) {
   const double side = m_last.longitude > 0 ? 180 : -180;
   const double whole = point.longitude + 2 * side - m_last.longitude;

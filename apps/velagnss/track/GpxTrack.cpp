@@ -3,7 +3,7 @@
 namespace Host {
 namespace {
 
-// A number as the content of an element; nothing when it is not known.
+// An element around a number; nothing when it is not known.
 void AppendElement(std::string& text, std::string_view name, double value) {
   if (!IsKnown(value)) return;
   text.append("<").append(name).append(">");
@@ -15,8 +15,8 @@ void AppendElement(std::string& text, std::string_view name, std::string_view co
   text.append("<").append(name).append(">").append(content).append("</").append(name).append(">");
 }
 
-// GPX 1.1, fixType: "2d", "3d", "dgps" for all that uses corrections, "pps" for the precise code. Positions that no
-// satellites gave have none.
+// GPX 1.1, fixType: "2d", "3d", "dgps" for everything that uses corrections, "pps" for the precise code. Positions that
+// do not come from satellites have none.
 std::string_view FixText(const S_TrackPoint& point) {
   switch (point.fix) {
     case eNmeaModeAutonomous:

@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "apps/velagnss/json/NmeaJson.h"
+#include "apps/velagnss/text/ModeNames.h"
 #include "apps/velagnss/track/TrackFormat.h"
 
 namespace Host {
@@ -13,9 +13,9 @@ struct S_RunForm {
   friend bool operator==(const S_RunForm&, const S_RunForm&) = default;
 };
 
-// A segment is one Placemark or several: dates or altitudes that come or go within it begin another one. With dates it
-// is a gx:Track, whose element lists times first, then positions, then the rest: it is kept until it is complete. A
-// gx:Track needs a date for each position, so without dates it is a line.
+// A segment is one Placemark or several: a new one begins where dates or altitudes appear or disappear. With dates it
+// is a gx:Track, which lists all times, then all positions, then the rest, so it is kept until it is complete. A
+// gx:Track needs a date for each position; without dates the segment is a line.
 class C_KmlTrack : public C_TrackFormat {
  public:
   void Begin(std::string& text) override;
@@ -104,7 +104,7 @@ void C_KmlTrack::WriteTrack(std::string& text) const {
   text += "</SchemaData></ExtendedData>\n</gx:Track>\n";
 }
 
-// A line has two positions or more.
+// A LineString needs two positions.
 void C_KmlTrack::WriteLine(std::string& text) const {
   const std::string_view element = m_count == 1 ? "Point" : "LineString";
   fmt::format_to(std::back_inserter(text), "<{0}>\n{1}<coordinates>\n{2}</coordinates>\n</{0}>\n", element,

@@ -9,13 +9,13 @@ namespace {
 
 constexpr double kMaxLate = 10;  // s
 
-// The fix of a combined solution is that of its best system.
+// A combined solution counts as the fix of its best system.
 constexpr eNmeaModeIndicator kBestFirst[] = {
     eNmeaModeRtk,        eNmeaModeRtkFloat,  eNmeaModePrecise, eNmeaModeDifferential,
     eNmeaModeAutonomous, eNmeaModeEstimated, eNmeaModeManual,  eNmeaModeSimulator,
 };
 
-// The qualities of GGA have the numbers of the mode indicators; what is beyond them is a fix of no known kind.
+// The qualities of GGA have the numbers of the mode indicators; greater ones are fixes of an unknown kind.
 eNmeaModeIndicator FixOfQuality(unsigned int quality) {
   return quality <= eNmeaModeSimulator ? static_cast<eNmeaModeIndicator>(quality) : eNmeaModeEmpty;
 }
@@ -30,7 +30,7 @@ bool IsFix(eNmeaModeIndicator mode) { return mode != eNmeaModeNotValid && mode !
 
 bool IsWithin(double value, double limit) { return value >= -limit && value <= limit; }
 
-// What is still missing, from a further sentence.
+// Fills in what is still missing from a further sentence.
 template <class Value>
 void Fill(Value& value, const Value& other) {
   if (IsNotAvailable(value)) value = other;
@@ -66,47 +66,48 @@ S_TrackSolution HeightOf(const Record& record, eNmeaModeIndicator fix) {
   return solution;
 }
 
-S_TrackSolution FromGga(const U_EcdDcdData& record) { return HeightOf(record.gga, FixOfQuality(record.gga.quality)); }
+S_TrackSolution FromGga(const S_GGA_Data& gga) { return HeightOf(gga, FixOfQuality(gga.quality)); }
 
-S_TrackSolution FromGns(const U_EcdDcdData& record) { return HeightOf(record.gns, BestOf(record.gns.mode)); }
+S_TrackSolution FromGns(const S_GNS_Data& gns) { return HeightOf(gns, BestOf(gns.mode)); }
 
-S_TrackSolution FromRmc(const U_EcdDcdData& record) {
-  const bool isVoid = record.rmc.status >= eNmeaRmcNotValid;
-  S_TrackSolution solution = PositionOf(record.rmc, isVoid ? eNmeaModeNotValid : record.rmc.mode);
-  solution.point.speedKnots = record.rmc.speedKnots;
-  solution.point.courseTrue = record.rmc.courseTrue;
+S_TrackSolution FromRmc(const S_RMC_Data& rmc) {
+  const bool isVoid = rmc.status >= eNmeaRmcNotValid;
+  S_TrackSolution solution = PositionOf(rmc, isVoid ? eNmeaModeNotValid : rmc.mode);
+  solution.point.speedKnots = rmc.speedKnots;
+  solution.point.courseTrue = rmc.courseTrue;
   return solution;
 }
 
 // A GLL of the first versions of the standard has no status.
-S_TrackSolution FromGll(const U_EcdDcdData& record) {
-  const bool isVoid = record.gll.status >= eNmeaGllNotValid && record.gll.status != eNmeaGllEmpty;
-  return PositionOf(record.gll, isVoid ? eNmeaModeNotValid : record.gll.mode);
+S_TrackSolution FromGll(const S_GLL_Data& gll) {
+  const bool isVoid = gll.status >= eNmeaGllNotValid && gll.status != eNmeaGllEmpty;
+  return PositionOf(gll, isVoid ? eNmeaModeNotValid : gll.mode);
 }
 
-struct S_Source {
-  C_RawDataMessage::eNMEA0183Messages type;
-  S_TrackSolution (*read)(const U_EcdDcdData& record);
-};
+template <auto From, class Sentence>
+std::optional<S_TrackSolution> Read(const velagnss::Record& record) {
+  const auto* const sentence = std::get_if<Sentence>(&record);
+  return sentence != nullptr ? std::optional(From(*sentence)) : std::nullopt;
+}
+
 // The best first.
-constexpr S_Source kSources[] = {
-    {C_RawDataMessage::eNmeaGGA, &FromGga},
-    {C_RawDataMessage::eNmeaGNS, &FromGns},
-    {C_RawDataMessage::eNmeaRMC, &FromRmc},
-    {C_RawDataMessage::eNmeaGLL, &FromGll},
+constexpr std::optional<S_TrackSolution> (*kSources[])(const velagnss::Record& record) = {
+    &Read<&FromGga, S_GGA_Data>,
+    &Read<&FromGns, S_GNS_Data>,
+    &Read<&FromRmc, S_RMC_Data>,
+    &Read<&FromGll, S_GLL_Data>,
 };
 
 }  // namespace
 
-void C_TrackBuilder::Take(C_RawDataMessage::eNMEA0183Messages type, const U_EcdDcdData& record,
-                          const C_StreamClock& clock) {
+void C_TrackBuilder::Take(const velagnss::Record& record, const velagnss::StreamClock& clock) {
   static_assert(std::size(kSources) == kNumSources);
   for (std::size_t source = 0; source < kNumSources; ++source)
-    if (kSources[source].type == type) return Add(source, kSources[source].read(record), clock);
+    if (const auto solution = kSources[source](record)) return Add(source, *solution, clock);
 }
 
-void C_TrackBuilder::Add(std::size_t source, const S_TrackSolution& solution, const C_StreamClock& clock) {
-  const double timeOfDay = C_StreamClock::IsTimeOfDay(solution.timeOfDay) ? solution.timeOfDay : kNoTime;
+void C_TrackBuilder::Add(std::size_t source, const S_TrackSolution& solution, const velagnss::StreamClock& clock) {
+  const double timeOfDay = velagnss::StreamClock::IsTimeOfDay(solution.timeOfDay) ? solution.timeOfDay : kNoTime;
   if (!IsOfThisEpoch(source, timeOfDay)) {
     const double stepBack = m_latest - clock.Seconds();
     if (!std::isnan(timeOfDay) && stepBack > 0 && stepBack <= kMaxLate) return;
@@ -138,11 +139,11 @@ std::optional<S_TrackPoint> C_TrackBuilder::BestPoint() const {
   return best;
 }
 
-void C_TrackBuilder::CloseEpoch(const C_StreamClock& clock) {
+void C_TrackBuilder::CloseEpoch(const velagnss::StreamClock& clock) {
   std::optional<S_TrackPoint> point = BestPoint();
   if (point) {
     point->startsSegment = m_isBroken;
-    point->time = clock.Text(m_seconds);
+    point->time = C_TimeText::StreamTime(clock, m_seconds);
     point->isDated = clock.KnowsDate() && !point->time.IsEmpty();
     m_sink.OnPoint(*point);
   }
@@ -153,7 +154,7 @@ void C_TrackBuilder::CloseEpoch(const C_StreamClock& clock) {
   m_timeOfDay = m_seconds = kNoTime;
 }
 
-void C_TrackBuilder::Finish(const C_StreamClock& clock) {
+void C_TrackBuilder::Finish(const velagnss::StreamClock& clock) {
   CloseEpoch(clock);
   m_latest = kNoTime;
   m_isBroken = true;

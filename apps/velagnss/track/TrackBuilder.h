@@ -1,4 +1,4 @@
-// From the sentences of a stream to the points of a track: one per epoch, the best that the receiver said about it.
+// From the sentences of a stream to the points of a track: one per epoch, the best position that the receiver sent.
 #ifndef VELAGNSS_APPS_TRACK_BUILDER_H
 #define VELAGNSS_APPS_TRACK_BUILDER_H
 
@@ -6,18 +6,18 @@
 #include <limits>
 #include <optional>
 
-#include "apps/velagnss/pipeline/StreamClock.h"
 #include "apps/velagnss/text/TimeText.h"
 #include "geo/NotAvailable.h"
-#include "textproto/NMEA_EncodeDecode.h"
+#include "stream/Record.h"
+#include "stream/StreamClock.h"
 
 namespace Host {
 
-// A position and what is known beside it; what is not is at its marker.
+// A position and what else is known of it; what is not known is at its marker.
 struct S_TrackPoint {
-  bool startsSegment = false;  // no line leads here from the point before
-  C_TimeText time;             // UTC; empty when no sentence told one
-  bool isDated = false;        // `time` has a date; else it is a time of day
+  bool startsSegment = false;  // not connected to the point before
+  C_TimeText time;             // UTC; empty when no sentence carried one
+  bool isDated = false;        // `time` has a date; otherwise it is a time of day
   double latitude = NA_DOUBLE;
   double longitude = NA_DOUBLE;  // -180 to 180
   double altitude = NA_DOUBLE;   // m above mean sea level
@@ -26,7 +26,7 @@ struct S_TrackPoint {
   double speedKnots = NA_DOUBLE;
   double courseTrue = NA_DOUBLE;
   unsigned char satellites = NA_U8;         // in use
-  eNmeaModeIndicator fix = eNmeaModeEmpty;  // empty: there is one, of a kind that is not told
+  eNmeaModeIndicator fix = eNmeaModeEmpty;  // empty: there is a fix of an unknown kind
 };
 
 // What one sentence says.
@@ -42,28 +42,28 @@ class C_TrackSink {
   virtual void OnPoint(const S_TrackPoint& point) = 0;
 };
 
-// Sentences of the same time of day are one epoch, and so is one without a time with those before it. Of an epoch the
-// position comes from GGA, else GNS, else RMC, else GLL, the first with a fix; what that one does not tell is filled in
-// from the next. The sentences of an epoch without any fix make no point: there a new segment of the track begins, as
-// at the beginning of an input and where the time steps back. A sentence that is late by up to 10 s is left out.
+// Sentences with the same time of day form one epoch, and one without a time belongs to those before it. The position
+// of an epoch comes from the first of GGA, GNS, RMC and GLL that has a fix; values that it lacks are filled in from the
+// next. An epoch without any fix makes no point, and a new segment of the track begins after it, as at the beginning of
+// an input and where the time steps back. A sentence that is late by up to 10 s is left out.
 class C_TrackBuilder {
  public:
   explicit C_TrackBuilder(C_TrackSink& sink) : m_sink(sink) {}
 
-  // Takes a decoded sentence that `clock` has noted already; other types than the four are passed by.
-  void Take(C_RawDataMessage::eNMEA0183Messages type, const U_EcdDcdData& record, const C_StreamClock& clock);
+  // Takes one of the four sentences, which `clock` has noted already, and ignores every other record.
+  void Take(const velagnss::Record& record, const velagnss::StreamClock& clock);
 
   // The end of an input.
-  void Finish(const C_StreamClock& clock);
+  void Finish(const velagnss::StreamClock& clock);
 
  private:
   static constexpr std::size_t kNumSources = 4;
   static constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
 
-  void Add(std::size_t source, const S_TrackSolution& solution, const C_StreamClock& clock);
+  void Add(std::size_t source, const S_TrackSolution& solution, const velagnss::StreamClock& clock);
   bool IsOfThisEpoch(std::size_t source, double timeOfDay) const;
   std::optional<S_TrackPoint> BestPoint() const;
-  void CloseEpoch(const C_StreamClock& clock);
+  void CloseEpoch(const velagnss::StreamClock& clock);
 
   C_TrackSink& m_sink;
   std::array<std::optional<S_TrackSolution>, kNumSources> m_solutions;  // of the epoch, by source

@@ -1,14 +1,14 @@
-// The formats that a track can be written in. docs/convert.md describes what each of them holds.
+// The file formats of a track. docs/convert.md describes them.
 //
-// Into the text goes nothing but numbers, times and our own words: no byte of the input, so that no input can break the
-// syntax of a document.
+// The text holds only numbers, times and fixed words, never a byte of the input: no input can break the syntax of a
+// document.
 #ifndef VELAGNSS_APPS_TRACK_FORMAT_H
 #define VELAGNSS_APPS_TRACK_FORMAT_H
 
-#include <cmath>
 #include <memory>
 #include <string>
 
+#include "apps/velagnss/text/Numbers.h"
 #include "apps/velagnss/track/TrackBuilder.h"
 
 namespace Host {
@@ -29,17 +29,6 @@ std::unique_ptr<C_TrackFormat> MakeCsvTrack();      // RFC 4180
 std::unique_ptr<C_TrackFormat> MakeGpxTrack();      // GPX 1.1
 std::unique_ptr<C_TrackFormat> MakeKmlTrack();      // OGC KML 2.2, with the gx: tracks of its extension
 std::unique_ptr<C_TrackFormat> MakeGeoJsonTrack();  // RFC 7946
-
-// --- Pieces of text that the formats share ---
-
-// A number that can be written: neither the marker nor one without digits.
-inline bool IsKnown(double value) { return std::isfinite(value) && !IsNotAvailable(value); }
-
-// The shortest digits that read back as the same number, never with an exponent: XML Schema knows none in a decimal.
-void AppendDecimal(std::string& text, double value);
-
-// Degrees with 9 digits behind the point: 0.1 mm.
-void AppendDegrees(std::string& text, double degrees);
 
 }  // namespace Host
 

@@ -1,4 +1,4 @@
-#include "apps/velagnss/track/TrackFormat.h"
+#include "apps/velagnss/text/Numbers.h"
 
 #include <array>
 #include <charconv>
@@ -8,7 +8,7 @@ namespace {
 
 constexpr int kDegreeDigits = 9;
 
-// Room for the largest double without an exponent: 309 digits; for the smallest: 0. and 324 + 17 digits.
+// Without an exponent the largest double has 309 digits, the smallest "0." and 324 + 17 digits.
 using t_Digits = std::array<char, 400>;
 
 }  // namespace
