@@ -11,6 +11,7 @@
 #include "framing/CallbackFrameRecognizer.h"
 #include "geo/Geodesy.h"
 #include "geo/PointCoordinate.h"
+#include "stream/RecordDecoder.h"
 #include "tests/Streams.h"
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/VelaPKVN_Decode.h"
@@ -127,14 +128,17 @@ class Host {
   unsigned int m_decoded = 0;
 };
 
+std::string EveryKindOfFrame() {
+  return Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") +
+         Sentence("GNGSA,A,3,01,02,03,,,,,,,,,,1.5,0.9,1.2,1") +
+         Sentence("GPRMC,123519,A,4807.038,N,01131.000,E,0.1,84.4,230394,3.1,W") + RtcmFrame(RtcmPayload(1005, 19)) +
+         BinFrame(97, std::string(28, 'a')) + "\r\n" + BinFrame(93, std::string(56, '\1')) + "\r\n" +
+         Sentence("PKVN,HPR,123519.00,271.5,-1.25,0.5,N") + "$RD1,1000.0,3,1575.42,0,12-34,45.5,1,2,F,F,1,F\r\n" +
+         "$JROX," + Packed("abcdef") + "\r\n" + "$>JI,";
+}
+
 TEST(Allocation, NothingAfterConstruction) {
-  const std::string stream =
-      Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") +
-      Sentence("GNGSA,A,3,01,02,03,,,,,,,,,,1.5,0.9,1.2,1") +
-      Sentence("GPRMC,123519,A,4807.038,N,01131.000,E,0.1,84.4,230394,3.1,W") + RtcmFrame(RtcmPayload(1005, 19)) +
-      BinFrame(97, std::string(28, 'a')) + "\r\n" + BinFrame(93, std::string(56, '\1')) + "\r\n" +
-      Sentence("PKVN,HPR,123519.00,271.5,-1.25,0.5,N") + "$RD1,1000.0,3,1575.42,0,12-34,45.5,1,2,F,F,1,F\r\n" +
-      "$JROX," + Packed("abcdef") + "\r\n" + "$>JI,";
+  const std::string stream = EveryKindOfFrame();
   Host host;
   const std::size_t before = allocations;
   for (int round = 0; round < 30; ++round) host.Run(stream);  // at every place in the ring
@@ -143,6 +147,35 @@ TEST(Allocation, NothingAfterConstruction) {
   EXPECT_EQ(host.Decoded(), 30U * 8);
   const std::vector<int> counted(10);
   EXPECT_GT(allocations - before, during) << "the count does not work";
+}
+
+TEST(Allocation, NothingInReaderAndDecoder) {
+  const std::string stream = EveryKindOfFrame() + "\xD3\x03\xE8\x3E\xD0" + EveryKindOfFrame();
+  velagnss::FrameReader reader;
+  velagnss::RecordDecoder decoder;
+  reader.ReportEvents(true);
+  unsigned int frames = 0;
+  const auto readAll = [&] {
+    while (true) {
+      const velagnss::StreamItem& item = reader.Next();
+      if (std::holds_alternative<std::monostate>(item)) return;
+      const auto* frame = std::get_if<velagnss::Frame>(&item);
+      if (frame != nullptr) frames += decoder.Decode(*frame).depth != velagnss::Depth::None;
+    }
+  };
+  const std::size_t before = allocations;
+  for (std::size_t piece = 1; piece < 30; ++piece) {
+    for (std::size_t at = 0; at < stream.size(); at += piece) {
+      reader.Feed(reinterpret_cast<const unsigned char*>(stream.data()) + at, std::min(piece, stream.size() - at));
+      readAll();
+    }
+    reader.Finish();
+    readAll();
+    reader.Restart();
+    decoder.Restart();
+  }
+  EXPECT_EQ(allocations, before);
+  EXPECT_EQ(frames, 29U * 2 * 8);
 }
 
 TEST(Allocation, NothingInGeometry) {

@@ -1,8 +1,7 @@
-#include "apps/velagnss/pipeline/FrameReader.h"
+#include "stream/FrameReader.h"
 
 #include <gmock/gmock.h>
 
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <random>
 
@@ -13,44 +12,53 @@ namespace {
 
 using nlohmann::json;
 
-constexpr C_RawDataMessage::eProtocols kAllButAcknowledgements[] = {
-    C_RawDataMessage::eJROX,        C_RawDataMessage::eRTCM3_x,     C_RawDataMessage::eNMEA0183,
-    C_RawDataMessage::eVelaBIN,     C_RawDataMessage::ePKVN,        C_RawDataMessage::eVelaRD,
-    C_RawDataMessage::eJSITERECORD, C_RawDataMessage::eVelaJI,      C_RawDataMessage::eVelaJQUERY,
-    C_RawDataMessage::eVelaGEO,     C_RawDataMessage::eAllProtocols};
-
-// Everything that a reader tells of a stream, in its order.
-class Record : public Host::C_FrameSink {
- public:
-  void OnFrame(const C_RawDataMessage& frame, std::uint64_t offset) override {
-    frames.push_back({offset, frame.length, frame.protocol, frame.messageType});
-    told.push_back("frame " + std::to_string(offset) + "+" + std::to_string(frame.length));
-    bytes.append(reinterpret_cast<const char*>(frame.data), frame.length);
-  }
-  void OnRejection(const Host::S_Rejection& rejection) override {
-    told.push_back("result " + std::to_string(rejection.result) + " at " + std::to_string(rejection.offset) + " " +
-                   std::string(rejection.bytes.begin(), rejection.bytes.begin() + 3));
-  }
-  void OnSkipped(std::uint64_t offset, std::uint64_t length) override {
-    skipped += length;
-    told.push_back("skipped " + std::to_string(offset) + "+" + std::to_string(length));
+// Everything that a reader hands out of a stream, in its order.
+struct Reading {
+  explicit Reading(std::string_view stream, std::size_t pieceSize = 1 << 20) {
+    reader.ReportEvents(true);
+    Read(stream, pieceSize);
+    reader.Finish();
+    TakeAll();
   }
 
-  json frames = json::array();
-  std::string bytes;
-  std::uint64_t skipped = 0;
-  std::vector<std::string> told;
-};
-
-struct Reading : Record {
-  explicit Reading(std::string_view stream, std::size_t pieceSize = 1 << 20) : reader(kAllButAcknowledgements, *this) {
+  void Read(std::string_view stream, std::size_t pieceSize) {
     for (; !stream.empty(); stream.remove_prefix(std::min(pieceSize, stream.size()))) {
       ExactCopy piece(stream.substr(0, pieceSize));  // nothing may be kept of a piece
-      reader.Feed({piece.Data(), std::min(pieceSize, stream.size())});
+      EXPECT_TRUE(reader.Feed(piece.Data(), std::min(pieceSize, stream.size())));
+      TakeAll();
     }
-    reader.Finish();
   }
-  Host::C_FrameReader reader;
+
+  void TakeAll() {
+    while (true) {
+      const velagnss::StreamItem& item = reader.Next();
+      if (std::holds_alternative<std::monostate>(item)) return;
+      std::visit([this](const auto& what) { Take(what); }, item);
+    }
+  }
+
+  void Take(std::monostate) {}
+  void Take(const velagnss::Frame& frame) {
+    frames.push_back({frame.offset, frame.length, frame.protocol, frame.message});
+    told.push_back("frame " + std::to_string(frame.offset) + "+" + std::to_string(frame.length));
+  }
+  void Take(const velagnss::RejectedStart& start) {
+    told.push_back("result " + std::to_string(static_cast<int>(start.reason)) + " at " + std::to_string(start.offset) +
+                   " " + std::string(start.data, start.data + 3));
+  }
+  void Take(const velagnss::SkippedRange& range) {
+    constexpr const char* kReasons[] = {"noise", "false starts", "end"};
+    skipped += range.length;
+    skippedBytes.emplace_back(range.data, range.data + range.size);
+    told.push_back("skipped " + std::to_string(range.offset) + "+" + std::to_string(range.length) + " " +
+                   kReasons[static_cast<int>(range.reason)]);
+  }
+
+  velagnss::FrameReader reader;
+  json frames = json::array();
+  std::uint64_t skipped = 0;
+  std::vector<std::string> skippedBytes;
+  std::vector<std::string> told;
 };
 
 constexpr std::string_view kHdt = "$GPHDT,274.07,T*03\r\n";
@@ -76,26 +84,28 @@ struct S_TellCase {
 };
 const S_TellCase kTells[] = {
     {"Nothing", "", {}},
-    {"NoiseAlone", "abc", {"skipped 0+3"}},
+    {"NoiseAlone", "abc", {"skipped 0+3 noise"}},
     {"LineEndsBelongToTheFrame", std::string(kHdt) + "\n\r" + std::string(kHdt), {"frame 0+19", "frame 22+19"}},
-    {"LineEndsInFrontDoNot", "\r\n" + std::string(kHdt), {"skipped 0+2", "frame 2+19"}},
+    {"LineEndsInFrontDoNot", "\r\n" + std::string(kHdt), {"skipped 0+2 noise", "frame 2+19"}},
     {"NoiseBehindALineEnd",
      std::string(kHdt) + "xy" + std::string(kHdt),
-     {"frame 0+19", "skipped 20+2", "frame 22+19"}},
+     {"frame 0+19", "skipped 20+2 noise", "frame 22+19"}},
     {"WrongChecksum",
      "$GPHDT,274.07,T*04\r\n" + std::string(kHdt),
-     {"result 4 at 0 $GP", "skipped 0+20", "frame 20+19"}},
-    {"CutShortByTheNext", "$GPHDT,274" + std::string(kHdt), {"result 4 at 0 $GP", "skipped 0+10", "frame 10+19"}},
+     {"result 4 at 0 $GP", "skipped 0+20 false starts", "frame 20+19"}},
+    {"CutShortByTheNext",
+     "$GPHDT,274" + std::string(kHdt),
+     {"result 4 at 0 $GP", "skipped 0+10 false starts", "frame 10+19"}},
     // A header that announces more than will ever come holds back what follows it, until the input ends.
     {"TrappedBehindAFalseStart",
      "\xD3\x03\xE8\x3E\xD0" + std::string(kHdt) + "x" + std::string(kZda),
-     {"skipped 0+5", "frame 5+19", "skipped 25+1", "frame 26+37"}},
+     {"skipped 0+5 end", "frame 5+19", "skipped 25+1 noise", "frame 26+37"}},
     {"TrappedTwice",
      "\xD3\x03\xE8\x3E\xD0" + std::string(kHdt) + "\xD3\x03\xE8\x3E\xD0" + std::string(kHdt),
-     {"skipped 0+5", "frame 5+19", "skipped 25+5", "frame 30+19"}},
-    {"CutOffAtTheEnd", std::string(kHdt) + "$GPZDA,2015", {"frame 0+19", "skipped 20+11"}},
+     {"skipped 0+5 end", "frame 5+19", "skipped 25+5 end", "frame 30+19"}},
+    {"CutOffAtTheEnd", std::string(kHdt) + "$GPZDA,2015", {"frame 0+19", "skipped 20+11 end"}},
     // With zeros behind it this header would be a frame: none may be made up.
-    {"HeaderWithoutItsBody", std::string("$BIN\x3E\x00\x28\x00\x00\x00", 10), {"skipped 0+10"}},
+    {"HeaderWithoutItsBody", std::string("$BIN\x3E\x00\x28\x00\x00\x00", 10), {"skipped 0+10 end"}},
 };
 TEST_ROWS(FrameReaderTells, WholeAndByteByByte, kTells, row) {
   for (const std::size_t pieceSize : {1 << 20, 1}) EXPECT_EQ(Reading(row.stream, pieceSize).told, row.told);
@@ -103,10 +113,10 @@ TEST_ROWS(FrameReaderTells, WholeAndByteByByte, kTells, row) {
 
 TEST(FrameReader, CountsWhatWaitsAtTheEnd) {
   const Reading reading("x" + std::string(kHdt) + "\xD3\x03\xE8\x3E\xD0" + std::string(kHdt));
-  const Host::S_StreamTotals& atEnd = reading.reader.TotalsAtEnd();
+  const velagnss::StreamTotals& atEnd = reading.reader.TotalsAtFinish();
   EXPECT_EQ(atEnd.bytesAccepted, kHdt.size());
   EXPECT_EQ(atEnd.bytesDiscarded, 1);
-  EXPECT_EQ(reading.reader.QueuedAtEnd(), 5 + kHdt.size());
+  EXPECT_EQ(reading.reader.QueuedAtFinish(), 5 + kHdt.size());
   EXPECT_EQ(atEnd.framesGood, 1);
   EXPECT_EQ(reading.reader.Totals().framesGood, 2);
 }
@@ -119,11 +129,99 @@ TEST(FrameReader, EveryByteHasOnePlace) {
     std::string damaged = session.substr(random() % 1000);
     for (int i = 0; i < 60; ++i) damaged[random() % damaged.size()] = static_cast<char>(random());
     const Reading reading(damaged, 1 + random() % 5000);
-    const Host::S_StreamTotals& totals = reading.reader.Totals();
+    const velagnss::StreamTotals totals = reading.reader.Totals();
     EXPECT_EQ(totals.bytesAccepted + totals.bytesDiscarded, damaged.size());
     EXPECT_EQ(reading.skipped, totals.bytesDiscarded);
     EXPECT_GT(totals.framesGood, 300);
   }
+}
+
+TEST(FrameReader, ShowsTheBytesOfASkippedRange) {
+  const std::string noise = std::string(700, 'a') + std::string(900, 'b');
+  const std::string stream = "x" + std::string(kHdt) + noise + "$GPHDT,274.07,T*04\r\n" + std::string(kHdt);
+  const Reading reading(stream, 333);
+  EXPECT_EQ(reading.skippedBytes, (std::vector<std::string>{"x", noise.substr(0, 1024)}));
+}
+
+// Any number of bytes at once; but a piece is read in place, so the next one waits until it is used up.
+TEST(FrameReader, TakesAPieceOnlyAfterTheOneBefore) {
+  velagnss::FrameReader reader;
+  const std::string stream = std::string(kHdt) + std::string(kZda);
+  const auto* bytes = reinterpret_cast<const unsigned char*>(stream.data());
+  EXPECT_TRUE(reader.Feed(bytes, stream.size()));
+  EXPECT_FALSE(reader.Feed(bytes, stream.size()));
+  ASSERT_NE(reader.NextFrame(), nullptr);
+  EXPECT_FALSE(reader.Feed(bytes, stream.size()));
+  EXPECT_EQ(reader.NextFrame()->offset, kHdt.size());
+  EXPECT_EQ(reader.NextFrame(), nullptr);
+  EXPECT_TRUE(reader.Feed(nullptr, 5));
+  EXPECT_EQ(reader.NextFrame(), nullptr);
+  EXPECT_EQ(reader.BytesFed(), stream.size());
+}
+
+// A port that was silent for a while: what waited comes out, and the stream goes on at its offset.
+TEST(FrameReader, GoesOnAfterAFinish) {
+  const std::string falseStart = "\xD3\x03\xE8\x3E\xD0";
+  Reading reading(falseStart + std::string(kHdt));
+  reading.Read(kHdt, 7);
+  reading.reader.Finish();
+  reading.TakeAll();
+  EXPECT_EQ(reading.told, (std::vector<std::string>{"skipped 0+5 end", "frame 5+19", "frame 25+19"}));
+  EXPECT_EQ(reading.reader.Totals().bytesAccepted, 2 * kHdt.size());
+  EXPECT_EQ(reading.reader.Totals().bytesDiscarded, falseStart.size());
+}
+
+TEST(FrameReader, RestartsInAnyState) {
+  const std::string stream = "xyz\xD3\x03\xE8\x3E\xD0" + std::string(kHdt);
+  Reading reading("");
+  for (int steps = 0; steps < 6; ++steps) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(stream.data());
+    ASSERT_TRUE(reading.reader.Feed(bytes, stream.size())) << steps;
+    if (steps > 2) reading.reader.Finish();
+    for (int step = 0; step < steps; ++step) reading.reader.Next();
+    reading.reader.Restart();
+    EXPECT_EQ(reading.reader.BytesFed(), 0) << steps;
+  }
+  reading.Read(stream, stream.size());
+  reading.reader.Finish();
+  reading.TakeAll();
+  EXPECT_EQ(reading.told, (std::vector<std::string>{"skipped 0+8 end", "frame 8+19"}));
+  EXPECT_EQ(reading.reader.TotalsAtFinish().bytesDiscarded, 3);
+}
+
+// With a reply of 100 bytes, which a search for this protocol alone has too small a buffer for.
+TEST(FrameReader, SearchesForWhatItIsAskedFor) {
+  const std::string reply = "$>JGEO," + std::string(91, 'a') + "\r\n";
+  velagnss::FrameReader reader;
+  const auto lengthOfFirst = [&](const std::string& stream) {
+    reader.Restart();
+    reader.Feed(reinterpret_cast<const unsigned char*>(stream.data()), stream.size());
+    reader.Finish();
+    const velagnss::Frame* const frame = reader.NextFrame();
+    return frame == nullptr ? 0 : int{frame->length};
+  };
+  EXPECT_EQ(lengthOfFirst(reply), 99);
+  EXPECT_EQ(lengthOfFirst("$>\r\n"), 0);
+  reader.DisableProtocol(C_RawDataMessage::eAllProtocols);
+  EXPECT_EQ(lengthOfFirst(reply), 0);
+  reader.EnableProtocol(C_RawDataMessage::eVelaGEO);
+  EXPECT_EQ(lengthOfFirst(reply), 99);
+  EXPECT_EQ(lengthOfFirst(std::string(kHdt)), 0);
+  reader.EnableProtocol(C_RawDataMessage::eVelaCmdAck);
+  EXPECT_EQ(lengthOfFirst("$>\r\n"), 3);
+}
+
+// The recognizer's counters fold at 4 GiB.
+TEST(FrameReader, CountsBeyondFourGibibytes) {
+  const std::string noise(std::size_t{1} << 26, 'x');
+  velagnss::FrameReader reader;
+  for (int i = 0; i < 65; ++i) {
+    reader.Feed(reinterpret_cast<const unsigned char*>(noise.data()), noise.size());
+    ASSERT_EQ(reader.NextFrame(), nullptr);
+  }
+  reader.Feed(reinterpret_cast<const unsigned char*>(kHdt.data()), kHdt.size());
+  EXPECT_EQ(reader.NextFrame()->offset, 65 * noise.size());
+  EXPECT_EQ(reader.Totals().bytesDiscarded, 65 * noise.size());
 }
 
 }  // namespace

@@ -1,0 +1,348 @@
+#include "stream/FrameReader.h"
+
+#include <algorithm>
+#include <array>
+
+#include "framing/FrameRecognizer.h"
+
+namespace velagnss {
+namespace {
+
+// A counter folds when it nears 2^32, but its low 16 bits go on as if it had not. So it is looked at before it can have
+// grown by 2^16.
+constexpr std::uint64_t kCountedBytes = 1U << 15;
+
+std::uint64_t Growth(unsigned int now, unsigned int before) { return static_cast<std::uint16_t>(now - before); }
+
+StreamTotals GrowthOf(const S_RecognizerStatistics& now, const S_RecognizerStatistics& before) {
+  return {Growth(now.bytesAccepted, before.bytesAccepted), Growth(now.bytesDiscarded, before.bytesDiscarded),
+          Growth(now.framesGood, before.framesGood), Growth(now.framesBad, before.framesBad)};
+}
+
+StreamTotals operator+(const StreamTotals& a, const StreamTotals& b) {
+  return {a.bytesAccepted + b.bytesAccepted, a.bytesDiscarded + b.bytesDiscarded, a.framesGood + b.framesGood,
+          a.framesBad + b.framesBad};
+}
+
+// The bytes of the stream that can still be looked at: the piece that is being read, and before it those that the
+// recognizer held when the piece came.
+class Window {
+ public:
+  explicit Window(std::size_t capacity) : m_capacity(capacity), m_kept(new unsigned char[2 * capacity]) {}
+
+  // Nothing is held; the stream goes on at `offset`.
+  void Clear(std::uint64_t offset) {
+    m_first = m_size = m_pieceSize = 0;
+    m_pieceOffset = offset;
+  }
+
+  void SetPiece(const unsigned char* bytes, std::size_t count) {
+    m_piece = bytes;
+    m_pieceSize = count;
+  }
+
+  // Copies the last `count` bytes, at most the capacity, and lets go of the piece.
+  void Keep(std::size_t count) {
+    const std::size_t fromPiece = std::min(count, m_pieceSize);
+    const std::size_t fromKept = count - fromPiece;
+    m_first += m_size - fromKept;
+    if (m_first + count > 2 * m_capacity) {  // the bytes move only when the room is used up, not with every piece
+      std::copy_n(&m_kept[m_first], fromKept, &m_kept[0]);
+      m_first = 0;
+    }
+    std::copy_n(m_piece + (m_pieceSize - fromPiece), fromPiece, &m_kept[m_first + fromKept]);
+    m_size = count;
+    m_pieceOffset += m_pieceSize;
+    m_pieceSize = 0;
+  }
+
+  const unsigned char* Kept() const { return &m_kept[m_first]; }
+
+  // Copies the bytes of the stream in [from, to), as far as there is room for them; returns how many.
+  std::size_t Copy(std::uint64_t from, std::uint64_t to, unsigned char* out, std::size_t room) const {
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(to - from, room));
+    const std::uint64_t keptOffset = m_pieceOffset - m_size;
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::uint64_t at = from + i;
+      out[i] = at < m_pieceOffset ? m_kept[m_first + (at - keptOffset)] : m_piece[at - m_pieceOffset];
+    }
+    return count;
+  }
+
+ private:
+  std::size_t m_capacity;
+  std::unique_ptr<unsigned char[]> m_kept;  // room for twice the capacity
+  std::size_t m_first = 0;                  // of the kept bytes in their room
+  std::size_t m_size = 0;
+  const unsigned char* m_piece = nullptr;
+  std::size_t m_pieceSize = 0;
+  std::uint64_t m_pieceOffset = 0;
+};
+
+// The run of bytes without a frame that the reader is in, if it is in one.
+class SkippedRun {
+ public:
+  bool IsOpen() const { return m_isOpen; }
+
+  // The bytes in [from, to) belong to no frame.
+  void Extend(std::uint64_t from, std::uint64_t to, const Window& window) {
+    if (!m_isOpen) {
+      m_isOpen = true;
+      m_range = {};
+      m_range.offset = from;
+    }
+    m_range.length = to - m_range.offset;
+    m_range.size += window.Copy(from, to, m_bytes.data() + m_range.size, m_bytes.size() - m_range.size);
+  }
+  void SetReason(SkippedRange::Reason reason) { m_range.reason = std::max(m_range.reason, reason); }
+
+  const SkippedRange& Close() {
+    m_isOpen = false;
+    m_range.data = m_bytes.data();
+    return m_range;
+  }
+  void Forget() { m_isOpen = false; }
+
+ private:
+  bool m_isOpen = false;
+  SkippedRange m_range;
+  std::array<unsigned char, SkippedRange::kMaxBytes> m_bytes{};
+};
+
+}  // namespace
+
+class FrameReader::Impl {
+ public:
+  Impl();
+
+  bool Feed(const unsigned char* bytes, std::size_t count);
+  void Finish() { m_isFinishing = true; }
+  const StreamItem& Next();
+  void Restart();
+
+  StreamTotals Totals() const { return m_totals + GrowthOf(*m_recognizer.GetStatistics(), m_counted); }
+  std::uint64_t Queued() const { return m_capacity - m_recognizer.GetFreeSpace(); }
+  std::uint64_t Head() const { return m_fed - Queued(); }  // offset of the oldest byte queued
+
+  C_FrameRecognizer m_recognizer{nullptr, eCircBufOvrflowRejectNew, true};
+  bool m_areEventsReported = false;
+  std::uint64_t m_fed = 0;  // bytes handed to the recognizer
+  StreamTotals m_totalsAtFinish;
+  std::uint64_t m_queuedAtFinish = 0;
+
+ private:
+  bool Advance();
+  bool TakePiece();
+  bool GiveUpOneByte();
+  void Step(const unsigned char* bytes, std::size_t count);
+  void NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds);
+  void NoteFrame();
+  void NoteRejection(eRecognitionResult result, std::uint64_t offset);
+  void CloseSkippedRun();
+  void Push(const StreamItem& item) { m_items[m_numItems++] = item; }
+  void TakeCounters();
+  void ResetRecognizer(std::uint64_t offset);
+
+  const std::size_t m_capacity;  // of the recognizer's queue
+  std::unique_ptr<unsigned char[]> m_buffer;
+  C_RawDataMessage m_message;
+
+  const unsigned char* m_rest = nullptr;  // what has been fed and not yet been handed to the recognizer
+  std::size_t m_restSize = 0;
+  bool m_isPumping = false;                 // the recognizer has more to say about what it holds
+  bool m_isFinishing = false;               // what it holds at the end of `m_rest` is given up byte by byte
+  bool m_isSearchedAgain = false;           // that has begun
+  std::unique_ptr<unsigned char[]> m_tail;  // what is searched again
+
+  Window m_window;
+  SkippedRun m_skipped;
+  std::array<unsigned char, RejectedStart::kMaxBytes> m_rejectedBytes{};
+
+  // What one step may yield: the end of a skipped run, and a frame.
+  std::array<StreamItem, 2> m_items;
+  std::size_t m_numItems = 0;
+  std::size_t m_nextItem = 0;
+  const StreamItem m_nothing;
+
+  S_RecognizerStatistics m_counted{};  // the recognizer's counters as far as they are in `m_totals`
+  std::uint64_t m_countedAt = 0;       // bytes fed by then
+  StreamTotals m_totals;
+};
+
+FrameReader::Impl::Impl()
+    : m_capacity(m_recognizer.GetFreeSpace()),
+      m_buffer(new unsigned char[m_recognizer.GetMaxFrameLength()]),
+      m_message(m_buffer.get(), m_recognizer.GetMaxFrameLength()),
+      m_tail(new unsigned char[m_capacity]),
+      m_window(m_capacity) {
+  m_recognizer.SetPatientSearch(true);
+  m_recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
+}
+
+void FrameReader::Impl::Restart() {
+  ResetRecognizer(0);
+  m_totals = m_totalsAtFinish = {};
+  m_queuedAtFinish = 0;
+  m_restSize = 0;
+  m_isPumping = m_isFinishing = m_isSearchedAgain = false;
+  m_skipped.Forget();
+  m_numItems = m_nextItem = 0;
+}
+
+void FrameReader::Impl::ResetRecognizer(std::uint64_t offset) {
+  m_recognizer.FullProcessingReset();
+  m_counted = {};
+  m_window.Clear(offset);
+  m_fed = m_countedAt = offset;
+}
+
+bool FrameReader::Impl::Feed(const unsigned char* bytes, std::size_t count) {
+  if (m_restSize > 0 || m_isPumping || m_isFinishing) return false;
+  m_rest = bytes;
+  m_restSize = bytes == nullptr ? 0 : count;
+  m_window.SetPiece(m_rest, m_restSize);
+  return true;
+}
+
+const StreamItem& FrameReader::Impl::Next() {
+  if (m_nextItem == m_numItems) {
+    m_nextItem = m_numItems = 0;
+    while (m_numItems == 0 && Advance()) {
+    }
+  }
+  return m_nextItem < m_numItems ? m_items[m_nextItem++] : m_nothing;
+}
+
+// Makes one step; false when nothing is left to do.
+bool FrameReader::Impl::Advance() {
+  if (m_isPumping) {
+    Step(nullptr, 0);
+    return true;
+  }
+  if (TakePiece()) return true;
+  if (!m_isFinishing) return false;
+  if (GiveUpOneByte()) return true;
+  m_isFinishing = m_isSearchedAgain = false;
+  CloseSkippedRun();
+  return m_numItems > 0;
+}
+
+// Hands as many bytes to the recognizer as it can queue.
+bool FrameReader::Impl::TakePiece() {
+  if (m_restSize == 0) {
+    m_window.Keep(Queued());
+    return false;
+  }
+  const std::size_t count = std::min<std::size_t>(m_restSize, m_recognizer.GetFreeSpace());
+  const unsigned char* const bytes = m_rest;
+  m_rest += count;
+  m_restSize -= count;
+  m_isPumping = true;
+  if (m_fed - m_countedAt > kCountedBytes) TakeCounters();
+  Step(bytes, count);
+  return true;
+}
+
+// The oldest byte is a false start that waits for bytes that will not come: what follows it is searched afresh.
+bool FrameReader::Impl::GiveUpOneByte() {
+  const auto queued = static_cast<std::size_t>(Queued());
+  TakeCounters();
+  if (!m_isSearchedAgain) {
+    m_totalsAtFinish = m_totals;
+    m_queuedAtFinish = queued;
+    m_isSearchedAgain = true;
+  }
+  if (queued == 0) return false;
+  const std::uint64_t head = Head();
+  if (m_areEventsReported) {
+    m_skipped.Extend(head, head + 1, m_window);
+    m_skipped.SetReason(SkippedRange::Reason::EndOfStream);
+  }
+  std::copy_n(m_window.Kept() + 1, queued - 1, m_tail.get());
+  ResetRecognizer(head + 1);
+  ++m_totals.bytesDiscarded;
+  m_rest = m_tail.get();
+  m_restSize = queued - 1;
+  m_window.SetPiece(m_rest, m_restSize);
+  return true;
+}
+
+void FrameReader::Impl::Step(const unsigned char* bytes, std::size_t count) {
+  const std::uint64_t before = m_areEventsReported ? Head() : 0;
+  const unsigned int acceptedBefore = m_recognizer.GetStatistics()->bytesAccepted;
+  const eRecognitionResult result = m_recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), m_message);
+  m_fed += count;
+  if (result == eRecNoNewData) m_isPumping = false;
+  if (result == eRecFrameComplete) return NoteFrame();
+  if (m_areEventsReported)
+    NoteStep(result, before, Growth(m_recognizer.GetStatistics()->bytesAccepted, acceptedBefore));
+}
+
+// The frame is what has just left the queue.
+void FrameReader::Impl::NoteFrame() {
+  CloseSkippedRun();
+  Push(Frame{m_message.data, m_message.length, m_message.protocol, m_message.messageType, Head() - m_message.length});
+}
+
+// What left the queue without a frame: first line ends that belong to the frame before, then what is skipped.
+void FrameReader::Impl::NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds) {
+  const std::uint64_t head = Head();
+  if (before + lineEnds == head) return;
+  m_skipped.Extend(before + lineEnds, head, m_window);
+  if (result == eRecChecksumError || result == eRecFrameRejected) NoteRejection(result, before);
+}
+
+void FrameReader::Impl::NoteRejection(eRecognitionResult result, std::uint64_t offset) {
+  static_assert(static_cast<unsigned int>(RejectedStart::Reason::Checksum) == eRecChecksumError &&
+                static_cast<unsigned int>(RejectedStart::Reason::NotAFrame) == eRecFrameRejected);
+  m_skipped.SetReason(SkippedRange::Reason::FalseStarts);
+  RejectedStart start;
+  start.offset = offset;
+  start.reason = static_cast<RejectedStart::Reason>(result);
+  start.data = m_rejectedBytes.data();
+  start.size = m_window.Copy(offset, m_fed, m_rejectedBytes.data(), m_rejectedBytes.size());
+  Push(start);
+}
+
+void FrameReader::Impl::CloseSkippedRun() {
+  if (m_skipped.IsOpen()) Push(m_skipped.Close());
+}
+
+void FrameReader::Impl::TakeCounters() {
+  m_countedAt = m_fed;
+  m_totals = Totals();
+  m_counted = *m_recognizer.GetStatistics();
+}
+
+FrameReader::FrameReader() : m_impl(new Impl) {}
+FrameReader::~FrameReader() = default;
+
+void FrameReader::EnableProtocol(C_RawDataMessage::eProtocols protocol) {
+  m_impl->m_recognizer.EnableProtocol(protocol);
+}
+void FrameReader::DisableProtocol(C_RawDataMessage::eProtocols protocol) {
+  m_impl->m_recognizer.DisableProtocol(protocol);
+}
+void FrameReader::ReportEvents(bool on) { m_impl->m_areEventsReported = on; }
+
+bool FrameReader::Feed(const unsigned char* bytes, std::size_t count) { return m_impl->Feed(bytes, count); }
+void FrameReader::Finish() { m_impl->Finish(); }
+void FrameReader::Restart() { m_impl->Restart(); }
+
+const StreamItem& FrameReader::Next() { return m_impl->Next(); }
+
+const Frame* FrameReader::NextFrame() {
+  while (true) {
+    const StreamItem& item = m_impl->Next();
+    if (const Frame* frame = std::get_if<Frame>(&item)) return frame;
+    if (std::holds_alternative<std::monostate>(item)) return nullptr;
+  }
+}
+
+std::uint64_t FrameReader::BytesFed() const { return m_impl->m_fed; }
+std::uint64_t FrameReader::BytesQueued() const { return m_impl->Queued(); }
+StreamTotals FrameReader::Totals() const { return m_impl->Totals(); }
+const StreamTotals& FrameReader::TotalsAtFinish() const { return m_impl->m_totalsAtFinish; }
+std::uint64_t FrameReader::QueuedAtFinish() const { return m_impl->m_queuedAtFinish; }
+
+}  // namespace velagnss

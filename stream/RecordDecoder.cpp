@@ -1,0 +1,311 @@
+#include "stream/RecordDecoder.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "binproto/VelaBin_Decode.h"
+#include "framing/FrameRecognizer.h"
+#include "records/ResultCodes.h"
+#include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/VelaPKVN_Decode.h"
+#include "textproto/VelaRD_Decode.h"
+
+namespace velagnss {
+namespace {
+
+using namespace VelaBIN_Messages;
+using namespace VelaPKVN_Messages;
+
+constexpr std::size_t kBinaryHeader = 4 + 2 + 2;  // sync, block id, data length
+constexpr std::size_t kBinaryChecksum = 2;
+
+// The text of a sentence without its line end.
+std::string_view TextOf(const Frame& frame) {
+  std::string_view text(reinterpret_cast<const char*>(frame.data), frame.length);
+  while (!text.empty() && (text.back() == '\r' || text.back() == '\n')) text.remove_suffix(1);
+  return text;
+}
+
+RawBody BodyOf(const Frame& frame) {
+  constexpr std::size_t kEnvelope = kBinaryHeader + kBinaryChecksum;
+  if (frame.length < kEnvelope) return {};
+  return {frame.data + kBinaryHeader, frame.length - kEnvelope};
+}
+
+// The decoders take a pointer to bytes that they might change, but do not.
+unsigned char* BytesOf(const Frame& frame) { return const_cast<unsigned char*>(frame.data); }
+
+constexpr bool IsPackedByte(unsigned char byte) { return (byte & 0x80) != 0; }
+
+}  // namespace
+
+class RecordDecoder::Impl {
+ public:
+  Impl() { Restart(); }
+
+  void SeedTime(const C_GnssTime& time);
+  void Restart();
+  void Decode(const Frame& frame);
+
+  std::optional<C_GnssTime> m_seed;  // the caller's
+  StreamClock m_clock;
+  C_VelaBin_Decode m_binaryDecoder{nullptr};
+  DecodedFrame m_decoded;
+
+ private:
+  // One sentence or message and what makes its record of the decoder's union.
+  struct S_NmeaRow {
+    C_RawDataMessage::eNMEA0183Messages type;
+    void (Impl::*keep)(const Frame& frame);
+  };
+  struct S_PkvnRow {
+    VelaPKVN_Messages::eMessageTypes type;
+    void (Impl::*keep)();
+  };
+  static const S_NmeaRow kNmeaRows[];
+  static const S_PkvnRow kPkvnRows[];
+
+  void DecodeNmea(const Frame& frame);
+  void DecodeBinary(const Frame& frame);
+  void DecodePkvn(const Frame& frame);
+  void DecodeRd(const Frame& frame);
+  void Unpack(const Frame& frame);
+
+  template <class T>
+  void Keep(Depth depth, const T& record) {
+    m_decoded.record.emplace<T>(record);
+    m_decoded.depth = depth;
+  }
+  void KeepText(const Frame& frame) { Keep(Depth::Raw, RawText{TextOf(frame)}); }
+  void KeepBinary(unsigned int blockId, const Frame& frame);
+  void KeepRmc(const Frame& frame);
+  template <auto Member>
+  void KeepSentence(const Frame&) {
+    Keep(Depth::Full, m_nmea.*Member);
+  }
+  template <auto Member>
+  void KeepTimed(const Frame&) {
+    NoteTime(m_nmea.*Member);
+    Keep(Depth::Full, m_nmea.*Member);
+  }
+  template <auto Member, Depth HowFar = Depth::Full>
+  void KeepPkvn() {
+    Keep(HowFar, m_pkvn.*Member);
+  }
+
+  template <class T>
+  void NoteTime(const T& record);
+  void UseTime(const C_GnssTime& time, WeekSource source);
+  void SetResult(unsigned int result);
+  bool LacksWeek(unsigned int blockId, unsigned int result) const;
+
+  WeekSource m_weekSource = WeekSource::None;
+  C_NMEA_EncodeDecode m_nmeaDecoder;
+  C_VelaPKVN_Decode m_pkvnDecoder;
+  C_VelaRD_Decode m_rdDecoder;
+
+  std::array<unsigned char, 1024> m_sentence{};
+  U_EcdDcdData m_nmea;
+  U_VelaBIN_EcdDcdData m_binary;
+  U_VelaPKVN_EcdDcdData m_pkvn;
+  U_VelaRD_EcdDcdData m_rd;
+};
+
+// clang-format off
+constexpr RecordDecoder::Impl::S_NmeaRow RecordDecoder::Impl::kNmeaRows[] = {
+    {C_RawDataMessage::eNmeaGGA, &Impl::KeepTimed<&U_EcdDcdData::gga>},
+    {C_RawDataMessage::eNmeaGLL, &Impl::KeepTimed<&U_EcdDcdData::gll>},
+    {C_RawDataMessage::eNmeaGNS, &Impl::KeepTimed<&U_EcdDcdData::gns>},
+    {C_RawDataMessage::eNmeaGSA, &Impl::KeepSentence<&U_EcdDcdData::gsa>},
+    {C_RawDataMessage::eNmeaGSV, &Impl::KeepSentence<&U_EcdDcdData::gsv>},
+    {C_RawDataMessage::eNmeaRMC, &Impl::KeepRmc},
+    {C_RawDataMessage::eNmeaVTG, &Impl::KeepSentence<&U_EcdDcdData::vtg>},
+    {C_RawDataMessage::eNmeaZDA, &Impl::KeepTimed<&U_EcdDcdData::zda>},
+};
+constexpr RecordDecoder::Impl::S_PkvnRow RecordDecoder::Impl::kPkvnRows[] = {  // of two a list is kept as text
+    {ePkvnATTSTAT,     &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::attStat, Depth::Partial>},
+    {ePkvnGBS,         &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::gbs>},
+    {ePkvnHPR,         &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::hpr>},
+    {ePkvnBLV,         &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::blv>},
+    {ePkvnFVI,         &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::fvi>},
+    {ePkvnRTKSTAT,     &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::rtkStat, Depth::Partial>},
+    {ePkvnVCT,         &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::vct>},
+    {ePkvnINTLT,       &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::intlt>},
+    {ePkvnTEMPERATURE, &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::temperature>},
+    {ePkvnARN_ROUTER,  &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::arn>},
+};
+// clang-format on
+
+void RecordDecoder::Impl::Restart() {
+  m_clock = StreamClock();
+  m_weekSource = WeekSource::None;
+  m_binaryDecoder.Reset();
+  if (m_seed) SeedTime(*m_seed);
+}
+
+void RecordDecoder::Impl::SeedTime(const C_GnssTime& time) {
+  m_seed = time;
+  UseTime(time, WeekSource::Seed);
+}
+
+// A time of GLONASS, say, says nothing about GPS weeks.
+void RecordDecoder::Impl::UseTime(const C_GnssTime& time, WeekSource source) {
+  m_binaryDecoder.SeedTime(time);
+  const bool isGpsTimeKnown = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS).m_system != ALGO::GNSS_UNKNOWN;
+  m_weekSource = isGpsTimeKnown ? source : WeekSource::None;
+}
+
+void RecordDecoder::Impl::Decode(const Frame& frame) {
+  m_decoded.record.emplace<std::monostate>();
+  m_decoded.result.reset();
+  m_decoded.depth = Depth::None;
+  m_decoded.week = WeekSource::None;
+  m_decoded.isWeekUnresolved = m_decoded.hasDataError = false;
+  if (frame.data == nullptr) return SetResult(eResultNull);
+  switch (frame.protocol) {
+    case C_RawDataMessage::eNMEA0183:
+      return DecodeNmea(frame);
+    case C_RawDataMessage::eVelaBIN:
+      return DecodeBinary(frame);
+    case C_RawDataMessage::ePKVN:
+      return DecodePkvn(frame);
+    case C_RawDataMessage::eVelaRD:
+      return DecodeRd(frame);
+    case C_RawDataMessage::eJROX:
+      return Unpack(frame);
+    case C_RawDataMessage::eRTCM3_x:
+      return;
+    default:
+      return KeepText(frame);
+  }
+}
+
+void RecordDecoder::Impl::SetResult(unsigned int result) {
+  m_decoded.result = result;
+  m_decoded.hasDataError = result != eResultOk;
+}
+
+void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
+  const auto type = static_cast<C_RawDataMessage::eNMEA0183Messages>(frame.message);
+  const auto* const row = std::find_if(std::begin(kNmeaRows), std::end(kNmeaRows),
+                                       [type](const S_NmeaRow& candidate) { return candidate.type == type; });
+  if (row == std::end(kNmeaRows)) return KeepText(frame);
+  unsigned short length = 0;
+  unsigned int result = C_NMEA_EncodeDecode::MakeDecodable(frame.data, frame.length, m_sentence.data(), length);
+  if (result == eResultOk) result = m_nmeaDecoder.Decode(m_sentence.data(), length, type, m_nmea);
+  SetResult(result);
+  result == eResultOk ? (this->*row->keep)(frame) : KeepText(frame);
+}
+
+// The first date that comes resolves weeks, unless the caller has given a time.
+template <class T>
+void RecordDecoder::Impl::NoteTime(const T& record) {
+  m_clock.Note(record);
+  if (m_weekSource == WeekSource::None && m_clock.FirstDate()) UseTime(*m_clock.FirstDate(), WeekSource::Stream);
+}
+
+// The decoded record has the same value for "E" and "W", so the letter is taken from the sentence.
+void RecordDecoder::Impl::KeepRmc(const Frame& frame) {
+  constexpr unsigned int kVariationDirection = 11;  // field; 0 is the sentence id
+  std::string_view rest = TextOf(frame);
+  for (unsigned int field = 0; field < kVariationDirection; ++field)
+    rest.remove_prefix(std::min(rest.size(), std::min(rest.size(), rest.find(',')) + 1));
+  const std::string_view direction = rest.substr(0, rest.find_first_of(",*"));
+  m_nmea.rmc.variationDirection = direction == "E" || direction == "W" ? static_cast<unsigned char>(direction[0]) : 0;
+  KeepTimed<&U_EcdDcdData::rmc>(frame);
+}
+
+void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
+  unsigned short blockId = 0;
+  const unsigned int result = m_binaryDecoder.Decode(BytesOf(frame), frame.length, blockId, m_binary);
+  SetResult(result);
+  m_decoded.isWeekUnresolved = LacksWeek(blockId, result);
+  const bool isRead = result == eResultOk || m_decoded.isWeekUnresolved;
+  m_decoded.hasDataError = !isRead && result != eResultUnknownMessage;
+  KeepBinary(isRead ? blockId : 0U, frame);
+}
+
+void RecordDecoder::Impl::KeepBinary(unsigned int blockId, const Frame& frame) {
+  switch (blockId) {
+    case eBin25:
+    case eBin95:
+      m_decoded.week = m_weekSource;
+      return Keep(Depth::Full, m_binary.keplerEph);
+    case eBin65:  // carries its date itself
+      m_decoded.week = WeekSource::Stream;
+      return Keep(Depth::Full, m_binary.pvaEph);
+    case eBin93:
+      m_decoded.week = m_weekSource;
+      return Keep(Depth::Full, m_binary.pvaEph);
+    case eBin209:
+      return Keep(Depth::Partial, m_binary.bin209);
+    default:
+      return Keep(Depth::Raw, BodyOf(frame));
+  }
+}
+
+// Everything but the weeks has been read by then: GPS and QZSS have a code of their own for it, SBAS has that of a
+// message that cannot be converted, for which there is no other reason.
+bool RecordDecoder::Impl::LacksWeek(unsigned int blockId, unsigned int result) const {
+  if (m_weekSource != WeekSource::None) return false;
+  return result == eResultNoSeed || (result == eResultWrongMessage && blockId == eBin93);
+}
+
+void RecordDecoder::Impl::DecodePkvn(const Frame& frame) {
+  if (frame.message == ePkvnRAW) return Unpack(frame);
+  VelaPKVN_Messages::eMessageTypes type = ePkvnUnknown;
+  const unsigned int result = m_pkvnDecoder.Decode(BytesOf(frame), frame.length, type, m_pkvn);
+  SetResult(result);
+  const auto* const row = std::find_if(std::begin(kPkvnRows), std::end(kPkvnRows),
+                                       [type](const S_PkvnRow& candidate) { return candidate.type == type; });
+  result == eResultOk&& row != std::end(kPkvnRows) ? (this->*row->keep)() : KeepText(frame);
+}
+
+void RecordDecoder::Impl::DecodeRd(const Frame& frame) {
+  unsigned short version = 0;
+  const unsigned int result = m_rdDecoder.Decode(BytesOf(frame), frame.length, version, m_rd);
+  SetResult(result);
+  result == eResultOk ? Keep(Depth::Full, m_rd.signalDiag) : KeepText(frame);
+}
+
+// The text before the packed bytes, and what they unpack to. The line end of the frame ends the packed bytes.
+void RecordDecoder::Impl::Unpack(const Frame& frame) {
+  const std::string_view text = TextOf(frame);
+  const unsigned char* const packed = std::find_if(frame.data, frame.data + text.size(), &IsPackedByte);
+  auto& payload = m_decoded.record.emplace<PackedPayload>();
+  constexpr auto kMaxWords = static_cast<unsigned short>(sizeof payload.bytes / 2);
+  payload.text = text.substr(0, static_cast<std::size_t>(packed - frame.data));
+  if (text.size() < frame.length)
+    payload.length =
+        static_cast<unsigned short>(C_FrameRecognizer::UnwindVela7of8Message(payload.bytes, packed, kMaxWords));
+  m_decoded.depth = Depth::Raw;
+}
+
+RecordDecoder::RecordDecoder() : m_impl(new Impl) {}
+RecordDecoder::~RecordDecoder() = default;
+
+const DecodedFrame& RecordDecoder::Decode(const Frame& frame) {
+  m_impl->Decode(frame);
+  return m_impl->m_decoded;
+}
+
+void RecordDecoder::SeedTime(const C_GnssTime& time) { m_impl->SeedTime(time); }
+
+void RecordDecoder::Restart() { m_impl->Restart(); }
+
+void RecordDecoder::Reset() {
+  m_impl->m_seed.reset();
+  m_impl->Restart();
+}
+
+signed char RecordDecoder::GlonassChannel(unsigned char slot) const {
+  return m_impl->m_binaryDecoder.GetGlonassSvChannelId(slot);
+}
+bool RecordDecoder::SetGlonassChannel(unsigned char slot, signed char channel) {
+  return m_impl->m_binaryDecoder.SetGlonassSvChannelId(slot, channel);
+}
+
+const StreamClock& RecordDecoder::Clock() const { return m_impl->m_clock; }
+
+}  // namespace velagnss

@@ -1,0 +1,83 @@
+// From a frame of any protocol to its record, by one call.
+//
+//   velagnss::RecordDecoder decoder;
+//   const velagnss::DecodedFrame& decoded = decoder.Decode(frame);
+//   if (const auto* gga = std::get_if<S_GGA_Data>(&decoded.record)) Use(*gga);
+#ifndef VELAGNSS_STREAM_RECORD_DECODER_H
+#define VELAGNSS_STREAM_RECORD_DECODER_H
+
+#include <memory>
+#include <optional>
+
+#include "geo/GnssTime.h"
+#include "stream/FrameReader.h"
+#include "stream/Record.h"
+#include "stream/StreamClock.h"
+#include "velagnss_export.h"
+
+namespace velagnss {
+
+// What a frame came to.
+struct DecodedFrame {
+  Record record;
+
+  // The code of `records/ResultCodes.h`; missing for a frame that has no decoder. A frame with another code than 0 is
+  // handed out as text or as the bytes of its body, but for `isWeekUnresolved`.
+  std::optional<unsigned int> result;
+
+  Depth depth = Depth::None;
+  WeekSource week = WeekSource::None;  // of an ephemeris
+
+  // An ephemeris that was read in full, all but its week: no time was known to resolve it. Its result is not 0.
+  bool isWeekUnresolved = false;
+
+  // The frame, though its checksum is right, holds something that it must not hold.
+  bool hasDataError = false;
+};
+
+// Keeps one decoder for each protocol, and the state that decoding needs from frame to frame: the time, to resolve the
+// weeks of ephemerides, and the frequency channels of the GLONASS slots. One decoder serves one stream at a time, on
+// one thread. It allocates memory in its constructor only, throws nothing later, and looks at no clock.
+//
+// NMEA sentences of older and shorter forms are completed as `C_NMEA_EncodeDecode::MakeDecodable` does it before they
+// are decoded.
+//
+// The time comes from `SeedTime` or else from the first date that the stream carries. An ephemeris that comes before
+// either keeps its week unresolved.
+class VELAGNSS_API RecordDecoder {
+ public:
+  RecordDecoder();
+  ~RecordDecoder();
+  RecordDecoder(const RecordDecoder&) = delete;
+  RecordDecoder& operator=(const RecordDecoder&) = delete;
+
+  // Decodes one frame. The answer stays until the next call; its texts and bodies point into the frame. A null `data`
+  // is a frame of nothing: result 1.
+  const DecodedFrame& Decode(const Frame& frame);
+
+  // The time to resolve weeks with, within about ten years of the data; it goes before the dates of the stream and
+  // survives `Restart`.
+  void SeedTime(const C_GnssTime& time);
+
+  // Ready for another stream: forgets its dates and GLONASS channels. The seed stays.
+  void Restart();
+
+  // As constructed: the seed is forgotten as well.
+  void Reset();
+
+  // The frequency channel of a GLONASS slot, 1 to 24: -7 to +6, or -128 for unknown. Message 65 sets that of its slot.
+  // Setting: false, and nothing changed, for any other slot or channel.
+  signed char GlonassChannel(unsigned char slot) const;
+  bool SetGlonassChannel(unsigned char slot, signed char channel);
+
+  // The time that the stream has told so far.
+  const StreamClock& Clock() const;
+
+ private:
+  class VELAGNSS_NO_EXPORT Impl;
+  std::unique_ptr<Impl> m_impl;
+};
+
+}  // namespace velagnss
+
+#endif  // VELAGNSS_STREAM_RECORD_DECODER_H

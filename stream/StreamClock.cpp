@@ -1,0 +1,64 @@
+#include "stream/StreamClock.h"
+
+#include <cmath>
+#include <limits>
+
+namespace velagnss {
+namespace {
+
+constexpr double kSecondsPerDay = 86400.0;
+
+// Years that C_GnssTime's calendar is right for.
+bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {
+  return year >= 1980 && year <= 2100 && month >= 1 && month <= 12 && day >= 1 && day <= 31;
+}
+
+bool IsVoid(eNmeaRmcStatus status) { return status >= eNmeaRmcNotValid; }
+
+}  // namespace
+
+bool StreamClock::IsTimeOfDay(double seconds) { return seconds >= 0 && seconds < kSecondsPerDay + 1; }
+
+void StreamClock::Note(const S_GGA_Data& record) { NoteTimeOfDay(record.timeOfDay); }
+void StreamClock::Note(const S_GNS_Data& record) { NoteTimeOfDay(record.timeOfDay); }
+void StreamClock::Note(const S_GLL_Data& record) { NoteTimeOfDay(record.timeOfDay); }
+void StreamClock::Note(const S_ZDA_Data& record) { NoteDate(record.year, record.month, record.day, record.timeOfDay); }
+void StreamClock::Note(const S_RMC_Data& record) {
+  if (IsVoid(record.status)) return NoteTimeOfDay(record.timeOfDay);
+  NoteDate(record.year, record.month, record.day, record.timeOfDay);
+}
+
+void StreamClock::NoteTimeOfDay(double secondsOfDay) {
+  if (!IsTimeOfDay(secondsOfDay)) return;
+  const double step = m_secondsOfDay ? secondsOfDay - *m_secondsOfDay : 0;
+  if (step < -kSecondsPerDay / 2) ++m_day;  // across midnight
+  if (step > kSecondsPerDay / 2) --m_day;   // a late sentence of the day before
+  m_secondsOfDay = secondsOfDay;
+}
+
+void StreamClock::NoteDate(unsigned short year, unsigned char month, unsigned char day, double secondsOfDay) {
+  NoteTimeOfDay(secondsOfDay);
+  if (!IsTimeOfDay(secondsOfDay) || !IsRealDate(year, month, day)) return;
+  const unsigned int mjd = C_GnssTime::GregorianToMJD(year, month, day);
+  if (!m_mjdOfDay0) m_mjdOfDay0 = mjd - static_cast<unsigned int>(m_day);
+  m_day = static_cast<int>(mjd - *m_mjdOfDay0);
+  if (m_firstDate) return;
+  C_GnssTime time;
+  C_GnssTime::GregorianToGps(year, month, day, 0, 0, secondsOfDay, time.m_week, time.m_secOfWeek);
+  m_firstDate = C_GnssTime(time.m_week, time.m_secOfWeek, ALGO::GNSS_GPS);
+}
+
+double StreamClock::Seconds() const {
+  if (!m_secondsOfDay) return std::numeric_limits<double>::quiet_NaN();
+  return m_day * kSecondsPerDay + *m_secondsOfDay;
+}
+
+StreamClock::Utc StreamClock::UtcOf(double seconds) const {
+  if (!std::isfinite(seconds)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
+  const double day = std::floor(seconds / kSecondsPerDay);
+  Utc utc{std::nullopt, seconds - day * kSecondsPerDay};
+  if (m_mjdOfDay0) utc.mjd = *m_mjdOfDay0 + static_cast<unsigned int>(static_cast<int>(day));
+  return utc;
+}
+
+}  // namespace velagnss

@@ -1,0 +1,58 @@
+// The time that a stream tells of itself, through the sentences that carry one. The machine's clock has no part in it.
+#ifndef VELAGNSS_STREAM_STREAM_CLOCK_H
+#define VELAGNSS_STREAM_STREAM_CLOCK_H
+
+#include <optional>
+
+#include "geo/GnssTime.h"
+#include "textproto/NMEA_Records.h"
+#include "velagnss_export.h"
+
+namespace velagnss {
+
+// The time of day comes from GGA, GNS, GLL, RMC and ZDA, the date from ZDA and from an RMC that is not marked void (a
+// receiver without a fix may send any date). Between dates, days are counted by the steps across midnight.
+class VELAGNSS_API StreamClock {
+ public:
+  // Whether a number of seconds can be a time of day: from 0 to the end of a leap second.
+  static bool IsTimeOfDay(double seconds);
+
+  // Takes the time from a decoded sentence.
+  void Note(const S_GGA_Data& record);
+  void Note(const S_GNS_Data& record);
+  void Note(const S_GLL_Data& record);
+  void Note(const S_RMC_Data& record);
+  void Note(const S_ZDA_Data& record);
+
+  // UTC seconds since the midnight before the first time of the stream, on a scale that knows no midnight; NaN before
+  // the first time.
+  double Seconds() const;
+
+  // The UTC of a value of `Seconds`. The date is the modified Julian date (MJD), and missing as long as the stream has
+  // carried no date.
+  struct Utc {
+    std::optional<unsigned int> mjd;
+    double secondsOfDay;  // 0 to 86400; NaN for a value that is not finite
+  };
+  Utc UtcOf(double seconds) const;
+
+  // Whether the stream has carried a date.
+  bool KnowsDate() const { return m_mjdOfDay0.has_value(); }
+
+  // The first date and time, taken as GPS time: a seed for decoders. It is behind GPS time by the leap seconds, which
+  // is nothing beside the half of 1024 weeks that a seed may be off.
+  const std::optional<C_GnssTime>& FirstDate() const { return m_firstDate; }
+
+ private:
+  void NoteTimeOfDay(double secondsOfDay);
+  void NoteDate(unsigned short year, unsigned char month, unsigned char day, double secondsOfDay);
+
+  int m_day = 0;  // days since the first time came
+  std::optional<double> m_secondsOfDay;
+  std::optional<unsigned int> m_mjdOfDay0;
+  std::optional<C_GnssTime> m_firstDate;
+};
+
+}  // namespace velagnss
+
+#endif  // VELAGNSS_STREAM_STREAM_CLOCK_H

@@ -1,0 +1,250 @@
+#include "stream/RecordDecoder.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <map>
+#include <random>
+#include <set>
+
+#include "Cases.h"
+#include "HostData.h"
+#include "Streams.h"
+#include "geo/NotAvailable.h"
+#include "stream/Names.h"
+
+namespace {
+
+using velagnss::DecodedFrame;
+using velagnss::Depth;
+using velagnss::Frame;
+using velagnss::RecordDecoder;
+using velagnss::WeekSource;
+
+Frame FrameOf(std::string_view bytes, C_RawDataMessage::eProtocols protocol, unsigned int message) {
+  return {reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned short>(bytes.size()), protocol,
+          message, 0};
+}
+
+// Hands every frame of the sample session to `take`.
+template <class Take>
+void ReadSession(const Take& take) {
+  const std::string session = ReadHostFile("samples/session.bin");
+  velagnss::FrameReader reader;
+  reader.Feed(reinterpret_cast<const unsigned char*>(session.data()), session.size());
+  reader.Finish();
+  while (const Frame* frame = reader.NextFrame()) take(*frame);
+}
+
+template <class... T>
+std::string NameOf(const std::variant<T...>& record) {
+  constexpr const char* kNames[] = {"",    "text",    "body",        "payload", "GGA", "GNS",    "ZDA",
+                                    "GLL", "GSV",     "GSA",         "RMC",     "VTG", "kepler", "pva",
+                                    "209", "ATTSTAT", "GBS",         "HPR",     "BLV", "FVI",    "RTKSTAT",
+                                    "VCT", "INTLT",   "TEMPERATURE", "ARN",     "RD1"};
+  static_assert(std::size(kNames) == sizeof...(T));
+  return kNames[record.index()];
+}
+
+// What each message of the session is decoded to, and how far.
+TEST(RecordDecoder, GivesEachMessageItsRecord) {
+  constexpr const char* kDepths[] = {"none", "raw", "partial", "full"};
+  std::map<std::string, std::set<std::string>> found;
+  RecordDecoder decoder;
+  ReadSession([&](const Frame& frame) {
+    const DecodedFrame& decoded = decoder.Decode(frame);
+    const std::string result = decoded.result ? " " + std::to_string(*decoded.result) : "";
+    const std::string name(velagnss::MessageName(frame.protocol, frame.message).Text());
+    found[NameOf(decoded.record) + " " + kDepths[static_cast<int>(decoded.depth)] + result].insert(name);
+  });
+  const auto blocks = [](std::initializer_list<int> numbers) {
+    std::set<std::string> names;
+    for (const int number : numbers) names.insert("BIN" + std::to_string(number));
+    return names;
+  };
+  const std::map<std::string, std::set<std::string>> expected = {
+      {" none",
+       {"RTCM1005", "RTCM1006", "RTCM1019", "RTCM1020", "RTCM1077", "RTCM1087", "RTCM1097", "RTCM1127", "RTCM1230",
+        "RTCM4072"}},
+      {"GGA full 0", {"GGA"}},
+      {"GLL full 0", {"GLL"}},
+      {"GNS full 0", {"GNS"}},
+      {"GSA full 0", {"GSA"}},
+      {"GSV full 0", {"GSV"}},
+      {"RMC full 0", {"RMC"}},
+      {"VTG full 0", {"VTG"}},
+      {"ZDA full 0", {"ZDA"}},
+      {"ATTSTAT partial 0", {"ATTSTAT"}},
+      {"GBS full 0", {"GBS"}},
+      {"HPR full 0", {"HPR"}},
+      {"BLV full 0", {"BLV"}},
+      {"FVI full 0", {"FVI"}},
+      {"RTKSTAT partial 0", {"RTKSTAT"}},
+      {"VCT full 0", {"VCT"}},
+      {"INTLT full 0", {"INTLT"}},
+      {"TEMPERATURE full 0", {"TEMPERATURE"}},
+      {"ARN full 0", {"ARN_ROUTER"}},
+      {"RD1 full 0", {"RD1"}},
+      {"kepler full 0", blocks({25, 95})},
+      {"pva full 0", blocks({65, 93})},
+      {"209 partial 0", blocks({209})},
+      {"body raw 0", blocks({1, 2, 3, 5, 16, 34, 35, 36, 44, 45, 66, 76, 94, 122, 180})},
+      {"body raw 5", blocks({6, 19, 39, 49, 59, 61, 62, 69, 71, 80, 89, 96, 97, 98, 99, 100, 101, 102, 103, 104})},
+      {"payload raw", {"JROX", "RAW"}},
+      {"text raw",
+       {"ALM", "APB", "BWC", "DTM", "GRS", "GST", "HDG", "HDM", "HDT", "HEV", "RMA", "RMB", "ROT", "RRE", "XTE", "JI",
+        "JGEO", "JQUERY", "JSITERECORD"}},
+      {"text raw 4", {"HPR"}},  // one is sent without a checksum
+  };
+  EXPECT_EQ(found, expected);
+}
+
+// Nothing but a frame of the session is needed to begin from: any bytes under any name have an answer.
+TEST(RecordDecoder, HasAnAnswerToAnyBytes) {
+  std::vector<std::string> frames;
+  ReadSession([&frames](const Frame& frame) { frames.emplace_back(frame.data, frame.data + frame.length); });
+  std::mt19937 engine(3);
+  const auto random = [&engine] { return static_cast<unsigned int>(engine()); };
+  RecordDecoder decoder;
+  for (int round = 0; round < 20000; ++round) {
+    std::string bytes = frames[random() % frames.size()];
+    if (random() % 2 != 0) bytes.resize(random() % (bytes.size() + 1));
+    for (unsigned int i = random() % 3; i > 0 && !bytes.empty(); --i)
+      bytes[random() % bytes.size()] = static_cast<char>(random());
+    ExactCopy copy(bytes);
+    const DecodedFrame& decoded =
+        decoder.Decode({copy.Data(), copy.Size(), C_RawDataMessage::eProtocols{random() % 14U}, random() % 128U, 0});
+    const bool isGood = decoded.result.value_or(0) == 0 || decoded.isWeekUnresolved;
+    ASSERT_EQ(decoded.depth >= Depth::Partial, isGood && decoded.record.index() > 3);
+    ASSERT_EQ(decoded.depth == Depth::None, decoded.record.index() == 0);
+    ASSERT_FALSE(isGood && decoded.hasDataError);
+  }
+  EXPECT_EQ(decoder.Decode({}).result, 1);
+}
+
+const std::string kZda = Sentence("GPZDA,120000.00,18,05,2024,00,00");
+
+const Frame kZdaFrame = FrameOf(kZda, C_RawDataMessage::eNMEA0183, C_RawDataMessage::eNmeaZDA);
+
+// The first frame of a binary message in the sample session.
+std::string FirstBlock(unsigned int number) {
+  std::string bytes;
+  ReadSession([&](const Frame& frame) {
+    if (bytes.empty() && frame.protocol == C_RawDataMessage::eVelaBIN && frame.message == number)
+      bytes.assign(frame.data, frame.data + frame.length);
+  });
+  return bytes;
+}
+
+struct S_WeekCase {
+  const char* name;
+  std::optional<C_GnssTime> seed;
+  bool hasDate;  // the stream carries one before the ephemeris: 2024-05-18
+  WeekSource source;
+  unsigned int week;  // of the transmission; the session's is 2314
+};
+const S_WeekCase kWeeks[] = {
+    {"NoTime", std::nullopt, false, WeekSource::None, 2314 % 1024},
+    {"DateOfTheStream", std::nullopt, true, WeekSource::Stream, 2314},
+    {"Seed", C_GnssTime(2300, 0.0, ALGO::GNSS_GPS), false, WeekSource::Seed, 2314},
+    {"SeedGoesFirst", C_GnssTime(1300, 0.0, ALGO::GNSS_GPS), true, WeekSource::Seed, 1290},
+    {"SeedOfAnotherScale", C_GnssTime(1300, 0.0, ALGO::GNSS_GLONASS), true, WeekSource::Stream, 2314},
+    {"SeedOfNothing", C_GnssTime(0, 0.0, ALGO::GNSS_GPS), false, WeekSource::None, 2314 % 1024},
+};
+TEST_ROWS(WeekOfAnEphemeris, ComesFromSeedOrStream, kWeeks, row) {
+  const std::string gps = FirstBlock(95), sbas = FirstBlock(93), glonass = FirstBlock(65);
+  RecordDecoder decoder;
+  if (row.seed) decoder.SeedTime(*row.seed);
+  for (int stream = 0; stream < 2; ++stream) {  // a restart forgets the dates, not the seed
+    if (row.hasDate) decoder.Decode(kZdaFrame);
+    const DecodedFrame& decoded = decoder.Decode(FrameOf(gps, C_RawDataMessage::eVelaBIN, 95));
+    EXPECT_EQ(decoded.week, row.source);
+    EXPECT_EQ(decoded.isWeekUnresolved, row.source == WeekSource::None);
+    EXPECT_FALSE(decoded.hasDataError);
+    EXPECT_EQ(decoded.depth, Depth::Full);
+    EXPECT_EQ(std::get<S_IFKeplerEphRec>(decoded.record).TxWeek, row.week);
+    EXPECT_EQ(decoder.Decode(FrameOf(sbas, C_RawDataMessage::eVelaBIN, 93)).week, row.source);
+    EXPECT_FALSE(decoded.hasDataError);
+    EXPECT_EQ(decoder.Decode(FrameOf(glonass, C_RawDataMessage::eVelaBIN, 65)).week, WeekSource::Stream);
+    decoder.Restart();
+  }
+  decoder.Reset();
+  EXPECT_EQ(decoder.Decode(FrameOf(gps, C_RawDataMessage::eVelaBIN, 95)).week, WeekSource::None);
+}
+
+TEST(RecordDecoder, KnowsGlonassChannels) {
+  const std::string glonass = FirstBlock(65);
+  RecordDecoder decoder;
+  const unsigned char slot =
+      std::get<S_IFPvaEphRec>(decoder.Decode(FrameOf(glonass, C_RawDataMessage::eVelaBIN, 65)).record).SvId;
+  EXPECT_NE(decoder.GlonassChannel(slot), NA_CHANNEL);
+  decoder.Restart();
+  EXPECT_EQ(decoder.GlonassChannel(slot), NA_CHANNEL);
+  EXPECT_TRUE(decoder.SetGlonassChannel(slot, -7));
+  EXPECT_FALSE(decoder.SetGlonassChannel(25, -7));
+  EXPECT_EQ(decoder.GlonassChannel(slot), -7);
+}
+
+struct S_VariationCase {
+  const char* name;
+  const char* body;
+  unsigned char direction;
+};
+const S_VariationCase kVariations[] = {
+    {"East", "GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191124,020.3,E", 'E'},
+    {"West", "GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191124,020.3,W,A,V", 'W'},
+    {"Empty", "GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191124,,,A", 0},
+    {"Other", "GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191124,020.3,X,A", 0},
+    {"Missing", "GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191124", 0},
+};
+TEST_ROWS(MagneticVariation, KeepsItsLetter, kVariations, row) {
+  const std::string sentence = Sentence(row.body);
+  RecordDecoder decoder;
+  const DecodedFrame& decoded =
+      decoder.Decode(FrameOf(sentence, C_RawDataMessage::eNMEA0183, C_RawDataMessage::eNmeaRMC));
+  const auto& rmc = std::get<S_RMC_Data>(decoded.record);
+  EXPECT_EQ(rmc.variationDirection, row.direction);
+  EXPECT_NEAR(rmc.longitude, -123.18533, 1e-5);  // an empty direction does not take it away
+}
+
+// 7-of-8 packing: the low 7 bits of each byte, low bits first; an odd payload is filled up to a whole word.
+TEST(RecordDecoder, UnpacksPayloads) {
+  const std::string good = "$JROX," + Packed("abc") + "\r\n";
+  RecordDecoder decoder;
+  const auto payload =
+      std::get<velagnss::PackedPayload>(decoder.Decode(FrameOf(good, C_RawDataMessage::eJROX, 0xFFFFFFFF)).record);
+  EXPECT_EQ(payload.text, "$JROX,");
+  EXPECT_EQ(std::string(payload.bytes, payload.bytes + payload.length), std::string("abc\0", 4));
+}
+
+// Midnight, late sentences, a date that comes late, and times that are none.
+TEST(StreamClock, CountsDaysByTheStepsAcrossMidnight) {
+  velagnss::StreamClock clock;
+  EXPECT_TRUE(std::isnan(clock.Seconds()));
+  const auto noted = [&clock](double timeOfDay) {
+    S_GGA_Data gga{};
+    gga.timeOfDay = timeOfDay;
+    clock.Note(gga);
+    return clock.Seconds();
+  };
+  EXPECT_EQ(noted(86399), 86399);
+  EXPECT_EQ(noted(1), 86401);
+  EXPECT_EQ(noted(86398), 86398);
+  EXPECT_EQ(noted(NA_DOUBLE), 86398);
+  EXPECT_EQ(noted(86400.5), 86400.5);  // a leap second
+  EXPECT_EQ(noted(0.5), 86400.5);
+  EXPECT_EQ(clock.UtcOf(86401).mjd, std::nullopt);
+  S_RMC_Data rmc{};
+  rmc.year = 2024, rmc.month = 5, rmc.day = 18, rmc.timeOfDay = 2, rmc.status = eNmeaRmcNotValid;
+  clock.Note(rmc);
+  EXPECT_FALSE(clock.KnowsDate());
+  rmc.status = eNmeaRmcValid;
+  clock.Note(rmc);
+  EXPECT_EQ(clock.UtcOf(clock.Seconds()).mjd, 60448);
+  EXPECT_EQ(clock.UtcOf(-1).mjd, 60446);
+  EXPECT_EQ(clock.UtcOf(-1).secondsOfDay, 86399);
+  ASSERT_TRUE(clock.FirstDate());
+  EXPECT_EQ(clock.FirstDate()->m_week, 2314);
+}
+
+}  // namespace
