@@ -29,7 +29,7 @@ auto NumberBetween(Number least, Number greatest, const char* range) {
   return [least, greatest, range](const std::string& text) -> std::string {
     Number number{};
     if (ParseWhole(text, number) && number >= least && number <= greatest) return {};
-    return fmt::format("'{}' must be {}", text, range);
+    return fmt::format("must be {}, not '{}'", range, text);
   };
 }
 

@@ -9,6 +9,7 @@
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/pipeline/NoFrameWarning.h"
+#include "apps/velagnss/pipeline/TextConsumer.h"
 #include "apps/velagnss/sinks/OutputRun.h"
 
 namespace Host {

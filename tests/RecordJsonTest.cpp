@@ -1,4 +1,4 @@
-#include "apps/velagnss/pipeline/FrameDecoder.h"
+#include "apps/velagnss/json/RecordJson.h"
 
 #include <fmt/format.h>
 
@@ -20,17 +20,13 @@ std::string Delivered(std::string_view body) {
   return sentence.substr(0, sentence.size() - 1);
 }
 
-json Decode(Host::C_FrameDecoder& decoder, std::string_view message, std::string bytes) {
+// The line of JSON for a frame.
+json Line(velagnss::RecordDecoder& decoder, std::string_view message, std::string_view bytes) {
   const Host::S_MessageKey key = Host::FindMessages(message).at(0);
-  C_RawDataMessage frame;
-  frame.protocol = key.protocol;
-  frame.messageType = key.type;
-  frame.data = reinterpret_cast<unsigned char*>(bytes.data());
-  frame.length = static_cast<unsigned short>(bytes.size());
+  const velagnss::Frame frame = {reinterpret_cast<const unsigned char*>(bytes.data()),
+                                 static_cast<unsigned short>(bytes.size()), key.protocol, key.type, 0};
   Host::C_JsonWriter writer;
-  Host::C_FrameJson lines(writer);
-  decoder.Decode(frame);
-  lines.WriteFrame(frame, 0, &decoder);
+  Host::C_FrameJson(writer).WriteFrame(frame, &decoder.Decode(frame));
   return json::parse(writer.Text());
 }
 
@@ -75,8 +71,8 @@ const S_SentenceCase kSentences[] = {
 // clang-format on
 
 TEST_ROWS(SentenceJson, ShowsTheFields, kSentences, row) {
-  Host::C_FrameDecoder decoder(std::nullopt);
-  const json line = Decode(decoder, row.message, Delivered(row.body));
+  velagnss::RecordDecoder decoder;
+  const json line = Line(decoder, row.message, Delivered(row.body));
   EXPECT_EQ(line["decoded"], row.decoded) << line;
   const json expected = json::parse(row.fields);
   for (const auto& [name, value] : expected.items())
@@ -100,59 +96,39 @@ struct Broadcast {
 
 const std::string kZda = Delivered("GPZDA,120000.00,18,05,2024,00,00");
 
-struct S_WeekCase {
-  const char* name;
-  std::optional<C_GnssTime> seed;
-  bool hasDate;  // the stream carries one in front of the ephemeris
-  json week;
-  json txWeek;
-};
-const S_WeekCase kWeeks[] = {
-    {"NoDate", std::nullopt, false, nullptr, nullptr},
-    {"DateOfTheStream", std::nullopt, true, "stream", 2314},
-    {"Seed", C_GnssTime(2300, 0.0, ALGO::GNSS_GPS), false, "seed", 2314},
-    {"SeedGoesFirst", C_GnssTime(1300, 0.0, ALGO::GNSS_GPS), true, "seed", 1290},
-};
-class EphemerisWeek : public testing::TestWithParam<S_WeekCase> {};
-INSTANTIATE_TEST_SUITE_P(Seeds, EphemerisWeek, testing::ValuesIn(kWeeks), CaseName<S_WeekCase>);
-
-TEST_P(EphemerisWeek, SaysHowItWasResolved) {
-  Host::C_FrameDecoder decoder(GetParam().seed);
-  if (GetParam().hasDate) Decode(decoder, "ZDA", kZda);
+// Without a date the weeks are not resolved: what depends on them is null.
+TEST(EphemerisJson, ShowsWeeksOnceThereIsADate) {
+  velagnss::RecordDecoder decoder;
   const Broadcast gps("95");
-  const json line = Decode(decoder, "BIN95", gps.frame);
-  EXPECT_EQ(line["decoded"], "full");
-  EXPECT_EQ(line["fields"]["week"], GetParam().week);
-  EXPECT_EQ(line["fields"]["tx_week"], GetParam().txWeek);
-  EXPECT_EQ(line["fields"]["tx_time"].is_null(), GetParam().week.is_null());
-  EXPECT_EQ(line["fields"]["tx_s"], gps.numbers["sixSecondCount"].get<double>() * 6);
-  EXPECT_EQ(line["fields"]["toe_s"], gps.numbers["toe"].get<double>() * 16);
-  EXPECT_EQ(line["fields"]["ura_m"], 2.8284271247461903);  // index 1: 2^1.5
+  const Broadcast sbas("93");
+  for (const json week : {json(), json("stream")}) {
+    const json fields = Line(decoder, "BIN95", gps.frame)["fields"];
+    EXPECT_EQ(fields["week"], week);
+    EXPECT_EQ(fields["tx_week"], week.is_null() ? json() : json(2314));
+    EXPECT_EQ(fields["tx_time"].is_null(), week.is_null());
+    EXPECT_EQ(fields["tx_s"], gps.numbers["sixSecondCount"].get<double>() * 6);
+    EXPECT_EQ(fields["toe_s"], gps.numbers["toe"].get<double>() * 16);
+    EXPECT_EQ(fields["ura_m"], 2.8284271247461903);  // index 1: 2^1.5
+    const json ofSbas = Line(decoder, "BIN93", sbas.frame)["fields"];
+    EXPECT_EQ(ofSbas["week"], week);
+    EXPECT_EQ(ofSbas["ref_week"].is_null(), week.is_null());
+    EXPECT_EQ(ofSbas["frame_s"].is_null(), week.is_null());
+    Line(decoder, "ZDA", kZda);
+  }
 }
 
-TEST_P(EphemerisWeek, OfSbasLikewise) {
-  Host::C_FrameDecoder decoder(GetParam().seed);
-  if (GetParam().hasDate) Decode(decoder, "ZDA", kZda);
-  const json line = Decode(decoder, "BIN93", Broadcast("93").frame);
-  EXPECT_EQ(line["decoded"], "full");
-  EXPECT_EQ(line["fields"]["week"], GetParam().week);
-  EXPECT_EQ(line["fields"]["ref_week"].is_null(), GetParam().week.is_null());
-  EXPECT_EQ(line["fields"]["frame_s"].is_null(), GetParam().week.is_null());
-  EXPECT_FALSE(decoder.HasDataError());
-}
-
-TEST(FrameDecoder, GlonassCarriesItsDate) {
-  Host::C_FrameDecoder decoder(std::nullopt);
-  const json fields = Decode(decoder, "BIN65", Broadcast("65").frame)["fields"];
+TEST(EphemerisJson, GlonassCarriesItsDate) {
+  velagnss::RecordDecoder decoder;
+  const json fields = Line(decoder, "BIN65", Broadcast("65").frame)["fields"];
   EXPECT_EQ(fields["week"], "stream");
   EXPECT_EQ(fields["ref_time"].get<std::string>().substr(0, 8), "2024-05-");
   EXPECT_EQ(fields["ref_time"].get<std::string>().substr(19), "+03:00");
 }
 
 // 7-of-8 packing: the low 7 bits of each byte, low bits first. Words 0x6261, 0x0063 and their sum 0x62C4.
-TEST(FrameDecoder, UnpacksPayloads) {
-  Host::C_FrameDecoder decoder(std::nullopt);
-  const json line = Decode(decoder, "JROX", "$JROX," + Packed("abc") + "\r\n");
+TEST(RecordJson, UnpacksPayloads) {
+  velagnss::RecordDecoder decoder;
+  const json line = Line(decoder, "JROX", "$JROX," + Packed("abc") + "\r\n");
   EXPECT_EQ(line["fields"], json({{"text", "$JROX,"}, {"payload_length", 4}, {"payload", "61626300"}}));
 }
 

@@ -1,4 +1,4 @@
-#include "apps/velagnss/account/StreamReport.h"
+#include "apps/velagnss/account/EpochSteps.h"
 
 #include <gmock/gmock.h>
 
@@ -15,7 +15,7 @@ std::vector<double> Then(std::vector<double> times, double step, int count = 1) 
 struct S_StepsCase {
   const char* name;
   std::vector<double> times;
-  double usual;
+  double interval;
   std::vector<double> gaps;  // where each ends
 };
 const S_StepsCase kSteps[] = {
@@ -25,12 +25,12 @@ const S_StepsCase kSteps[] = {
     {"LateSentence", {10, 11, 12, 2, 13}, 1, {}},
     {"StartsOver", {100, 101, 102, 91.9, 92.9, 95}, 1, {95}},
     {"SlowAtFirst", Then({0, 10, 20}, 1, 5), 1, {10, 20}},
-    {"BehindOneShortStep", Then(Then({0, 0.25}, 1, 3000), 5), 1, {3005.25}},
+    {"AfterOneShortStep", Then(Then({0, 0.25}, 1, 3000), 5), 1, {3005.25}},
 };
-TEST_ROWS(EpochSteps, TellGaps, kSteps, row) {
+TEST_ROWS(EpochSteps, FindGaps, kSteps, row) {
   Host::C_EpochSteps steps;
   for (const double time : row.times) steps.Note(0, time);
-  EXPECT_EQ(steps.UsualStep(), row.usual);
+  EXPECT_EQ(steps.Interval(), row.interval);
   std::vector<double> ends;
   for (const Host::S_TimeGap& gap : steps.Gaps()) ends.push_back(gap.to);
   EXPECT_EQ(ends, row.gaps);
