@@ -133,8 +133,8 @@ const S_TerminalCase kTerminals[] = {
     {"Quiet",           "slow | velagnss -q stat > o",            ""},
     {"Log",             "slow | velagnss stat > o 2> l; cat l",   ""},
     {"DumbTerminal",    "export TERM=dumb; slow | velagnss stat > o; velagnss stat m", "velagnss: error: m: .*"},
-    {"Colour",          "NO_COLOR= velagnss stat m",              "velagnss: \x1b\\[1;31merror: \x1b\\[0mm: .*"},
-    {"NoColour",        "NO_COLOR=0 velagnss stat m",             "velagnss: error: m: .*"},
+    {"Color",          "NO_COLOR= velagnss stat m",              "velagnss: \x1b\\[1;31merror: \x1b\\[0mm: .*"},
+    {"NoColor",        "NO_COLOR=0 velagnss stat m",             "velagnss: error: m: .*"},
 };
 // clang-format on
 TEST_ROWS_F(ProgramTerminal, Shows, Program, kTerminals, row) {

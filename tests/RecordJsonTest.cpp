@@ -101,7 +101,7 @@ TEST(EphemerisJson, ShowsWeeksOnceThereIsADate) {
   velagnss::RecordDecoder decoder;
   const Broadcast gps("95");
   const Broadcast sbas("93");
-  for (const json week : {json(), json("stream")}) {
+  for (const json& week : {json(), json("stream")}) {
     const json fields = Line(decoder, "BIN95", gps.frame)["fields"];
     EXPECT_EQ(fields["week"], week);
     EXPECT_EQ(fields["tx_week"], week.is_null() ? json() : json(2314));

@@ -1,4 +1,4 @@
-// Writes the man page or a completion script of the program: the build runs it, and what it writes is installed.
+// Writes the man page or a completion script of the program. The build runs it; its output is installed.
 #include <CLI/CLI.hpp>
 #include <fstream>
 #include <iostream>

@@ -1,4 +1,4 @@
-// The host program: reads what a receiver sent and shows what is in it.
+// The velagnss program: reads what a receiver sent and shows what is in it.
 #include "apps/velagnss/commands/CommandLine.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
   try {
     const int code = C_CommandLine().Run(argc, argv);
     return SignalReceived() != 0 ? kExitSignalBase + SignalReceived() : code;
-  } catch (...) {  // nothing throws but the allocation of memory
+  } catch (...) {  // only the allocation of memory throws
     ReportOutOfMemory();
     return eExitInput;
   }

@@ -1,4 +1,4 @@
-// How far a long input has been read, for the person who waits.
+// How far a long input has been read.
 #ifndef VELAGNSS_APPS_PROGRESS_H
 #define VELAGNSS_APPS_PROGRESS_H
 
@@ -8,8 +8,7 @@
 
 namespace Host {
 
-// Shows nothing for short inputs, nor where standard error is not a terminal, nor when quiet. The line is gone at
-// destruction.
+// Shows nothing for short inputs, when standard error is not a terminal, or when quiet. The destructor clears the line.
 class C_Progress {
  public:
   // `size`: bytes to come, 0 when unknown.

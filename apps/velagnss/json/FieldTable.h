@@ -1,4 +1,4 @@
-// Records as JSON members: a table of names and writers per record, and the one loop that goes through it.
+// Records as JSON members: a table of names and writers per record, and the one loop that interprets it.
 //
 // A member's name says its unit ("altitude_m"). A value that is not available is null: no marker leaves the program.
 #ifndef VELAGNSS_APPS_FIELD_TABLE_H
@@ -46,7 +46,7 @@ void Value(C_JsonWriter& json, const Record& record) {
   WriteOrNull(json, record.*Member);
 }
 
-// An integer without a marker: each value counts.
+// An integer without a marker: every value is one.
 template <auto Member, class Record>
 void Plain(C_JsonWriter& json, const Record& record) {
   json.Integer(record.*Member);
@@ -67,7 +67,7 @@ void Letter(C_JsonWriter& json, const Record& record) {
   json.String({&letter, 1});
 }
 
-// An enumeration by the names of its values, an array; null where the name is empty, and beyond the last.
+// An enumeration by the names of its values, an array; null for an empty name and beyond the last.
 template <const auto& Names, class Enum>
 void WriteName(C_JsonWriter& json, Enum value) {
   const auto index = static_cast<std::size_t>(value);
@@ -79,7 +79,7 @@ void Name(C_JsonWriter& json, const Record& record) {
   WriteName<Names>(json, record.*Member);
 }
 
-// An array of numbers, absent ones null.
+// An array of numbers, missing ones null.
 template <auto Member, class Record>
 void Values(C_JsonWriter& json, const Record& record) {
   json.BeginArray();
@@ -87,7 +87,7 @@ void Values(C_JsonWriter& json, const Record& record) {
   json.EndArray();
 }
 
-// The numbers of an array that are there.
+// The numbers of an array without the missing ones.
 template <auto Member, class Record>
 void ValuesPresent(C_JsonWriter& json, const Record& record) {
   json.BeginArray();

@@ -12,18 +12,18 @@ namespace {
 eVerbosity g_verbosity = eVerbosity::Normal;
 bool g_progressShown = false;
 
-// ECMA-48 colours; none for those who asked for none (no-color.org).
-struct S_Colour {
+// ECMA-48; no colors for users who set NO_COLOR (no-color.org).
+struct S_Color {
   std::string_view on;
   std::string_view off = "\x1b[0m";
 };
-constexpr S_Colour kRed{"\x1b[1;31m"};
-constexpr S_Colour kYellow{"\x1b[1;33m"};
+constexpr S_Color kRed{"\x1b[1;31m"};
+constexpr S_Color kYellow{"\x1b[1;33m"};
 
-bool UseColour() {
+bool UsesColor() {
   static const bool use = [] {
-    const char* noColour = std::getenv("NO_COLOR");
-    return IsErrorATerminal() && (noColour == nullptr || *noColour == '\0');
+    const char* noColor = std::getenv("NO_COLOR");
+    return IsErrorATerminal() && (noColor == nullptr || *noColor == '\0');
   }();
   return use;
 }
@@ -31,22 +31,22 @@ bool UseColour() {
 void WriteToError(std::string_view text) noexcept {
   while (!text.empty()) {
     const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
-    if (written <= 0) return;  // nobody is left to tell
+    if (written <= 0) return;  // nobody is left to read it
     text.remove_prefix(static_cast<std::size_t>(written));
   }
 }
 
-// Of the terminal as it is now: a line that wraps could not be taken back.
+// Asked anew for each line: a progress line that wraps could not be erased.
 std::size_t Columns() {
   constexpr std::size_t kUsual = 80;
   winsize size{};
   return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
 }
 
-void Report(std::string_view kind, const S_Colour& colour, std::string_view message) {
+void Report(std::string_view kind, const S_Color& color, std::string_view message) {
   ShowProgressLine({});
-  const bool coloured = UseColour() && !kind.empty();
-  WriteToError(fmt::format("velagnss: {}{}{}{}\n", coloured ? colour.on : "", kind, coloured ? colour.off : "",
+  const bool isColored = UsesColor() && !kind.empty();
+  WriteToError(fmt::format("velagnss: {}{}{}{}\n", isColored ? color.on : "", kind, isColored ? color.off : "",
                            Printable(message)));
 }
 

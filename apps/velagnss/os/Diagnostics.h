@@ -1,6 +1,7 @@
 // Messages to the person at the terminal, on standard error.
 //
-// An error says what happened, where, and what to do. Records never go this way, messages never go to standard output.
+// An error says what happened, where, and what to do. Records never go to standard error, messages never to standard
+// output.
 #ifndef VELAGNSS_APPS_DIAGNOSTICS_H
 #define VELAGNSS_APPS_DIAGNOSTICS_H
 
@@ -18,16 +19,16 @@ eVerbosity Verbosity();
 void ReportError(std::string_view message);    // always
 void ReportWarning(std::string_view message);  // unless quiet
 void ReportDetail(std::string_view message);   // only when verbose
-void ReportOutOfMemory() noexcept;             // without needing any
+void ReportOutOfMemory() noexcept;             // without allocating any
 
-// `text` fit for a terminal: control characters and bytes from 0x7F on as "\xNN".
+// `text` made safe for a terminal: control characters and bytes from 0x7F on as "\xNN".
 std::string Printable(std::string_view text);
 
-// True when standard error is a terminal that obeys control sequences, not one of TERM=dumb: for colours and the
+// True when standard error is a terminal that obeys control sequences, not one of TERM=dumb: for colors and the
 // progress line.
 bool IsErrorATerminal();
 
-// A line that overwrites itself, without its beginning where the terminal is too narrow; empty clears it. Only on a
+// A line that overwrites itself, cut at its beginning where the terminal is too narrow; empty clears it. Only for a
 // terminal.
 void ShowProgressLine(std::string_view line);
 

@@ -4,7 +4,7 @@
 
 namespace Host {
 
-// The lowest free number is given out, so going upwards fills each gap with its own. Opened the wrong way round: input
+// The system assigns the lowest free number, so going upwards fills each gap. Opened in the wrong direction: input
 // cannot be read, output cannot be written.
 void OccupyStandardDescriptors() {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {

@@ -22,15 +22,15 @@ class C_FileDescriptor {
   int Get() const { return m_descriptor; }
   bool IsOpen() const { return m_descriptor >= 0; }
 
-  // False when the operating system reports, only now, that something written did not arrive (`errno`).
+  // False when the operating system only now reports that something written was lost (`errno`).
   bool Close() { return m_descriptor < 0 || ::close(std::exchange(m_descriptor, -1)) == 0; }
 
  private:
   int m_descriptor = -1;
 };
 
-// Must come before any file is opened. A standard stream that the caller has closed would give its number to the next
-// file that is opened; it is taken here by one that fails when it is used.
+// Must be called before any file is opened. The next file that is opened would get the number of a standard stream that
+// the caller has closed. Here each such number goes to a descriptor that fails when it is used.
 void OccupyStandardDescriptors();
 
 }  // namespace Host

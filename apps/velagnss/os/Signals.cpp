@@ -13,7 +13,7 @@ namespace {
 volatile std::sig_atomic_t g_signal = 0;
 int g_pipe[2] = {-1, -1};
 
-// Only async-signal-safe calls. The byte's value is of no interest, and a full pipe is readable already.
+// Only async-signal-safe calls. The value of the byte does not matter, and a full pipe is readable anyway.
 void Handle(int signal) {
   const int savedErrno = errno;
   g_signal = signal;

@@ -21,8 +21,12 @@ class C_NoFrameWarning : public C_RecordConsumer {
   explicit C_NoFrameWarning(std::string where) : m_where(std::move(where)) {}
 
   bool NeedsRecords() const override { return false; }
-  void OnFrame(const S_FrameRecord&) override { ++m_frames; }
-  void EndInput(const S_InputEnd& end) override { m_bytes += end.reader.BytesFed(); }
+  bool WantsMore() const override { return false; }
+  void OnFrame(const S_FrameRecord&) override {}
+  void EndInput(const S_InputEnd& end) override {
+    m_bytes += end.reader.BytesFed();
+    m_frames += end.reader.Totals().framesGood;
+  }
   void Finish() override {
     if (m_frames == 0 && m_bytes > 0) ReportNoFrame(m_where, m_bytes);
   }

@@ -43,7 +43,7 @@ class C_RecordConsumer {
   virtual void OnSkipped(const velagnss::SkippedRange&) {}
   virtual void EndInput(const S_InputEnd&) {}
 
-  // False: everything asked for has been done.
+  // False: it needs no items, or no more of them. It is asked after each item.
   virtual bool WantsMore() const { return true; }
 
   // The input may have to be waited for.

@@ -17,6 +17,12 @@ void C_RecordRun::BeginInput(const std::string& name) {
   m_reader.Restart();
   m_decoder.Restart();
   for (C_RecordConsumer* consumer : m_consumers) consumer->BeginInput(name);
+  SelectActive();
+}
+
+void C_RecordRun::SelectActive() {
+  m_active = m_consumers;
+  std::erase_if(m_active, [](const C_RecordConsumer* consumer) { return !consumer->WantsMore(); });
 }
 
 void C_RecordRun::Feed(const S_Chunk& chunk) {
@@ -34,28 +40,33 @@ void C_RecordRun::EndInput() {
 }
 
 void C_RecordRun::Pump() {
-  while (WantsMore()) {
+  while (!m_active.empty()) {
     const velagnss::StreamItem& item = m_reader.Next();
-    if (std::holds_alternative<std::monostate>(item)) return;
-    std::visit([this](const auto& what) { Handle(what); }, item);
+    if (const auto* frame = std::get_if<velagnss::Frame>(&item))
+      HandOut(*frame);
+    else if (const auto* start = std::get_if<velagnss::RejectedStart>(&item))
+      ForEachActive([start](C_RecordConsumer& consumer) { consumer.OnRejection(*start); });
+    else if (const auto* range = std::get_if<velagnss::SkippedRange>(&item))
+      ForEachActive([range](C_RecordConsumer& consumer) { consumer.OnSkipped(*range); });
+    else
+      return;
   }
 }
 
-void C_RecordRun::Handle(const velagnss::Frame& frame) {
+void C_RecordRun::HandOut(const velagnss::Frame& frame) {
   ++m_framesFound;
   const S_FrameRecord record = {frame, m_needsRecords ? m_decoder.Decode(frame) : m_notDecoded, m_decoder.Clock()};
-  for (C_RecordConsumer* consumer : m_consumers)
-    if (consumer->WantsMore()) consumer->OnFrame(record);
+  ForEachActive([&record](C_RecordConsumer& consumer) { consumer.OnFrame(record); });
 }
 
-void C_RecordRun::Handle(const velagnss::RejectedStart& start) {
-  for (C_RecordConsumer* consumer : m_consumers)
-    if (consumer->WantsMore()) consumer->OnRejection(start);
-}
-
-void C_RecordRun::Handle(const velagnss::SkippedRange& range) {
-  for (C_RecordConsumer* consumer : m_consumers)
-    if (consumer->WantsMore()) consumer->OnSkipped(range);
+template <class Give>
+void C_RecordRun::ForEachActive(const Give& give) {
+  bool isAnyDone = false;
+  for (C_RecordConsumer* consumer : m_active) {
+    give(*consumer);
+    isAnyDone = isAnyDone || !consumer->WantsMore();
+  }
+  if (isAnyDone) SelectActive();
 }
 
 bool C_RecordRun::WantsMore() const {

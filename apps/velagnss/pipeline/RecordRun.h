@@ -40,12 +40,13 @@ class C_RecordRun : public C_StreamJob {
 
  private:
   void Pump();
-  void Handle(const velagnss::Frame& frame);
-  void Handle(const velagnss::RejectedStart& start);
-  void Handle(const velagnss::SkippedRange& range);
-  void Handle(std::monostate) {}
+  void HandOut(const velagnss::Frame& frame);
+  template <class Give>
+  void ForEachActive(const Give& give);
+  void SelectActive();
 
   std::vector<C_RecordConsumer*> m_consumers;
+  std::vector<C_RecordConsumer*> m_active;  // those that want more
   bool m_needsRecords;
   velagnss::FrameReader m_reader;
   velagnss::RecordDecoder m_decoder;

@@ -18,7 +18,7 @@ class C_Output {
   // Creates or empties `name`; "-" is standard output. False, reported, when that is not possible.
   bool Open(const std::string& name);
 
-  // True when all of `text` has been taken by the operating system.
+  // True when the operating system has taken all of `text`.
   bool Write(std::string_view text);
 
   // Writes what `text` holds and clears it, also after a failure.

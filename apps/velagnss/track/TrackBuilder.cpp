@@ -84,29 +84,17 @@ S_TrackSolution FromGll(const S_GLL_Data& gll) {
   return PositionOf(gll, isVoid ? eNmeaModeNotValid : gll.mode);
 }
 
-template <auto From, class Sentence>
-std::optional<S_TrackSolution> Read(const velagnss::Record& record) {
-  const auto* const sentence = std::get_if<Sentence>(&record);
-  return sentence != nullptr ? std::optional(From(*sentence)) : std::nullopt;
-}
-
-// The best first.
-constexpr std::optional<S_TrackSolution> (*kSources[])(const velagnss::Record& record) = {
-    &Read<&FromGga, S_GGA_Data>,
-    &Read<&FromGns, S_GNS_Data>,
-    &Read<&FromRmc, S_RMC_Data>,
-    &Read<&FromGll, S_GLL_Data>,
-};
 
 }  // namespace
 
 void C_TrackBuilder::Take(const velagnss::Record& record, const velagnss::StreamClock& clock) {
-  static_assert(std::size(kSources) == kNumSources);
-  for (std::size_t source = 0; source < kNumSources; ++source)
-    if (const auto solution = kSources[source](record)) return Add(source, *solution, clock);
+  if (const auto* gga = std::get_if<S_GGA_Data>(&record)) return Add(eSource::Gga, FromGga(*gga), clock);
+  if (const auto* gns = std::get_if<S_GNS_Data>(&record)) return Add(eSource::Gns, FromGns(*gns), clock);
+  if (const auto* rmc = std::get_if<S_RMC_Data>(&record)) return Add(eSource::Rmc, FromRmc(*rmc), clock);
+  if (const auto* gll = std::get_if<S_GLL_Data>(&record)) return Add(eSource::Gll, FromGll(*gll), clock);
 }
 
-void C_TrackBuilder::Add(std::size_t source, const S_TrackSolution& solution, const velagnss::StreamClock& clock) {
+void C_TrackBuilder::Add(eSource source, const S_TrackSolution& solution, const velagnss::StreamClock& clock) {
   const double timeOfDay = velagnss::StreamClock::IsTimeOfDay(solution.timeOfDay) ? solution.timeOfDay : kNoTime;
   if (!IsOfThisEpoch(source, timeOfDay)) {
     const double stepBack = m_latest - clock.Seconds();
@@ -122,7 +110,7 @@ void C_TrackBuilder::Add(std::size_t source, const S_TrackSolution& solution, co
   if (!kept || !kept->hasFix) kept = solution;
 }
 
-bool C_TrackBuilder::IsOfThisEpoch(std::size_t source, double timeOfDay) const {
+bool C_TrackBuilder::IsOfThisEpoch(eSource source, double timeOfDay) const {
   if (std::isnan(timeOfDay) || std::isnan(m_timeOfDay)) return !m_solutions[source];
   return timeOfDay == m_timeOfDay;
 }

@@ -57,11 +57,11 @@ class C_TrackBuilder {
   void Finish(const velagnss::StreamClock& clock);
 
  private:
-  static constexpr std::size_t kNumSources = 4;
+  enum eSource { Gga, Gns, Rmc, Gll, kNumSources };  // the best first
   static constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
 
-  void Add(std::size_t source, const S_TrackSolution& solution, const velagnss::StreamClock& clock);
-  bool IsOfThisEpoch(std::size_t source, double timeOfDay) const;
+  void Add(eSource source, const S_TrackSolution& solution, const velagnss::StreamClock& clock);
+  bool IsOfThisEpoch(eSource source, double timeOfDay) const;
   std::optional<S_TrackPoint> BestPoint() const;
   void CloseEpoch(const velagnss::StreamClock& clock);
 
