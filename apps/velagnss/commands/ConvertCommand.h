@@ -1,4 +1,4 @@
-// `velagnss convert`: other programs' formats out of a receiver's bytes.
+// `velagnss convert`: the inputs in the formats of other programs.
 #ifndef VELAGNSS_APPS_CONVERT_COMMAND_H
 #define VELAGNSS_APPS_CONVERT_COMMAND_H
 
@@ -8,7 +8,7 @@
 
 namespace Host {
 
-// What --to understands, separated by blanks.
+// The formats that --to takes, separated by spaces.
 std::string FormatNames();
 
 extern const S_CommandEntry kConvertCommand;

@@ -1,4 +1,4 @@
-// `velagnss decode`: every frame of the inputs as one JSON object on a line of its own.
+// `velagnss decode`: every frame of the inputs as a line of JSON.
 #ifndef VELAGNSS_APPS_DECODE_COMMAND_H
 #define VELAGNSS_APPS_DECODE_COMMAND_H
 

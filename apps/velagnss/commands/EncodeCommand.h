@@ -1,4 +1,4 @@
-// `velagnss encode`: lines of JSON back into NMEA 0183 sentences.
+// `velagnss encode`: lines of JSON to NMEA 0183 sentences.
 #ifndef VELAGNSS_APPS_ENCODE_COMMAND_H
 #define VELAGNSS_APPS_ENCODE_COMMAND_H
 

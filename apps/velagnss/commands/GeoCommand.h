@@ -1,4 +1,4 @@
-// `velagnss geo`: the library's arithmetic of coordinates and times for people, on values given by hand or by line.
+// `velagnss geo`: calculations with coordinates and times, on values from the command line or line by line.
 #ifndef VELAGNSS_APPS_GEO_COMMAND_H
 #define VELAGNSS_APPS_GEO_COMMAND_H
 

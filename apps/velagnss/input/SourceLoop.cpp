@@ -26,13 +26,15 @@ class C_Stream {
   C_StreamJob& Job() { return m_job; }
   bool IsOpen() const { return m_isOpen; }
   bool HasFailed() const { return m_hasFailed; }
-  bool WantsMore() const { return m_isOpen && m_job.WantsMore(); }
 
-  // One read; the stream is closed when it was the last one.
+  // One read when the source is ready; closes the stream when that was the last one, when its job wants no more, and
+  // after a signal.
+  void Serve(bool isReady, std::span<unsigned char> buffer);
+
+ private:
   void Read(std::span<unsigned char> buffer);
   void Close();
 
- private:
   C_ByteSource& m_source;
   C_StreamJob& m_job;
   std::unique_ptr<C_Progress> m_progress;
@@ -40,6 +42,12 @@ class C_Stream {
   bool m_isOpen = true;
   bool m_hasFailed = false;
 };
+
+void C_Stream::Serve(bool isReady, std::span<unsigned char> buffer) {
+  const auto goesOn = [this] { return SignalReceived() == 0 && m_job.WantsMore(); };
+  if (isReady && goesOn()) Read(buffer);
+  if (m_isOpen && !goesOn()) Close();
+}
 
 void C_Stream::Read(std::span<unsigned char> buffer) {
   S_Chunk chunk;
@@ -62,15 +70,18 @@ void C_Stream::Close() {
   m_job.EndInput();
 }
 
-// What is ready is shown before a wait; one that is over at once needs nothing shown.
-bool WaitFor(C_SourceWait& wait, C_SourceWait::t_Limit quietTime, std::span<C_Stream> streams) {
-  if (wait.Wait(0ms)) return true;
+template <class Call>
+void ForEachOpen(std::span<C_Stream> streams, const Call& call) {
   for (C_Stream& stream : streams)
-    if (stream.IsOpen()) stream.Job().BeforeWait();
-  if (wait.Wait(quietTime)) return true;
-  for (C_Stream& stream : streams)
-    if (stream.IsOpen() && SignalReceived() == 0) stream.Job().OnQuiet();
-  return false;
+    if (stream.IsOpen()) call(stream.Job());
+}
+
+// What is ready is shown before a wait, unless there is nothing to wait for.
+void WaitForBytes(C_SourceWait& wait, C_SourceWait::t_Limit quietTime, std::span<C_Stream> streams) {
+  using eWait = C_SourceWait::eWait;
+  if (wait.Wait(0ms) == eWait::Ready) return;
+  ForEachOpen(streams, [](C_StreamJob& job) { job.BeforeWait(); });
+  if (wait.Wait(quietTime) == eWait::TimeOver) ForEachOpen(streams, [](C_StreamJob& job) { job.OnQuiet(); });
 }
 
 }  // namespace
@@ -84,13 +95,11 @@ bool C_SourceLoop::Run(std::span<const S_SourceAndJob> given) {
   }
   std::size_t open = streams.size();
   while (open > 0) {
-    const bool isAnyReady = SignalReceived() == 0 && WaitFor(wait, m_quietTime, streams);
+    if (SignalReceived() == 0) WaitForBytes(wait, m_quietTime, streams);
     for (std::size_t i = 0; i < streams.size(); ++i) {
-      C_Stream& stream = streams[i];
-      if (!stream.IsOpen()) continue;
-      if (isAnyReady && stream.WantsMore() && wait.IsReady(i)) stream.Read(m_buffer);
-      if (stream.IsOpen() && (SignalReceived() != 0 || !stream.WantsMore())) stream.Close();
-      if (stream.IsOpen()) continue;
+      if (!streams[i].IsOpen()) continue;
+      streams[i].Serve(wait.IsReady(i), m_buffer);
+      if (streams[i].IsOpen()) continue;
       wait.Remove(i);
       --open;
     }

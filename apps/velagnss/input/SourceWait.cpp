@@ -19,7 +19,7 @@ void C_SourceWait::Remove(std::size_t number) {
   m_polled[number].fd = -1;  // poll passes it over
 }
 
-bool C_SourceWait::Wait(t_Limit limit) {
+C_SourceWait::eWait C_SourceWait::Wait(t_Limit limit) {
   const bool hasFile = std::any_of(m_sources.begin(), m_sources.end(), [](const S_Source& s) { return s.neverWaits; });
   const bool isFileAlone = hasFile && m_sources.size() == 1;
   const int timeout = hasFile ? 0 : limit ? static_cast<int>(limit->count()) : -1;
@@ -29,7 +29,8 @@ bool C_SourceWait::Wait(t_Limit limit) {
     m_sources[i].isReady = m_sources[i].neverWaits || (count > 0 && m_polled[i].revents != 0);
     isAnyReady = isAnyReady || m_sources[i].isReady;
   }
-  return isAnyReady;
+  if (isAnyReady) return eWait::Ready;
+  return count == 0 ? eWait::TimeOver : eWait::Interrupted;
 }
 
 }  // namespace Host

@@ -23,8 +23,14 @@ class C_SourceWait {
   // An ended source is not waited for any more; its number stays.
   void Remove(std::size_t number);
 
-  // Waits until a source is ready, for at most `limit`. False when none is: the time is over, or a signal came.
-  bool Wait(t_Limit limit);
+  enum class eWait {
+    Ready,        // at least one source
+    TimeOver,     // none
+    Interrupted,  // by a signal, before that
+  };
+
+  // Waits until a source is ready, for at most `limit`.
+  eWait Wait(t_Limit limit);
 
   // Whether the last `Wait` found that the source has bytes, has ended or has failed.
   bool IsReady(std::size_t number) const { return m_sources[number].isReady; }

@@ -26,6 +26,8 @@ constexpr std::size_t kEscapeSize = 6;  // "\u00XX"
 
 }  // namespace
 
+void C_JsonWriter::Grow(std::size_t size) { m_buffer.resize(2 * m_buffer.size() + size); }
+
 void C_JsonWriter::Number(double value) {
   if (!std::isfinite(value)) return Null();
   Separate(kNumberSize);

@@ -77,8 +77,9 @@ class C_JsonWriter final : public C_TextMaker {
   static constexpr std::size_t kNumberSize = 32;  // longest: sign, 17 digits, point, exponent; or 20 digits
 
   void Reserve(std::size_t size) {
-    if (m_buffer.size() - m_size < size) m_buffer.resize(2 * m_buffer.size() + size);
+    if (m_buffer.size() - m_size < size) Grow(size);
   }
+  void Grow(std::size_t size);  // apart from the test, which is inlined everywhere
   void Separate(std::size_t size) {  // room for a comma and `size` bytes
     Reserve(size + 1);
     if (m_needsComma) m_buffer[m_size++] = ',';
