@@ -1,7 +1,7 @@
-// The program's way from the bytes of an input to its output, command and options chosen by the input: decode, stat,
-// convert to each format, encode. The output is valid in its format, holds no control character and nothing but ASCII,
-// and is the same however the input was read, unless acknowledgements are searched for: "$>" is one as soon as it
-// stands there, before it can turn out to begin a reply.
+// What the program makes of the bytes of an input, command and options chosen by the input: decode, stat, convert to
+// each format, encode. The output is valid in its format, holds only printable ASCII, and is the same however the input
+// was cut into pieces, unless acknowledgements are searched for: "$>" is one as soon as it is read, before it can turn
+// out to begin a reply.
 #include <tinyxml2.h>
 
 #include <fstream>
@@ -54,7 +54,7 @@ S_Options TakeOptions(Fuzz::C_Input& input) {
   return options;
 }
 
-// --- The commands, with a text in place of the output ---
+// --- The commands, without an output ---
 
 void FeedAll(Host::C_RecordRun& run, std::string_view stream, std::size_t piece) {
   run.BeginInput("input");
@@ -167,7 +167,7 @@ void RequireFormat(const std::string& text, unsigned int format) {
     for (const std::string& line : Lines(text, "\n")) Fuzz::Require(line.size() <= 80, "RINEX has 80 columns");
 }
 
-// What decode writes of a sentence, encode takes or tells why not; and so it does with any text.
+// Encode takes what decode writes of a sentence, or gives a reason; so it does with any text.
 void RequireEncode(const std::string& text) {
   Host::C_LineEncoder encoder;
   std::size_t at = 0;

@@ -302,7 +302,7 @@ struct S_HandCase {
   std::string bytes;
   std::string expected;  // records
   int code = 0;
-  const char* message = "";  // part of what stands on standard error
+  const char* message = "";  // part of standard error
   const char* arguments = "--seed 2314:0";
 };
 const std::string kGps = KeplerText("G05", "-5.960464477539D-08", " 9.800000000000D+01");

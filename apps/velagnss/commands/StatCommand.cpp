@@ -60,7 +60,7 @@ void C_AccountWriter::JudgeInput() {
   if (m_account.FramesGood() == 0 && m_account.Bytes() > 0) ReportNoFrame(m_account.Input(), m_account.Bytes());
   const bool isTooBad = m_account.BadPercent() > m_maxBadPercent;
   if (isTooBad) {
-    ReportError(fmt::format("{}: {:.2f} % of the frames are damaged, more than the {} % of --max-bad; -v shows where",
+    ReportError(fmt::format("{}: {:.2f} % of the frames are damaged, more than --max-bad {} %; -v shows where",
                             m_account.Input(), m_account.BadPercent(), m_maxBadPercent));
   }
   m_isAllGood = m_isAllGood && !isTooBad && m_account.FramesGood() > 0;

@@ -19,10 +19,10 @@ class C_SourceLoop {
  public:
   explicit C_SourceLoop(std::size_t readSize) : m_buffer(readSize) {}
 
-  // For a person who waits, on a terminal; of a single source.
+  // On a terminal, while a single source is read.
   void ShowProgress(bool isWanted) { m_showProgress = isWanted; }
 
-  // After how long without a byte from any source each job is told so; never at first.
+  // After this long without a byte from any source, `OnQuiet` of each job is called. Never by default.
   void SetQuietTime(C_SourceWait::t_Limit limit) { m_quietTime = limit; }
 
   // Begins each job with its source and feeds it until the source ends, the job wants no more, or a signal comes. False

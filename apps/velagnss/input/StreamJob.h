@@ -23,7 +23,7 @@ class C_StreamJob {
   // The input may have to be waited for: what is ready should be shown now.
   virtual void BeforeWait() {}
 
-  // No input had a byte for as long as the loop waits.
+  // No source had a byte for the quiet time of the loop (SourceLoop.h).
   virtual void OnQuiet() {}
 
   // The end of everything: the last of the output is made here.

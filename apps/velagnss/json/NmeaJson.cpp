@@ -304,7 +304,7 @@ void WriteMembers(C_JsonWriter& json, const S_VTG_Data& record) { WriteFields(js
 std::string ReadNmeaFields(const nlohmann::json& fields, t_SentenceType type, U_EcdDcdData& record) {
   for (const S_Sentence& sentence : kSentences)
     if (sentence.type == type) return sentence.read(fields, record);
-  return "no such sentence is encoded";
+  return "this sentence cannot be encoded";
 }
 
 }  // namespace Host

@@ -1,4 +1,4 @@
-// Tells the user that the inputs held nothing.
+// The warning that the inputs held no frame.
 #ifndef VELAGNSS_APPS_NO_FRAME_WARNING_H
 #define VELAGNSS_APPS_NO_FRAME_WARNING_H
 

@@ -1,4 +1,4 @@
-// What makes something of records: lines of JSON, an account, a track, a RINEX file.
+// What records are turned into: lines of JSON, an account, a track, a RINEX file.
 //
 // A consumer knows nothing of where the bytes came from, nor of other consumers. C_RecordRun (RecordRun.h) feeds it.
 #ifndef VELAGNSS_APPS_RECORD_CONSUMER_H
@@ -13,7 +13,7 @@
 
 namespace Host {
 
-// A frame and what it came to.
+// A frame and its record.
 struct S_FrameRecord {
   const velagnss::Frame& frame;
   const velagnss::DecodedFrame& decoded;  // as constructed when no consumer needs records

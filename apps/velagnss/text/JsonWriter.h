@@ -79,7 +79,7 @@ class C_JsonWriter final : public C_TextMaker {
   void Reserve(std::size_t size) {
     if (m_buffer.size() - m_size < size) Grow(size);
   }
-  void Grow(std::size_t size);  // apart from the test, which is inlined everywhere
+  void Grow(std::size_t size);       // apart from the test, which is inlined everywhere
   void Separate(std::size_t size) {  // room for a comma and `size` bytes
     Reserve(size + 1);
     if (m_needsComma) m_buffer[m_size++] = ',';

@@ -1,4 +1,4 @@
-// Bytes into lines.
+// Splits bytes into lines.
 #ifndef VELAGNSS_APPS_LINE_SPLITTER_H
 #define VELAGNSS_APPS_LINE_SPLITTER_H
 
@@ -13,7 +13,7 @@ namespace Host {
 //   if (line.End()) Use(line.Text());
 class C_LineSplitter {
  public:
-  // Of a longer line only so much is kept that it is known to be too long.
+  // Of a longer line, only enough is kept to know that it is too long.
   explicit C_LineSplitter(std::size_t maxLine) : m_maxLine(maxLine) {}
 
   // Takes bytes from the front of `rest` up to a line feed. True when a line is complete, false when `rest` is used up.

@@ -84,7 +84,6 @@ S_TrackSolution FromGll(const S_GLL_Data& gll) {
   return PositionOf(gll, isVoid ? eNmeaModeNotValid : gll.mode);
 }
 
-
 }  // namespace
 
 void C_TrackBuilder::Take(const velagnss::Record& record, const velagnss::StreamClock& clock) {
