@@ -5,6 +5,7 @@ cmake_minimum_required(VERSION 3.25)
 #
 # Each row: files, and which of our own headers they may include. The first row that fits a file counts.
 set(leaves "framing/(Base64|BitBufAcc|BitLayout|ByteScan|CRC24|Crc24Field|CircularBuffer|QueueWindow|RawDataMessage|RunningCrc24|SevenOfEight|XorSum)")
+set(app "apps/velagnss/")
 set(rows
   "geo/"            "geo/"
   "records/"        "records/|geo/"
@@ -13,7 +14,18 @@ set(rows
   "textproto/"      "textproto/|records/|geo/|${leaves}\\."
   "framing/"        "framing/|binproto/|textproto/|records/|geo/"
   "stream/"         "stream/|framing/|binproto/|textproto/|records/|geo/"
-  "apps/"           "apps/|public"
+  "apps/velagnss/os/"        "${app}os/"
+  "apps/velagnss/text/"      "${app}text/|public"
+  "apps/velagnss/input/"     "${app}(input|os|text)/"
+  "apps/velagnss/sinks/"     "${app}(sinks|input|os|text)/"
+  "apps/velagnss/pipeline/"  "${app}(pipeline|input|os|text)/|public"
+  "apps/velagnss/geo/"       "${app}(geo|text)/|public"
+  "apps/velagnss/json/"      "${app}(json|pipeline|os|text)/|public"  # from here on: formats, which do not know each other
+  "apps/velagnss/account/"   "${app}(account|pipeline|os|text)/|public"
+  "apps/velagnss/track/"     "${app}(track|pipeline|os|text)/|public"
+  "apps/velagnss/rinex/"     "${app}(rinex|pipeline|os|text)/|public"
+  "apps/velagnss/nmea/"      "${app}(nmea|pipeline|os|text)/|public"
+  "apps/"                    "apps/|public"  # commands and main
   "examples/"       "public")
 
 # The installed headers, from the lists that the build uses.
