@@ -6,6 +6,7 @@
 #include "binproto/VelaBin_Decode.h"
 #include "framing/CRC24.h"
 #include "framing/SevenOfEight.h"
+#include "framing/UnlistedSentence.h"
 #include "framing/XorSum.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldParsers.h"
@@ -77,6 +78,7 @@ constexpr C_BodyScanner::S_Rule C_BodyScanner::kRules[] = {
     {nullptr,                             false, eMark::LineEnd, 0,           false, false},
     {&C_BodyScanner::CheckPackedReply,    false, eMark::Plain,   kJroxHeader, true,  true},
     {&C_BodyScanner::CheckPackedSentence, false, eMark::CrLf,    1,           true,  true},
+    {&C_BodyScanner::CheckUnlistedSentence, false, eMark::Control, 0,         false, true},
 };
 // clang-format on
 
@@ -112,7 +114,11 @@ eVerdict C_BodyScanner::CollectUntilEnd(const S_Rule& rule) {
       Hold(at + 1);
       return eVerdict::Rejected;
     }
-    if (rule.limited && at + 1 < m_frame.lengths.least) continue;
+    if (rule.limited && at + 1 < m_frame.lengths.least) {
+      if (!m_takesShortLines || !IsShortLine(rule, bytes, at + 1)) continue;
+      m_examined = at + 1;
+      return eVerdict::ShortLine;
+    }
     if (rule.endsInCrLf && (bytes[at] != kLf || bytes[at - 1] != kCr)) continue;
     m_frame.message.length = static_cast<unsigned short>(at + 1);
     return eVerdict::Complete;
@@ -190,6 +196,24 @@ eVerdict C_BodyScanner::CheckNmeaSum() {
   unsigned int sum = 0;
   if (!ReadHex(bytes + length - 3, 2, sum)) return eVerdict::Rejected;
   return XorOf(bytes + 1, length - 5) == sum ? eVerdict::Complete : eVerdict::BadCheck;
+}
+
+eVerdict C_BodyScanner::CheckUnlistedSentence() {
+  const unsigned int length = m_frame.message.length;
+  switch (JudgeSentence(m_queue.Bytes(length), length)) {
+    case eSentence::Checked:
+      return eVerdict::Complete;
+    case eSentence::BadSum:
+      return eVerdict::BadCheck;
+    default:
+      return eVerdict::Rejected;
+  }
+}
+
+// Judged at its first line end only: a line that holds another one is none.
+bool C_BodyScanner::IsShortLine(const S_Rule& rule, const unsigned char* bytes, unsigned int length) const {
+  return rule.check == &C_BodyScanner::CheckNmeaSum && m_frame.message.protocol == C_RawDataMessage::eNMEA0183 &&
+         JudgeSentence(bytes, length) == eSentence::Checked;
 }
 
 // A sentence with a checksum is delivered without its line end, which its decoder does not take; the line end stays

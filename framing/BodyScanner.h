@@ -22,11 +22,12 @@ struct S_FrameInProgress {
 
 // What a scan says of the bytes that are there.
 enum class eVerdict {
-  More,      // good so far, the end is still to come
-  Complete,  // a whole frame; the message has its length
-  BadCheck,  // checksum or packing wrong
-  Rejected,  // too long, or a byte that cannot be
-  GivenUp,   // as Rejected, but not counted as a bad frame: an acknowledgement without end
+  More,       // good so far, the end is still to come
+  Complete,   // a whole frame; the message has its length
+  BadCheck,   // checksum or packing wrong
+  Rejected,   // too long, or a byte that cannot be
+  GivenUp,    // as Rejected, but not counted as a bad frame: an acknowledgement without end
+  ShortLine,  // a checked sentence that ends below the least length of its kind; ShortLine() has its length
 };
 
 // Scans by the rule of the body's shape. There are two kinds: a length that is known from the start, and bytes up to an
@@ -43,6 +44,10 @@ class C_BodyScanner {
   // The frame in progress is another one: its body is scanned from the first byte on.
   void StartOver() { m_examined = 0; }
 
+  // Whether sentences that end below their least length are reported. A scan after that goes on beyond the line.
+  void TakeShortLines(bool on) { m_takesShortLines = on; }
+  unsigned int ShortLine() const { return m_examined; }
+
  private:
   struct S_Rule;
   static const S_Rule kRules[];  // by eBody
@@ -57,6 +62,8 @@ class C_BodyScanner {
   eVerdict CheckRtcmSum();
   eVerdict CheckBinaryFrame();
   eVerdict CheckNmeaSum();
+  eVerdict CheckUnlistedSentence();
+  bool IsShortLine(const S_Rule& rule, const unsigned char* bytes, unsigned int length) const;
   eVerdict CheckPackedSentence();
   eVerdict CheckPkvnSentence();
   eVerdict CheckSiteRecord();
@@ -66,6 +73,7 @@ class C_BodyScanner {
   S_FrameInProgress& m_frame;
   unsigned int m_examined = 0;  // bytes of the body that need no second look by the same rule
   eBody m_examinedAs = eBody::Text;
+  bool m_takesShortLines = false;
   std::uint64_t m_unmarkedTo[kNumMarks] = {};  // by eMark: no such byte is queued before this position of the stream
   C_RunningCrc24 m_runningSums;                // of the bytes after a false start of RTCM 3
   std::unique_ptr<unsigned char[]> m_unwound;  // what a packed message unpacks to

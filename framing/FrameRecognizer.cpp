@@ -35,6 +35,7 @@ void C_FrameRecognizer::SetOverflowHandling(eCircBufOvrflowHandling overflowHand
   m_core->SetOverflowHandling(overflowHandling);
 }
 void C_FrameRecognizer::SetPatientSearch(bool patient) { m_core->SetPatientSearch(patient); }
+void C_FrameRecognizer::SetAcceptUnlisted(bool on) { m_core->SetAcceptUnlisted(on); }
 void C_FrameRecognizer::FullProcessingReset() { m_core->FullProcessingReset(); }
 void C_FrameRecognizer::ResetFrameScanProc() { m_core->ResetFrameScanProc(); }
 

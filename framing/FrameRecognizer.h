@@ -67,7 +67,7 @@ struct S_RecognizerStatistics {
   unsigned int framesBad;       // identified, but with a wrong checksum, length or character
 };
 
-// One recognizer serves one stream on one thread. Allocates memory only at construction.
+// One recognizer serves one stream on one thread. Allocates memory only at construction and in `SetAcceptUnlisted`.
 class VELAGNSS_API C_FrameRecognizer {
  public:
   using eProtocols = C_RawDataMessage::eProtocols;  // for brevity
@@ -114,8 +114,27 @@ class VELAGNSS_API C_FrameRecognizer {
   // exception: "$>" is taken for one at once, whatever follows. A host that does not expect any disables `eVelaCmdAck`.
   void SetPatientSearch(bool patient);
 
-  // Discards the queue, the frame in progress and the counters. The enabled protocols, the overflow policy and the
-  // patient search stay. For the start of another stream, or after a gap in this one.
+  // Whether frames that are not listed are delivered as well when their checksum is right: RTCM 3 frames of any message
+  // number, and sentences of any address. Off (the default), they are noise. `messageType` is the number, or
+  // `eNmeaUnknown`.
+  //
+  // A sentence is "$" or "!", capital letters or digits up to the first comma, no control character, "*hh" with digits
+  // of either case, and a line end, 1024 bytes at most. A listed sentence whose length is outside its limits counts
+  // too. The search for listed frames comes first. Only a start that fails as one is looked at again, and only while
+  // `eRTCM3_x` or `eNMEA0183` is enabled. A frame that holds a listed one is not delivered: the listed one is.
+  //
+  // On, a patient search that loses nothing to overflow delivers every frame that it delivers when off, and from the
+  // same place, with two exceptions. An unlisted frame does not wait for a listed one that begins inside it and ends
+  // after it. And a listed sentence whose line ends below its least length is delivered there if the checksum is right,
+  // although the rule for listed ones would look for a longer one that takes in the next line: the two would match by
+  // chance only.
+  //
+  // `framesBad` also counts unlisted frames that are whole but have a wrong checksum. Each false start counts once.
+  // Allocates memory when it is switched on for the first time.
+  void SetAcceptUnlisted(bool on);
+
+  // Discards the queue, the frame in progress and the counters. The enabled protocols, the overflow policy, the patient
+  // search and the acceptance of unlisted frames stay. For the start of another stream, or after a gap in this one.
   void FullProcessingReset();
 
   // Abandons the frame in progress; queue and counters stay. Its bytes are searched again from the first one on.

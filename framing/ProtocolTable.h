@@ -24,6 +24,7 @@ enum class eBody : unsigned char {
   Ack,         // up to CR or LF, whatever comes before
   Jrox,        // 7-of-8 packed up to CR LF
   PkvnRaw,     // likewise, after two text fields; "$PKVN,RAW" only, so no row has it
+  Unlisted,    // up to CR or LF, "*hh" before it: a sentence that is not listed, so no row has it
 };
 
 struct S_ProtocolRow {

@@ -4,12 +4,22 @@
 #include <cstring>
 
 #include "framing/MessageLengths.h"
+#include "framing/UnlistedSentence.h"
 
 namespace velagnss::framing {
 
 namespace {
 
 constexpr unsigned int kMaxListEntries = 254;  // of a host's protocol list
+
+// Of an RTCM 3 frame (RTCM 10403): preamble, 6 reserved bits and 10 of payload length, payload, checksum. The payload
+// begins with the 12 bits of the message number.
+constexpr unsigned char kRtcmPreamble = 0xD3;
+constexpr unsigned int kRtcmHeader = 3;
+constexpr unsigned int kRtcmEnvelope = kRtcmHeader + 3;
+constexpr unsigned int kRtcmNumberBytes = 2;
+
+unsigned int RtcmPayload(const unsigned char* frame) { return (frame[1] & 0x03U) << 8 | frame[2]; }
 
 // Bytes queued beyond the longest frame: the line end of the frame before it, and the start of the next one, need not
 // make a full queue.
@@ -38,9 +48,13 @@ unsigned short LongestFrame(const t_Protocols& protocols) {
 
 C_RecognizerCore::C_RecognizerCore(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling,
                                    bool keepStatistics)
+    : C_RecognizerCore(NamedProtocols(protocols), overflowHandling, keepStatistics) {}
+
+C_RecognizerCore::C_RecognizerCore(const t_Protocols& allowed, eCircBufOvrflowHandling overflowHandling,
+                                   bool keepStatistics)
     : m_overflowHandling(overflowHandling),
       m_keepsStatistics(keepStatistics),
-      m_allowed(NamedProtocols(protocols)),
+      m_allowed(allowed),
       m_maxFrameLength(LongestFrame(m_allowed)),
       m_enabled(m_allowed),
       m_queue(m_maxFrameLength + kQueueMargin, overflowHandling),
@@ -65,10 +79,28 @@ void C_RecognizerCore::SetPatientSearch(bool patient) {
   SetFrameStartChars();
 }
 
-// Another set of patterns may match what the last search did not.
+// The second recognizer is made here, with its memory, because the byte path must not allocate.
+void C_RecognizerCore::SetAcceptUnlisted(bool on) {
+  m_acceptsUnlisted = on;
+  m_scanner.TakeShortLines(on);
+  if (on && m_inner == nullptr) {
+    m_inner.reset(new C_RecognizerCore(m_allowed, eCircBufOvrflowRejectNew, false));
+    m_inner->m_expected = m_expected;
+    m_inner->CreateRecognizedFrames();
+  }
+  SetFrameStartChars();
+}
+
+// Another set of patterns may match what the last search did not, and what was known of the bytes may not hold.
 void C_RecognizerCore::SetFrameStartChars() {
   m_queuedAtLastWait = 0;
   m_starts.Search(m_enabled, m_patientSearch);
+  if (m_inner == nullptr) return;
+  if (m_acceptsUnlisted && m_enabled[C_RawDataMessage::eNMEA0183]) m_starts.AlsoStopAt(kEncapsulatedStart);
+  m_scanner.StartOver();
+  m_listedInside = {};
+  m_inner->m_enabled = m_enabled;
+  m_inner->SetPatientSearch(m_patientSearch);
 }
 
 // An RTCM 3 frame ends with its checksum: a CR or LF after it is noise.
@@ -98,6 +130,7 @@ void C_RecognizerCore::ResetFrameScanProc() {
 // The message owns no bytes, so there is nothing to clear: the fields alone say that no frame is in progress.
 void C_RecognizerCore::ResetFrame() {
   m_queuedAtLastWait = 0;
+  m_isUnlisted = false;
   m_scanner.StartOver();
   m_frame.message.protocol = C_RawDataMessage::eNoProtocol;
   m_frame.message.messageType = 0xFFFFFFFF;
@@ -218,9 +251,11 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
 }
 
 // On a match the search may hold more bytes than the frame has (the next one's, say): those are given back.
-eRecognitionResult C_RecognizerCore::StepStartSearch() {
+eRecognitionResult C_RecognizerCore::StepStartSearch(C_RawDataMessage& message) {
   const eRecognitionResult result = FrameStartSearch();
+  if (m_acceptsUnlisted && m_state == eStartSearch && IsNoListedStart()) m_state = eResynchronise;
   if (m_state == eResynchronise) {
+    if (m_acceptsUnlisted && BeginsUnlisted(result)) return LookAsUnlisted(result, false, message);
     DropFalseStart();
   } else if (m_state == eBodyWait) {
     m_frame.message.length = std::min(m_frame.message.length, m_frame.lengths.least);
@@ -235,11 +270,107 @@ eRecognitionResult C_RecognizerCore::StepStartSearch() {
 // The scanner has judged the body; here the queue is moved: by one byte after a fault, by the frame when it is
 // complete.
 eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
+  const unsigned int framesBad = m_counters.framesBad;
   const eRecognitionResult result = FrameBodyWait();
-  if (m_state == eResynchronise) DropFalseStart();
+  if (m_state == eResynchronise) {
+    if (m_acceptsUnlisted && !m_isUnlisted && BeginsUnlisted(result)) {
+      const bool isCounted = m_counters.framesBad != framesBad;
+      m_counters.framesBad = framesBad;
+      return LookAsUnlisted(result, isCounted, message);
+    }
+    DropFalseStart();
+  }
   if (result == eRecFrameComplete) DeliverFrame(message);
   if (result == eRecFrameStarted) m_queuedAtLastWait = m_queue.Queued();
   return result;
+}
+
+// Whether the bytes decide that no listed frame begins here. The search for the longest pattern would otherwise hold
+// back an unlisted frame that is shorter, at the end of the stream for good.
+bool C_RecognizerCore::IsNoListedStart() {
+  if (m_queue.Queued() < kShortestSentence) return false;
+  const unsigned int held = std::min<unsigned int>(m_queue.Queued(), m_starts.MaxLength());
+  return !m_starts.MayMatchLater(m_queue.Bytes(std::max(held, kShortestSentence)), held);
+}
+
+// Whether the start, which has failed as a listed frame with `result`, may be one of an unlisted frame. A wrong
+// checksum of RTCM 3 and NMEA 0183 stays wrong.
+bool C_RecognizerCore::BeginsUnlisted(eRecognitionResult result) {
+  const auto failed = m_frame.message.protocol;
+  const unsigned int held = std::min(m_queue.Queued(), kShortestSentence);
+  const unsigned char* const bytes = m_queue.Bytes(held);
+  if (bytes[0] == kRtcmPreamble) {
+    const bool isSummed = failed == C_RawDataMessage::eRTCM3_x && result == eRecChecksumError;
+    return !isSummed && m_enabled[C_RawDataMessage::eRTCM3_x] && bytes[1] < 4 && RtcmPayload(bytes) >= kRtcmNumberBytes;
+  }
+  const bool isSummed = failed == C_RawDataMessage::eNMEA0183 && result == eRecChecksumError;
+  return !isSummed && m_enabled[C_RawDataMessage::eNMEA0183] && BeginsSentence(bytes, held);
+}
+
+// The frame in progress is the unlisted one that the oldest bytes begin.
+void C_RecognizerCore::ExpectUnlisted() {
+  const unsigned char* const bytes = m_queue.Bytes(kRtcmHeader);
+  const bool isRtcm = bytes[0] == kRtcmPreamble;
+  const auto length = static_cast<unsigned short>(RtcmPayload(bytes) + kRtcmEnvelope);
+  m_frame.message.protocol = isRtcm ? C_RawDataMessage::eRTCM3_x : C_RawDataMessage::eNMEA0183;
+  m_currentRow = kRowOf[m_frame.message.protocol];
+  Expect(
+      {C_RawDataMessage::eNmeaUnknown, isRtcm ? S_FrameLengths{length, length} : S_FrameLengths{0, kLongestSentence}});
+}
+
+// `isCounted`: the listed frame would be counted as a bad one.
+eRecognitionResult C_RecognizerCore::LookAsUnlisted(eRecognitionResult result, bool isCounted,
+                                                    C_RawDataMessage& message) {
+  ExpectUnlisted();
+  m_isUnlisted = true;
+  m_wasBad = isCounted;
+  m_listedResult = result;
+  m_state = eBodyWait;
+  m_lastScanCount = kStepAgain;
+  return StepBodyWait(message);
+}
+
+// Everything that is found without unlisted frames must be found with them.
+eVerdict C_RecognizerCore::JudgeUnlisted(eBody body, eVerdict verdict) {
+  if (verdict == eVerdict::ShortLine) {
+    const unsigned int length = m_scanner.ShortLine();
+    if (HoldsListedFrame(length)) return m_scanner.Scan(body);
+    m_frame.message.messageType = C_RawDataMessage::eNmeaUnknown;
+    m_frame.message.length = static_cast<unsigned short>(length);
+    return eVerdict::Complete;
+  }
+  const bool isHiding = verdict == eVerdict::Complete && m_isUnlisted && HoldsListedFrame(m_frame.message.length);
+  return isHiding ? eVerdict::GivenUp : verdict;
+}
+
+// Whether a listed frame begins after the first of the oldest `length` bytes and ends with the last of them or before.
+// The one found last answers for most of the starts before it: a stream of starts that all reach to the same end is
+// searched once.
+bool C_RecognizerCore::HoldsListedFrame(unsigned int length) {
+  const std::uint64_t position = m_queue.Position();
+  if (m_listedInside.begin > position && m_listedInside.end <= position + length) return true;
+  const unsigned char* const bytes = m_queue.Bytes(length);
+  unsigned int start = 1;
+  while (start < length && !m_inner->IsAFrameStartChar(bytes[start])) ++start;
+  S_Range found;
+  if (start == length || !m_inner->FindFrame(bytes + start, length - start, found)) return false;
+  m_listedInside = {position + start + found.begin, position + start + found.end};
+  return true;
+}
+
+// The first frame of the bytes, after which none follow: a start that waits for more is given up.
+bool C_RecognizerCore::FindFrame(const unsigned char* bytes, unsigned int count, S_Range& found) {
+  C_RawDataMessage none(nullptr, 0);
+  FullProcessingReset();
+  auto result = DoRecognition(bytes, static_cast<unsigned short>(count), none);
+  unsigned int queued = m_queue.Queued();
+  while (result != eRecFrameComplete && queued > 0) {
+    if (result == eRecNoNewData) DropFalseStart();
+    queued = m_queue.Queued();
+    result = DoRecognition(nullptr, 0, none);
+  }
+  found = {count - queued, count - m_queue.Queued()};
+  return result == eRecFrameComplete;
 }
 
 // A message that is too small gets the first bytes of the frame; the whole frame leaves the queue all the same.
@@ -287,6 +418,7 @@ eRecognitionResult C_RecognizerCore::DetermineMsgExpectations() {
     return eRecError;
   }
   const S_ProtocolRow& row = kProtocols[m_currentRow];
+  m_isUnlisted = false;
   m_frame.message.protocol = row.frame.protocol;
   Expect({m_frame.message.messageType, {row.frame.headerLength, row.frame.maxLength}});
   if (row.readParameters != nullptr && !ReadParameters(row)) {
@@ -310,6 +442,7 @@ bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
 eRecognitionResult C_RecognizerCore::FrameBodyWait() {
   if (!IsBodyAwaited()) return eRecError;
   const eBody body = kProtocols[m_currentRow].body;
+  if (m_isUnlisted && body == eBody::Text) return BodyWait(eBody::Unlisted);
   const bool isPacked = body == eBody::Pkvn && m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW;
   return BodyWait(isPacked ? eBody::PkvnRaw : body);
 }
@@ -323,11 +456,14 @@ eRecognitionResult C_RecognizerCore::VelaBINBodyWait() {
 eRecognitionResult C_RecognizerCore::BodyWait(eBody body) {
   if (!IsBodyAwaited()) return eRecError;
   m_queuedAtLastWait = 0;
-  return Conclude(m_scanner.Scan(body));
+  const eVerdict verdict = m_scanner.Scan(body);
+  return Conclude(m_inner == nullptr ? verdict : JudgeUnlisted(body, verdict));
 }
 
-// Brings a verdict into state, counters and result.
+// Brings a verdict into state, counters and result. A start that fails twice, as a listed and as an unlisted frame, is
+// one bad frame.
 eRecognitionResult C_RecognizerCore::Conclude(eVerdict verdict) {
+  const bool isBadCheck = verdict == eVerdict::BadCheck;
   m_scanCount = m_frame.message.length;
   switch (verdict) {
     case eVerdict::More:
@@ -336,15 +472,14 @@ eRecognitionResult C_RecognizerCore::Conclude(eVerdict verdict) {
       m_state = eIdle;
       Count(&S_RecognizerStatistics::framesGood, 1);
       return eRecFrameComplete;
-    case eVerdict::BadCheck:
-    case eVerdict::Rejected:
-      Count(&S_RecognizerStatistics::framesBad, 1);
-      break;
-    case eVerdict::GivenUp:
+    default:
       break;
   }
   m_state = eResynchronise;
-  return verdict == eVerdict::BadCheck ? eRecChecksumError : eRecFrameRejected;
+  const bool isBad = m_isUnlisted ? isBadCheck || m_wasBad : verdict != eVerdict::GivenUp;
+  if (isBad) Count(&S_RecognizerStatistics::framesBad, 1);
+  const bool isSumWrong = isBadCheck || (m_isUnlisted && m_listedResult == eRecChecksumError);
+  return isSumWrong ? eRecChecksumError : eRecFrameRejected;
 }
 
 }  // namespace velagnss::framing

@@ -3,6 +3,8 @@
 #ifndef VELAGNSS_FRAMING_RECOGNIZER_CORE_H
 #define VELAGNSS_FRAMING_RECOGNIZER_CORE_H
 
+#include <memory>
+
 #include "framing/BodyScanner.h"
 #include "framing/FrameParameters.h"
 #include "framing/FrameRecognizer.h"
@@ -33,6 +35,7 @@ class C_RecognizerCore {
   void DisableProtocol(eProtocols protocol) { Enable(protocol, {}); }
   void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
   void SetPatientSearch(bool patient);
+  void SetAcceptUnlisted(bool on);
   void FullProcessingReset();
   void ResetFrameScanProc();
   unsigned short GetMaxFrameLength() const { return m_maxFrameLength; }
@@ -56,6 +59,14 @@ class C_RecognizerCore {
   eRecognitionResult BodyWait(eBody body);  // of every other shape
 
  private:
+  // Bytes of the stream, [begin, end).
+  struct S_Range {
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+  };
+
+  C_RecognizerCore(const t_Protocols& allowed, eCircBufOvrflowHandling overflowHandling, bool keepStatistics);
+
   enum eScanState : unsigned int { eIdle = 0, eStartSearch = 1, eBodyWait = 2, eResynchronise = 3 };
 
   static constexpr unsigned short kStepAgain = 0xFFFF;  // equals no scan count
@@ -71,7 +82,7 @@ class C_RecognizerCore {
       case eIdle:
         return StepIdle();
       case eStartSearch:
-        return StepStartSearch();
+        return StepStartSearch(message);
       case eBodyWait:
         return StepBodyWait(message);
       default:
@@ -79,8 +90,16 @@ class C_RecognizerCore {
     }
   }
   eRecognitionResult StepIdle();
-  eRecognitionResult StepStartSearch();
+  eRecognitionResult StepStartSearch(C_RawDataMessage& message);
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
+
+  bool IsNoListedStart();
+  bool BeginsUnlisted(eRecognitionResult result);
+  void ExpectUnlisted();
+  eRecognitionResult LookAsUnlisted(eRecognitionResult result, bool isCounted, C_RawDataMessage& message);
+  eVerdict JudgeUnlisted(eBody body, eVerdict verdict);
+  bool HoldsListedFrame(unsigned int length);
+  bool FindFrame(const unsigned char* bytes, unsigned int count, S_Range& found);
 
   eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
   bool MakeRoomInFullQueue();
@@ -103,6 +122,7 @@ class C_RecognizerCore {
   const unsigned short m_maxFrameLength;
   t_Protocols m_enabled = {};
   bool m_patientSearch = false;
+  bool m_acceptsUnlisted = false;
   S_ExpectedMessages m_expected;
 
   eScanState m_state = eIdle;
@@ -113,6 +133,13 @@ class C_RecognizerCore {
   unsigned int m_currentRow = kNumProtocols;    // of kProtocols: the start that matched last
   unsigned int m_lastRow = kNumProtocols;       // and that of the frame delivered last
   S_RecognizerStatistics m_counters = {};
+
+  // A start that failed as a listed frame and is looked at as an unlisted one.
+  bool m_isUnlisted = false;
+  bool m_wasBad = false;                                  // the listed frame would be counted as a bad one
+  eRecognitionResult m_listedResult = eRecFrameRejected;  // its result
+  std::unique_ptr<C_RecognizerCore> m_inner;              // searches unlisted frames for listed ones inside
+  S_Range m_listedInside;                                 // the first of them in the frame that was searched last
 
   C_QueueWindow m_queue;
   S_FrameInProgress m_frame;

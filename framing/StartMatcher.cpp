@@ -46,6 +46,12 @@ constexpr auto kHeads = [] {
   return heads;
 }();
 
+bool AgreesAsFarAs(const S_FrameDescriptor& frame, const unsigned char* bytes, unsigned int count) {
+  unsigned int at = 0;
+  while (at < count && (bytes[at] & frame.startMask[at]) == frame.startPattern[at]) ++at;
+  return at == count;
+}
+
 // "$.....," is the start of any sentence; an NMEA 0183 frame must name one that is known.
 bool NamesAKnownSentence(const unsigned char* bytes) {
   return textproto::SentenceIds::Find(reinterpret_cast<const char*>(bytes) + 3) != C_RawDataMessage::eNmeaUnknown;
@@ -95,6 +101,17 @@ unsigned int C_StartMatcher::Find(const unsigned char* bytes, unsigned int held)
     if (frame.protocol != C_RawDataMessage::eNMEA0183 || NamesAKnownSentence(bytes)) return row;
   }
   return kNoRow;
+}
+
+bool C_StartMatcher::MayMatchLater(const unsigned char* bytes, unsigned int held) const {
+  for (unsigned int rows = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]]; rows != 0;
+       rows &= rows - 1) {
+    const auto row = static_cast<unsigned int>(std::countr_zero(rows));
+    const S_FrameDescriptor& frame = kProtocols[row].frame;
+    if (m_comparedLengths[row] > held && AgreesAsFarAs(frame, bytes, std::min<unsigned int>(held, frame.startLength)))
+      return true;
+  }
+  return false;
 }
 
 }  // namespace velagnss::framing

@@ -23,6 +23,9 @@ class C_StartMatcher {
   // its protocol needs, otherwise when its own are.
   void Search(const t_Protocols& enabled, bool patient);
 
+  // Stops the search at this byte as well, although no pattern begins with it. Holds until the next `Search`.
+  void AlsoStopAt(unsigned char byte) { m_canStart[byte] = true; }
+
   // Whether a frame can start with this byte.
   bool CanStart(unsigned char byte) const { return m_canStart[byte]; }
 
@@ -32,6 +35,9 @@ class C_StartMatcher {
 
   // The row of the first protocol whose start the `held` bytes are, or kNoRow. Two bytes are read in any case.
   unsigned int Find(const unsigned char* bytes, unsigned int held) const;
+
+  // Whether a pattern that needs more than the `held` (2 or more) bytes begins as they do.
+  bool MayMatchLater(const unsigned char* bytes, unsigned int held) const;
 
  private:
   unsigned short m_minLength = 255;

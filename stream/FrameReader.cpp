@@ -323,6 +323,7 @@ void FrameReader::EnableProtocol(C_RawDataMessage::eProtocols protocol) {
 void FrameReader::DisableProtocol(C_RawDataMessage::eProtocols protocol) {
   m_impl->m_recognizer.DisableProtocol(protocol);
 }
+void FrameReader::AcceptUnlisted(bool on) { m_impl->m_recognizer.SetAcceptUnlisted(on); }
 void FrameReader::ReportEvents(bool on) { m_impl->m_areEventsReported = on; }
 
 bool FrameReader::Feed(const unsigned char* bytes, std::size_t count) { return m_impl->Feed(bytes, count); }

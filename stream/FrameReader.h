@@ -80,8 +80,8 @@ struct StreamTotals {
   std::uint64_t framesBad = 0;       // starts whose body failed: checksum, length or character
 };
 
-// One reader serves one stream at a time, on one thread. It allocates memory in its constructor only and throws nothing
-// later.
+// One reader serves one stream at a time, on one thread. It allocates memory in its constructor and in `AcceptUnlisted`
+// only and throws nothing elsewhere.
 class VELAGNSS_API FrameReader {
  public:
   // Searches for every protocol but command acknowledgements, and hands out frames only.
@@ -97,6 +97,11 @@ class VELAGNSS_API FrameReader {
   // included.
   void EnableProtocol(C_RawDataMessage::eProtocols protocol);
   void DisableProtocol(C_RawDataMessage::eProtocols protocol);
+
+  // Whether frames that are not listed are handed out as well when their checksum is right: RTCM 3 of any message
+  // number and sentences of any address, as `C_FrameRecognizer::SetAcceptUnlisted` describes it. Off at first.
+  // Allocates memory when it is switched on for the first time.
+  void AcceptUnlisted(bool on);
 
   // Whether `Next` also hands out `RejectedStart` and `SkippedRange`. Off at first; switch it before the first byte of
   // a stream. Frames and totals are the same either way.
@@ -120,7 +125,7 @@ class VELAGNSS_API FrameReader {
   // The next frame; null when the bytes fed are used up. Events on the way are passed over.
   const Frame* NextFrame();
 
-  // Forgets the stream: offsets and totals begin again at 0. Protocols and event reporting stay.
+  // Forgets the stream: offsets and totals begin again at 0. Protocols, unlisted frames and event reporting stay.
   void Restart();
 
   // Bytes taken from what was fed, and what became of them. Accepted, discarded and queued bytes add up to the bytes

@@ -38,6 +38,7 @@ TEST_P(RandomUse, AgreesCallByCall) {
     Twins twins(named, policy, keepsStatistics, random.OneIn(5) ? random.Below(40) : 2048);
     if (random.OneIn(2)) twins.Both([&](auto& one) { one.DisableProtocol(C_RawDataMessage::eVelaCmdAck); });
     if (random.OneIn(2)) twins.Both([&](auto& one) { one.SetPatientSearch(true); });
+    if (random.OneIn(2)) twins.Both([&](auto& one) { one.SetAcceptUnlisted(true); });
     std::string stream;
     for (unsigned pieces = 1 + random.Below(30); pieces > 0; --pieces) stream += random.Piece();
     const std::size_t most = random.OneOf(std::vector{2U, 4U, 30U, 300U, 5000U});

@@ -289,6 +289,23 @@ Literal::Result CheckPkvn(Work& work) {
   return IsPkvn(frame) && sent >= 0 && Xor(&frame[1], frame.size() - 4) == sent ? kComplete : kRejected;
 }
 
+bool IsAddressCharacter(unsigned char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
+
+// A sentence of any address; the digits of its sum in either case.
+Literal::Result CheckUnlisted(Work& work) {
+  const Bytes& line = work.message.bytes;
+  const std::size_t length = line.size();
+  if (length < 7 || (line[0] != '$' && line[0] != '!') || line[length - 4] != '*') return kRejected;
+  std::size_t comma = 1;
+  while (comma < length - 4 && IsAddressCharacter(line[comma])) ++comma;
+  if (comma == 1 || line[comma] != ',') return kRejected;
+  Bytes digits(line.end() - 3, line.end() - 1);
+  for (unsigned char& digit : digits) digit = digit >= 'a' && digit <= 'f' ? digit - 32 : digit;
+  const int sent = ChecksumBefore(digits, 2);
+  if (sent < 0) return kRejected;
+  return Xor(&line[1], length - 5) == sent ? kComplete : kChecksum;
+}
+
 Literal::Result CheckSiteRecord(Work& work) {
   return LimitReached(work, work.message.bytes.size()) ? kRejected : kComplete;
 }
@@ -313,6 +330,7 @@ const Literal::Scanner kPkvnRaw = {CollectPacked<false>, CheckPkvnRaw};
 const Literal::Scanner kSite = {CollectLine, CheckSiteRecord};
 const Literal::Scanner kAck = {CollectAcknowledgement, nullptr, false};
 const Literal::Scanner kJrox = {CollectPacked<true>, CheckJrox};
+const Literal::Scanner kUnlisted = {CollectLine, CheckUnlisted};
 
 struct Descriptor {
   Raw::eProtocols protocol;
@@ -374,6 +392,7 @@ void Literal::DisableProtocol(unsigned protocol) {
 void Literal::ResetFrameScanProc() {
   m_state = kIdle;
   m_last = 12;
+  m_isUnlisted = false;
   m_work.message = Message();
   m_scanCount = 0;
   m_lastScanCount = 0xFFFF;
@@ -389,6 +408,7 @@ void Literal::FullProcessingReset() {
 }
 
 bool Literal::IsAFrameStartChar(unsigned char byte) const {
+  if (byte == '!' && m_acceptsUnlisted && m_enabled[Raw::eNMEA0183]) return true;
   return std::any_of(std::begin(kDescriptors), std::end(kDescriptors), [&](const Descriptor& descriptor) {
     return m_enabled[descriptor.protocol] && static_cast<unsigned char>(descriptor.start[0]) == byte;
   });
@@ -419,7 +439,7 @@ Literal::Result Literal::DoRecognition(const unsigned char* data, unsigned lengt
   if (m_queue.empty() || m_lastScanCount == m_scanCount) return kNoNewData;
   m_lastScanCount = m_scanCount;
   if (m_state == kIdle) return IdleStep();
-  return m_state == kStartSearch ? SearchStep() : BodyStep(delivered);
+  return m_state == kStartSearch ? SearchStep(delivered) : BodyStep(delivered);
 }
 
 Literal::Result Literal::IdleStep() {
@@ -443,8 +463,13 @@ void Literal::DropFalseStart() {
   ResetFrameScanProc();
 }
 
-Literal::Result Literal::SearchStep() {
+Literal::Result Literal::SearchStep(Message& delivered) {
   const Result result = FrameStartSearch();
+  if (m_acceptsUnlisted && m_state == kStartSearch && NoListedStart()) m_state = kResynchronise;
+  if (m_state == kResynchronise && m_acceptsUnlisted && BeginsUnlisted()) {
+    m_listedWasBad = false;
+    return LookAsUnlisted(result, delivered);
+  }
   if (m_state == kResynchronise) DropFalseStart();
   if (m_state == kBodyWait) {
     if (m_work.least < m_work.message.bytes.size()) m_work.message.bytes.resize(m_work.least);
@@ -455,7 +480,13 @@ Literal::Result Literal::SearchStep() {
 }
 
 Literal::Result Literal::BodyStep(Message& delivered) {
+  const unsigned bad = counters.bad;
   const Result result = FrameBodyWait();
+  if (m_state == kResynchronise && m_acceptsUnlisted && !m_isUnlisted && BeginsUnlisted()) {
+    m_listedWasBad = counters.bad != bad;
+    counters.bad = bad;
+    return LookAsUnlisted(result, delivered);
+  }
   if (m_state == kResynchronise) DropFalseStart();
   if (result != kComplete) return result;
   delivered = m_work.message;
@@ -466,6 +497,73 @@ Literal::Result Literal::BodyStep(Message& delivered) {
   m_postFrame = true;
   m_last = m_current;
   return kComplete;
+}
+
+// From seven bytes on, those that are there may rule out every start that needs more.
+bool Literal::NoListedStart() const {
+  if (m_queue.size() < 7) return false;
+  for (unsigned descriptor = 0; descriptor < 11; ++descriptor) {
+    const std::string& start = kDescriptors[descriptor].start;
+    const Bytes bytes(m_queue.begin(),
+                      m_queue.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(m_queue.size(), 18)));
+    const bool isOpen = m_enabled[kDescriptors[descriptor].protocol] && StartLength(descriptor) > bytes.size();
+    if (isOpen && BeginsAs(bytes, start.substr(0, bytes.size()))) return false;
+  }
+  return true;
+}
+
+// The oldest bytes, seven at most, begin an RTCM 3 frame with a number, or an address.
+bool Literal::BeginsUnlisted() const {
+  if (m_queue[0] == 0xD3) return m_enabled[Raw::eRTCM3_x] && m_queue[1] < 4 && m_queue[1] * 256 + m_queue[2] > 1;
+  if (!m_enabled[Raw::eNMEA0183] || (m_queue[0] != '$' && m_queue[0] != '!')) return false;
+  for (std::size_t at = 1; at < std::min<std::size_t>(m_queue.size(), 7); ++at)
+    if (!IsAddressCharacter(m_queue[at])) return at > 1 && m_queue[at] == ',';
+  return true;
+}
+
+// The start has failed as a listed frame. It is one bad frame at most.
+Literal::Result Literal::LookAsUnlisted(Result listed, Message& delivered) {
+  const bool isRtcm = m_queue[0] == 0xD3;
+  m_isUnlisted = true;
+  m_listedResult = listed;
+  m_current = isRtcm ? 1 : 2;
+  m_work.message.protocol = kDescriptors[m_current].protocol;
+  m_work.message.type = Raw::eNmeaUnknown;
+  m_work.greatest = isRtcm ? m_queue[1] * 256U + m_queue[2] + 6U : 1024;
+  m_work.least = isRtcm ? m_work.greatest : 0;
+  m_state = kBodyWait;
+  m_lastScanCount = 0xFFFF;
+  return BodyStep(delivered);
+}
+
+// Whether the search for listed frames, begun anew behind each byte but the last, would end in one within the bytes.
+bool Literal::HoldsListedFrame(std::size_t length) const {
+  for (std::size_t start = 1; start < length;) {
+    Literal inner(nullptr, 2);
+    std::copy_n(m_allowed, 11, inner.m_allowed);
+    std::copy_n(m_enabled, 11, inner.m_enabled);
+    inner.m_patient = m_patient;
+    inner.m_work.capacity = m_work.capacity;
+    const Bytes bytes(m_queue.begin() + static_cast<std::ptrdiff_t>(start),
+                      m_queue.begin() + static_cast<std::ptrdiff_t>(length));
+    Message frame;
+    Result result = inner.DoRecognition(bytes.data(), static_cast<unsigned>(bytes.size()), frame);
+    while (result != kNoNewData && result != kComplete) result = inner.DoRecognition(nullptr, 0, frame);
+    if (result == kComplete) return true;
+    start = length - inner.m_queue.size() + 1;
+  }
+  return false;
+}
+
+// Length of a checked line at the first line end of a listed sentence, if that comes too early for it; else 0.
+std::size_t Literal::ShortLine() const {
+  const auto end = std::find_if(m_queue.begin(), m_queue.end(), [](unsigned char byte) { return byte < 32; });
+  if (!m_acceptsUnlisted || m_work.message.protocol != Raw::eNMEA0183 || end == m_queue.end()) return 0;
+  Work line = m_work;
+  line.message.bytes.assign(m_queue.begin(), end + 1);
+  const std::size_t length = line.message.bytes.size();
+  const bool isShort = IsLineEnd(*end) && length < m_work.least && CheckUnlisted(line) == kComplete;
+  return isShort && length <= std::min(m_work.greatest, m_work.capacity) && !HoldsListedFrame(length) ? length : 0;
 }
 
 std::size_t Literal::StartLength(unsigned descriptor) const {
@@ -505,6 +603,7 @@ Literal::Result Literal::DetermineMsgExpectations() {
   m_work.least = m_work.greatest = 0;
   m_state = kResynchronise;
   if (m_current > 10) return kError;
+  m_isUnlisted = false;
   const Descriptor& descriptor = kDescriptors[m_current];
   m_work.least = descriptor.least;
   m_work.greatest = descriptor.greatest;
@@ -525,6 +624,7 @@ bool Literal::GetParameters(unsigned descriptor) {
 
 Literal::Result Literal::FrameBodyWait() {
   if (m_current > 10) return kError;
+  if (m_isUnlisted && m_current == 2) return Scan(kUnlisted);
   return Scan(IsPkvnRaw(m_work) ? kPkvnRaw : *kDescriptors[m_current].scanner);
 }
 
@@ -545,13 +645,22 @@ Literal::Result Literal::JROXBodyWait() { return Scan(kJrox); }
 
 Literal::Result Literal::Scan(const Scanner& scanner) {
   if (m_state != kBodyWait || m_current > 10) return kError;
-  const Collected collected = scanner.collect(m_work, m_queue);
+  const std::size_t shortLine = &scanner == &kText ? ShortLine() : 0;
+  const Collected collected = shortLine > 0 ? kWhole : scanner.collect(m_work, m_queue);
   m_scanCount = static_cast<unsigned>(m_work.message.bytes.size());
   if (collected == kPart) return kStarted;
   Result result = collected == kWhole ? kComplete : kRejected;
-  if (collected == kWhole && scanner.check != nullptr) result = scanner.check(m_work);
+  if (shortLine > 0) {
+    m_work.message.bytes.assign(m_queue.begin(), m_queue.begin() + static_cast<std::ptrdiff_t>(shortLine));
+    m_work.message.type = Raw::eNmeaUnknown;
+    result = kComplete;
+  } else if (collected == kWhole && scanner.check != nullptr) {
+    result = scanner.check(m_work);
+  }
+  if (result == kComplete && m_isUnlisted && HoldsListedFrame(m_work.message.bytes.size())) result = kRejected;
   m_state = result == kComplete ? kIdle : kResynchronise;
   if (result == kComplete) Add(counters.good, 1);
-  if (result != kComplete && scanner.countsBroken) Add(counters.bad, 1);
-  return result;
+  const bool isBad = m_isUnlisted ? result == kChecksum || m_listedWasBad : scanner.countsBroken;
+  if (result != kComplete && isBad) Add(counters.bad, 1);
+  return result == kRejected && m_isUnlisted && m_listedResult == kChecksum ? kChecksum : result;
 }

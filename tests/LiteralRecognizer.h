@@ -38,6 +38,7 @@ class LiteralRecognizer {
   void DisableProtocol(unsigned protocol);
   void SetOverflowHandling(unsigned policy) { m_policy = policy; }
   void SetPatientSearch(bool patient) { m_patient = patient; }
+  void SetAcceptUnlisted(bool on) { m_acceptsUnlisted = on; }
   void FullProcessingReset();
   void ResetFrameScanProc();
   bool IsAFrameStartChar(unsigned char byte) const;
@@ -78,13 +79,22 @@ class LiteralRecognizer {
   bool GetParameters(unsigned descriptor);
   void DropFalseStart();
   Result IdleStep();
-  Result SearchStep();
+  Result SearchStep(Message& delivered);
   Result BodyStep(Message& delivered);
+  bool NoListedStart() const;
+  bool BeginsUnlisted() const;
+  Result LookAsUnlisted(Result listed, Message& delivered);
+  bool HoldsListedFrame(std::size_t length) const;
+  std::size_t ShortLine() const;
   Result Scan(const Scanner& scanner);
 
   bool m_allowed[11] = {};
   bool m_enabled[11] = {};
   bool m_patient = false;
+  bool m_acceptsUnlisted = false;
+  bool m_isUnlisted = false;  // the frame in hand has failed as a listed one
+  Result m_listedResult = kRejected;
+  bool m_listedWasBad = false;
   unsigned m_policy;
   std::deque<unsigned char> m_queue;
   Work m_work;

@@ -262,7 +262,7 @@ inline void Meddle(Random& random, Twins& twins) {
   const eProtocols protocol{random.OneIn(4) ? 11 : random.Below(14)};
   const eCircBufOvrflowHandling policy{random.OneIn(8) ? 7 : random.Below(3)};
   const auto byte = static_cast<unsigned char>(random.OneOf("\r\n$\xD3x"s));
-  const unsigned kind = random.Below(16);
+  const unsigned kind = random.Below(17);
   if (kind == 0) twins.Both([](auto& one) { return one.FrameStartSearch(); });
   if (kind == 1) twins.Both([](auto& one) { return one.FrameBodyWait(); });
   if (kind == 2) twins.Both([](auto& one) { return one.DetermineMsgExpectations(); });
@@ -276,6 +276,7 @@ inline void Meddle(Random& random, Twins& twins) {
   if (kind == 10 || kind == 11) twins.Both([&](auto& one) { one.DisableProtocol(protocol); });
   if (kind == 12 || kind == 13) twins.Both([&](auto& one) { one.EnableProtocol(protocol); });
   if (kind == 14) twins.Both([&, step = random.Below(8)](auto& one) { return AnyBodyWait(one, step); });
+  if (kind == 16) twins.Both([&](auto& one) { one.SetAcceptUnlisted(byte < 32); });
   if (kind == 15) twins.Both([&, step = random.Below(9)](auto& one) { return AnyParameters(one, step); });
 }
 
