@@ -75,10 +75,16 @@ std::string Noise() {
 }
 
 // Feeds the stream in pieces and hands each frame on; returns the number of frames.
+struct S_Search {
+  bool withAcknowledgements = false;
+  bool withUnlisted = false;
+};
+
 template <class OnFrame>
-std::size_t Pump(const t_Bytes& stream, std::size_t piece, OnFrame onFrame, bool withAcknowledgements = false) {
+std::size_t Pump(const t_Bytes& stream, std::size_t piece, OnFrame onFrame, S_Search search = {}) {
   C_FrameRecognizer recognizer(nullptr, eCircBufOvrflowRejectNew, true);
-  if (!withAcknowledgements) recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
+  if (search.withUnlisted) recognizer.SetAcceptUnlisted(true);
+  if (!search.withAcknowledgements) recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
   recognizer.SetPatientSearch(true);
   t_Bytes buffer(recognizer.GetMaxFrameLength());
   C_RawDataMessage message(buffer.data(), recognizer.GetMaxFrameLength());
@@ -96,12 +102,14 @@ std::size_t Pump(const t_Bytes& stream, std::size_t piece, OnFrame onFrame, bool
   return frames;
 }
 
-void Framing(benchmark::State& state, const std::string& unit) {
+void Framing(benchmark::State& state, const std::string& unit, bool withUnlisted = false) {
   const t_Bytes stream = Repeated(unit);
+  const auto piece = static_cast<std::size_t>(state.range(0));
+  const S_Search search = {.withUnlisted = withUnlisted};
   std::size_t frames = 0;
-  for (auto _ : state) {
-    frames += Pump(stream, static_cast<std::size_t>(state.range(0)), [](const C_RawDataMessage&) {});
-  }
+  for (auto _ : state)
+    frames += Pump(
+        stream, piece, [](const C_RawDataMessage&) {}, search);
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * stream.size()));
   state.counters["frames/s"] = benchmark::Counter(static_cast<double>(frames), benchmark::Counter::kIsRate);
 }
@@ -172,10 +180,13 @@ BENCHMARK(VectorScan)->Arg(1024);
 BENCHMARK(Memchr)->Arg(1024);
 BENCHMARK(Memcpy)->Arg(1024);
 BENCHMARK_CAPTURE(Framing, Mixed, Sample())->Arg(1)->Arg(8)->Arg(32)->Arg(128)->Arg(1024)->Arg(16384);
+BENCHMARK_CAPTURE(Framing, MixedUnlisted, Sample(), true)->Arg(1)->Arg(8)->Arg(32)->Arg(128)->Arg(1024)->Arg(16384);
 BENCHMARK_CAPTURE(Framing, Nmea, Sentences())->Arg(1)->Arg(32)->Arg(1024);
 BENCHMARK_CAPTURE(Framing, Rtcm3, OnlyOf(C_RawDataMessage::eRTCM3_x))->Arg(1)->Arg(32)->Arg(1024);
 BENCHMARK_CAPTURE(Framing, Noisy, Noisy())->Arg(1)->Arg(32)->Arg(1024);
 BENCHMARK_CAPTURE(Framing, Noise, Noise())->Arg(1024);
+BENCHMARK_CAPTURE(Framing, NoisyUnlisted, Noisy(), true)->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(Framing, NoiseUnlisted, Noise(), true)->Arg(1024);
 BENCHMARK(FramingAndDecoding)->Arg(1024);
 // Streams of nothing but starts, or of what must be looked at over and over unless it is remembered. Time per byte must
 // not grow with the length.
@@ -201,18 +212,21 @@ constexpr S_HostileStream kHostileStreams[] = {
     {"SiteRecord", "$>JSITERECORD"sv},
 };
 
-void Hostile(benchmark::State& state, const S_HostileStream& hostile) {
+void Hostile(benchmark::State& state, const S_HostileStream& hostile, bool withUnlisted) {
   const t_Bytes stream = Repeated(hostile.unit, static_cast<std::size_t>(state.range(0)));
+  const S_Search search = {hostile.withAcknowledgements, withUnlisted};
   for (auto _ : state)
     Pump(
-        stream, 1024, [](const C_RawDataMessage&) {}, hostile.withAcknowledgements);
+        stream, 1024, [](const C_RawDataMessage&) {}, search);
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * stream.size()));
 }
 
 void RegisterHostile() {
   for (const S_HostileStream& hostile : kHostileStreams) {
-    const std::string name = std::string("Hostile/") + hostile.name;
-    benchmark::RegisterBenchmark(name.c_str(), Hostile, hostile)->Arg(2 << 20)->Arg(32 << 20);
+    for (const bool withUnlisted : {false, true}) {
+      const std::string name = std::string(withUnlisted ? "HostileUnlisted/" : "Hostile/") + hostile.name;
+      benchmark::RegisterBenchmark(name.c_str(), Hostile, hostile, withUnlisted)->Arg(2 << 20)->Arg(32 << 20);
+    }
   }
 }
 

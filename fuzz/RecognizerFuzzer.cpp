@@ -48,6 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const unsigned policy = random.OneIn(9) ? 7 : random.Below(3);
   const bool keepsStatistics = !random.OneIn(5);
   Twins twins(named, policy, keepsStatistics, random.OneIn(5) ? random.Below(40) : 2048);
+  if (random.OneIn(2)) twins.Both([](auto& one) { one.SetAcceptUnlisted(true); });
   C_Port port;
   while (!input.IsEmpty()) {
     Operate(input, random, port, twins);

@@ -53,6 +53,7 @@ TEST_P(RandomUse, AgreesCallByCall) {
   }
   for (unsigned result = 0; result < 8; ++result) EXPECT_GT(Twins::Results(result), 0U) << "never seen: " << result;
   for (unsigned protocol = 0; protocol < 11; ++protocol) EXPECT_GT(Twins::Delivered(protocol), 0U) << protocol;
+  EXPECT_GT(Twins::UnlistedSentences(), 0U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomUse, testing::Values(1U, 2U, 3U, 4U));
@@ -90,6 +91,8 @@ TEST(FrameLengths, AgreeAtEveryLength) {
       twins.Feed(frame, 19);
       twins.Both([](auto& one) { one.SetPatientSearch(true); });
       twins.Feed(frame, 200);
+      twins.Both([](auto& one) { one.SetAcceptUnlisted(true); });
+      twins.Feed(frame, 60);
       ASSERT_TRUE(twins.Agree()) << testing::PrintToString(frame);
     }
   }

@@ -34,6 +34,8 @@ inline const std::vector<std::pair<unsigned, std::size_t>> kBlocks = {{97, 28}, 
 inline const std::vector<unsigned> kRtcmNumbers = {63, 1001, 1005, 1067, 1077, 1230, 1244, 1303, 4011, 4072, 4095};
 inline const Texts kStarts = {"$", "$>", "\xD3", "$GPGSA,", "$PKVN,RAW,", "$PKVN,HPR,", "$JROX,", "$RD1,", "$>JI,", "$>JQUERY,",
                        "$>JSITERECORD", "\xD3\3\xFF>", "\xD3\0\0>\xD0"s, "$BIN\x4C\0\xC0\1"s, "$PKVN,RAW,\r\n"};
+inline const Texts kAddresses = {"AIVDM", "PGRME", "GPTXT", "IIHDT", "GPALM", "A", "PKVN", "RD1", "BIN12", "JROX", "9", "", "gp",
+                          "GPGRS,\r\n", "GPALM,1*7a\r\n"};
 inline const Texts kCounts = {"", "0", "1", "2", "3", "4", "5", "65535", "65536", "65538", "4294967298", "x", "2x", "5 5", "2+1",
                        "+", " ", " +", "+ 2", "++2", " 2", "+2", "-2", "000000002", "0000000002", "2\0x"s, "2,1", "2 "};
 inline const Texts kRawNames = {"RAW,", "RAW,1", "RAW,1", "RAW, \r1", "RAW", "RAW,1,1", "RAW\0,1"s, "RAWX,1", "RA,1"};
@@ -112,7 +114,8 @@ class Random {
   }
 
   std::string Frame() {
-    const unsigned kind = Below(8);
+    const unsigned kind = Below(10);
+    if (kind > 7) return Around(OneIn(2) ? Frame() : Characters(Below(30), ""));
     const auto [block, size] = OneOf(kBlocks);
     const std::size_t packed = Below(OneIn(10) ? 2040 : 80);
     const std::string count = OneIn(2) ? OneOf(kCounts) : std::to_string(PayloadOf(packed));
@@ -124,6 +127,18 @@ class Random {
     if (kind == 2) return BinFrame(block, Characters(size, OneIn(3) ? "\xFF\xFE" : ""));
     if (kind == 4) return RawSentence(OneOf(kRawNames), count, packed);
     return Line(kind);
+  }
+
+  // An unlisted frame around other bytes; the first of them may be lost, so that a frame among them ends after it.
+  std::string Around(const std::string& inside) {
+    if (OneIn(2)) {
+      const unsigned number = OneOf(kRtcmNumbers);
+      return RtcmFrame(RtcmPayload(number, 2 + Below(4)) + inside.substr(0, 900) + Characters(Below(5), ""));
+    }
+    std::string line = Sentence(OneOf(kAddresses) + "," + inside.substr(0, 1000));
+    if (OneIn(4)) line[0] = '!';
+    if (OneIn(3)) line[line.size() - 3] |= ' ';
+    return line;
   }
 
   std::string Line(unsigned kind) {
@@ -171,6 +186,7 @@ class Twins {
     Compare(result, m_literal.DoRecognition(data, copy.Size(), m_delivered));
     ++m_results[result];
     if (result == eRecFrameComplete) ++m_frames[m_message.protocol];
+    m_unlisted += result == eRecFrameComplete && m_message.messageType == C_RawDataMessage::eNmeaUnknown ? 1 : 0;
     return result;
   }
 
@@ -208,6 +224,7 @@ class Twins {
   bool Agree() const { return m_agree; }
   unsigned GetFreeSpace() const { return m_real.GetFreeSpace(); }
   static unsigned Delivered(unsigned protocol) { return m_frames[protocol]; }
+  static unsigned UnlistedSentences() { return m_unlisted; }
   static unsigned Results(unsigned result) { return m_results[result]; }
 
  private:
@@ -225,6 +242,7 @@ class Twins {
 
   static inline unsigned m_results[8] = {};
   static inline unsigned m_frames[13] = {};
+  static inline unsigned m_unlisted = 0;
   C_FrameRecognizer m_real;
   LiteralRecognizer m_literal;
   LiteralRecognizer::Message m_delivered;
