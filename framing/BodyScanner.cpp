@@ -137,8 +137,16 @@ unsigned int C_BodyScanner::FirstMark(const S_Rule& rule, const unsigned char* b
   const unsigned int from = std::max(m_examined, rule.first);
   const unsigned int unmarked = unmarkedTo > position ? static_cast<unsigned int>(unmarkedTo - position) : 0;
   const unsigned int at = FindMark(rule.mark, bytes, std::max(from, unmarked), end);
-  if (from <= std::max(unmarked, 1U)) unmarkedTo = position + std::min(at, end);
+  if (from <= std::max(unmarked, 1U)) unmarkedTo = std::max(unmarkedTo, position + std::min(at, end));
   return at;
+}
+
+// All that is queued is looked at, so that one look answers for many starts.
+bool C_BodyScanner::LacksLineEnd(unsigned int count) {
+  if (IsKnownToLackLineEnd(count)) return true;
+  if (m_queue.Queued() < count) return false;
+  FirstMark(kRules[static_cast<unsigned int>(eBody::Unlisted)], m_queue.Bytes(m_queue.Queued()), m_queue.Queued());
+  return IsKnownToLackLineEnd(count);
 }
 
 // Collects a body whose frame ends at its greatest length.

@@ -44,6 +44,13 @@ class C_BodyScanner {
   // The frame in progress is another one: its body is scanned from the first byte on.
   void StartOver() { m_examined = 0; }
 
+  // Whether the oldest `count` bytes are queued and have no byte below 32, a line end included; and whether that is
+  // known without a look.
+  bool LacksLineEnd(unsigned int count);
+  bool IsKnownToLackLineEnd(unsigned int count) const {
+    return m_unmarkedTo[static_cast<unsigned int>(eMark::Control)] >= m_queue.Position() + count;
+  }
+
   // Whether sentences that end below their least length are reported. A scan after that goes on beyond the line.
   void TakeShortLines(bool on) { m_takesShortLines = on; }
   unsigned int ShortLine() const { return m_examined; }

@@ -1,6 +1,7 @@
 #include "framing/RecognizerCore.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "framing/MessageLengths.h"
@@ -20,6 +21,13 @@ constexpr unsigned int kRtcmEnvelope = kRtcmHeader + 3;
 constexpr unsigned int kRtcmNumberBytes = 2;
 
 unsigned int RtcmPayload(const unsigned char* frame) { return (frame[1] & 0x03U) << 8 | frame[2]; }
+
+// The bytes that may come second in an unlisted frame: a character of an address, or reserved bits that are zero.
+constexpr auto kSecondOfUnlisted = [] {
+  std::array<bool, 256> second = {true, true, true, true};
+  for (unsigned int byte = '0'; byte <= 'Z'; ++byte) second[byte] = byte <= '9' || byte >= 'A';
+  return second;
+}();
 
 // Bytes queued beyond the longest frame: the line end of the frame before it, and the start of the next one, need not
 // make a full queue.
@@ -250,12 +258,21 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
   return eRecSearching;
 }
 
+// The question of BeginsUnlisted, answered at once for nearly all false starts.
+inline bool C_RecognizerCore::MayBeUnlisted(eRecognitionResult result) {
+  const unsigned char* const bytes = m_queue.Bytes(2);
+  if (!kSecondOfUnlisted[bytes[1]]) return false;
+  const bool isRejectedLine = result == eRecFrameRejected && bytes[0] != kRtcmPreamble;
+  if (isRejectedLine && m_scanner.IsKnownToLackLineEnd(kLongestSentence)) return false;
+  return BeginsUnlisted(result);
+}
+
 // On a match the search may hold more bytes than the frame has (the next one's, say): those are given back.
 eRecognitionResult C_RecognizerCore::StepStartSearch(C_RawDataMessage& message) {
   const eRecognitionResult result = FrameStartSearch();
   if (m_acceptsUnlisted && m_state == eStartSearch && IsNoListedStart()) m_state = eResynchronise;
   if (m_state == eResynchronise) {
-    if (m_acceptsUnlisted && BeginsUnlisted(result)) return LookAsUnlisted(result, false, message);
+    if (m_acceptsUnlisted && MayBeUnlisted(result)) return LookAsUnlisted(result, false, message);
     DropFalseStart();
   } else if (m_state == eBodyWait) {
     m_frame.message.length = std::min(m_frame.message.length, m_frame.lengths.least);
@@ -273,7 +290,7 @@ eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
   const unsigned int framesBad = m_counters.framesBad;
   const eRecognitionResult result = FrameBodyWait();
   if (m_state == eResynchronise) {
-    if (m_acceptsUnlisted && !m_isUnlisted && BeginsUnlisted(result)) {
+    if (m_acceptsUnlisted && !m_isUnlisted && MayBeUnlisted(result)) {
       const bool isCounted = m_counters.framesBad != framesBad;
       m_counters.framesBad = framesBad;
       return LookAsUnlisted(result, isCounted, message);
@@ -327,7 +344,11 @@ eRecognitionResult C_RecognizerCore::LookAsUnlisted(eRecognitionResult result, b
   m_listedResult = result;
   m_state = eBodyWait;
   m_lastScanCount = kStepAgain;
-  return StepBodyWait(message);
+  const bool isLine = m_frame.message.protocol == C_RawDataMessage::eNMEA0183;
+  if (!isLine || !m_scanner.LacksLineEnd(kLongestSentence)) return StepBodyWait(message);
+  const eRecognitionResult rejected = Conclude(eVerdict::Rejected);
+  DropFalseStart();
+  return rejected;
 }
 
 // Everything that is found without unlisted frames must be found with them.

@@ -94,6 +94,7 @@ class C_RecognizerCore {
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
 
   bool IsNoListedStart();
+  bool MayBeUnlisted(eRecognitionResult result);
   bool BeginsUnlisted(eRecognitionResult result);
   void ExpectUnlisted();
   eRecognitionResult LookAsUnlisted(eRecognitionResult result, bool isCounted, C_RawDataMessage& message);
