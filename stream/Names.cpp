@@ -91,6 +91,14 @@ std::string_view TextAt(const std::string_view (&texts)[N], unsigned int index) 
   return index < N ? texts[index] : std::string_view();
 }
 
+// A talker of two characters and a formatter of three (NMEA 0183); "P" begins a proprietary address.
+constexpr std::size_t kTalker = 2;
+constexpr std::size_t kAddress = kTalker + 3;
+
+bool IsUnlistedSentence(const Frame& frame) {
+  return frame.protocol == C_RawDataMessage::eNMEA0183 && frame.message == C_RawDataMessage::eNmeaUnknown;
+}
+
 constexpr char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
@@ -115,6 +123,16 @@ std::optional<unsigned int> MessageNumber(unsigned int message) {
   return message == kNone ? std::nullopt : std::optional(message);
 }
 
+std::optional<unsigned int> MessageNumber(const Frame& frame) {
+  return IsUnlistedSentence(frame) ? std::nullopt : MessageNumber(frame.message);
+}
+
+std::string_view AddressOf(const Frame& frame) {
+  if (frame.protocol != C_RawDataMessage::eNMEA0183 || frame.data == nullptr || frame.length == 0) return {};
+  const std::string_view text(reinterpret_cast<const char*>(frame.data) + 1, frame.length - 1U);
+  return text.substr(0, text.find(','));
+}
+
 unsigned int NumMessages(eProtocols protocol) {
   const S_ProtocolRow* const row = RowOf(protocol);
   return row != nullptr ? row->numMessages : 0;
@@ -135,6 +153,13 @@ MessageName::MessageName(eProtocols protocol, unsigned int message) {
   if (row->naming == eNaming::Numbered || row->naming == eNaming::ByNumber)
     end = textproto::NumberText::WriteInteger(end, message);
   m_size = static_cast<unsigned char>(end - m_text);
+}
+
+MessageName::MessageName(const Frame& frame) : MessageName(frame.protocol, frame.message) {
+  if (!IsUnlistedSentence(frame)) return;
+  std::string_view name = AddressOf(frame);
+  if (name.size() == kAddress && name.front() != 'P') name.remove_prefix(kTalker);
+  m_size = static_cast<unsigned char>(name.copy(m_text, sizeof m_text));
 }
 
 std::string_view ResultText(unsigned int result) {

@@ -11,10 +11,11 @@ void WriteMessages(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("messages").BeginArray();
   for (const S_MessageCount& entry : account.Messages()) {
     json.BeginObject();
-    json.Key("protocol").String(velagnss::ProtocolName(entry.protocol));
-    json.Key("message").String(velagnss::MessageName(entry.protocol, entry.message).Text());
-    json.Key("number").IntegerOrNull(velagnss::MessageNumber(entry.message));
+    json.Key("protocol").String(velagnss::ProtocolName(entry.key.protocol));
+    json.Key("message").String(entry.name);
+    json.Key("number").IntegerOrNull(entry.number);
     json.Key("count").Integer(entry.count);
+    json.Key("decoded").Integer(entry.decoded);
     json.Key("faults").Integer(entry.faults);
     json.Key("per_second").Number(account.RateOf(entry.count));
     json.EndObject();
@@ -98,9 +99,12 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("accepted").Integer(account.AtEnd().bytesAccepted);
   json.Key("discarded").Integer(account.AtEnd().bytesDiscarded);
   json.Key("queued").Integer(account.Queued());
+  json.Key("damaged").Integer(account.BytesDamaged());
   json.EndObject();
   json.Key("frames").BeginObject();
   json.Key("good").Integer(account.FramesGood());
+  json.Key("decoded").Integer(account.FramesDecoded());
+  json.Key("not_decoded").Integer(account.FramesGood() - account.FramesDecoded());
   json.Key("bad").Integer(account.FramesBad());
   json.Key("bad_percent").Number(account.BadPercent());
   json.Key("recovered_at_end").Integer(account.FramesGood() - account.AtEnd().framesGood);

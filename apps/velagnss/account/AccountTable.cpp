@@ -28,14 +28,21 @@ void AppendRest(std::string& table, std::uint64_t count, std::size_t shown) {
   if (count > shown) Line(table, "  and {} more", count - shown);
 }
 
-void AppendMessages(std::string& table, const C_StreamAccount& account) {
-  if (account.Messages().empty()) return;
-  Line(table, "\n  {:<10}{:<14}{:>10}{:>12}{:>10}", "protocol", "message", "count", "per second", "faults");
+// A message that has a decoder is shown as a decoded one, although all of its frames may be faulty.
+bool HasDecoder(const S_MessageCount& entry) { return entry.decoded > 0 || entry.faults > 0; }
+
+void AppendMessages(std::string& table, const C_StreamAccount& account, bool areDecoded) {
+  bool isFirst = true;
   for (const S_MessageCount& entry : account.Messages()) {
+    if (HasDecoder(entry) != areDecoded) continue;
+    if (isFirst && !areDecoded) Line(table, "\n  checked, but not decoded");
+    if (isFirst)
+      Line(table, "{}  {:<10}{:<16}{:>8}{:>12}{:>10}", areDecoded ? "\n" : "", "protocol", "message", "count",
+           "per second", areDecoded ? "faults" : "");
+    isFirst = false;
     const double rate = account.RateOf(entry.count);
-    Line(table, "  {:<10}{:<14}{:>10}{:>12}{:>10}", velagnss::ProtocolName(entry.protocol),
-         velagnss::MessageName(entry.protocol, entry.message).Text(), entry.count,
-         std::isnan(rate) ? "-" : fmt::format("{:.3f}", rate), entry.faults);
+    Line(table, "  {:<10}{:<16}{:>8}{:>12}{:>10}", velagnss::ProtocolName(entry.key.protocol), entry.name, entry.count,
+         std::isnan(rate) ? "-" : fmt::format("{:.3f}", rate), areDecoded ? fmt::format("{}", entry.faults) : "");
   }
 }
 
@@ -95,11 +102,16 @@ std::string AccountTable(const C_StreamAccount& account, bool isLong) {
   Line(table, "  {:<16}{:>14}  {:6.2f} %", "still queued", account.Queued(),
        Percent(account.Queued(), account.Bytes()));
   Line(table, "  {:<16}{:>14}", "frames good", account.FramesGood());
+  Line(table, "  {:<16}{:>14}", "decoded", account.FramesDecoded());
+  Line(table, "  {:<16}{:>14}", "not decoded", account.FramesGood() - account.FramesDecoded());
   Line(table, "  {:<16}{:>14}  {:6.2f} %", "frames damaged", account.FramesBad(), account.BadPercent());
+  Line(table, "  {:<16}{:>14}  {:6.2f} %", "bytes damaged", account.BytesDamaged(),
+       Percent(account.BytesDamaged(), account.Bytes()));
   Line(table, "  {:<16}{:>14}", "checksum errors", account.ChecksumErrors());
   Line(table, "  {:<16}{:>14}", "rejected starts", account.RejectedStarts());
   Line(table, "  {:<16}{:>14}", "skipped ranges", account.Skipped().Count());
-  AppendMessages(table, account);
+  AppendMessages(table, account, true);
+  AppendMessages(table, account, false);
   AppendTime(table, account, maxRows);
   AppendPosition(table, account);
   AppendIntegrity(table, account, maxRows);

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
+#include <tuple>
+
+#include "stream/Names.h"
 
 namespace Host {
 
@@ -18,16 +20,22 @@ void C_StreamAccount::BeginInput(const std::string& name) {
 void C_StreamAccount::OnFrame(const S_FrameRecord& record) {
   S_MessageCount& entry = CountOf(record.frame);
   ++entry.count;
+  const bool isDecoded =
+      record.decoded.depth == velagnss::Depth::Full || record.decoded.depth == velagnss::Depth::Partial;
+  if (isDecoded) ++entry.decoded;
+  if (isDecoded) ++m_framesDecoded;
   if (record.decoded.hasDataError) ++entry.faults;
   m_epochs.Note(record.frame.offset, record.clock.Seconds());
   m_position.Note(record.decoded.record);
 }
 
 S_MessageCount& C_StreamAccount::CountOf(const velagnss::Frame& frame) {
-  const auto found = std::find_if(m_messages.begin(), m_messages.end(), [&](const S_MessageCount& entry) {
-    return entry.protocol == frame.protocol && entry.message == frame.message;
-  });
-  return found != m_messages.end() ? *found : m_messages.emplace_back(S_MessageCount{frame.protocol, frame.message});
+  const S_MessageKey key = KeyOf(frame);
+  const auto found =
+      std::find_if(m_messages.begin(), m_messages.end(), [&](const S_MessageCount& entry) { return entry.key == key; });
+  if (found != m_messages.end()) return *found;
+  return m_messages.emplace_back(
+      S_MessageCount{key, std::string(velagnss::MessageName(frame).Text()), velagnss::MessageNumber(frame)});
 }
 
 void C_StreamAccount::OnRejection(const velagnss::RejectedStart& start) {
@@ -44,8 +52,9 @@ void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_atEnd = end.reader.TotalsAtFinish();
   m_framesGood = end.reader.Totals().framesGood;
   m_framesBad = end.reader.Totals().framesBad;
+  m_bytesDamaged = end.reader.Totals().bytesDiscarded;
   std::sort(m_messages.begin(), m_messages.end(), [](const S_MessageCount& a, const S_MessageCount& b) {
-    return std::pair(a.protocol, a.message) < std::pair(b.protocol, b.message);
+    return std::tie(a.key.protocol, a.key.type, a.name) < std::tie(b.key.protocol, b.key.type, b.name);
   });
 }
 

@@ -12,15 +12,18 @@
 #include "apps/velagnss/account/EpochSteps.h"
 #include "apps/velagnss/account/PositionSummary.h"
 #include "apps/velagnss/pipeline/RecordConsumer.h"
+#include "apps/velagnss/text/MessageNames.h"
 #include "apps/velagnss/text/TimeText.h"
 
 namespace Host {
 
 struct S_MessageCount {
-  C_RawDataMessage::eProtocols protocol;
-  unsigned int message;
+  S_MessageKey key;
+  std::string name;
+  std::optional<unsigned int> number;
   std::uint64_t count = 0;
-  std::uint64_t faults = 0;  // the checksum is right, but the contents cannot be decoded
+  std::uint64_t decoded = 0;  // in full or in part
+  std::uint64_t faults = 0;   // the checksum is right, but the contents cannot be decoded
 };
 
 struct S_FalseStart {
@@ -47,11 +50,15 @@ class C_StreamAccount : public C_RecordConsumer {
 
   std::uint64_t Bytes() const { return m_bytes; }
   std::uint64_t FramesGood() const { return m_framesGood; }
-  std::uint64_t FramesBad() const { return m_framesBad; }  // starts whose body failed
+  std::uint64_t FramesDecoded() const { return m_framesDecoded; }  // of the good ones; the others are only checked
+  std::uint64_t FramesBad() const { return m_framesBad; }          // starts whose body failed
 
   // When the input ended, before waiting bytes were searched again. Accepted, discarded and queued bytes add up to all.
   const velagnss::StreamTotals& AtEnd() const { return m_atEnd; }
   std::uint64_t Queued() const { return m_queued; }
+
+  // Bytes in no frame, those included that were searched again at the end.
+  std::uint64_t BytesDamaged() const { return m_bytesDamaged; }
 
   // Per cent of the frames found whose body was damaged; 0 when there were none.
   double BadPercent() const;
@@ -92,6 +99,8 @@ class C_StreamAccount : public C_RecordConsumer {
   velagnss::StreamTotals m_atEnd;
   std::uint64_t m_framesGood = 0;
   std::uint64_t m_framesBad = 0;
+  std::uint64_t m_framesDecoded = 0;
+  std::uint64_t m_bytesDamaged = 0;
 };
 
 // 100 * part / whole; 0 of nothing.

@@ -64,6 +64,8 @@ void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
       ->check(&CheckSearch);
   app.add_flag("--acks", stream.acknowledgements,
                "search for command acknowledgements, too; they have no checksum\nand swallow text up to the line end");
+  app.add_flag("--listed-only", stream.listedOnly,
+               "take checked sentences and RTCM messages that are not in the catalog for noise");
   app.add_option("--read-size", stream.input.readSize,
                  "bytes to read at once (default: 262144); the output does not depend on it")
       ->option_text("BYTES")
@@ -79,7 +81,7 @@ void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
 }
 
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
-  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed)};
+  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly};
 }
 
 void DeclareOutput(CLI::App& app, std::string& output) {

@@ -46,6 +46,7 @@ struct S_StreamArguments {
   S_InputOptions input;
   std::string search;  // protocols to look for
   bool acknowledgements = false;
+  bool listedOnly = false;
   std::string seed;  // empty or a text that `ParseSeed` understands
 };
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream);

@@ -38,7 +38,7 @@ void C_DecodeCommand::Declare(CLI::App& app) {
   app.add_option("--proto", m_protocols, "show only these protocols, named as for --search")
       ->option_text("LIST")
       ->allow_extra_args(false);
-  app.add_option("--msg", m_messages, "show only these messages: GGA,BIN95,1077, or one every 10 s: GGA:10")
+  app.add_option("--msg", m_messages, "show only these messages: GGA,PGRME,BIN95,1077, or one every 10 s: GGA:10")
       ->option_text("LIST")
       ->allow_extra_args(false);
   app.add_option("-n", m_lines.count, "stop after this many frames")
@@ -61,6 +61,7 @@ int C_DecodeCommand::Run() {
 }
 
 std::string C_DecodeCommand::FillFilter(C_MessageFilter& filter) const {
+  filter.AcceptUnlisted(!m_stream.listedOnly);
   for (const std::string& list : m_protocols)
     if (const std::optional<std::string> error = filter.AddProtocols(list)) return "--proto: " + *error;
   for (const std::string& list : m_messages)

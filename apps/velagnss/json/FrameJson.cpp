@@ -39,8 +39,8 @@ void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::Decod
   m_json.Key("offset").Integer(frame.offset);
   m_json.Key("length").Integer(frame.length);
   m_json.Key("protocol").String(velagnss::ProtocolName(frame.protocol));
-  m_json.Key("message").String(velagnss::MessageName(frame.protocol, frame.message).Text());
-  m_json.Key("number").IntegerOrNull(velagnss::MessageNumber(frame.message));
+  m_json.Key("message").String(velagnss::MessageName(frame).Text());
+  m_json.Key("number").IntegerOrNull(velagnss::MessageNumber(frame));
   if (decoded != nullptr) WriteDecoded(m_json, *decoded);
   if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});
   End();

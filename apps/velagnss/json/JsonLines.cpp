@@ -14,7 +14,7 @@ void C_JsonLines::BeginInput(const std::string& name) {
 void C_JsonLines::OnFrame(const S_FrameRecord& record) {
   const velagnss::Frame& frame = record.frame;
   if (record.decoded.hasDataError) ++m_dataErrors;
-  if (!m_options.filter.Passes(frame.protocol, frame.message, record.clock.Seconds())) return;
+  if (!m_options.filter.Passes(frame, record.clock.Seconds())) return;
   ++m_framesWritten;
   m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded);
 }

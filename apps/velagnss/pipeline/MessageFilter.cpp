@@ -45,7 +45,9 @@ std::optional<std::string> C_MessageFilter::AddMessage(std::string_view item) {
   double period = 0;
   if (colon != std::string_view::npos && !ParsePeriod(item.substr(colon + 1), period))
     return fmt::format("'{}': after ':' comes a period, a number of seconds, as in GGA:10", item);
-  const std::vector<S_MessageKey> keys = FindMessages(item.substr(0, colon));
+  std::vector<S_MessageKey> keys = FindMessages(item.substr(0, colon));
+  const auto unlisted = m_acceptsUnlisted ? FindUnlisted(item.substr(0, colon)) : std::nullopt;
+  if (unlisted) keys.push_back(*unlisted);
   if (keys.empty())
     return fmt::format("unknown message '{}'; give a name like GGA, BIN95 or HPR, or a number like 1077", item);
   for (const S_MessageKey& key : keys) m_rules.push_back({key, period, kNever});
@@ -57,11 +59,11 @@ void C_MessageFilter::Restart() {
   for (S_Rule& rule : m_rules) rule.lastPassed = kNever;
 }
 
-bool C_MessageFilter::Passes(C_RawDataMessage::eProtocols protocol, unsigned int messageType, double streamSeconds) {
-  if (m_isEmpty || m_protocols[protocol]) return true;
-  const unsigned int type = velagnss::MessageNumber(messageType).value_or(0);
+bool C_MessageFilter::Passes(const velagnss::Frame& frame, double streamSeconds) {
+  if (m_isEmpty || m_protocols[frame.protocol]) return true;
+  const S_MessageKey key = KeyOf(frame);
   for (S_Rule& rule : m_rules) {
-    if (!(rule.key == S_MessageKey{protocol, type})) continue;
+    if (!(rule.key == key)) continue;
     // After a step back in time the stream starts over: nothing comes too early then.
     if (streamSeconds > rule.lastPassed && streamSeconds < rule.lastPassed + rule.period - kTimeTolerance) continue;
     if (!std::isnan(streamSeconds)) rule.lastPassed = streamSeconds;

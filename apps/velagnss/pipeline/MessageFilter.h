@@ -23,6 +23,9 @@ class C_MessageFilter {
   std::optional<std::string> AddProtocols(std::string_view list);
   std::optional<std::string> AddMessages(std::string_view list);
 
+  // Whether `AddMessages` takes names of sentences that are not listed as well. On at first.
+  void AcceptUnlisted(bool on) { m_acceptsUnlisted = on; }
+
   // Ready for another stream, whose time begins anew.
   void Restart();
 
@@ -30,7 +33,7 @@ class C_MessageFilter {
   bool UsesTime() const { return m_usesTime; }
 
   // `streamSeconds`: the stream's time on any scale without jumps, NaN while there is none.
-  bool Passes(C_RawDataMessage::eProtocols protocol, unsigned int messageType, double streamSeconds);
+  bool Passes(const velagnss::Frame& frame, double streamSeconds);
 
  private:
   struct S_Rule {
@@ -43,6 +46,7 @@ class C_MessageFilter {
   std::array<bool, kNumProtocols> m_protocols{};
   std::vector<S_Rule> m_rules;
   bool m_isEmpty = true;
+  bool m_acceptsUnlisted = true;
   bool m_usesTime = false;
 };
 

@@ -9,6 +9,7 @@ C_RecordRun::C_RecordRun(const S_RunOptions& options, std::initializer_list<C_Re
       m_needsRecords(std::any_of(consumers.begin(), consumers.end(), [](auto* c) { return c->NeedsRecords(); })) {
   m_reader.DisableProtocol(C_RawDataMessage::eAllProtocols);
   for (const C_RawDataMessage::eProtocols protocol : options.search) m_reader.EnableProtocol(protocol);
+  m_reader.AcceptUnlisted(options.acceptsUnlisted);
   m_reader.ReportEvents(std::any_of(consumers.begin(), consumers.end(), [](auto* c) { return c->NeedsEvents(); }));
   if (options.seed) m_decoder.SeedTime(*options.seed);
 }

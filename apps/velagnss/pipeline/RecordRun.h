@@ -16,6 +16,7 @@ namespace Host {
 struct S_RunOptions {
   std::vector<C_RawDataMessage::eProtocols> search;  // protocols to look for
   std::optional<C_GnssTime> seed;                    // the user's
+  bool acceptsUnlisted = true;                       // checked frames that are not listed, too
 };
 
 // Each input is searched for frames, each frame is decoded once, and the consumers get both in their order.

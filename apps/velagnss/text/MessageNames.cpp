@@ -12,11 +12,31 @@ using eProtocols = C_RawDataMessage::eProtocols;
 
 char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
+bool IsLetter(char c) { return c >= 'A' && c <= 'Z'; }
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return ToUpper(x) == ToUpper(y); });
 }
 
 }  // namespace
+
+S_MessageKey KeyOf(const velagnss::Frame& frame) {
+  if (const auto number = velagnss::MessageNumber(frame)) return {frame.protocol, *number};
+  if (frame.protocol != C_RawDataMessage::eNMEA0183) return {frame.protocol, 0};
+  return {frame.protocol, C_RawDataMessage::eNmeaUnknown, std::string(velagnss::MessageName(frame).Text())};
+}
+
+std::optional<S_MessageKey> FindUnlisted(std::string_view name) {
+  constexpr std::size_t kFormatter = 3;
+  std::string upper(name);
+  std::transform(upper.begin(), upper.end(), upper.begin(), &ToUpper);
+  const bool isWord = std::all_of(upper.begin(), upper.end(), [](char c) { return IsLetter(c) || IsDigit(c); }) &&
+                      std::any_of(upper.begin(), upper.end(), &IsLetter);
+  const bool isProprietary = upper.size() > kFormatter && upper.front() == 'P';
+  if (!isWord || (upper.size() != kFormatter && !isProprietary)) return std::nullopt;
+  return S_MessageKey{C_RawDataMessage::eNMEA0183, C_RawDataMessage::eNmeaUnknown, upper};
+}
 
 std::string ProtocolNames() {
   std::string names;
