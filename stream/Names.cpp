@@ -133,6 +133,13 @@ std::string_view AddressOf(const Frame& frame) {
   return text.substr(0, text.find(','));
 }
 
+std::string_view UnlistedName(const Frame& frame) {
+  if (!IsUnlistedSentence(frame)) return {};
+  std::string_view name = AddressOf(frame);
+  if (name.size() == kAddress && name.front() != 'P') name.remove_prefix(kTalker);
+  return name;
+}
+
 unsigned int NumMessages(eProtocols protocol) {
   const S_ProtocolRow* const row = RowOf(protocol);
   return row != nullptr ? row->numMessages : 0;
@@ -153,13 +160,6 @@ MessageName::MessageName(eProtocols protocol, unsigned int message) {
   if (row->naming == eNaming::Numbered || row->naming == eNaming::ByNumber)
     end = textproto::NumberText::WriteInteger(end, message);
   m_size = static_cast<unsigned char>(end - m_text);
-}
-
-MessageName::MessageName(const Frame& frame) : MessageName(frame.protocol, frame.message) {
-  if (!IsUnlistedSentence(frame)) return;
-  std::string_view name = AddressOf(frame);
-  if (name.size() == kAddress && name.front() != 'P') name.remove_prefix(kTalker);
-  m_size = static_cast<unsigned char>(name.copy(m_text, sizeof m_text));
 }
 
 std::string_view ResultText(unsigned int result) {

@@ -29,6 +29,11 @@ VELAGNSS_API std::optional<unsigned int> MessageNumber(const Frame& frame);
 // of any other protocol than NMEA 0183. Points into the frame.
 VELAGNSS_API std::string_view AddressOf(const Frame& frame);
 
+// The name of a sentence that is not listed, "TXT", "VDM", "PGRME": the formatter where the address is a talker and a
+// formatter, five characters that do not begin with "P", otherwise the address. Empty for every other frame, which has
+// a `MessageName`. Points into the frame.
+VELAGNSS_API std::string_view UnlistedName(const Frame& frame);
+
 // Message numbers that frames of a protocol can have are those below this one; 1 where the protocol numbers none.
 VELAGNSS_API unsigned int NumMessages(C_RawDataMessage::eProtocols protocol);
 
@@ -40,11 +45,6 @@ VELAGNSS_API bool IsCalledByNumber(C_RawDataMessage::eProtocols protocol);
 class VELAGNSS_API MessageName {
  public:
   MessageName(C_RawDataMessage::eProtocols protocol, unsigned int message);
-
-  // Also of a sentence that is not listed: its formatter ("TXT", "VDM") if the address is one of a talker and a
-  // formatter, five characters that do not begin with "P"; otherwise the address ("PGRME"), of which the first 15
-  // characters are kept.
-  explicit MessageName(const Frame& frame);
   std::string_view Text() const { return {m_text, m_size}; }
 
  private:

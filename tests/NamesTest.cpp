@@ -47,6 +47,31 @@ const S_NameCase kNames[] = {
     {"SiteRecord", C_RawDataMessage::eJSITERECORD, 0xFFFFFFFF, "JSITERECORD"},
     {"NoProtocol", C_RawDataMessage::eNoProtocol, 1, ""},
 };
+struct S_UnlistedCase {
+  const char* name;
+  const char* sentence;
+  const char* address;
+  const char* text;
+};
+const S_UnlistedCase kUnlisted[] = {
+    {"Formatter", "$GPTXT,1*00", "GPTXT", "TXT"},
+    {"Encapsulated", "!AIVDM,1*00", "AIVDM", "VDM"},
+    {"Proprietary", "$PGRME,1*00", "PGRME", "PGRME"},
+    {"OtherAddress", "$PSTMANTENNASTATUS,0*00", "PSTMANTENNASTATUS", "PSTMANTENNASTATUS"},
+};
+TEST_ROWS(UnlistedNames, ComeFromTheAddress, kUnlisted, row) {
+  velagnss::Frame frame;
+  frame.data = reinterpret_cast<const unsigned char*>(row.sentence);
+  frame.length = static_cast<unsigned short>(std::string(row.sentence).size());
+  frame.protocol = C_RawDataMessage::eNMEA0183;
+  frame.message = C_RawDataMessage::eNmeaUnknown;
+  EXPECT_EQ(velagnss::AddressOf(frame), row.address);
+  EXPECT_EQ(velagnss::UnlistedName(frame), row.text);
+  EXPECT_EQ(velagnss::MessageNumber(frame), std::nullopt);
+  frame.message = C_RawDataMessage::eNmeaHDT;
+  EXPECT_EQ(velagnss::UnlistedName(frame), "");
+}
+
 TEST_ROWS(MessageNames, AreAsDocumented, kNames, row) {
   EXPECT_EQ(velagnss::MessageName(row.protocol, row.message).Text(), row.text);
 }

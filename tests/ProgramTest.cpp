@@ -46,7 +46,8 @@ const S_ExitCase kExits[] = {
     {"ReadSizeZero",        "velagnss stat --read-size 0 $S",                   2, "--read-size"},
     {"QuietAndVerbose",     "velagnss -q -v decode $S",                         2, "excludes"},
     {"UnknownProtocol",     "velagnss decode --proto ubx $S",                   2, "nmea"},
-    {"UnknownMessage",      "velagnss decode --msg GGX $S",                     2, "GGX"},
+    {"UnknownMessage",      "velagnss decode --msg GPGGX $S",                   2, "GPGGX"},
+    {"UnlistedMessage",     "velagnss decode --listed-only --msg GGX $S",       2, "GGX"},
     {"BadPeriod",           "velagnss decode --msg GGA:fast $S",                2, "GGA:10"},
     {"SeedWithoutSeconds",  "velagnss decode --seed 2300 $S",                   2, "2300:345600"},
     {"SeedBeyondTheWeek",   "velagnss decode --seed 2300:604800 $S",            2, "--seed"},
@@ -65,7 +66,7 @@ const S_ExitCase kExits[] = {
     {"StatNoise",           "head -c 1000 /dev/zero | velagnss stat",           1, "no frame in 1000 bytes"},
     {"TooBad",              "velagnss stat --max-bad 0.1 $S",                   1, "--max-bad"},
     {"NotTooBad",           "velagnss stat --max-bad 5 $S",                     0, kNone},
-    {"EncodesAll",          "velagnss decode --msg GGA,RMC $S | velagnss encode --strict", 0, kNone},
+    {"EncodesAll",          "velagnss decode --listed-only --msg GGA,RMC $S | velagnss encode --strict", 0, kNone},
     {"EncodeNames",         "printf '\\n[]\\n' | velagnss encode",                1, "standard input, line 2: not a JSON object"},
     {"EncodeNothing",       "velagnss decode --msg BIN95 $S | velagnss encode", 1, "objects skipped"},
     {"EncodeStrict",        "velagnss decode $S | velagnss encode --strict",    1, "line 5: protocol: \"bin\" is not encoded"},
@@ -210,7 +211,9 @@ const S_FilterCase kFilters[] = {
     {"ByNumber", "--msg 1005", {"RTCM1005"}, 17},
     {"ByProtocolAndMessage", "--proto site --msg 1006", {"JSITERECORD", "RTCM1006"}, 16 + 8},
     {"StopsAfter", "-n 3", {"GGA", "RMC", "ZDA"}, 3},
-    {"EnvelopeOnly", "--frames --msg RMC", {"RMC"}, 356},
+    {"EnvelopeOnly", "--frames --msg RMC", {"RMC"}, 357},
+    {"ListedOnly", "--listed-only --frames --msg RMC", {"RMC"}, 356},
+    {"Unlisted", "--msg xyz,pkvn", {"PKVN", "XYZ"}, 3},
 };
 TEST_ROWS_F(ProgramFilters, LetPass, Program, kFilters, row) {
   std::set<std::string> messages;
@@ -236,7 +239,7 @@ TEST_F(Program, PeriodKeepsWholeEpochs) {
 
 // Folded on the way are only the modes of a GNS of one system, and digits beyond those that the standard prints.
 TEST_F(Program, EncodesWhatItDecoded) {
-  Run("velagnss decode --msg GGA,GLL,GNS,GSA,GSV,RMC,VTG,ZDA $S > first; velagnss encode first > nmea");
+  Run("velagnss decode --listed-only --msg GGA,GLL,GNS,GSA,GSV,RMC,VTG,ZDA $S > first; velagnss encode first > nmea");
   const std::vector<json> first = Lines(Run("cat first").output);
   const std::vector<json> second = Lines(Run("velagnss decode nmea").output);
   ASSERT_EQ(first.size(), second.size());

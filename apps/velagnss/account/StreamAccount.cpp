@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <tuple>
+#include <utility>
 
 #include "stream/Names.h"
 
@@ -34,8 +35,9 @@ S_MessageCount& C_StreamAccount::CountOf(const velagnss::Frame& frame) {
   const auto found =
       std::find_if(m_messages.begin(), m_messages.end(), [&](const S_MessageCount& entry) { return entry.key == key; });
   if (found != m_messages.end()) return *found;
-  return m_messages.emplace_back(
-      S_MessageCount{key, std::string(velagnss::MessageName(frame).Text()), velagnss::MessageNumber(frame)});
+  std::string name = key.name;
+  if (name.empty()) name = velagnss::MessageName(frame.protocol, frame.message).Text();
+  return m_messages.emplace_back(S_MessageCount{key, std::move(name), velagnss::MessageNumber(frame)});
 }
 
 void C_StreamAccount::OnRejection(const velagnss::RejectedStart& start) {

@@ -39,7 +39,9 @@ void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::Decod
   m_json.Key("offset").Integer(frame.offset);
   m_json.Key("length").Integer(frame.length);
   m_json.Key("protocol").String(velagnss::ProtocolName(frame.protocol));
-  m_json.Key("message").String(velagnss::MessageName(frame).Text());
+  const std::string_view unlisted = velagnss::UnlistedName(frame);
+  const velagnss::MessageName listed(frame.protocol, frame.message);
+  m_json.Key("message").String(unlisted.empty() ? listed.Text() : unlisted);
   m_json.Key("number").IntegerOrNull(velagnss::MessageNumber(frame));
   if (decoded != nullptr) WriteDecoded(m_json, *decoded);
   if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});

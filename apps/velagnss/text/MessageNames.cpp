@@ -22,9 +22,9 @@ bool EqualIgnoringCase(std::string_view a, std::string_view b) {
 }  // namespace
 
 S_MessageKey KeyOf(const velagnss::Frame& frame) {
-  if (const auto number = velagnss::MessageNumber(frame)) return {frame.protocol, *number};
-  if (frame.protocol != C_RawDataMessage::eNMEA0183) return {frame.protocol, 0};
-  return {frame.protocol, C_RawDataMessage::eNmeaUnknown, std::string(velagnss::MessageName(frame).Text())};
+  const std::string_view unlisted = velagnss::UnlistedName(frame);
+  if (!unlisted.empty()) return {frame.protocol, frame.message, std::string(unlisted)};
+  return {frame.protocol, velagnss::MessageNumber(frame).value_or(0)};
 }
 
 std::optional<S_MessageKey> FindUnlisted(std::string_view name) {
