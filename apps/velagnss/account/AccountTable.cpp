@@ -32,17 +32,20 @@ void AppendRest(std::string& table, std::uint64_t count, std::size_t shown) {
 bool HasDecoder(const S_MessageCount& entry) { return entry.decoded > 0 || entry.faults > 0; }
 
 void AppendMessages(std::string& table, const C_StreamAccount& account, bool areDecoded) {
+  const auto faults = [areDecoded](const auto& text) {
+    return areDecoded ? fmt::format("{:>10}", text) : std::string();
+  };
   bool isFirst = true;
   for (const S_MessageCount& entry : account.Messages()) {
     if (HasDecoder(entry) != areDecoded) continue;
-    if (isFirst && !areDecoded) Line(table, "\n  checked, but not decoded");
-    if (isFirst)
-      Line(table, "{}  {:<10}{:<16}{:>8}{:>12}{:>10}", areDecoded ? "\n" : "", "protocol", "message", "count",
-           "per second", areDecoded ? "faults" : "");
+    if (isFirst) {
+      Line(table, "{}", areDecoded ? "" : "\n  checked, but not decoded");
+      Line(table, "  {:<10}{:<16}{:>8}{:>12}{}", "protocol", "message", "count", "per second", faults("faults"));
+    }
     isFirst = false;
     const double rate = account.RateOf(entry.count);
-    Line(table, "  {:<10}{:<16}{:>8}{:>12}{:>10}", velagnss::ProtocolName(entry.key.protocol), entry.name, entry.count,
-         std::isnan(rate) ? "-" : fmt::format("{:.3f}", rate), areDecoded ? fmt::format("{}", entry.faults) : "");
+    Line(table, "  {:<10}{:<16}{:>8}{:>12}{}", velagnss::ProtocolName(entry.key.protocol), entry.name, entry.count,
+         std::isnan(rate) ? "-" : fmt::format("{:.3f}", rate), faults(entry.faults));
   }
 }
 
