@@ -41,6 +41,9 @@ void C_FrameRecognizer::ResetFrameScanProc() { m_core->ResetFrameScanProc(); }
 unsigned short C_FrameRecognizer::GetMaxFrameLength() const { return m_core->GetMaxFrameLength(); }
 unsigned int C_FrameRecognizer::GetFreeSpace() const { return m_core->GetFreeSpace(); }
 unsigned int C_FrameRecognizer::GetQueuedBytes() const { return m_core->GetQueuedBytes(); }
+unsigned int C_FrameRecognizer::CopyQueuedBytes(unsigned char* out, unsigned int room) const {
+  return m_core->CopyQueuedBytes(out, room);
+}
 const S_RecognizerStatistics* C_FrameRecognizer::GetStatistics() const { return m_core->GetStatistics(); }
 
 bool C_FrameRecognizer::IsAFrameStartChar(unsigned char byte) const { return m_core->IsAFrameStartChar(byte); }

@@ -27,6 +27,9 @@ class C_QueueWindow {
   // Queues bytes; where they do not fit, the ring's overflow policy holds.
   void Add(const unsigned char* bytes, unsigned int count) { m_ring.QueueNItems(bytes, count); }
 
+  // Copies the oldest bytes, `room` at most, and returns how many. A null pointer gets none.
+  unsigned int Copy(unsigned char* out, unsigned int room) { return out == nullptr ? 0 : m_ring.PeekNItems(out, room); }
+
   // Removes the oldest bytes; `count` is at most Queued().
   void Drop(unsigned int count) {
     m_ring.FlushItems(count);

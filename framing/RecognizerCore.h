@@ -38,6 +38,7 @@ class C_RecognizerCore {
   unsigned short GetMaxFrameLength() const { return m_maxFrameLength; }
   unsigned int GetFreeSpace() const { return m_queue.FreeSpace(); }
   unsigned int GetQueuedBytes() const { return m_queue.Queued(); }
+  unsigned int CopyQueuedBytes(unsigned char* out, unsigned int room) { return m_queue.Copy(out, room); }
   const S_RecognizerStatistics* GetStatistics() const { return m_keepsStatistics ? &m_counters : nullptr; }
 
   bool IsAFrameStartChar(unsigned char byte) const { return m_starts.CanStart(byte); }

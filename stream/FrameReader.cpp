@@ -24,8 +24,8 @@ StreamTotals operator+(const StreamTotals& a, const StreamTotals& b) {
           a.framesBad + b.framesBad};
 }
 
-// The bytes of the stream that can still be looked at: the piece that is being read, and before it those that the
-// recognizer held when the piece came.
+// The bytes of the stream that events can show: the piece that is being read, and before it those that the recognizer
+// held when the piece came.
 class Window {
  public:
   explicit Window(std::size_t capacity) : m_capacity(capacity), m_kept(new unsigned char[2 * capacity]) {}
@@ -55,8 +55,6 @@ class Window {
     m_pieceOffset += m_pieceSize;
     m_pieceSize = 0;
   }
-
-  const unsigned char* Kept() const { return &m_kept[m_first]; }
 
   // Copies the bytes of the stream in [from, to), as far as there is room for them; returns how many.
   std::size_t Copy(std::uint64_t from, std::uint64_t to, unsigned char* out, std::size_t room) const {
@@ -121,7 +119,7 @@ class FrameReader::Impl {
   void Restart();
 
   StreamTotals Totals() const { return m_totals + GrowthOf(*m_recognizer.GetStatistics(), m_counted); }
-  std::uint64_t Queued() const { return m_capacity - m_recognizer.GetFreeSpace(); }
+  std::uint64_t Queued() const { return m_recognizer.GetQueuedBytes(); }
   std::uint64_t Head() const { return m_fed - Queued(); }  // offset of the oldest byte queued
 
   C_FrameRecognizer m_recognizer{nullptr, eCircBufOvrflowRejectNew, true};
@@ -135,7 +133,9 @@ class FrameReader::Impl {
   bool TakePiece();
   bool GiveUpOneByte();
   void Step(const unsigned char* bytes, std::size_t count);
-  void NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds);
+  void StepAndReport(const unsigned char* bytes, std::size_t count);
+  void Note(eRecognitionResult result, std::size_t count);
+  void NoteSkipped(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds);
   void NoteFrame();
   void NoteRejection(eRecognitionResult result, std::uint64_t offset);
   void CloseSkippedRun();
@@ -143,7 +143,7 @@ class FrameReader::Impl {
   void TakeCounters();
   void ResetRecognizer(std::uint64_t offset);
 
-  const std::size_t m_capacity;  // of the recognizer's queue
+  const unsigned int m_capacity;  // of the recognizer's queue
   std::unique_ptr<unsigned char[]> m_buffer;
   C_RawDataMessage m_message;
 
@@ -230,7 +230,7 @@ bool FrameReader::Impl::Advance() {
 // Hands as many bytes to the recognizer as it can queue.
 bool FrameReader::Impl::TakePiece() {
   if (m_restSize == 0) {
-    m_window.Keep(Queued());
+    if (m_areEventsReported) m_window.Keep(Queued());
     return false;
   }
   const std::size_t count = std::min<std::size_t>(m_restSize, m_recognizer.GetFreeSpace());
@@ -258,24 +258,33 @@ bool FrameReader::Impl::GiveUpOneByte() {
     m_skipped.Extend(head, head + 1, m_window);
     m_skipped.SetReason(SkippedRange::Reason::EndOfStream);
   }
-  std::copy_n(m_window.Kept() + 1, queued - 1, m_tail.get());
+  m_recognizer.CopyQueuedBytes(m_tail.get(), m_capacity);
   ResetRecognizer(head + 1);
   ++m_totals.bytesDiscarded;
-  m_rest = m_tail.get();
+  m_rest = m_tail.get() + 1;
   m_restSize = queued - 1;
   m_window.SetPiece(m_rest, m_restSize);
   return true;
 }
 
 void FrameReader::Impl::Step(const unsigned char* bytes, std::size_t count) {
-  const std::uint64_t before = m_areEventsReported ? Head() : 0;
+  if (m_areEventsReported) return StepAndReport(bytes, count);
+  Note(m_recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), m_message), count);
+}
+
+void FrameReader::Impl::StepAndReport(const unsigned char* bytes, std::size_t count) {
+  const std::uint64_t before = Head();
   const unsigned int acceptedBefore = m_recognizer.GetStatistics()->bytesAccepted;
   const eRecognitionResult result = m_recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), m_message);
+  Note(result, count);
+  if (result == eRecFrameComplete) return;
+  NoteSkipped(result, before, Growth(m_recognizer.GetStatistics()->bytesAccepted, acceptedBefore));
+}
+
+void FrameReader::Impl::Note(eRecognitionResult result, std::size_t count) {
   m_fed += count;
   if (result == eRecNoNewData) m_isPumping = false;
-  if (result == eRecFrameComplete) return NoteFrame();
-  if (m_areEventsReported)
-    NoteStep(result, before, Growth(m_recognizer.GetStatistics()->bytesAccepted, acceptedBefore));
+  if (result == eRecFrameComplete) NoteFrame();
 }
 
 // The frame is what has just left the queue.
@@ -285,7 +294,7 @@ void FrameReader::Impl::NoteFrame() {
 }
 
 // What left the queue without a frame: first line ends that belong to the frame before, then what is skipped.
-void FrameReader::Impl::NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds) {
+void FrameReader::Impl::NoteSkipped(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds) {
   const std::uint64_t head = Head();
   if (before + lineEnds == head) return;
   m_skipped.Extend(before + lineEnds, head, m_window);
