@@ -11,14 +11,15 @@ set(rows
   "${leaves}\\."    "${leaves}\\."
   "binproto/"       "binproto/|records/|geo/|${leaves}\\."
   "textproto/"      "textproto/|records/|geo/|${leaves}\\."
+  "rtcm3/"          "rtcm3/|records/|geo/|${leaves}\\."
   "framing/"        "framing/|binproto/|textproto/|records/|geo/"
-  "stream/"         "stream/|framing/|binproto/|textproto/|records/|geo/"
+  "stream/"         "stream/|framing/|binproto/|textproto/|rtcm3/|records/|geo/"
   "apps/"           "apps/|public"
   "examples/"       "public")
 
 # Headers that are installed, from the lists that the build installs by.
 set(public)
-foreach(folder stream framing binproto textproto geo records)
+foreach(folder stream framing binproto textproto rtcm3 geo records)
   file(READ ${ROOT}/${folder}/CMakeLists.txt lists)
   string(REGEX MATCH "PUBLIC_HEADERS([^A-Z_]|[A-Z][a-zA-Z0-9_]*\\.h)*" headers "${lists}")
   string(REGEX MATCHALL "[A-Za-z0-9_]+\\.h" headers "${headers}")
@@ -43,8 +44,8 @@ function(floor_of file result)
 endfunction()
 
 set(faults 0)
-file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/framing/* ${ROOT}/binproto/* ${ROOT}/textproto/* ${ROOT}/geo/*
-  ${ROOT}/records/* ${ROOT}/stream/* ${ROOT}/apps/* ${ROOT}/examples/*)
+file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/framing/* ${ROOT}/binproto/* ${ROOT}/textproto/* ${ROOT}/rtcm3/*
+  ${ROOT}/geo/* ${ROOT}/records/* ${ROOT}/stream/* ${ROOT}/apps/* ${ROOT}/examples/*)
 list(FILTER files INCLUDE REGEX "\\.(h|cpp)$")
 foreach(file ${files})
   floor_of(${file} allowed)

@@ -1,0 +1,49 @@
+// What the two kinds of observation messages have in common.
+//
+// Internal. Ranges are put together in integers or in exact doubles and rounded once, when they become metres or
+// cycles.
+#ifndef VELAGNSS_RTCM3_OBSERVATIONS_H
+#define VELAGNSS_RTCM3_OBSERVATIONS_H
+
+#include "rtcm3/Rtcm3Records.h"
+#include "rtcm3/Signals.h"
+#include "rtcm3/State.h"
+
+namespace velagnss::rtcm3 {
+
+inline constexpr double kMetresPerMs = 299792.458;  // the way of light in a millisecond: exact, RTCM 10403
+
+// The carrier of a signal of a satellite, in kHz; 0 if it is not known.
+inline double KilohertzOf(const Signal& signal, signed char channel) {
+  if (signal.kilohertzPerChannel == 0) return signal.kilohertz;
+  return IsNotAvailable(channel) ? 0 : signal.kilohertz + signal.kilohertzPerChannel * channel;
+}
+
+// Names a signal of satellite `index`, all values not available.
+inline void BeginSignal(const Signal& signal, double kilohertz, unsigned int index, Rtcm3Signal& out) {
+  SetEmpty_IFGnssObsData(out.data, 1);
+  out.data.Frequency = signal.frequency;
+  out.data.TrackType = signal.trackType;
+  out.satellite = static_cast<unsigned char>(index);
+  std::copy(std::begin(signal.code), std::end(signal.code), out.code);
+  if (kilohertz != 0) out.frequency = kilohertz * 1000;
+}
+
+// Resolves the time of an epoch, which becomes the known one.
+inline void NoteEpoch(State& state, TimeField field, Rtcm3Time& time) {
+  const auto resolved = state.clock.Resolve(field, time.sent, time.dayOfWeek);
+  if (!resolved) return;
+  state.clock.Describe(*resolved, time);
+  state.clock.Advance(*resolved);
+}
+
+// Notes the lock of a signal.
+inline void NoteLock(State& state, const LockHistory::Observation& observation, const LockTime& lock,
+                     Rtcm3Signal& out) {
+  if (lock.isKnown) out.lockTime = static_cast<double>(lock.least) / static_cast<double>(kSecond);
+  out.lock = state.locks.Note(observation, lock);
+}
+
+}  // namespace velagnss::rtcm3
+
+#endif  // VELAGNSS_RTCM3_OBSERVATIONS_H
