@@ -289,7 +289,7 @@ unsigned int ResolveWeeks(EpochClock& clock, const KeplerSystem& row, Rtcm3Keple
   eph.ToeWeek = static_cast<std::uint16_t>(toeWeek);
   eph.TocWeek = static_cast<std::uint16_t>(WeekOfClock(toeWeek, eph.Toe, eph.Toc));
   if (!isKnown) return eResultNoSeed;
-  clock.NoteReference(toeWeek * kWeek + static_cast<std::int64_t>(eph.Toe) * kSecond);
+  if (eph.SvHealth == 0) clock.NoteReference(toeWeek * kWeek + static_cast<std::int64_t>(eph.Toe) * kSecond);
   return eResultOk;
 }
 
@@ -404,7 +404,7 @@ void SetWeekAndTime(std::int64_t time, std::uint16_t& week, double& seconds) {
   seconds = static_cast<double>(time % kWeek) / static_cast<double>(kSecond);
 }
 
-void ResolveTimes(EpochClock& clock, std::optional<std::int64_t> reference, Rtcm3PvaEphemeris& out) {
+void SetTimes(std::optional<std::int64_t> reference, Rtcm3PvaEphemeris& out) {
   P& eph = out.ephemeris;
   const std::int64_t frame = TimeOfFrame(out.frameTimeSent);
   if (!reference) {  // times of an unknown day
@@ -414,7 +414,6 @@ void ResolveTimes(EpochClock& clock, std::optional<std::int64_t> reference, Rtcm
   }
   SetWeekAndTime(*reference, eph.RefWeek, eph.RefTime);
   SetWeekAndTime(Nearest(*reference, frame, kDay), eph.FrameWeek, eph.FrameTime);
-  clock.NoteReference(clock.GlonassToGps(*reference));
 }
 
 }  // namespace
@@ -456,7 +455,7 @@ unsigned int DecodeGlonassEphemeris(State& state, BitReader& reader, unsigned in
     state.channels.Set(message.slot, eph.FreqChannel);
   }
   const auto reference = ReferenceTime(state.clock, eph);
-  ResolveTimes(state.clock, reference, out);
+  SetTimes(reference, out);
   return reference ? eResultOk : eResultNoSeed;
 }
 

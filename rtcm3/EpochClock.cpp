@@ -7,11 +7,12 @@ namespace velagnss::rtcm3 {
 namespace {
 
 constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
+constexpr unsigned int kMjdOfRtcm3 = 53005;     // 1 January 2004: no message is older
 constexpr std::int64_t kGlonassAhead = 3 * 3600 * kSecond;
 constexpr std::int64_t kBeidouBehind = 14 * kSecond;  // BeiDou time - GPS time (BDS-SIS-ICD, 3.3)
 constexpr std::uint32_t kSecondsPerDay = 86400;
 
-// GPS time - UTC since the first day of each row (IERS Bulletin C). RTCM 3 dates from 2004.
+// GPS time - UTC since the first day of each row (IERS Bulletin C).
 struct LeapRow {
   unsigned int mjd;
   unsigned char seconds;
@@ -70,14 +71,15 @@ void EpochClock::Seed(const C_GnssTime& time) {
 }
 
 void EpochClock::NoteUtc(unsigned int mjd, std::uint32_t secondOfDay) {
-  if (m_isSeeded || mjd < kMjdOfGpsEpoch || secondOfDay > kSecondsPerDay) return;
+  if (m_isSeeded || mjd < kMjdOfRtcm3 || secondOfDay > kSecondsPerDay) return;
   const std::int64_t day = mjd - kMjdOfGpsEpoch;
   m_now = day * kDay + secondOfDay * kSecond + LeapOfDay(day);
   m_known = Known::Date;
 }
 
 void EpochClock::NoteReference(std::int64_t time) {
-  if (m_known == Known::Date) return;
+  constexpr std::int64_t kEarliest = (kMjdOfRtcm3 - kMjdOfGpsEpoch) * kDay;
+  if (m_known == Known::Date || time < kEarliest) return;
   m_now = m_known == Known::SecondsOfWeek ? Nearest(time, m_now, kWeek) : time;
   m_known = Known::Date;
 }

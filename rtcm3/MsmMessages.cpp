@@ -240,9 +240,9 @@ void MsmEpoch::PutTogether(const C& sent, const Rtcm3Satellite& satellite, doubl
   constexpr double kRatesInOne = 10000;               // units of the fine rate in 1 m/s
   constexpr double kLightSpeed = 299'792'458.0 * 10;  // units of the fine rate, times Hz in a kHz
   if (!IsNotAvailable(satellite.roughRange)) {
-    if (!IsNotAvailable(sent.range)) out.data.Pseudorange = (satellite.roughRange + sent.range) * kMetresPerMs;
+    if (!IsNotAvailable(sent.range)) out.data.Pseudorange = MetresOf(satellite.roughRange + sent.range);
     if (!IsNotAvailable(sent.phase)) {
-      out.phaseRange = (satellite.roughRange + sent.phase) * kMetresPerMs;
+      out.phaseRange = MetresOf(satellite.roughRange + sent.phase);
       if (kilohertz != 0) out.data.CarrierPhase = (satellite.roughRange + sent.phase) * kilohertz;
     }
   }

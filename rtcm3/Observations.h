@@ -11,7 +11,20 @@
 
 namespace velagnss::rtcm3 {
 
-inline constexpr double kMetresPerMs = 299792.458;  // the way of light in a millisecond: exact, RTCM 10403
+// The way of light in a millisecond, m (RTCM 10403). Not a double: its parts are, of which the first two have no more
+// than 14 bits.
+inline constexpr double kMetresPerMs = 299792.458;
+inline constexpr double kMetresPerMsParts[] = {299776, 16.45703125, 0.00096875};
+
+// Metres of a range in light-milliseconds of at most 39 bits, rounded once: the products with the first two parts are
+// exact, and so is what their sum loses.
+inline double MetresOf(double ms) {
+  const double coarse = ms * kMetresPerMsParts[0];
+  const double middle = ms * kMetresPerMsParts[1];
+  const double sum = coarse + middle;
+  const double lost = middle - (sum - coarse);
+  return sum + (lost + ms * kMetresPerMsParts[2]);
+}
 
 // The carrier of a signal of a satellite, in kHz; 0 if it is not known.
 inline double KilohertzOf(const Signal& signal, signed char channel) {

@@ -36,10 +36,11 @@ struct Rtcm3Decoded {
 // allocates memory in its constructor only, throws nothing later, and looks at no clock and no locale.
 //
 // Time. Weeks come modulo 1024 or not at all, days of GLONASS often not at all. They are resolved to be nearest to a
-// known time: at first that of `SeedTime`, then that of the latest observations. Without a seed the first date of the
-// stream takes its place: 1013, 1029 or an ephemeris of GLONASS, BeiDou or Galileo. So a seed has to lie within
-// 9.8 years of the data for the weeks of ephemerides, within half a week for those of observations, and within half a
-// day for GLONASS observations without a day of week; gaps in the stream have to be shorter than that too.
+// known time: at first that of `SeedTime`, then that of the latest observations. Without a seed the dates of the stream
+// take its place: those of 1013 and 1029, or of the first ephemeris of a healthy BeiDou or Galileo satellite, whose
+// weeks do not repeat. So a seed has to lie within 9.8 years of the data for the weeks of ephemerides, within half a
+// week for those of observations, and within half a day for GLONASS observations without a day of week; gaps in the
+// stream have to be shorter than that too.
 class VELAGNSS_API Rtcm3Decoder {
  public:
   Rtcm3Decoder();

@@ -145,7 +145,7 @@ enum class Rtcm3Lock : unsigned char {
 // A satellite of an epoch.
 struct Rtcm3Satellite {
   ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;  // SBAS for the SBAS satellites in messages of GPS
-  unsigned char svId = NA_U8;        // GPS, Galileo, BeiDou, NavIC number; GLONASS slot, 0 unknown; SBAS, QZSS PRN
+  unsigned char svId = NA_U8;        // GPS, Galileo, BeiDou, NavIC number; GLONASS slot, if known; SBAS, QZSS PRN
   unsigned char number = NA_U8;      // as sent: position in the mask from 1, or the satellite field
   signed char channel = NA_CHANNEL;  // GLONASS frequency channel; from this or from an earlier message
   unsigned char extended = NA_U8;    // extended information of MSM5 and MSM7, as sent
