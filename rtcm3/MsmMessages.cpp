@@ -56,29 +56,49 @@ constexpr Field<C> kLockHigh  = {407, 10, kUnsigned, {},             Store<&C::l
 constexpr Field<C> kStrengthHigh = {408, 10, kUnsigned, Times(0x1p-4), StoreUnless<&C::strength, 0>};
 constexpr Field<C> kHalf      = {420,  1, kUnsigned, {},             Store<&C::half>};
 
-// One of the seven kinds: its columns, up to the first that is null.
+// A column as the kinds of message hold it: read as a whole, so that the loop knows its field.
+template <class Row>
+struct Column {
+  unsigned int bits = 0;
+  void (*read)(BitReader& reader, unsigned int count, Row* rows) = nullptr;
+};
+template <const auto& F, class Row>
+void ReadColumn(BitReader& reader, unsigned int count, Row* rows) {
+  for (unsigned int i = 0; i < count; ++i) ReadField(F, reader, rows[i]);
+}
+template <const Field<S>& F>
+constexpr Column<S> kSat = {F.bits, &ReadColumn<F, S>};
+template <const Field<C>& F>
+constexpr Column<C> kCell = {F.bits, &ReadColumn<F, C>};
+
+// One of the seven kinds: its columns, up to the first that is empty.
 struct MsmKind {
-  std::array<const Field<S>*, 5> satellite;
-  std::array<const Field<C>*, 7> cell;
+  std::array<Column<S>, 5> satellite;
+  std::array<Column<C>, 7> cell;
+  bool hasWholeRange;
   t_LockTime lockTime;  // null: no lock and no half-cycle flag
 };
 constexpr MsmKind kKinds[] = {
-    {{&kRest},                                {&kRange},                                       nullptr},
-    {{&kRest},                                {&kPhase, &kLock, &kHalf},                       &LockTimeOfMsm},
-    {{&kRest},                                {&kRange, &kPhase, &kLock, &kHalf},              &LockTimeOfMsm},
-    {{&kWhole, &kRest},                       {&kRange, &kPhase, &kLock, &kHalf, &kStrength},  &LockTimeOfMsm},
-    {{&kWhole, &kExtended, &kRest, &kRate},   {&kRange, &kPhase, &kLock, &kHalf, &kStrength, &kFineRate},
-                                                                                               &LockTimeOfMsm},
-    {{&kWhole, &kRest},                       {&kRangeHigh, &kPhaseHigh, &kLockHigh, &kHalf, &kStrengthHigh},
-                                                                                               &LockTimeOfMsmHigh},
-    {{&kWhole, &kExtended, &kRest, &kRate},   {&kRangeHigh, &kPhaseHigh, &kLockHigh, &kHalf, &kStrengthHigh, &kFineRate},
-                                                                                               &LockTimeOfMsmHigh},
+    {{kSat<kRest>},
+     {kCell<kRange>}, false, nullptr},
+    {{kSat<kRest>},
+     {kCell<kPhase>, kCell<kLock>, kCell<kHalf>}, false, &LockTimeOfMsm},
+    {{kSat<kRest>},
+     {kCell<kRange>, kCell<kPhase>, kCell<kLock>, kCell<kHalf>}, false, &LockTimeOfMsm},
+    {{kSat<kWhole>, kSat<kRest>},
+     {kCell<kRange>, kCell<kPhase>, kCell<kLock>, kCell<kHalf>, kCell<kStrength>}, true, &LockTimeOfMsm},
+    {{kSat<kWhole>, kSat<kExtended>, kSat<kRest>, kSat<kRate>},
+     {kCell<kRange>, kCell<kPhase>, kCell<kLock>, kCell<kHalf>, kCell<kStrength>, kCell<kFineRate>}, true, &LockTimeOfMsm},
+    {{kSat<kWhole>, kSat<kRest>},
+     {kCell<kRangeHigh>, kCell<kPhaseHigh>, kCell<kLockHigh>, kCell<kHalf>, kCell<kStrengthHigh>}, true, &LockTimeOfMsmHigh},
+    {{kSat<kWhole>, kSat<kExtended>, kSat<kRest>, kSat<kRate>},
+     {kCell<kRangeHigh>, kCell<kPhaseHigh>, kCell<kLockHigh>, kCell<kHalf>, kCell<kStrengthHigh>, kCell<kFineRate>}, true, &LockTimeOfMsmHigh},
 };
 
 template <class Columns>
 constexpr unsigned int BitsOfColumns(const Columns& columns) {
   unsigned int bits = 0;
-  for (const auto* const column : columns) bits += column != nullptr ? column->bits : 0;
+  for (const auto& column : columns) bits += column.bits;
   return bits;
 }
 static_assert(BitsOfColumns(kKinds[4].satellite) == 36 && BitsOfColumns(kKinds[4].cell) == 63);
@@ -129,12 +149,10 @@ struct Positions {
   }
 };
 
-template <class Columns, class Rows>
-void ReadColumns(const Columns& columns, unsigned int count, BitReader& reader, Rows& rows) {
-  for (const auto* const column : columns) {
-    if (column == nullptr) return;
-    for (unsigned int i = 0; i < count; ++i) ReadField(*column, reader, rows[i]);
-  }
+template <class Columns, class Row>
+void ReadColumns(const Columns& columns, unsigned int count, BitReader& reader, Row* rows) {
+  for (const auto& column : columns)
+    if (column.read != nullptr) column.read(reader, count, rows);
 }
 
 class MsmEpoch {
@@ -186,8 +204,8 @@ unsigned int MsmEpoch::Read(BitReader& reader) {
     return eResultPastEnd;
   std::array<S, O::kMaxSatellites> satellite;
   std::array<C, kMaxCells> cell;
-  ReadColumns(m_kind.satellite, satellites.count, reader, satellite);
-  ReadColumns(m_kind.cell, numCells, reader, cell);
+  ReadColumns(m_kind.satellite, satellites.count, reader, satellite.data());
+  ReadColumns(m_kind.cell, numCells, reader, cell.data());
 
   NoteEpoch(m_state, m_system.timeField, m_out.time);
   m_out.numSatellites = static_cast<unsigned char>(satellites.count);
@@ -207,9 +225,8 @@ void MsmEpoch::AddSatellite(const S& sent, unsigned int number, Rtcm3Satellite& 
   out.number = static_cast<unsigned char>(number);
   out.svId = static_cast<unsigned char>(number + m_system.satelliteOffset);
   out.extended = sent.extended;
-  const bool hasWhole = m_kind.satellite[0] == &kWhole;
-  if (!hasWhole) out.roughRange = sent.rest;
-  if (hasWhole && !IsNotAvailable(sent.whole)) out.roughRange = sent.whole + sent.rest;
+  if (!m_kind.hasWholeRange) out.roughRange = sent.rest;
+  if (m_kind.hasWholeRange && !IsNotAvailable(sent.whole)) out.roughRange = sent.whole + sent.rest;
   out.roughRate = sent.rate;
   if (m_system.system != ALGO::GNSS_GLONASS) return;
   if (sent.extended <= kLastChannel) m_state.channels.Set(number, static_cast<signed char>(sent.extended - 7));
@@ -258,12 +275,11 @@ unsigned int DecodeMsm(State& state, BitReader& reader, unsigned int number, Rtc
   constexpr unsigned int kFirst = 1070;
   const MsmSystem& system = kMsmSystems[(number - kFirst) / 10];
   const unsigned int kind = number % 10;
-  constexpr unsigned int kFirstWithWholeRanges = 4;
   auto& out = record.emplace<Rtcm3Observations>();
   out.message = static_cast<unsigned short>(number);
   out.system = system.system;
   out.msm = static_cast<unsigned char>(kind);
-  if (kind < kFirstWithWholeRanges) out.rangeModulus = kMetresPerMs;
+  if (!kKinds[kind - 1].hasWholeRange) out.rangeModulus = kMetresPerMs;
   const bool isRead = ReadFields<kStation>(reader, out) &&
                       (system.timeField == TimeField::GlonassDay ? ReadFields<kGlonassTime>(reader, out)
                                                                  : ReadFields<kTimeOfWeek>(reader, out)) &&
