@@ -161,6 +161,95 @@ TEST(Rtcm3Kepler, WhatIsNotAvailable) {
   EXPECT_EQ(Rtcm3Payloads(kSeed).Result(Message(fields)), eResultOutOfRange);
 }
 
+// --- Weeks and days -------------------------------------------------------------------------------------------------
+
+struct S_WeekCase {
+  const char* name;
+  unsigned int seedWeek;  // 0: no seed
+  double seedSeconds;
+  std::int64_t weekSent, toe, toc;  // times in 16 s
+  unsigned int result;
+  int txWeek, toeWeek, tocWeek;
+};
+constexpr std::int64_t kTwoHoursBeforeEnd = 597600 / 16;
+const S_WeekCase kWeeks[] = {
+    {"NoSeed", 0, 0, 266, 0, 0, eResultNoSeed, 266, 266, 266},
+    {"NineYearsLater", 2314 + 511, 0, 266, 21600, 21600, eResultOk, 2314, 2314, 2314},
+    {"NineYearsEarlier", 2314 - 511, 0, 266, 21600, 21600, eResultOk, 2314, 2314, 2314},
+    {"RollOver", 2047, 604799, 0, 21600, 21600, eResultOk, 2048, 2048, 2048},
+    {"ToeInNextWeek", 2314, 604000, 266, 0, 0, eResultOk, 2314, 2315, 2315},
+    {"WeekOfToeWasSent", 2314, 604000, 267, 0, 0, eResultOk, 2315, 2315, 2315},
+    {"TocStillInThisWeek", 2314, 604000, 266, 0, kTwoHoursBeforeEnd, eResultOk, 2314, 2315, 2314},
+    {"ToeInLastWeek", 2315, 100, 267, kTwoHoursBeforeEnd, 0, eResultOk, 2315, 2314, 2315},
+    {"ToeFarFromNow", 2314, 345600, 266, 0, 0, eResultOk, 2314, 2314, 2314},
+};
+
+TEST_ROWS(Rtcm3Week, IsNearestToTheSeed, kWeeks, row) {
+  auto fields = kQzss1044;
+  fields[2].value = row.toc;
+  fields[14].value = row.toe;
+  fields[24].value = row.weekSent;
+  const C_GnssTime seed(static_cast<unsigned short>(row.seedWeek), row.seedSeconds, ALGO::GNSS_GPS);
+  const auto out = Rtcm3Payloads(seed).Get<Rtcm3KeplerEphemeris>(Message(fields), row.result);
+  EXPECT_EQ(std::make_tuple(out.ephemeris.TxWeek, out.ephemeris.ToeWeek, out.ephemeris.TocWeek),
+            std::make_tuple(row.txWeek, row.toeWeek, row.tocWeek));
+  EXPECT_EQ(out.weekSent, row.weekSent);
+}
+
+TEST(Rtcm3Week, ComesFromHealthySatellitesWithoutASeed) {
+  Rtcm3Payloads payloads;
+  payloads.Get<Rtcm3KeplerEphemeris>(Message(Galileo(1045, {{2, 1}, {1, 0}, {7, 0}})));
+  payloads.Get<Rtcm3KeplerEphemeris>(Message(kQzss1044), eResultNoSeed);
+  const auto galileo = payloads.Get<Rtcm3KeplerEphemeris>(Message(Galileo(1045, {{2, 0}, {1, 0}, {7, 0}})));
+  EXPECT_EQ(galileo.ephemeris.ToeWeek, 2314);
+  EXPECT_EQ(payloads.Get<Rtcm3KeplerEphemeris>(Message(kQzss1044)).ephemeris.ToeWeek, 2314);
+}
+
+// 18 May 2024 is a Saturday, day 139 of the interval from 2024 on, N4 8.
+struct S_DayCase {
+  const char* name;
+  unsigned int seedWeek;  // seed on its Saturday, 6 h; 0: none
+  unsigned int tb;        // 15 min
+  unsigned int tk;        // min
+  unsigned int nt, n4, hasMore;
+  unsigned int result;
+  int refWeek;
+  double refTime;
+  int frameWeek;
+  double frameTime;
+};
+const S_DayCase kDays[] = {
+    {"SameDay", 0, 3, 30, 139, 8, 1, eResultOk, 2314, 518400 + 2700, 2314, 518400 + 1800},
+    {"FrameOfTheDayBefore", 0, 0, 1425, 139, 8, 1, eResultOk, 2314, 518400, 2314, 518400 - 900},
+    {"FrameOfTheDayAfter", 0, 95, 0, 139, 8, 1, eResultOk, 2314, 518400 + 85500, 2315, 0},
+    {"LastDayOfInterval", 0, 0, 0, 1461, 8, 1, eResultOk, 2503, 432000, 2503, 432000},
+    {"NoInterval", 2314, 3, 30, 139, 0, 1, eResultOk, 2314, 518400 + 2700, 2314, 518400 + 1800},
+    {"IntervalNotValid", 2314, 3, 30, 139, 2, 0, eResultOk, 2314, 518400 + 2700, 2314, 518400 + 1800},
+    {"NoDay", 2314, 3, 30, 0, 8, 1, eResultOk, 2314, 518400 + 2700, 2314, 518400 + 1800},
+    {"NoDayNoSeed", 0, 3, 30, 0, 8, 1, eResultNoSeed, 0, 2700, 0, 1800},
+    {"NoIntervalNoSeed", 0, 3, 30, 139, 8, 0, eResultNoSeed, 0, 2700, 0, 1800},
+};
+
+TEST_ROWS(Rtcm3Day, OfGlonassIsResolved, kDays, row) {
+  const unsigned int tk = row.tk / 60 << 7 | row.tk % 60 << 1;
+  Rtcm3Bits bits{{1020, 12}, {24, 6}, {13, 5}, {0b10, 2}, {0, 2}, {tk, 12}, {1, 1}, {0, 1}, {row.tb, 7}, {0, 3 * 56}};
+  bits.Put({{0, 1 + 11 + 2 + 1 + 22 + 5 + 5 + 1 + 4}, {row.nt, 11}, {1, 2}, {row.hasMore, 1}, {0, 11}});
+  bits.Put({{0x80000001, 32}, {row.n4, 5}, {3, 22}, {1, 1}, {0, 7}});
+  const C_GnssTime seed(static_cast<unsigned short>(row.seedWeek), row.seedWeek == 0 ? 0 : 540000, ALGO::GNSS_GPS);
+  const auto out = Rtcm3Payloads(seed).Get<Rtcm3PvaEphemeris>(bits, row.result);
+  const P& eph = out.ephemeris;
+  EXPECT_EQ(std::make_tuple(eph.RefWeek, eph.RefTime), std::make_tuple(row.refWeek, row.refTime));
+  EXPECT_EQ(std::make_tuple(eph.FrameWeek, eph.FrameTime), std::make_tuple(row.frameWeek, row.frameTime));
+  EXPECT_EQ(eph.FreqChannel, 6);
+  EXPECT_EQ(eph.Health, 1U);
+  EXPECT_EQ(eph.TauC, row.hasMore != 0 ? -0x1p-31 : NA_DOUBLE);
+  EXPECT_EQ(eph.TauGps, row.hasMore != 0 ? 3 * 0x1p-30 : NA_DOUBLE);
+  EXPECT_EQ(out.almanacHealth, NA_U8);
+  EXPECT_EQ(out.frameTimeSent, tk);
+}
+
+// --- The sample session ---------------------------------------------------------------------------------------------
+
 // GPS and GLONASS satellites of the sample session, which sends them by both protocols over the end of a week: the
 // records differ in nothing but what RTCM 3 does not carry.
 class SampleSession {
