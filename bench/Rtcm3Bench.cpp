@@ -4,7 +4,7 @@
 #include <string>
 
 #include "rtcm3/Rtcm3Decoder.h"
-#include "tests/Rtcm3Frames.h"
+#include "tests/Rtcm3Bits.h"
 
 namespace {
 
@@ -23,13 +23,13 @@ std::string Msm7(unsigned int number, unsigned int satellites, unsigned int sign
   bits.Put(0, 1).Put(-1, signals).Put(0, 31 - signals);
   bits.Put(-1, satellites * signals);
   PutNoise(bits, satellites * 36 + satellites * signals * 80);
-  return Rtcm3Frame(bits.Payload());
+  return RtcmFrame(bits.Payload());
 }
 
 std::string Ephemeris(unsigned int number, unsigned int payloadBytes) {
   Rtcm3Bits bits{{number, 12}, {5, number == 1044 ? 4U : 6U}};
   PutNoise(bits, 8 * payloadBytes - static_cast<unsigned int>(bits.Size()));
-  return Rtcm3Frame(bits.Payload());
+  return RtcmFrame(bits.Payload());
 }
 
 void Decode(benchmark::State& state, const std::string& frame) {

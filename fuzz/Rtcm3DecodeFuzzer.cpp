@@ -9,7 +9,7 @@
 
 #include "fuzz/Fuzz.h"
 #include "tests/ExactCopy.h"
-#include "tests/Rtcm3Frames.h"
+#include "tests/Streams.h"
 
 namespace {
 
@@ -116,9 +116,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   while (!input.IsEmpty()) {
     const std::string payload = input.Take(input.Below(kMaxPayload + 1));
-    const std::string frame = Rtcm3Frame(payload);
+    const std::string frame = RtcmFrame(payload);
     Decode(*third, payload);  // hardly ever a frame
-    const std::string shorter = Rtcm3Frame(payload.substr(0, payload.size() / 2));
+    const std::string shorter = RtcmFrame(payload.substr(0, payload.size() / 2));
     std::string damaged = frame;
     damaged.back() = static_cast<char>(damaged.back() ^ 1);
     Fuzz::Require(Decode(*disturbed, damaged).result == 4, "a wrong checksum is found");

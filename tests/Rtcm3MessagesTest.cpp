@@ -341,7 +341,7 @@ TEST(Rtcm3Payload, IsReadToItsEndAndNotBeyond) {
 TEST(Rtcm3Payload, IsHandedOutIfNotDecoded) {
   for (const unsigned int number : {0U, 1U, 999U, 1014U, 1070U, 1078U, 1140U, 1246U, 1264U, 4072U, 4095U}) {
     Rtcm3Payloads payloads;
-    ExactCopy frame(Rtcm3Frame(Rtcm3Bits{{number, 12}, {0xABC, 12}}.Payload()));
+    ExactCopy frame(RtcmFrame(Rtcm3Bits{{number, 12}, {0xABC, 12}}.Payload()));
     const Rtcm3Decoded& decoded = payloads.decoder.Decode(frame.Data(), frame.Size());
     EXPECT_EQ(decoded.result, eResultOk);
     EXPECT_EQ(decoded.message, number);
@@ -364,8 +364,8 @@ std::string Changed(std::size_t at, int by) {
 const S_FrameCase kFrames[] = {
     {"Good", kExample1005, eResultOk},
     {"Empty", "", eResultTooShort},
-    {"NoPayload", Rtcm3Frame(""), eResultPastEnd},
-    {"OneByte", Rtcm3Frame("\x3E"), eResultPastEnd},
+    {"NoPayload", RtcmFrame(""), eResultPastEnd},
+    {"OneByte", RtcmFrame("\x3E"), eResultPastEnd},
     {"Cut", kExample1005.substr(0, kExample1005.size() - 1), eResultTooShort},
     {"ByteMore", kExample1005 + 'x', eResultTooLong},
     {"Preamble", Changed(0, 1), eResultBadSync},

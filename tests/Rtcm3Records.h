@@ -7,7 +7,7 @@
 #include "records/ResultCodes.h"
 #include "rtcm3/Rtcm3Decoder.h"
 #include "tests/ExactCopy.h"
-#include "tests/Rtcm3Frames.h"
+#include "tests/Rtcm3Bits.h"
 
 // A decoder that is given payloads; their frames lie in blocks of their exact size.
 class Rtcm3Payloads {
@@ -16,7 +16,7 @@ class Rtcm3Payloads {
   explicit Rtcm3Payloads(const C_GnssTime& seed) { decoder.SeedTime(seed); }
 
   const velagnss::Rtcm3Decoded& Decode(std::string_view payload) {
-    ExactCopy frame(Rtcm3Frame(payload));
+    ExactCopy frame(RtcmFrame(payload));
     return decoder.Decode(frame.Data(), frame.Size());
   }
   unsigned int Result(const Rtcm3Bits& bits) { return Decode(bits.Payload()).result; }

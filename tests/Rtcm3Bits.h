@@ -1,11 +1,13 @@
-// RTCM 3 frames, written bit by bit.
-#ifndef VELAGNSS_TESTS_RTCM3_FRAMES_H
-#define VELAGNSS_TESTS_RTCM3_FRAMES_H
+// Payloads of RTCM 3 messages, written bit by bit.
+#ifndef VELAGNSS_TESTS_RTCM3_BITS_H
+#define VELAGNSS_TESTS_RTCM3_BITS_H
 
 #include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <string_view>
+
+#include "tests/Streams.h"
 
 // The payload of a message.
 class Rtcm3Bits {
@@ -46,23 +48,4 @@ class Rtcm3Bits {
   std::string m_bits;
 };
 
-// CRC-24Q by its definition, bit by bit.
-inline std::uint32_t SlowCrc24(std::string_view bytes) {
-  std::uint32_t crc = 0;
-  for (const char c : bytes) {
-    crc ^= std::uint32_t{static_cast<unsigned char>(c)} << 16;
-    for (int bit = 0; bit < 8; ++bit) crc = crc << 1 ^ ((crc & 0x800000) != 0 ? 0x1864CFB : 0);
-  }
-  return crc & 0xFFFFFF;
-}
-
-// A frame with the right length and checksum.
-inline std::string Rtcm3Frame(std::string_view payload) {
-  std::string frame = {'\xD3', static_cast<char>(payload.size() >> 8), static_cast<char>(payload.size())};
-  frame += payload;
-  const std::uint32_t crc = SlowCrc24(frame);
-  for (const int shift : {16, 8, 0}) frame += static_cast<char>(crc >> shift);
-  return frame;
-}
-
-#endif  // VELAGNSS_TESTS_RTCM3_FRAMES_H
+#endif  // VELAGNSS_TESTS_RTCM3_BITS_H
