@@ -401,15 +401,15 @@ std::int64_t TimeOfFrame(unsigned int tk) {
 
 void SetWeekAndTime(std::int64_t time, std::uint16_t& week, double& seconds) {
   week = static_cast<std::uint16_t>(time / kWeek);
-  seconds = static_cast<double>(time % kWeek) / static_cast<double>(kSecond);
+  seconds = SecondsOf(time % kWeek);
 }
 
 void SetTimes(std::optional<std::int64_t> reference, Rtcm3PvaEphemeris& out) {
   P& eph = out.ephemeris;
   const std::int64_t frame = TimeOfFrame(out.frameTimeSent);
   if (!reference) {  // times of an unknown day
-    eph.RefTime = static_cast<double>(eph.Tb * kQuarterHour / kSecond);
-    eph.FrameTime = static_cast<double>(frame / kSecond);
+    eph.RefTime = SecondsOf(eph.Tb * kQuarterHour);
+    eph.FrameTime = SecondsOf(frame);
     return;
   }
   SetWeekAndTime(*reference, eph.RefWeek, eph.RefTime);

@@ -8,7 +8,7 @@ namespace {
 
 constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
 constexpr unsigned int kMjdOfRtcm3 = 53005;     // 1 January 2004: no message is older
-constexpr std::int64_t kGlonassAhead = 3 * 3600 * kSecond;
+constexpr std::int64_t kGlonassAhead = 10800 * kSecond;
 constexpr std::int64_t kBeidouBehind = 14 * kSecond;  // BeiDou time - GPS time (BDS-SIS-ICD, 3.3)
 constexpr std::uint32_t kSecondsPerDay = 86400;
 
@@ -103,7 +103,7 @@ std::optional<std::int64_t> EpochClock::Resolve(TimeField field, std::uint32_t s
 
 void EpochClock::Describe(std::int64_t time, Rtcm3Time& out) const {
   const std::int64_t inWeek = FloorMod(time, kWeek);
-  out.seconds = static_cast<double>(inWeek) / static_cast<double>(kSecond);
+  out.seconds = SecondsOf(inWeek);
   if (m_known == Known::Date && time >= 0) out.week = static_cast<unsigned short>((time - inWeek) / kWeek);
 }
 

@@ -17,6 +17,8 @@ inline constexpr std::int64_t kSecond = 1000;  // ms
 inline constexpr std::int64_t kDay = 86400 * kSecond;
 inline constexpr std::int64_t kWeek = 7 * kDay;
 
+inline double SecondsOf(std::int64_t ms) { return static_cast<double>(ms) / 1000; }
+
 // The time nearest to `reference` that agrees with `time` modulo `period`.
 std::int64_t Nearest(std::int64_t reference, std::int64_t time, std::int64_t period);
 

@@ -93,7 +93,7 @@ struct LegacySystem {
   TimeField timeField;
   std::uint32_t period;        // ms, after which the time repeats
   unsigned int lockGroup;
-  std::int64_t unitMm;         // what the range is modulo of, in mm
+  std::int64_t unitMs;         // light-milliseconds that the range is modulo of
   bool (*readHead)(BitReader&, O&);
   bool (*readFirst)(BitReader&, L&);
   bool (*readWhole)(BitReader&, L&);
@@ -101,12 +101,12 @@ struct LegacySystem {
 };
 constexpr std::int64_t kMsMm = 299'792'458;  // a light-millisecond in mm
 constexpr LegacySystem kGps = {
-    ALGO::GNSS_GPS, TimeField::GpsWeek, kWeek, LockHistory::kLegacyGps, kMsMm,
+    ALGO::GNSS_GPS, TimeField::GpsWeek, kWeek, LockHistory::kLegacyGps, 1,
     ReadFields<kGpsHead, O>, ReadFields<kGpsFirst, L>, ReadFields<kGpsWhole, L>,
     {{"1C", "1P", "", ""}, {"2C", "2P", "2D", "2W"}},  // 2C stands for every code of L2C
 };
 constexpr LegacySystem kGlonass = {
-    ALGO::GNSS_GLONASS, TimeField::GlonassDay, kDay, LockHistory::kLegacyGlonass, 2 * kMsMm,
+    ALGO::GNSS_GLONASS, TimeField::GlonassDay, kDay, LockHistory::kLegacyGlonass, 2,
     ReadFields<kGlonassHead, O>, ReadFields<kGlonassFirst, L>, ReadFields<kGlonassWhole, L>,
     {{"1C", "1P", "", ""}, {"2C", "2P", "", ""}},
 };
@@ -131,8 +131,8 @@ constexpr Contents kContents[] = {{false, false}, {true, false}, {false, true}, 
 double CyclesOf(std::int64_t halfMm, double kilohertz) {
   constexpr std::int64_t kDivisor = 4 * kMsMm;
   const std::int64_t product = halfMm * static_cast<std::int64_t>(2 * kilohertz);
-  return static_cast<double>(product / kDivisor) +
-         static_cast<double>(product % kDivisor) / static_cast<double>(kDivisor);
+  const std::int64_t whole = product / kDivisor;
+  return static_cast<double>(whole) + static_cast<double>(product - whole * kDivisor) / static_cast<double>(kDivisor);
 }
 
 void NameSatellite(const LegacySystem& system, const L& sent, State& state, Rtcm3Satellite& out) {
@@ -174,7 +174,7 @@ class LegacyEpoch {
   void Add(const L& sent, unsigned int index) {
     Rtcm3Satellite& satellite = m_out.satellites[index];
     NameSatellite(m_system, sent, m_state, satellite);
-    if (m_contents.hasWhole) satellite.roughRange = static_cast<double>(sent.wholeRange * m_system.unitMm / kMsMm);
+    if (m_contents.hasWhole) satellite.roughRange = static_cast<double>(sent.wholeRange * m_system.unitMs);
     for (unsigned int carrier = 0; carrier < (m_contents.hasSecond ? 2U : 1U); ++carrier)
       AddSignal(sent, carrier, index, m_out.signals[m_out.numSignals++]);
   }
@@ -191,12 +191,12 @@ class LegacyEpoch {
     out.data.LockCount = sent.lock[carrier];
     if (sent.strength[carrier] != 0) out.data.SignalStrength = sent.strength[carrier] / 4.0;  // dB-Hz
     const std::int64_t rangeMm = sent.range * kRangeMm;
-    if (rangeMm < m_system.unitMm) {  // else not available, and with it all that leans on it
+    if (rangeMm < m_system.unitMs * kMsMm) {  // else not available, and with it all that leans on it
       const bool isFirst = carrier == 0;
       const Differences differences = {isFirst ? 0 : sent.rangeDifference * kRangeMm,
                                        isFirst || sent.rangeDifference != kNoRangeDifference,
                                        sent.phaseDifference[carrier]};
-      PutTogether(rangeMm + sent.wholeRange * m_system.unitMm, differences, kilohertz, out);
+      PutTogether(rangeMm + sent.wholeRange * m_system.unitMs * kMsMm, differences, kilohertz, out);
     }
     if (!IsNotAvailable(satellite.svId) && m_out.time.sent < m_system.period)
       NoteLock(m_state, {m_system.lockGroup, sent.number, carrier, m_out.station, m_out.time.sent, m_system.period},
@@ -219,7 +219,7 @@ unsigned int DecodeLegacyObservations(State& state, BitReader& reader, unsigned 
   out.message = static_cast<unsigned short>(number);
   out.system = system.system;
   if (!system.readHead(reader, out)) return eResultPastEnd;
-  if (!contents.hasWhole) out.rangeModulus = static_cast<double>(system.unitMm) / 1000;
+  if (!contents.hasWhole) out.rangeModulus = static_cast<double>(system.unitMs * kMsMm) / 1000;
   LegacySatellite sent[31];  // as many as 5 bits count
   for (unsigned int i = 0; i < out.numSatellites; ++i)
     if (!ReadSatellite(system, contents, reader, sent[i])) return eResultPastEnd;

@@ -53,7 +53,7 @@ inline void NoteEpoch(State& state, TimeField field, Rtcm3Time& time) {
 // Notes the lock of a signal.
 inline void NoteLock(State& state, const LockHistory::Observation& observation, const LockTime& lock,
                      Rtcm3Signal& out) {
-  if (lock.isKnown) out.lockTime = static_cast<double>(lock.least) / static_cast<double>(kSecond);
+  if (lock.isKnown) out.lockTime = SecondsOf(lock.least);
   out.lock = state.locks.Note(observation, lock);
 }
 
