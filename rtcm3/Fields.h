@@ -69,7 +69,6 @@ consteval unsigned int BitsOf() {
   unsigned int bits = 0;
   for (const auto& field : Fields) {
     if (field.bits == 0 || (field.kind != Kind::Reserved && field.bits > BitReader::kMaxBits)) throw "width";
-    if ((field.kind == Kind::Reserved) != (field.store == nullptr)) throw "nowhere to store a field";
     bits += field.bits;
   }
   return bits;

@@ -22,6 +22,7 @@ class Rtcm3Bits {
 
   // Appends the low bits of numbers, highest first: negative ones in two's complement.
   Rtcm3Bits& Put(std::int64_t value, unsigned int bits) {
+    for (; bits > 64; --bits) m_bits += value < 0 ? '1' : '0';
     while (bits > 0) m_bits += (value >> --bits & 1) != 0 ? '1' : '0';
     return *this;
   }
