@@ -1,4 +1,4 @@
-// Decodes RTCM 3 messages: where a station is, and how far it sees a satellite.
+// Decodes RTCM 3 messages: the position of a station, and an observation.
 #include <cstdio>
 #include <initializer_list>
 #include <utility>
@@ -16,7 +16,7 @@ static const unsigned char kStation[] = {0xD3, 0x00, 0x13, 0x3E, 0xD7, 0xD3, 0x0
 // A frame of the fields of a message: numbers and their bits.
 static std::vector<unsigned char> BuildFrame(std::initializer_list<std::pair<int, int>> fields) {
   std::vector<unsigned char> frame(256);
-  int position = 24;  // behind the preamble and the length
+  int position = 24;  // after the preamble and the length
   for (const auto& [value, bits] : fields)
     C_BitBufAcc::PackU32(frame.data(), position, bits, static_cast<unsigned int>(value));
   const int length = (position - 24 + 7) / 8;
@@ -53,7 +53,7 @@ int main() {
                                                        {15, 4},
                                                        {0, 1},
                                                        {45, 6}});
-  decoder.Decode(frame.data(), frame.size());  // the answer is where it was
+  decoder.Decode(frame.data(), frame.size());  // `decoded` refers to the new answer
   if (decoded.result != eResultOk) return 1;
   const auto& epoch = std::get<velagnss::Rtcm3Observations>(decoded.record);
   std::printf("week %u, %.1f s, more to come: %s\n", unsigned{epoch.time.week}, epoch.time.seconds,

@@ -1,4 +1,4 @@
-// The decoder of RTCM 3 contents over payloads whose frames are always made right, and over bytes that are no frame.
+// The decoder of RTCM 3 contents over payloads in frames with the right checksum, and over arbitrary bytes.
 // Results are those that the operation states; counts stay within their arrays and indices within their counts; numbers
 // are finite; a frame that fails, by its payload or by its checksum, leaves no trace in the next ones; nothing outside
 // of the frame is read, and the frame is not written.

@@ -1,8 +1,8 @@
 // The payload of a message as a string of bits.
 //
 // Internal. RTCM 10403 packs fields without gaps, the highest bit first. The reader works on a copy of the payload that
-// is followed by zeros, so that a field is always one load of eight bytes, wherever it starts. How many bits are left
-// is asked once for each group of fields, not for each field.
+// is followed by zeros, so that any field is a single load of eight bytes, wherever it starts. How many bits are left
+// is checked once for each group of fields, not for each field.
 #ifndef VELAGNSS_RTCM3_BIT_READER_H
 #define VELAGNSS_RTCM3_BIT_READER_H
 
@@ -44,7 +44,7 @@ class BitReader {
   unsigned int BitsLeft() const { return m_end - m_position; }
   unsigned int Position() const { return m_position; }
 
-  // The next 1 to 57 bits. They must be there: see `BitsLeft`.
+  // The next 1 to 57 bits. The caller has checked `BitsLeft`.
   std::uint64_t Read(unsigned int bits) {
     const std::uint64_t value = Load(m_bytes + m_position / 8) << m_position % 8 >> (64 - bits);
     m_position += bits;
@@ -54,7 +54,7 @@ class BitReader {
   void Skip(unsigned int bits) { m_position += bits; }
 
  private:
-  static std::uint64_t Load(const unsigned char* b) {  // compilers make one load and one swap of it
+  static std::uint64_t Load(const unsigned char* b) {  // compilers turn this into a load and a byte swap
     return std::uint64_t{b[0]} << 56 | std::uint64_t{b[1]} << 48 | std::uint64_t{b[2]} << 40 |
            std::uint64_t{b[3]} << 32 | std::uint64_t{b[4]} << 24 | std::uint64_t{b[5]} << 16 |
            std::uint64_t{b[6]} << 8 | std::uint64_t{b[7]};

@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-// A message and what only the decoding of it needs.
+// A message, and values that only its decoding needs.
 struct KeplerMessage {
   Rtcm3KeplerEphemeris& out;
   S_IFKeplerEphRec& eph;
@@ -42,11 +42,11 @@ void Sisa(M& m, std::int64_t raw, double) {
   m.out.accuracyIndex = static_cast<unsigned char>(raw);
   m.eph.Ura = ALGO::SisaIndexToMetres(m.out.accuracyIndex);
 }
-// IS-QZSS-PNT: the lowest value says that there is none.
+// IS-QZSS-PNT: the lowest value means "not available".
 void QzssGroupDelay(M& m, std::int64_t raw, double value) {
   if (raw != -128) m.eph.Tgd = value;
 }
-// A piece of a health word that begins with 0.
+// Part of a health word that was preset to 0.
 template <unsigned int Shift>
 void HealthBits(M& m, std::int64_t raw, double) {
   m.eph.Health |= static_cast<std::uint32_t>(raw) << Shift;
@@ -207,7 +207,7 @@ constexpr Field<M> kGalileo[] = {
     {311, 24, kSigned,   Times(0x1p-43 * kPi), Eph<&K::OmegaDot>},
     {312, 10, kSigned,   Times(0x1p-32),       Eph<&K::Tgd>},            // E1/E5a
 };
-// The bits of health are placed as RINEX 3 places them.
+// Health bits are arranged as in RINEX 3.
 constexpr Field<M> kGalileoFnav[] = {
     {314,  2, kUnsigned, {},                   HealthBits<4>},           // E5a
     {315,  1, kUnsigned, {},                   HealthBits<3>},
@@ -222,7 +222,7 @@ constexpr Field<M> kGalileoInav[] = {
     {  0,  2, kReserved},
 };
 
-// What the messages of a system have in common but for the fields.
+// What distinguishes the messages apart from their fields.
 struct KeplerSystem {
   unsigned short message;
   ALGO::eGNSSSystem system;
@@ -230,7 +230,7 @@ struct KeplerSystem {
   unsigned short satelliteOffset;  // from the field to the number
   int firstWeek;                   // GPS week in which the system's own count starts
   int weekPeriod;
-  bool composesHealth;             // of several fields: starts from 0
+  bool composesHealth;             // of several fields
   bool (*read)(BitReader& reader, M& message);
 };
 constexpr KeplerSystem kKepler[] = {
@@ -258,11 +258,11 @@ void Empty(Rtcm3KeplerEphemeris& out) {
   out.ephemeris.Iodc = NA_U32;
 }
 
-// The week of a reference time that was sent in `week`. Before the end of a week satellites already refer to the next
-// one, and for some time after it to the last one; which of them, the known time tells.
+// The week of a reference time that was sent in `week`. Shortly before the turn of a week satellites already refer to
+// the next week, and shortly after it still to the last one; the known time decides.
 int WeekOfReference(const EpochClock& clock, int week, double reference) {
-  constexpr std::int64_t kEdge = kDay / 4;   // no ephemeris refers further into another week than some hours
-  constexpr std::int64_t kApart = kDay / 2;  // of a time of its use
+  constexpr std::int64_t kEdge = kDay / 4;   // how far a reference time reaches into another week
+  constexpr std::int64_t kApart = kDay / 2;  // of the reference time from a time of its use
   const auto now = clock.Now();
   const auto seconds = static_cast<std::int64_t>(reference) * kSecond;
   const auto isUsed = [&](int candidate) { return std::abs(candidate * kWeek + seconds - *now) <= kApart; };
@@ -325,7 +325,7 @@ template <auto... Members>
 void PvaOut(G& m, std::int64_t raw, double value) {
   (Assign(m.out.*Members, raw, value), ...);
 }
-// The fields that string 5 carries are valid if the flag before them says so.
+// Fields of string 5 are valid only if the flag that precedes them is set.
 template <auto Member>
 void PvaIfMore(G& m, std::int64_t raw, double value) {
   if (m.out.hasMore == 1) Assign(m.eph.*Member, raw, value);
@@ -380,8 +380,8 @@ constexpr Field<G> kGlonass[] = {  // 1020; GLONASS ICD, tables 4.5 and 4.6
 };
 // clang-format on
 
-// The reference time in GLONASS time, which has the same count of weeks. The date comes from the day within an interval
-// of four years; what is not sent of it is completed by the known time.
+// The reference time in GLONASS time, weeks counted as for GPS. The date is sent as a day within an interval of four
+// years; missing parts of it are taken from the known time.
 std::optional<std::int64_t> ReferenceTime(const EpochClock& clock, const P& eph) {
   constexpr std::int64_t kInterval = 4 * 365 + 1;      // days; 2000 was a leap year
   constexpr std::int64_t kDaysTo1992 = 48622 - 44244;  // from 6 January 1980, Modified Julian Days
@@ -407,7 +407,7 @@ void SetWeekAndTime(std::int64_t time, std::uint16_t& week, double& seconds) {
 void SetTimes(std::optional<std::int64_t> reference, Rtcm3PvaEphemeris& out) {
   P& eph = out.ephemeris;
   const std::int64_t frame = TimeOfFrame(out.frameTimeSent);
-  if (!reference) {  // times of an unknown day
+  if (!reference) {  // the day is unknown
     eph.RefTime = SecondsOf(eph.Tb * kQuarterHour);
     eph.FrameTime = SecondsOf(frame);
     return;

@@ -1,7 +1,7 @@
-// The time that a decoder knows, by which it completes what messages send of theirs.
+// The time that a decoder knows, used to complete the partial times of messages.
 //
-// Internal. Times are GPS time, in milliseconds since 6 January 1980. Until a date comes, the first observations give
-// at least the seconds of a week; times are then milliseconds of some week.
+// Internal. Times are GPS time, in milliseconds since 6 January 1980. Until a date is known, the first observations
+// provide the time of week; times are then milliseconds since the start of some week.
 #ifndef VELAGNSS_RTCM3_EPOCH_CLOCK_H
 #define VELAGNSS_RTCM3_EPOCH_CLOCK_H
 
@@ -22,7 +22,7 @@ inline double SecondsOf(std::int64_t ms) { return static_cast<double>(ms) / 1000
 // The time nearest to `reference` that agrees with `time` modulo `period`.
 std::int64_t Nearest(std::int64_t reference, std::int64_t time, std::int64_t period);
 
-// Which clock a field counts.
+// The clock that a field counts.
 enum class TimeField : unsigned char {
   GpsWeek,     // time of week of GPS, Galileo, QZSS, SBAS, NavIC
   BeidouWeek,  // time of week of BeiDou
@@ -39,14 +39,14 @@ class EpochClock {
   void NoteUtc(unsigned int mjd, std::uint32_t secondOfDay);
   void NoteReference(std::int64_t time);
 
-  // The time of a field of `sent` ms. `dayOfWeek` counts for GLONASS only; above 6 it is unknown. Missing for values
-  // that no clock shows, and for a time of day whose day is not known.
+  // The time that a field of `sent` ms means. `dayOfWeek` matters for GLONASS only; above 6 it is unknown. Missing for
+  // values out of range, and for a time of day if the day is not known.
   std::optional<std::int64_t> Resolve(TimeField field, std::uint32_t sent, unsigned char dayOfWeek) const;
 
   // Week and seconds of a time; the week only once a date is known.
   void Describe(std::int64_t time, Rtcm3Time& out) const;
 
-  // The known time becomes that of an observation.
+  // Makes the time of an observation the known one.
   void Advance(std::int64_t time);
 
   // The known time; missing without a date.

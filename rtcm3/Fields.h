@@ -27,8 +27,8 @@ inline constexpr Kind kSigned = Kind::TwosComplement;
 inline constexpr Kind kSignMagnitude = Kind::SignMagnitude;
 inline constexpr Kind kReserved = Kind::Reserved;
 
-// What one unit is worth. Powers of two multiply exactly. Decimal fractions are no doubles: dividing by their inverse,
-// which is one, rounds once.
+// Value of one unit. Multiplying by a power of two is exact. A decimal fraction is not representable as a double, but
+// its inverse is: dividing by that rounds only once.
 struct Scale {
   double number = 1;
   bool divides = false;
@@ -56,7 +56,7 @@ constexpr std::int64_t NumberOf(std::uint64_t bits, unsigned int count, Kind kin
   return kind == Kind::TwosComplement ? rest - static_cast<std::int64_t>(sign) : -rest;
 }
 
-// Reads one field. Its bits must be there.
+// Reads one field. The caller has checked that its bits are there.
 template <class Record>
 void ReadField(const Field<Record>& field, BitReader& reader, Record& record) {
   if (field.kind == Kind::Reserved) return reader.Skip(field.bits);
@@ -100,7 +100,7 @@ void Store(Record& record, std::int64_t raw, double value) {
   (Assign(record.*Members, raw, value), ...);
 }
 
-// Leaves the marker that the member was preset to if the number is the one that stands for "not available".
+// Leaves the marker that the member was preset to if the number means "not available".
 template <auto Member, std::int64_t NotAvailable, class Record>
 void StoreUnless(Record& record, std::int64_t raw, double value) {
   if (raw != NotAvailable) Assign(record.*Member, raw, value);

@@ -50,8 +50,7 @@ constexpr Field<O> kGlonassHead[] = {
     { 37,  3, kUnsigned, {}, Store<&O::smoothingInterval>},
 };
 
-// A satellite in four parts, of which a message has some: the first signal, its whole range, the second signal, the
-// strength of that.
+// A satellite has up to four parts: first signal, its whole range and strength, second signal, strength of the second.
 constexpr Field<L> kGpsFirst[] = {
     {  9,  6, kUnsigned, {}, Store<&L::number>},
     { 10,  1, kUnsigned, {}, Of<&L::code, 0>},
@@ -85,8 +84,9 @@ constexpr Field<L> kSecondStrength[] = {
     { 20,  8, kUnsigned, {}, Of<&L::strength, 1>},
 };
 static_assert(BitsOf<kGpsHead>() + 12 == 64 && BitsOf<kGlonassHead>() + 12 == 61);
-static_assert(BitsOf<kGpsFirst>() + BitsOf<kGpsWhole>() + BitsOf<kSecondSignal>() + BitsOf<kSecondStrength>() == 125);
-static_assert(BitsOf<kGlonassFirst>() + BitsOf<kGlonassWhole>() + BitsOf<kSecondSignal>() + BitsOf<kSecondStrength>() == 130);
+constexpr unsigned int kSecondBits = BitsOf<kSecondSignal>() + BitsOf<kSecondStrength>();
+static_assert(BitsOf<kGpsFirst>() + BitsOf<kGpsWhole>() + kSecondBits == 125);
+static_assert(BitsOf<kGlonassFirst>() + BitsOf<kGlonassWhole>() + kSecondBits == 130);
 
 struct LegacySystem {
   ALGO::eGNSSSystem system;
@@ -103,7 +103,7 @@ constexpr std::int64_t kMsMm = 299'792'458;  // a light-millisecond in mm
 constexpr LegacySystem kGps = {
     ALGO::GNSS_GPS, TimeField::GpsWeek, kWeek, LockHistory::kLegacyGps, 1,
     ReadFields<kGpsHead, O>, ReadFields<kGpsFirst, L>, ReadFields<kGpsWhole, L>,
-    {{"1C", "1P", "", ""}, {"2C", "2P", "2D", "2W"}},  // 2C stands for every code of L2C
+    {{"1C", "1P", "", ""}, {"2C", "2P", "2D", "2W"}},  // the message does not distinguish the L2C codes
 };
 constexpr LegacySystem kGlonass = {
     ALGO::GNSS_GLONASS, TimeField::GlonassDay, kDay, LockHistory::kLegacyGlonass, 2,
@@ -112,7 +112,7 @@ constexpr LegacySystem kGlonass = {
 };
 // clang-format on
 
-// 1001 to 1004 and 1009 to 1012: what comes beside the first signal.
+// What 1001 to 1004 and 1009 to 1012 contain in addition to the first signal.
 struct Contents {
   bool hasWhole;
   bool hasSecond;
@@ -126,8 +126,8 @@ constexpr Contents kContents[] = {{false, false}, {true, false}, {false, true}, 
   return ReadFields<kSecondSignal>(reader, out) && (!contents.hasWhole || ReadFields<kSecondStrength>(reader, out));
 }
 
-// Cycles of a phase range in halves of a millimetre: times frequency, by the speed of light. The whole cycles are exact
-// and the rest is rounded last, as the product has more bits than a double.
+// Cycles of a phase range given in halves of a millimetre: times frequency, divided by the speed of light. The product
+// has more bits than a double, so whole cycles and the remainder are converted separately.
 double CyclesOf(std::int64_t halfMm, double kilohertz) {
   constexpr std::int64_t kDivisor = 4 * kMsMm;
   const std::int64_t product = halfMm * static_cast<std::int64_t>(2 * kilohertz);
@@ -151,7 +151,7 @@ void NameSatellite(const LegacySystem& system, const L& sent, State& state, Rtcm
   }
 }
 
-// What a signal is made of: differences to the first pseudorange of the satellite, in mm.
+// A signal relative to the first pseudorange of its satellite.
 struct Differences {
   std::int64_t rangeMm;
   bool hasRange;
@@ -191,7 +191,7 @@ class LegacyEpoch {
     out.data.LockCount = sent.lock[carrier];
     if (sent.strength[carrier] != 0) out.data.SignalStrength = sent.strength[carrier] / 4.0;  // dB-Hz
     const std::int64_t rangeMm = sent.range * kRangeMm;
-    if (rangeMm < m_system.unitMs * kMsMm) {  // else not available, and with it all that leans on it
+    if (rangeMm < m_system.unitMs * kMsMm) {  // otherwise not available, like everything relative to it
       const bool isFirst = carrier == 0;
       const Differences differences = {isFirst ? 0 : sent.rangeDifference * kRangeMm,
                                        isFirst || sent.rangeDifference != kNoRangeDifference,

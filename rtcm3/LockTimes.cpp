@@ -5,7 +5,7 @@
 namespace velagnss::rtcm3 {
 namespace {
 
-// Indicators from `first` on stand for steps of `step` seconds (RTCM 10403, table of DF013).
+// From the indicator `first` on, each counts `step` seconds (RTCM 10403, table of DF013).
 struct LegacyRow {
   unsigned int first;
   std::uint32_t least;
@@ -18,7 +18,7 @@ constexpr std::uint32_t kLegacyLongest = 937;
 constexpr unsigned int kMsmLast = 15;
 constexpr unsigned int kMsmHighLast = 704;  // higher ones are reserved
 
-// DF407 counts milliseconds up to 63; then each 32 indicators have twice the step of those before.
+// DF407 counts milliseconds up to 63; from there on the step doubles every 32 indicators.
 constexpr std::uint32_t LeastOfMsmHigh(unsigned int indicator) {
   if (indicator < 64) return indicator;
   const unsigned int doublings = indicator / 32 - 1;

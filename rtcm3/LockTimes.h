@@ -1,4 +1,4 @@
-// Lock time indicators, and what they tell about the time between two observations.
+// Lock time indicators, and loss of lock between two observations.
 //
 // Internal.
 #ifndef VELAGNSS_RTCM3_LOCK_TIMES_H
@@ -29,10 +29,10 @@ LockTime LockTimeOfMsmHigh(unsigned int indicator);  // DF407, 10 bits
 // What was last seen of every signal.
 class LockHistory {
  public:
-  // Messages of other kinds than MSM have indicators of their own, so that their signals are kept apart.
+  // 1001 to 1004 and 1009 to 1012 have indicators of their own, so their signals are kept apart from those of MSM.
   static constexpr unsigned int kLegacyGps = kSystems, kLegacyGlonass = kSystems + 1;
 
-  // Which signal of which station, and when: ms within a period that the time repeats after.
+  // A signal of a station at a time, which is in ms and repeats after a period.
   struct Observation {
     unsigned int group;      // system of an MSM, or one of the constants above
     unsigned int satellite;  // 0 to 63
@@ -46,7 +46,7 @@ class LockHistory {
 
   void Clear() { std::fill(m_entries.begin(), m_entries.end(), Entry{}); }
 
-  // Compares an observation with the one before it, and takes its place.
+  // Compares an observation with the previous one and replaces it.
   Rtcm3Lock Note(const Observation& observation, const LockTime& lock);
 
  private:

@@ -1,7 +1,8 @@
 // Multiple signal messages, MSM1 to MSM7 of seven systems: 1071 to 1077 ... 1131 to 1137.
 //
-// One layout for all: a head with the masks of satellites, signals and cells, then column after column, first a value
-// of every satellite, then a value of every cell. The last digit of the number says which columns, its tens the system.
+// All have one layout: a head with masks of satellites, signals and cells, then columns, first those with a value for
+// each satellite, then those with a value for each cell. The last digit of the message number selects the columns, the
+// other digits the system.
 #include <array>
 #include <bit>
 
@@ -56,7 +57,7 @@ constexpr Field<C> kLockHigh  = {407, 10, kUnsigned, {},             Store<&C::l
 constexpr Field<C> kStrengthHigh = {408, 10, kUnsigned, Times(0x1p-4), StoreUnless<&C::strength, 0>};
 constexpr Field<C> kHalf      = {420,  1, kUnsigned, {},             Store<&C::half>};
 
-// A column as the kinds of message hold it: read as a whole, so that the loop knows its field.
+// A column is read by a function of its own, so that the compiler knows the field inside the loop.
 template <class Row>
 struct Column {
   unsigned int bits = 0;
@@ -88,11 +89,14 @@ constexpr MsmKind kKinds[] = {
     {{kSat<kWhole>, kSat<kRest>},
      {kCell<kRange>, kCell<kPhase>, kCell<kLock>, kCell<kHalf>, kCell<kStrength>}, true, &LockTimeOfMsm},
     {{kSat<kWhole>, kSat<kExtended>, kSat<kRest>, kSat<kRate>},
-     {kCell<kRange>, kCell<kPhase>, kCell<kLock>, kCell<kHalf>, kCell<kStrength>, kCell<kFineRate>}, true, &LockTimeOfMsm},
+     {kCell<kRange>, kCell<kPhase>, kCell<kLock>, kCell<kHalf>, kCell<kStrength>, kCell<kFineRate>},
+     true, &LockTimeOfMsm},
     {{kSat<kWhole>, kSat<kRest>},
-     {kCell<kRangeHigh>, kCell<kPhaseHigh>, kCell<kLockHigh>, kCell<kHalf>, kCell<kStrengthHigh>}, true, &LockTimeOfMsmHigh},
+     {kCell<kRangeHigh>, kCell<kPhaseHigh>, kCell<kLockHigh>, kCell<kHalf>, kCell<kStrengthHigh>},
+     true, &LockTimeOfMsmHigh},
     {{kSat<kWhole>, kSat<kExtended>, kSat<kRest>, kSat<kRate>},
-     {kCell<kRangeHigh>, kCell<kPhaseHigh>, kCell<kLockHigh>, kCell<kHalf>, kCell<kStrengthHigh>, kCell<kFineRate>}, true, &LockTimeOfMsmHigh},
+     {kCell<kRangeHigh>, kCell<kPhaseHigh>, kCell<kLockHigh>, kCell<kHalf>, kCell<kStrengthHigh>,
+      kCell<kFineRate>}, true, &LockTimeOfMsmHigh},
 };
 
 template <class Columns>
@@ -138,7 +142,7 @@ constexpr MsmSystem kMsmSystems[] = {
 };
 // clang-format on
 
-// Positions of the bits that are set, from 1, the highest bit being the first.
+// Positions of the bits that are set; the highest bit is position 1.
 struct Positions {
   unsigned int count = 0;
   std::array<unsigned char, 64> of;
@@ -251,8 +255,8 @@ void MsmEpoch::AddSignal(const C& sent, unsigned int satelliteIndex, unsigned in
              m_kind.lockTime(sent.lock), out);
 }
 
-// Sums of milliseconds are exact, as they are binary fractions of at most 40 bits: only the last product rounds. Times
-// a frequency in kHz they are cycles. The products of rates and frequencies are integers of less than 53 bits.
+// Sums of milliseconds are exact, as they are binary fractions of at most 40 bits; only the final product is rounded.
+// Milliseconds times kHz are cycles. Products of rates and frequencies are exact, as they have less than 53 bits.
 void MsmEpoch::PutTogether(const C& sent, const Rtcm3Satellite& satellite, double kilohertz, Rtcm3Signal& out) const {
   constexpr double kRatesInOne = 10000;               // units of the fine rate in 1 m/s
   constexpr double kLightSpeed = 299'792'458.0 * 10;  // units of the fine rate, times Hz in a kHz

@@ -1,6 +1,6 @@
 // What the two kinds of observation messages have in common.
 //
-// Internal. Ranges are put together in integers or in exact doubles and rounded once, when they become metres or
+// Internal. Ranges are assembled in integers or exact doubles and rounded once, when they are converted to metres or
 // cycles.
 #ifndef VELAGNSS_RTCM3_OBSERVATIONS_H
 #define VELAGNSS_RTCM3_OBSERVATIONS_H
@@ -11,13 +11,13 @@
 
 namespace velagnss::rtcm3 {
 
-// The way of light in a millisecond, m (RTCM 10403). Not a double: its parts are, of which the first two have no more
-// than 14 bits.
+// Distance that light travels in a millisecond, m (RTCM 10403). It is not representable as a double; its parts are, and
+// the first two have no more than 14 bits.
 inline constexpr double kMetresPerMs = 299792.458;
 inline constexpr double kMetresPerMsParts[] = {299776, 16.45703125, 0.00096875};
 
 // Metres of a range in light-milliseconds of at most 39 bits, rounded once: the products with the first two parts are
-// exact, and so is what their sum loses.
+// exact, and so is the rounding error of their sum.
 inline double MetresOf(double ms) {
   const double coarse = ms * kMetresPerMsParts[0];
   const double middle = ms * kMetresPerMsParts[1];

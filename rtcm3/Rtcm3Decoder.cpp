@@ -24,14 +24,26 @@ struct DispatchRow {
 // clang-format off
 constexpr DispatchRow kDispatch[] = {
     {  63,   63, &DecodeKeplerEphemeris},  // an early number of 1042
-    {1001, 1004, &DecodeLegacyObservations}, {1005, 1006, &DecodeStation},            {1007, 1008, &DecodeAntenna},
-    {1009, 1012, &DecodeLegacyObservations}, {1013, 1013, &DecodeSystemParameters},   {1019, 1019, &DecodeKeplerEphemeris},
-    {1020, 1020, &DecodeGlonassEphemeris},   {1029, 1029, &DecodeText},               {1030, 1031, &DecodeResiduals},
-    {1032, 1032, &DecodeStation},            {1033, 1033, &DecodeAntenna},            {1041, 1042, &DecodeKeplerEphemeris},
-    {1044, 1046, &DecodeKeplerEphemeris},    {1057, 1068, &DecodeSsr},                {1230, 1230, &DecodeGlonassBiases},
+    {1001, 1004, &DecodeLegacyObservations},
+    {1005, 1006, &DecodeStation},
+    {1007, 1008, &DecodeAntenna},
+    {1009, 1012, &DecodeLegacyObservations},
+    {1013, 1013, &DecodeSystemParameters},
+    {1019, 1019, &DecodeKeplerEphemeris},
+    {1020, 1020, &DecodeGlonassEphemeris},
+    {1029, 1029, &DecodeText},
+    {1030, 1031, &DecodeResiduals},
+    {1032, 1032, &DecodeStation},
+    {1033, 1033, &DecodeAntenna},
+    {1041, 1042, &DecodeKeplerEphemeris},
+    {1044, 1046, &DecodeKeplerEphemeris},
+    {1057, 1068, &DecodeSsr},
     {1071, 1077, &DecodeMsm}, {1081, 1087, &DecodeMsm}, {1091, 1097, &DecodeMsm}, {1101, 1107, &DecodeMsm},
     {1111, 1117, &DecodeMsm}, {1121, 1127, &DecodeMsm}, {1131, 1137, &DecodeMsm},
-    {1240, 1245, &DecodeSsr},                {1258, 1263, &DecodeSsr},                {1303, 1303, &DecodeResiduals},
+    {1230, 1230, &DecodeGlonassBiases},
+    {1240, 1245, &DecodeSsr},
+    {1258, 1263, &DecodeSsr},
+    {1303, 1303, &DecodeResiduals},
 };
 // clang-format on
 

@@ -1,17 +1,17 @@
-// Contents of RTCM 3 messages (RTCM 10403): a frame in, a record out.
+// Decodes the contents of RTCM 3 messages (RTCM 10403): a frame in, a record out.
 //
 //   velagnss::Rtcm3Decoder decoder;
 //   decoder.SeedTime(C_GnssTime(2314, 345600.0, ALGO::GNSS_GPS));
 //   const velagnss::Rtcm3Decoded& decoded = decoder.Decode(frame, length);
 //   if (const auto* epoch = std::get_if<velagnss::Rtcm3Observations>(&decoded.record)) Use(*epoch);
 //
-// Decoded are
+// Decoded messages:
 //   1001 to 1004, 1009 to 1012, 1071 to 1077 ... 1131 to 1137    observations
 //   1005, 1006, 1032, 1007, 1008, 1033, 1013, 1029, 1230         station, antenna, system parameters, text, biases
 //   1019, 1020, 1041, 1042 (63), 1044, 1045, 1046                ephemerides
 //   1057 to 1068, 1240 to 1245, 1258 to 1263                     corrections of orbits, clocks and codes
 //   1030, 1031, 1303                                             residuals of a network
-// Of every other message the record has number and payload.
+// The record of any other message holds its number and payload.
 #ifndef VELAGNSS_RTCM3_RTCM3_DECODER_H
 #define VELAGNSS_RTCM3_RTCM3_DECODER_H
 
@@ -24,23 +24,23 @@
 
 namespace velagnss {
 
-// What a frame came to.
+// Result of decoding a frame.
 struct Rtcm3Decoded {
   unsigned int result = 0;     // code of records/ResultCodes.h
-  unsigned short message = 0;  // number; 0 if the frame has none
+  unsigned short message = 0;  // number; 0 if there is none
   Rtcm3Record record;
 };
 
-// Decodes one frame after the other. Keeps what messages leave to earlier ones: the time, the leap seconds, the
-// frequency channels of GLONASS, the lock of each signal. One decoder serves one stream at a time, on one thread. It
+// Decodes one frame after another. Keeps what later messages depend on: the time, the leap seconds, the frequency
+// channels of GLONASS, and the lock of each signal. One decoder serves one stream at a time, on one thread. It
 // allocates memory in its constructor only, throws nothing later, and looks at no clock and no locale.
 //
-// Time. Weeks come modulo 1024 or not at all, days of GLONASS often not at all. They are resolved to be nearest to a
-// known time: at first that of `SeedTime`, then that of the latest observations. Without a seed the dates of the stream
-// take its place: those of 1013 and 1029, or of the first ephemeris of a healthy BeiDou or Galileo satellite, whose
-// weeks do not repeat. So a seed has to lie within 9.8 years of the data for the weeks of ephemerides, within half a
-// week for those of observations, and within half a day for GLONASS observations without a day of week; gaps in the
-// stream have to be shorter than that too.
+// Time. Messages carry weeks modulo 1024 or not at all, and GLONASS messages often no day. The decoder picks the week
+// or day nearest to a known time: first that of `SeedTime`, then that of the latest observations. Without a seed it
+// uses the dates of the stream: those of 1013 and 1029, or of the first ephemeris of a healthy BeiDou or Galileo
+// satellite, whose weeks do not repeat before 2078. A seed must be within 9.8 years of the data to resolve ephemerides,
+// within half a week to resolve observations, and within half a day for GLONASS observations without a day of week.
+// Gaps in the stream must be shorter than that as well.
 class VELAGNSS_API Rtcm3Decoder {
  public:
   Rtcm3Decoder();
@@ -48,9 +48,9 @@ class VELAGNSS_API Rtcm3Decoder {
   Rtcm3Decoder(const Rtcm3Decoder&) = delete;
   Rtcm3Decoder& operator=(const Rtcm3Decoder&) = delete;
 
-  // Decodes one frame, from its preamble to the last byte of its checksum. The answer stays until the next call;
-  // `Rtcm3Payload` points into the frame. The payload may be longer than the message: what follows the last field that
-  // is known is not looked at. Results, in the order of the checks:
+  // Decodes one frame, from its preamble to the last byte of its checksum. The answer is valid until the next call;
+  // `Rtcm3Payload` points into the frame. A payload may be longer than the message: what follows the last known field
+  // is ignored. Results, in the order of the checks:
   //   eResultNull        `frame` is null
   //   eResultTooShort    fewer bytes than the frame has
   //   eResultBadSync     no preamble, or one of the six bits after it is set
@@ -58,19 +58,20 @@ class VELAGNSS_API Rtcm3Decoder {
   //   eResultChecksum    checksum mismatch
   //   eResultPastEnd     the payload ends before its last field
   //   eResultOutOfRange  an ephemeris of satellite 0; a satellite mask and a signal mask of more than 64 cells
-  //   eResultBadField    a correction followed by bits that are not padding: another layout
+  //   eResultBadField    a correction followed by more than padding: it has another layout
   //   eResultNoSeed      an ephemeris whose week cannot be resolved; the record is filled but for weeks and day
   //   eResultOk          also for messages that are not decoded
-  // A failure leaves the record as `Rtcm3Payload`, or empty if the frame itself is at fault. It changes no state.
+  // After a failure the record is an `Rtcm3Payload`, or empty if the frame itself is at fault, and the decoder's state
+  // is as before.
   const Rtcm3Decoded& Decode(const unsigned char* frame, std::size_t length);
 
-  // Makes a time known. Systems are GPS, Galileo, QZSS, NavIC (all GPS time), BeiDou (GPS time - 14 s) and GLONASS
-  // (UTC + 3 h); times of other systems, and those of week 0 and 0.0 s, are ignored. Dates of the stream then have no
-  // effect.
+  // Sets the known time; dates of the stream are then ignored. The system may be GPS, Galileo, QZSS or NavIC (all GPS
+  // time), BeiDou (GPS time - 14 s) or GLONASS (UTC + 3 h). A time of another system, or of week 0 and 0.0 s, is
+  // ignored.
   void SeedTime(const C_GnssTime& time);
 
-  // GPS time - UTC, in seconds. Without it and without 1013 it follows from the date, by a table that ends with the
-  // 18 s of 2017; before any date it is taken as 18.
+  // GPS time - UTC, in seconds. If neither this call nor a message 1013 has set it, it follows from the date, by a
+  // table that ends with the 18 s of 2017; without a date it is 18.
   void SetLeapSeconds(unsigned char seconds);
 
   // Frequency channel of a GLONASS slot 1 to 24: -7 to +13, or -128 for unknown. False, and nothing changed, for any
@@ -80,7 +81,7 @@ class VELAGNSS_API Rtcm3Decoder {
   // The channel known for a slot; -128 for unknown, and outside 1 to 24.
   signed char GlonassChannel(unsigned char slot) const;
 
-  // As constructed: time, leap seconds, channels and locks are forgotten.
+  // Back to the state after construction: forgets time, leap seconds, channels and locks.
   void Reset();
 
  private:

@@ -13,7 +13,7 @@ inline constexpr unsigned int kSystems = 7;      // `ALGO::eGNSSSystem` 0 to 6, 
 inline constexpr unsigned int kMsmSignals = 32;  // numbered from 1
 inline constexpr unsigned int kSsrSignals = 32;  // numbered from 0
 
-// Carriers are kilohertz, of which all are a multiple of a half: so phases in cycles need one rounding only.
+// Carriers are in kilohertz: all are multiples of a half, so phases in cycles need a single rounding.
 struct Signal {
   char code[3] = {};  // empty: not a known signal
   unsigned char frequency = ALGO::FREQ_UNKNOWN;
@@ -22,7 +22,7 @@ struct Signal {
   double kilohertzPerChannel = 0;  // GLONASS
 };
 
-// A signal by its RINEX code; an empty code gives the signal that is not known.
+// The signal of a RINEX code; an empty code gives an unknown signal.
 Signal FindSignal(ALGO::eGNSSSystem system, const char* code);
 
 // Signal `number`, 1 to 32, of an MSM.

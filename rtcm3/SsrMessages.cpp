@@ -1,7 +1,7 @@
 // Corrections of orbits, clocks and codes: 1057 to 1068, 1240 to 1245, 1258 to 1263.
 //
-// Six messages for each of four systems, in the same order from the system's first number on. They differ between the
-// systems in the fields of time, satellite and issue of data only.
+// Each of the four systems has six messages, in the same order. They differ between systems only in the fields for
+// time, satellite and issue of data.
 #include "records/ResultCodes.h"
 #include "rtcm3/Fields.h"
 #include "rtcm3/Signals.h"
@@ -37,6 +37,9 @@ void Accuracy(S& s, std::int64_t raw, double) {
   s.accuracy = quarterMm / 4000;
 }
 
+// In units of 8 s.
+void ToeModulo(S& s, std::int64_t raw, double) { s.toe = static_cast<unsigned short>(8 * raw); }
+
 // clang-format off
 constexpr Field<R> kWeekTime[] = {{385, 20, kUnsigned, {}, Sent}};  // DF458 and DF465 are alike
 constexpr Field<R> kDayTime[] =  {{386, 17, kUnsigned, {}, Sent}};  // GLONASS
@@ -57,7 +60,7 @@ constexpr Field<S> kSatellite5[] = {{384,  5, kUnsigned, {},       Store<&S::svI
 constexpr Field<S> kIssue8[] =     {{ 71,  8, kUnsigned, {},       Store<&S::issue>}};  // DF392 is alike
 constexpr Field<S> kIssue10[] =    {{459, 10, kUnsigned, {},       Store<&S::issue>}};
 constexpr Field<S> kToeAndIssue[] = {
-    {470, 10, kUnsigned, Times(8), [](S& s, std::int64_t, double value) { s.toe = static_cast<unsigned short>(value); }},
+    {470, 10, kUnsigned, {},       ToeModulo},
     {471,  8, kUnsigned, {},       Store<&S::issue>},
 };
 constexpr Field<S> kOrbit[] = {
@@ -90,10 +93,14 @@ struct SsrSystem {
   bool (*readIssue)(BitReader&, S&);
 };
 constexpr SsrSystem kSsrSystems[] = {  // descending
-    {1258, ALGO::GNSS_BEIDOU,  TimeField::BeidouWeek, ReadFields<kWeekTime, R>, ReadFields<kSatellite6, S>, ReadFields<kToeAndIssue, S>},
-    {1240, ALGO::GNSS_GALILEO, TimeField::GpsWeek,    ReadFields<kWeekTime, R>, ReadFields<kSatellite6, S>, ReadFields<kIssue10, S>},
-    {1063, ALGO::GNSS_GLONASS, TimeField::GlonassDay, ReadFields<kDayTime, R>,  ReadFields<kSatellite5, S>, ReadFields<kIssue8, S>},
-    {1057, ALGO::GNSS_GPS,     TimeField::GpsWeek,    ReadFields<kWeekTime, R>, ReadFields<kSatellite6, S>, ReadFields<kIssue8, S>},
+    {1258, ALGO::GNSS_BEIDOU,  TimeField::BeidouWeek,
+     ReadFields<kWeekTime, R>, ReadFields<kSatellite6, S>, ReadFields<kToeAndIssue, S>},
+    {1240, ALGO::GNSS_GALILEO, TimeField::GpsWeek,
+     ReadFields<kWeekTime, R>, ReadFields<kSatellite6, S>, ReadFields<kIssue10, S>},
+    {1063, ALGO::GNSS_GLONASS, TimeField::GlonassDay,
+     ReadFields<kDayTime, R>,  ReadFields<kSatellite5, S>, ReadFields<kIssue8, S>},
+    {1057, ALGO::GNSS_GPS,     TimeField::GpsWeek,
+     ReadFields<kWeekTime, R>, ReadFields<kSatellite6, S>, ReadFields<kIssue8, S>},
 };
 // clang-format on
 
@@ -143,8 +150,8 @@ bool ReadHead(const SsrSystem& system, const SsrKind& kind, BitReader& reader, R
          (!kind.hasDatum || ReadFields<kDatum>(reader, out)) && ReadFields<kSource>(reader, out);
 }
 
-// Streams of about 2010 have a shorter head in 1059 and 1060. Read by the final layout, they leave data behind the last
-// field, where there should be less than a byte, or zeros.
+// Streams of about 2010 use a draft of 1059 and 1060 with a shorter head. Read with the final layout, they leave data
+// after the last field, where at most seven bits or zeros are expected.
 bool IsRestEmpty(BitReader reader) {
   constexpr unsigned int kByte = 8;
   bool isEmpty = true;

@@ -24,7 +24,7 @@ class GlonassChannels {
   void Clear() { std::fill(std::begin(m_channels), std::end(m_channels), NA_CHANNEL); }
   signed char Of(unsigned int slot) const { return slot <= kSlots ? m_channels[slot] : NA_CHANNEL; }
 
-  // False for what is neither.
+  // False for anything else.
   bool Set(unsigned int slot, signed char channel) {
     if (slot < 1 || slot > kSlots || (!IsChannel(channel) && channel != NA_CHANNEL)) return false;
     m_channels[slot] = channel;
@@ -42,7 +42,7 @@ struct State {
   GlonassChannels channels;
   LockHistory locks;
 
-  // All but the memory, which is kept.
+  // Forgets everything; no memory is released.
   void Clear() {
     clock = {};
     channels.Clear();
@@ -50,8 +50,8 @@ struct State {
   }
 };
 
-// Decode the payload of message `number`, one of those that dispatch to them, into a record of their own. Results are
-// codes of records/ResultCodes.h. After a failure the state is as before and the record may be filled in part.
+// Each decodes the payload of message `number`, one of its own, into its kind of record. Results are
+// codes of records/ResultCodes.h. After a failure the state is unchanged and the record may be partly filled.
 using t_DecodeMessage = unsigned int(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record);
 t_DecodeMessage DecodeStation, DecodeAntenna, DecodeSystemParameters, DecodeText, DecodeGlonassBiases, DecodeResiduals;
 t_DecodeMessage DecodeKeplerEphemeris, DecodeGlonassEphemeris;

@@ -70,10 +70,14 @@ struct BiasMask {
   Rtcm3GlonassBiases& record;
   unsigned int mask = 0;
 };
+template <auto Member>
+void OfRecord(BiasMask& m, std::int64_t raw, double value) {
+  Assign(m.record.*Member, raw, value);
+}
 using B = Rtcm3GlonassBiases;
 constexpr Field<BiasMask> kBiasHead[] = {
-    {  3, 12, kUnsigned, {}, [](BiasMask& m, std::int64_t raw, double) { m.record.station = static_cast<unsigned short>(raw); }},
-    {421,  1, kUnsigned, {}, [](BiasMask& m, std::int64_t raw, double) { m.record.isAligned = static_cast<unsigned char>(raw); }},
+    {  3, 12, kUnsigned, {}, OfRecord<&B::station>},
+    {421,  1, kUnsigned, {}, OfRecord<&B::isAligned>},
     {  0,  3, kReserved},
     {422,  4, kUnsigned, {}, Store<&BiasMask::mask>},
 };
@@ -85,16 +89,17 @@ constexpr Field<B> kBiases[] = {
 };
 
 using D = Rtcm3Residuals;
+void Sent(D& d, std::int64_t raw, double) { d.time.sent = static_cast<std::uint32_t>(raw); }
 using Q = Rtcm3Residuals::Satellite;
 // Heads of 1030, 1031 and 1303; they differ in the time.
 constexpr Field<D> kGpsResiduals[] = {
-    {224, 20, kUnsigned, {}, [](D& d, std::int64_t raw, double) { d.time.sent = static_cast<std::uint32_t>(raw); }},
+    {224, 20, kUnsigned, {}, Sent},
     {  3, 12, kUnsigned, {}, Store<&D::station>},
     {223,  7, kUnsigned, {}, Store<&D::numReferences>},
     {  6,  5, kUnsigned, {}, Store<&D::numSatellites>},
 };
 constexpr Field<D> kGlonassResiduals[] = {
-    {225, 17, kUnsigned, {}, [](D& d, std::int64_t raw, double) { d.time.sent = static_cast<std::uint32_t>(raw); }},
+    {225, 17, kUnsigned, {}, Sent},
     {  3, 12, kUnsigned, {}, Store<&D::station>},
     {223,  7, kUnsigned, {}, Store<&D::numReferences>},
     { 35,  5, kUnsigned, {}, Store<&D::numSatellites>},
@@ -109,7 +114,7 @@ constexpr Field<Q> kResiduals[] = {
 };
 // clang-format on
 
-// A text: a byte that counts, and as many bytes. Neither is read if the payload ends before.
+// A text: its length in a byte, then its bytes.
 [[nodiscard]] bool ReadText(BitReader& reader, Rtcm3Text& text) {
   constexpr unsigned int kByte = 8;
   if (reader.BitsLeft() < kByte) return false;

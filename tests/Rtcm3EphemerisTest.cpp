@@ -106,7 +106,7 @@ std::vector<S_Sent<K>> Galileo(std::int64_t number, const std::vector<S_Sent<K>>
   return fields;
 }
 
-// What is no double in the record, or is beside it.
+// Members that are not doubles, and those outside of `ephemeris`.
 struct S_KeplerCase {
   const char* name;
   std::vector<S_Sent<K>> fields;
