@@ -28,7 +28,7 @@ namespace velagnss {
 struct Rtcm3Decoded {
   unsigned int result = 0;     // code of records/ResultCodes.h
   unsigned short message = 0;  // number; 0 if there is none
-  Rtcm3Record record;
+  Rtcm3Record record;          // the contents
 };
 
 // Decodes one frame after another. Keeps what later messages depend on: the time, the leap seconds, the frequency

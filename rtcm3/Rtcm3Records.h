@@ -47,14 +47,15 @@ struct Rtcm3Station {
   unsigned short physicalStation = NA_U16;  // 1032: the physical station of a computed one
   unsigned char itrfYear = 0;               // realization of the reference frame; reserved
   unsigned char servesGps = NA_U8;          // 1: the station provides this system
-  unsigned char servesGlonass = NA_U8;
-  unsigned char servesGalileo = NA_U8;
-  unsigned char isComputed = NA_U8;        // 1: not a physical station
-  unsigned char singleOscillator = NA_U8;  // 1: all observations are taken at the same instant
-  unsigned char quarterCycle = NA_U8;      // 0 unknown, 1 phases corrected for quarter-cycle shifts, 2 not corrected
-  double x = NA_DOUBLE;                    // m, antenna reference point, Earth-centred, Earth-fixed; not available if
-  double y = NA_DOUBLE;                    // all three were sent as zero, which means "not set"
-  double z = NA_DOUBLE;
+  unsigned char servesGlonass = NA_U8;      // likewise
+  unsigned char servesGalileo = NA_U8;      // likewise
+  unsigned char isComputed = NA_U8;         // 1: not a physical station
+  unsigned char singleOscillator = NA_U8;   // 1: all observations are taken at the same instant
+  unsigned char quarterCycle = NA_U8;       // 0 unknown, 1 phases corrected for quarter-cycle shifts, 2 not corrected
+  double x = NA_DOUBLE;  // m, antenna reference point, Earth-centred, Earth-fixed; not available if all three
+                         // were sent as zero, which means "not set"
+  double y = NA_DOUBLE;  // m
+  double z = NA_DOUBLE;  // m
   double antennaHeight = NA_DOUBLE;  // m, reference point above the marker: 1006
 };
 
@@ -66,9 +67,9 @@ struct Rtcm3Antenna {
   unsigned char setup = NA_U8;  // 0: the standard model of this antenna type applies
   Rtcm3Text antenna;            // IGS name
   Rtcm3Text antennaSerial;      // 1008, 1033
-  Rtcm3Text receiver;           // 1033, as are the next two
-  Rtcm3Text firmware;
-  Rtcm3Text receiverSerial;
+  Rtcm3Text receiver;           // 1033
+  Rtcm3Text firmware;           // 1033
+  Rtcm3Text receiverSerial;     // 1033
 };
 
 // Date, leap seconds and announced messages: 1013.
@@ -80,15 +81,15 @@ struct Rtcm3SystemParameters {
     double interval = NA_DOUBLE;  // s
   };
 
-  static constexpr std::size_t kMaxAnnouncements = 31;
+  static constexpr std::size_t kMaxAnnouncements = 31;  // the count has 5 bits
 
-  unsigned short message = 0;         // number
-  unsigned short station = 0;         // reference station, 0 to 4095
-  unsigned short mjd = 0;             // Modified Julian Day, UTC
-  std::uint32_t secondOfDay = 0;      // UTC, 0 to 86400
-  unsigned char leapSeconds = NA_U8;  // GPS time - UTC, s
-  unsigned char numAnnouncements = 0;
-  Announcement announcements[kMaxAnnouncements];
+  unsigned short message = 0;                     // number
+  unsigned short station = 0;                     // reference station, 0 to 4095
+  unsigned short mjd = 0;                         // Modified Julian Day, UTC
+  std::uint32_t secondOfDay = 0;                  // UTC, 0 to 86400
+  unsigned char leapSeconds = NA_U8;              // GPS time - UTC, s
+  unsigned char numAnnouncements = 0;             // set in `announcements`
+  Announcement announcements[kMaxAnnouncements];  // in the order of the message
 };
 
 // A text message: 1029.
@@ -124,15 +125,15 @@ struct Rtcm3Residuals {
     double ionoDistance = NA_DOUBLE;  // ppm, dispersive
   };
 
-  static constexpr std::size_t kMaxSatellites = 31;
+  static constexpr std::size_t kMaxSatellites = 31;  // the count has 5 bits
 
-  unsigned short message = 0;  // number
-  unsigned short station = 0;  // reference station, 0 to 4095
-  ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;
-  Rtcm3Time time;                   // `sent` in s
-  unsigned char numReferences = 0;  // reference stations used
-  unsigned char numSatellites = 0;
-  Satellite satellites[kMaxSatellites];
+  unsigned short message = 0;                     // number
+  unsigned short station = 0;                     // reference station, 0 to 4095
+  ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;  // of the message
+  Rtcm3Time time;                                 // `sent` in s
+  unsigned char numReferences = 0;                // reference stations used
+  unsigned char numSatellites = 0;                // set in `satellites`
+  Satellite satellites[kMaxSatellites];           // in the order of the message
 };
 
 // Whether a signal has stayed in lock since its last observation by the same station.
@@ -176,8 +177,8 @@ struct Rtcm3Signal {
 // their times differ by less than 5 ms. The epoch is complete with the first message whose `isMoreToCome` is false, or
 // when the time changes. Times of all systems are comparable, as they are GPS time.
 struct Rtcm3Observations {
-  static constexpr std::size_t kMaxSatellites = 64;
-  static constexpr std::size_t kMaxSignals = 64;
+  static constexpr std::size_t kMaxSatellites = 64;  // bits of the mask
+  static constexpr std::size_t kMaxSignals = 64;     // cells of an MSM
 
   unsigned short message = 0;                     // number
   unsigned short station = 0;                     // reference station, 0 to 4095
@@ -191,8 +192,8 @@ struct Rtcm3Observations {
   unsigned char isSmoothed = NA_U8;               // 1: divergence-free smoothing
   unsigned char smoothingInterval = NA_U8;        // 0 none; 1 below 30 s; then to 1, 2, 4, 8 min; 6 more; 7 unlimited
   double rangeModulus = 0.0;  // m: ranges are known modulo this (1001, 1003, 1009, 1011, MSM1 to MSM3); 0: whole ranges
-  unsigned char numSatellites = 0;
-  unsigned char numSignals = 0;
+  unsigned char numSatellites = 0;            // set in `satellites`
+  unsigned char numSignals = 0;               // set in `signals`
   Rtcm3Satellite satellites[kMaxSatellites];  // in the order of the message
   Rtcm3Signal signals[kMaxSignals];           // likewise, satellite by satellite
 };
@@ -212,8 +213,8 @@ struct Rtcm3Observations {
 //   Tgd             Galileo: BGD E5a/E1; BeiDou: TGD1
 //   CodeOnL2, L2PDataFlag, FitInterval    not available where the message has no such field
 struct Rtcm3KeplerEphemeris {
-  unsigned short message = 0;  // number
-  S_IFKeplerEphRec ephemeris{};
+  unsigned short message = 0;           // number
+  S_IFKeplerEphRec ephemeris{};         // see above
   unsigned short weekSent = NA_U16;     // as sent, in the system's own count
   unsigned char accuracyIndex = NA_U8;  // URA or SISA index, as sent
   unsigned char fitFlag = NA_U8;        // GPS, QZSS: as sent
@@ -226,8 +227,8 @@ struct Rtcm3KeplerEphemeris {
 // `ephemeris` holds what the decoder of the binary protocol would put there, but only the high bit of the word Bn, and
 // no slot number of string 4 (`N`). TauC, TauGps and N4 are available if `hasMore` is 1.
 struct Rtcm3PvaEphemeris {
-  unsigned short message = 0;  // number
-  S_IFPvaEphRec ephemeris{};
+  unsigned short message = 0;             // number
+  S_IFPvaEphRec ephemeris{};              // see above
   unsigned short frameTimeSent = NA_U16;  // tk as sent: 5 bits hours, 6 bits minutes, 1 bit half minutes
   unsigned char almanacHealth = NA_U8;    // 1 healthy; not available if the station does not know
   unsigned char hasMore = NA_U8;          // 1: the fields of string 5 are valid
@@ -268,30 +269,30 @@ struct Rtcm3Ssr {
     double bias = NA_DOUBLE;   // m
   };
 
-  static constexpr std::size_t kMaxSatellites = 63;
-  static constexpr std::size_t kMaxBiases = 430;  // the longest payload holds no more, at 19 bits each
+  static constexpr std::size_t kMaxSatellites = 63;  // the count has 6 bits
+  static constexpr std::size_t kMaxBiases = 430;     // the longest payload holds no more, at 19 bits each
 
-  unsigned short message = 0;  // number
-  ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;
-  Rtcm3Time time;                     // `sent` in s
-  unsigned char updateCode = 0;       // 0 to 15
-  unsigned short updateInterval = 0;  // s
-  bool isMoreToCome = false;          // more messages of this set follow
-  unsigned char isRegional = NA_U8;   // orbits: 0 ITRF, 1 a regional datum
-  unsigned char issue = 0;            // messages with the same time and issue belong together
-  unsigned short provider = 0;
-  unsigned char solution = 0;
-  unsigned char numSatellites = 0;
-  unsigned short numBiases = 0;
-  Satellite satellites[kMaxSatellites];
-  Bias biases[kMaxBiases];  // satellite by satellite
+  unsigned short message = 0;                     // number
+  ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;  // of the message
+  Rtcm3Time time;                                 // `sent` in s
+  unsigned char updateCode = 0;                   // 0 to 15
+  unsigned short updateInterval = 0;              // s
+  bool isMoreToCome = false;                      // more messages of this set follow
+  unsigned char isRegional = NA_U8;               // orbits: 0 ITRF, 1 a regional datum
+  unsigned char issue = 0;                        // messages with the same time and issue belong together
+  unsigned short provider = 0;                    // of the corrections
+  unsigned char solution = 0;                     // of the provider
+  unsigned char numSatellites = 0;                // set in `satellites`
+  unsigned short numBiases = 0;                   // set in `biases`
+  Satellite satellites[kMaxSatellites];           // in the order of the message
+  Bias biases[kMaxBiases];                        // satellite by satellite
 };
 
 // A message that is not decoded or is faulty: its number, and its payload as part of the frame.
 struct Rtcm3Payload {
-  unsigned short message = 0;  // number
-  const unsigned char* data = nullptr;
-  std::size_t size = 0;
+  unsigned short message = 0;           // number
+  const unsigned char* data = nullptr;  // first byte
+  std::size_t size = 0;                 // bytes
 };
 
 // The contents of one frame. `std::monostate`: no valid frame.
