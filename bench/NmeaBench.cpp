@@ -6,12 +6,14 @@
 #include <string>
 #include <string_view>
 
-#include "textproto/FieldParsers.h"
+#include "textproto/CheckedSentence.h"
+#include "textproto/FieldValues.h"
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/NumberText.h"
 
 namespace {
 
+namespace NumberText = velagnss::textproto::NumberText;
 using t_Type = C_RawDataMessage;
 
 // As MakeDecodable leaves them.
@@ -68,6 +70,51 @@ void MakeDecodable(benchmark::State& state, const char* text) {
 BENCHMARK_CAPTURE(MakeDecodable, RMC, kRmc);
 BENCHMARK_CAPTURE(MakeDecodable, GSV, kGsv);
 
+// From the recognizer to the record, sentences whole and older: by a host, and by the library's own layer above.
+constexpr const char* kOldRmc = "$GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191194,020.3,E";
+constexpr const char* kShortGsv = "$GPGSV,3,3,09,29,36,029,42,1";
+
+template <class Way>
+void Measure(benchmark::State& state, const char* text, Way decode) {
+  const std::string sentence = WithChecksum(text);
+  U_EcdDcdData data;
+  for (auto _ : state) {
+    const unsigned int result = decode(reinterpret_cast<const unsigned char*>(sentence.data()),
+                                       static_cast<unsigned short>(sentence.size()), data);
+    if (result != 0) return state.SkipWithError("not decoded");
+    benchmark::DoNotOptimize(data);
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(sentence.size()));
+}
+
+void AnyByHost(benchmark::State& state, const char* text, t_Type::eNMEA0183Messages type) {
+  C_NMEA_EncodeDecode nmea;
+  Measure(state, text, [&nmea, type](const unsigned char* sentence, unsigned short length, U_EcdDcdData& data) {
+    unsigned char whole[1024];
+    const unsigned int result = C_NMEA_EncodeDecode::MakeDecodable(sentence, length, whole, length);
+    return result == 0 ? nmea.Decode(whole, length, type, data) : result;
+  });
+}
+
+void AnyByLibrary(benchmark::State& state, const char* text, t_Type::eNMEA0183Messages type) {
+  Measure(state, text, [type](const unsigned char* sentence, unsigned short length, U_EcdDcdData& data) {
+    char variationLetter = '\0';
+    const unsigned int result =
+        velagnss::textproto::DecodeCheckedSentence(sentence, length, type, data, variationLetter);
+    benchmark::DoNotOptimize(variationLetter);
+    return result;
+  });
+}
+
+#define BOTH_WAYS(name, text, type)               \
+  BENCHMARK_CAPTURE(AnyByHost, name, text, type); \
+  BENCHMARK_CAPTURE(AnyByLibrary, name, text, type)
+BOTH_WAYS(GGA, kGga, t_Type::eNmeaGGA);
+BOTH_WAYS(RMC, kRmc, t_Type::eNmeaRMC);
+BOTH_WAYS(OldRMC, kOldRmc, t_Type::eNmeaRMC);
+BOTH_WAYS(GSV, kGsv, t_Type::eNmeaGSV);
+BOTH_WAYS(ShortGSV, kShortGsv, t_Type::eNmeaGSV);
+
 void Encode(benchmark::State& state, const char* text, t_Type::eNMEA0183Messages type) {
   std::string sentence = WithChecksum(text);
   C_NMEA_EncodeDecode nmea;
@@ -90,7 +137,7 @@ void ReadNumber(benchmark::State& state, const char* text) {
   const std::string_view number(text);
   double value = 0;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(UTIL::StrToDBL(number, value, 1));
+    benchmark::DoNotOptimize(velagnss::textproto::StrToDBL(number, value, 1));
     benchmark::DoNotOptimize(value);
   }
 }

@@ -1,4 +1,7 @@
-// Per-satellite history of observations, by which breaks of lock are found.
+// History of the observations of each satellite, from which breaks of lock are found.
+//
+// Internal. Observation messages are not decoded yet, so nothing is written into the history: it has its memory,
+// because the decoder must not allocate once it is constructed, and it can be cleared.
 #ifndef VELAGNSS_BINPROTO_CONTINUITY_TRACKER_H
 #define VELAGNSS_BINPROTO_CONTINUITY_TRACKER_H
 
@@ -7,19 +10,21 @@
 
 class C_SatelliteList;
 
-// Has place for its slots and can be cleared. Nothing is written into it as long as observation messages are not
-// decoded.
+namespace velagnss::binproto {
+
 class C_ContinuityTracker {
  public:
-  // Allocates all there will be. The list is not owned and may be null.
+  // Allocates everything it will ever need. The list is not owned and may be null.
   C_ContinuityTracker(const C_SatelliteList* satellites, unsigned short slots)
       : m_satellites(satellites), m_history(slots) {}
 
+  // Forgets the history; list and slots stay.
   void Reset() { std::fill(m_history.begin(), m_history.end(), S_History{}); }
 
   const C_SatelliteList* Satellites() const { return m_satellites; }
 
  private:
+  // Of one slot.
   struct S_History {
     double lastTime = 0;         // s
     unsigned int lockCount = 0;  // as last received
@@ -28,5 +33,7 @@ class C_ContinuityTracker {
   const C_SatelliteList* m_satellites;
   std::vector<S_History> m_history;
 };
+
+}  // namespace velagnss::binproto
 
 #endif  // VELAGNSS_BINPROTO_CONTINUITY_TRACKER_H

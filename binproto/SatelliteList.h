@@ -4,8 +4,8 @@
 
 #include "velagnss_export.h"
 
-// Given to `C_VelaBin_Decode`, which keeps a pointer to it and never changes it: it must outlive the decoder. As the
-// observation messages are not decoded, nothing is looked up in it yet; it holds nothing and can only be empty.
+// `C_VelaBin_Decode` keeps a pointer to the list that it is given, so that the list must outlive the decoder, and never
+// changes it. Observation messages are not decoded yet: nothing is looked up in the list, and it can only be empty.
 class VELAGNSS_API C_SatelliteList {
  public:
   // An empty list.

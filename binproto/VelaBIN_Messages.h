@@ -1,4 +1,4 @@
-// The messages of the receiver's binary protocol "VelaBIN", as they stand on the wire and in memory.
+// The messages of the receiver's binary protocol "VelaBIN", as they are on the wire and in memory.
 //
 // A frame, all numbers little-endian (N is the data length, at most 2037):
 //
@@ -8,18 +8,16 @@
 //   6       2     data length N
 //   8       N     data, the body of the message
 //   8+N     2     checksum: sum of the N data bytes, each as an unsigned number, modulo 65536
-//   10+N    2     carriage return, line feed; not part of the frame that is handed to a decoder
+//   10+N    2     carriage return, line feed; not part of the frame that a decoder takes
 //
-// The sum covers the data alone. A damaged bit in the data or in the sum is always noticed, one in the sync or in the
-// length nearly always; a message number turned into another supported one is not, and zeroes sum to zero: a header
-// followed by nothing but zeroes is a valid frame. Two damaged bits may cancel each other.
+// The sum covers only the data. One damaged bit in the data or in the sum is always detected, one in the sync or in the
+// length nearly always. Not detected is a message number that became another supported one. Two damaged bits may cancel
+// each other. As zeros sum to zero, a header followed by nothing but zeros is a valid frame.
 //
-// Every message record is the header, the body, the trailer. Between the header and the trailer a record holds the body
-// byte by byte as the wire does.
+// Every message record is a header, a body and a trailer. The body has the same bytes in the record as on the wire.
 //
-// Bodies that are known: 25, 35, 45, 95 (`S_BinMsg95`), 65, 93 and 209. Of these only 25, 65, 93 and 95 are decoded
-// into interface records; `VelaBin_Decode.h` says what becomes of the others. The bodies of 1, 2, 3, 5, 16, 34, 36, 44,
-// 66, 76, 94, 122 and 180 are raw bytes: NOT DECODED.
+// The layouts of 25, 35, 45, 95 (`S_BinMsg95`), 65, 93 and 209 are known, those of the other bodies are not: they are
+// raw bytes. `VelaBin_Decode.h` lists how far each message is decoded.
 #ifndef VELAGNSS_BINPROTO_VELABIN_MESSAGES_H
 #define VELAGNSS_BINPROTO_VELABIN_MESSAGES_H
 
@@ -29,7 +27,7 @@
 
 namespace VelaBIN_Messages {
 
-// The supported message numbers; the number is the value. Any other number may be passed where a type is asked for.
+// The supported message numbers; the value is the number. Any other number may be passed as a type.
 enum eMessageTypes : unsigned int {
   eBin1 = 1,      // status or position; raw
   eBin2 = 2,      // status or position; raw
@@ -38,10 +36,10 @@ enum eMessageTypes : unsigned int {
   eBin16 = 16,    // observations; raw
   eBin25 = 25,    // QZSS ephemeris, raw subframes; decoded
   eBin34 = 34,    // status; raw
-  eBin35 = 35,    // BeiDou ephemeris, raw words; kept, not decoded
+  eBin35 = 35,    // BeiDou ephemeris, raw words; not decoded
   eBin36 = 36,    // observations; raw
   eBin44 = 44,    // status; raw
-  eBin45 = 45,    // Galileo ephemeris, raw words; kept, not decoded
+  eBin45 = 45,    // Galileo ephemeris, raw words; not decoded
   eBin65 = 65,    // GLONASS ephemeris, raw strings; decoded
   eBin66 = 66,    // observations; raw
   eBin76 = 76,    // observations; raw
@@ -53,30 +51,30 @@ enum eMessageTypes : unsigned int {
   eBin209 = 209,  // status; fields of known size, meaning unknown
 };
 
-// The greatest message number that a frame may carry, supported or not.
+// The largest message number that a frame may carry, supported or not.
 inline constexpr unsigned short kMaxMessageNumber = 209;
 
-// What stands behind the sync of every frame, and in front of every record.
+// Follows the sync in every frame, and starts every record.
 struct S_MsgHeader {
   std::uint16_t BlockId;     // message number
   std::uint16_t DataLength;  // N, bytes
 };
 
-// What stands behind the data.
+// Follows the data.
 struct S_MsgTrailer {
   std::uint16_t Checksum;    // sum of the data bytes
   std::uint16_t Terminator;  // always 0x0A0D, carriage return and line feed; never read from a frame
 };
 
-// A message whose body is not decoded: its data bytes as received, as many as its frame always has.
+// A message whose body is not decoded: its data bytes as received.
 template <unsigned short Length>
 struct S_UndecodedMsg {
-  S_MsgHeader Header;         // its data length may be greater than `Length`, never less
+  S_MsgHeader Header;         // its data length may exceed `Length` but is never less
   std::uint8_t Body[Length];  // the first `Length` data bytes
-  S_MsgTrailer Trailer;       // of what stands behind them
+  S_MsgTrailer Trailer;       // read right after them
 };
 
-// The messages whose body is handed out as it came. Status and observations; their fields are not known here.
+// The messages whose body is not decoded: status and observations of unknown layout.
 struct S_BinMsg1 : S_UndecodedMsg<52> {};
 struct S_BinMsg2 : S_UndecodedMsg<16> {};
 struct S_BinMsg3 : S_UndecodedMsg<116> {};
@@ -93,8 +91,8 @@ struct S_BinMsg122 : S_UndecodedMsg<80> {};
 struct S_BinMsg180 : S_UndecodedMsg<232> {};
 
 // Ephemeris of one GPS (95) or QZSS (25) satellite: subframes 1 to 3 of the legacy navigation message (IS-GPS-200,
-// 20.3.3), ten words each. A word stands in the low 30 bits, the first bit sent in bit 29; its parity is carried but
-// not checked. The messages 35 and 45 use the same record for words of another kind.
+// 20.3.3), ten words each. A word is in the low 30 bits, with the first bit sent in bit 29; its parity is passed on
+// unchecked. Messages 35 and 45 use the same record for words of other systems.
 struct S_BinMsg95 {
   S_MsgHeader Header;           // 95 or 25; 35 or 45
   std::uint16_t Prn;            // satellite number: GPS 1 to 64, QZSS 183 to 211
@@ -102,15 +100,15 @@ struct S_BinMsg95 {
   std::uint32_t Subframe1[10];  // clock, accuracy, health
   std::uint32_t Subframe2[10];  // orbit, first half
   std::uint32_t Subframe3[10];  // orbit, second half
-  S_MsgTrailer Trailer;         // checksum of the 128 bytes between
+  S_MsgTrailer Trailer;         // checksum of the 128 data bytes
 };
 
 // One string of a GLONASS navigation frame (GLONASS ICD, 4.3), bits 1 to 85, bit 85 sent first:
-//   Word[0]  bits 54 to 85, bit 54 lowest
-//   Word[1]  bits 22 to 53, bit 22 lowest
-//   Word[2]  bits 1 to 21 in its bits 11 to 31
+//   Word[0]  bits 54 to 85, bit 54 in its bit 0
+//   Word[1]  bits 22 to 53, bit 22 in its bit 0
+//   Word[2]  bits 1 to 21, bit 1 in its bit 11
 struct S_GLONavString {
-  std::uint32_t Word[3];  // the low 11 bits of the last one are not looked at
+  std::uint32_t Word[3];  // the low 11 bits of the last one are ignored
 };
 
 // Ephemeris of one GLONASS satellite: the immediate data, strings 1 to 5.
@@ -121,7 +119,7 @@ struct S_BinMsg65 {
   std::uint16_t Reserved1;    // of the receiver
   std::uint32_t Reserved2;    // of the receiver
   S_GLONavString Strings[5];  // strings 1 to 5
-  S_MsgTrailer Trailer;       // checksum of the 68 bytes between
+  S_MsgTrailer Trailer;       // checksum of the 68 data bytes
 };
 
 // Ephemeris of one SBAS satellite, in scaled integers.
@@ -141,10 +139,10 @@ struct S_BinMsg93 {
   std::int32_t Az;           // 0.0000625 m/s^2
   std::int16_t AGf0;         // 2^-31 s, clock offset
   std::int16_t AGf1;         // 2^-40 s/s, clock drift
-  S_MsgTrailer Trailer;      // checksum of the 56 bytes between
+  S_MsgTrailer Trailer;      // checksum of the 56 data bytes
 };
 
-// Status with a known layout; beyond a time what the numbers mean is not known.
+// Status. The sizes of its fields are known, but not their meaning, except that it starts with a time.
 struct S_BinMsg209 {
   S_MsgHeader Header;     // 209
   double Time;            // as sent
@@ -159,7 +157,7 @@ struct S_BinMsg209 {
     std::uint32_t D;  // bytes 4 to 7
   } Entry[40];
 
-  S_MsgTrailer Trailer;  // checksum of the 332 bytes between
+  S_MsgTrailer Trailer;  // checksum of the 332 data bytes
 };
 
 // One satellite of an observation record.
@@ -171,38 +169,13 @@ struct S_ObsSat {
   S_IFGnssObsData Obs[10];  // one per signal
 };
 
-// What the observation messages 16, 36, 66 and 76 are handed out as. Their bodies are not decoded: `NumSats` is 0 and
-// every satellite zero.
+// The record of the observation messages 16, 36, 66 and 76. Their bodies are not decoded: `NumSats` is 0 and every
+// satellite is zero.
 struct S_VelaBIN_Obs {
   S_MsgHeader Header;     // of the frame
   std::uint16_t NumSats;  // used entries of `Sat`
   S_ObsSat Sat[64];       // observations of one epoch
   S_MsgTrailer Trailer;   // of the frame
-};
-
-// What a decoder last received of each message.
-struct S_StoredMessages {
-  // One record per message number, as received; preset by the decoder's reset.
-  S_BinMsg1 bin1;
-  S_BinMsg2 bin2;
-  S_BinMsg3 bin3;
-  S_BinMsg5 bin5;
-  S_BinMsg16 bin16;
-  S_BinMsg95 bin25;
-  S_RawBinMsg34 bin34;
-  S_BinMsg95 bin35;
-  S_BinMsg36 bin36;
-  S_BinMsg44 bin44;
-  S_BinMsg95 bin45;
-  S_BinMsg65 bin65;
-  S_BinMsg66 bin66;
-  S_BinMsg76 bin76;
-  S_BinMsg93 bin93;
-  S_BinMsg94 bin94;
-  S_BinMsg95 bin95;
-  S_BinMsg122 bin122;
-  S_BinMsg180 bin180;
-  S_BinMsg209 bin209;
 };
 
 }  // namespace VelaBIN_Messages

@@ -1,16 +1,16 @@
 // Checks frames of the receiver's binary protocol "VelaBIN" and decodes them into interface records.
 //
-// A host constructs one decoder, gives it the time if it wants ephemerides (`SeedTime`), and hands every binary frame
+// A host constructs one decoder, tells it the time if it wants ephemerides (`SeedTime`), and passes every binary frame
 // that the recognizer delivers to `Decode`:
 //
 //   C_VelaBin_Decode decoder(nullptr);
 //   decoder.SeedTime(2300, 345600.0, ALGO::GNSS_GPS);
 //   unsigned short number = 0;
-//   U_VelaBIN_EcdDcdData record;  // some 31 KB: keep one, do not put it on a small stack
+//   U_VelaBIN_EcdDcdData record;  // about 31 KB: keep one, and not on a small stack
 //   if (decoder.Decode(frame, length, number, record) == eResultOk && number == VelaBIN_Messages::eBin95)
 //     Use(record.keplerEph);
 //
-// How far the twenty supported messages are decoded:
+// The twenty supported messages and how far each is decoded:
 //
 //   25, 95                            FULL: QZSS and GPS ephemeris, `keplerEph`
 //   65, 93                            FULL: GLONASS and SBAS ephemeris, `pvaEph`
@@ -20,8 +20,8 @@
 //   1, 2, 3, 5, 34, 44, 94, 122, 180  NOT DECODED: header, raw body and trailer
 //   209                               fields by their size; their meaning is not known
 //
-// Frames of all twenty are checked, dispatched and counted alike. A body longer than its layout is accepted: the rest
-// is not looked at, and the trailer of the record is what stands right behind the known body.
+// All twenty are checked, dispatched and counted in the same way. A body that is longer than its layout is accepted:
+// the rest is ignored, and the trailer of the record holds the bytes right after the known body.
 #ifndef VELAGNSS_BINPROTO_VELABIN_DECODE_H
 #define VELAGNSS_BINPROTO_VELABIN_DECODE_H
 
@@ -33,7 +33,8 @@
 #include "records/InterfaceRecords.h"
 #include "velagnss_export.h"
 
-// What `C_VelaBin_Decode::Decode` fills: the member of the message's number, beside each. Owned by the caller.
+// The output of `C_VelaBin_Decode::Decode`, owned by the caller. Which member is filled depends on the message number,
+// given beside each.
 union U_VelaBIN_EcdDcdData {
   VelaBIN_Messages::S_BinMsg1 bin1;       // 1
   VelaBIN_Messages::S_BinMsg2 bin2;       // 2
@@ -50,11 +51,13 @@ union U_VelaBIN_EcdDcdData {
   VelaBIN_Messages::S_BinMsg209 bin209;   // 209
 };
 
-class C_ContinuityTracker;
+namespace velagnss::binproto {
+struct S_DecoderState;
+}
 
-// Keeps between frames: one stored record per message, counters, the latest known time of each system ("seed"), and the
-// frequency channels of the GLONASS slots. Allocates in its constructor only. Not copyable; used by one thread at a
-// time.
+// Keeps between frames: the last message of each number, counters, the latest known time of each system (the "seed"),
+// and the frequency channels of the GLONASS slots. Allocates memory only at construction. Not copyable. One thread at a
+// time may use it.
 //
 // Result codes are those of `records/ResultCodes.h`.
 class VELAGNSS_API C_VelaBin_Decode {
@@ -65,51 +68,53 @@ class VELAGNSS_API C_VelaBin_Decode {
   // A decoder with 64 satellite slots. The list may be null; it is not owned and must outlive the decoder.
   explicit C_VelaBin_Decode(const C_SatelliteList* list);
 
-  // The same with another number of satellite slots, which observation messages would take.
+  // The same with another number of satellite slots. They are for observations, which are not decoded yet.
   C_VelaBin_Decode(const C_SatelliteList* list, const unsigned short& slots);
 
   ~C_VelaBin_Decode();
 
-  // Back to the state after construction: counters 0, stored records preset, seeds unset, GLONASS channels unknown. The
-  // satellite list and the number of slots stay.
+  // Returns to the state after construction: counters 0, stored messages cleared, seeds unset, GLONASS channels
+  // unknown. The satellite list and the number of slots stay.
   void Reset();
 
   // --- Known times and channels -------------------------------------------------------------------------------------
 
-  // Makes a time known, so that broadcast weeks (modulo 1024) can be completed: any time within half a roll-over
-  // period, some nine years, of the ephemerides will do. Ignored: week 0 together with seconds of exactly 0.0, and
-  // systems above
-  // 6. The time is stored normalised. GPS, BeiDou and Galileo times set each other (BeiDou time is GPS time - 14 s,
-  // Galileo time is GPS time, all on the same week scale); other systems set only their own slot.
+  // Sets the seed of a system: a time from which the decoder completes broadcast weeks, which are modulo 1024. Any time
+  // within half a roll-over period of the ephemerides will do, that is nearly ten years.
+  //
+  // The time is stored normalized. A GPS, BeiDou or Galileo time sets the seeds of all three (BeiDou time is GPS time -
+  // 14 s, Galileo time equals GPS time, all on the same week scale); a time of another system sets only its own seed.
+  // Ignored are week 0 together with seconds of exactly 0.0, and systems above 6.
   void SeedTime(unsigned short week, double seconds, ALGO::eGNSSSystem system);
   void SeedTime(const C_GnssTime& time);
 
-  // The seed of a system; one that is not set, or that no slot exists for, is week 0, 0.0 s and system 7.
+  // The seed of a system. A seed that is not set, and that of a system above 6, is week 0, 0.0 s and system 7.
   const C_GnssTime& GetSeedTime(ALGO::eGNSSSystem system) const;
 
-  // Completes the broadcast `week` of a system: the week nearest to its seed that agrees modulo 1024. False, and `week`
-  // untouched, when the system has no seed or is above 6. BeiDou and Galileo weeks are taken to start 1356 and 1024
-  // weeks after GPS weeks, as their documents say; what comes out is on the GPS scale.
+  // Completes the broadcast `week` of a system: the result is the week nearest to its seed that agrees with it modulo
+  // 1024, on the GPS scale. BeiDou and Galileo weeks start 1356 and 1024 weeks after GPS weeks, as their documents
+  // define. Returns false, with `week` unchanged, when the system has no seed or is above 6.
   bool ResolveWeek(ALGO::eGNSSSystem system, unsigned short& week) const;
 
-  // Frequency channel of a GLONASS slot 1 to 24: -7 to +6, or -128 for unknown. False, and nothing changed, for any
-  // other slot or channel. Message 65 sets the channel of its slot by the same rule.
+  // Sets the frequency channel of a GLONASS slot, 1 to 24: -7 to +6, or -128 for unknown. Returns false, with nothing
+  // changed, for any other slot or channel. Message 65 sets the channel of its slot by the same rule.
   bool SetGlonassSvChannelId(unsigned char slot, signed char channel);
 
-  // The channel known for a slot; -128 for unknown, and outside 1 to 24.
+  // The channel of a slot; -128 when it is unknown and for slots outside 1 to 24.
   signed char GetGlonassSvChannelId(unsigned char slot) const;
 
   // --- Frames -------------------------------------------------------------------------------------------------------
 
-  // Checks one frame: sync, message number, length, checksum. `frame` may be longer than the frame that it begins with.
+  // Checks one frame: sync, message number, length, checksum. `length` may exceed that of the frame.
   //
-  // Written as far as the checks get: `position` (1 to 4 after the sync byte that is tried, 8 once the header is read),
-  // `msgNumber`, and `frameLength` (data length + 10, in 16 bits). Results, in the order of the checks:
+  // The outputs are written as far as the checks get: `position` (1 to 4 after the sync byte that was tried, 8 once the
+  // header has been read), `msgNumber`, and `frameLength` (data length + 10, in 16 bits). Results, in the order of the
+  // checks:
   //   eResultNull            `frame` is null
   //   eResultTooShort        `length` of 9 or less
   //   eResultBadSync         not "$BIN"
   //   eResultUnknownMessage  message number above 209
-  //   eResultBadSync         a data length so great that the frame length wraps below 10
+  //   eResultBadSync         a data length so large that the frame length wraps around below 10
   //   eResultTooShort        fewer bytes than the frame has
   //   eResultTooLong         a frame of more than 2047 bytes
   //   eResultChecksum        checksum mismatch
@@ -118,58 +123,59 @@ class VELAGNSS_API C_VelaBin_Decode {
                                     unsigned short& frameLength, unsigned short& position);
 
   // Checks a frame, decodes it into the member of `out` that belongs to its number, and counts it. `frame` is read in
-  // place and not changed; `length` must be that of the frame exactly, without carriage return and line feed.
+  // place and not changed; `length` must be exactly that of the frame, without carriage return and line feed.
   //
-  // `out` is cleared to zero bytes before anything else; after a failure it is zero or filled in part. `msgNumber` is
-  // set as far as `ValidateFrame` gets. A message that fails is not counted and leaves the next ones decoded as if
-  // alone. Results: those of `ValidateFrame`, then
+  // `out` is first cleared to zero bytes; after a failure it is zero or partly filled. `msgNumber` is set as far as
+  // `ValidateFrame` gets. A message that fails is not counted and does not affect later ones. Results: those of
+  // `ValidateFrame`, then
   //   eResultTooLong         more bytes than the frame has
   //   eResultUnknownMessage  not one of the twenty supported numbers
   //   eResultPastEnd         the body is shorter than the message's layout
-  //   and those of the message, below
+  //   and those of the message, see below
   unsigned int Decode(unsigned char* frame, const unsigned short& length, unsigned short& msgNumber,
                       U_VelaBIN_EcdDcdData& out);
 
   // Result of the last `Decode` or `Decode_Bin1` ... `Decode_Bin209`; 0 before the first and after `Reset`.
   unsigned int GetLastResult() const;
 
-  // How many frames of a number `Decode` has decoded with success since construction or `Reset`; 0 for numbers above
-  // 209.
+  // How many frames of a message number `Decode` has decoded successfully since construction or `Reset`; 0 for numbers
+  // above 209.
   unsigned int GetReceivedMsgCount(VelaBIN_Messages::eMessageTypes type) const;
 
-  // True for 16, 36, 66 and 76.
+  // True for the observation messages: 16, 36, 66 and 76.
   static bool IsAnObservationMsg(VelaBIN_Messages::eMessageTypes type);
 
   // --- Fields -------------------------------------------------------------------------------------------------------
 
-  // Readers of little-endian fields. `position` is an offset from the start of the frame and moves behind what is read;
-  // any alignment will do. The value is 0 after a failure:
+  // Readers of little-endian fields. `position` is an offset from the start of the frame and moves past what is read;
+  // any alignment will do. After a failure the value is 0:
   //   eResultNull     `frame` is null
   //   eResultBadSync  `length` below 10: no frame is that short
-  //   eResultPastEnd  the value would end at or behind `length`
+  //   eResultPastEnd  the value would end after `length`
   static unsigned int Decode_Bin_U16(const unsigned char* frame, const unsigned short& length, unsigned short& position,
                                      unsigned short& value);
   static unsigned int Decode_Bin_U32(const unsigned char* frame, const unsigned short& length, unsigned short& position,
                                      unsigned int& value);
 
-  // Block id and data length at `position`, 4 bytes. Results as of the readers. With eResultNull and eResultBadSync
-  // `header` is left cleared (block id 0xFFFF, data length 0); with eResultPastEnd what could not be read is 0.
+  // Block id and data length at `position`, 4 bytes. Results are those of the readers. With eResultNull and
+  // eResultBadSync `header` is cleared (block id 0xFFFF, data length 0); with eResultPastEnd what could not be read is
+  // 0.
   static unsigned int Decode_Bin_Header(const unsigned char* frame, const unsigned short& length,
                                         unsigned short& position, VelaBIN_Messages::S_MsgHeader& header);
 
-  // The checksum at `position`, 2 bytes. `position` then steps over the terminator, which is not part of the frame: it
-  // is neither read nor checked, and `trailer` always holds it as 0x0A0D. Results as of the readers.
+  // The checksum at `position`, 2 bytes. `position` then skips the terminator, which is not part of the frame: it is
+  // neither read nor checked, and `trailer` always holds it as 0x0A0D. Results are those of the readers.
   static unsigned int Decode_Bin_Trailer(const unsigned char* frame, const unsigned short& length,
                                          unsigned short& position, VelaBIN_Messages::S_MsgTrailer& trailer);
 
   // --- Messages, one by one -----------------------------------------------------------------------------------------
 
-  // `Decode` without the check of the frame and without the count: neither the sync nor the checksum is looked at, nor
-  // whether the data length agrees with `length`. Common results, with `out` untouched:
+  // As `Decode`, but the frame is neither checked nor counted: sync and checksum are not looked at, nor whether the
+  // data length agrees with `length`. Common results, with `out` unchanged:
   //   eResultNull          `frame` is null
   //   eResultBadSync       `length` of 9 or less
   //   eResultWrongMessage  the block id is not the message's number
-  //   eResultPastEnd       header, body or checksum would end at or behind `length`
+  //   eResultPastEnd       header, body or checksum would end after `length`
 
   // Header, raw body and trailer. NOT DECODED.
   unsigned int Decode_Bin1(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_BinMsg1& out);
@@ -191,85 +197,77 @@ class VELAGNSS_API C_VelaBin_Decode {
   unsigned int Decode_Bin66(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_VelaBIN_Obs& out);
   unsigned int Decode_Bin76(unsigned char* frame, const unsigned short& length, VelaBIN_Messages::S_VelaBIN_Obs& out);
 
-  // BeiDou (35) and Galileo (45) ephemeris: the record names satellite and system. NOT DECODED.
+  // BeiDou (35) and Galileo (45) ephemeris: the record names satellite and system only. NOT DECODED.
   unsigned int Decode_Bin35(unsigned char* frame, const unsigned short& length, S_IFKeplerEphRec& out);
   unsigned int Decode_Bin45(unsigned char* frame, const unsigned short& length, S_IFKeplerEphRec& out);
 
-  // QZSS (25) and GPS (95) ephemeris; `Decode_Bin95` with `qzss` expects message 25. Further results as of
+  // QZSS (25) and GPS (95) ephemeris; with `qzss`, `Decode_Bin95` expects message 25. Further results: those of
   // `Bin95ToIFEphRec`.
   unsigned int Decode_Bin25(unsigned char* frame, const unsigned short& length, S_IFKeplerEphRec& out);
   unsigned int Decode_Bin95(unsigned char* frame, const unsigned short& length, S_IFKeplerEphRec& out, bool qzss);
 
-  // GLONASS (65) and SBAS (93) ephemeris. eResultWrongMessage also stands for a conversion that answers false.
+  // GLONASS (65) and SBAS (93) ephemeris. eResultWrongMessage also means that the conversion below returned false.
   unsigned int Decode_Bin65(unsigned char* frame, const unsigned short& length, S_IFPvaEphRec& out);
   unsigned int Decode_Bin93(unsigned char* frame, const unsigned short& length, S_IFPvaEphRec& out);
 
   // --- Conversions --------------------------------------------------------------------------------------------------
 
-  // Message 34 as received into message 34 as handed out: the same bytes. NOT DECODED.
+  // Turns message 34 as received into message 34 as handed out: the same bytes. NOT DECODED.
   static void Bin34ToInterpretedRec(const VelaBIN_Messages::S_RawBinMsg34& raw, VelaBIN_Messages::S_IntBinMsg34& out);
 
   // GPS or QZSS subframes (IS-GPS-200, 20.3.3) into an ephemeris in SI units and radians. `out` is emptied first.
-  //   eResultOutOfRange  satellite number outside 1 to 64 (GPS) or 183 to 211 (QZSS); only the satellite is named
-  //   eResultNoSeed      no GPS time is known: the weeks are those of the message, all else is filled
+  //   eResultOutOfRange  satellite number outside 1 to 64 (GPS) or 183 to 211 (QZSS); only system and satellite are set
+  //   eResultNoSeed      no GPS time is known: the weeks are as broadcast, everything else is filled
   unsigned int Bin95ToIFEphRec(const VelaBIN_Messages::S_BinMsg95& message, S_IFKeplerEphRec& out, bool qzss) const;
 
-  // Words of BeiDou and Galileo: `out` is emptied and gets satellite number and system. Always 0. NOT DECODED.
+  // Words of BeiDou and Galileo: `out` is emptied and gets satellite number and system. Always eResultOk. NOT DECODED.
   unsigned int Bin35ToIFEphRec(const VelaBIN_Messages::S_BinMsg95& message, S_IFKeplerEphRec& out) const;
   unsigned int Bin45ToIFEphRec(const VelaBIN_Messages::S_BinMsg95& message, S_IFKeplerEphRec& out) const;
 
-  // Completes the weeks of an ephemeris whose `TxWeek` is as broadcast: reference times more than half a week from the
-  // transmission belong to the week before or after. eResultNoSeed when `TimeSystem` has no seed; then the weeks are
-  // not completed.
+  // Completes the weeks of an ephemeris whose `TxWeek` is as broadcast. A reference time more than half a week from the
+  // transmission belongs to the week before or after it. eResultNoSeed when `TimeSystem` has no seed: then the weeks
+  // are on the broadcast scale.
   unsigned int KepEph_ResolveWeeksAndEOW(S_IFKeplerEphRec& record) const;
 
-  // GLONASS strings (GLONASS ICD, 4.4) into an ephemeris in SI units; learns the frequency channel of the slot. `out`
-  // is emptied first. False, with `out` filled in part, for a header that is not of message 65, a slot outside 1 to 24
-  // or a channel byte outside 1 to 14; byte 136 reads as channel -128, "unknown", and is accepted.
+  // GLONASS strings (GLONASS ICD, 4.4) into an ephemeris in SI units. Also stores the frequency channel of the slot.
+  // `out` is emptied first. Returns false, with `out` partly filled, for a header other than that of message 65, a slot
+  // outside 1 to 24, or a channel byte outside 1 to 14; byte 136 is accepted as channel -128, "unknown".
   //
-  // The day of the frame time follows from the reference time; where a day has to be added or taken off, the frame's
-  // time of day is compared with the reference time of week to tell which.
+  // The frame is placed on the day of the reference time. When the two times of day are more than half a day apart, it
+  // is placed a day later if its time of day exceeds the reference time of week, else a day earlier.
   bool Bin65ToIFPvaEphRec(const VelaBIN_Messages::S_BinMsg65& message, S_IFPvaEphRec& out);
 
-  // SBAS ephemeris in SI units. `out` is emptied first. False, with `out` filled in part, for a header that is not of
-  // message 93, or when no GPS time is known.
+  // SBAS ephemeris in SI units. `out` is emptied first. Returns false, with `out` partly filled, for a header other
+  // than that of message 93, or when no GPS time is known.
   bool Bin93ToIFPvaEphRec(const VelaBIN_Messages::S_BinMsg93& message, S_IFPvaEphRec& out) const;
 
-  // GLONASS date to time: four-year interval N4 (1 starts in 1996), day NT of it (1 is 1 January), and `tb` seconds of
-  // that day, in GLONASS time. `out` is normalised, all whole weeks carried.
+  // Converts a GLONASS date to a time: four-year interval N4 (1 starts in 1996), day NT within it (1 is 1 January of
+  // its first year), and `tb` seconds of that day, in GLONASS time. `out` is normalized, with all whole weeks carried.
   static void ResolveGstTb(unsigned short N4, unsigned short NT, double tb, C_GnssTime& out);
 
   // --- Bits of GLONASS strings --------------------------------------------------------------------------------------
 
-  // The unsigned number in the bits firstBit ... firstBit + count - 1 of a string, `firstBit` the lowest. 0 for a first
-  // bit outside 1 to 85 or a count outside 1 to 32; bits above 85 read as 0.
+  // The unsigned number in the bits firstBit ... firstBit + count - 1 of a string, where `firstBit` is the lowest. 0
+  // for a first bit outside 1 to 85 or a count outside 1 to 32; bits above 85 are 0.
   static unsigned int DecodeGloStringBits(const VelaBIN_Messages::S_GLONavString& string, unsigned char firstBit,
                                           unsigned char count);
 
-  // The same of string `stringNo`, 1 to 5, of an array of five; 0 for a null array or any other number.
+  // The same for string `stringNo`, 1 to 5, of an array of five; 0 for a null array or any other number.
   static unsigned int GloNavStrBitsToU32(const VelaBIN_Messages::S_GLONavString* strings, unsigned char stringNo,
                                          unsigned char firstBit, unsigned char count);
 
-  // The same as a number with its sign in the highest bit and its magnitude below, as GLONASS sends signed numbers.
+  // The same for a number with its sign in the highest bit and its magnitude below, as GLONASS sends signed numbers.
   static int GloNavStrBitsToS32(const VelaBIN_Messages::S_GLONavString* strings, unsigned char stringNo,
                                 unsigned char firstBit, unsigned char count);
 
  private:
-  static constexpr unsigned int kSystems = 7;         // slots of the seed table
-  static constexpr unsigned char kGlonassSlots = 24;  // numbered from 1
-
-  // Keeps the result for `GetLastResult` and hands it on.
+  // Keeps the result for `GetLastResult` and returns it.
   unsigned int Remember(unsigned int result);
-  // `Decode` but for the memory of its result.
+  // `Decode` without the count and without remembering the result.
   unsigned int ValidateAndDispatch(unsigned char* frame, unsigned short length, unsigned short& msgNumber,
                                    U_VelaBIN_EcdDcdData& out);
 
-  std::unique_ptr<C_ContinuityTracker> m_tracker;  // bound to the satellite list
-  unsigned int m_received[VelaBIN_Messages::kMaxMessageNumber + 1];
-  VelaBIN_Messages::S_StoredMessages m_stored;
-  C_GnssTime m_seeds[kSystems];
-  signed char m_glonassChannels[kGlonassSlots + 1];  // by slot, 0 unused
-  unsigned int m_lastResult;
+  std::unique_ptr<velagnss::binproto::S_DecoderState> m_state;  // never null
 };
 
 #endif  // VELAGNSS_BINPROTO_VELABIN_DECODE_H

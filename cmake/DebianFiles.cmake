@@ -1,5 +1,5 @@
-# What Debian wants in a package and an installation elsewhere does not: documents under the package's own name,
-# compressed pages, no search path in the program. CPack runs this when the components are staged, before it packs them.
+# What a Debian package needs and other installations do not: documents under the name of the package, compressed man
+# pages, no library search path in the program. CPack runs this after staging the components and before packing them.
 
 set(package_library ${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME})
 set(package_development ${CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME})
@@ -25,5 +25,5 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   if(EXISTS ${root}/bin/velagnss)
     file(RPATH_REMOVE FILE ${root}/bin/velagnss)
   endif()
-  execute_process(COMMAND find ${root} -type d -exec chmod 755 {} + COMMAND_ERROR_IS_FATAL ANY)  # whatever the umask is
+  execute_process(COMMAND find ${root} -type d -exec chmod 755 {} + COMMAND_ERROR_IS_FATAL ANY)  # independent of the umask
 endforeach()

@@ -1,4 +1,4 @@
-# Installation in three components, which are the Debian packages as well:
+# Installation in three components, which are also the Debian packages:
 #
 #   library        the shared library, for programs at run time
 #   development    headers, archive, CMake package, pkg-config file
@@ -8,8 +8,8 @@ include(CMakePackageConfigHelpers)
 
 set(velagnss_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/velagnss)
 set(velagnss_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/velagnss)
-# Both spellings work for a host: <velagnss/framing/FrameRecognizer.h>, and "framing/FrameRecognizer.h", by which the
-# headers include each other.
+# A host may use either spelling: <velagnss/framing/FrameRecognizer.h>, or "framing/FrameRecognizer.h", which the headers
+# themselves use.
 foreach(target velagnss velagnss_static)
   target_include_directories(${target} INTERFACE
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}> $<INSTALL_INTERFACE:${velagnss_include_dir}>)
@@ -27,7 +27,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/velagnssConfigVersion.cma
 install(FILES ${PROJECT_BINARY_DIR}/velagnssConfig.cmake ${PROJECT_BINARY_DIR}/velagnssConfigVersion.cmake
   DESTINATION ${velagnss_cmake_dir} COMPONENT development)
 
-# The file tells its prefix by its own place, so that `cmake --install --prefix` and packages may choose another one.
+# The file derives its prefix from its own location, so `cmake --install --prefix` and packages can choose another one.
 file(RELATIVE_PATH velagnss_prefix_of_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/velagnss.pc.in ${PROJECT_BINARY_DIR}/velagnss.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/velagnss.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -1,20 +1,20 @@
-# The library's targets and the flags that every target of ours is built with.
+# The targets of the library, and the flags that all our targets are built with.
 #
 #   velagnss_objects   all sources, compiled once
 #   velagnss           the shared library, for hosts; exports only what is marked VELAGNSS_API
-#   velagnss_static    the same objects as an archive, for hosts that want no file beside their program; tests reach
-#                      through it what is not exported
+#   velagnss_static    the same objects as an archive, for hosts that want a single file; gives tests access to symbols
+#                      that are not exported
 
 include(GenerateExportHeader)
 include(VelagnssHardening)
 
-# Flags of our own code, never handed on to those who link against us.
+# Flags for our own code, never passed on to projects that link with the library.
 add_library(velagnss_flags INTERFACE)
 target_compile_options(velagnss_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wold-style-cast -Wnon-virtual-dtor
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>  # false alarms of g++ 12 about "literal" + std::string (GCC bug 105651)
   -Werror
-  -ffp-contract=off)  # no fused multiply-add: the same bits from every compiler and processor
+  -ffp-contract=off)  # no fused multiply-add: the same bits with every compiler and processor
 if(VELAGNSS_SANITIZE)
   target_compile_options(velagnss_flags INTERFACE
     -fsanitize=${VELAGNSS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
@@ -26,7 +26,7 @@ velagnss_harden(velagnss_flags)
 add_library(velagnss_objects OBJECT)
 target_link_libraries(velagnss_objects PRIVATE $<BUILD_INTERFACE:velagnss_flags>)
 target_compile_features(velagnss_objects PUBLIC cxx_std_20)
-# Nobody replaces our functions at load time: without this, g++ may not even inline an exported one within its file.
+# No function of ours is replaced at load time. Without this, g++ may not even inline an exported one in its own file.
 target_compile_options(velagnss_objects PRIVATE -fno-semantic-interposition)
 target_compile_definitions(velagnss_objects PRIVATE velagnss_EXPORTS)
 target_include_directories(velagnss_objects PUBLIC
@@ -41,7 +41,7 @@ add_library(velagnss SHARED)
 add_library(velagnss::velagnss ALIAS velagnss)
 target_link_libraries(velagnss PRIVATE $<BUILD_INTERFACE:velagnss_objects> $<BUILD_INTERFACE:velagnss_flags>)
 target_compile_features(velagnss PUBLIC cxx_std_17)  # what an installed header may use
-target_link_options(velagnss PRIVATE -Wl,-Bsymbolic-functions)  # nor within the library
+target_link_options(velagnss PRIVATE -Wl,-Bsymbolic-functions)  # calls within the library go straight to its own functions
 set_target_properties(velagnss PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}
@@ -60,7 +60,7 @@ target_include_directories(velagnss_static INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}>)
 set_target_properties(velagnss_static PROPERTIES OUTPUT_NAME velagnss)  # -lvelagnss finds either
 
-# Sources and headers of one folder. Public headers are installed and compiled alone; internal ones stay in the tree.
+# Sources and headers of one directory. Public headers are installed and compiled alone; internal ones are neither.
 function(velagnss_sources)
   cmake_parse_arguments(PARSE_ARGV 0 arg "" "" "PUBLIC_HEADERS;INTERNAL_HEADERS;SOURCES")
   list(TRANSFORM arg_PUBLIC_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)

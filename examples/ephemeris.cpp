@@ -5,7 +5,7 @@
 #include "binproto/VelaBin_Decode.h"
 #include "records/ResultCodes.h"
 
-// Subframes 1 to 3 of the satellite: ten words each, 30 bits in the low bits of a value.
+// Subframes 1 to 3 of the satellite: ten words each, in the low 30 bits of a value.
 static const unsigned int kWords[3][10] = {
     {0x22C00000, 0x1C202100, 0x0FC40000, 0x00000000, 0x00000000, 0x00000000, 0x00003A00, 0x0E558880, 0x003FF900,
      0x3ADAFD00},
@@ -15,7 +15,7 @@ static const unsigned int kWords[3][10] = {
      0x0E424C00},
 };
 
-// A message 95 as the receiver sends it: header, satellite number, six bytes of its own, the words, checksum.
+// A message 95 as the receiver sends it: header, satellite number, six reserved bytes, the words, checksum.
 static std::vector<unsigned char> BuildFrame(unsigned char satellite) {
   std::vector<unsigned char> frame = {'$', 'B', 'I', 'N', 95, 0, 128, 0, satellite, 0, 0, 0, 0, 0, 0, 0};
   for (const auto& subframe : kWords)
@@ -29,17 +29,17 @@ static std::vector<unsigned char> BuildFrame(unsigned char satellite) {
 }
 
 int main() {
-  C_VelaBin_Decode decoder(nullptr);  // no satellite list: only observations would need one
+  C_VelaBin_Decode decoder(nullptr);  // no satellite list: only observations need one
   static U_VelaBIN_EcdDcdData record;
   std::vector<unsigned char> frame = BuildFrame(5);
   const auto length = static_cast<unsigned short>(frame.size());
   unsigned short number = 0;
 
-  // Satellites send their week modulo 1024. Without a known time the decoder refuses to guess.
+  // Satellites send their week modulo 1024. Without a known time the decoder does not guess.
   if (decoder.Decode(frame.data(), length, number, record) == eResultNoSeed) std::puts("no time known yet");
 
   C_GnssTime time;
-  time.Set(2024, 2, 7, 12, 0, 0.0, ALGO::GNSS_GPS);  // 7 February 2024, noon; some years off would do as well
+  time.Set(2024, 2, 7, 12, 0, 0.0, ALGO::GNSS_GPS);  // 7 February 2024, noon; a few years off works too
   decoder.SeedTime(time);
   if (decoder.Decode(frame.data(), length, number, record) != eResultOk) return 1;
 

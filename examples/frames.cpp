@@ -1,5 +1,5 @@
-// The careful host: feeds no more than fits, pumps until nothing is left to do, and at the end frees what a false start
-// holds back. Counts what became of every byte.
+// A careful host: feeds no more than fits, pumps until nothing is left to do, and at the end releases the bytes that a
+// false start holds back. Counts what happened to every byte.
 #include <algorithm>
 #include <cstdio>
 #include <string>
@@ -17,23 +17,21 @@ constexpr C_RawDataMessage::eProtocols kWanted[] = {
 class Host {
  public:
   Host() : m_recognizer(kWanted, eCircBufOvrflowRejectNew, true), m_buffer(m_recognizer.GetMaxFrameLength()) {
-    m_recognizer.SetPatientSearch(true);  // the result no longer depends on how the stream is cut
+    m_recognizer.SetPatientSearch(true);  // the result must not depend on how the stream is cut
   }
 
   void Read(const std::string& stream) {
     Feed(stream, 0);
     const S_RecognizerStatistics counters = *m_recognizer.GetStatistics();
     std::printf("%u bytes accepted, %u discarded, %u queued, %u bad frames\n", counters.bytesAccepted,
-                counters.bytesDiscarded, Queued(), counters.framesBad);
-    while (const unsigned int queued = Queued()) {  // once more from the byte behind the false start
+                counters.bytesDiscarded, m_recognizer.GetQueuedBytes(), counters.framesBad);
+    while (const unsigned int queued = m_recognizer.GetQueuedBytes()) {  // again from the byte after the false start
       m_recognizer.FullProcessingReset();
       Feed(stream, stream.size() - queued + 1);
     }
   }
 
  private:
-  unsigned int Queued() const { return m_recognizer.GetMaxFrameLength() + 32U - m_recognizer.GetFreeSpace(); }
-
   void Feed(const std::string& stream, std::size_t from) {
     C_RawDataMessage message(m_buffer.data(), m_recognizer.GetMaxFrameLength());
     while (from < stream.size()) {
@@ -53,7 +51,7 @@ class Host {
     if (message.protocol == C_RawDataMessage::ePKVN && message.messageType == 0) Unpack(message);
   }
 
-  // "$PKVN,RAW,": packed bytes behind the third comma, up to the line end.
+  // "$PKVN,RAW,": packed bytes from the fourth comma to the line end.
   static void Unpack(const C_RawDataMessage& message) {
     const unsigned char* packed = message.data;
     for (int commas = 0; commas < 4; ++packed) commas += *packed == ',';

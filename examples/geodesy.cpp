@@ -1,12 +1,12 @@
-// A receiver's position and a satellite: both forms of the position, where to look, and the accuracy in the local
-// frame.
+// A receiver and a satellite: both forms of the receiver's position, the direction to the satellite, and the accuracy
+// in the local frame.
 #include <cstdio>
 
 #include "geo/Geodesy.h"
 #include "geo/PointCoordinate.h"
 
 int main() {
-  // Angles are radians throughout; degrees, minutes and seconds are for people.
+  // All angles are in radians; degrees, minutes and seconds are for display.
   const double latitude = ALGO::DmsToRad(48, 7, 2.28);
   const double longitude = ALGO::DmsToRad(11, 31, 0.0);
   C_PointCoordinate receiver(C_PointCoordinate::COORD_GEODETIC, latitude, longitude, 592.3);
@@ -24,11 +24,11 @@ int main() {
   ALGO::RadToDms(azimuth, degrees, minutes, seconds);
   std::printf(", azimuth %d deg %d' %.1f\"\n", degrees, minutes, seconds);
 
-  // The variances of a fix along X, Y and Z, in square metres, as standard deviations north, east and up.
+  // The variances of a fix along X, Y and Z, in m^2, as standard deviations north, east and up.
   const C_Vector3 sigma = receiver.Cart2GeodSigma(C_Vector3(1.0, 0.4, 1.5));
   std::printf("accuracy: north %.2f m, east %.2f m, up %.2f m\n", sigma.X(), sigma.Y(), sigma.Z());
 
-  // The way from Munich to Quito along the ellipsoid. Points nearly opposite each other on the Earth have no answer.
+  // From Munich to Quito along the ellipsoid. Points nearly opposite each other on the Earth may have no result.
   double there, back, distance;
   ALGO::GeodesicInverse(latitude, longitude, ALGO::DmsToRad(0, -13, 12.0), ALGO::DmsToRad(-78, 30, 0.0), ALGO::kWgs84A,
                         ALGO::kWgs84F, there, back, distance);

@@ -1,4 +1,4 @@
-// The covariance of a position, from the Earth's axes into the local frame and back, and its inverse.
+// The covariance of a position, from the local frame to the Earth's axes and back, and its inverse.
 #include <cstdio>
 
 #include "geo/Geodesy.h"
@@ -19,12 +19,12 @@ int main() {
     for (unsigned int j = 0; j < 3; ++j) covariance(i, j) = ecef[at[i][j]];
 
   inverse = covariance;
-  if (inverse.SymInv() == 0) return 1;  // singular: also said on standard output
+  if (inverse.SymInv() == 0) return 1;  // singular: also reported on standard output
   C_Matrix::Multiply(covariance, inverse, product, false);
   std::printf("trace %.6f m^2, C times its inverse: %.6f %.6f %.6f\n",
               covariance(0, 0) + covariance(1, 1) + covariance(2, 2), product(0, 0), product(1, 1), product(2, 2));
 
-  // The rotation by hand: R C R'. North, east and up are rows of R3 and R2.
+  // The rotation done step by step: R C R', with R = R2 R3, whose rows are up, east and north.
   C_Matrix r3(3, 3), r2(3, 3), turned(3, 3);
   r3.SetR3(longitude);
   r2.SetR2(-latitude);

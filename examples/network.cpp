@@ -1,4 +1,4 @@
-// Four stations and the baselines measured between them: which baselines join all stations at the least total length?
+// Four stations and the baselines between them: which baselines connect all stations with the least total length?
 #include <cstdio>
 
 #include "geo/Network.h"

@@ -1,4 +1,4 @@
-// Decodes a sentence, changes the record and writes it again; then a sentence of an earlier NMEA version.
+// Decodes a sentence, changes the record and encodes it again; then decodes a sentence of an earlier NMEA version.
 #include <cstdio>
 #include <string>
 
@@ -10,7 +10,7 @@ namespace {
 unsigned char* Bytes(std::string& text) { return reinterpret_cast<unsigned char*>(text.data()); }
 unsigned short Length(const std::string& text) { return static_cast<unsigned short>(text.size()); }
 
-// What GGA says, changed and said again.
+// Decodes a GGA sentence, changes its altitude and encodes it again.
 void RaiseAntenna(C_NMEA_EncodeDecode& nmea, std::string sentence) {
   C_NMEA_EncodeDecode::U_EcdDcdData data;
   const unsigned int result = nmea.Decode(Bytes(sentence), Length(sentence), C_RawDataMessage::eNmeaGGA, data);
@@ -24,7 +24,7 @@ void RaiseAntenna(C_NMEA_EncodeDecode& nmea, std::string sentence) {
     std::printf("%s", reinterpret_cast<const char*>(out));
 }
 
-// RMC as NMEA 0183 had it before version 2.3: no mode, no navigational status, no magnetic variation.
+// An RMC sentence as before NMEA 0183 version 2.3: no mode, no navigational status; its magnetic variation is empty.
 void ReadOldRmc(C_NMEA_EncodeDecode& nmea, std::string sentence) {
   C_NMEA_EncodeDecode::U_EcdDcdData data;
   unsigned char decodable[1024];

@@ -1,4 +1,4 @@
-// Frames of a satellite: along its orbit, and along the axes of its body, which turns its panels to the Sun.
+// Coordinate frames of a satellite: along its orbit, and along the axes of its body, whose panels face the Sun.
 #include <cstdio>
 
 #include "geo/Geodesy.h"
@@ -15,7 +15,7 @@ int main() {
   C_Vector3 radial, along, normal;
   ALGO::OrbitFrame(velocity, satellite, radial, along, normal);
   Show("along the orbit", along);
-  // 2 m along the orbit, 1 m outwards: in ECEF coordinates.
+  // 2 m along the orbit and 1 m outward, in ECEF coordinates.
   Show("an offset", ALGO::OrbitFrameToGlobal(velocity, satellite, C_Vector3(2.0, 1.0, 0.0)));
 
   C_Vector3 x, y, z;

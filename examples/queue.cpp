@@ -1,4 +1,4 @@
-// A queue of records between the part that reads and the part that works: what happens when it is full.
+// A queue of records between a producer and a consumer: what each policy does when the queue is full.
 #include <cstdio>
 
 #include "framing/CircularBuffer.h"
@@ -11,7 +11,7 @@ static void Fill(eCircBufOvrflowHandling policy, const char* name) {
   C_CircularBuffer queue(3, sizeof(Fix), policy);
   for (int i = 1; i <= 5; ++i) {
     const Fix fix = {static_cast<double>(i), 10.0 * i};
-    queue.QueueItem(&fix);  // copied; the queue knows no more of it than its size
+    queue.QueueItem(&fix);  // copied; the queue knows only its size
   }
   std::printf("%s:", name);
   Fix oldest;

@@ -1,4 +1,4 @@
-// Records as they leave the library: what is not known holds a marker, and is asked for by name.
+// Records as the library delivers them: a missing value holds a marker, which `IsNotAvailable` detects.
 #include <cstdio>
 
 #include "binproto/SatelliteList.h"
@@ -18,7 +18,8 @@ int main() {
   std::printf("pseudorange %.1f m, carrier phase %s\n", observation.Pseudorange,
               IsNotAvailable(observation.CarrierPhase) ? "unknown" : "known");
 
-  // What a decoder knows beside the frames: the list outlives it, times and channels are told or learnt.
+  // What a decoder knows besides the frames: a list, which must outlive it, and times and channels, which are set or
+  // learned from frames.
   const C_SatelliteList satellites;
   C_VelaBin_Decode decoder(&satellites);
   decoder.SetGlonassSvChannelId(3, 5);

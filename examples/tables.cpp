@@ -1,4 +1,4 @@
-// Codes of the navigation messages in physical units, and fields of their words.
+// Codes of the navigation messages converted to physical units, and fields extracted from their words.
 #include <cstdio>
 
 #include "geo/GnssTables.h"
@@ -12,7 +12,8 @@ int main() {
   std::printf("fit interval %.0f h, %s\n", static_cast<double>(hours),
               ALGO::IsExtendedFitInterval(static_cast<double>(hours)) ? "extended" : "normal");
 
-  // Word 3 of subframe 1, parity last: week number in bits 1 to 10, accuracy index in 13 to 16. Word 7: group delay.
+  // Words of subframe 1, parity last. Word 3: week number in bits 1 to 10, accuracy index in 13 to 16. Word 7: group
+  // delay.
   const unsigned int word3 = 0x10A08000;
   const unsigned int word7 = 0x00003A00;
   std::printf("week %u modulo 1024, accuracy index %u, group delay %.3f ns\n", ALGO::NavWordFieldU(word3, 1, 10),

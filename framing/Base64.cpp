@@ -51,6 +51,7 @@ constexpr unsigned int BytesOf(unsigned int characters) { return characters < 2 
 
 }  // namespace
 
+// The groups are counted without `length` + 2, which could overflow. A capacity of 0 wraps around and is not refused.
 unsigned int Base64Encode(const unsigned char* source, unsigned int length, char* dest, unsigned int capacity) {
   if (source == nullptr || dest == nullptr) return 0;
   const unsigned int groups = length / 3 + (length % 3 != 0 ? 1 : 0);
@@ -66,6 +67,7 @@ unsigned int Base64Encode(const unsigned char* source, unsigned int length, char
   return 4 * groups;
 }
 
+// The room is checked before anything is written, from the length alone: a foreign character counts like any other.
 unsigned int Base64Decode(const char* source, unsigned char* dest, unsigned int capacity) {
   if (source == nullptr || dest == nullptr) return 0;
   const std::size_t characters = std::strcspn(source, "=");

@@ -4,14 +4,14 @@
 
 namespace UTIL {
 
-// Writes source[0, length) as text and a NUL behind it. Returns the number of characters before the NUL, a multiple of
-// 4; 0 for no bytes. Where text and NUL do not fit into `capacity` characters, or a pointer is null, nothing is written
-// and the result is 0. A `capacity` of 0 is not refused: the caller must not pass it.
+// Writes source[0, length) as text that ends in a NUL. Returns the number of characters before the NUL, a multiple of
+// 4; 0 when `length` is 0. When text and NUL do not fit into `capacity` characters, or a pointer is null, nothing is
+// written and the result is 0. A `capacity` of 0 is not refused: the caller must not pass it.
 unsigned int Base64Encode(const unsigned char* source, unsigned int length, char* dest, unsigned int capacity);
 
-// Reads the NUL-terminated text up to its end or to the first "="; padding may be missing. Returns the number of bytes
-// written. Where they do not fit into `capacity`, or a pointer is null, nothing is written and the result is 0. A
-// character outside the alphabet (a line break too) gives 0; the groups of four before it stay written.
+// Decodes the NUL-terminated text up to its end or the first "="; padding may be missing. Returns the number of bytes
+// written. When they do not fit into `capacity`, or a pointer is null, nothing is written and the result is 0. A
+// character outside the alphabet, such as a line break, gives 0; the groups of four before it stay written.
 unsigned int Base64Decode(const char* source, unsigned char* dest, unsigned int capacity);
 
 }  // namespace UTIL

@@ -9,24 +9,26 @@ namespace {
 
 constexpr int kWordBits = 32;
 
-// Whether `bits` bits from `position` on can be addressed, and the position behind them too.
+// Whether `bits` bits from `position` on can be addressed, and the position after them too.
 constexpr bool IsRun(int position, int bits) {
   return position >= 0 && bits > 0 && bits <= std::numeric_limits<int>::max() - position;
 }
 
 constexpr bool IsField(int position, int bits) { return bits <= kWordBits && IsRun(position, bits); }
 
-// How far the field that ends at `end` stands from the end of its last byte.
+// Bits between the end of the field that ends at `end` and the end of its last byte.
 constexpr int BitsBehind(int end) { return 7 - (end - 1) % 8; }
 
 constexpr unsigned int LowBits(unsigned int value, int bits) { return value & (0xFFFFFFFFU >> (kWordBits - bits)); }
 
 }  // namespace
 
+// The field as a whole lies in at most five bytes: they are joined in one word and shifted once, so that no bit is
+// handled by itself and no byte outside of the field is read.
 unsigned int C_BitBufAcc::UnpackU32(const unsigned char* buffer, int& position, int bits) {
   if (buffer == nullptr || !IsField(position, bits)) return 0;
   const int end = position + bits;
-  std::uint64_t window = 0;  // the bytes that hold the field: at most five
+  std::uint64_t window = 0;  // the bytes that hold the field: 32 bits at an odd position take five
   for (int byte = position / 8; byte <= (end - 1) / 8; ++byte) window = window << 8 | buffer[byte];
   position = end;
   return LowBits(static_cast<unsigned int>(window >> BitsBehind(end)), bits);
@@ -39,6 +41,7 @@ int C_BitBufAcc::UnpackS32(const unsigned char* buffer, int& position, int bits)
   return static_cast<int>(value);
 }
 
+// From the last byte to the first: what is left of the window then always starts at its low bits.
 void C_BitBufAcc::PackU32(unsigned char* buffer, int& position, int bits, unsigned int value) {
   if (buffer == nullptr || !IsField(position, bits)) return;
   const int end = position + bits;

@@ -2,30 +2,28 @@
 #ifndef VELAGNSS_FRAMING_BYTE_SCAN_H
 #define VELAGNSS_FRAMING_BYTE_SCAN_H
 
-#include <array>
 #include <bit>
-#include <cstdint>
-#include <cstring>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
 
-namespace UTIL {
+#include "framing/SevenOfEight.h"
+
+namespace velagnss::framing {
 
 // What a scan looks for.
 enum class eMark : unsigned char {
   Control,  // a byte below 32
   LineEnd,  // CR or LF
-  CrLf,     // the LF behind a CR; the byte before the scanned ones is looked at
-  Plain,    // a byte below 128, outside of a 7-of-8 packed stream
+  CrLf,     // the LF of a CR LF; the byte before the scanned ones is read
+  Plain,    // a byte below 128: not of a 7-of-8 packed stream
 };
 inline constexpr unsigned int kNumMarks = 4;
 
 inline constexpr unsigned char kCr = 13;
 inline constexpr unsigned char kLf = 10;
 inline constexpr unsigned char kFirstPrintable = 32;
-inline constexpr unsigned char kPackedBit = 0x80;  // set in every byte of a 7-of-8 packed stream
 
 template <eMark kMark>
 bool IsMark(const unsigned char* byte) {
@@ -77,48 +75,6 @@ unsigned int Find(const unsigned char* bytes, unsigned int from, unsigned int to
   return from;
 }
 
-// The value of `count` (1 to 8) upper-case hexadecimal digits, the most significant first. False, with the digits read
-// so far, at any other character; false and 0 for a null text or another count.
-inline bool ReadHex(const unsigned char* text, unsigned int count, unsigned int& value) {
-  static constexpr unsigned char kNone = 0xFF;
-  static constexpr auto kDigits = [] {
-    std::array<unsigned char, 256> digits = {};
-    digits.fill(kNone);
-    for (unsigned char digit = 0; digit < 16; ++digit)
-      digits[static_cast<unsigned char>("0123456789ABCDEF"[digit])] = digit;
-    return digits;
-  }();
-  value = 0;
-  if (text == nullptr || count < 1 || count > 8) return false;
-  for (unsigned int i = 0; i < count; ++i) {
-    const unsigned char digit = kDigits[text[i]];
-    if (digit == kNone) return false;
-    value = value << 4 | digit;
-  }
-  return true;
-}
-
-// Exclusive or of `count` bytes. The last bytes are taken as one word too, less those of it that were taken before: a
-// loop over them would cost more than all the words of a sentence.
-inline unsigned char XorOf(const unsigned char* bytes, unsigned int count) {
-  constexpr unsigned int kWord = sizeof(std::uint64_t);
-  const auto word = [](const unsigned char* from) {
-    std::uint64_t value = 0;
-    std::memcpy(&value, from, kWord);
-    return value;
-  };
-  std::uint64_t folded = 0;
-  if (count < kWord || std::endian::native != std::endian::little) {
-    for (; count > 0; ++bytes, --count) folded ^= *bytes;
-  } else {
-    for (; count > kWord; bytes += kWord, count -= kWord) folded ^= word(bytes);
-    folded ^= word(bytes + count - kWord) >> (8 * (kWord - count));
-  }
-  folded ^= folded >> 32;
-  folded ^= folded >> 16;
-  return static_cast<unsigned char>(folded ^ (folded >> 8));
-}
-
-}  // namespace UTIL
+}  // namespace velagnss::framing
 
 #endif  // VELAGNSS_FRAMING_BYTE_SCAN_H

@@ -7,12 +7,15 @@
 
 namespace {
 
+namespace Crc24Field = velagnss::framing::Crc24Field;
+
 constexpr std::size_t kSlices = 16;  // bytes taken at a time; 8 are slower by a third
 
 using t_Slice = std::array<unsigned int, 256>;
 
-// Slice k holds the sum of each byte with k zero bytes behind it. The sum is linear: that of a block is the sum of its
-// bytes, each looked up in the slice of its distance from the end: look-ups that need not wait for each other.
+// Slice k holds the sum of each byte followed by k zero bytes. The checksum is linear, so that of a block is the
+// exclusive or of its bytes' sums, each looked up in the slice of its distance from the end. These look-ups do not
+// depend on each other, so the processor makes several at once; in the classic loop each must wait for the one before.
 constexpr std::array<t_Slice, kSlices> MakeSlices() {
   std::array<t_Slice, kSlices> slices{};
   for (unsigned int byte = 0; byte < 256; ++byte) {
@@ -25,8 +28,8 @@ constexpr std::array<t_Slice, kSlices> MakeSlices() {
 constexpr std::array<t_Slice, kSlices> kSlice = MakeSlices();
 static_assert(kSlice[0][1] == 0x864CFB && kSlice[1][0] == 0, "CRC-24Q");
 
-// The sum after one more block of `count` bytes, at most `kSlices`. What is summed so far is folded into the first
-// three of them: 0, if there are not that many.
+// The sum after one more block of `count` bytes, at most `kSlices`. The sum so far, 24 bits, is folded into the first
+// three bytes; it must be 0 if there are fewer.
 inline unsigned int SumBlock(const unsigned char* block, std::size_t count, unsigned int crc) {
   unsigned int sum = 0;
   for (std::size_t i = 0; i < count; ++i) {
@@ -38,7 +41,7 @@ inline unsigned int SumBlock(const unsigned char* block, std::size_t count, unsi
 
 }  // namespace
 
-// The short block comes first, where nothing is summed yet.
+// The short block comes first, while the sum is still 0.
 unsigned int C_CRC24::ComputeCRC(const unsigned char* data, unsigned short count) {
   if (data == nullptr) return 0;
   const unsigned char* const end = data + count;

@@ -7,6 +7,7 @@ constexpr unsigned int kBufferMargin = 10;    // bytes of buffer beyond the long
 
 }  // namespace
 
+// The buffer outlives every message in it: what the callback sees stays until the next frame is complete.
 C_CallbackFrameRecognizer::C_CallbackFrameRecognizer(const eProtocols* protocols,
                                                      eCircBufOvrflowHandling overflowHandling, bool keepStatistics)
     : C_FrameRecognizer(protocols, overflowHandling, keepStatistics),
@@ -28,6 +29,7 @@ unsigned int C_CallbackFrameRecognizer::Reset() {
   return 0;
 }
 
+// An error with data is not the end: those bytes may be lost, but what is queued can still be worked off.
 void C_CallbackFrameRecognizer::Feed(const unsigned char* data, unsigned short length) {
   if (data == nullptr || length == 0) return;
   while (true) {
@@ -35,7 +37,7 @@ void C_CallbackFrameRecognizer::Feed(const unsigned char* data, unsigned short l
     m_lastResult = result;
     if (m_callback != nullptr && result != m_suppressedResult) m_callback(m_context, result, m_message);
     if (result == eRecNoNewData) return;
-    if (result == eRecError && data == nullptr) return;  // a step that fails without new data fails for ever
+    if (result == eRecError && data == nullptr) return;  // such a step would fail forever
     data = nullptr;
   }
 }

@@ -1,4 +1,4 @@
-// A frame recognizer that pumps itself and reports every step to a function of the host's. Internal.
+// A frame recognizer that pumps itself and reports every step to a function of the host. Internal.
 #ifndef VELAGNSS_FRAMING_CALLBACK_FRAME_RECOGNIZER_H
 #define VELAGNSS_FRAMING_CALLBACK_FRAME_RECOGNIZER_H
 
@@ -13,26 +13,26 @@ class C_CallbackFrameRecognizer : public C_FrameRecognizer {
   // `eRecFrameComplete` and until the next one. `context` is what was given to SetCallback.
   using t_Callback = void (*)(void* context, eRecognitionResult result, C_RawDataMessage& message);
 
-  // As `C_FrameRecognizer`; all results are reported, to nobody yet.
+  // As `C_FrameRecognizer`; all results are reported once a callback is set.
   C_CallbackFrameRecognizer(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling, bool keepStatistics);
 
-  // Null switches reporting off; frames are recognised all the same.
+  // Null switches reporting off; frames are recognized all the same.
   void SetCallback(t_Callback function, void* context);
 
-  // A result that is not reported. At first, and after a reset, one that no step has.
+  // A result that is not reported. Initially, and after a reset, none: 8, which no step returns.
   void SetSuppressedResult(unsigned int result) { m_suppressedResult = result; }
 
-  // `FullProcessingReset`, and the last and the suppressed result as at first. Returns 0.
+  // `FullProcessingReset`, and the last and the suppressed result as at construction. Returns 0.
   unsigned int Reset();
 
-  // Queues the bytes and steps until nothing is left to do: the last result is `eRecNoNewData`, or an error that would
-  // only repeat itself. Nothing happens, not even a step, when `data` is null or `length` is 0.
+  // Queues the bytes and steps until nothing is left to do. The last result is then `eRecNoNewData`, or an error that
+  // would only repeat itself. No step is made when `data` is null or `length` is 0.
   void Feed(const unsigned char* data, unsigned short length);
 
   // The frame completed last; empty before the first one.
   const C_RawDataMessage& GetMessage() const { return m_message; }
 
-  // Of the latest step; 0 before the first one.
+  // Result of the latest step; 0 before the first one.
   unsigned int GetLastResult() const { return m_lastResult; }
 
  private:

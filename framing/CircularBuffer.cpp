@@ -5,6 +5,7 @@
 
 namespace {
 
+// The byte count of the storage must fit 32 bits, as the item counts do; in 64 bits the product cannot overflow.
 bool IsUsable(unsigned int maxItems, unsigned int itemSize) {
   const unsigned long long bytes = 1ULL * maxItems * itemSize;
   return bytes > 0 && bytes <= 0xFFFFFFFF;
@@ -21,6 +22,8 @@ C_CircularBuffer::C_CircularBuffer(unsigned int maxItems, unsigned int itemSize,
 
 C_CircularBuffer::~C_CircularBuffer() = default;
 
+// The recognizer resets its queue at every drained piece of a stream, so clearing the whole ring would dominate: only
+// bytes that were written since the last reset can be other than zero.
 void C_CircularBuffer::Reset() {
   m_numItems = 0;
   m_headIndex = 0;
@@ -33,6 +36,7 @@ void C_CircularBuffer::SetOverflowHandling(eCircBufOvrflowHandling overflowHandl
   m_overflowHandling = overflowHandling;
 }
 
+// An empty queue that is full has capacity 0: there is no oldest item to drop.
 bool C_CircularBuffer::NewItemOverflowProtect() {
   if (m_numItems < m_maxItems) return true;
   switch (m_overflowHandling) {
@@ -59,6 +63,7 @@ void C_CircularBuffer::QueueItem(const void* item) {
   ++m_numItems;
 }
 
+// Policies are compared by value, not listed: every number above the known ones refuses, but cuts a long batch first.
 void C_CircularBuffer::QueueAcrossEnd(const void* items, unsigned int n) {
   if (items == nullptr || m_maxItems == 0) return;
   const unsigned char* source = static_cast<const unsigned char*>(items);
@@ -79,6 +84,7 @@ void C_CircularBuffer::QueueAcrossEnd(const void* items, unsigned int n) {
   m_numItems += n;
 }
 
+// Moves the later items back one slot each, from the tail so that none is overwritten before it has moved.
 void C_CircularBuffer::QueueItemBeforeNth(const void* item, unsigned int n) {
   if (item == nullptr || !NewItemOverflowProtect()) return;
   if (n >= m_numItems) {
@@ -104,6 +110,7 @@ void* C_CircularBuffer::DequeueItem() {
   return item;
 }
 
+// At most two copies: up to the end of the ring, then from its start. An empty queue may have no storage to point into.
 void C_CircularBuffer::Read(void* dest, unsigned int n) const {
   if (n == 0) return;
   const unsigned int first = std::min(n, m_maxItems - m_headIndex);
@@ -112,6 +119,7 @@ void C_CircularBuffer::Read(void* dest, unsigned int n) const {
   std::memcpy(static_cast<unsigned char*>(dest) + firstBytes, m_storage.get(), std::size_t{n - first} * m_itemSize);
 }
 
+// Flushes by what was asked, not by what was copied: asking for all or more resets the queue.
 unsigned int C_CircularBuffer::DequeueNItems(void* dest, unsigned int n) {
   if (dest == nullptr) return 0;
   const unsigned int count = PeekNItems(dest, n);

@@ -11,7 +11,7 @@
 
 #include "velagnss_export.h"
 
-// What happens to an item that finds the queue full. Any other value refuses like `eCircBufOvrflowRejectNew`, except
+// What happens to an item when the queue is full. Any other value refuses like `eCircBufOvrflowRejectNew`, except
 // that a batch longer than the capacity is first cut to its last `MaxNumItems()` items.
 enum eCircBufOvrflowHandling : unsigned int {
   eCircBufOvrflowDropOldest = 0,  // the oldest items make room
@@ -19,7 +19,8 @@ enum eCircBufOvrflowHandling : unsigned int {
   eCircBufOvrflowRejectNew = 2,   // nothing is queued, the queue stays as it was
 };
 
-// Storage is allocated once, by the constructor. One thread at a time; not copyable.
+// Allocates memory only at construction. One thread at a time; not copyable. The inline operations make the layout part
+// of the binary interface: a change of the private members is a change of the library's major version.
 //
 // "Reset" below means: no items, both ends at slot 0, every byte of storage zero.
 class VELAGNSS_API C_CircularBuffer {
@@ -37,13 +38,13 @@ class VELAGNSS_API C_CircularBuffer {
   // Replaces the policy; what is queued stays.
   void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
 
-  // Items queued, and how many there is room for; bytes of one item; whether the next one meets the policy.
+  // Items queued, the capacity in items, the bytes of one item, and whether the policy applies to the next item.
   unsigned int NumItems() const { return m_numItems; }
   unsigned int MaxNumItems() const { return m_maxItems; }
   unsigned int ItemSize() const { return m_itemSize; }
   bool IsQueueFull() const { return m_numItems >= m_maxItems; }
 
-  // Queues a copy of one item, if the policy finds room for it. Null: nothing happens.
+  // Queues a copy of one item, if the policy makes room for it. Null: nothing happens.
   void QueueItem(const void* item);
 
   // Queues `n` consecutive items. Under `eCircBufOvrflowRejectNew` all of them or none; under the other two policies
@@ -61,7 +62,7 @@ class VELAGNSS_API C_CircularBuffer {
 
   // Inserts a copy of one item so that it becomes the n-th queued one (0 is the oldest); with n >= NumItems() it is
   // queued last. Room is made first: where that drops the oldest item, `n` counts from the new oldest. Moves the items
-  // behind it, one slot each.
+  // after it, one slot each.
   void QueueItemBeforeNth(const void* item, unsigned int n);
 
   // Removes the oldest item. Returns its slot, whose bytes stay until the slot is written again; null when empty.
@@ -90,12 +91,12 @@ class VELAGNSS_API C_CircularBuffer {
     m_headIndex = Advanced(m_headIndex, n);
   }
 
-  // Makes room for one more item as the policy says. True when one may now be written. On a queue of capacity 0 the
-  // answer is the policy's too (true for the first two), although nothing can be written there.
+  // Makes room for one more item by the policy; true when one may now be written. On a queue of capacity 0 the result
+  // follows the policy too (true for the first two), although nothing can be written there.
   bool NewItemOverflowProtect();
 
-  // The items at the head that lie in one piece, for readers that scan in place: a pointer to the oldest item and, in
-  // `count`, how many follow each other from there before the ring's end (all that are queued, unless they wrap).
+  // The oldest items as far as they lie in one piece, for readers that scan in place: a pointer to the first and, in
+  // `count`, their number (all that are queued, unless they wrap at the ring's end).
   const void* PeekHeadRun(unsigned int& count) const {
     const unsigned int toEnd = m_maxItems - m_headIndex;
     count = m_numItems < toEnd ? m_numItems : toEnd;
@@ -103,14 +104,14 @@ class VELAGNSS_API C_CircularBuffer {
   }
 
  private:
-  // The slot `n` items (at most m_maxItems) behind `slot`.
+  // The slot that is `n` items (at most m_maxItems) after `slot`.
   unsigned int Advanced(unsigned int slot, unsigned int n) const {
     const unsigned int toEnd = m_maxItems - slot;
     return n < toEnd ? slot + n : n - toEnd;
   }
   unsigned int Next(unsigned int slot) const { return slot + 1 < m_maxItems ? slot + 1 : 0; }
   unsigned char* Slot(unsigned int slot) const { return m_storage.get() + std::size_t{slot} * m_itemSize; }
-  void QueueAcrossEnd(const void* items, unsigned int n);  // or where the policy must make room
+  void QueueAcrossEnd(const void* items, unsigned int n);  // or when the policy must make room
   void Write(unsigned int slot, const void* items, unsigned int n) {
     unsigned char* const dest = Slot(slot);
     const std::size_t bytes = std::size_t{n} * m_itemSize;

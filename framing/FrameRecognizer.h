@@ -1,7 +1,7 @@
-// From an arbitrary byte stream to whole, checked frames: where everything in this folder comes together.
+// From an arbitrary byte stream to whole, checked frames: the chief header of this directory.
 //
 // A receiver's port carries up to eleven protocols interleaved, in pieces of any size, with noise in between. A host
-// hands each piece to the recognizer as it comes and then pumps until nothing is left to do; every result
+// hands each piece to the recognizer as it arrives and then pumps until nothing is left to do. Each result
 // `eRecFrameComplete` has put one frame into the host's message:
 //
 //   C_FrameRecognizer recognizer(nullptr, eCircBufOvrflowDropOldest, true);
@@ -12,40 +12,39 @@
 //     if (result == eRecFrameComplete) Handle(message);
 //   }
 //
-// A host that never hands over more than `GetFreeSpace()` bytes at once loses nothing to overflow. At the end of its
-// input it may reset, feed once more what was still queued but its first byte, and so on: that frees frames which stand
-// behind a false start that waits for bytes that never come.
+// A host that never hands over more than `GetFreeSpace()` bytes at once loses nothing to overflow. At the end of the
+// input, a false start may still be waiting for bytes that never come, with good frames queued after it. To get them,
+// take the `GetQueuedBytes()` bytes fed last, reset, feed all of them but the first, and repeat until nothing is
+// queued.
 //
-// How a frame is found. The oldest queued byte is looked at: what cannot start a frame is dropped, byte by byte. A
-// start pattern names the protocol, the first bytes tell how long the frame may become and which message it is, and the
-// protocol's body scanner waits for its end and checks it. After any fault exactly one byte is given up, the false
-// start, and the search goes on behind it: a frame that began inside the rejected bytes is still found.
+// How a frame is found. Queued bytes that cannot start a frame are dropped, oldest first. A start pattern identifies
+// the protocol, the first bytes give the message type and the length limits, and the protocol's body scanner waits for
+// the end of the frame and checks it. After any fault exactly one byte is given up, the false start, and the search
+// goes on with the next one: a frame that began inside the rejected bytes is still found.
 #ifndef VELAGNSS_FRAMING_FRAME_RECOGNIZER_H
 #define VELAGNSS_FRAMING_FRAME_RECOGNIZER_H
 
-#include <algorithm>
-#include <array>
-#include <cstdint>
 #include <memory>
-#include <string_view>
 
 #include "framing/CircularBuffer.h"
 #include "framing/RawDataMessage.h"
 #include "geo/GnssEnums.h"
 #include "velagnss_export.h"
 
-class C_RunningCrc24;
+namespace velagnss::framing {
+class C_RecognizerCore;
+}
 
-// What one step of the recognizer came to.
+// The outcome of one step of the recognizer.
 enum eRecognitionResult : unsigned int {
   eRecNoNewData = 0,      // nothing queued, or no new byte since the last step: stop pumping
   eRecSearching = 1,      // idle, or looking for a frame start: call again
   eRecFrameStarted = 2,   // protocol identified, body being collected: call again
-  eRecFrameComplete = 3,  // a valid frame stands in the caller's message
+  eRecFrameComplete = 3,  // the caller's message holds a valid frame
   eRecChecksumError = 4,  // checksum or packing wrong: one byte dropped
   eRecFrameRejected = 5,  // unexpected message, bad length or forbidden character: one byte dropped
   eRecInputOverflow = 6,  // the queue overflowed while this call's bytes were queued; no step was made
-  eRecError = 7,          // a step called out of turn, or an overflow policy that is none
+  eRecError = 7,          // a step called out of turn, or an invalid overflow policy at a full queue
 };
 
 // What must be known of a protocol to find its frames.
@@ -55,36 +54,31 @@ struct S_FrameDescriptor {
   unsigned char startPattern[24];         // byte b matches at i when (b & startMask[i]) == startPattern[i]
   unsigned char startMask[24];            // 0 accepts any byte
   unsigned short startLength;             // bytes that must be queued and compared
-  unsigned short headerLength;            // least frame length, unless the frame's first bytes tell another
-  unsigned short maxLength;               // greatest frame length, unless the frame's first bytes tell another
-};
-
-// Length limits of a frame in bytes, both inclusive, from its first start byte to its last byte.
-struct S_FrameLengths {
-  unsigned short least;     // an end mark that comes before does not count
-  unsigned short greatest;  // a frame that has not ended by then is none
+  unsigned short headerLength;            // least frame length, unless the frame's first bytes give another
+  unsigned short maxLength;               // greatest frame length, likewise
 };
 
 // Counters of a stream. A sum that would pass 32 bits is cut to its low 16 bits before the addition: 0xFFFFFFFF is
 // followed by 0x10000.
 struct S_RecognizerStatistics {
-  unsigned int bytesAccepted;   // bytes of delivered frames, and the line ends behind them
+  unsigned int bytesAccepted;   // bytes of delivered frames, and the line ends after them
   unsigned int bytesDiscarded;  // noise, false starts, overflow
   unsigned int framesGood;      // delivered
-  unsigned int framesBad;       // whose body failed: checksum, length or character
+  unsigned int framesBad;       // identified, but with a wrong checksum, length or character
 };
 
-// One recognizer serves one stream on one thread. Everything is allocated by the constructor, nothing later.
+// One recognizer serves one stream on one thread. Allocates memory only at construction.
 class VELAGNSS_API C_FrameRecognizer {
  public:
   using eProtocols = C_RawDataMessage::eProtocols;  // for brevity
 
-  // All protocols of the list are enabled, the search is not patient.
+  // Enables all protocols of the list; the search is not patient.
   //
   // `protocols`: what to expect, ended by `eAllProtocols` (reading stops at any value above 10, and after 254 entries).
-  // A null list, or one that begins with its end, means all eleven. Only these can be enabled later on.
-  // `overflowHandling`: what to do with bytes that do not fit into the queue of GetMaxFrameLength() + 32 bytes.
-  // `keepStatistics`: whether to count (see GetStatistics); nothing else depends on it.
+  // A null list, or one that begins with `eAllProtocols`, means all eleven. Other protocols cannot be enabled later.
+  // `overflowHandling`: what to do with bytes that do not fit into the queue. The queue holds a little more than the
+  // longest frame; GetFreeSpace() of a new recognizer is its capacity.
+  // `keepStatistics`: whether GetStatistics() has counters; nothing else depends on it.
   C_FrameRecognizer(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling, bool keepStatistics);
   ~C_FrameRecognizer();
   C_FrameRecognizer(const C_FrameRecognizer&) = delete;
@@ -96,55 +90,63 @@ class VELAGNSS_API C_FrameRecognizer {
   // frame has been copied into `message`: protocol, type, subtype, at most `message.capacity` bytes, and in
   // `message.length` how many. With every other result `message` is untouched.
   //
-  // `data` is read during the call only. Bytes that do not fit meet the overflow policy one by one; the result is then
-  // `eRecInputOverflow`, no step is made, and the next call goes on. The frame in `message` is the host's until the
-  // next call that completes one; a message with a null `data` receives everything but the bytes.
+  // `data` is read during the call only. The overflow policy is applied to each byte that does not fit; the result is
+  // then `eRecInputOverflow`, no step is made, and the next call goes on. The frame in `message` is the host's until
+  // the next call that completes one; a message with a null `data` receives everything but the bytes.
   //
-  // A call takes time for the bytes that it is given and for those that the step looks at, never more than the queue
-  // holds. A body that is awaited is looked at once, however many calls its bytes take to come.
+  // The time of a call is bounded by the bytes that it is given and those that are queued. Each byte of a body that is
+  // awaited is looked at once, however many calls it takes to arrive.
   eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
 
-  // Takes a protocol into or out of the search; `eAllProtocols` means every protocol named at construction, larger
-  // values nothing. A protocol that was not named at construction stays off.
+  // Adds a protocol to the search, or removes it. `eAllProtocols` means every protocol named at construction; larger
+  // values have no effect. A protocol that was not named at construction stays off.
   void EnableProtocol(eProtocols protocol);
   void DisableProtocol(eProtocols protocol);
 
-  // Replaces the policy for bytes that come from now on; what is queued stays. A number that is no policy makes
-  // `DoRecognition` answer `eRecError` at a full queue, and the bytes that do not fit are lost uncounted.
+  // Replaces the policy for bytes that are fed from now on; what is queued stays. With an invalid policy,
+  // `DoRecognition` returns `eRecError` at a full queue, and the bytes that do not fit are lost without being counted.
   void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
 
-  // Whether a start waits until its protocol can be told for sure. Off (the default), a start pattern is compared as
-  // soon as its own bytes are there, and fails when the bytes that tell type and length are still to come: "$RD1,",
-  // "$>JI,", "$>JQUERY," and "$>JGEO," that arrive a few bytes at a time are lost. On, it waits for those bytes too:
-  // the result no longer depends on how the stream was cut. Acknowledgements are an exception: "$>" is one as soon as
-  // it is there, whatever would have followed. A host that does not wait for one disables `eVelaCmdAck`.
+  // Whether the search waits until it has all the bytes that identify a frame. Off (the default), a start pattern is
+  // compared as soon as its own bytes are queued, and the start is rejected if the bytes that give type and length have
+  // not arrived: "$RD1,", "$>JI,", "$>JQUERY," and "$>JGEO," that arrive a few bytes at a time are lost. On, the search
+  // waits for those bytes too, and the result does not depend on how the stream was cut. Acknowledgements are an
+  // exception: "$>" is taken for one at once, whatever follows. A host that does not expect any disables `eVelaCmdAck`.
   void SetPatientSearch(bool patient);
 
-  // Forgets everything: queue, frame in progress, counters. The enabled protocols, the policy and patience stay. For
-  // the start of another stream, and behind a gap in this one.
+  // Discards the queue, the frame in progress and the counters. The enabled protocols, the overflow policy and the
+  // patient search stay. For the start of another stream, or after a gap in this one.
   void FullProcessingReset();
 
-  // Abandons the frame in progress; queue and counters stay. Its bytes are searched once more from the first one on.
+  // Abandons the frame in progress; queue and counters stay. Its bytes are searched again from the first one on.
   void ResetFrameScanProc();
 
   // The longest frame of the protocols named at construction, in bytes; 0 when there are none.
-  unsigned short GetMaxFrameLength() const { return m_maxFrameLength; }
+  unsigned short GetMaxFrameLength() const;
 
-  // Bytes that can be queued now without overflow. What is queued is GetMaxFrameLength() + 32 - GetFreeSpace(); the
-  // bytes fed so far less those queued, less `message.length`, are the offset of the frame just delivered.
-  unsigned int GetFreeSpace() const { return m_queue.MaxNumItems() - m_queue.NumItems(); }
+  // Bytes that can be queued now without overflow.
+  unsigned int GetFreeSpace() const;
 
-  // The live counters, null when none are kept. The pointer stays right as long as the recognizer lives.
-  const S_RecognizerStatistics* GetStatistics() const { return m_statistics.get(); }
+  // Bytes that are queued now: fed, but neither delivered nor discarded yet. When a frame has just been delivered, its
+  // offset in the stream is the number of bytes fed so far, less GetQueuedBytes(), less `message.length`, provided that
+  // nothing was lost to overflow and the whole frame fitted into the message.
+  unsigned int GetQueuedBytes() const;
+
+  // Copies the oldest queued bytes to `out`, as many as it has room for, and returns how many. They stay queued. With
+  // it a host need not keep what it has fed in order to search it again at the end of its input.
+  unsigned int CopyQueuedBytes(unsigned char* out, unsigned int room) const;
+
+  // The live counters; null when none are kept. The pointer stays valid for the life of the recognizer.
+  const S_RecognizerStatistics* GetStatistics() const;
 
   // --- What a message is: RTCM 10403 message numbers and the other protocols' types ---
 
   // Whether RTCM 3 frames of this number are delivered.
   static bool IsASupportedRtcm3Type(unsigned int number);
 
-  // Messages of the state space representation (SSR), by what they carry: corrections of orbit or clock or of both,
-  // code biases, phase biases, the ionosphere's vertical electron content, clocks at a high rate. A high-rate clock
-  // counts among orbit and clock too. False for any protocol but `eRTCM3_x`.
+  // Messages of the state space representation (SSR), by what they carry: corrections of orbit, clock or both, code
+  // biases, phase biases, the ionosphere's vertical electron content, clock corrections at a high rate. The high-rate
+  // messages are also orbit/clock messages. False for any protocol but `eRTCM3_x`.
   static bool IsAnRtcmSsrOrbitClockMsg(eProtocols protocol, unsigned int number);
   static bool IsAnRtcmSsrCodeBiasMsg(eProtocols protocol, unsigned int number);
   static bool IsAnRtcmSsrPhaseBiasMsg(eProtocols protocol, unsigned int number);
@@ -163,10 +165,8 @@ class VELAGNSS_API C_FrameRecognizer {
   static bool IsAVelaJQUERYMsg(eProtocols protocol, unsigned int type);
   static bool IsAVelaGEOMsg(eProtocols protocol, unsigned int type);
 
-  // --- Helpers of the body scanners ---
+  // --- Helpers of the body scanners, without state: hosts may use them on bytes of their own ---
 
-  // They keep nothing; hosts may use them on bytes of their own.
-  //
   // The value of `count` hexadecimal digits, the most significant first. False, with the digits read so far, at
   // anything but 0-9 and A-F (lower case is refused); false and 0 when `count` is not 1 to 8.
   bool ExtractHexValue(const unsigned char* text, unsigned char count, unsigned int& value) const;
@@ -174,33 +174,32 @@ class VELAGNSS_API C_FrameRecognizer {
   // Exclusive or of `count` bytes, the checksum of NMEA 0183; 0 for none.
   unsigned char Compute_ByteXOR(const unsigned char* data, unsigned short count) const;
 
-  // One byte of a 7-of-8 packed stream: its low 7 bits join `accumulator` above the `bitCount` bits there. True when
-  // that made a 16-bit word, which has been moved to `*out`. With `out` null: starts over, false.
+  // One byte of a 7-of-8 packed stream: adds its low 7 bits to `accumulator`, above the `bitCount` bits that are there.
+  // True when that completes a 16-bit word, which is moved to `*out`. With `out` null: clears both, false.
   static bool Unwind7of8_Byte(unsigned short* out, unsigned char in, unsigned int& accumulator,
                               unsigned char& bitCount);
 
   // Unpacks a 7-of-8 packed message. Packed bytes have their top bit set; the first byte without it ends the message,
-  // so `in` needs such an end (a CR, say) unless `maxWords` words come first. `out` takes up to `maxWords` 16-bit
-  // words, low byte first; the last one is the sum of those before it. Returns the bytes of payload without that word;
-  // 0 when the sum is wrong, when there is no payload, or nothing packed.
+  // so `in` must contain one (a CR, say) unless it has `maxWords` words. `out` must have room for `maxWords` 16-bit
+  // words, which are written low byte first; the last one is the 16-bit sum of the others. Returns the number of
+  // payload bytes, without that word; 0 when the sum is wrong, when there is no payload, or when a pointer is null.
   static unsigned int UnwindVela7of8Message(void* out, const unsigned char* in, unsigned short maxWords);
 
-  // --- The machinery, step by step. DoRecognition drives it; a host has no need to. ---
+  // --- The steps that DoRecognition makes. A host need not call them. ---
   //
-  // The search has four states. Idle: noise is dropped. Start search: the oldest byte may start a frame, its followers
-  // are compared with the patterns. Body wait: the protocol is known, its end and its checksum are not yet.
-  // Resynchronise: the start was none; its byte is dropped, and the search is idle again behind it.
+  // The search has four states. Idle: noise is dropped. Start search: the oldest byte may start a frame; it and the
+  // next ones are compared with the patterns. Body wait: the protocol is known, the end of the frame has not been
+  // reached. Resynchronize: the start was false; its byte is dropped, and the search is idle again.
 
   // Whether a frame of an enabled protocol can start with this byte.
   bool IsAFrameStartChar(unsigned char byte) const;
 
-  // Whether this byte may follow the frame delivered last: CR and LF, except behind RTCM 3. The first byte that may not
-  // ends the allowance.
+  // Whether this byte belongs to the line end of the frame delivered last: CR or LF, except after RTCM 3. The first
+  // other byte ends that line end: from then on the answer is false.
   bool IsAPostFrameAllowedByte(unsigned char byte);
 
-  // Fill the tables that the search works from; the constructor has done it, and doing it again changes nothing. The
-  // first one takes the start patterns, the second the start bytes of the enabled protocols, the others the length
-  // limits of a protocol's messages.
+  // Fill the tables that the search works from: the start patterns, the start bytes of the enabled protocols, and the
+  // length limits of each protocol's messages. The constructor calls them; calling them again changes nothing.
   void CreateRecognizedFrames();
   void SetFrameStartChars();
   void SetExpectedNMEA0183Msgs();
@@ -211,17 +210,17 @@ class VELAGNSS_API C_FrameRecognizer {
   void SetExpectedVelaJQUERYMsgs();
   void SetExpectedJSITERECORDMsgs();
 
-  // Compares the queued bytes with the start patterns of the enabled protocols, in the order of the catalogue: the
-  // first that matches goes on with DetermineMsgExpectations(). `eRecSearching` while no pattern matches; the start is
-  // given up when as many bytes have been compared as the longest pattern has. `eRecError` unless a start is being
-  // looked at.
+  // Compares the queued bytes with the start patterns of the enabled protocols, in their fixed order. On the first
+  // match it returns the result of DetermineMsgExpectations(), otherwise `eRecSearching`; the start is given up once as
+  // many bytes have been compared as the longest pattern has. `eRecError` unless the state is start search.
   eRecognitionResult FrameStartSearch();
 
-  // Sets the expectations of the matched protocol's frame; false of the parameter step means `eRecFrameRejected`.
+  // Sets type and length limits of the frame that starts: `eRecFrameStarted`, or `eRecFrameRejected` when the
+  // protocol's parameter step, below, returns false. `eRecError` when no start has matched.
   eRecognitionResult DetermineMsgExpectations();
 
-  // Read message type and length limits from the first bytes of a frame: the bytes that they need are those of
-  // docs/wire-formats.md. False: too few bytes, or no such message; then `DoRecognition` answers `eRecFrameRejected`.
+  // Read message type and length limits from the first bytes of a frame (docs/wire-formats.md). False, with nothing
+  // set, when fewer bytes are held than that takes, or for a message that is not supported.
   bool GetRTCM3_xFrameParameters();
   bool GetNMEA0183rameParameters();
   bool GetVelaBINFrameParameters();
@@ -232,10 +231,10 @@ class VELAGNSS_API C_FrameRecognizer {
   bool GetVelaJQUERYFrameParameters();
   bool GetJSITERECORDFrameParameters();
 
-  // Scan the frame's body for its end and check it: `FrameBodyWait` by the matched protocol. `eRecFrameStarted` while
-  // bytes are missing, then `eRecFrameComplete`, `eRecChecksumError` or `eRecFrameRejected`. `eRecError` unless a body
-  // is awaited. They look at the queue and remove nothing from it. Each takes whatever frame is awaited for one of its
-  // own and looks at it from the first byte on.
+  // Scan the frame's body for its end and check the frame; `FrameBodyWait` calls the scanner of the matched protocol.
+  // `eRecFrameStarted` while bytes are missing, then `eRecFrameComplete`, `eRecChecksumError` or `eRecFrameRejected`.
+  // `eRecError` unless the state is body wait. Nothing is removed from the queue. Called directly, each treats the
+  // awaited frame as its own kind and rescans it from byte 0.
   eRecognitionResult FrameBodyWait();
   eRecognitionResult RTCM3xBodyWait();
   eRecognitionResult NMEA0183BodyWait();
@@ -247,112 +246,7 @@ class VELAGNSS_API C_FrameRecognizer {
   eRecognitionResult JROXBodyWait();
 
  private:
-  static constexpr unsigned int kNumProtocols = 11;
-
-  enum eScanState : unsigned int { eIdle = 0, eStartSearch = 1, eBodyWait = 2, eResynchronise = 3 };
-
-  enum eBody { eRtcmBody, eVelaBinBody, eTextBody, ePkvnBody, eSiteRecordBody, eAckBody, eJroxBody, ePkvnRawBody };
-  struct S_BodyRule;
-  static const S_BodyRule kBodyRules[];  // by eBody
-  struct S_ProtocolRow;
-  static const S_ProtocolRow kProtocols[kNumProtocols];  // in search order
-
-  // What a body scanner says of the bytes it sees; the queue is moved by DoRecognition alone.
-  enum class eVerdict { More, Complete, BadCheck, Rejected, GivenUp };
-
-  // Out of line, so that DoRecognition, called a few times for each byte of a slow line, saves no registers for them.
-  [[gnu::noinline]] eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
-  bool MakeRoomInFullQueue();
-  [[gnu::noinline]] eRecognitionResult StepIdle();
-  [[gnu::noinline]] eRecognitionResult StepStartSearch();
-  [[gnu::noinline]] eRecognitionResult StepBodyWait(C_RawDataMessage& message);
-  void DeliverFrame(C_RawDataMessage& message);
-  void DropFalseStart();
-  void FlushBytes(unsigned int count);
-  void ResetWorkMessage();
-
-  // The first `count` queued bytes (no more than are queued, nor than the work message can hold) in one piece: in
-  // place, or where they pass the ring's end, as a copy that grows with the stream.
-  const unsigned char* FrameBytes(unsigned int count) {
-    unsigned int run = 0;
-    const void* head = m_queue.PeekHeadRun(run);
-    return count <= run ? static_cast<const unsigned char*>(head) : LinearBytes(count, run);
-  }
-  const unsigned char* LinearBytes(unsigned int count, unsigned int headRun);
-  unsigned int CopyCapacity() const;
-  void HoldBytes(unsigned int count) {
-    m_workMessage.length = std::max(m_workMessage.length, static_cast<unsigned short>(count));
-  }
-  void AddRowByByte(unsigned int descriptor);
-  bool Matches(unsigned int descriptor, const unsigned char* bytes) const;
-  bool BeginsWith(std::string_view prefix, unsigned int count);
-  bool Expect(unsigned int type, const S_FrameLengths& lengths);
-
-  bool IsBodyAwaited() const { return m_state == eBodyWait && m_currentDescriptor < kNumProtocols; }
-  eRecognitionResult Conclude(eVerdict verdict);
-  eRecognitionResult ScanBody(eBody body);
-  eVerdict CollectLength();
-  eVerdict CollectUntilEnd(const S_BodyRule& rule);
-  unsigned int FirstMark(const S_BodyRule& rule, const unsigned char* bytes, unsigned int end);
-  eVerdict CheckRtcmSum();
-  eVerdict CheckBinaryFrame();
-  eVerdict CheckNmeaSum();
-  eVerdict CheckPackedSentence();
-  eVerdict CheckPkvnSentence();
-  eVerdict CheckSiteRecord();
-  eVerdict CheckPackedReply();
-
-  void Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount) {
-    if (m_statistics == nullptr) return;
-    unsigned int& value = (*m_statistics).*counter;
-    if (value > 0xFFFFFFFF - amount) value &= 0xFFFF;
-    value += amount;
-  }
-
-  eCircBufOvrflowHandling m_overflowHandling;
-  bool m_patientSearch = false;
-  bool m_postFrame = false;  // a frame was delivered: its line end may follow
-  const std::array<bool, kNumProtocols> m_allowedProtocols;
-  const unsigned short m_maxFrameLength;
-  unsigned short m_minStartLength = 0;  // of the enabled protocols
-  unsigned short m_maxStartLength = 0;
-  unsigned short m_rowsByByte[2][256] = {};  // descriptors that may have the byte first, second: bit i for row i
-  bool m_enabledProtocols[kNumProtocols] = {};
-  S_FrameDescriptor m_descriptors[kNumProtocols] = {};
-  std::uint64_t m_startHeads[kNumProtocols] = {};  // first bytes of the start pattern, and of its mask, as one word
-  std::uint64_t m_startHeadMasks[kNumProtocols] = {};
-  unsigned short m_neededLengths[kNumProtocols] = {};  // bytes held before a descriptor is compared
-  const S_FrameLengths* m_nmeaLengths = nullptr;       // by sentence
-  const S_FrameLengths* m_velaBinLengths = nullptr;    // by block id
-  const S_FrameLengths* m_velaRdLengths = nullptr;     // by version
-  S_FrameLengths m_velaJiLengths = {};
-  S_FrameLengths m_velaGeoLengths = {};
-  S_FrameLengths m_velaJqueryLengths = {};
-  S_FrameLengths m_jsiteRecordLengths = {};
-
-  eScanState m_state = eIdle;
-  unsigned short m_scanCount = 0;           // bytes of the current frame looked at
-  unsigned short m_lastScanCount = 0xFFFF;  // m_scanCount at the last step; 0xFFFF forces a step
-  unsigned int m_currentDescriptor = kNumProtocols;
-  unsigned int m_lastDescriptor = kNumProtocols + 1;  // of the frame delivered last
-  unsigned short m_frameMinLength = 0;
-  unsigned short m_frameMaxLength = 0;
-  unsigned int m_settled = 0;   // bytes queued at the last step, if it only waits for more; 0 if the next must be made
-  unsigned int m_examined = 0;  // bytes of the body that need no second look by this scanner
-  eBody m_examinedAs = eTextBody;
-
-  // Positions in the stream, so that what is known of a byte stays known when a false start before it is dropped.
-  std::uint64_t m_position = 0;        // of the oldest queued byte
-  std::uint64_t m_unmarkedTo[4] = {};  // by UTIL::eMark: no such byte is queued before this position
-  std::uint64_t m_copyBegin = 0;       // of the bytes that were copied out of the ring, which passed its end
-  std::uint64_t m_copyEnd = 0;
-
-  std::unique_ptr<S_RecognizerStatistics> m_statistics;
-  std::unique_ptr<C_RunningCrc24> m_runningSums;  // of the bytes behind a false start of RTCM 3
-  std::unique_ptr<unsigned char[]> m_copy;
-  std::unique_ptr<unsigned char[]> m_unwindBuffer;
-  C_RawDataMessage m_workMessage;  // the frame in progress; its bytes stay in the queue
-  C_CircularBuffer m_queue;
+  std::unique_ptr<velagnss::framing::C_RecognizerCore> m_core;
 };
 
 #endif  // VELAGNSS_FRAMING_FRAME_RECOGNIZER_H

@@ -9,6 +9,7 @@ C_RawDataMessage::C_RawDataMessage(unsigned char* buffer, unsigned int bufferCap
   Reset();
 }
 
+// All ones, not zero, for the types: 0 is a type of several protocols.
 void C_RawDataMessage::Reset() {
   protocol = eNoProtocol;
   messageType = 0xFFFFFFFF;

@@ -4,7 +4,7 @@
 
 #include "velagnss_export.h"
 
-// The host owns the message and the buffer behind `data`; the message allocates and frees nothing. A buffer of
+// The host owns the message and the buffer at `data`; the message allocates and frees nothing. A buffer of
 // `C_FrameRecognizer::GetMaxFrameLength()` bytes holds every frame; of a longer frame the first `capacity` bytes are
 // kept.
 //
@@ -26,8 +26,8 @@ class VELAGNSS_API C_RawDataMessage {
     eVelaJI = 8,         // receiver information reply, "$>JI,"
     eVelaJQUERY = 9,     // query reply, "$>JQUERY,"
     eVelaGEO = 10,       // geo reply, "$>JGEO,"
-    eAllProtocols = 11,  // ends a list of protocols; all protocols, where one is asked for
-    eNoProtocol = 12,    // of a message that holds no frame
+    eAllProtocols = 11,  // ends a list of protocols; as an argument: all protocols
+    eNoProtocol = 12,    // in a message that holds no frame
   };
 
   // The sentence formatters of NMEA 0183 that are known, in the order of `C_NMEA_EncodeDecode::mppz_NmeaMsgIDs`. Frames
@@ -68,11 +68,11 @@ class VELAGNSS_API C_RawDataMessage {
   // No frame: protocol `eNoProtocol`, type and subtype all ones, length 0, the buffer zero-filled over its capacity.
   void Reset();
 
-  unsigned int capacity;     // bytes that fit behind `data`
-  eProtocols protocol;       // of the frame held; `eNoProtocol` for none
+  unsigned int capacity;     // bytes of the buffer at `data`
+  eProtocols protocol;       // of the frame held; `eNoProtocol` when empty
   unsigned int messageType;  // RTCM 3: message number; NMEA: `eNMEA0183Messages`; VelaBIN: block id; PKVN: row of the
-                             // sentence name; RD: digit behind "$RD"; J replies: 0; all others: all ones
-  unsigned int messageSubtype;  // second qualifier, all ones; carried along
+                             // sentence name; RD: digit after "$RD"; J replies: 0; all others: all ones
+  unsigned int messageSubtype;  // second qualifier; all ones: no protocol has one yet
   unsigned char* data;          // the frame, from its first start byte to its last; not owned
   unsigned short length;        // bytes held
 };

@@ -3,6 +3,8 @@
 #include "framing/CRC24.h"
 #include "framing/Crc24Field.h"
 
+namespace velagnss::framing {
+
 namespace {
 
 // x to the power of 8 n: what a sum is multiplied by when n zero bytes follow.
@@ -18,7 +20,7 @@ unsigned int Next(unsigned int sum, unsigned char byte) {
   return ((sum << 8) ^ C_CRC24::mu32CRC_Table[(sum >> 16) ^ byte]) & 0xFFFFFF;
 }
 
-// Of two polynomials, modulo that of the code: what stands above bit 23 is reduced as if its bytes were summed.
+// Of two polynomials modulo the generator. The bits above 23 are reduced as if they were bytes to be summed.
 unsigned int Product(unsigned int a, unsigned int b) {
   std::uint64_t product = 0;
   for (unsigned int bit = 0; bit < 24; ++bit) product ^= (std::uint64_t{a} << bit) * (b >> bit & 1);
@@ -37,3 +39,5 @@ unsigned int C_RunningCrc24::Sum(std::uint64_t position, const unsigned char* by
   for (; m_end < position + count; ++m_end) At(m_end + 1) = Next(At(m_end), bytes[m_end - position]);
   return At(position + count) ^ Product(At(position), kZeroBytes[count]);
 }
+
+}  // namespace velagnss::framing

@@ -1,10 +1,12 @@
 // The NMEA decoders and MakeDecodable over sentences whose checksum the mutator repairs. Results are those that the
-// operations state; records depend on the sentence alone; nothing outside of it is read; a good sentence behind it
-// decodes as before it; what MakeDecodable gives is a checked sentence that it leaves as it is.
+// operations state; records depend on the sentence alone; nothing outside of it is read; a good sentence after it
+// decodes as before it; what MakeDecodable gives is a checked sentence that it leaves as it is; the library's own way
+// to the record gives what MakeDecodable and Decode give.
 #include "fuzz/DecodeChecks.h"
 #include "fuzz/RepairedSentence.h"
 #include "fuzz/Samples.h"
 #include "tests/ExactCopy.h"
+#include "tests/NmeaSentences.h"
 #include "textproto/NMEA_EncodeDecode.h"
 
 namespace {
@@ -25,7 +27,7 @@ unsigned int RequireOrder(ExactCopy& sentence, eType type) {
       true);
   Fuzz::RequireOneOf(result, {0, 2, 4, 5, 8, 11, 20}, "Decode");
   const bool isChecked = t_Nmea::ValidateNmeaCheckSum(sentence.Data(), sentence.Size());
-  Fuzz::Require(isChecked || result == 4 || result == 20, "a bad checksum is told first");
+  Fuzz::Require(isChecked || result == 4 || result == 20, "a bad checksum is reported first");
   return result;
 }
 
@@ -101,6 +103,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const unsigned int result = RequireOrder(sentence, type);
   RequireOrderOfTypes(sentence, result, type);
   RequireDecodable(text);
+  Fuzz::Require(CheckedSentenceDiffers(text, type).empty(), "both ways to the record agree");
   U_EcdDcdData record;
   nmea.Decode(sentence.Data(), sentence.Size(), type, record);
   good.RequireSame();

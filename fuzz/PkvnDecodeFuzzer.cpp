@@ -1,6 +1,6 @@
 // The decoders of "$PKVN," and "$RD1," sentences; the mutator repairs checksums and line ends. Results are those that
 // the operations state; records depend on the sentence alone; only a decoded sentence is counted; nothing outside of it
-// is read; a good sentence behind it decodes as before it.
+// is read; a good sentence after it decodes as before it.
 #include "fuzz/DecodeChecks.h"
 #include "fuzz/RepairedSentence.h"
 #include "fuzz/Samples.h"
@@ -31,7 +31,7 @@ void RequireOrder(ExactCopy& frame) {
       true);
   Fuzz::RequireOneOf(result, {0, 2, 3, 4, 5, 6, 11, 19, 20}, "Decode");
   Fuzz::Require(checked == 0 || checked == result, "Decode answers what the frame check answers");
-  Fuzz::Require(type == checkedType, "Decode tells the type that the frame check tells");
+  Fuzz::Require(type == checkedType, "Decode gives the type that the frame check gives");
 }
 
 // One kind of sentence, without the check of the frame.
@@ -65,7 +65,7 @@ void RequireOrderOfRd(ExactCopy& frame) {
   unsigned short checkedVersion = 77;
   const unsigned int checked = C_VelaRD_Decode::ValidateFrame(frame.Data(), frame.Size(), checkedVersion);
   Fuzz::RequireOneOf(checked, {0, 3, 5, 20}, "ValidateFrame");
-  Fuzz::Require(checkedVersion == 77 || checked == 0, "the version is told of a good frame only");
+  Fuzz::Require(checkedVersion == 77 || checked == 0, "only a good frame has a version");
   unsigned short version = 77;
   const unsigned int result = Fuzz::DecodeOverAnyMemory<U_VelaRD_EcdDcdData>(
       [&](U_VelaRD_EcdDcdData& record) {
@@ -78,7 +78,7 @@ void RequireOrderOfRd(ExactCopy& frame) {
       true);
   Fuzz::RequireOneOf(result, {0, 2, 3, 5, 8, 9, 11, 20}, "Decode of RD");
   Fuzz::Require(checked == 0 || checked == result, "Decode answers what the frame check answers");
-  Fuzz::Require(version == checkedVersion, "Decode tells the version that the frame check tells");
+  Fuzz::Require(version == checkedVersion, "Decode gives the version that the frame check gives");
   const unsigned int direct = Fuzz::DecodeOverAnyMemory<S_IntSignalDiagMsg>(
       [&](S_IntSignalDiagMsg& record) { return C_VelaRD_Decode().Decode_RD1(frame.Data(), frame.Size(), record); },
       false);

@@ -1,7 +1,7 @@
-// The program's way from the bytes of an input to its output, command and options chosen by the input: decode, stat,
-// convert to each format, encode. The output is valid in its format, holds no control character and nothing but ASCII,
-// and is the same however the input was read, unless acknowledgements are searched for: "$>" is one as soon as it
-// stands there, before it can turn out to begin a reply.
+// What the program makes of the bytes of an input, command and options chosen by the input: decode, stat, convert to
+// each format, encode. The output is valid in its format, holds only printable ASCII, and is the same however the input
+// was cut into pieces, unless acknowledgements are searched for: "$>" is one as soon as it is read, before it can turn
+// out to begin a reply.
 #include <tinyxml2.h>
 
 #include <fstream>
@@ -9,14 +9,16 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "apps/velagnss/Diagnostics.h"
-#include "apps/velagnss/FrameJson.h"
-#include "apps/velagnss/FrameReader.h"
-#include "apps/velagnss/LineEncoder.h"
-#include "apps/velagnss/MessageFilter.h"
-#include "apps/velagnss/RinexNav.h"
-#include "apps/velagnss/StreamReport.h"
-#include "apps/velagnss/TrackConverter.h"
+#include "apps/velagnss/account/AccountJson.h"
+#include "apps/velagnss/account/AccountTable.h"
+#include "apps/velagnss/json/JsonLines.h"
+#include "apps/velagnss/json/LineEncoder.h"
+#include "apps/velagnss/nmea/SentenceConverter.h"
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/pipeline/RecordRun.h"
+#include "apps/velagnss/rinex/NavConverter.h"
+#include "apps/velagnss/text/MessageNames.h"
+#include "apps/velagnss/track/TrackConverter.h"
 #include "fuzz/GoodFrames.h"
 #include "tests/ExactCopy.h"
 #include "tests/JsonSchema.h"
@@ -26,10 +28,9 @@ namespace {
 using nlohmann::json;
 
 struct S_Options {
-  std::vector<C_RawDataMessage::eProtocols> search;
-  std::optional<C_GnssTime> seed;
-  Host::C_MessageFilter filter;
-  bool dependsOnCut, framesOnly, hex, events;
+  Host::S_RunOptions run;
+  Host::S_JsonLinesOptions lines;
+  bool dependsOnCut;
   unsigned int format;  // of convert
 };
 
@@ -39,113 +40,66 @@ S_Options TakeOptions(Fuzz::C_Input& input) {
     const bool isAck = protocol == C_RawDataMessage::eVelaCmdAck;
     const bool isRare = input.Below(8) == 0;
     if (isAck != isRare) continue;  // rarely with acknowledgements, rarely without one of the others
-    options.search.push_back(C_RawDataMessage::eProtocols{protocol});
+    options.run.search.push_back(C_RawDataMessage::eProtocols{protocol});
     options.dependsOnCut = options.dependsOnCut || isAck;
   }
-  if (options.search.empty()) options.dependsOnCut = true;  // none named: all of them
-  options.search.push_back(C_RawDataMessage::eAllProtocols);
-  if (input.Below(2) == 0) options.seed.emplace().Set(input.Value<std::uint16_t>(), 345600.0, ALGO::GNSS_GPS);
+  if (input.Below(2) == 0) options.run.seed.emplace().Set(input.Value<std::uint16_t>(), 345600.0, ALGO::GNSS_GPS);
   constexpr const char* kMessages[] = {"GGA", "GGA:10,RMC:1", "BIN95,1077", "HPR:0.5"};
-  if (input.Below(4) == 0) options.filter.AddMessages(kMessages[input.Below(std::size(kMessages))]);
-  if (input.Below(8) == 0) options.filter.AddProtocols("nmea,bin");
-  options.framesOnly = input.Below(8) == 0;
-  options.hex = input.Below(4) == 0;
-  options.events = input.Below(2) == 0;
+  if (input.Below(4) == 0) options.lines.filter.AddMessages(kMessages[input.Below(std::size(kMessages))]);
+  if (input.Below(8) == 0) options.lines.filter.AddProtocols("nmea,bin");
+  options.lines.framesOnly = input.Below(8) == 0;
+  options.lines.hex = input.Below(4) == 0;
+  options.lines.events = input.Below(2) == 0;
   options.format = input.Below(6);
   return options;
 }
 
-// --- The commands, with a text in place of the output ---
+// --- The commands, without an output ---
 
-void FeedAll(Host::C_FrameReader& reader, std::string_view stream, std::size_t piece) {
+void FeedAll(Host::C_RecordRun& run, std::string_view stream, std::size_t piece) {
+  run.BeginInput("input");
   for (; !stream.empty(); stream.remove_prefix(std::min(piece, stream.size()))) {
     const std::string_view part = stream.substr(0, piece);
     ExactCopy copy(part);
-    reader.Feed({copy.Data(), part.size()});
+    run.Feed({{copy.Data(), part.size()}, {}});
   }
-  reader.Finish();
+  run.EndInput();
+  run.Finish();
 }
 
-class C_Decode : public Host::C_FrameSink {
- public:
-  C_Decode(const S_Options& options, std::string_view stream, std::size_t piece)
-      : m_options(options), m_filter(options.filter), m_decoder(options.seed), m_lines(m_json) {
-    m_lines.SetHex(options.hex);
-    Host::C_FrameReader reader(options.search.data(), *this);
-    FeedAll(reader, stream, piece);
-  }
-  std::string Text() const {
-    const auto lines = static_cast<std::size_t>(std::count(m_json.Text().begin(), m_json.Text().end(), '\n'));
-    Fuzz::Require(lines == m_objects, "each frame and each event is a line");
-    return std::string(m_json.Text());
-  }
+std::string Decode(const S_Options& options, std::string_view stream, std::size_t piece) {
+  Host::C_JsonLines lines(options.lines);
+  Host::C_RecordRun run(options.run, {&lines});
+  FeedAll(run, stream, piece);
+  const std::string text(lines.Text().Text());
+  const auto count = static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
+  Fuzz::Require(options.lines.events || count == lines.FramesWritten(), "each frame is a line");
+  return text;
+}
 
-  void OnFrame(const C_RawDataMessage& frame, std::uint64_t offset) override {
-    m_decoder.Decode(frame);
-    if (!m_filter.Passes(frame.protocol, frame.messageType, m_decoder.Clock().Seconds())) return;
-    m_lines.WriteFrame(frame, offset, m_options.framesOnly ? nullptr : &m_decoder);
-    ++m_objects;
-  }
-  void OnRejection(const Host::S_Rejection& rejection) override {
-    if (!m_options.events) return;
-    m_lines.WriteRejection(rejection);
-    ++m_objects;
-  }
-  void OnSkipped(std::uint64_t offset, std::uint64_t length) override {
-    if (!m_options.events) return;
-    m_lines.WriteSkipped(offset, length);
-    ++m_objects;
-  }
+std::unique_ptr<Host::C_TextConsumer> MakeConverter(unsigned int format) {
+  if (format == 0) return Host::MakeTrackConverter(Host::MakeCsvTrack());
+  if (format == 1) return Host::MakeTrackConverter(Host::MakeGpxTrack());
+  if (format == 2) return Host::MakeTrackConverter(Host::MakeKmlTrack());
+  if (format == 3) return Host::MakeTrackConverter(Host::MakeGeoJsonTrack());
+  if (format == 4) return Host::MakeSentenceConverter();
+  return Host::MakeNavConverter({});
+}
 
- private:
-  const S_Options& m_options;
-  Host::C_MessageFilter m_filter;
-  Host::C_FrameDecoder m_decoder;
-  Host::C_JsonWriter m_json;
-  Host::C_FrameJson m_lines;
-  std::size_t m_objects = 0;
-};
-
-class C_Convert : public Host::C_FrameSink {
- public:
-  C_Convert(const S_Options& options, std::string_view stream, std::size_t piece)
-      : m_decoder(options.seed), m_converter(Make(options.format)) {
-    Host::C_FrameReader reader(options.search.data(), *this);
-    m_converter->BeginInput("input");
-    FeedAll(reader, stream, piece);
-    m_converter->EndInput(m_decoder, m_text);
-    m_converter->Finish(m_text);
-  }
-  const std::string& Text() const { return m_text; }
-
-  void OnFrame(const C_RawDataMessage& frame, std::uint64_t offset) override {
-    m_decoder.Decode(frame);
-    m_converter->Take({frame, offset, m_decoder}, m_text);
-  }
-
- private:
-  static std::unique_ptr<Host::C_Converter> Make(unsigned int format) {
-    if (format == 0) return Host::MakeTrackConverter(Host::MakeCsvTrack());
-    if (format == 1) return Host::MakeTrackConverter(Host::MakeGpxTrack());
-    if (format == 2) return Host::MakeTrackConverter(Host::MakeKmlTrack());
-    if (format == 3) return Host::MakeTrackConverter(Host::MakeGeoJsonTrack());
-    if (format == 4) return Host::MakeSentenceConverter();
-    return Host::MakeRinexNav({});
-  }
-
-  Host::C_FrameDecoder m_decoder;
-  std::unique_ptr<Host::C_Converter> m_converter;
-  std::string m_text;
-};
+std::string Convert(const S_Options& options, std::string_view stream, std::size_t piece) {
+  const std::unique_ptr<Host::C_TextConsumer> converter = MakeConverter(options.format);
+  Host::C_RecordRun run(options.run, {converter.get()});
+  FeedAll(run, stream, piece);
+  return std::string(converter->Text());
+}
 
 std::string Report(const S_Options& options, std::string_view stream, std::size_t piece) {
-  Host::C_StreamReport report("input");
-  Host::C_FrameReader reader(options.search.data(), report);
-  FeedAll(reader, stream, piece);
-  report.Close(reader);
-  if (!options.hex) return report.Table(options.events);
+  Host::C_StreamAccount account;
+  Host::C_RecordRun run(options.run, {&account});
+  FeedAll(run, stream, piece);
+  if (!options.lines.hex) return Host::AccountTable(account, options.lines.events);
   Host::C_JsonWriter object;
-  report.WriteJson(object);
+  Host::WriteAccount(object, account);
   return std::string(object.Text());
 }
 
@@ -213,7 +167,7 @@ void RequireFormat(const std::string& text, unsigned int format) {
     for (const std::string& line : Lines(text, "\n")) Fuzz::Require(line.size() <= 80, "RINEX has 80 columns");
 }
 
-// What decode writes of a sentence, encode takes or tells why not; and so it does with any text.
+// Encode takes what decode writes of a sentence, or gives a reason; so it does with any text.
 void RequireEncode(const std::string& text) {
   Host::C_LineEncoder encoder;
   std::size_t at = 0;
@@ -242,13 +196,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   const std::string stream = Fuzz::MakeStream(input).bytes;
   const auto run = [&](std::size_t pieceSize) {
-    if (command < 3) return C_Decode(options, stream, pieceSize).Text();
-    return command < 6 ? C_Convert(options, stream, pieceSize).Text() : Report(options, stream, pieceSize);
+    if (command < 3) return Decode(options, stream, pieceSize);
+    return command < 6 ? Convert(options, stream, pieceSize) : Report(options, stream, pieceSize);
   };
   const std::string text = run(60000);
   Fuzz::Require(options.dependsOnCut || run(piece) == text, "the output does not depend on how the input is read");
   RequirePrintable(text);
-  if (command < 3 || (command == 6 && options.hex)) RequireJsonLines(text);
+  if (command < 3 || (command == 6 && options.lines.hex)) RequireJsonLines(text);
   if (command < 3) RequireEncode(text);
   if (command >= 3 && command < 6) RequireFormat(text, options.format);
   return 0;

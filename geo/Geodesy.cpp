@@ -1,9 +1,12 @@
+// The formulas are written in the order of operations of their papers. Another order gives other last bits, and results
+// are to be the same on every machine, so that simplifying an expression is a change of behavior.
 #include "geo/Geodesy.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
+#include "geo/Angle.h"
 #include "geo/LocalFrame.h"
 #include "geo/Matrix.h"
 #include "geo/NotAvailable.h"
@@ -11,20 +14,22 @@
 namespace ALGO {
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kDegreesPerRadian = 57.29577951308232;
-constexpr double kRadiansPerDegree = 0.017453292519943295;
+using velagnss::geo::EcefToLocalRotation;
+using velagnss::geo::kDegreesPerRadian;
+using velagnss::geo::kPi;
+using velagnss::geo::kRadiansPerDegree;
 
-// A covariance's six elements xx yy zz xy xz yz, and where each stands in the matrix.
+// Where the six elements of a covariance, xx yy zz xy xz yz, are in the matrix.
 constexpr unsigned char kCovarianceElements[6][2] = {{0, 0}, {1, 1}, {2, 2}, {0, 1}, {0, 2}, {1, 2}};
 
+// Through matrices: `from` and `to` may be one array, and the elements below the diagonal are only implied.
 void RotateSixElements(const C_Matrix& rotation, const double from[6], double to[6]) {
   C_Matrix covariance(3, 3);
   for (unsigned int k = 0; k < 6; ++k) {
     const auto [i, j] = kCovarianceElements[k];
     covariance(i, j) = covariance(j, i) = from[k];
   }
-  const C_Matrix rotated = RotateCovariance(rotation, covariance);
+  const C_Matrix rotated = velagnss::geo::RotateCovariance(rotation, covariance);
   for (unsigned int k = 0; k < 6; ++k) to[k] = rotated(kCovarianceElements[k][0], kCovarianceElements[k][1]);
 }
 
@@ -33,7 +38,7 @@ void RotateSixElements(const C_Matrix& rotation, const double from[6], double to
 // ---- conversions ---------------------------------------------------------------------------------------------------
 
 void GeodToCartAF(double lat, double lon, double h, double a, double f, double& x, double& y, double& z) {
-  const double e2 = (2 - f) * f;
+  const double e2 = (2 - f) * f;  // eccentricity squared
   const double cosLat = std::cos(lat);
   const double sinLat = std::sin(lat);
   const double n = a / std::sqrt(1 - e2 * (sinLat * sinLat));  // radius of curvature in the prime vertical
@@ -45,6 +50,7 @@ void GeodToCartAF(double lat, double lon, double h, double a, double f, double& 
 void GeodToCartAB(double lat, double lon, double h, double a, double b, double& x, double& y, double& z) {
   const double a2 = a * a;
   const double b2 = b * b;
+  // No eccentricity: it would have to be made from a and b with a loss of digits.
   const double cosLat = std::cos(lat);
   const double sinLat = std::sin(lat);
   const double n = std::sqrt(a2 * (cosLat * cosLat) + b2 * (sinLat * sinLat));  // a^2 over the radius of curvature
@@ -55,14 +61,17 @@ void GeodToCartAB(double lat, double lon, double h, double a, double b, double& 
 
 namespace {
 
-constexpr double kOnAxis = 0.0001;  // m: nearer to the axis or the equator's plane, Newton's method has no footing
+// m. Newton's method divides by the cosine and by the sine of the latitude: closer than this to the axis or to the
+// plane of the equator one of them is lost in rounding.
+constexpr double kOnAxis = 0.0001;
 
 struct S_LatHeight {
   double lat;
   double h;
 };
 
-// The latitude is the zero of F = p/cos - Z/sin - a e^2 w, with w = 1/sqrt(1 - e^2 sin^2).
+// The latitude is the zero of F = p/cos - Z/sin - a e^2 w, with w = 1/sqrt(1 - e^2 sin^2). After the last round the
+// latitude is new, but w is still that of the round: the height's error is of second order.
 S_LatHeight NewtonLatHeight(double p, double z, double a, double e2) {
   constexpr int kRounds = 3;
   double lat = std::atan(z / ((1 - e2) * p));
@@ -81,6 +90,7 @@ S_LatHeight NewtonLatHeight(double p, double z, double a, double e2) {
   return {lat, c >= 0.707 ? p / c - a * w : z / s - a * (1 - e2) * w};
 }
 
+// From the distances to the axis and to the plane of the equator; the center of the Earth counts as the north pole.
 S_LatHeight LatHeightFromProfile(double p, double z, double a, double e2) {
   if (p < kOnAxis) return {z < 0 ? -kPi / 2 : kPi / 2, std::fabs(z) - a * std::sqrt(1 - e2)};
   if (std::fabs(z) < kOnAxis) return {0.0, p - a};
@@ -99,7 +109,7 @@ void CartToGeodIter(double x, double y, double z, double a, double f, double& la
   if (std::fabs(x) >= kOnAxis)
     lon = NotNegative(std::atan2(y, x));
   else
-    lon = y < 0 ? 3 * kPi / 2 : kPi / 2;
+    lon = y < 0 ? 3 * kPi / 2 : kPi / 2;  // what a division by X would have given, for the poles too
 }
 
 namespace {
@@ -108,9 +118,10 @@ struct S_SinCosLat {
   double lat, s, c;
 };
 
-// Where Olson's method starts, for a point at `w` from the axis and `absZ` from the equator's plane, `w2` and `z2`
-// their squares: a series for the sine of the latitude, or near the poles for its cosine.
+// The start of Olson's method for a point `w` from the axis and `absZ` from the plane of the equator, `w2` and `z2`
+// being their squares: a series for the sine of the latitude, or for its cosine near the poles.
 S_SinCosLat SeriesLatitude(double w, double w2, double absZ, double z2, double a, double e2) {
+  // The coefficients of the paper, under its names.
   const double a1 = a * e2;
   const double a2 = a1 * a1;
   const double a3 = a1 * e2 / 2;
@@ -122,6 +133,7 @@ S_SinCosLat SeriesLatitude(double w, double w2, double absZ, double z2, double a
   const double c2 = w2 / r2;
   const double u = a2 / r;
   const double v = a3 - a4 / r;
+  // Whichever of sine and cosine is small has the smaller absolute error, and the angle comes from it.
   if (c2 > 0.3) {
     const double s = absZ / r * (1 + c2 * (a1 + u + s2 * v) / r);
     return {std::asin(s), s, std::sqrt(1 - s * s)};
@@ -136,10 +148,11 @@ void CartToGeodOlson(double x, double y, double z, double a, double f, double& l
   const double e2 = 2 * f - f * f;
   const double w2 = x * x + y * y;
   const double w = std::sqrt(w2);
-  const double absZ = std::fabs(z);
+  const double absZ = std::fabs(z);  // the southern hemisphere mirrors the northern one
   const auto [phi, s, c] = SeriesLatitude(w, w2, absZ, z * z, a, e2);
 
-  // One Newton step from the ellipsoid's point at that latitude: (u, v) is what is left to go.
+  // One Newton step from the point of the ellipsoid at that latitude: (u, v) is the way from there, which is split into
+  // the part along the normal, the height, and the part `m` along the meridian, which corrects the latitude.
   const double g = 1 - e2 * (s * s);
   const double rg = a / std::sqrt(g);
   const double rf = (1 - e2) * rg;
@@ -158,9 +171,11 @@ void CartToGeodOlson(double x, double y, double z, double a, double f, double& l
 
 namespace {
 
-constexpr double kSamePoint = 1e-9;       // m
+constexpr double kSamePoint = 1e-9;       // m; what rounding leaves of coordinates on Earth
 constexpr double kNoDirection = 0.00001;  // m: below it an angle would be rounding noise
 
+// By the arc cosine, not by atan2: due north is then exactly 0, and rounding cannot give 2 pi. NaN gives 0, as the
+// first comparison is false for it.
 double AzimuthOf(double north, double east) {
   const double horizontal = std::sqrt(north * north + east * east);
   if (!(horizontal > kNoDirection)) return 0.0;
@@ -174,6 +189,7 @@ double AzimuthOf(double north, double east) {
 
 S_LookAngles GeodLookAngles(double lat1, double lon1, double h1, double lat2, double lon2, double h2, double a,
                             double f) {
+  // By the difference of the ECEF positions, which loses nothing that the positions have.
   double x1, y1, z1, x2, y2, z2;
   GeodToCartAF(lat1, lon1, h1, a, f, x1, y1, z1);
   GeodToCartAF(lat2, lon2, h2, a, f, x2, y2, z2);
@@ -216,8 +232,8 @@ constexpr double kLongitudeDone = 5e-14;  // rad, change of the longitude differ
 constexpr double kNoAzimuth = 1e-7;       // m
 constexpr int kMaxRounds = 1000;          // a converging case takes fewer than 40
 
-// One round of Vincenty's iteration for the difference of longitude on the auxiliary sphere. The names are those of the
-// NGS routine: U is a reduced latitude, sigma the arc between the points, alpha the geodesic's azimuth at the equator.
+// Vincenty's iteration for the difference of longitude on the auxiliary sphere. The names are those of the NGS routine:
+// U is a reduced latitude, sigma the arc between the points, alpha the azimuth of the geodesic at the equator.
 class C_VincentyInverse {
  public:
   C_VincentyInverse(double lat1, double lon1, double lat2, double lon2, double f)
@@ -233,7 +249,8 @@ class C_VincentyInverse {
     m_sinSin = m_cosSin * tanU1;
   }
 
-  // False when the iteration does not settle.
+  // False when the iteration does not converge. A NaN ends it at once: the comparison is written so that it counts as
+  // settled, and the NaN shows in the results.
   bool Iterate() {
     for (int round = 0; round < kMaxRounds; ++round) {
       const double previous = m_x;
@@ -243,9 +260,11 @@ class C_VincentyInverse {
     return false;
   }
 
+  // Of the last round. Both can be negative, the caller brings them into a full circle.
   double ForwardAzimuth() const { return std::atan2(m_t1, m_t2); }
   double BackAzimuth() const { return std::atan2(m_cosU1 * m_sinX, m_cosSin * m_cosX - m_sinU1 * m_cosU2) + kPi; }
 
+  // The series of Vincenty with his later coefficients, which converge faster: c is his A, d the negative of his B.
   double Distance(double a) const {
     const double r = 1 - m_f;
     double x = std::sqrt((1 / (r * r) - 1) * m_cos2Alpha + 1) + 1;
@@ -271,6 +290,7 @@ class C_VincentyInverse {
     const double sinAlpha = m_cosCos * m_sinX / m_sinSigma;
     m_cos2Alpha = 1 - sinAlpha * sinAlpha;
     m_cosMid = 2 * m_sinSin;
+    // On the equator cos2Alpha is 0, or by rounding less: a geodesic along it has no middle latitude.
     if (m_cos2Alpha > 0) m_cosMid = m_cosSigma - m_cosMid / m_cos2Alpha;
     m_e = 2 * (m_cosMid * m_cosMid) - 1;
     const double c = ((-3 * m_cos2Alpha + 4) * m_f + 4) * m_cos2Alpha * m_f / 16;
@@ -299,7 +319,7 @@ void GeodesicInverse(double lat1, double lon1, double lat2, double lon2, double 
   distance = 0.0;
   if (std::fabs(lat1 - lat2) < kSameAngle && std::fabs(lon1 - lon2) < kSameAngle) return;
   C_VincentyInverse inverse(lat1, lon1, lat2, lon2, f);
-  if (!inverse.Iterate()) {
+  if (!inverse.Iterate()) {  // near the antipode, where the geodesic is not even unique
     forwardAzimuth = backAzimuth = distance = NA_DOUBLE;
     return;
   }
@@ -315,6 +335,7 @@ void RadToDms(double angle, short& degrees, short& minutes, double& seconds) {
   degrees = minutes = 0;
   seconds = NAN;
   if (!std::isfinite(angle)) return;
+  // The largest doubles overflow when they become degrees; infinity minus infinity would then be NaN seconds.
   const double value = std::min(std::fabs(angle) * kDegreesPerRadian, std::numeric_limits<double>::max());
   const double wholeDegrees = std::trunc(value);
   const double inMinutes = (value - wholeDegrees) * 60;
@@ -332,11 +353,12 @@ double DmsToRad(short degrees, short minutes, double seconds) {
 }
 
 double PointDistance(const C_Vector3& p, const C_Vector3& q, bool horizontal) {
+  // Signs do not matter to a length, so that the difference may be taken either way.
   const C_Vector3 difference = p - q;
   if (!horizontal) return difference.Norm();
   double lat, lon, h;
   CartToGeodOlson(p.X(), p.Y(), p.Z(), kWgs84A, kWgs84F, lat, lon, h);
-  return Rotate(EcefToLocalRotation(lat, lon), difference).Norm2();
+  return velagnss::geo::Rotate(EcefToLocalRotation(lat, lon), difference).Norm2();
 }
 
 void CovEcefToLocal(double lat, double lon, [[maybe_unused]] double h, const double ecef[6], double local[6]) {
@@ -344,12 +366,13 @@ void CovEcefToLocal(double lat, double lon, [[maybe_unused]] double h, const dou
 }
 
 void CovLocalToEcef(double lat, double lon, [[maybe_unused]] double h, const double local[6], double ecef[6]) {
-  if (ecef != nullptr && local != nullptr) RotateSixElements(LocalToEcefRotation(lat, lon), local, ecef);
+  if (ecef != nullptr && local != nullptr) RotateSixElements(velagnss::geo::LocalToEcefRotation(lat, lon), local, ecef);
 }
 
 // ---- satellite geometry --------------------------------------------------------------------------------------------
 
 void OrbitFrame(const C_Vector3& a, const C_Vector3& b, C_Vector3& e1, C_Vector3& e2, C_Vector3& e3) {
+  // The arguments are read before the first result is written, because the results may be the arguments.
   const double length = b.Norm();
   const C_Vector3 normal = a.Cross(b).UnitVec();
   e1.Set(b.X() / length, b.Y() / length, b.Z() / length);
@@ -379,6 +402,7 @@ C_Vector3 NegUnit(const C_Vector3& a) {
 void SatBodyAxes(const C_Vector3& r, const C_Vector3& s, C_Vector3& x, C_Vector3& y, C_Vector3& z) {
   const C_Vector3 toSun = UnitToFrom(r, s);
   z = NegUnit(r);
+  // The product of unit vectors is short when the angle between them is small: it needs its own scaling.
   y = z.Cross(toSun).UnitVec();
   x = y.Cross(z).UnitVec();
 }

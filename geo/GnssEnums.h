@@ -1,13 +1,13 @@
-// Satellite systems, carrier bands and signal components, as decoders and records name them.
+// Satellite systems, carrier bands and signal components, as decoders and records use them.
 //
-// The numbers are fixed: they stand in records, index arrays (systems: 7 slots, 0 to 6) and map to the system and
-// signal ids of NMEA 0183. Records that hold them in 8 bits say so.
+// The numbers are fixed: records store them, they index arrays (systems: 7 slots, 0 to 6), and they map to the system
+// and signal ids of NMEA 0183. Records that store them in 8 bits say so.
 #ifndef VELAGNSS_GEO_GNSS_ENUMS_H
 #define VELAGNSS_GEO_GNSS_ENUMS_H
 
 namespace ALGO {
 
-// Satellite systems. A number of 7 or more stands for none that is known.
+// Satellite systems. A number of 7 or more is not a known system.
 enum eGNSSSystem : unsigned int {
   GNSS_GPS = 0,        // NMEA system id 1
   GNSS_GLONASS = 1,    // NMEA system id 2
@@ -19,7 +19,7 @@ enum eGNSSSystem : unsigned int {
   GNSS_UNKNOWN = 7,    // not set
 };
 
-// Carrier bands, by their centre frequency: L1, E1 and B1C 1575.42 MHz, L2 1227.60, L5 and E5a 1176.45, G1 1602 and G2
+// Carrier bands, by their center frequency: L1, E1 and B1C 1575.42 MHz, L2 1227.60, L5 and E5a 1176.45, G1 1602 and G2
 // 1246 plus 0.5625 and 0.4375 times the channel, B1 1561.098, E5b and B2 1207.14, B3 1268.52, E5 1191.795, E6 1278.75.
 enum eGNSSFrequency : unsigned int {
   FREQ_L1 = 0,   // GPS and QZSS L1, Galileo E1 (L1-A)
@@ -40,7 +40,7 @@ enum eGNSSFrequency : unsigned int {
   FREQ_UNKNOWN = 15,  // not set
 };
 
-// Components of a signal: which code on the carrier was tracked. What a number means depends on system and band.
+// Components of a signal: the code on the carrier that was tracked. The meaning of a number depends on system and band.
 enum eGNSSTrackType : unsigned int {
   TRACK_CA = 0,      // C/A code of GPS, QZSS and GLONASS
   TRACK_P = 1,       // GLONASS P code

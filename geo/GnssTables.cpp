@@ -1,3 +1,4 @@
+// Each table is as its document prints it; lookups are linear, as the longest has fifteen rows.
 #include "geo/GnssTables.h"
 
 #include <algorithm>
@@ -6,7 +7,8 @@
 
 namespace {
 
-constexpr double kNoPrediction = 1e99;  // m
+constexpr double kNoPrediction =
+    1e99;  // m; larger than any accuracy, so that whoever compares leaves the satellite out
 
 // Greatest value of each user range accuracy index, m. IS-GPS-200, 20.3.3.3.1.3.
 constexpr double kUraUpperBound[] = {2.4, 3.4, 4.85, 6.85, 9.65, 13.65, 24, 48, 96, 192, 384, 768, 1536, 3072, 6144};
@@ -22,7 +24,7 @@ struct S_FitRow {
   unsigned short lastIodc;
   float hours;
 };
-constexpr float kNormalFit = 4;  // h
+constexpr float kNormalFit = 4;  // h; also for issues that the table does not list
 // clang-format off
 constexpr S_FitRow kFitIntervals[] = {
     {   0,  239,  6},
@@ -59,12 +61,13 @@ constexpr const char* kFixTypeNames[] = {"Autonomous", "SBAS",     "DPHASE", "DG
                                          "RTKFixed",   "RTKFloat", "Glider", "ManualSet", "Zenlink"};
 // clang-format on
 
-constexpr unsigned int kWordBits = 30;
+constexpr unsigned int kWordBits = 30;  // of a word of the GPS legacy message, parity included
 
 }  // namespace
 
-unsigned char ALGO::UraMetresToIndex(double metres) {
-  const auto fits = [metres](double bound) { return metres <= bound; };
+unsigned char ALGO::UraMetresToIndex(double meters) {
+  // NaN fits nowhere and ends behind the table, at the index for "no prediction".
+  const auto fits = [meters](double bound) { return meters <= bound; };
   return static_cast<unsigned char>(std::find_if(std::begin(kUraUpperBound), std::end(kUraUpperBound), fits) -
                                     std::begin(kUraUpperBound));
 }
@@ -82,11 +85,12 @@ float ALGO::FitIntervalFromIodc(unsigned char flag, unsigned short iodc) {
   return kNormalFit;
 }
 
-int ALGO::SisaMetresToIndex(double metres) {
-  if (metres < 0) return -1;
+int ALGO::SisaMetresToIndex(double meters) {
+  // Each band rounds on its own scale, from its own start, as the document defines them. NaN is in no band.
+  if (meters < 0) return -1;
   for (const S_SisaBand& band : kSisaBands)
-    if (metres <= band.upperBound)
-      return band.firstIndex + static_cast<int>(std::round((metres - band.start) / band.step));
+    if (meters <= band.upperBound)
+      return band.firstIndex + static_cast<int>(std::round((meters - band.start) / band.step));
   return -1;
 }
 
@@ -99,6 +103,7 @@ double ALGO::SisaIndexToMetres(unsigned char index) {
 }
 
 unsigned int ALGO::DayPeriodIndex(double seconds) {
+  // A cast of what 32 bits do not hold would be undefined.
   const double rounded = std::trunc(seconds + 0.5);
   if (!(rounded >= 0 && rounded < 0x1p32)) return 0;
   return static_cast<unsigned int>(rounded) / 720 % 240;
@@ -118,6 +123,7 @@ bool ALGO::IsBoundedValue(double value) { return value >= 0; }
 bool ALGO::IsInRangeValue(double value) { return value >= 0 && value <= 30000.0; }
 
 unsigned int ALGO::NavWordFieldU(unsigned int word, unsigned int first, unsigned int last) {
+  // No shift is by 32 or more: `first` is at most 30 once the test is passed.
   const unsigned int end = std::min(last, kWordBits);
   if (end < first) return 0;
   return (word & (0xFFFFFFFFU >> (first + 1))) >> (kWordBits - end);
@@ -125,7 +131,7 @@ unsigned int ALGO::NavWordFieldU(unsigned int word, unsigned int first, unsigned
 
 int ALGO::NavWordFieldS(unsigned int word, unsigned int first, unsigned int last) {
   const unsigned int field = NavWordFieldU(word, first, last);
-  if (field == 0) return 0;
+  if (field == 0) return 0;  // and so of every field that is refused, whose width may be negative
   const unsigned int width = std::min(last, kWordBits) - first + 1;
   const unsigned int sign = 1U << (width - 1);
   return static_cast<int>((field ^ sign) - sign);

@@ -9,9 +9,9 @@ namespace {
 using ALGO::kSecondsPerDay;
 using ALGO::kSecondsPerWeek;
 
-constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
-constexpr unsigned int kMjdOf1901 = 15385;      // 1 January 1901, start of the first four-year cycle
-constexpr unsigned int kDaysPerCycle = 4 * 365 + 1;
+constexpr unsigned int kMjdOfGpsEpoch = 44244;       // 6 January 1980
+constexpr unsigned int kMjdOf1901 = 15385;           // 1 January 1901, start of the first four-year cycle
+constexpr unsigned int kDaysPerCycle = 4 * 365 + 1;  // right as long as every fourth year is a leap year, to 2100
 
 // Days before the first of a month, by month - 1; the thirteenth entry is the length of the year.
 constexpr unsigned short kDaysBefore[2][13] = {
@@ -19,6 +19,7 @@ constexpr unsigned short kDaysBefore[2][13] = {
     {0, 31, 60, 91, 121, 152, 182, 213, 244, 274, 305, 335, 366},
 };
 
+// The row of the table above. The full Gregorian rule, unlike the four-year cycles below: 2100 is not a leap year here.
 constexpr const unsigned short* DaysBeforeMonth(unsigned int year) {
   const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
   return kDaysBefore[leap ? 1 : 0];
@@ -45,32 +46,35 @@ unsigned int WholePart32(double value) {
   return static_cast<unsigned int>(static_cast<long long>(value));
 }
 
+// By divisions in this order: the rounding of the chain is part of the results.
 double FractionOfDay(unsigned char hour, unsigned char minute, double sec) {
   return ((sec / 60 + minute) / 60 + hour) / 24;
 }
 
-// Splits days since the epoch; the remainder is that of the week as it is stored, in 16 bits.
+// Splits days since the epoch. The days beyond week 65535 stay in the remainder, because the week is stored in 16 bits.
 unsigned int DaysIntoWeek(unsigned int daysSinceEpoch, unsigned short& week) {
   week = static_cast<unsigned short>(daysSinceEpoch / 7);
   return daysSinceEpoch - 7U * week;
 }
 
 // Seconds into [0, 604800). The carry is a signed 16-bit number, so no more than 32767 weeks move forward.
-void Normalise(unsigned short& week, double& sec) {
-  ALGO::BorrowWeeks(week, sec);
-  const auto weeks = static_cast<short>(ALGO::WholePart16(sec / kSecondsPerWeek));
+void Normalize(unsigned short& week, double& sec) {
+  velagnss::geo::BorrowWeeks(week, sec);
+  const auto weeks = static_cast<short>(velagnss::geo::WholePart16(sec / kSecondsPerWeek));
   if (weeks == 0) return;
   week = static_cast<unsigned short>(week + weeks);
   sec -= kSecondsPerWeek * weeks;
 }
 
+// Hour and minute are truncated and the seconds get the rest, so that rounding can leave 59.999... or 60.0 seconds.
 void SplitTimeOfDay(double fracOfDay, S_GregorianTime& time) {
+  // Each part from the whole fraction, not from the rest of the part before.
   time.hour = static_cast<unsigned char>(WholePart32(fracOfDay * 24));
   time.minute = static_cast<unsigned char>(WholePart32(fracOfDay * 1440 - time.hour * 60));
   time.seconds = kSecondsPerDay * fracOfDay - time.hour * 3600 - 60 * time.minute;
 }
 
-// Year and day of year from days since 1 January 1901; returns the day of year.
+// Year and day of year from days since 1 January 1901, day 0; returns the day of year.
 unsigned short SplitCycles(unsigned int days, unsigned short& year) {
   const unsigned int inCycle = days % kDaysPerCycle;
   const unsigned int yearInCycle = inCycle / 365 - inCycle / 1460;  // the last day of a leap year stays in its year
@@ -78,7 +82,7 @@ unsigned short SplitCycles(unsigned int days, unsigned short& year) {
   return static_cast<unsigned short>(inCycle + 1 - 365 * yearInCycle);
 }
 
-// Month by estimate: 0.032 months a day are never a month too many and at most one too few.
+// Estimates the month: 0.032 months per day are never a month too many and at most one too few.
 void SplitDayOfYear(unsigned short doy, S_GregorianTime& date) {
   const unsigned short* daysBefore = DaysBeforeMonth(date.year);
   const auto estimate = static_cast<unsigned char>(doy * 0.032);
@@ -92,7 +96,7 @@ C_GnssTime::C_GnssTime() : m_system(ALGO::GNSS_GPS), m_week(0), m_secOfWeek(0.0)
 
 C_GnssTime::C_GnssTime(unsigned short week, double sec, ALGO::eGNSSSystem system)
     : m_system(system), m_week(week), m_secOfWeek(sec) {
-  Normalise(m_week, m_secOfWeek);
+  Normalize(m_week, m_secOfWeek);
 }
 
 void C_GnssTime::Set(unsigned short week, double sec, ALGO::eGNSSSystem system) {
@@ -119,7 +123,7 @@ void C_GnssTime::Set(unsigned short year, unsigned short doy, unsigned char hour
 void C_GnssTime::Set(double doyWithFraction, unsigned short year, ALGO::eGNSSSystem system) {
   m_system = system;
   const double fraction = doyWithFraction - std::trunc(doyWithFraction);
-  YdhmsToGps(year, ALGO::WholePart16(doyWithFraction), 0, 0, fraction * kSecondsPerDay, m_week, m_secOfWeek);
+  YdhmsToGps(year, velagnss::geo::WholePart16(doyWithFraction), 0, 0, fraction * kSecondsPerDay, m_week, m_secOfWeek);
 }
 
 void C_GnssTime::Set(unsigned short year, unsigned char month, unsigned char day, unsigned char hour,
@@ -133,16 +137,19 @@ unsigned short C_GnssTime::GetDoy() const { return GetDoy(m_week, m_secOfWeek); 
 bool C_GnssTime::Equals(const C_GnssTime& other, double tolerance) const {
   if (m_system != other.m_system) return false;
   const double difference = *this - other;
+  // NaN on either side makes every comparison false.
   if (tolerance < 0) return difference == 0.0;
   return std::fabs(difference) <= tolerance;
 }
 
+// In the same week the difference of the seconds has only its own rounding.
 double C_GnssTime::operator-(const C_GnssTime& other) const {
   const double seconds = m_secOfWeek - other.m_secOfWeek;
   if (m_week == other.m_week) return seconds;
   return seconds + (m_week - other.m_week) * kSecondsPerWeek;
 }
 
+// The constructor normalizes.
 C_GnssTime C_GnssTime::operator-(double sec) const { return C_GnssTime(m_week, m_secOfWeek - sec, m_system); }
 C_GnssTime C_GnssTime::operator+(double sec) const { return C_GnssTime(m_week, m_secOfWeek + sec, m_system); }
 
@@ -155,6 +162,7 @@ bool C_GnssTime::operator>=(const C_GnssTime& other) const { return *this - othe
 
 void C_GnssTime::YdhmsToGps(unsigned short year, unsigned short doy, unsigned char hour, unsigned char minute,
                             double sec, unsigned short& week, double& secOfWeek) {
+  // Unsigned, so that a date before the epoch wraps to a meaningless week, as documented, instead of being undefined.
   constexpr unsigned int kDaysToEpoch = kMjdOfGpsEpoch - kMjdOf1901 + 1;
   const unsigned int day = DaysIntoWeek(DaysSince1901(year, doy) - kDaysToEpoch, week);
   secOfWeek = (FractionOfDay(hour, minute, sec) + day) * kSecondsPerDay;
@@ -189,7 +197,8 @@ void C_GnssTime::MjdToGPS(unsigned int mjd, double fracOfDay, unsigned short& we
 
 void C_GnssTime::GpsToOthers(unsigned short week, double secOfWeek, S_GregorianTime& gregorian, unsigned short& doy,
                              unsigned int& mjd, double& fracOfDay) {
-  Normalise(week, secOfWeek);
+  Normalize(week, secOfWeek);
+  // The day by the sum and the fraction by the remainder: for seconds a hair below midnight the two can be a day apart.
   mjd = WholePart32(week * 7 + static_cast<int>(kMjdOfGpsEpoch) + secOfWeek / kSecondsPerDay);
   fracOfDay = std::fmod(secOfWeek, kSecondsPerDay) / kSecondsPerDay;
   doy = SplitCycles(mjd - kMjdOf1901, gregorian.year);
@@ -197,6 +206,7 @@ void C_GnssTime::GpsToOthers(unsigned short week, double secOfWeek, S_GregorianT
   SplitDayOfYear(doy, gregorian);
 }
 
+// Through all calendar forms: the day of year follows from the year.
 unsigned short C_GnssTime::GetDoy(unsigned short week, double secOfWeek) {
   S_GregorianTime gregorian;
   unsigned short doy;

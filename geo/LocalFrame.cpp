@@ -2,10 +2,10 @@
 
 #include <cmath>
 
-namespace ALGO {
-namespace {
+#include "geo/Angle.h"
 
-constexpr double kPi = 3.14159265358979323846;
+namespace velagnss::geo {
+namespace {
 
 C_Matrix FromRows(const double (&rows)[3][3]) {
   C_Matrix matrix(3, 3);
@@ -16,9 +16,10 @@ C_Matrix FromRows(const double (&rows)[3][3]) {
 
 }  // namespace
 
-// The product of the three factors, written out: every element is a product of at most two of their elements, so that
-// multiplying the matrices would give the same bits.
+// The product of the three factors, written out. Every element is a product of at most two of their elements, so that
+// multiplying the matrices would give the same bits, only slower.
 C_Matrix EcefToLocalRotation(double lat, double lon) {
+  // Not sin(lat) for c2 and so on, although that is the same angle: the last bits would differ.
   const double c2 = std::cos(lat - kPi / 2);
   const double s2 = std::sin(lat - kPi / 2);
   const double c3 = std::cos(lon - kPi);
@@ -42,6 +43,7 @@ C_Matrix LocalToEcefRotation(double lat, double lon) {
   });
 }
 
+// By components: a vector is no matrix, and making it one would cost more than the product.
 C_Vector3 Rotate(const C_Matrix& rotation, const C_Vector3& v) {
   const auto row = [&](unsigned int i) {
     return rotation(i, 0) * v.X() + rotation(i, 1) * v.Y() + rotation(i, 2) * v.Z();
@@ -57,4 +59,4 @@ C_Matrix RotateCovariance(const C_Matrix& rotation, const C_Matrix& covariance) 
   return rotated;
 }
 
-}  // namespace ALGO
+}  // namespace velagnss::geo

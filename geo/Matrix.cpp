@@ -1,3 +1,4 @@
+// Storage, arithmetic and inversion. The order of additions is fixed, as the last bits of every result depend on it.
 #include "geo/Matrix.h"
 
 #include <algorithm>
@@ -13,19 +14,20 @@
 
 namespace {
 
-// On standard output, whatever becomes of it there.
+// On standard output. Whether it can be written there makes no difference to the result.
 void Report(const char* message) { static_cast<void>(std::fputs(message, stdout)); }
 
+// Elements stay below 2 GiB and row pointers below 4 GiB.
 constexpr std::uint64_t kMaxHeapElements = 0xFFFFFFF;
 constexpr unsigned int kMaxHeapRows = 0x1FFFFFFF;
 
-constexpr double kSmallestPivot = 1e-90;
+constexpr double kSmallestPivot = 1e-90;  // far below what any covariance or normal equation has
 
 constexpr char kNoPivot[] = "\nProblem encountered when inverting matrix - It looks to be singular.\n\n";
 constexpr char kQuickInvMatSingular[] = "\nProblem encountered C_Matrix::QuickInvMat() - Matrix is singular.\n\n";
 constexpr char kSymInvSingular[] = "\nProblem encountered C_Matrix::SymInv() - Matrix is singular.\n\n";
 
-// row -= factor * other, `count` elements.
+// row -= factor * other, `count` elements. All eliminations below come down to this loop.
 void SubtractScaled(double* row, double factor, const double* other, unsigned int count) {
   for (unsigned int j = 0; j < count; ++j) row[j] -= factor * other[j];
 }
@@ -72,7 +74,7 @@ void InvertUpperTriangle(double* const* u, unsigned int n) {
   for (unsigned int i = n; i-- > 0;) {
     const double diagonal = u[i][i];
     u[i][i] = 1.0;
-    for (unsigned int k = n; --k > i;) {  // downwards: what stands left of k is still the factor's
+    for (unsigned int k = n; --k > i;) {  // from the right: left of k is still the factor
       const double factor = std::exchange(u[i][k], 0.0);
       SubtractScaled(u[i] + k, factor, u[k] + k, n - k);
     }
@@ -81,7 +83,7 @@ void InvertUpperTriangle(double* const* u, unsigned int n) {
 }
 
 // Replaces an upper triangle V by the symmetric product VV'. Both triangles are filled; element (i, j) with j >= i
-// needs only what stands right of j in both rows, so that nothing is overwritten too early.
+// needs only elements from column j on in both rows, so that nothing is overwritten too early.
 void MultiplyByOwnTranspose(double* const* v, unsigned int n) {
   for (unsigned int i = 0; i < n; ++i) {
     for (unsigned int j = i; j < n; ++j) {
@@ -100,6 +102,7 @@ void MultiplyByOwnTranspose(double* const* v, unsigned int n) {
 
 C_Matrix::C_Matrix(unsigned int maxRows, unsigned int maxCols, unsigned int rows, unsigned int cols, bool inversionWork)
     : m_maxRows(maxRows), m_maxCols(maxCols), m_data(m_inlineData), m_rowTable(m_inlineRows) {
+  // The product in 64 bits: in 32 a large capacity could wrap to a small one.
   const std::uint64_t elements = std::uint64_t{maxRows} * maxCols;
   if (elements > kInlineElements || maxRows > kInlineRows) {
     if (elements > kMaxHeapElements || maxRows > kMaxHeapRows) throw std::bad_array_new_length();
@@ -118,6 +121,7 @@ C_Matrix::C_Matrix(unsigned int maxRows, unsigned int maxCols, unsigned int rows
   m_pivot = std::make_unique<unsigned int[]>(maxRows);
 }
 
+// `m_pivot` is null without work space, whose contents need no copy: each inversion fills it anew.
 C_Matrix::C_Matrix(const C_Matrix& other) : C_Matrix(other.m_maxRows, other.m_maxCols, 0, 0, other.m_pivot != nullptr) {
   SetSize(other.m_rows, other.m_cols);
   std::copy_n(other.m_data, std::size_t{m_rows} * m_cols, m_data);
@@ -137,6 +141,7 @@ C_Matrix& C_Matrix::operator=(C_Matrix&& other) noexcept {
 
 C_Matrix::~C_Matrix() = default;
 
+// Heap blocks change hands; inline elements have to be copied, and the row table must point to this object's.
 void C_Matrix::TakeFrom(C_Matrix& other) noexcept {
   m_maxRows = std::exchange(other.m_maxRows, 0);
   m_maxCols = std::exchange(other.m_maxCols, 0);
@@ -162,6 +167,7 @@ void C_Matrix::SetSize(unsigned int rows, unsigned int cols) {
 }
 
 // Makes room for a result: false when the capacity is too small.
+// The elements keep their places in the block and so mean nothing until they are written.
 bool C_Matrix::FitSize(unsigned int rows, unsigned int cols) {
   if (rows > m_maxRows || cols > m_maxCols) return false;
   if (rows != m_rows || cols != m_cols) SetSize(rows, cols);
@@ -196,6 +202,7 @@ void C_Matrix::SetIdentity() {
   for (unsigned int i = 0; i < m_rows; ++i) m_rowTable[i][i] = 1.0;
 }
 
+// Turns the left-handed local frame (north, east, up) into a right-handed one and back.
 void C_Matrix::SetReflectedIdentity() {
   if (!FitSize(3, 3)) return;
   SetIdentity();
@@ -222,6 +229,7 @@ void C_Matrix::SetR3(double theta) { SetRotation(0, 1, theta); }
 
 void C_Matrix::Multiply(const C_Matrix& a, const C_Matrix& b, C_Matrix& c, bool accumulate) {
   if (a.m_cols != b.m_rows) return;
+  // Products read their operands to the end, so that an operand that is also the result is copied first.
   if (&c == &a) return Multiply(C_Matrix(a), b, c, accumulate);
   if (&c == &b) return Multiply(a, C_Matrix(b), c, accumulate);
   if (!c.FitProduct(a.m_rows, b.m_cols, accumulate)) return;
@@ -260,6 +268,7 @@ void C_Matrix::Transpose(const C_Matrix& a, C_Matrix& c) {
 unsigned int C_Matrix::Invert() {
   if (m_data == nullptr || m_rows != m_cols) return 0;
   if (m_pivot == nullptr) return QuickInvMat(m_data, m_rows, kSmallestPivot);
+  // The work space has the capacity of the matrix, so that any current size fits.
   m_workMatrix->SetSize(m_rows, m_cols);
   DecomposeWithPivots();
   SolveForIdentity();
@@ -274,7 +283,7 @@ unsigned int C_Matrix::QuickInvMat(double* block, unsigned int n, double thresho
   for (unsigned int k = 0; k < n; ++k) {
     double* const pivotRow = block + std::size_t{k} * n;
     const double pivot = pivotRow[k];
-    determinant *= pivot;
+    determinant *= pivot;  // of the leading square so far
     if (!(std::fabs(determinant) > threshold)) {
       Report(kQuickInvMatSingular);
       return 0;
@@ -313,7 +322,7 @@ void C_Matrix::DecomposeWithPivots() {
 }
 
 // Moves the row whose element in column `k` is largest in relation to its scale to place `k` of the order. Without such
-// a row (all are 0 or NaN) the one that stands there stays.
+// a row (all are 0 or NaN) the order stays as it is.
 void C_Matrix::ChoosePivot(unsigned int k, const double* scale) {
   unsigned int best = k;
   double bestRatio = 0.0;
@@ -332,6 +341,7 @@ void C_Matrix::ChoosePivot(unsigned int k, const double* scale) {
 void C_Matrix::SolveForIdentity() {
   const unsigned int n = m_rows;
   const auto rightSide = [&](unsigned int i) { return m_luWork.get() + std::size_t{m_pivot[i]} * n; };
+  // Filled anew each time: the inversion before has left its results there.
   std::fill_n(m_luWork.get(), std::size_t{n} * n, 0.0);
   for (unsigned int i = 0; i < n; ++i) m_luWork[std::size_t{i} * n + i] = 1.0;
   for (unsigned int k = 0; k < n; ++k)

@@ -1,4 +1,4 @@
-// The matrix as text: dump to and load from a file.
+// The matrix as text: dump to and load from a file. Numbers go through <charconv>, which knows no locale.
 
 #include <algorithm>
 #include <charconv>
@@ -20,6 +20,9 @@ constexpr std::size_t kLongestNumber = 1 + 309 + 1 + kDecimals;  // sign, digits
 
 constexpr std::string_view kBlanks = " \t\r\v\f";
 
+// Longest line that is read. A file that is no matrix, a device say, may have no line end at all.
+constexpr std::size_t LongestLine(std::size_t maxCols) { return 4096 + 1024 * maxCols; }
+
 // printf's " %40.15f" in the C locale.
 void AppendField(std::string& line, double value) {
   char digits[kLongestNumber];
@@ -29,8 +32,9 @@ void AppendField(std::string& line, double value) {
   line.append(1 + (length < kFieldWidth ? kFieldWidth - length : 0), ' ').append(digits, length);
 }
 
-// Tells a number that is too small for a double from one that is too large: the first digit that is not 0 stands
-// behind the point once the exponent has moved it. `step` is what a digit's place adds to the exponent.
+// Distinguishes a number that is too small for a double from one that is too large, which std::from_chars does not: it
+// is too small if its first digit that is not 0 comes after the point once the exponent has moved that. `step` is what
+// the place of a digit adds to the exponent.
 bool IsTooSmall(std::string_view number, char exponentMark, int step) {
   const std::size_t mark = std::min(number.find_first_of(exponentMark), number.size());
   const std::size_t point = std::min(number.substr(0, mark).find('.'), mark);
@@ -46,13 +50,14 @@ bool IsTooSmall(std::string_view number, char exponentMark, int step) {
 }
 
 // The whole text as a number, as scanf's "%lf" in the C locale would read it: [+|-](decimal|0x hexadecimal|inf|nan).
-// Values too small become 0; false for anything else, and for values too large.
+// Values that are too small become 0. False for anything else, and for values that are too large.
 bool ParseNumber(std::string_view text, double& value) {
   const bool negative = text.front() == '-';
   if (negative || text.front() == '+') text.remove_prefix(1);
+  // The prefix that std::from_chars does not take.
   const bool hexadecimal = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
   if (hexadecimal) text.remove_prefix(2);
-  if (text.empty() || text.front() == '-') return false;
+  if (text.empty() || text.front() == '-') return false;  // std::from_chars would take a second sign
   double magnitude = 0.0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude,
                                             hexadecimal ? std::chars_format::hex : std::chars_format::general);
@@ -66,9 +71,26 @@ bool ParseNumber(std::string_view text, double& value) {
   return true;
 }
 
+enum class eRead { eLine, eEnd, eFault };
+
+// Reads a line without its end. eFault for a line of more than `longest` bytes, and when the file cannot be read.
+eRead ReadLine(std::istream& file, std::string& line, std::size_t longest) {
+  line.clear();
+  while (true) {
+    char piece[4096];
+    file.getline(piece, sizeof piece);
+    const bool hasLineEnd = file.good();  // counted, but not stored
+    line.append(piece, static_cast<std::size_t>(file.gcount()) - (hasLineEnd ? 1 : 0));
+    if (file.bad() || line.size() > longest) return eRead::eFault;
+    if (hasLineEnd) return eRead::eLine;
+    if (file.eof()) return line.empty() ? eRead::eEnd : eRead::eLine;
+    file.clear();  // the piece is full and the line goes on
+  }
+}
+
 enum class eLine { eEmpty, eText, eRow, eMixed };  // blanks, no number, only numbers, both
 
-// Appends the numbers of a line to `values`.
+// Appends the numbers of a line to `values`. What kind of line it is decides whether they count.
 eLine ParseLine(std::string_view line, std::vector<double>& values) {
   bool anyNumber = false;
   bool anyWord = false;
@@ -93,6 +115,7 @@ bool C_Matrix::Dump(const char* fileName, const char* heading, bool append) cons
   if (fileName == nullptr || heading == nullptr) return false;
   std::FILE* const file = std::fopen(fileName, append ? "a" : "w");
   if (file == nullptr) return false;
+  // As text, never as a format: a heading may hold a percent sign.
   bool written = std::fputs(heading, file) >= 0;
   std::string line;
   for (unsigned int i = 0; i < m_rows && written; ++i) {
@@ -107,18 +130,22 @@ bool C_Matrix::Dump(const char* fileName, const char* heading, bool append) cons
 bool C_Matrix::Load(const char* fileName) {
   if (fileName == nullptr) return false;
   std::ifstream file(fileName);
+  if (!file) return false;
   std::vector<double> values;
   std::size_t rows = 0;
   std::size_t cols = 0;
-  for (std::string line; std::getline(file, line);) {
+  std::string line;
+  eRead read;
+  while ((read = ReadLine(file, line, LongestLine(m_maxCols))) == eRead::eLine) {
     const std::size_t before = values.size();
     const eLine kind = ParseLine(line, values);
     if (kind == eLine::eEmpty || (kind == eLine::eText && rows == 0)) continue;
-    if (rows == 0) cols = values.size();
+    if (rows == 0) cols = values.size();  // the first row sets the width
     if (kind != eLine::eRow || values.size() - before != cols) return false;
     if (++rows > m_maxRows || cols > m_maxCols) return false;
   }
-  if (!file.eof() || rows == 0) return false;
+  if (read != eRead::eEnd || rows == 0) return false;
+  // Only now is the matrix touched: a file that is refused leaves it as it was.
   SetSize(static_cast<unsigned int>(rows), static_cast<unsigned int>(cols));
   std::copy(values.begin(), values.end(), m_data);
   return true;

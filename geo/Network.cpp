@@ -7,6 +7,7 @@
 
 namespace {
 
+// The codes of the public table that operations set.
 enum eNetworkError : unsigned int {
   eCorrupted = 1,
   eEmptyNetwork = 2,
@@ -33,7 +34,7 @@ constexpr const char* kErrorTexts[] = {
 };
 static_assert(std::size(kErrorTexts) == eBufferTooSmall + 1, "a code without a text");
 
-// `count` entries, if their array stays within 2 GiB.
+// `count`, if an array of that many entries stays within 2 GiB: more is a mistake of the caller.
 std::size_t CheckedCount(unsigned int count, std::size_t entrySize) {
   constexpr std::size_t kMaxArrayBytes = 0x7FFFFFFF;
   if (count > kMaxArrayBytes / entrySize) throw std::bad_array_new_length();
@@ -54,6 +55,34 @@ C_Network::C_Network(unsigned int maxNodes, unsigned int maxLinks)
       m_parent(maxNodes, kNoParent),
       m_cheapest(maxNodes, kNoLink) {}
 
+C_Network::C_Network(const C_Network& other) = default;
+C_Network& C_Network::operator=(const C_Network& other) = default;
+C_Network::~C_Network() = default;
+
+// An empty network allocates nothing, so that this cannot throw.
+C_Network::C_Network(C_Network&& other) noexcept : C_Network(0, 0) { *this = std::move(other); }
+
+// Counts and arrays leave together: counts that stayed behind would lead into arrays that are gone.
+C_Network& C_Network::operator=(C_Network&& other) noexcept {
+  m_maxNodes = std::exchange(other.m_maxNodes, 0);
+  m_maxLinks = std::exchange(other.m_maxLinks, 0);
+  m_numNodes = std::exchange(other.m_numNodes, 0);
+  m_numLinks = std::exchange(other.m_numLinks, 0);
+  m_numQueued = std::exchange(other.m_numQueued, 0);
+  m_errorCode = std::exchange(other.m_errorCode, 0);
+  m_nodes = std::exchange(other.m_nodes, {});
+  m_links = std::exchange(other.m_links, {});
+  m_ends = std::exchange(other.m_ends, {});
+  m_key = std::exchange(other.m_key, {});
+  m_queued = std::exchange(other.m_queued, {});
+  m_isQueued = std::exchange(other.m_isQueued, {});
+  m_parent = std::exchange(other.m_parent, {});
+  m_cheapest = std::exchange(other.m_cheapest, {});
+  return *this;
+}
+
+// The marks of the queue and the cheapest links need no clearing: each tree sets the former anew and leaves the latter
+// clear.
 void C_Network::Reset() {
   m_numNodes = m_numLinks = 0;
   m_errorCode = 0;
@@ -81,7 +110,8 @@ bool C_Network::AddNode(unsigned short id) {
   return Mention(id) != kNone;
 }
 
-// Counts a mention of the node and adds it where it is new: its index, or kNone and the error code.
+// Counts a mention of the node and adds it if it is new. Returns its index, or kNone with the error code set. The
+// search is linear, as the networks are small.
 unsigned int C_Network::Mention(unsigned short id) {
   if (id == kNone) {
     Fail(eInvalidNodeId);
@@ -105,6 +135,7 @@ bool C_Network::AddLink(unsigned short linkId, unsigned short nodeA, unsigned sh
   m_errorCode = 0;
   if (nodeA == nodeB || nodeA == kNone || nodeB == kNone) return Fail(eInvalidLinkNodeId);
   if (weight <= 0) return Fail(eInvalidWeight);
+  // Both nodes count as mentioned from here on, even if there is no room for the link.
   const unsigned int a = Mention(nodeA);
   if (a == kNone) return false;
   const unsigned int b = Mention(nodeB);
@@ -124,25 +155,26 @@ bool C_Network::AddLink(unsigned short linkId, unsigned short nodeA, unsigned sh
   return true;
 }
 
-// The link added from node index a to b, in this order.
+// The link that was added from node index a to b, in this order: of its two ends that at node A has an even index.
 unsigned int C_Network::FindLink(unsigned int a, unsigned int b) const {
   for (unsigned int end = m_nodes[a].firstEnd; end != kNoEnd; end = m_ends[end].next)
-    if (m_ends[end].neighbour == b && end % 2 == 0) return end / 2;
+    if (m_ends[end].neighbor == b && end % 2 == 0) return end / 2;
   return kNoLink;
 }
 
-void C_Network::AppendEnd(unsigned int node, unsigned int end, unsigned int neighbour) {
+// Appends to the list of a node, so that links are always looked at in the order in which they were added.
+void C_Network::AppendEnd(unsigned int node, unsigned int end, unsigned int neighbor) {
   const unsigned int last = std::exchange(m_nodes[node].lastEnd, end);
   (last == kNoEnd ? m_nodes[node].firstEnd : m_ends[last].next) = end;
-  m_ends[end] = {kNoEnd, static_cast<unsigned short>(neighbour)};
+  m_ends[end] = {kNoEnd, static_cast<unsigned short>(neighbor)};
 }
 
-// Id of a link's node A (side 0) or B (side 1): each is the other end's neighbour.
+// Id of a link's node A (side 0) or B (side 1): each is the neighbor that the other end names.
 unsigned short C_Network::NodeId(unsigned int link, unsigned int side) const {
-  return m_nodes[m_ends[2 * link + 1 - side].neighbour].id;
+  return m_nodes[m_ends[2 * link + 1 - side].neighbor].id;
 }
 
-// True for `than` = kNoLink: any link is better than none.
+// Any link is cheaper than kNoLink. Of equals the earlier one stays, as callers go through links in their order.
 bool C_Network::IsCheaper(unsigned int link, unsigned int than) const {
   return than == kNoLink || m_links[link].weight < m_links[than].weight;
 }
@@ -152,7 +184,7 @@ float C_Network::LinkWeight(unsigned short i, unsigned short j, unsigned short& 
   if (i >= m_numNodes || j >= m_numNodes) return kNotSet;  // kNone among them: there are fewer nodes
   unsigned int best = kNoLink;
   for (unsigned int end = m_nodes[i].firstEnd; end != kNoEnd; end = m_ends[end].next)
-    if (m_ends[end].neighbour == j && IsCheaper(end / 2, best)) best = end / 2;
+    if (m_ends[end].neighbor == j && IsCheaper(end / 2, best)) best = end / 2;
   if (best == kNoLink) return kNotSet;
   linkId = m_links[best].id;
   return m_links[best].weight;
@@ -162,6 +194,7 @@ float C_Network::LinkWeight(unsigned short i, unsigned short j, unsigned short& 
 
 int C_Network::RootNode() {
   m_errorCode = 0;
+  // The first of equals, which max_element gives.
   const auto end = m_nodes.begin() + m_numNodes;
   const auto root = std::max_element(m_nodes.begin(), end,
                                      [](const S_Node& one, const S_Node& other) { return one.degree < other.degree; });
@@ -181,7 +214,7 @@ bool C_Network::BuildTree() {
     m_parent[i] = kNoParent;
   }
   m_numQueued = m_numNodes;
-  m_key[static_cast<unsigned int>(root)] = 0;
+  m_key[static_cast<unsigned int>(root)] = 0;  // below every weight, so that the root is taken first
   for (unsigned int round = 0; round < m_numNodes; ++round) {
     const unsigned int taken = TakeNearest();
     if (taken == kNone) return Fail(eCorrupted);
@@ -191,8 +224,8 @@ bool C_Network::BuildTree() {
   return true;
 }
 
-// Takes the waiting node with the cheapest connection to the tree; where none has one, the first that waits, with which
-// a further part of the network begins.
+// Takes the waiting node with the cheapest connection to the tree. If none is connected, it takes the first one: a new
+// part of the network begins there.
 unsigned int C_Network::TakeNearest() {
   if (m_numQueued == 0) return kNone;
   unsigned int nearest = 0;  // place in the queue
@@ -204,42 +237,46 @@ unsigned int C_Network::TakeNearest() {
     least = key;
   }
   const unsigned int taken = m_queued[nearest];
+  // Closes the gap and keeps the order, which decides between equals.
   std::copy(m_queued.begin() + nearest + 1, m_queued.begin() + m_numQueued, m_queued.begin() + nearest);
   m_queued[--m_numQueued] = kNone;
   m_isQueued[taken] = false;
   return taken;
 }
 
-// Offers the waiting neighbours of the node just taken their cheapest link to it.
+// Offers each waiting neighbor of the node just taken its cheapest link to it. In two passes, because several links
+// may lead to one neighbor and only the cheapest of them may be compared with what it has.
 void C_Network::Relax(unsigned int taken) {
   const unsigned int firstEnd = m_nodes[taken].firstEnd;
   for (unsigned int end = firstEnd; end != kNoEnd; end = m_ends[end].next) {
-    const unsigned int neighbour = m_ends[end].neighbour;
-    if (m_isQueued[neighbour] && IsCheaper(end / 2, m_cheapest[neighbour])) m_cheapest[neighbour] = end / 2;
+    const unsigned int neighbor = m_ends[end].neighbor;
+    if (m_isQueued[neighbor] && IsCheaper(end / 2, m_cheapest[neighbor])) m_cheapest[neighbor] = end / 2;
   }
   for (unsigned int end = firstEnd; end != kNoEnd; end = m_ends[end].next) {
-    const unsigned int neighbour = m_ends[end].neighbour;
-    const unsigned int best = std::exchange(m_cheapest[neighbour], kNoLink);
+    const unsigned int neighbor = m_ends[end].neighbor;
+    const unsigned int best = std::exchange(m_cheapest[neighbor], kNoLink);
     if (best == kNoLink) continue;
-    if (m_key[neighbour] != kNotSet && !(m_key[neighbour] > m_links[best].weight)) continue;
-    m_key[neighbour] = m_links[best].weight;
-    m_parent[neighbour] = taken << 16 | m_links[best].id;
+    if (m_key[neighbor] != kNotSet && !(m_key[neighbor] > m_links[best].weight)) continue;
+    m_key[neighbor] = m_links[best].weight;
+    m_parent[neighbor] = taken << 16 | m_links[best].id;
   }
 }
 
-// Marks the first link with the stored id that joins the node to its parent.
+// Marks the link that connects the node to its parent. The parent table has link ids, which need not be unique: of
+// links between the two that have the same id the first is marked.
 void C_Network::MarkTreeLink(unsigned int node) {
   const unsigned int parent = m_parent[node] >> 16;
   const unsigned int id = m_parent[node] & 0xFFFF;
-  if (parent == kNone) return;
+  if (parent == kNone) return;  // a root
   unsigned int end = m_nodes[node].firstEnd;
-  while (m_ends[end].neighbour != parent || m_links[end / 2].id != id) end = m_ends[end].next;
+  while (m_ends[end].neighbor != parent || m_links[end / 2].id != id) end = m_ends[end].next;
   m_links[end / 2].inTree = true;
 }
 
 bool C_Network::GetTreeLinks(S_TreeLink* buffer, unsigned int capacity, unsigned int& count) {
   m_errorCode = 0;
   count = 0;
+  // The whole buffer is zeroed, and again on failure: a caller who ignores the result sees no half of a tree.
   if (buffer == nullptr) return Fail(eBufferTooSmall);
   std::fill_n(buffer, capacity, S_TreeLink{});
   if (capacity == 0) return Fail(eBufferTooSmall);

@@ -1,6 +1,6 @@
-// A network of nodes and weighted links with a fixed capacity, and its minimum spanning tree: for example the stations
-// of a survey and the baselines measured between them, of which the tree keeps the set that joins all stations at the
-// least total weight.
+// A network of nodes and weighted links with a fixed capacity, and its minimum spanning tree. The nodes can be the
+// stations of a survey and the links the baselines measured between them: the tree then holds the baselines that
+// connect all stations at the least total weight.
 //
 //   C_Network network(10, 45);
 //   network.AddLink(1, 101, 102, 3.5F);    // link 1 joins nodes 101 and 102
@@ -14,21 +14,22 @@
 
 #include <vector>
 
+#include "geo/NotAvailable.h"
 #include "velagnss_export.h"
 
-// A link of the tree, as GetTreeLinks() delivers it.
+// A link of the tree, as returned by GetTreeLinks().
 struct S_TreeLink {
   unsigned short linkId;  // as given to AddLink()
-  unsigned short nodeA;   // the ids of the nodes that it joins, in the order in which they were added
-  unsigned short nodeB;   // the other one
+  unsigned short nodeA;   // id of the first node given to AddLink()
+  unsigned short nodeB;   // id of the second one
 };
 
-// Nodes and links are known by ids of 16 bits that the caller chooses; 65535 is no node. Links have no direction,
-// except that one added as (a, b) and one added as (b, a) are kept as two.
+// The caller identifies nodes and links by 16-bit ids; 65535 is not a node. Links have no direction, except that a link
+// added as (a, b) and one added as (b, a) are kept as two.
 //
-// Every operation but NumNodes(), NumLinks(), ErrorCode() and ErrorText() first clears the error code and leaves one
-// from the table below when it fails; the content then stays as it is unless stated otherwise. All memory is taken at
-// construction. Copies are independent.
+// Every operation except NumNodes(), NumLinks(), ErrorCode() and ErrorText() first clears the error code, and sets one
+// from the table below when it fails; the network then stays unchanged unless stated otherwise. All memory is allocated
+// at construction.
 //
 //   0  none, empty text                    6  "Invalid link node id"
 //   1  "Corrupted network!"                7  "Invalid weight value"
@@ -37,56 +38,65 @@ struct S_TreeLink {
 //   4  "Duplicate node id"                10  "The buffer is too small"
 //   5  "Invalid node id"
 //
-// No operation leaves 3 or 4.
+// No operation sets 3 or 4.
 class VELAGNSS_API C_Network {
  public:
   // An empty network for up to `maxNodes` nodes and `maxLinks` links. Throws std::bad_array_new_length when one of
   // its arrays would exceed 2 GiB.
   C_Network(unsigned int maxNodes, unsigned int maxLinks);
 
-  // Back to an empty network of the same capacity.
+  // Copies are independent and have the same capacity, content and tree. A network that was moved from is empty, with
+  // capacity 0 and error code 0: every operation is defined on it, and it can be assigned to.
+  C_Network(const C_Network& other);
+  C_Network(C_Network&& other) noexcept;
+  C_Network& operator=(const C_Network& other);
+  C_Network& operator=(C_Network&& other) noexcept;
+  ~C_Network();
+
+  // Returns to an empty network of the same capacity.
   void Reset();
 
-  // Adds a node; one that is there already counts one more mention. False for id 65535 (code 5) and when all places are
-  // taken (8).
+  // Adds a node; a node that exists already gets one more mention. False for id 65535 (code 5) and when the capacity is
+  // used up (8).
   bool AddNode(unsigned short id);
 
-  // Adds a link of a `weight` above 0 between two nodes, and the nodes where they are new; both count one more mention
-  // in any case. A link from `nodeA` to `nodeB` that is there already is not added again: it takes `weight` and
+  // Adds a link of a `weight` above 0 between two nodes, and the nodes themselves if they are new; both get one more
+  // mention in any case. A link from `nodeA` to `nodeB` that exists already is not added again: it takes `weight` and
   // `linkId` if `weight` is less than its own.
   //
-  // False for equal nodes or an id 65535 (code 6), a weight of 0 or less (7), and when all places of nodes or links are
-  // taken (8); the nodes stay added then. A NaN weight is accepted.
+  // False for equal nodes or an id 65535 (code 6), a weight of 0 or less (7), and when the capacity for nodes or links
+  // is used up (8); nodes that were added by then stay. A NaN weight is accepted.
   bool AddLink(unsigned short linkId, unsigned short nodeA, unsigned short nodeB, float weight);
 
   // Marks the links of the minimum spanning tree, by Prim's method from the root node. Of several links between two
-  // nodes the cheapest counts, of equally cheap ones that added first. A network of several parts gets a tree for each.
-  // False for a network without nodes or links (code 2).
+  // nodes the cheapest is used, of equally cheap ones the one added first. A network of several parts gets a tree for
+  // each. False for a network without nodes or links (code 2).
   //
   // Time grows with nodes^2 + links.
   bool BuildTree();
 
-  // Copies the links of the tree, in the order in which they were added, to `buffer`, which has room for `capacity`
-  // links, all of which are zeroed first; `count` is their number.
+  // Copies the links of the tree to `buffer`, in the order in which they were added; `count` is their number. `buffer`
+  // has room for `capacity` links and is zeroed first.
   //
-  // False (code 10), `count` 0 and all of `buffer` zero when it is null, of capacity 0, or full before the last link of
-  // the network has been looked at, in the tree or not: room for one link more than the tree has is always enough.
+  // False (code 10), with `count` 0 and `buffer` zero, when the buffer is null, has capacity 0, or is full before the
+  // last link of the network has been examined, whether that is in the tree or not. Room for one link more than the
+  // tree has is always enough.
   bool GetTreeLinks(S_TreeLink* buffer, unsigned int capacity, unsigned int& count);
 
   // Weight of the cheapest link between the nodes at the indices `i` and `j` (nodes are numbered from 0 in the order in
-  // which they were added), and its id, the first one's of equals. NA_FLOAT, and `linkId` left alone, when there is no
-  // link or no such node.
+  // which they were added), and its id; of equals the one added first. NA_FLOAT, with `linkId` unchanged, when there is
+  // no such link or node.
   float LinkWeight(unsigned short i, unsigned short j, unsigned short& linkId);
 
-  // Index of the node with the most mentions, the first of equals; -1 in an empty network.
+  // Index of the node with the most mentions, of equals the one added first; -1 in an empty network.
   int RootNode();
 
-  // Code of the last operation's failure and its text; "" for 0 and for codes beyond the table.
+  // Error code of the last operation and its text; the text is "" for 0 and for codes beyond the table.
   unsigned int ErrorCode() const { return m_errorCode; }
   const char* ErrorText() const;
   static const char* ErrorText(unsigned int code);
 
-  // What has been added so far; nothing is ever taken out but by Reset().
+  // The number of nodes and links added; only Reset() removes any.
   unsigned int NumNodes() const { return m_numNodes; }
   unsigned int NumLinks() const { return m_numLinks; }
 
@@ -95,7 +105,7 @@ class VELAGNSS_API C_Network {
   static constexpr unsigned int kNoParent = 0xFFFFFFFF;
   static constexpr unsigned int kNoEnd = 0xFFFFFFFF;
   static constexpr unsigned int kNoLink = 0xFFFFFFFF;
-  static constexpr float kNotSet = -3.4e38F;  // no weight, no key
+  static constexpr float kNotSet = NA_FLOAT;  // no weight, no key
 
   struct S_Node {
     unsigned short id = kNone;
@@ -112,14 +122,14 @@ class VELAGNSS_API C_Network {
 
   // Link l has the ends 2 l at node A and 2 l + 1 at node B.
   struct S_End {
-    unsigned int next = kNoEnd;        // in the list of its node
-    unsigned short neighbour = kNone;  // index of the node at the other end
+    unsigned int next = kNoEnd;       // in the list of its node
+    unsigned short neighbor = kNone;  // index of the node at the other end
   };
 
   bool Fail(unsigned int code);
   unsigned int Mention(unsigned short id);
   unsigned int FindLink(unsigned int a, unsigned int b) const;
-  void AppendEnd(unsigned int node, unsigned int end, unsigned int neighbour);
+  void AppendEnd(unsigned int node, unsigned int end, unsigned int neighbor);
   unsigned short NodeId(unsigned int link, unsigned int side) const;
   bool IsCheaper(unsigned int link, unsigned int than) const;
   unsigned int TakeNearest();

@@ -2,17 +2,23 @@
 
 #include <cmath>
 
+#include "geo/Angle.h"
 #include "geo/Geodesy.h"
 #include "geo/LocalFrame.h"
 #include "geo/NotAvailable.h"
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kShortestHorizontal = 1000.0;  // m
+using velagnss::geo::EcefToLocalRotation;
+using velagnss::geo::kPi;
+using velagnss::geo::RotateCovariance;
+
+// m. No latitude and longitude in radians reaches it, and of positions on Earth only those close to the poles do not.
+constexpr double kShortestHorizontal = 1000.0;
 
 C_Vector3 NotSetVector() { return C_Vector3(NA_DOUBLE, NA_DOUBLE, NA_DOUBLE); }
 
+// A marker stays a marker: cast to float, that of double is another number.
 float ToFloat(double value) { return IsNotAvailable(value) ? NA_FLOAT : static_cast<float>(value); }
 
 }  // namespace
@@ -55,6 +61,7 @@ void C_PointCoordinate::Set(eCoordType type, const double& c0, const double& c1,
   Set(type, C_Vector3(c0, c1, c2));
 }
 
+// Unlike the assignment, which copies the flag as well.
 void C_PointCoordinate::Copy(const C_PointCoordinate& other) {
   const bool trigValid = m_trigValid;
   *this = other;
@@ -63,6 +70,7 @@ void C_PointCoordinate::Copy(const C_PointCoordinate& other) {
 
 bool C_PointCoordinate::PossibleCartesian(const C_Vector3& triple) { return !(triple.Norm2() < kShortestHorizontal); }
 
+// The Cartesian form decides when both are valid: the geodetic one is computed again, and its last bits may change.
 void C_PointCoordinate::ConvertToAllInternal() {
   double c0, c1, c2;
   if (m_cartValid) {
@@ -84,7 +92,7 @@ void C_PointCoordinate::Set_CosSin_LatLon() {
     m_trigValid = false;
     return;
   }
-  if (m_trigValid) return;
+  if (m_trigValid) return;  // these four calls are what the cache saves
   m_cosLat = std::cos(m_geod.X());
   m_sinLat = std::sin(m_geod.X());
   m_cosLon = std::cos(m_geod.Y());
@@ -92,7 +100,7 @@ void C_PointCoordinate::Set_CosSin_LatLon() {
   m_trigValid = true;
 }
 
-// Both forms and the cache; false when there are no coordinates to make them from.
+// Makes both forms and the cache valid; false when there are no coordinates to compute them from.
 bool C_PointCoordinate::MakeCurrent() {
   if (!m_cartValid || !m_geodValid) ConvertToAllInternal();
   Set_CosSin_LatLon();
@@ -101,7 +109,7 @@ bool C_PointCoordinate::MakeCurrent() {
 
 void C_PointCoordinate::AddDeltaXYZ(C_Vector3 d) {
   if (!m_cartValid) ConvertToAllInternal();
-  if (!m_cartValid) return Reset();
+  if (!m_cartValid) return Reset();  // so that nothing of an earlier point is left
   m_cart += d;
   m_geodValid = m_trigValid = false;
 }
@@ -110,6 +118,7 @@ void C_PointCoordinate::AddDeltaXYZ(C_Vector3 d) {
 
 void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAzimuth, double& elev, double& azim,
                                             C_Vector3* los) {
+  // Nothing but the marker for a point that is nowhere; `los` stays, as there is no vector.
   if (!MakeCurrent()) {
     elev = NA_DOUBLE;
     if (wantAzimuth) azim = NA_DOUBLE;
@@ -117,17 +126,20 @@ void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAz
   }
   const C_Vector3 d = target - m_cart;
   if (los != nullptr) *los = d;
+  // The up component of the unit vector. Rounding takes it above 1 for many targets at the zenith, and
+  // their elevation would be NaN.
   const double sinElev = (m_cosLat * (m_cosLon * d.X() + m_sinLon * d.Y()) + m_sinLat * d.Z()) / d.Norm();
   elev = kPi / 2 - std::acos(sinElev > 1.0 ? 1.0 : sinElev);
   if (!wantAzimuth) return;
   const double e = -m_sinLon * d.X() + m_cosLon * d.Y();
   const double n = (-d.X() * m_cosLon - d.Y() * m_sinLon) * m_sinLat + d.Z() * m_cosLat;
-  azim = std::atan2(e, n);
+  azim = std::atan2(e, n);  // (-pi, pi]
   if (azim < 0) azim += 2 * kPi;
 }
 
 void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAzimuth, float& elev, float& azim,
                                             C_Vector3* los) {
+  // Computed in double: in float the difference of two ECEF positions would be off by meters.
   double elevation;
   double azimuth = 0.0;
   ElevationAndAzimuth(target, wantAzimuth, elevation, azimuth, los);
@@ -137,20 +149,21 @@ void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAz
 
 C_Vector3 C_PointCoordinate::RangeLocal(const C_Vector3& target) {
   if (!MakeCurrent()) return NotSetVector();
-  return ALGO::Rotate(ALGO::EcefToLocalRotation(m_geod.X(), m_geod.Y()), target - m_cart);
+  return velagnss::geo::Rotate(EcefToLocalRotation(m_geod.X(), m_geod.Y()), target - m_cart);
 }
 
 C_Vector3 C_PointCoordinate::Cart2GeodSigma(const C_Vector3& cartVar) {
   if (!MakeCurrent()) return NotSetVector();
+  // Only the diagonal is known: the correlations are taken to be 0.
   C_Matrix covariance(3, 3);
   covariance(0, 0) = cartVar.X();
   covariance(1, 1) = cartVar.Y();
   covariance(2, 2) = cartVar.Z();
-  const C_Matrix local = ALGO::RotateCovariance(ALGO::EcefToLocalRotation(m_geod.X(), m_geod.Y()), covariance);
+  const C_Matrix local = RotateCovariance(EcefToLocalRotation(m_geod.X(), m_geod.Y()), covariance);
   return C_Vector3(std::sqrt(local(0, 0)), std::sqrt(local(1, 1)), std::sqrt(local(2, 2)));
 }
 
 C_Matrix C_PointCoordinate::Cart2GeodCovariance(const C_Matrix& cov) {
   if (!MakeCurrent() || cov.Rows() != 3 || cov.Cols() != 3) return C_Matrix(3, 3);
-  return ALGO::RotateCovariance(ALGO::EcefToLocalRotation(m_geod.X(), m_geod.Y()), cov);
+  return RotateCovariance(EcefToLocalRotation(m_geod.X(), m_geod.Y()), cov);
 }

@@ -1,3 +1,4 @@
+// Out of line, because hosts link against these operations.
 #include "geo/Vector3.h"
 
 #include <cmath>
@@ -8,7 +9,7 @@ C_Vector3::C_Vector3(const double& x, const double& y, const double& z) : m_comp
 
 C_Vector3::C_Vector3(const double* p) : C_Vector3() { Set(p); }
 
-// The arguments may be components of this very vector: they are all read before the first is written.
+// The arguments may be components of this very vector, so that all are read before the first is written.
 void C_Vector3::Set(const double& x, const double& y, const double& z) { *this = C_Vector3(x, y, z); }
 
 void C_Vector3::Set(const double* p) {
@@ -32,6 +33,7 @@ void C_Vector3::Scale(double s) {
 }
 
 C_Vector3 C_Vector3::UnitVec() const {
+  // Also false for NaN, so that a vector without a direction is (0, 0, 0) and not NaN.
   const double norm = Norm();
   if (!(norm > 0.0)) return C_Vector3();
   return C_Vector3(X() / norm, Y() / norm, Z() / norm);

@@ -1,13 +1,13 @@
-// A vector of three doubles: position, velocity or line of sight, usually Earth-centred, Earth-fixed (ECEF) and in
-// metres. The class itself knows no unit.
+// A vector of three doubles: a position, velocity or line of sight, usually Earth-centered, Earth-fixed (ECEF) and in
+// meters. The class itself has no unit.
 #ifndef VELAGNSS_GEO_VECTOR3_H
 #define VELAGNSS_GEO_VECTOR3_H
 
 #include "velagnss_export.h"
 
-// A value type: three doubles in the order x, y, z, nothing else. Numbers that are not finite go through every
-// operation as IEEE 754 has it. A null pointer in place of three doubles is refused: the vector is then (0, 0, 0) when
-// constructed, and unchanged when set.
+// A value type: three doubles in the order x, y, z, nothing else. Numbers that are not finite follow IEEE 754 in every
+// operation. A null pointer in place of three doubles constructs (0, 0, 0), and leaves a vector unchanged when it is
+// set.
 class VELAGNSS_API C_Vector3 {
  public:
   // (0, 0, 0), three values, or p[0], p[1], p[2].
@@ -25,7 +25,7 @@ class VELAGNSS_API C_Vector3 {
   double Y() const { return m_component[1]; }
   double Z() const { return m_component[2]; }
 
-  // The three components in a row; valid as long as the vector.
+  // The three components as an array; valid as long as the vector exists.
   const double* Data() const { return m_component; }
 
   // Replace all three components, or one of them.
@@ -36,7 +36,7 @@ class VELAGNSS_API C_Vector3 {
   void Set1(const double& y);
   void Set2(const double& z);
 
-  // Back to (0, 0, 0).
+  // Sets (0, 0, 0).
   void Zero();
 
   // Length: sqrt(x^2 + y^2 + z^2). Components beyond 1e154 overflow to infinity.
@@ -52,11 +52,11 @@ class VELAGNSS_API C_Vector3 {
   // The vector of length 1 in the same direction; (0, 0, 0) when Norm() is 0 or NaN.
   C_Vector3 UnitVec() const;
 
-  // Scalar product: |this| |other| cos(angle), in the square of the unit.
+  // Scalar product: |this| |other| cos(angle).
   double Dot(const C_Vector3& other) const;
 
-  // Right-handed cross product this x other: normal to both, |this| |other| sin(angle) long; (0, 0, 0) of parallel
-  // vectors, up to rounding.
+  // Right-handed cross product this x other: normal to both, of length |this| |other| sin(angle); (0, 0, 0) for
+  // parallel vectors, up to rounding.
   C_Vector3 Cross(const C_Vector3& other) const;
 
   // Component by component.

@@ -18,6 +18,7 @@ static_assert(offsetof(S_IFPvaEphRec, PosX) == 56 && offsetof(S_IFPvaEphRec, Del
 static_assert(offsetof(S_IFPvaEphRec, TauGps) == 152 && offsetof(S_IFPvaEphRec, Ln) == 179);
 static_assert(sizeof(S_IFGnssObsData) == 48 && offsetof(S_IFGnssObsData, LockCount) == 40);
 
+// The doubles whose empty value is "invalid". Times and weeks are not among them: they are 0 when empty.
 // clang-format off
 constexpr double S_IFKeplerEphRec::*kInvalidKepler[] = {
     &S_IFKeplerEphRec::Af0,    &S_IFKeplerEphRec::Af1,    &S_IFKeplerEphRec::Af2,    &S_IFKeplerEphRec::M0,
@@ -37,7 +38,7 @@ constexpr double S_IFPvaEphRec::*kInvalidPva[] = {
 };
 // clang-format on
 
-// What both ephemeris records begin with: zeroes, then a satellite that is none, then the doubles.
+// The empty state that both ephemeris records share. Padding is zeroed too, because hosts compare records byte by byte.
 template <class Record, std::size_t N>
 void SetEmpty(Record& record, double Record::*const (&invalid)[N]) {
   std::memset(&record, 0, sizeof record);

@@ -1,9 +1,10 @@
-// The records in which broadcast ephemerides and observations leave the library, whatever protocol they came by.
+// The records of broadcast ephemerides and observations, the same for every protocol.
 //
-// Plain data, copied by value, little-endian with natural alignment. A decoder puts a record into its empty state
-// first, so what a message does not carry holds the empty value given below. "invalid" stands for the double whose
-// bytes are all 0xCC (`NA_DOUBLE`). Angles are radians. Week numbers are full weeks since 6 January 1980 once a decoder
-// has resolved them, and times are seconds of the week named beside them, in the time scale of `TimeSystem`.
+// Plain data, copied by value, little-endian with natural alignment. A decoder first puts a record into its empty
+// state, so that a member which the message does not carry has the empty value given below. "invalid" is the double
+// whose bytes are all 0xCC (`NA_DOUBLE`). Angles are radians. Week numbers are full weeks since 6 January 1980 once a
+// decoder has resolved them. Times are seconds of the week in the member before them, in the time scale of
+// `TimeSystem`.
 #ifndef VELAGNSS_RECORDS_INTERFACE_RECORDS_H
 #define VELAGNSS_RECORDS_INTERFACE_RECORDS_H
 
@@ -11,8 +12,8 @@
 
 #include "velagnss_export.h"
 
-// Broadcast ephemeris as Keplerian elements with corrections: GPS and QZSS (IS-GPS-200, 20.3.3.4), and place for
-// Galileo and BeiDou.
+// Broadcast ephemeris as Keplerian elements with corrections: GPS and QZSS (IS-GPS-200, 20.3.3.4). Galileo and BeiDou
+// fit into the same record.
 struct S_IFKeplerEphRec {
   std::uint8_t System;      // `ALGO::eGNSSSystem`: 0 GPS, 5 QZSS, 2 BeiDou, 3 Galileo; empty 7
   std::uint8_t SvId;        // satellite number (PRN); empty 0xFF
@@ -21,7 +22,7 @@ struct S_IFKeplerEphRec {
 
   std::uint32_t Health;     // health word as broadcast; empty 0xFFFFFFFF
   std::uint32_t Iode;       // issue of data, ephemeris; empty 0
-  std::uint8_t TimeSystem;  // system in whose time weeks and times are given: 0 for GPS and QZSS; empty 7
+  std::uint8_t TimeSystem;  // system that defines the time scale: 0 for GPS and QZSS; empty 7
 
   std::uint16_t TxWeek;    // week of transmission; empty 0
   double TxTime;           // s, time of week of transmission; empty 0.0
@@ -54,7 +55,7 @@ struct S_IFKeplerEphRec {
   double Cic;       // rad, cosine correction of the inclination; invalid
   double Cis;       // rad, sine correction of the inclination; invalid
 
-  std::uint32_t Iode2;        // issue of data, ephemeris, once more; empty 0xFFFFFFFF
+  std::uint32_t Iode2;        // issue of data, ephemeris, repeated; empty 0xFFFFFFFF
   std::uint16_t CodeOnL2;     // codes on L2, 2 bits; empty 0
   std::uint16_t L2PDataFlag;  // L2 P data flag, 1 bit; empty 0
   double Ura;                 // m, user range accuracy of the 4-bit index, 1e99 for "no prediction"; invalid
@@ -66,9 +67,8 @@ struct S_IFKeplerEphRec {
   double FitInterval;         // GPS: h, from the fit interval flag and IODC; QZSS: the flag itself, 0 or 1; invalid
 };
 
-// Broadcast ephemeris as position, velocity and acceleration: GLONASS (GLONASS ICD, 4.4; kilometres made metres) and
-// SBAS (position, velocity and acceleration of a geostationary satellite). The fields of an SBAS satellite are scaled
-// by factors of their own; what only GLONASS has stays empty.
+// Broadcast ephemeris as position, velocity and acceleration: GLONASS (GLONASS ICD, 4.4; kilometers converted to
+// meters) and SBAS (RTCA DO-229, message type 9). For SBAS the members that only GLONASS has stay empty.
 struct S_IFPvaEphRec {
   std::uint8_t System;      // `ALGO::eGNSSSystem`: 1 GLONASS, 4 SBAS; empty 7
   std::uint8_t SvId;        // GLONASS: slot 1 to 24; SBAS: PRN; empty 0xFF
@@ -77,7 +77,7 @@ struct S_IFPvaEphRec {
 
   std::uint32_t Health;     // GLONASS: the high bit of the word Bn, 1 is unhealthy; SBAS: 0; empty 0xFFFFFFFF
   std::uint32_t Iod;        // issue of data; GLONASS: the index tb; empty 0
-  std::uint8_t TimeSystem;  // system in whose time weeks and times are given: 1 GLONASS, 0 SBAS; empty 7
+  std::uint8_t TimeSystem;  // system that defines the time scale: 1 GLONASS, 0 SBAS; empty 7
 
   std::uint16_t FrameWeek;  // week of the frame time; empty 0
   double FrameTime;         // s, time of week of the frame (GLONASS: from tk); empty 0.0
@@ -95,16 +95,16 @@ struct S_IFPvaEphRec {
   std::uint16_t En;     // days, age of the data; empty 0xFFFF
   std::uint16_t Ft;     // accuracy index; empty 0xFFFF
   std::uint32_t Tb;     // GLONASS: reference time, in units of 15 min of the day; empty 0xFFFFFFFF
-  std::uint32_t Valid;  // 1 once GLONASS strings are taken; empty 0
+  std::uint32_t Valid;  // 1 once GLONASS strings have been read; empty 0
   double TauGps;        // s, fraction of the offset between GPS and GLONASS time; invalid
   double TauC;          // s, correction of GLONASS time to UTC(SU); invalid
 
-  std::uint8_t M;               // kind of satellite; empty 0, like all below
+  std::uint8_t M;               // type of satellite; empty 0, like all below
   std::uint8_t BnBits;          // the word Bn, 3 bits
   std::uint8_t P;               // origin of the time parameters, 2 bits
   std::uint8_t N4;              // four-year interval, 1 is 1996 to 1999
   std::uint16_t Nt;             // day within the four-year interval, 1 is 1 January of its first year
-  std::uint8_t N;               // slot as string 4 carries it
+  std::uint8_t N;               // slot as sent in string 4
   std::uint8_t P1, P2, P3, P4;  // flags of the strings 1 to 4
   std::uint8_t Ln;              // health flag of string 3
 };
@@ -123,12 +123,12 @@ struct S_IFGnssObsData {
   std::uint32_t Spare2;     // zero only when cleared
 };
 
-// The record is zeroed whole, padding included, and its empty values are written.
+// Zeros the whole record, padding included, and writes its empty values.
 VELAGNSS_API void SetEmpty_IFEphRec(S_IFKeplerEphRec& record);
 VELAGNSS_API void SetEmpty_IFEphRec(S_IFPvaEphRec& record);
 
-// The empty values are written. With `clearAll` other than 0 the record is zeroed first; with 0 the spare bytes keep
-// what they hold.
+// Writes the empty values. With `clearAll` other than 0 the record is zeroed first; with 0 the spare bytes stay as they
+// are.
 VELAGNSS_API void SetEmpty_IFGnssObsData(S_IFGnssObsData& record, unsigned char clearAll);
 
 #endif  // VELAGNSS_RECORDS_INTERFACE_RECORDS_H

@@ -1,15 +1,14 @@
 // The result codes that all decoders and encoders share. Operations return them as `unsigned int`; 0 is success.
 //
-// The frame recognizer has results of its own (`eRecognitionResult`). docs/result-codes.md tells for each operation
-// which codes it gives, what its outputs hold then, and what a host does about it.
+// The frame recognizer has results of its own (`eRecognitionResult`). docs/result-codes.md lists the codes of each
+// operation, what its outputs hold then, and what a host should do.
 //
-// A failure never costs more than the frame at hand: the object that reported it takes the next one as if nothing had
-// been. Codes are tested in the order of the checks, so that the first thing wrong is the one that is told; outputs are
-// written as far as the checks got.
+// A failure never affects more than the current frame: the object that reported it decodes the next one as usual. The
+// code reports the first check that failed; outputs are written as far as the checks got.
 #ifndef VELAGNSS_RECORDS_RESULT_CODES_H
 #define VELAGNSS_RECORDS_RESULT_CODES_H
 
-// Numbers that are missing here are not used.
+// Numbers that are not listed are not used.
 enum eResult : unsigned int {
   eResultOk = 0,              // done
   eResultNull = 1,            // null buffer or argument
@@ -20,11 +19,11 @@ enum eResult : unsigned int {
   eResultNotText = 6,         // packed binary where text is decoded
   eResultWrongMessage = 7,    // not the message of the operation called
   eResultOutOfRange = 8,      // value or satellite number out of range
-  eResultPastEnd = 9,         // read past the end of the buffer, or a sentence too long
-  eResultBadField = 11,       // too few fields, or a field that does not parse
+  eResultPastEnd = 9,         // the buffer ends before the value, or the sentence is too long
+  eResultBadField = 11,       // too few fields, or a field that cannot be parsed
   eResultTalker = 16,         // a talker that cannot carry the field
   eResultTooShort = 19,       // buffer too short for the frame
-  eResultTooLong = 20,        // frame too long, or its length does not match the buffer's
+  eResultTooLong = 20,        // frame too long, or its length differs from that of the buffer
   eResultNoSeed = 22,         // week not resolvable: no seed time is set
 };
 

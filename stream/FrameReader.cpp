@@ -8,8 +8,10 @@
 namespace velagnss {
 namespace {
 
-// A counter folds when it nears 2^32, but its low 16 bits go on as if it had not. Between two looks it grows by less
-// than 2^16: no more bytes than that fit into the queue.
+// A counter folds when it nears 2^32, but its low 16 bits go on as if it had not. So it is looked at before it can have
+// grown by 2^16.
+constexpr std::uint64_t kCountedBytes = 1U << 15;
+
 std::uint64_t Growth(unsigned int now, unsigned int before) { return static_cast<std::uint16_t>(now - before); }
 
 StreamTotals GrowthOf(const S_RecognizerStatistics& now, const S_RecognizerStatistics& before) {
@@ -22,8 +24,8 @@ StreamTotals operator+(const StreamTotals& a, const StreamTotals& b) {
           a.framesBad + b.framesBad};
 }
 
-// The bytes of the stream that can still be looked at: the piece that is being read, and before it those that the
-// recognizer held when the piece came.
+// The bytes of the stream that events can show: the piece that is being read, and before it those that the recognizer
+// held when the piece came.
 class Window {
  public:
   explicit Window(std::size_t capacity) : m_capacity(capacity), m_kept(new unsigned char[2 * capacity]) {}
@@ -53,8 +55,6 @@ class Window {
     m_pieceOffset += m_pieceSize;
     m_pieceSize = 0;
   }
-
-  const unsigned char* Kept() const { return &m_kept[m_first]; }
 
   // Copies the bytes of the stream in [from, to), as far as there is room for them; returns how many.
   std::size_t Copy(std::uint64_t from, std::uint64_t to, unsigned char* out, std::size_t room) const {
@@ -119,11 +119,12 @@ class FrameReader::Impl {
   void Restart();
 
   StreamTotals Totals() const { return m_totals + GrowthOf(*m_recognizer.GetStatistics(), m_counted); }
-  std::uint64_t Queued() const { return m_capacity - m_recognizer.GetFreeSpace(); }
+  std::uint64_t Queued() const { return m_recognizer.GetQueuedBytes(); }
+  std::uint64_t Head() const { return m_fed - Queued(); }  // offset of the oldest byte queued
 
   C_FrameRecognizer m_recognizer{nullptr, eCircBufOvrflowRejectNew, true};
   bool m_areEventsReported = false;
-  std::uint64_t m_fed = 0;  // bytes handed to the recognizer; its oldest one is `Queued()` before
+  std::uint64_t m_fed = 0;  // bytes handed to the recognizer
   StreamTotals m_totalsAtFinish;
   std::uint64_t m_queuedAtFinish = 0;
 
@@ -132,15 +133,17 @@ class FrameReader::Impl {
   bool TakePiece();
   bool GiveUpOneByte();
   void Step(const unsigned char* bytes, std::size_t count);
-  void NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds);
-  void NoteFrame(std::uint64_t offset);
+  void StepAndReport(const unsigned char* bytes, std::size_t count);
+  void Note(eRecognitionResult result, std::size_t count);
+  void NoteSkipped(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds);
+  void NoteFrame();
   void NoteRejection(eRecognitionResult result, std::uint64_t offset);
   void CloseSkippedRun();
   void Push(const StreamItem& item) { m_items[m_numItems++] = item; }
   void TakeCounters();
   void ResetRecognizer(std::uint64_t offset);
 
-  const std::size_t m_capacity;  // of the recognizer's queue
+  const unsigned int m_capacity;  // of the recognizer's queue
   std::unique_ptr<unsigned char[]> m_buffer;
   C_RawDataMessage m_message;
 
@@ -162,6 +165,7 @@ class FrameReader::Impl {
   const StreamItem m_nothing;
 
   S_RecognizerStatistics m_counted{};  // the recognizer's counters as far as they are in `m_totals`
+  std::uint64_t m_countedAt = 0;       // bytes fed by then
   StreamTotals m_totals;
 };
 
@@ -189,7 +193,7 @@ void FrameReader::Impl::ResetRecognizer(std::uint64_t offset) {
   m_recognizer.FullProcessingReset();
   m_counted = {};
   m_window.Clear(offset);
-  m_fed = offset;
+  m_fed = m_countedAt = offset;
 }
 
 bool FrameReader::Impl::Feed(const unsigned char* bytes, std::size_t count) {
@@ -226,7 +230,7 @@ bool FrameReader::Impl::Advance() {
 // Hands as many bytes to the recognizer as it can queue.
 bool FrameReader::Impl::TakePiece() {
   if (m_restSize == 0) {
-    m_window.Keep(Queued());
+    if (m_areEventsReported) m_window.Keep(Queued());
     return false;
   }
   const std::size_t count = std::min<std::size_t>(m_restSize, m_recognizer.GetFreeSpace());
@@ -234,6 +238,7 @@ bool FrameReader::Impl::TakePiece() {
   m_rest += count;
   m_restSize -= count;
   m_isPumping = true;
+  if (m_fed - m_countedAt > kCountedBytes) TakeCounters();
   Step(bytes, count);
   return true;
 }
@@ -248,42 +253,49 @@ bool FrameReader::Impl::GiveUpOneByte() {
     m_isSearchedAgain = true;
   }
   if (queued == 0) return false;
-  const std::uint64_t head = m_fed - queued;
+  const std::uint64_t head = Head();
   if (m_areEventsReported) {
     m_skipped.Extend(head, head + 1, m_window);
     m_skipped.SetReason(SkippedRange::Reason::EndOfStream);
   }
-  std::copy_n(m_window.Kept() + 1, queued - 1, m_tail.get());
+  m_recognizer.CopyQueuedBytes(m_tail.get(), m_capacity);
   ResetRecognizer(head + 1);
   ++m_totals.bytesDiscarded;
-  m_rest = m_tail.get();
+  m_rest = m_tail.get() + 1;
   m_restSize = queued - 1;
   m_window.SetPiece(m_rest, m_restSize);
   return true;
 }
 
 void FrameReader::Impl::Step(const unsigned char* bytes, std::size_t count) {
-  const std::uint64_t before = m_fed - Queued();
-  const unsigned int acceptedBefore = m_recognizer.GetStatistics()->bytesAccepted;
-  const eRecognitionResult result = m_recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), m_message);
-  m_fed += count;
-  if (result == eRecNoNewData) {
-    m_isPumping = false;
-    TakeCounters();
-  }
-  if (result == eRecFrameComplete) return NoteFrame(before);
-  if (m_areEventsReported)
-    NoteStep(result, before, Growth(m_recognizer.GetStatistics()->bytesAccepted, acceptedBefore));
+  if (m_areEventsReported) return StepAndReport(bytes, count);
+  Note(m_recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), m_message), count);
 }
 
-void FrameReader::Impl::NoteFrame(std::uint64_t offset) {
+void FrameReader::Impl::StepAndReport(const unsigned char* bytes, std::size_t count) {
+  const std::uint64_t before = Head();
+  const unsigned int acceptedBefore = m_recognizer.GetStatistics()->bytesAccepted;
+  const eRecognitionResult result = m_recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), m_message);
+  Note(result, count);
+  if (result == eRecFrameComplete) return;
+  NoteSkipped(result, before, Growth(m_recognizer.GetStatistics()->bytesAccepted, acceptedBefore));
+}
+
+void FrameReader::Impl::Note(eRecognitionResult result, std::size_t count) {
+  m_fed += count;
+  if (result == eRecNoNewData) m_isPumping = false;
+  if (result == eRecFrameComplete) NoteFrame();
+}
+
+// The frame is what has just left the queue.
+void FrameReader::Impl::NoteFrame() {
   CloseSkippedRun();
-  Push(Frame{m_message.data, m_message.length, m_message.protocol, m_message.messageType, offset});
+  Push(Frame{m_message.data, m_message.length, m_message.protocol, m_message.messageType, Head() - m_message.length});
 }
 
 // What left the queue without a frame: first line ends that belong to the frame before, then what is skipped.
-void FrameReader::Impl::NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds) {
-  const std::uint64_t head = m_fed - Queued();
+void FrameReader::Impl::NoteSkipped(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds) {
+  const std::uint64_t head = Head();
   if (before + lineEnds == head) return;
   m_skipped.Extend(before + lineEnds, head, m_window);
   if (result == eRecChecksumError || result == eRecFrameRejected) NoteRejection(result, before);
@@ -306,6 +318,7 @@ void FrameReader::Impl::CloseSkippedRun() {
 }
 
 void FrameReader::Impl::TakeCounters() {
+  m_countedAt = m_fed;
   m_totals = Totals();
   m_counted = *m_recognizer.GetStatistics();
 }

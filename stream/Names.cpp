@@ -40,7 +40,7 @@ constexpr S_ProtocolRow kProtocols[] = {  // by protocol number
     {C_RawDataMessage::eRTCM3_x,     "rtcm3",  eNaming::ByNumber, "RTCM",        kNumRtcmNumbers},
     {C_RawDataMessage::eNMEA0183,    "nmea",   eNaming::Nmea,     "",            std::size(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs)},
     {C_RawDataMessage::eVelaBIN,     "bin",    eNaming::ByNumber, "BIN",         VelaBIN_Messages::kMaxMessageNumber + 1},
-    {C_RawDataMessage::ePKVN,        "pkvn",   eNaming::Pkvn,     "",            std::size(PkvnSentences::kNames)},
+    {C_RawDataMessage::ePKVN,        "pkvn",   eNaming::Pkvn,     "",            std::size(textproto::PkvnSentences::kNames)},
     {C_RawDataMessage::eVelaRD,      "rd",     eNaming::Numbered, "RD",          kNumRdVersions},
     {C_RawDataMessage::eJSITERECORD, "site",   eNaming::Fixed,    "JSITERECORD", 1},
     {C_RawDataMessage::eVelaCmdAck,  "ack",    eNaming::Fixed,    "ACK",         1},
@@ -130,10 +130,10 @@ MessageName::MessageName(eProtocols protocol, unsigned int message) {
   if (row == nullptr) return;
   std::string_view word = row->word;
   if (row->naming == eNaming::Nmea && message < row->numMessages) word = C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[message];
-  if (row->naming == eNaming::Pkvn && message < row->numMessages) word = PkvnSentences::kNames[message];
+  if (row->naming == eNaming::Pkvn && message < row->numMessages) word = textproto::PkvnSentences::kNames[message];
   char* end = std::copy(word.begin(), word.end(), m_text);
   if (row->naming == eNaming::Numbered || row->naming == eNaming::ByNumber)
-    end = NumberText::WriteInteger(end, message);
+    end = textproto::NumberText::WriteInteger(end, message);
   m_size = static_cast<unsigned char>(end - m_text);
 }
 

@@ -1,13 +1,13 @@
 #include "stream/RecordDecoder.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
+#include "binproto/MessageContents.h"
 #include "binproto/VelaBin_Decode.h"
 #include "framing/FrameRecognizer.h"
 #include "records/ResultCodes.h"
-#include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/CheckedSentence.h"
 #include "textproto/VelaPKVN_Decode.h"
 #include "textproto/VelaRD_Decode.h"
 
@@ -57,7 +57,7 @@ class RecordDecoder::Impl {
   // One sentence or message and what makes its record of the decoder's union.
   struct S_NmeaRow {
     C_RawDataMessage::eNMEA0183Messages type;
-    void (Impl::*keep)(const Frame& frame);
+    void (Impl::*keep)();
   };
   struct S_PkvnRow {
     VelaPKVN_Messages::eMessageTypes type;
@@ -79,13 +79,13 @@ class RecordDecoder::Impl {
   }
   void KeepText(const Frame& frame) { Keep(Depth::Raw, RawText{TextOf(frame)}); }
   void KeepBinary(unsigned int blockId, const Frame& frame);
-  void KeepRmc(const Frame& frame);
+  void KeepEphemeris(unsigned int blockId);
   template <auto Member>
-  void KeepSentence(const Frame&) {
+  void KeepSentence() {
     Keep(Depth::Full, m_nmea.*Member);
   }
   template <auto Member>
-  void KeepTimed(const Frame&) {
+  void KeepTimed() {
     NoteTime(m_nmea.*Member);
     Keep(Depth::Full, m_nmea.*Member);
   }
@@ -101,11 +101,9 @@ class RecordDecoder::Impl {
   bool LacksWeek(unsigned int blockId, unsigned int result) const;
 
   WeekSource m_weekSource = WeekSource::None;
-  C_NMEA_EncodeDecode m_nmeaDecoder;
   C_VelaPKVN_Decode m_pkvnDecoder;
   C_VelaRD_Decode m_rdDecoder;
 
-  std::array<unsigned char, 1024> m_sentence{};
   U_EcdDcdData m_nmea;
   U_VelaBIN_EcdDcdData m_binary;
   U_VelaPKVN_EcdDcdData m_pkvn;
@@ -119,7 +117,7 @@ constexpr RecordDecoder::Impl::S_NmeaRow RecordDecoder::Impl::kNmeaRows[] = {
     {C_RawDataMessage::eNmeaGNS, &Impl::KeepTimed<&U_EcdDcdData::gns>},
     {C_RawDataMessage::eNmeaGSA, &Impl::KeepSentence<&U_EcdDcdData::gsa>},
     {C_RawDataMessage::eNmeaGSV, &Impl::KeepSentence<&U_EcdDcdData::gsv>},
-    {C_RawDataMessage::eNmeaRMC, &Impl::KeepRmc},
+    {C_RawDataMessage::eNmeaRMC, &Impl::KeepTimed<&U_EcdDcdData::rmc>},
     {C_RawDataMessage::eNmeaVTG, &Impl::KeepSentence<&U_EcdDcdData::vtg>},
     {C_RawDataMessage::eNmeaZDA, &Impl::KeepTimed<&U_EcdDcdData::zda>},
 };
@@ -191,11 +189,12 @@ void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
   const auto* const row = std::find_if(std::begin(kNmeaRows), std::end(kNmeaRows),
                                        [type](const S_NmeaRow& candidate) { return candidate.type == type; });
   if (row == std::end(kNmeaRows)) return KeepText(frame);
-  unsigned short length = 0;
-  unsigned int result = C_NMEA_EncodeDecode::MakeDecodable(frame.data, frame.length, m_sentence.data(), length);
-  if (result == eResultOk) result = m_nmeaDecoder.Decode(m_sentence.data(), length, type, m_nmea);
+  char variation = 0;
+  const unsigned int result = textproto::DecodeCheckedSentence(frame.data, frame.length, type, m_nmea, variation);
   SetResult(result);
-  result == eResultOk ? (this->*row->keep)(frame) : KeepText(frame);
+  if (result != eResultOk) return KeepText(frame);
+  if (type == C_RawDataMessage::eNmeaRMC) m_nmea.rmc.variationDirection = static_cast<unsigned char>(variation);
+  (this->*row->keep)();
 }
 
 // The first date that comes resolves weeks, unless the caller has given a time.
@@ -203,17 +202,6 @@ template <class T>
 void RecordDecoder::Impl::NoteTime(const T& record) {
   m_clock.Note(record);
   if (m_weekSource == WeekSource::None && m_clock.FirstDate()) UseTime(*m_clock.FirstDate(), WeekSource::Stream);
-}
-
-// The decoded record has the same value for "E" and "W", so the letter is taken from the sentence.
-void RecordDecoder::Impl::KeepRmc(const Frame& frame) {
-  constexpr unsigned int kVariationDirection = 11;  // field; 0 is the sentence id
-  std::string_view rest = TextOf(frame);
-  for (unsigned int field = 0; field < kVariationDirection; ++field)
-    rest.remove_prefix(std::min(rest.size(), std::min(rest.size(), rest.find(',')) + 1));
-  const std::string_view direction = rest.substr(0, rest.find_first_of(",*"));
-  m_nmea.rmc.variationDirection = direction == "E" || direction == "W" ? static_cast<unsigned char>(direction[0]) : 0;
-  KeepTimed<&U_EcdDcdData::rmc>(frame);
 }
 
 void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
@@ -227,22 +215,21 @@ void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
 }
 
 void RecordDecoder::Impl::KeepBinary(unsigned int blockId, const Frame& frame) {
-  switch (blockId) {
-    case eBin25:
-    case eBin95:
-      m_decoded.week = m_weekSource;
-      return Keep(Depth::Full, m_binary.keplerEph);
-    case eBin65:  // carries its date itself
-      m_decoded.week = WeekSource::Stream;
-      return Keep(Depth::Full, m_binary.pvaEph);
-    case eBin93:
-      m_decoded.week = m_weekSource;
-      return Keep(Depth::Full, m_binary.pvaEph);
-    case eBin209:
+  switch (binproto::ContentsOf(blockId)) {
+    case binproto::eContents::eFull:
+      return KeepEphemeris(blockId);
+    case binproto::eContents::eFieldsBySize:
       return Keep(Depth::Partial, m_binary.bin209);
     default:
       return Keep(Depth::Raw, BodyOf(frame));
   }
+}
+
+void RecordDecoder::Impl::KeepEphemeris(unsigned int blockId) {
+  const bool carriesItsDate = blockId == eBin65;
+  m_decoded.week = carriesItsDate ? WeekSource::Stream : m_weekSource;
+  if (blockId == eBin65 || blockId == eBin93) return Keep(Depth::Full, m_binary.pvaEph);
+  Keep(Depth::Full, m_binary.keplerEph);
 }
 
 // Everything but the weeks has been read by then: GPS and QZSS have a code of their own for it, SBAS has that of a

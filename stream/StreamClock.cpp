@@ -6,7 +6,7 @@
 namespace velagnss {
 namespace {
 
-constexpr double kSecondsPerDay = 86400.0;
+using ALGO::kSecondsPerDay;
 
 // Years that C_GnssTime's calendar is right for.
 bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {

@@ -83,14 +83,7 @@ constexpr S_DecodeCase kDecodes[] = {
     {"PadFirst", "=Zm9v", 8, 0, "~~~~~~~~"},
     {"NothingCountsBehindThePad", "TWE=#\n", 8, 2, "Ma~~~~~~"},
     {"PadInsideAGroupEndsIt", "TW=E", 8, 1, "M~~~~~~~"},
-    {"ForeignCharacter", "TW#=", 8, 0, "~~~~~~~~"},
     {"ForeignCharacterLater", "Zm9vZ-==", 8, 0, "foo~~~~~"},
-    {"LineBreak", "Zm9v\nZm9v", 8, 0, "foo~~~~~"},
-    {"BelowTheAlphabet", "Zm9*", 8, 0, "~~~~~~~~"},
-    {"AboveTheAlphabet", "Zm9{", 8, 0, "~~~~~~~~"},
-    {"BetweenPlusAndSlash", "Zm9,", 8, 0, "~~~~~~~~"},
-    {"HighByte", "Zm9\xFF", 8, 0, "~~~~~~~~"},
-    {"UrlAlphabet", "__--", 8, 0, "~~~~~~~~"},
     {"UnusedBitsDoNotCount", "Zh==", 8, 1, "f~~~~~~~"},
     {"OneByteTooMany", "Zm9vYg==", 3, 0, "~~~~~~~~"},
     {"ExactCapacity", "Zm9vYg==", 4, 4, "foob~~~~"},
@@ -101,6 +94,16 @@ TEST_ROWS(Base64Decode, WritesWholeGroupsOnly, kDecodes, row) {
   std::string dest(8, kUntouched);
   EXPECT_EQ(UTIL::Base64Decode(row.text, reinterpret_cast<unsigned char*>(dest.data()), row.capacity), row.written);
   EXPECT_EQ(dest, row.dest);
+}
+
+TEST(Base64Alphabet, TakesNothingElse) {
+  const std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  for (int c = 1; c < 256; ++c) {
+    unsigned char dest[3] = {};
+    const char text[] = {'Z', 'm', '9', static_cast<char>(c), 0};
+    const bool isGood = alphabet.find(text[3]) != std::string_view::npos;
+    EXPECT_EQ(UTIL::Base64Decode(text, dest, 3), isGood ? 3U : c == '=' ? 2U : 0U) << c;
+  }
 }
 
 TEST(Base64Limits, NullAndLengthsBeyondAnyBufferAreRefused) {

@@ -54,7 +54,6 @@ class GlonassStrings {
   void SetSigned(int string, int first, int count, int value) {
     Set(string, first, count, value < 0 ? static_cast<std::uint32_t>(-value) | 1U << (count - 1) : value);
   }
-  const std::uint32_t (&Words(int string) const)[3] { return m_words[string - 1]; }
   // The 68 bytes of a message's data.
   std::string Data(unsigned int slot, unsigned int channelByte) const {
     std::string data = LittleEndian(slot, 1) + LittleEndian(channelByte, 1) + std::string(6, '\x5A');

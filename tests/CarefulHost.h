@@ -1,5 +1,5 @@
-// A host as the documents advise one: patient, without acknowledgements, feeding what there is room for and pumping
-// until nothing new comes.
+// A host as the documents advise one: patient, without acknowledgements, feeding no more than there is room for,
+// pumping until nothing new comes, and feeding again at the end what a false start has kept waiting.
 #ifndef VELAGNSS_TESTS_CAREFUL_HOST_H
 #define VELAGNSS_TESTS_CAREFUL_HOST_H
 
@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "framing/FrameRecognizer.h"
@@ -32,16 +33,27 @@ class CarefulHost {
   void Feed(std::string_view bytes, std::size_t piece = 4000) {
     while (!bytes.empty() && isInOrder) {
       ExactCopy part(bytes.substr(0, std::min<std::size_t>(piece, m_recognizer.GetFreeSpace())));
+      m_tail.append(bytes.substr(0, part.Size()));
       bytes.remove_prefix(part.Size());
       m_fed += part.Size();
       auto result = m_recognizer.DoRecognition(part.Data(), part.Size(), m_message);
       isInOrder = part.Size() > 0;  // pumped dry, the queue has room
       for (; result != eRecNoNewData; result = m_recognizer.DoRecognition(nullptr, 0, m_message)) Note(result);
+      m_tail.erase(0, m_tail.size() - Queued());
     }
   }
-  // What is fed behind the stream, so that every wait for the rest of a false start ends.
-  void Finish() { Feed(std::string(2100, '\0')); }
-  unsigned int Queued() const { return m_recognizer.GetMaxFrameLength() + 32U - m_recognizer.GetFreeSpace(); }
+
+  // The end of the stream: what is queued waits for a rest that does not come, so its first byte was a false start.
+  void Finish() {
+    while (!m_tail.empty() && isInOrder) {
+      const std::string rest = std::exchange(m_tail, {}).substr(1);
+      m_recognizer.FullProcessingReset();
+      m_begin = m_fed -= rest.size();
+      m_foundBefore = found.size();
+      Feed(rest);
+    }
+  }
+  unsigned int Queued() const { return m_recognizer.GetQueuedBytes(); }
   const S_RecognizerStatistics& Counters() const { return *m_recognizer.GetStatistics(); }
 
   std::vector<S_Found> found;
@@ -57,14 +69,17 @@ class CarefulHost {
       found.push_back({head - m_message.length, m_message.protocol, m_message.messageType,
                        std::string(m_buffer, m_buffer + m_message.length)});
     isInOrder = isInOrder && result != eRecInputOverflow && result != eRecError &&
-                Counters().framesGood == found.size() &&
-                std::size_t{Counters().bytesAccepted} + Counters().bytesDiscarded == head;
+                Counters().framesGood == found.size() - m_foundBefore &&
+                std::size_t{Counters().bytesAccepted} + Counters().bytesDiscarded == head - m_begin;
   }
 
   C_FrameRecognizer m_recognizer{nullptr, eCircBufOvrflowRejectNew, true};
   unsigned char m_buffer[2048];
   C_RawDataMessage m_message{m_buffer, sizeof m_buffer};
-  std::size_t m_fed = 0;
+  std::size_t m_fed = 0;    // offset of the end of what was fed
+  std::string m_tail;       // what is queued
+  std::size_t m_begin = 0;  // offset from which the counters count
+  std::size_t m_foundBefore = 0;
 };
 
 #endif  // VELAGNSS_TESTS_CAREFUL_HOST_H

@@ -59,6 +59,7 @@ constexpr S_QueueCase kQueueCases[] = {
     {"RejectNewWide", eCircBufOvrflowRejectNew, 5, 2},
     {"NoSuchPolicy", 9, 6, 1},
     {"OneSlot", eCircBufOvrflowDropOldest, 1, 2},
+    {"OneByte", eCircBufOvrflowFlushAll, 1, 1},
 };
 
 std::deque<t_Item> Contents(C_CircularBuffer& queue) {
@@ -94,49 +95,43 @@ TEST_ROWS(CircularBuffer, DoesWhatASimpleModelDoes, kQueueCases, c) {
   for (int round = 0; round < 20000; ++round) {
     const unsigned int n = static_cast<unsigned int>(random()) % (c.capacity + 3);
     std::vector<unsigned char> bytes((c.capacity + 3) * c.itemSize);
-    switch (random() % 7) {
-      case 0: {
-        const t_Item item = newItem();
-        queue.QueueItem(item.data());
-        model.Queue(item);
-        break;
-      }
-      case 1: {
-        std::vector<t_Item> batch(n);
-        for (unsigned int i = 0; i < n; ++i) {
-          batch[i] = newItem();
-          std::copy(batch[i].begin(), batch[i].end(), &bytes[i * c.itemSize]);
-        }
-        queue.QueueNItems(bytes.data(), n);
-        model.QueueN(batch);
-        break;
-      }
-      case 2: {
-        const t_Item item = newItem();
-        queue.QueueItemBeforeNth(item.data(), n);
-        model.Insert(item, n);
-        break;
-      }
-      case 3:
-        EXPECT_EQ(queue.DequeueItem() != nullptr, !model.items.empty());
-        model.Drop(1);
-        break;
-      case 4:
-        EXPECT_EQ(queue.DequeueNItems(bytes.data(), n), std::min<std::size_t>(n, model.items.size()));
-        for (unsigned int i = 0; i < std::min<std::size_t>(n, model.items.size()); ++i) {
-          EXPECT_EQ(std::memcmp(&bytes[i * c.itemSize], model.items[i].data(), c.itemSize), 0);
-        }
-        model.Drop(n);
-        break;
-      case 5:
-        queue.FlushItems(n);
-        model.Drop(n);
-        break;
-      default:
-        if (n == 0) {
-          queue.Reset();
-          model.items.clear();
-        }
+    std::vector<t_Item> batch(n);
+    for (unsigned int i = 0; i < n; ++i) {
+      batch[i] = newItem();
+      std::copy(batch[i].begin(), batch[i].end(), &bytes[i * c.itemSize]);
+    }
+    const t_Item item = newItem();
+    const auto operation = random() % 7;
+    if (operation == 0) {
+      queue.QueueItem(item.data());
+      model.Queue(item);
+    }
+    if (operation == 1) {
+      queue.QueueNItems(bytes.data(), n);
+      model.QueueN(batch);
+    }
+    if (operation == 2) {
+      queue.QueueItemBeforeNth(item.data(), n);
+      model.Insert(item, n);
+    }
+    if (operation == 3) {
+      EXPECT_EQ(queue.DequeueItem() != nullptr, !model.items.empty());
+      model.Drop(1);
+    }
+    if (operation == 4) {
+      const std::size_t taken = std::min<std::size_t>(n, model.items.size());
+      EXPECT_EQ(queue.DequeueNItems(bytes.data(), n), taken);
+      for (std::size_t i = 0; i < taken; ++i)
+        EXPECT_EQ(std::memcmp(&bytes[i * c.itemSize], model.items[i].data(), c.itemSize), 0);
+      model.Drop(n);
+    }
+    if (operation == 5) {
+      queue.FlushItems(n);
+      model.Drop(n);
+    }
+    if (operation == 6 && n == 0) {
+      queue.Reset();
+      model.items.clear();
     }
     ASSERT_EQ(Contents(queue), model.items) << "round " << round;
     ASSERT_EQ(queue.IsQueueFull(), model.items.size() == c.capacity);

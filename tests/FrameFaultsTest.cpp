@@ -101,14 +101,6 @@ TEST_P(DamagedFrame, DoubleFlippedBitsHideNoOtherFrame) {
   for (int round = 0; round < 2000; ++round) ExpectNoHarmOf({bit(), bit()}, m_kind.name == std::string("Rtcm"));
 }
 
-TEST_P(DamagedFrame, CutAnywhereHidesNothingBehindIt) {
-  if (m_kind.mayLoseItsSum) return;
-  for (std::size_t length = 0; length < m_kind.bytes.size(); ++length) {
-    Frames frames = FramesIn(m_kind.bytes.substr(0, length) + m_behind);
-    ASSERT_TRUE(TakeOut(AllBut(nullptr), frames)) << length;
-  }
-}
-
 // Bytes doubled, deleted, exchanged with the next ones, and random ones inserted, 1 to 64 of them.
 TEST_P(DamagedFrame, DamagedAnywhereHidesNothingBehindIt) {
   if (m_kind.mayLoseItsSum) return;

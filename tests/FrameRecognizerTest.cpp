@@ -2,6 +2,8 @@
 // by call, over random streams and random use. VELAGNSS_ROUNDS sets the number of rounds of each random test.
 #include "framing/FrameRecognizer.h"
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <vector>
 
@@ -13,6 +15,9 @@ namespace {
 
 using namespace RecognizerTwins;
 using Literal = LiteralRecognizer;
+
+// Memory comes dirty in this program: what a constructor forgets to set shows in every test.
+const int kDirty = mallopt(M_PERTURB, 0xA5);
 
 unsigned Rounds(unsigned byDefault) {
   const char* rounds = std::getenv("VELAGNSS_ROUNDS");
@@ -141,6 +146,34 @@ TEST(CallbackFrameRecognizer, ReportsEachStepOfThePump) {
     EXPECT_EQ(real.GetStatistics()->framesGood, echo.results[eRecFrameComplete]);
     EXPECT_EQ(real.GetLastResult(), eRecNoNewData);
   }
+}
+
+TEST(CallbackFrameRecognizer, StepsForBytesOnlyAndLeavesOutOneResult) {
+  struct Seen {
+    C_CallbackFrameRecognizer real{nullptr, eCircBufOvrflowRejectNew, false};
+    std::string results;
+    void Feed(const char* bytes, unsigned short length) {
+      real.Feed(reinterpret_cast<const unsigned char*>(bytes), length);
+    }
+  } seen;
+  const auto note = [](void* context, eRecognitionResult result, C_RawDataMessage&) {
+    auto& [real, results] = *static_cast<Seen*>(context);
+    results += real.GetLastResult() == result ? std::to_string(result) : "not the last result";
+  };
+  const std::string frame = Sentence("GPHDT,274.07,T");
+  const auto length = static_cast<unsigned short>(frame.size());
+  seen.real.SetCallback(note, &seen);
+  seen.Feed(frame.data(), 3);
+  seen.Feed(nullptr, length);
+  seen.Feed(frame.data(), 0);
+  EXPECT_EQ(seen.results, "1110") << "bytes are queued, but none came";
+  seen.real.SetSuppressedResult(eRecFrameStarted);
+  seen.Feed(frame.data() + 3, static_cast<unsigned short>(length - 3));
+  EXPECT_EQ(seen.results, "1110310");
+  EXPECT_EQ(seen.real.GetMessage().length, length - 1);
+  seen.real.Reset();
+  seen.Feed(frame.data(), length);
+  EXPECT_EQ(seen.results, "111031012310") << "a reset leaves out nothing";
 }
 
 }  // namespace

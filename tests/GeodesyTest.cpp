@@ -455,7 +455,10 @@ TEST(Geodesy, CovariancesReturnInPlace) {
     double rotated[6];
     std::copy_n(original, 6, rotated);
     CovEcefToLocal(lat, lon, 0, rotated, rotated);
-    CovLocalToEcef(lat, lon, 0, nullptr, rotated);  // refused
+    for (const auto rotate : {CovEcefToLocal, CovLocalToEcef}) {  // refused
+      rotate(lat, lon, 0, nullptr, rotated);
+      rotate(lat, lon, 0, rotated, nullptr);
+    }
     CovLocalToEcef(lat, lon, 0, rotated, rotated);
     for (int i = 0; i < 6; ++i) EXPECT_NEAR(rotated[i], original[i], 8e-15);
   }
@@ -473,8 +476,6 @@ TEST(Geodesy, OrbitFrameOfAnEquatorialOrbit) {
   C_Vector3 e1, e2, e3;
   const C_Vector3 velocity(0, 3000, 0), position(26e6, 0, 0);
   OrbitFrame(velocity, position, e1, e2, e3);
-  ExpectVector(e1, 1, 0, 0);
-  ExpectVector(e2, 0, 1, 0);   // e1 x e3
   ExpectVector(e3, 0, 0, -1);  // velocity x position
   ExpectVector(OrbitFrameToGlobal(velocity, position, C_Vector3(10, 20, 30)), 20, 10, -30);
   C_Vector3 a = velocity, b = position;
@@ -486,6 +487,21 @@ TEST(Geodesy, OrbitFrameOfAnEquatorialOrbit) {
   OrbitFrame(position, C_Vector3(), e1, e2, e3);
   EXPECT_TRUE(std::isnan(e1.X()) && std::isnan(e2.Y()));
   ExpectVector(e3, 0, 0, 0);
+}
+
+// Orthonormal and oriented in any direction, which an orbit along the axes does not show.
+TEST(Geodesy, OrbitFrameOfAnyOrbit) {
+  const C_Vector3 velocity(1500, -2500, 900), position(12e6, 15e6, -18e6);
+  C_Vector3 e1, e2, e3;
+  OrbitFrame(velocity, position, e1, e2, e3);
+  ExpectVector(C_Vector3(e1.Dot(e1), e2.Dot(e2), e3.Dot(e3)), 1, 1, 1);
+  ExpectVector(C_Vector3(e1.Dot(e2), e2.Dot(e3), e3.Dot(e1)), 0, 0, 0);
+  EXPECT_NEAR(e1.Dot(position), position.Norm(), 1e-7);
+  EXPECT_NEAR(e3.Dot(velocity), 0, 1e-12);
+  EXPECT_GT(e2.Dot(velocity), 0);
+  ExpectVector(e1.Cross(e3) + C_Vector3(-e2.X(), -e2.Y(), -e2.Z()), 0, 0, 0);
+  const C_Vector3 global = OrbitFrameToGlobal(velocity, position, C_Vector3(0.1, 0.2, 0.3));
+  ExpectVector(C_Vector3(global.Dot(e2), global.Dot(e1), global.Dot(e3)), 0.1, 0.2, 0.3);
 }
 
 TEST(Geodesy, UnitVectors) {

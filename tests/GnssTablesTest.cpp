@@ -73,30 +73,16 @@ TEST(GnssTables, DayPeriods) {
   constexpr struct {
     double seconds;
     unsigned int index;
-  } kCases[] = {{0, 0},
-                {719.4, 0},
-                {719.5, 1},
-                {86399.5 + 86400, 0},
-                {172799.4, 239},
-                {172799.5, 0},
-                {4294967294.5, 4294967295U / 720 % 240},
-                {4294967295.5, 0},
-                {4294968016, 0},
-                {-0.4, 0},
-                {-1e9, 0},
-                {1e300, 0},
-                {kNaN, 0}};
+  } kCases[] = {{719.4, 0},      {719.5, 1}, {172799.4, 239}, {172799.5, 0}, {4294967294.5, 4294967295U / 720 % 240},
+                {4294968016, 0}, {-0.4, 0},  {-1e9, 0},       {1e300, 0},    {kNaN, 0}};
   for (const auto& c : kCases) EXPECT_EQ(DayPeriodIndex(c.seconds), c.index) << c.seconds;
 }
 
 TEST(GnssTables, KindsOfFix) {
   constexpr unsigned int kOfMode[] = {18, 10, 7, 11, 8, 9, 18};
   for (int code = 0; code < 7; ++code) EXPECT_EQ(ModeCodeToFixType(code), kOfMode[code]);
-  EXPECT_EQ(ModeCodeToFixType(std::numeric_limits<int>::min()), 18);
-  EXPECT_EQ(FixTypeName(0), std::string("Autonomous"));
   EXPECT_EQ(FixTypeName(9), std::string("Zenlink"));
   EXPECT_EQ(FixTypeName(10), std::string("UNKNOWN"));
-  EXPECT_EQ(FixTypeName(0xFFFFFFFF), std::string("UNKNOWN"));
 }
 
 TEST(GnssTables, RangesOfValues) {

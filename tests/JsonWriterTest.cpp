@@ -1,4 +1,4 @@
-#include "apps/velagnss/JsonWriter.h"
+#include "apps/velagnss/text/JsonWriter.h"
 
 #include <bit>
 #include <cstdint>

@@ -102,7 +102,7 @@ TEST_F(Manual, ZshAndFishKnowEachOption) {
 
 struct S_OfferCase {
   const char* name;
-  const char* words;  // behind the program's name; the last one is completed
+  const char* words;  // after the program's name; the last one is completed
   std::vector<std::string> offers;
 };
 

@@ -94,7 +94,8 @@ TEST(Matrix, RefusesCapacitiesBeyondTheLimits) {
 TEST(Matrix, IsAValue) {
   for (const unsigned int n : {3U, 6U}) {
     for (const bool inversionWork : {false, true}) {
-      const MatrixXd values = Random(n, n);
+      MatrixXd values = Random(n, n);
+      if (inversionWork) values(0, 0) = 0;  // cannot be inverted without
       C_Matrix original = FromEigen(values, inversionWork);
       C_Matrix copy(original);
       original(1, 2) = 99;
@@ -110,8 +111,11 @@ TEST(Matrix, IsAValue) {
         EXPECT_EQ(ToEigen(target), values);
         EXPECT_EQ(target.MaxRows(), n);
         EXPECT_EQ(target.OwnsHeap(), n > 4);
-        EXPECT_EQ(target.Invert(), 1U);
-        EXPECT_LT((ToEigen(target) * values - MatrixXd::Identity(n, n)).norm(), 1e-9);
+        for (const MatrixXd& inverse :
+             {values, MatrixXd(values.inverse())}) {  // there and back: the work space is used twice
+          EXPECT_EQ(target.Invert(), 1U);
+          EXPECT_LT((ToEigen(target) * inverse - MatrixXd::Identity(n, n)).norm(), 1e-9);
+        }
         target = std::move(moved);
         EXPECT_EQ(ToEigen(target), values);
         moved = target;  // what was moved from can be assigned to again
@@ -208,9 +212,11 @@ const S_OperationCase kOperationCases[] = {
     {"ByTransposeOblong", 2, 5, 3, 5, kMultiplyByTranspose, [](auto& a, auto& b) { return a * b.transpose(); }},
     {"ByTransposeInnerDiffers", 3, 2, 2, 3, kMultiplyByTranspose, {}},
     {"Sum", 4, 5, 4, 5, C_Matrix::Add, [](auto& a, auto& b) { return a + b; }},
-    {"SumOfDifferentSizes", 4, 5, 5, 4, C_Matrix::Add, {}},
+    {"SumOfOtherRows", 4, 5, 3, 5, C_Matrix::Add, {}},
+    {"SumOfOtherColumns", 4, 5, 4, 4, C_Matrix::Add, {}},
     {"Difference", 4, 5, 4, 5, C_Matrix::Subtract, [](auto& a, auto& b) { return a - b; }},
-    {"DifferenceOfDifferentSizes", 4, 5, 4, 4, C_Matrix::Subtract, {}},
+    {"DifferenceOfOtherRows", 4, 5, 3, 5, C_Matrix::Subtract, {}},
+    {"DifferenceOfOtherColumns", 4, 5, 4, 4, C_Matrix::Subtract, {}},
     {"Transpose", 2, 5, 1, 1, kTranspose, [](auto& a, auto&) { return a.transpose(); }},
 };
 
@@ -418,6 +424,8 @@ struct S_LoadCase {
   std::vector<double> elements;
 };
 
+constexpr std::size_t kLongestLine = 4096 + 1024 * 6;  // of a matrix of up to six columns
+
 // clang-format off
 const S_LoadCase kLoadCases[] = {
     {"OneRow", "1 2 3\n", 1, {1, 2, 3}},
@@ -426,6 +434,14 @@ const S_LoadCase kLoadCases[] = {
     {"HeadingsAndEmptyLines", "Normal matrix\nx y\n\n1 2\n \n3 4\n\n", 2, {1, 2, 3, 4}},
     {"AllFormsOfNumbers", "+1 -.5 5. 1e2 1E-2 0x1p4\n", 1, {1, -0.5, 5, 100, 0.01, 16}},
     {"Infinities", "inf -INFINITY", 1, {HUGE_VAL, -HUGE_VAL}},
+    {"PositiveExponents", "1e+2 0x1p+4 0." + std::string(400, '0') + "1e+402 1e-402", 1, {100, 16, 10, 0}},
+    {"LongFractions", "0." + std::string(30, '3') + " 1." + std::string(400, '0') + "1", 1, {1.0 / 3, 1}},
+    {"TooLargeByPositiveExponent", "0." + std::string(9, '0') + "1e+330", 0, {}},
+    {"LongestLine", std::string(kLongestLine - 1, ' ') + "7\n8", 2, {7, 8}},
+    {"LongestLineAtTheEnd", "8\n" + std::string(kLongestLine - 1, ' ') + "7", 2, {8, 7}},
+    {"LineTooLong", std::string(kLongestLine, ' ') + "7\n8", 0, {}},
+    {"LineTooLongAtTheEnd", "8\n" + std::string(kLongestLine, ' ') + "7", 0, {}},
+    {"HeadingTooLong", std::string(kLongestLine + 1, 'x') + "\n8", 0, {}},
     {"TooSmallIsZero", "1e-400 -1e-99999999999999999999 0x1p-2000 0." + std::string(400, '0') + "1", 1, {0, 0, 0, 0}},
     {"FullCapacity", "1 1 1 1 1 1\n2 2 2 2 2 2\n3 3 3 3 3 3", 3, {1, 1, 1, 1, 1, 1, 2, 2, 2, 2, 2, 2, 3, 3, 3, 3, 3, 3}},
     {"TooManyRows", "1\n1\n1\n1\n", 0, {}},

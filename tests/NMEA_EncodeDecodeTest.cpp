@@ -150,7 +150,7 @@ TEST_P(Damaged, CutAnywhereOrEndedByANul) {
   }
 }
 
-// Field `index` (0: the sentence id) replaced, and perhaps all fields behind it.
+// Field `index` (0: the sentence id) replaced, and perhaps all fields after it.
 std::string WithField(const std::string& text, int index, const std::string& field, const char* behind = nullptr) {
   std::stringstream fields(text);
   std::string changed;
@@ -162,7 +162,7 @@ std::string WithField(const std::string& text, int index, const std::string& fie
   return changed;
 }
 
-// In front of a field of more than 64 characters the decoding ends well, whatever that field and those behind it hold;
+// Decoding ends well before a field of more than 64 characters, whatever that field and those after it hold;
 // one of more than 511 ends the count of fields as well.
 TEST_P(Damaged, FieldTooLongForTheBuffers) {
   constexpr int kLeast[] = {16, 14, 8, 9, 9, 19, 15, 11};  // fields, by position in kFullSentences
@@ -228,6 +228,7 @@ const S_DoorCase kDoorCases[] = {
     {"NotDecoded",       NmeaSentence("$GPHDT,1.0,T"),      C_RawDataMessage::eNmeaHDT, 5,  kNone},
     {"Unknown",          kZda,                              C_RawDataMessage::eNmeaUnknown, 5, kNone},
     {"SevenBytes",       ",,,,,,,",                         C_RawDataMessage::eNmeaZDA, 20, 11},
+    {"EightBytes",       ",,,,,,,,",                        C_RawDataMessage::eNmeaZDA, 4,  2},
     {"Nothing",          "",                                C_RawDataMessage::eNmeaZDA, 20, 11},
     {"1023Bytes",        kZdaOf1023,                        C_RawDataMessage::eNmeaZDA, 0,  0},
     {"1024Bytes",        kZdaOf1023 + "x",                  C_RawDataMessage::eNmeaZDA, 11, 11},
@@ -289,6 +290,22 @@ const S_ChecksumCase kChecksumCases[] = {
 TEST_ROWS(Checksum, Validate, kChecksumCases, c) {
   ExactCopy copy(c.sentence);
   EXPECT_EQ(t_Nmea::ValidateNmeaCheckSum(copy.Data(), copy.Size()), c.isValid);
+}
+
+// Texts that hold every hexadecimal digit, so that a digit compared with the wrong character would match somewhere.
+TEST(Checksum, OneOfAllPairsOfDigits) {
+  for (const char* text : {"$0123456789ABCDEF", "$FEDCBA9876543210X", "$GPGGA,0123456789", "$3333333"}) {
+    const std::string right = NmeaSentence(text);
+    int valid = 0;
+    for (const char high : "0123456789ABCDEF"s)
+      for (const char low : "0123456789ABCDEF"s) {
+        ExactCopy copy(std::string(text) + '*' + high + low);
+        const bool isRight = right.ends_with("*"s + high + low);
+        EXPECT_EQ(t_Nmea::ValidateNmeaCheckSum(copy.Data(), copy.Size()), isRight) << text << high << low;
+        valid += isRight ? 1 : 0;
+      }
+    EXPECT_EQ(valid, 1) << text;
+  }
 }
 
 TEST(NmeaFrame, ChecksumOfARange) {
@@ -399,49 +416,75 @@ TEST(NmeaMaps, Systems) {
   }
 }
 
-struct S_SignalCase {
-  const char* name;
-  unsigned char nmeaSystem, nmeaSignal;
-  bool isSuccess;
-  unsigned int frequency, trackType;
+// By block of the map: the ids that the row carries, signal, system, band and component.
+struct S_SignalRow {
+  unsigned int block, nmeaSystem, nmeaSignal, system, frequency, trackType;
+  bool operator==(const S_SignalRow&) const = default;
 };
 
-constexpr S_SignalCase kSignalCases[] = {
-    {"GpsAll", 1, 0, true, 14, 20},           {"GpsL5Q", 1, 8, true, 2, 9},
-    {"GpsNone", 1, 9, false, 15, 21},         {"GlonassG2P", 2, 4, true, 4, 1},
-    {"GalileoSignal1", 3, 1, true, 2, 2},     {"GalileoSignal7", 3, 7, true, 2, 18},
-    {"NoSystem4", 4, 1, false, 15, 21},       {"BeiDouFirst", 5, 1, true, 5, 8},
-    {"BeiDouRowOfSystem6", 5, 5, true, 7, 8}, {"BeiDouRowOfSystem1", 5, 6, true, 7, 9},
-    {"BeiDouNone", 5, 7, false, 15, 21},      {"NoSystem6", 6, 5, false, 15, 21},
-    {"System7", 7, 1, false, 15, 21},         {"Signal16", 1, 16, false, 15, 21},
-    {"Unused", 255, 255, false, 15, 21},
+// clang-format off
+constexpr S_SignalRow kSignals[] = {
+    {0, 1, 0, 0, 14, 20}, {0, 1, 1, 0, 0, 0}, {0, 1, 2, 0, 0, 13}, {0, 1, 3, 0, 0, 5},  {0, 1, 4, 0, 1, 13},
+    {0, 1, 5, 0, 1, 5},   {0, 1, 6, 0, 1, 6}, {0, 1, 7, 0, 2, 8},  {0, 1, 8, 0, 2, 9},
+    {1, 2, 0, 1, 14, 20}, {1, 2, 1, 1, 3, 0}, {1, 2, 2, 1, 3, 1},  {1, 2, 3, 1, 4, 0},  {1, 2, 4, 1, 4, 1},
+    {2, 3, 0, 3, 14, 20}, {2, 3, 1, 3, 2, 2}, {2, 3, 2, 3, 6, 2},  {2, 3, 3, 3, 8, 3},  {2, 3, 4, 3, 9, 15},
+    {2, 3, 5, 3, 9, 18},  {2, 3, 6, 3, 0, 15}, {2, 3, 7, 3, 2, 18},
+    {4, 5, 0, 2, 14, 20}, {4, 5, 1, 2, 5, 8}, {4, 5, 2, 2, 5, 9},  {4, 5, 3, 2, 6, 8},  {4, 5, 4, 2, 6, 9},
+    {4, 6, 5, 2, 7, 8},   {4, 1, 6, 2, 7, 9},
+    {5, 5, 0, 5, 14, 20}, {5, 5, 1, 5, 0, 0}, {5, 5, 2, 5, 0, 7},  {5, 5, 3, 5, 1, 7},  {5, 5, 4, 5, 2, 9},
 };
+// clang-format on
 
-TEST_ROWS(Signal, IsMapped, kSignalCases, c) {
-  eGNSSFrequency frequency = FREQ_B1;
-  eGNSSTrackType trackType = TRACK_A;
-  EXPECT_EQ(t_Nmea::MapNmeaSignalId2Algo(c.nmeaSystem, c.nmeaSignal, frequency, trackType), c.isSuccess);
-  EXPECT_EQ(frequency, c.frequency);
-  EXPECT_EQ(trackType, c.trackType);
+// First row that fits, of those in the blocks whose first row fits; the row of unused places if none does.
+template <class FitsBlock, class FitsRow>
+S_SignalRow ExpectedRow(FitsBlock fitsBlock, FitsRow fitsRow) {
+  bool isFitting = false;
+  for (const S_SignalRow& row : kSignals) {
+    if (row.nmeaSignal == 0) isFitting = fitsBlock(row);
+    if (isFitting && fitsRow(row)) return row;
+  }
+  return {0, 255, 255, 7, 15, 21};
 }
 
-TEST(NmeaMaps, SignalsBack) {
-  const auto signalOf = [](unsigned int system, unsigned int frequency, unsigned int trackType) {
-    unsigned char signal = 77;
-    const bool isSuccess =
-        t_Nmea::MapAlgoSigInfo2Nmea(static_cast<eGNSSSystem>(system), static_cast<eGNSSFrequency>(frequency),
-                                    static_cast<eGNSSTrackType>(trackType), signal);
-    EXPECT_EQ(isSuccess, signal != 255);
-    return +signal;
-  };
-  EXPECT_EQ(signalOf(0, 1, 13), 4);
-  EXPECT_EQ(signalOf(2, 7, 9), 6);
-  EXPECT_EQ(signalOf(5, 2, 9), 4);
-  EXPECT_EQ(signalOf(3, 2, 2), 1);
-  EXPECT_EQ(signalOf(0, 14, 20), 255) << "all signals";
-  EXPECT_EQ(signalOf(0, 0, 20), 255);
-  EXPECT_EQ(signalOf(4, 0, 0), 255) << "no such system";
-  EXPECT_EQ(signalOf(7, 15, 21), 255) << "unused rows";
+TEST(NmeaMaps, SignalsAreTheStatedRowsOnly) {
+  for (unsigned int block = 0; block < 6; ++block)
+    for (unsigned int place = 0; place < 16; ++place) {
+      const S_NmeaSS2Algo& row = t_Nmea::mpps_NmeaSS2AlgoMap[block][place];
+      const S_SignalRow expected = ExpectedRow([&](const S_SignalRow& first) { return first.block == block; },
+                                               [&](const S_SignalRow& r) { return r.nmeaSignal == place; });
+      EXPECT_EQ((S_SignalRow{expected.block, row.nmeaSystem, row.nmeaSignal, row.system, row.frequency, row.trackType}),
+                expected)
+          << block << ' ' << place;
+    }
+}
+
+TEST(NmeaMaps, SignalsBothWays) {
+  for (unsigned int system = 0; system < 256; ++system)
+    for (unsigned int signal = 0; signal < 256; ++signal) {
+      eGNSSFrequency frequency = FREQ_B1;
+      eGNSSTrackType trackType = TRACK_A;
+      const S_SignalRow expected = ExpectedRow([&](const S_SignalRow& first) { return first.nmeaSystem == system; },
+                                               [&](const S_SignalRow& r) { return r.nmeaSignal == signal; });
+      EXPECT_EQ(t_Nmea::MapNmeaSignalId2Algo(static_cast<unsigned char>(system), static_cast<unsigned char>(signal),
+                                             frequency, trackType),
+                expected.frequency != 15);
+      EXPECT_EQ(frequency, expected.frequency) << system << ' ' << signal;
+      EXPECT_EQ(trackType, expected.trackType) << system << ' ' << signal;
+    }
+  for (unsigned int system = 0; system < 9; ++system)
+    for (unsigned int frequency = 0; frequency < 17; ++frequency)
+      for (unsigned int trackType = 0; trackType < 23; ++trackType) {
+        const S_SignalRow expected =
+            ExpectedRow([&](const S_SignalRow& first) { return first.system == system; },
+                        [&](const S_SignalRow& r) {
+                          return r.nmeaSignal != 0 && r.frequency == frequency && r.trackType == trackType;
+                        });
+        unsigned char signal = 77;
+        EXPECT_EQ(t_Nmea::MapAlgoSigInfo2Nmea(eGNSSSystem{system}, eGNSSFrequency{frequency}, eGNSSTrackType{trackType},
+                                              signal),
+                  expected.nmeaSignal != 255);
+        EXPECT_EQ(signal, expected.nmeaSignal) << system << ' ' << frequency << ' ' << trackType;
+      }
 }
 
 }  // namespace

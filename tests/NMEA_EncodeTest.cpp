@@ -12,6 +12,7 @@
 
 namespace {
 
+using velagnss::textproto::C_PrintFormat;
 using t_Nmea = C_NMEA_EncodeDecode;
 using t_Type = C_RawDataMessage;
 
@@ -192,7 +193,7 @@ struct S_EncodeCase {
   const char* talker;
   void (*set)(U_EcdDcdData& data);
   unsigned int result;
-  std::string text;  // without checksum; after a failure what stands in the work buffer
+  std::string text;  // without checksum; after a failure the contents of the work buffer
 };
 
 void Nothing(U_EcdDcdData&) {}
@@ -291,6 +292,19 @@ TEST(NmeaEncode, RefusesNullAndOtherTypes) {
   EXPECT_EQ(nmea.Encode(&data, t_Type::eNmeaHDT, out, length), 5U);
   EXPECT_EQ(nmea.Encode(&data, t_Type::eNmeaUnknown, out, length), 5U);
   EXPECT_EQ(length, 77);
+}
+
+TEST(NmeaEncode, ResetEmptiesTheWholeWorkBuffer) {
+  t_Nmea nmea;
+  S_GGA_Data record;
+  t_Nmea::Reset_GGA(record);
+  std::memcpy(record.talker, "GP", sizeof record.talker);
+  record.hdop = record.altitude = record.geoidSeparation = -1e308;  // as long as a sentence can be
+  unsigned short length = 0;
+  ASSERT_EQ(nmea.Encode_GGA(record, length), 0U);
+  ASSERT_GT(length, 900);
+  EXPECT_EQ(nmea.Reset(), 0U);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(nmea.GetWorkBuffer()), 1024), std::string(1024, '\0'));
 }
 
 }  // namespace

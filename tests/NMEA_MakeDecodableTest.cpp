@@ -1,10 +1,11 @@
-// C_NMEA_EncodeDecode::MakeDecodable, and what comes back of a record that is encoded, found in a stream, made
-// decodable and decoded.
+// C_NMEA_EncodeDecode::MakeDecodable, what comes back of a sentence that is found in a stream, made decodable, decoded
+// and encoded, and the library's own way to the record.
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <random>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "framing/FrameRecognizer.h"
 #include "tests/Cases.h"
@@ -93,111 +94,110 @@ TEST(MakeDecodable, EndsAtANulAndRefusesNull) {
   EXPECT_EQ(length, 77);
 }
 
-// --- Encode, recognize, make decodable, decode: the record comes back ---
-//
-// Over records whose values have the digits that are printed. Not among them is what the rules fold: the variation
-// direction of RMC; the age of GGA without a station; an empty operation mode or fix type of GSA, which is not decoded;
-// a date of which a part is missing; mode 9, status 3 of GLL, 4 of navigation and 6 of RMC, which share their letter.
+// --- Sentences of random fields, as the encoder writes them ---
 
-class RandomRecords {
+// "[59]" is a number from 0 to 59 in two digits, "{NS}" one of the letters, all else itself. One field in five is left
+// empty, unless it starts with "!". Not among them is what the decoders fold: the direction of the variation of RMC,
+// and an empty operation mode or fix type of GSA.
+struct S_Pattern {
+  const char* head;
+  std::vector<std::string> fields;
+};
+const std::string kTime = "[23][59][59].[99]";
+const std::string kLatitude = "[89][59].[99999999],{NS}";
+const std::string kLongitude = "0[99][59].[99999999],{EW}";
+const std::string kMode = "{NADPRFEMS}";
+const std::string kDigit = "[9]";
+const std::string kTwo = "[99]";
+const std::string kOneDecimal = "{123456789}[99].[9]";
+const std::string kTwoDecimals = "{123}[99].[99]";
+const std::string kThreeDecimals = "{123456789}[999].[999]";
+
+// clang-format off
+const S_Pattern kPatterns[] = {
+    {"$GLGGA", {kTime, kLatitude, kLongitude, kDigit, kTwo, kOneDecimal, kThreeDecimals, "!M", "-" + kThreeDecimals, "!M",
+                kOneDecimal + ",{123456}[999]"}},
+    {"$GNGNS", {kTime, kLatitude, kLongitude, kMode + kMode + kMode, "1[99]", kOneDecimal, kThreeDecimals,
+                "-" + kThreeDecimals, kOneDecimal, "{123456}[999]", "{SCUV}"}},
+    {"$GPZDA", {kTime, kTwo, kTwo, "[9999]", "-{123456789}", kTwo}},
+    {"$GAGLL", {kLatitude, kLongitude, kTime, "{ADV}", kMode}},
+    {"$GBGSV", {kDigit, kDigit, kTwo, kTwo, kTwo, "[359]", kTwo, kTwo, kTwo, "[359]", kTwo,
+                "2[49]", kTwo, "[359]", kTwo, kTwo, kTwo, "[359]", kTwo, "1{012345}"}},
+    {"$GQGSA", {"!{AM}", "!{123}", kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, kTwo, "2[49]",
+                kOneDecimal, kOneDecimal, kOneDecimal, kDigit}},
+    {"$GIRMC", {kTime, "{ADFPRV}", kLatitude, kLongitude, kThreeDecimals, kTwoDecimals, "1[9]0{123456789}[99]",
+                kTwoDecimals, "!", kMode, "{SCUV}"}},
+    {"$XXVTG", {kTwoDecimals, "!T", kTwoDecimals, "!M", kTwoDecimals, "!N", kTwoDecimals, "!K", kMode}},
+};
+// clang-format on
+
+class RandomSentences {
  public:
-  explicit RandomRecords(std::uint64_t seed) : m_random(seed) {}
+  explicit RandomSentences(std::uint64_t seed) : m_random(seed) {}
 
-  // A multiple of 10^-decimals, or the marker.
-  double Number(double limit, int decimals) {
-    if (Below(5) == 0) return NA_DOUBLE;
-    const double unit = std::pow(10.0, decimals);
-    const double steps = static_cast<double>(m_random() % (static_cast<std::uint64_t>(limit * unit) + 1));
-    return (Below(2) == 0 && steps != 0 ? -steps : steps) / unit;
-  }
-  double Time() { return Below(5) == 0 ? NA_DOUBLE : Below(86400 * 4) / 4.0; }  // exact, whatever they are added to
-  template <class Value = unsigned char>
-  Value Integer(unsigned int limit, Value marker) {
-    return Below(5) == 0 ? marker : static_cast<Value>(Below(limit));
-  }
-  unsigned char Byte() { return Integer<unsigned char>(255, NA_U8); }
-  unsigned short Short() { return Integer<unsigned short>(65535, NA_U16); }
-  unsigned int Below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
-  template <class Enum>
-  Enum OneOf(std::initializer_list<unsigned int> values) {
-    return static_cast<Enum>(*(values.begin() + Below(static_cast<unsigned int>(values.size()))));
-  }
-  eNmeaModeIndicator Mode() { return OneOf<eNmeaModeIndicator>({0, 1, 2, 3, 4, 5, 6, 7, 8, 10}); }
-  eNmeaNavStatus Nav() { return OneOf<eNmeaNavStatus>({0, 1, 2, 3, 5}); }
+  unsigned int Below(std::size_t limit) { return static_cast<unsigned int>(m_random() % limit); }
 
-  void Fill(S_GGA_Data& r) {
-    r = {{'G', 'L'},     Time(),         Angle(90),      Angle(180), Below(11), Byte(),
-         Number(1e6, 1), Number(1e6, 3), Number(1e6, 3), NA_DOUBLE,  Short()};
-    if (r.referenceStation != 0 && r.referenceStation != NA_U16) r.differentialAge = Number(1e4, 1);
+  // Without checksum.
+  std::string Text(const S_Pattern& pattern) {
+    std::string text = pattern.head;
+    for (const std::string& field : pattern.fields) text += "," + Field(field);
+    return text;
   }
-  void Fill(S_GNS_Data& r) {
-    r = {{'G', 'N'},     Time(),         Angle(90),      Angle(180),     {},      Byte(),
-         Number(1e6, 1), Number(1e6, 3), Number(1e6, 3), Number(1e4, 1), Short(), Nav()};
-    std::fill(std::begin(r.mode), std::end(r.mode), eNmeaModeEmpty);
-    for (unsigned int i = Below(7); i-- > 0;) r.mode[i] = OneOf<eNmeaModeIndicator>({0, 1, 2, 3, 4, 5, 6, 7, 8});
-  }
-  void Fill(S_ZDA_Data& r) {
-    r = {{'G', 'P'}, Short(), Byte(), Byte(), Time(), static_cast<signed char>(Below(256) - 128), Byte()};
-  }
-  void Fill(S_GLL_Data& r) {
-    r = {{'G', 'A'}, Time(), Angle(90), Angle(180), OneOf<eNmeaGllStatus>({0, 1, 2, 4}), Mode()};
-  }
-  void Fill(S_GSV_Data& r) {
-    r = {{'G', 'B'}, Byte(), Byte(), Byte(), {}, {}, {}, {}, Byte()};
-    for (int i = 0; i < 4; ++i) {
-      r.satelliteId[i] = Byte();
-      r.elevation[i] = Byte();
-      r.azimuth[i] = Short();
-      r.snr[i] = Byte();
+
+  // The same after some of what happens to sentences on their way, and of what older receivers leave out.
+  std::string Mutated(std::string text) {
+    for (unsigned int left = Below(4); left > 0; --left) {
+      const std::size_t at = Below(text.size());
+      switch (Below(7)) {
+        case 0:
+          text.resize(at);
+          break;
+        case 1:
+          text.resize(std::min(text.rfind(','), text.size()));
+          break;
+        case 2:
+          text.insert(at, 1, ",,*EWT0A\0"[Below(9)]);
+          break;
+        case 3:
+          text[at] = static_cast<char>(m_random());
+          break;
+        case 4:
+          text.insert(at, Below(8) == 0 ? Below(1100) : Below(90), "x0,"[Below(3)]);
+          break;
+        case 5:
+          if (text.find(',', at) != std::string::npos) text.insert(text.find(',', at), 1, ',');
+          break;
+        default:
+          text.erase(at, Below(12));
+          break;
+      }
+      if (text.empty()) text = "$";
     }
+    return text;
   }
-  void Fill(S_GSA_Data& r) {
-    r = {{'G', 'Q'}, "MA"[Below(2)], "123" [Below(3)], {}, Number(1e3, 1), Number(1e3, 1), Number(1e3, 1), Byte()};
-    for (unsigned char& id : r.satelliteId) id = Byte();
-  }
-  void Fill(S_RMC_Data& r) {
-    r = {{'G', 'I'},
-         NA_U16,
-         NA_U8,
-         NA_U8,
-         Time(),
-         Angle(90),
-         Angle(180),
-         Number(1e4, 3),
-         Number(360, 2),
-         Number(180, 2),
-         0,
-         Mode(),
-         OneOf<eNmeaRmcStatus>({0, 1, 2, 3, 4, 5, 7}),
-         Nav()};
-    if (Below(5) == 0) return;
-    r.year = static_cast<unsigned short>(2000 + Below(100));
-    r.month = static_cast<unsigned char>(1 + Below(12));
-    r.day = static_cast<unsigned char>(1 + Below(31));
-  }
-  void Fill(S_VTG_Data& r) { r = {{'X', 'X'}, Number(360, 2), Number(360, 2), Number(1e4, 2), Number(1e4, 2), Mode()}; }
 
  private:
-  // Whole degrees, half and quarter degrees: their minutes are exact.
-  double Angle(unsigned int limit) { return Below(5) == 0 ? NA_DOUBLE : Below(8 * limit + 1) / 4.0 - limit; }
+  std::string Field(std::string_view pattern) {
+    const bool isEmpty = pattern[0] != '!' && Below(5) == 0;
+    std::string field;
+    for (std::size_t at = 0; at < pattern.size(); ++at) {
+      const char kind = pattern[at];
+      const std::string choice(pattern.substr(at + 1, pattern.find_first_of("]}", at) - at - 1));
+      if (kind == '[' || kind == '{') at += choice.size() + 1;
+      if (kind == '!' || (isEmpty && kind != ',')) continue;
+      const unsigned int number = Below(kind == '[' ? std::stoul(choice) + 1 : std::max<std::size_t>(choice.size(), 1));
+      const std::string digits = std::to_string(number);
+      if (kind == '[') field.append(choice.size() - digits.size(), '0').append(digits);
+      if (kind == '{') field += choice[number];
+      if (kind != '[' && kind != '{') field += kind;
+    }
+    return field;
+  }
 
   std::mt19937_64 m_random;
 };
 
-template <class Record>
-class RoundTrip : public testing::Test {};
-using t_Records =
-    testing::Types<S_GGA_Data, S_GNS_Data, S_ZDA_Data, S_GLL_Data, S_GSV_Data, S_GSA_Data, S_RMC_Data, S_VTG_Data>;
-TYPED_TEST_SUITE(RoundTrip, t_Records);
-
-constexpr t_Type::eNMEA0183Messages TypeOf(const S_GGA_Data&) { return t_Type::eNmeaGGA; }
-constexpr t_Type::eNMEA0183Messages TypeOf(const S_GNS_Data&) { return t_Type::eNmeaGNS; }
-constexpr t_Type::eNMEA0183Messages TypeOf(const S_ZDA_Data&) { return t_Type::eNmeaZDA; }
-constexpr t_Type::eNMEA0183Messages TypeOf(const S_GLL_Data&) { return t_Type::eNmeaGLL; }
-constexpr t_Type::eNMEA0183Messages TypeOf(const S_GSV_Data&) { return t_Type::eNmeaGSV; }
-constexpr t_Type::eNMEA0183Messages TypeOf(const S_GSA_Data&) { return t_Type::eNmeaGSA; }
-constexpr t_Type::eNMEA0183Messages TypeOf(const S_RMC_Data&) { return t_Type::eNmeaRMC; }
-constexpr t_Type::eNMEA0183Messages TypeOf(const S_VTG_Data&) { return t_Type::eNmeaVTG; }
+// --- Recognize, make decodable, decode, encode: the text comes back ---
 
 // What a recognizer delivers of the bytes: one frame, or none of a sentence that is longer than those of its type are.
 bool Recognize(C_FrameRecognizer& recognizer, const unsigned char* bytes, unsigned short length, t_Type& frame) {
@@ -206,34 +206,92 @@ bool Recognize(C_FrameRecognizer& recognizer, const unsigned char* bytes, unsign
   return result == eRecFrameComplete;
 }
 
-TYPED_TEST(RoundTrip, GivesTheRecordBack) {
+class RoundTrip : public testing::TestWithParam<S_Pattern> {};
+
+TEST_P(RoundTrip, GivesTheSentenceBack) {
   const t_Type::eProtocols kNmeaOnly[] = {t_Type::eNMEA0183, t_Type::eAllProtocols};
   C_FrameRecognizer recognizer(kNmeaOnly, eCircBufOvrflowDropOldest, false);
   unsigned char buffer[2048];
   t_Type frame(buffer, sizeof buffer);
   int delivered = 0;
-  RandomRecords random(20240605);
+  RandomSentences random(20240605);
   t_Nmea nmea;
   for (int i = 0; i < 3000; ++i) {
-    TypeParam record;
-    random.Fill(record);
-    const auto type = TypeOf(record);
-    unsigned char sentence[1024];
-    unsigned char decodable[1024];
-    unsigned short length;
-    U_EcdDcdData data;
-    ASSERT_EQ(nmea.Encode(&record, type, sentence, length), 0U) << NmeaLine(record);
+    const std::string text = NmeaSentence(random.Text(GetParam())) + "\r\n";
+    const auto type = NmeaType(text);
+    auto length = static_cast<unsigned short>(text.size());
+    const auto* sentence = reinterpret_cast<const unsigned char*>(text.data());
     if (Recognize(recognizer, sentence, length, frame)) {
       ++delivered;
-      ASSERT_EQ(frame.messageType, type) << sentence;
-      std::copy(frame.data, frame.data + frame.length, sentence);
+      ASSERT_EQ(frame.messageType, type) << text;
+      sentence = frame.data;
       length = frame.length;
     }
-    ASSERT_EQ(t_Nmea::MakeDecodable(sentence, length, decodable, length), 0U) << sentence;
+    unsigned char decodable[1024];
+    unsigned char encoded[1024];
+    U_EcdDcdData data;
+    ASSERT_EQ(t_Nmea::MakeDecodable(sentence, length, decodable, length), 0U) << text;
     ASSERT_EQ(nmea.Decode(decodable, length, type, data), 0U) << decodable;
-    ASSERT_EQ(NmeaLine(type, data), NmeaLine(record)) << sentence;
+    ASSERT_EQ(nmea.Encode(&data, type, encoded, length), 0U) << text;
+    ASSERT_EQ(reinterpret_cast<const char*>(encoded), text);
   }
   EXPECT_GT(delivered, 500);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sentences, RoundTrip, testing::ValuesIn(kPatterns));
+
+// --- The library's own way from the recognizer to the record ---
+
+TEST_ROWS(Checked, AgreesOnEachSentence, kMakeCases, c) {
+  for (unsigned int type = 0; type < 26; ++type)
+    EXPECT_EQ(CheckedSentenceDiffers(c.sentence, t_Type::eNMEA0183Messages{type}), "") << type;
+}
+
+TEST(CheckedSentence, GivesWhatMakeDecodableAndDecodeGive) {
+  RandomSentences random(20240608);
+  int decoded = 0;
+  for (int i = 0; i < 100000; ++i) {
+    const std::string text = random.Mutated(random.Text(kPatterns[random.Below(std::size(kPatterns))]));
+    std::string sentence = text.size() < 2 ? text : NmeaSentence(text);
+    if (random.Below(3) == 0) sentence += "\r\n";
+    if (random.Below(16) == 0) sentence = random.Mutated(sentence);
+    if (random.Below(32) == 0) sentence += random.Mutated(",W,*5,E");
+    const auto type = sentence.size() < 6 ? t_Type::eNmeaUnknown : NmeaType(sentence);
+    const auto asked = random.Below(16) == 0 ? t_Type::eNMEA0183Messages{random.Below(26)} : type;
+    ASSERT_EQ(CheckedSentenceDiffers(sentence, asked), "") << testing::PrintToString(sentence);
+    U_EcdDcdData data;
+    char letter;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(sentence.data());
+    const auto length = static_cast<unsigned short>(sentence.size());
+    decoded += velagnss::textproto::DecodeCheckedSentence(bytes, length, asked, data, letter) == 0 ? 1 : 0;
+  }
+  EXPECT_GT(decoded, 30000);
+  U_EcdDcdData data;
+  char letter;
+  EXPECT_EQ(velagnss::textproto::DecodeCheckedSentence(nullptr, 9, t_Type::eNmeaGGA, data, letter), 1U);
+}
+
+// Where an asterisk or the end of the sentence is before the letter, only commas count.
+TEST(CheckedSentence, FindsTheDirectionLetterByCommasAlone) {
+  const struct {
+    const char* text;  // up to the "*" of the checksum
+    const char* after;
+    char letter;
+  } kRows[] = {{"$GPRMC,,A,,,,,,,,020.3,W", "", 'W'},     {"$GPRMC,,A,,,,,,,,020.3,E,A,V", "\r\n", 'E'},
+               {"$GPRMC,,A,,,,,,,,020.3,,A,V", "", '\0'}, {"$GPRMC,,A,,,,,,,,020.3,e", "", '\0'},
+               {"$GPRMC,,A,,,,,,,,*020.3,W", "", 'W'},    {"$GPRMC,,A,,,,,,,*,W,,", "", '\0'},
+               {"$GPRMC,,A", ",,,,,,,,,W\r\r\n", 'W'},    {"$GPRMC,,A", ",,,,,,,,,W\r,", '\0'}};
+  for (const auto& row : kRows) {
+    const std::string sentence = NmeaSentence(row.text) + row.after;
+    U_EcdDcdData data;
+    char letter = '?';
+    const auto* bytes = reinterpret_cast<const unsigned char*>(sentence.data());
+    EXPECT_EQ(velagnss::textproto::DecodeCheckedSentence(bytes, static_cast<unsigned short>(sentence.size()),
+                                                         t_Type::eNmeaRMC, data, letter),
+              0U)
+        << sentence;
+    EXPECT_EQ(letter, row.letter) << sentence;
+  }
 }
 
 }  // namespace

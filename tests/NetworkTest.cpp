@@ -109,20 +109,35 @@ TEST_ROWS(NetworkError, CodeAndText, kErrorCases, row) {
   EXPECT_STREQ(network.ErrorText(), row.text);
 }
 
-TEST(Network, TextsOfCodesThatNoOperationLeaves) {
-  EXPECT_STREQ(C_Network::ErrorText(0), "");
-  EXPECT_STREQ(C_Network::ErrorText(1), "Corrupted network!");
-  EXPECT_STREQ(C_Network::ErrorText(3), "Duplicate link detected!");
-  EXPECT_STREQ(C_Network::ErrorText(4), "Duplicate node id");
-  EXPECT_STREQ(C_Network::ErrorText(9), "No root node to start!");
-  EXPECT_STREQ(C_Network::ErrorText(10), "The buffer is too small");
-  EXPECT_STREQ(C_Network::ErrorText(11), "");
+// Its counts once stayed behind and led into arrays that were gone.
+TEST(Network, MovedFromIsEmpty) {
+  C_Network source(3, 3), target(1, 1);
+  ASSERT_TRUE(source.AddLink(1, 7, 8, 1) && source.BuildTree());
+  source.AddNode(65535);  // leaves an error code
+  C_Network moved(std::move(source));
+  EXPECT_EQ(Tree(moved), "1:7-8 ");
+  target = std::move(moved);
+  C_Network& self = target;
+  target = std::move(self);
+  EXPECT_TRUE(target.AddNode(9));
+  for (C_Network* const empty : {&source, &moved}) {
+    unsigned short id = 77;
+    EXPECT_EQ(empty->NumNodes() + empty->NumLinks() + empty->ErrorCode(), 0U);
+    EXPECT_EQ(empty->LinkWeight(0, 1, id), NA_FLOAT);
+    EXPECT_EQ(empty->RootNode(), -1);
+    EXPECT_EQ(Tree(*empty), "");
+    for (int round = 0; round < 2; ++round, empty->Reset())
+      EXPECT_FALSE(empty->AddNode(2) || empty->AddLink(1, 2, 3, 1) || empty->BuildTree());
+    *empty = target;
+    EXPECT_EQ(Tree(*empty), "1:7-8 ");
+  }
 }
 
 TEST(Network, Capacities) {
   C_Network empty(0, 0);
   EXPECT_FALSE(empty.AddNode(1));
   EXPECT_EQ(empty.RootNode(), -1);
+  EXPECT_STREQ(C_Network::ErrorText(11), "");
   EXPECT_THROW(C_Network(0xFFFFFFFF, 1), std::bad_array_new_length);
   EXPECT_THROW(C_Network(1, 0xFFFFFFFF), std::bad_array_new_length);
 }

@@ -2,12 +2,15 @@
 #ifndef VELAGNSS_TESTS_NMEA_SENTENCES_H
 #define VELAGNSS_TESTS_NMEA_SENTENCES_H
 
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "tests/ExactCopy.h"
 #include "tests/RecordLine.h"
 #include "tests/Streams.h"
+#include "textproto/CheckedSentence.h"
 #include "textproto/NMEA_EncodeDecode.h"
 
 // The text, "$" in front, with its checksum, without CR LF.
@@ -100,6 +103,39 @@ inline const S_NmeaKind& KindOf(C_RawDataMessage::eNMEA0183Messages type) {
 
 inline std::string NmeaLine(C_RawDataMessage::eNMEA0183Messages type, const U_EcdDcdData& data) {
   return KindOf(type).line(data);
+}
+
+// The direction letter of the magnetic variation in an RMC: the field after eleven commas.
+inline char VariationLetter(std::string_view sentence) {
+  sentence = sentence.substr(0, sentence.find_last_not_of("\r\n") + 1);
+  std::size_t field = 0;
+  for (int commas = 0; commas < 11; ++commas) {
+    field = sentence.find(',', field) + 1;
+    if (field == 0) return '\0';
+  }
+  const std::string_view text = sentence.substr(field, sentence.find_first_of(",*", field) - field);
+  return text == "E" || text == "W" ? text[0] : '\0';
+}
+
+// What `DecodeCheckedSentence` gives that `MakeDecodable` and `Decode` do not; empty when they agree in every byte.
+inline std::string CheckedSentenceDiffers(std::string_view sentence, C_RawDataMessage::eNMEA0183Messages type) {
+  ExactCopy copy(sentence);
+  unsigned char whole[1024];
+  unsigned short length = 0;
+  U_EcdDcdData expected;
+  std::memset(&expected, 0, sizeof expected);
+  unsigned int result = C_NMEA_EncodeDecode::MakeDecodable(copy.Data(), copy.Size(), whole, length);
+  if (result == 0) result = C_NMEA_EncodeDecode().Decode(whole, length, type, expected);
+  const bool hasLetter = result == 0 && type == C_RawDataMessage::eNmeaRMC;
+
+  U_EcdDcdData record;
+  std::memset(&record, 0xA5, sizeof record);
+  char letter = '?';
+  const unsigned int checked =
+      velagnss::textproto::DecodeCheckedSentence(copy.Data(), copy.Size(), type, record, letter);
+  if (checked != result) return "result " + std::to_string(checked) + " for " + std::to_string(result);
+  if (std::memcmp(&record, &expected, sizeof record) != 0) return "another record";
+  return letter == (hasLetter ? VariationLetter(sentence) : '\0') ? "" : "another direction letter";
 }
 
 #endif  // VELAGNSS_TESTS_NMEA_SENTENCES_H

@@ -14,7 +14,7 @@
 
 namespace {
 
-using namespace NumberText;
+using namespace velagnss::textproto::NumberText;
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 

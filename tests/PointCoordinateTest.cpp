@@ -231,6 +231,23 @@ TEST(PointCoordinate, ViewOfOddTargets) {
   EXPECT_TRUE(std::isnan(elevation));  // the Earth's centre has no latitude
 }
 
+// Straight up the sine of the elevation is 1, and by rounding often a little more.
+TEST(PointCoordinate, ViewOfTheZenith) {
+  for (int lat = -90; lat <= 90; ++lat) {
+    for (int lon = -180; lon < 180; lon += 3) {
+      C target(C::COORD_GEODETIC, lat * kDegree, lon * kDegree, 20200e3), place(target);
+      place.Set(C::COORD_GEODETIC, lat * kDegree, lon * kDegree, 0);
+      target.ConvertToAllInternal();
+      double elevation, azimuth;
+      place.ElevationAndAzimuth(target.Cartesian(), true, elevation, azimuth);
+      ASSERT_NEAR(elevation, kPi / 2, 3e-8) << lat << ' ' << lon;
+    }
+  }
+  C cartesian(C::COORD_CARTESIAN, 0, kA, 0);
+  cartesian.Set_CosSin_LatLon();  // needs the geodetic form, which is still to be computed
+  EXPECT_TRUE(cartesian.IsGeodeticValid());
+}
+
 // ---- against GeographicLib -----------------------------------------------------------------------------------------
 
 class PointReference : public testing::Test {

@@ -1,4 +1,4 @@
-#include "apps/velagnss/PositionSummary.h"
+#include "apps/velagnss/account/PositionSummary.h"
 
 #include <cmath>
 #include <numbers>
@@ -83,7 +83,7 @@ TEST(PositionSummaryOfFew, OneFixHasNoSpread) {
   EXPECT_TRUE(std::isnan(summary.height)) << "the height above the ellipsoid is not known";
 }
 
-// Their mean is the Earth's centre, where there is no horizon.
+// Their mean is the Earth's center, where there is no horizon.
 TEST(PositionSummaryOfFew, OppositePlacesHaveNoMean) {
   C_PositionSummary positions;
   positions.Add(0, 0, 0, 0);
@@ -111,18 +111,18 @@ const S_SentenceCase kSentences[] = {
     {"BeyondThePole", 1, 1, 91, 500, false},
 };
 
-// Behind a GNS of time 0 that is a fix.
+// After a GNS of time 0 that is a fix.
 TEST_ROWS(PositionSentence, CountsOnlyAFix, kSentences, row) {
   C_PositionSummary positions;
-  U_EcdDcdData record{};
-  record.gns.mode[1] = eNmeaModeDifferential;
-  positions.Note(C_RawDataMessage::eNmeaGNS, record);
-  record.gga = {};
-  record.gga.quality = row.quality;
-  record.gga.timeOfDay = row.timeOfDay;
-  record.gga.latitude = row.latitude;
-  record.gga.altitude = row.altitude;
-  positions.Note(C_RawDataMessage::eNmeaGGA, record);
+  S_GNS_Data gns{};
+  gns.mode[1] = eNmeaModeDifferential;
+  positions.Note(gns);
+  S_GGA_Data gga{};
+  gga.quality = row.quality;
+  gga.timeOfDay = row.timeOfDay;
+  gga.latitude = row.latitude;
+  gga.altitude = row.altitude;
+  positions.Note(gga);
   EXPECT_EQ(positions.Summary()->fixes, row.isCounted ? 2 : 1);
 }
 

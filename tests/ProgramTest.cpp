@@ -9,7 +9,7 @@
 #include "HostData.h"
 #include "JsonSchema.h"
 #include "ProgramRun.h"
-#include "apps/velagnss/Progress.h"
+#include "apps/velagnss/input/Progress.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ struct S_ExitCase {
   const char* name;
   const char* command;
   int code;
-  const char* message;  // part of what stands on standard error
+  const char* message;  // part of standard error
 };
 constexpr char kNone[] = "";
 
@@ -42,7 +42,7 @@ const S_ExitCase kExits[] = {
     {"UnknownOption",       "velagnss decode --nonsense $S",                    2, "velagnss decode --help"},
     {"EnormousCount",       "velagnss decode -n 99999999999999999999999 $S",    2, "-n"},
     {"PercentOfNothing",    "velagnss stat --max-bad nan $S",                   2, "--max-bad"},
-    {"CountOfNone",         "velagnss decode -n 0 $S",                          2, "-n"},
+    {"CountOfNone",         "velagnss decode -n 0 $S",                          2, "a whole number, 1 or more, not '0'"},
     {"ReadSizeZero",        "velagnss stat --read-size 0 $S",                   2, "--read-size"},
     {"QuietAndVerbose",     "velagnss -q -v decode $S",                         2, "excludes"},
     {"UnknownProtocol",     "velagnss decode --proto ubx $S",                   2, "nmea"},
@@ -51,10 +51,11 @@ const S_ExitCase kExits[] = {
     {"SeedWithoutSeconds",  "velagnss decode --seed 2300 $S",                   2, "2300:345600"},
     {"SeedBeyondTheWeek",   "velagnss decode --seed 2300:604800 $S",            2, "--seed"},
     {"UnknownSearch",       "velagnss stat --search nmea,ubx $S",               2, "'nmea,ubx'"},
-    {"OutputIsInput",       "cp $S a; velagnss decode a -o ./a",                2, "input as well"},
+    {"OutputIsInput",       "cp $S a; velagnss decode a -o ./a",                2, "also an input"},
     {"MissingFile",         "velagnss decode missing",                          3, "missing: cannot be opened: No such file"},
     {"Directory",           "velagnss stat .",                                  3, "is a directory"},
     {"OneOfTwoMissing",     "velagnss decode missing $S",                       3, "missing"},
+    {"PatternWithoutFile",  "velagnss decode '*.nmea'",                         3, "no file matches this pattern"},
     {"EmptyFile",           "touch e; velagnss decode e",                       1, "e: is empty"},
     {"EmptyInput",          "velagnss decode < /dev/null",                      1, "standard input: is empty"},
     {"NoiseOnly",           "head -c 100000 /dev/zero | velagnss decode",       1, "no frame in 100000 bytes"},
@@ -65,10 +66,10 @@ const S_ExitCase kExits[] = {
     {"TooBad",              "velagnss stat --max-bad 0.1 $S",                   1, "--max-bad"},
     {"NotTooBad",           "velagnss stat --max-bad 5 $S",                     0, kNone},
     {"EncodesAll",          "velagnss decode --msg GGA,RMC $S | velagnss encode --strict", 0, kNone},
-    {"EncodeNames",         "printf '\\n[]\\n' | velagnss encode",                1, "standard input, line 2: is no JSON object"},
+    {"EncodeNames",         "printf '\\n[]\\n' | velagnss encode",                1, "standard input, line 2: not a JSON object"},
     {"EncodeNothing",       "velagnss decode --msg BIN95 $S | velagnss encode", 1, "objects skipped"},
     {"EncodeStrict",        "velagnss decode $S | velagnss encode --strict",    1, "line 5: protocol: \"bin\" is not encoded"},
-    {"EncodeLongLine",      "head -c 3000000 /dev/zero | tr '\\0' '[' | velagnss encode", 1, "line 1: is longer"},
+    {"EncodeLongLine",      "head -c 3000000 /dev/zero | tr '\\0' '[' | velagnss encode", 1, "line 1: longer"},
     {"EncodeFullDisk",      "velagnss decode $S | velagnss -q encode > /dev/full", 4, "No space left on device"},
     {"GeoWithoutCommand",   "velagnss geo",                                     2, "velagnss geo --help"},
     {"GeoUnknownForm",      "velagnss geo convert --from utm 1 2 3",            2, "velagnss geo convert --help"},
@@ -132,8 +133,8 @@ const S_TerminalCase kTerminals[] = {
     {"Quiet",           "slow | velagnss -q stat > o",            ""},
     {"Log",             "slow | velagnss stat > o 2> l; cat l",   ""},
     {"DumbTerminal",    "export TERM=dumb; slow | velagnss stat > o; velagnss stat m", "velagnss: error: m: .*"},
-    {"Colour",          "NO_COLOR= velagnss stat m",              "velagnss: \x1b\\[1;31merror: \x1b\\[0mm: .*"},
-    {"NoColour",        "NO_COLOR=0 velagnss stat m",             "velagnss: error: m: .*"},
+    {"Color",          "NO_COLOR= velagnss stat m",              "velagnss: \x1b\\[1;31merror: \x1b\\[0mm: .*"},
+    {"NoColor",        "NO_COLOR=0 velagnss stat m",             "velagnss: error: m: .*"},
 };
 // clang-format on
 TEST_ROWS_F(ProgramTerminal, Shows, Program, kTerminals, row) {

@@ -158,6 +158,7 @@ class Twins {
         m_literal(list, policy),
         m_buffer(std::min<unsigned>(capacity, m_real.GetMaxFrameLength())),
         m_message(m_buffer.data(), static_cast<unsigned>(m_buffer.size())) {
+    m_message.messageSubtype = m_delivered.subtype = 7;  // until a frame is delivered
     m_agree = m_real.GetMaxFrameLength() == m_literal.GetMaxFrameLength() &&
               (m_real.GetStatistics() != nullptr) == statistics;
   }

@@ -302,7 +302,7 @@ struct S_HandCase {
   std::string bytes;
   std::string expected;  // records
   int code = 0;
-  const char* message = "";  // part of what stands on standard error
+  const char* message = "";  // part of standard error
   const char* arguments = "--seed 2314:0";
 };
 const std::string kGps = KeplerText("G05", "-5.960464477539D-08", " 9.800000000000D+01");
@@ -317,8 +317,8 @@ const S_HandCase kHandCases[] = {
     {"Once",                    SbasFrame() + SbasFrame(),                   kSbasText},
     {"InTimeOrder",             SbasFrame() + GlonassFrame() + KeplerFrame(95, 5), kGps + kGlonassText + kSbasText},
     {"GlonassNeedsNoSeed",      GlonassFrame(),                              kGlonassText, 0, "", ""},
-    {"GpsWeekUnknown",          KeplerFrame(95, 5),                          "", 1, "(result 22); tell the time", ""},
-    {"SbasWeekUnknown",         SbasFrame() + GlonassFrame(),                kGlonassText, 1, "(result 7); tell", ""},
+    {"GpsWeekUnknown",          KeplerFrame(95, 5),                          "", 1, "(result 22); give the time", ""},
+    {"SbasWeekUnknown",         SbasFrame() + GlonassFrame(),                kGlonassText, 1, "(result 7); give", ""},
     {"UnknownButNotWanted",     SbasFrame() + GlonassFrame(),                kGlonassText, 0, "", "--system glonass"},
     {"GlonassSlot25",           GlonassFrame(25) + SbasFrame(),              kSbasText, 1, "ephemerides left out: 1; "},
     {"GlonassWithoutDay",       GlonassFrame(7, 13, 0) + SbasFrame(),        kSbasText, 1, "no date"},

@@ -1,4 +1,4 @@
-#include "apps/velagnss/TimeText.h"
+#include "apps/velagnss/text/TimeText.h"
 
 #include "Cases.h"
 

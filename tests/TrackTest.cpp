@@ -5,8 +5,8 @@
 
 #include "Cases.h"
 #include "HostData.h"
-#include "NmeaSentences.h"
 #include "ProgramRun.h"
+#include "Streams.h"
 #include "TrackReader.h"
 
 namespace {
@@ -18,7 +18,7 @@ using testing::HasSubstr;
 std::string Sentences(const std::string& bodies) {
   std::string text;
   std::istringstream stream(bodies);
-  for (std::string body; std::getline(stream, body);) text += NmeaSentence("$" + body) + "\r\n";
+  for (std::string body; std::getline(stream, body);) text += Sentence(body);
   return text;
 }
 

@@ -24,41 +24,27 @@ void ExpectVector(const C_Vector3& actual, double x, double y, double z) {
 
 static_assert(std::is_trivially_copyable_v<C_Vector3> && sizeof(C_Vector3) == 3 * sizeof(double));
 
-TEST(Vector3, AllFormsOfConstructionAndAssignment) {
-  const double numbers[] = {1, 2, 3};
-  C_Vector3 v;
-  ExpectVector(v, 0, 0, 0);
+TEST(Vector3, ConstructionAndAssignment) {
+  const double numbers[] = {1, 2, 3}, *const null = nullptr;
   ExpectVector(C_Vector3(numbers), 1, 2, 3);
-  v.Set(4, 5, 6);
-  ExpectVector(C_Vector3(v), 4, 5, 6);
-  v.Set(numbers);
-  ExpectVector(v, 1, 2, 3);
-  v.Set(C_Vector3(7, 8, 9));
+  ExpectVector(C_Vector3(null), 0, 0, 0);
+  C_Vector3 v(4, 5, 6);
+  v.Set(null);
+  ExpectVector(v, 4, 5, 6);
+  v.Set(C_Vector3(numbers));
+  v.Set(v.Data()[2], v.Data()[0], v.Data()[1]);  // arguments that are components of the vector itself
+  ExpectVector(v, 3, 1, 2);
   v.Set0(-7);
   v.Set1(-8);
   v.Set2(-9);
   ExpectVector(v, -7, -8, -9);
-  C_Vector3& self = v;
-  v = self;
-  ExpectVector(v, -7, -8, -9);
-  v.Set(v.Data()[2], v.Data()[0], v.Data()[1]);  // arguments that are components of the vector itself
-  ExpectVector(v, -9, -7, -8);
   v.Zero();
   ExpectVector(v, 0, 0, 0);
 }
 
-TEST(Vector3, RefusesNullPointers) {
-  const double* const null = nullptr;
-  C_Vector3 v(1, 2, 3);
-  v.Set(null);
-  ExpectVector(v, 1, 2, 3);
-  ExpectVector(C_Vector3(null), 0, 0, 0);
-}
-
 TEST(Vector3, Norms) {
   EXPECT_EQ(C_Vector3(3, 4, 12).Norm(), 13.0);
-  EXPECT_EQ(C_Vector3(3, 4, 12).Norm2(), 5.0);  // horizontal
-  EXPECT_EQ(C_Vector3(-8, -15, kNan).Norm2(), 17.0);
+  EXPECT_EQ(C_Vector3(-8, -15, kNan).Norm2(), 17.0);  // horizontal
   EXPECT_EQ(C_Vector3(1e200, 0, 0).Norm(), kInfinity);
 }
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "binproto/VelaBin_Decode.h"
 #include "records/ResultCodes.h"
@@ -66,101 +67,98 @@ unsigned int Decode65(D& decoder, const std::string& body, R& record) {
   return decoder.Decode_Bin65(frame.Data(), frame.Size(), record);
 }
 
-// Slot 5 on channel +1, 1 January 2024, worked by hand from the interface document (tables 4.5 and 4.9).
-//   Day: 2024 is the first year of the interval 8 (1996 + 4 * 7), so N4 = 8, NT = 1, a Monday, GPS week 2295.
-//   Reference time 06:15 is 22500 s of the day: tb = 22500 / 900 = 25; 86400 + 22500 = 108900 s of the week.
-//   Frame time 06:30:30: tk = 6 * 128 + 30 * 2 + 1 = 829; 86400 + 23430 = 109830 s of the week.
-//   x  = -9876.5 km   / 2^-11 = -20227072           y  = 0                   z = 0x3FFFFFF, the greatest:
-//   32767.99951171875 km x' = -0.5 km/s    / 2^-20 = -524288             y' = 2^-20 km/s: 1       z' =
-//   0x7FFFFF: 7.99999904632568359375 km/s x" = -15 * 2^-30 km/s^2, the least              y" = 2^-30 km/s^2: 1     z" =
-//   "minus 0", 0b10000 gamma = -1023 * 2^-40, the least; tau = 2^-30 * 2097151, the greatest; delta tau = -4 * 2^-30
-//   tau_c = -1 * 2^-31; tau_gps = -2097151 * 2^-30, the least
-GlonassStrings HandWorked() {
+// 1 January 2024 and nothing else. 2024 is the first year of the interval 8 (1996 + 4 * 7), so N4 = 8, NT = 1; the day
+// is a Monday of GPS week 2295.
+GlonassStrings NewYear() {
   GlonassStrings s;
-  for (int string = 1; string <= 5; ++string) s.Set(string, 81, 4, static_cast<std::uint32_t>(string));
-  s.SetSigned(1, 9, 27, -20227072);
-  s.SetSigned(1, 36, 5, -15);
-  s.SetSigned(1, 41, 24, -524288);
-  s.Set(1, 65, 12, 829);
-  s.Set(1, 77, 2, 2);
-  s.SetSigned(2, 36, 5, 1);
-  s.SetSigned(2, 41, 24, 1);
-  s.Set(2, 70, 7, 25);
-  s.Set(2, 77, 1, 1);
-  s.Set(2, 78, 3, 0b101);
-  s.SetSigned(3, 9, 27, 0x3FFFFFF);
-  s.Set(3, 36, 5, 0b10000);
-  s.SetSigned(3, 41, 24, 0x7FFFFF);
-  s.Set(3, 65, 1, 1);
-  s.Set(3, 66, 2, 3);
-  s.SetSigned(3, 69, 11, -1023);
-  s.Set(3, 80, 1, 1);
-  s.Set(4, 9, 2, 1);
-  s.Set(4, 11, 5, 5);
   s.Set(4, 16, 11, 1);
-  s.Set(4, 30, 4, 9);
-  s.Set(4, 34, 1, 1);
-  s.Set(4, 49, 5, 17);
-  s.SetSigned(4, 54, 5, -4);
-  s.SetSigned(4, 59, 22, 2097151);
-  s.SetSigned(5, 10, 22, -2097151);
   s.Set(5, 32, 5, 8);
-  s.SetSigned(5, 38, 32, -1);
   return s;
 }
 
-R HandWorkedRecord() {
+// On slot 5, channel +1.
+R NewYearRecord() {
   R r;
   SetEmpty_IFEphRec(r);
   r.System = r.TimeSystem = 1;
   r.SvId = 5;
   r.FreqChannel = 1;
   r.Spare = 0;
-  r.Health = r.Bn = 1;
-  r.Iod = r.Tb = 25;
+  r.Health = r.Bn = r.Iod = r.Tb = r.En = r.Ft = 0;
   r.FrameWeek = r.RefWeek = 2295;
-  r.FrameTime = 109830;
-  r.RefTime = 108900;
-  r.PosX = -9876500, r.PosY = 0, r.PosZ = 32767999.51171875;
-  r.VelX = -500, r.VelY = 1000 * 0x1p-20, r.VelZ = 7999.99904632568359375;
-  r.AccX = -15000 * 0x1p-30, r.AccY = 1000 * 0x1p-30, r.AccZ = 0;
-  r.GammaN = -1023 * 0x1p-40;
-  r.TauN = 2097151 * 0x1p-30;
-  r.DeltaTauN = -4 * 0x1p-30;
-  r.TauC = -0x1p-31;
-  r.TauGps = -2097151 * 0x1p-30;
-  r.En = 17;
-  r.Ft = 9;
+  r.FrameTime = r.RefTime = 86400;
+  for (double* const value : {&r.TauN, &r.GammaN, &r.PosX, &r.PosY, &r.PosZ, &r.VelX, &r.VelY, &r.VelZ, &r.AccX,
+                              &r.AccY, &r.AccZ, &r.DeltaTauN, &r.TauGps, &r.TauC})
+    *value = 0;
   r.Valid = 1;
-  r.M = 1, r.BnBits = 5, r.P = 3, r.N4 = 8, r.Nt = 1, r.N = 5;
-  r.P1 = 2, r.P2 = r.P3 = r.P4 = r.Ln = 1;
+  r.N4 = 8;
+  r.Nt = 1;
   return r;
 }
 
-TEST(Glonass, HandWorkedExample) {
+// A piece of a string as GLONASS ICD, table 4.5, counts its bits, and what is sent there.
+struct S_Piece {
+  int string, first, count;
+  std::uint32_t sent;
+};
+
+struct S_FieldCase {
+  const char* name;
+  std::vector<S_Piece> pieces;
+  void (*expect)(R&);  // writes what must follow into the record of New Year
+};
+
+// Signed fields are sent with the sign, the highest and the lowest bit of the magnitude set.
+// clang-format off
+const S_FieldCase kFields[] = {
+    {"PosX",      {{1, 9, 27, 0x6000001}},   [](R& r) { r.PosX = -33554433000 * 0x1p-11; }},
+    {"AccX",      {{1, 36, 5, 0x19}},        [](R& r) { r.AccX = -9000 * 0x1p-30; }},
+    {"VelX",      {{1, 41, 24, 0xC00001}},   [](R& r) { r.VelX = -4194305000 * 0x1p-20; }},
+    {"Tk063030",  {{1, 65, 12, 829}},        [](R& r) { r.FrameTime = 86400 + 23430; }},  // 6 * 128 + 30 * 2 + 1
+    {"P1",        {{1, 77, 2, 2}},           [](R& r) { r.P1 = 2; }},
+    {"PosY",      {{2, 9, 27, 0x6000001}},   [](R& r) { r.PosY = -33554433000 * 0x1p-11; }},
+    {"AccY",      {{2, 36, 5, 0x19}},        [](R& r) { r.AccY = -9000 * 0x1p-30; }},
+    {"VelY",      {{2, 41, 24, 0xC00001}},   [](R& r) { r.VelY = -4194305000 * 0x1p-20; }},
+    {"Tb0615",    {{2, 70, 7, 25}},          [](R& r) { r.Tb = r.Iod = 25, r.RefTime = 86400 + 22500; }},
+    {"P2",        {{2, 77, 1, 1}},           [](R& r) { r.P2 = 1; }},
+    {"BnBad",     {{2, 78, 3, 0b101}},       [](R& r) { r.BnBits = 5, r.Bn = r.Health = 1; }},
+    {"BnGood",    {{2, 78, 3, 0b011}},       [](R& r) { r.BnBits = 3; }},
+    {"PosZ",      {{3, 9, 27, 0x6000001}},   [](R& r) { r.PosZ = -33554433000 * 0x1p-11; }},
+    {"Greatest",  {{3, 9, 27, 0x3FFFFFF}},   [](R& r) { r.PosZ = 32767999.51171875; }},
+    {"AccZ",      {{3, 36, 5, 0x19}},        [](R& r) { r.AccZ = -9000 * 0x1p-30; }},
+    {"MinusZero", {{3, 36, 5, 0x10}},        [](R&) {}},
+    {"VelZ",      {{3, 41, 24, 0xC00001}},   [](R& r) { r.VelZ = -4194305000 * 0x1p-20; }},
+    {"Ln",        {{3, 65, 1, 1}},           [](R& r) { r.Ln = 1; }},
+    {"P",         {{3, 66, 2, 2}},           [](R& r) { r.P = 2; }},
+    {"GammaN",    {{3, 69, 11, 0x601}},      [](R& r) { r.GammaN = -513 * 0x1p-40; }},
+    {"P3",        {{3, 80, 1, 1}},           [](R& r) { r.P3 = 1; }},
+    {"M",         {{4, 9, 2, 2}},            [](R& r) { r.M = 2; }},
+    {"N24",       {{4, 11, 5, 24}},          [](R& r) { r.N = 24; }},
+    {"Nt1025",    {{4, 16, 11, 1024}},       [](R& r) { r.Nt = 1025, r.FrameWeek = r.RefWeek = 2441, r.FrameTime = r.RefTime = 259200; }},
+    {"Ft8",       {{4, 30, 4, 8}},           [](R& r) { r.Ft = 8; }},
+    {"Ft15",      {{4, 30, 4, 15}},          [](R& r) { r.Ft = 15; }},
+    {"P4",        {{4, 34, 1, 1}},           [](R& r) { r.P4 = 1; }},
+    {"En",        {{4, 49, 5, 17}},          [](R& r) { r.En = 17; }},
+    {"DeltaTauN", {{4, 54, 5, 0x19}},        [](R& r) { r.DeltaTauN = -9 * 0x1p-30; }},
+    {"TauN",      {{4, 59, 22, 0x300001}},   [](R& r) { r.TauN = -1048577 * 0x1p-30; }},
+    {"TauGps",    {{5, 10, 22, 0x300001}},   [](R& r) { r.TauGps = -1048577 * 0x1p-30; }},
+    {"N4in2088",  {{5, 32, 5, 16}},          [](R& r) { r.N4 = 24, r.FrameWeek = r.RefWeek = 5634, r.FrameTime = r.RefTime = 345600; }},
+    {"TauC",      {{5, 38, 32, 0xC0000001}}, [](R& r) { r.TauC = -1073741825 * 0x1p-31; }},
+    {"ReadPast",  {{1, 1, 8, ~0U}, {2, 1, 8, ~0U}, {3, 1, 8, ~0U}, {4, 1, 8, ~0U}, {5, 1, 9, ~0U}, {1, 79, 7, ~0U},
+                   {2, 65, 5, ~0U}, {2, 81, 5, ~0U}, {3, 68, 1, 1}, {3, 81, 5, ~0U}, {4, 27, 3, ~0U}, {4, 35, 14, ~0U},
+                   {4, 81, 5, ~0U}, {5, 37, 1, 1}, {5, 70, 16, ~0U}, {1, -10, 11, ~0U}, {5, -10, 11, ~0U}}, [](R&) {}},
+};
+// clang-format on
+
+TEST_ROWS(GlonassField, ChangesNothingElse, kFields, row) {
+  R expected = NewYearRecord();
+  row.expect(expected);
+  GlonassStrings strings = NewYear();
+  for (const S_Piece& p : row.pieces) strings.Set(p.string, p.first, p.count, p.sent);
   D decoder(nullptr);  // GLONASS sends whole dates: no seed is needed
   R record;
   std::memset(&record, 0x5A, sizeof record);
-  EXPECT_EQ(Decode65(decoder, HandWorked().Data(5, 9), record), eResultOk);
-  const R expected = HandWorkedRecord();
-  EXPECT_EQ(std::memcmp(&record, &expected, sizeof record), 0);
-  EXPECT_EQ(decoder.GetGlonassSvChannelId(5), 1);
-}
-
-TEST(Glonass, BitsThatAreReadPastChangeNothing) {
-  GlonassStrings strings = HandWorked();
-  constexpr int kReserved[][3] = {{1, 79, 2},  {2, 65, 5}, {3, 68, 1}, {4, 27, 3},
-                                  {4, 35, 14}, {5, 9, 1},  {5, 37, 1}, {5, 70, 11}};
-  for (const auto& [string, first, count] : kReserved) strings.Set(string, first, count, 0xFFFFFFFF);
-  for (int string = 1; string <= 5; ++string) {
-    strings.Set(string, 1, 8, 0xFF);
-    strings.Set(string, 81, 5, 0x1F);
-    strings.Set(string, -10, 11, 0x7FF);  // below bit 1
-  }
-  D decoder(nullptr);
-  R record;
   EXPECT_EQ(Decode65(decoder, strings.Data(5, 9), record), eResultOk);
-  const R expected = HandWorkedRecord();
   EXPECT_EQ(std::memcmp(&record, &expected, sizeof record), 0);
 }
 
@@ -171,7 +169,7 @@ TEST(Glonass, SlotsAndChannels) {
       ASSERT_TRUE(decoder.SetGlonassSvChannelId(7, 3));
       R record;
       const bool accepted = slot >= 1 && slot <= 24 && (channelByte == 136 || (channelByte >= 1 && channelByte <= 14));
-      ASSERT_EQ(Decode65(decoder, HandWorked().Data(slot, channelByte), record),
+      ASSERT_EQ(Decode65(decoder, NewYear().Data(slot, channelByte), record),
                 accepted ? eResultOk : eResultWrongMessage)
           << slot << " " << channelByte;
       const auto channel = static_cast<signed char>(channelByte - 8);

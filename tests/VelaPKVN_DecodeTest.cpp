@@ -133,30 +133,17 @@ std::string LineOf(const S_PKvnARN& r) {
 // The same for union and kept records, which name their members alike.
 template <class Records>
 std::string LineOf(eMessageTypes type, const Records& data) {
-  switch (type) {
-    case ePkvnATTSTAT:
-      return LineOf(data.attStat);
-    case ePkvnGBS:
-      return LineOf(data.gbs);
-    case ePkvnHPR:
-      return LineOf(data.hpr);
-    case ePkvnBLV:
-      return LineOf(data.blv);
-    case ePkvnFVI:
-      return LineOf(data.fvi);
-    case ePkvnRTKSTAT:
-      return LineOf(data.rtkStat);
-    case ePkvnVCT:
-      return LineOf(data.vct);
-    case ePkvnINTLT:
-      return LineOf(data.intlt);
-    case ePkvnTEMPERATURE:
-      return LineOf(data.temperature);
-    case ePkvnARN_ROUTER:
-      return LineOf(data.arn);
-    default:
-      return "none";
-  }
+  if (type == ePkvnATTSTAT) return LineOf(data.attStat);
+  if (type == ePkvnGBS) return LineOf(data.gbs);
+  if (type == ePkvnHPR) return LineOf(data.hpr);
+  if (type == ePkvnBLV) return LineOf(data.blv);
+  if (type == ePkvnFVI) return LineOf(data.fvi);
+  if (type == ePkvnRTKSTAT) return LineOf(data.rtkStat);
+  if (type == ePkvnVCT) return LineOf(data.vct);
+  if (type == ePkvnINTLT) return LineOf(data.intlt);
+  if (type == ePkvnTEMPERATURE) return LineOf(data.temperature);
+  if (type == ePkvnARN_ROUTER) return LineOf(data.arn);
+  return "none";
 }
 
 struct S_Decoded {
@@ -436,6 +423,27 @@ TEST(PkvnDirect, SentencesOf2048CharactersHaveNoFields) {
               0U)
         << "a NUL ends the text";
   }
+}
+
+// A record is set empty up to its last element and no further: what is after an array is still zero, what is after the
+// record still the caller's.
+TEST(PkvnDirect, EmptiesTheRecordAndNothingElse) {
+  C_VelaPKVN_Decode decoder;
+  std::string other = kHpr;
+  auto* const frame = reinterpret_cast<unsigned char*>(other.data());
+  const auto length = static_cast<unsigned short>(other.size());
+  struct {
+    S_PKvnRtkStat record;
+    char after[kRestFieldSize];
+  } guarded;
+  std::memset(&guarded, 0xA5, sizeof guarded);
+  EXPECT_EQ(decoder.Decode_RtkStat(frame, length, guarded.record), 11U);
+  EXPECT_EQ(std::string(guarded.after, sizeof guarded.after), std::string(sizeof guarded.after, '\xA5'));
+  S_PKvnFvi fvi;
+  std::memset(&fvi, 0xA5, sizeof fvi);
+  EXPECT_EQ(decoder.Decode_FVI(frame, length, fvi), 11U);
+  EXPECT_EQ(std::string(fvi.text22, sizeof fvi.text22), std::string(sizeof fvi.text22, '\0'));
+  EXPECT_EQ(fvi.field3to21[18], NA_DOUBLE);
 }
 
 // ---- names and digits

@@ -1,9 +1,14 @@
-// A set of characters. Internal.
+// A set of characters, built by the compiler. Internal.
+//
+// One table look-up per character, with the whole range of a byte: a high byte is simply not a member, whatever the
+// sign of `char`.
 #ifndef VELAGNSS_TEXTPROTO_CHAR_SET_H
 #define VELAGNSS_TEXTPROTO_CHAR_SET_H
 
 #include <array>
 #include <string_view>
+
+namespace velagnss::textproto {
 
 class C_CharSet {
  public:
@@ -16,5 +21,7 @@ class C_CharSet {
  private:
   std::array<bool, 256> m_contains{};
 };
+
+}  // namespace velagnss::textproto
 
 #endif  // VELAGNSS_TEXTPROTO_CHAR_SET_H

@@ -1,6 +1,11 @@
+// No decoder uses this class; its oddities (a field that fills the buffer gets no NUL, a text as long as the capacity
+// is dropped) are its promised behavior.
 #include "textproto/FieldTokenizer.h"
 
 #include <cstring>
+
+using velagnss::textproto::C_CharSet;
+using velagnss::textproto::C_FieldWalk;
 
 C_FieldTokenizer::C_FieldTokenizer(unsigned int capacity, unsigned char enabled)
     : mb_Enabled(enabled != 0), mu_Capacity(capacity), m_walk({}, m_delimiters) {

@@ -1,6 +1,9 @@
-// Splits a text sentence into its fields. Every text decoder owns one tokenizer; this header is internal.
+// Splits a text into fields, for any set of delimiters. Internal.
 //
-// Fields are what stands between delimiters: "A,,B" has the fields "A", "" and "B"; ",A" has "" and "A"; "A," has "A"
+// It is kept for host code that uses it; the decoders do not: they split sentences with textproto/SentenceFields.h, and
+// a test holds that to the same fields.
+//
+// Fields are the texts between delimiters: "A,,B" has the fields "A", "" and "B"; ",A" has "" and "A"; "A," has "A"
 // and ""; an empty text has none. With the delimiters ",*" the checksum of a sentence is its last field.
 #ifndef VELAGNSS_TEXTPROTO_FIELD_TOKENIZER_H
 #define VELAGNSS_TEXTPROTO_FIELD_TOKENIZER_H
@@ -10,6 +13,9 @@
 #include <string_view>
 
 #include "textproto/CharSet.h"
+#include "textproto/SentenceFields.h"
+
+namespace velagnss::textproto {
 
 // Walks over the fields of a text, in order, as views into it. The text and the set must outlive the walk.
 class C_FieldWalk {
@@ -36,12 +42,15 @@ constexpr bool C_FieldWalk::Next(std::string_view& field) {
   return true;
 }
 
+}  // namespace velagnss::textproto
+
 // Owns a copy of one text and hands out copies of its fields.
 class C_FieldTokenizer {
  public:
   static constexpr unsigned int kMaxDelimiters = 55;
-  static constexpr unsigned int kMaxCountedField = 511;  // a longer field ends the count of fields
-  static constexpr unsigned int kMaxFields = 65535;      // handed out between two rewinds
+  static constexpr unsigned int kMaxCountedField =
+      velagnss::textproto::kMaxCountedField;         // a longer one ends the count
+  static constexpr unsigned int kMaxFields = 65535;  // handed out between two rewinds
 
   // An empty tokenizer for texts shorter than `capacity` characters. With `enabled` 0 fields are not counted.
   C_FieldTokenizer(unsigned int capacity, unsigned char enabled);
@@ -62,17 +71,17 @@ class C_FieldTokenizer {
   // The same for a text given by its length; a NUL inside ends it earlier. Nothing is read past the length.
   void SetText(const char* text, std::size_t length);
 
-  // Sets the delimiters, at most 55; more of them, or an empty string, is no delimiter at all, as null is. Where
+  // Sets the delimiters, at most 55; more of them, an empty string, and null all mean none. Where
   // fields are counted this starts again at the first field.
   void SetDelimiters(const char* delimiters);
 
   // Number of fields; -1 unless counting is enabled and both text and delimiters have been set. A field of more than
-  // 511 characters is not counted, nor is any behind it.
+  // 511 characters is not counted, nor is any after it.
   int GetFieldCount() const;
 
   // Copies the next field to `out`, fills the rest of its `outSize` bytes with zeros, and returns 1. Returns 0 when no
-  // field is left, when the field is longer than `outSize` (it is passed over; `out` is all zeros in both cases), and
-  // behind 65,535 fields. A field of exactly `outSize` characters is delivered without a NUL behind it. Null: 0.
+  // field is left, when the field is longer than `outSize` (it is skipped; `out` is all zeros in both cases), and after
+  // 65,535 fields. A field of exactly `outSize` characters is delivered without a NUL after it. Null: 0.
   unsigned char GetNextField(char* out, unsigned int outSize);
 
   // 1 if `c` is one of the delimiters, else 0.
@@ -91,8 +100,8 @@ class C_FieldTokenizer {
   unsigned int mu_TextLength = 0;
   unsigned int mu_Capacity;
   unsigned short mu16_FieldIndex = 0;  // fields handed out since the last rewind
-  C_CharSet m_delimiters;
-  C_FieldWalk m_walk;
+  velagnss::textproto::C_CharSet m_delimiters;
+  velagnss::textproto::C_FieldWalk m_walk;
 };
 
 #endif  // VELAGNSS_TEXTPROTO_FIELD_TOKENIZER_H

@@ -1,59 +1,68 @@
+// The public operations: checks on the way in, the tables of NmeaSentences.cpp do the rest.
 #include "textproto/NMEA_EncodeDecode.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string_view>
 
-#include "framing/ByteScan.h"
+#include "framing/XorSum.h"
 #include "records/ResultCodes.h"
-#include "textproto/FieldParsers.h"
+#include "textproto/FieldValues.h"
 #include "textproto/NmeaSentences.h"
-#include "textproto/NumberText.h"
+#include "textproto/SentenceChecksum.h"
+#include "textproto/SentenceText.h"
+
+using namespace velagnss::textproto;
 
 namespace {
 
-constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+static_assert(sizeof(U_EcdDcdData) == 104);  // hosts of other languages lay it out by hand
 
-static_assert(sizeof(U_EcdDcdData) == 104);
+constexpr unsigned short kMinLength = 8;
+constexpr unsigned short kMaxLength = 1024;
 
 template <class Record>
-const Record& As(const void* record) {
-  return *static_cast<const Record*>(record);
+unsigned int DecodeSentence(const S_NmeaSentence<Record>& rules, const unsigned char* sentence, unsigned short length,
+                            Record& record) {
+  SetEmpty(rules, record);
+  if (sentence == nullptr) return eResultNull;
+  if (length > kMaxLength) return eResultTooLong;
+  if (length < kMinLength) return eResultBadField;
+  const std::string_view text = TextOf(sentence, length);
+  return DecodeFields(rules, t_NmeaFields(text), TypeOf(text), record);
 }
 
-unsigned char XorOf(std::string_view bytes) {
-  return UTIL::XorOf(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()));
+// Writes all but the checksum to the buffer; after a failure the fields before the failing one are there.
+template <class Record>
+[[nodiscard]] unsigned int WriteFields(const S_NmeaSentence<Record>& rules, const Record& record, char* buffer) {
+  buffer[0] = '\0';
+  if (record.talker[0] == '\0' || record.talker[1] == '\0') return eResultOutOfRange;
+  C_SentenceText sentence(buffer);
+  sentence.AppendUnchecked("$");
+  sentence.AppendUnchecked({record.talker, sizeof record.talker});
+  sentence.AppendUnchecked(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[rules.type]);
+  for (const S_FieldRule<Record>& rule : rules.rules) {
+    const unsigned int result = rule.kind.write(sentence, record);
+    if (result != eResultOk) return result;
+  }
+  return eResultOk;
 }
 
 // A sentence of the record in the buffer, checksum and CR LF included.
 template <class Record>
-unsigned int EncodeSentence(const C_NMEA_EncodeDecode& nmea, const S_SentenceRules<Record>& rules, const Record& record,
+unsigned int EncodeSentence(const C_NMEA_EncodeDecode& nmea, const S_NmeaSentence<Record>& rules, const Record& record,
                             char* buffer, unsigned short& length) {
   const unsigned int result = WriteFields(rules, record, buffer);
   return result == eResultOk ? nmea.MsgAdd_ChecksumCrLf(buffer, length) : result;
 }
 
+// Without its type the record of a sentence is only known by its table.
+template <class Record>
+const Record& RecordAt(const void* record, const S_NmeaSentence<Record>&) {
+  return *static_cast<const Record*>(record);
+}
+
 }  // namespace
-
-std::array<char, 3> ChecksumText(std::string_view text) {
-  const unsigned char sum = XorOf(text.substr(1));
-  return {'*', kHexDigits[sum >> 4], kHexDigits[sum & 15]};
-}
-
-std::size_t FindCheckedStar(std::string_view sentence) {
-  constexpr std::size_t kMinLength = 8;
-  constexpr std::size_t kMinStar = 6;
-  constexpr std::size_t kDigits = 2;
-  if (sentence.size() < kMinLength) return std::string_view::npos;
-  const std::size_t star = sentence.rfind('*');
-  if (star == std::string_view::npos || star < kMinStar || star + kDigits >= sentence.size())
-    return std::string_view::npos;
-  const unsigned int sum = XorOf(sentence.substr(1, star - 1));
-  if (sentence[star + 1] == kHexDigits[sum >> 4] && sentence[star + 2] == kHexDigits[sum & 15]) return star;
-  unsigned int expected = 0;  // digits in lower case, or a shorter number
-  const bool isNumber = NumberText::ScanHex32(sentence.substr(star + 1, kDigits), expected) != 0;
-  return isNumber && expected == sum ? star : std::string_view::npos;
-}
 
 C_NMEA_EncodeDecode::C_NMEA_EncodeDecode() { Reset(); }
 
@@ -79,30 +88,11 @@ unsigned int C_NMEA_EncodeDecode::Decode(unsigned char* sentence, unsigned short
 
 unsigned int C_NMEA_EncodeDecode::DecodeChecked(unsigned char* sentence, unsigned short length,
                                                 C_RawDataMessage::eNMEA0183Messages type, U_EcdDcdData& data) {
-  constexpr unsigned short kMinLength = 8;
   if (sentence == nullptr) return eResultNull;
   if (length < kMinLength) return eResultTooLong;
   if (!ValidateNmeaCheckSum(sentence, length)) return eResultChecksum;
-  switch (type) {
-    case C_RawDataMessage::eNmeaGGA:
-      return Decode_GGA(sentence, length, data.gga);
-    case C_RawDataMessage::eNmeaGLL:
-      return Decode_GLL(sentence, length, data.gll);
-    case C_RawDataMessage::eNmeaGNS:
-      return Decode_GNS(sentence, length, data.gns);
-    case C_RawDataMessage::eNmeaGSA:
-      return Decode_GSA(sentence, length, data.gsa);
-    case C_RawDataMessage::eNmeaGSV:
-      return Decode_GSV(sentence, length, data.gsv);
-    case C_RawDataMessage::eNmeaRMC:
-      return Decode_RMC(sentence, length, data.rmc);
-    case C_RawDataMessage::eNmeaVTG:
-      return Decode_VTG(sentence, length, data.vtg);
-    case C_RawDataMessage::eNmeaZDA:
-      return Decode_ZDA(sentence, length, data.zda);
-    default:
-      return eResultUnknownMessage;
-  }
+  return VisitSentence(
+      type, [&](const auto& rules, auto member) { return DecodeSentence(rules, sentence, length, data.*member); });
 }
 
 unsigned int C_NMEA_EncodeDecode::Encode(const void* record, C_RawDataMessage::eNMEA0183Messages type,
@@ -117,32 +107,15 @@ unsigned int C_NMEA_EncodeDecode::Encode(const void* record, C_RawDataMessage::e
 
 unsigned int C_NMEA_EncodeDecode::EncodeAny(const void* record, C_RawDataMessage::eNMEA0183Messages type,
                                             unsigned short& length) {
-  switch (type) {
-    case C_RawDataMessage::eNmeaGGA:
-      return Encode_GGA(As<S_GGA_Data>(record), length);
-    case C_RawDataMessage::eNmeaGLL:
-      return Encode_GLL(As<S_GLL_Data>(record), length);
-    case C_RawDataMessage::eNmeaGNS:
-      return Encode_GNS(As<S_GNS_Data>(record), length);
-    case C_RawDataMessage::eNmeaGSA:
-      return Encode_GSA(As<S_GSA_Data>(record), length);
-    case C_RawDataMessage::eNmeaGSV:
-      return Encode_GSV(As<S_GSV_Data>(record), length);
-    case C_RawDataMessage::eNmeaRMC:
-      return Encode_RMC(As<S_RMC_Data>(record), length);
-    case C_RawDataMessage::eNmeaVTG:
-      return Encode_VTG(As<S_VTG_Data>(record), length);
-    case C_RawDataMessage::eNmeaZDA:
-      return Encode_ZDA(As<S_ZDA_Data>(record), length);
-    default:
-      return eResultUnknownMessage;
-  }
+  return VisitSentence(type, [&](const auto& rules, auto) {
+    return EncodeSentence(*this, rules, RecordAt(record, rules), m_workBuffer, length);
+  });
 }
 
 unsigned char C_NMEA_EncodeDecode::GetNmeaCheckSum(const unsigned char* bytes, unsigned short start,
                                                    unsigned short count) {
   if (bytes == nullptr) return 0;
-  return UTIL::XorOf(bytes + start, std::max<unsigned int>(count, 1));
+  return velagnss::framing::XorOf(bytes + start, std::max<unsigned int>(count, 1));
 }
 
 bool C_NMEA_EncodeDecode::ValidateNmeaCheckSum(unsigned char* sentence, unsigned short length) {
@@ -151,64 +124,65 @@ bool C_NMEA_EncodeDecode::ValidateNmeaCheckSum(unsigned char* sentence, unsigned
 }
 
 bool C_NMEA_EncodeDecode::GetNmeaLatLonFromString(const unsigned char* field, double& value) {
-  return UTIL::ParseDegreesMinutes(reinterpret_cast<const char*>(field), value);
+  value = 0.0;
+  return field != nullptr && ParseDegreesMinutes(reinterpret_cast<const char*>(field), value);
 }
 
 unsigned int C_NMEA_EncodeDecode::Decode_GGA(unsigned char* sentence, unsigned short length, S_GGA_Data& record) {
-  return DecodeSentence(kGgaRules, sentence, length, record);
+  return DecodeSentence(kGga, sentence, length, record);
 }
 unsigned int C_NMEA_EncodeDecode::Decode_GNS(unsigned char* sentence, unsigned short length, S_GNS_Data& record) {
-  return DecodeSentence(kGnsRules, sentence, length, record);
+  return DecodeSentence(kGns, sentence, length, record);
 }
 unsigned int C_NMEA_EncodeDecode::Decode_ZDA(unsigned char* sentence, unsigned short length, S_ZDA_Data& record) {
-  return DecodeSentence(kZdaRules, sentence, length, record);
+  return DecodeSentence(kZda, sentence, length, record);
 }
 unsigned int C_NMEA_EncodeDecode::Decode_GLL(unsigned char* sentence, unsigned short length, S_GLL_Data& record) {
-  return DecodeSentence(kGllRules, sentence, length, record);
+  return DecodeSentence(kGll, sentence, length, record);
 }
 unsigned int C_NMEA_EncodeDecode::Decode_GSV(unsigned char* sentence, unsigned short length, S_GSV_Data& record) {
-  return DecodeSentence(kGsvRules, sentence, length, record);
+  return DecodeSentence(kGsv, sentence, length, record);
 }
 unsigned int C_NMEA_EncodeDecode::Decode_GSA(unsigned char* sentence, unsigned short length, S_GSA_Data& record) {
-  return DecodeSentence(kGsaRules, sentence, length, record);
+  return DecodeSentence(kGsa, sentence, length, record);
 }
 unsigned int C_NMEA_EncodeDecode::Decode_RMC(unsigned char* sentence, unsigned short length, S_RMC_Data& record) {
-  return DecodeSentence(kRmcRules, sentence, length, record);
+  return DecodeSentence(kRmc, sentence, length, record);
 }
 unsigned int C_NMEA_EncodeDecode::Decode_VTG(unsigned char* sentence, unsigned short length, S_VTG_Data& record) {
-  return DecodeSentence(kVtgRules, sentence, length, record);
+  return DecodeSentence(kVtg, sentence, length, record);
 }
 
 unsigned int C_NMEA_EncodeDecode::Encode_GGA(const S_GGA_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGgaRules, record, m_workBuffer, length);
+  return EncodeSentence(*this, kGga, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_GNS(const S_GNS_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGnsRules, record, m_workBuffer, length);
+  return EncodeSentence(*this, kGns, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_ZDA(const S_ZDA_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kZdaRules, record, m_workBuffer, length);
+  return EncodeSentence(*this, kZda, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_GLL(const S_GLL_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGllRules, record, m_workBuffer, length);
+  return EncodeSentence(*this, kGll, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_GSV(const S_GSV_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGsvRules, record, m_workBuffer, length);
+  return EncodeSentence(*this, kGsv, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_GSA(const S_GSA_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGsaRules, record, m_workBuffer, length);
+  return EncodeSentence(*this, kGsa, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_RMC(const S_RMC_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kRmcRules, record, m_workBuffer, length);
+  return EncodeSentence(*this, kRmc, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_VTG(const S_VTG_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kVtgRules, record, m_workBuffer, length);
+  return EncodeSentence(*this, kVtg, record, m_workBuffer, length);
 }
 
-void C_NMEA_EncodeDecode::Reset_GGA(S_GGA_Data& record) { ResetRecord(kGgaRules, record); }
-void C_NMEA_EncodeDecode::Reset_GNS(S_GNS_Data& record) { ResetRecord(kGnsRules, record); }
-void C_NMEA_EncodeDecode::Reset_ZDA(S_ZDA_Data& record) { ResetRecord(kZdaRules, record); }
-void C_NMEA_EncodeDecode::Reset_GLL(S_GLL_Data& record) { ResetRecord(kGllRules, record); }
-void C_NMEA_EncodeDecode::Reset_GSV(S_GSV_Data& record) { ResetRecord(kGsvRules, record); }
-void C_NMEA_EncodeDecode::Reset_GSA(S_GSA_Data& record) { ResetRecord(kGsaRules, record); }
-void C_NMEA_EncodeDecode::Reset_RMC(S_RMC_Data& record) { ResetRecord(kRmcRules, record); }
-void C_NMEA_EncodeDecode::Reset_VTG(S_VTG_Data& record) { ResetRecord(kVtgRules, record); }
+void C_NMEA_EncodeDecode::Reset_GGA(S_GGA_Data& record) { SetEmpty(kGga, record); }
+void C_NMEA_EncodeDecode::Reset_GNS(S_GNS_Data& record) { SetEmpty(kGns, record); }
+void C_NMEA_EncodeDecode::Reset_ZDA(S_ZDA_Data& record) { SetEmpty(kZda, record); }
+void C_NMEA_EncodeDecode::Reset_GLL(S_GLL_Data& record) { SetEmpty(kGll, record); }
+void C_NMEA_EncodeDecode::Reset_GSV(S_GSV_Data& record) { SetEmpty(kGsv, record); }
+void C_NMEA_EncodeDecode::Reset_GSA(S_GSA_Data& record) { SetEmpty(kGsa, record); }
+void C_NMEA_EncodeDecode::Reset_RMC(S_RMC_Data& record) { SetEmpty(kRmc, record); }
+void C_NMEA_EncodeDecode::Reset_VTG(S_VTG_Data& record) { SetEmpty(kVtg, record); }

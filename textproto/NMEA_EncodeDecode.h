@@ -5,7 +5,7 @@
 //
 //   $GPGLL,3723.2475,N,12158.3416,W,161229.487,A,A*41
 //
-// Take a sentence from `C_FrameRecognizer`, which also tells its type, and call `Decode`:
+// Take a sentence from `C_FrameRecognizer`, which also gives its type, and call `Decode`:
 //
 //   C_NMEA_EncodeDecode nmea;
 //   C_NMEA_EncodeDecode::U_EcdDcdData data;
@@ -72,12 +72,12 @@ class VELAGNSS_API C_NMEA_EncodeDecode {
   //   4  checksum absent or wrong
   //   5  a type other than GGA, GLL, GNS, GSA, GSV, RMC, VTG, ZDA
   //   8  more than 6 mode letters in GNS
-  //   11 too few fields, or one that is no such value: the record holds what stood before it, markers elsewhere
+  //   11 too few fields, or a field that is not a valid value: the record holds what came before it, markers elsewhere
   //   20 length below 8 or above 1024 (a sentence of exactly 1024 bytes is not read either: 11)
   //
   // A field of more than 64 characters ends the decoding there with result 0 (with 2 if it is the first).
   //
-  // Two rules of long standing are kept. In RMC an empty variation direction makes the longitude not available, and the
+  // Two known oddities are kept. In RMC an empty variation direction makes the longitude not available, and the
   // direction is stored as 0 or 1, not as its letter. GSV satellites are read by position alone: with fewer than four
   // of them the signal id or the checksum is read as the next satellite. `MakeDecodable` avoids both.
   unsigned int Decode(unsigned char* sentence, unsigned short length, C_RawDataMessage::eNMEA0183Messages type,
@@ -154,24 +154,24 @@ class VELAGNSS_API C_NMEA_EncodeDecode {
   // XOR of bytes[start] to bytes[start + count - 1]; a count of 0 reads one byte all the same. Null: 0.
   static unsigned char GetNmeaCheckSum(const unsigned char* bytes, unsigned short start, unsigned short count);
 
-  // True if the last "*" stands at index 6 or later, two characters follow it, they read as a hexadecimal number
+  // True if the last "*" is at index 6 or later, two characters follow it, they read as a hexadecimal number
   // (either case) and this is the XOR of the bytes from index 1 up to the "*". False for null and for lengths below 8.
   static bool ValidateNmeaCheckSum(unsigned char* sentence, unsigned short length);
 
-  // (d)ddmm.mmmm in degrees. The last two digits before the first "." and all behind them are minutes; the "." must
-  // stand at index 3 or later. An empty field is NA_DOUBLE. False, with 0.0, for null, for fields of 1 to 5 characters
-  // and for what is no number. The sign is a matter of the letter field behind.
+  // (d)ddmm.mmmm in degrees. The last two digits before the first "." and everything after them are minutes; the "."
+  // must be at index 3 or later. An empty field is NA_DOUBLE. False, with 0.0, for null, for fields of 1 to 5
+  // characters and for anything that is not a number. The sign is given by the letter field after it.
   static bool GetNmeaLatLonFromString(const unsigned char* field, double& value);
 
   // --- One-character fields ---
 
-  // Letter of a value; NUL stands for an empty field. A value beyond its enumeration is written as not valid.
+  // Letter of a value; NUL means an empty field. A value beyond its enumeration is written as not valid.
   static char GetModIndicatorChar(eNmeaModeIndicator mode);
   static char GetNavStatusChar(eNmeaNavStatus status);
   static char GetSysStatusChar_GLL(eNmeaGllStatus status);
   static char GetSysStatusChar_RMC(eNmeaRmcStatus status);
 
-  // Value of a letter; NUL stands for an empty field. An unknown letter is not valid.
+  // Value of a letter; NUL means an empty field. An unknown letter is not valid.
   static eNmeaModeIndicator GetModIndicatorEnum(char letter);
   static eNmeaNavStatus GetNavStatusEnum(char letter);
   static eNmeaGllStatus GetSysStatusEnum_GLL(char letter);
@@ -221,7 +221,7 @@ class VELAGNSS_API C_NMEA_EncodeDecode {
   static unsigned int MsgAdd_TimeOfDay(char* msg, double notAvailable, const double& secondsOfDay, bool leadingComma);
 
   // Degrees as two fields, (d)ddmm.mmmm and letter; the format is that of the minutes. 8 unless within +-90, for the
-  // longitude +-180. With `directionAfter` clear the letter comes first and no comma behind it ("N4807.03800000").
+  // longitude +-180. With `directionAfter` clear the letter comes first, without a comma after it ("N4807.03800000").
   static unsigned int MsgAdd_LatDegMin(char* msg, const char* minutesFormat, double notAvailable, const double& degrees,
                                        bool directionAfter, bool leadingComma);
   static unsigned int MsgAdd_LonDegMin(char* msg, const char* minutesFormat, double notAvailable, const double& degrees,

@@ -2,15 +2,15 @@
 //
 // A value that a sentence leaves empty holds its marker: NA_DOUBLE, 255 (8 bits), 65535 (16 bits), the "Empty"
 // enumerator, or what the member's comment says (see geo/NotAvailable.h). `C_NMEA_EncodeDecode::Reset_GGA` and its
-// sisters set a whole record so. `talker` is not NUL-terminated: "GP", "GL", "GA", "GB", "GN" and others; NULs after a
-// reset. Times are seconds of the UTC day, positions degrees (north and east positive), speeds and courses as named.
-// Nothing checks ranges while decoding: a sentence that says 99 hours is stored as such.
+// the operations like it set a whole record to its markers. `talker` is not NUL-terminated: "GP", "GL", "GA", "GB",
+// "GN" and others; NULs after a reset. Times are seconds of the UTC day, positions degrees (north and east positive),
+// speeds and courses as named. Nothing checks ranges while decoding: a sentence that says 99 hours is stored as such.
 #ifndef VELAGNSS_TEXTPROTO_NMEA_RECORDS_H
 #define VELAGNSS_TEXTPROTO_NMEA_RECORDS_H
 
 #include "geo/GnssEnums.h"
 
-// How a position was found; the letter of NMEA 0183 behind each.
+// How a position was found; each with its letter of NMEA 0183.
 enum eNmeaModeIndicator : unsigned int {
   eNmeaModeNotValid = 0,  // N, and every letter that is not known
   eNmeaModeAutonomous,    // A
@@ -56,6 +56,10 @@ enum eNmeaRmcStatus : unsigned int {
   eNmeaRmcEmpty,         // an empty field
 };
 
+// The markers of two members whose range needs another marker than their type has.
+inline constexpr unsigned int kNoGgaQuality = 10;  // qualities are 0 to 9
+inline constexpr signed char kNoZoneHours = -64;   // zones are -13 to 13
+
 // GGA: position, fix and its quality.
 //
 //   $GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47
@@ -68,7 +72,7 @@ struct S_GGA_Data {
   double timeOfDay;                 // s of the UTC day
   double latitude;                  // degrees, north positive
   double longitude;                 // degrees, east positive
-  unsigned int quality;             // as sent, 0 (no fix) to 9; 10: empty
+  unsigned int quality;             // as sent, 0 (no fix) to 9; empty: kNoGgaQuality
   unsigned char satellites;         // in use
   double hdop;                      // horizontal dilution of precision
   double altitude;                  // m above mean sea level
@@ -81,7 +85,7 @@ struct S_GGA_Data {
 //
 //   $GNGNS,014035.00,4332.69262,S,17235.48549,E,RR,13,0.9,25.63,11.24,,,V*0A
 //
-// has the modes RTK for GPS and RTK for GLONASS; the other four are empty. The letters stand in the order GPS, GLONASS,
+// has the modes RTK for GPS and RTK for GLONASS; the other four are empty. The letters are in the order GPS, GLONASS,
 // Galileo, BeiDou, QZSS, NavIC (NMEA 0183, 4.11). A sentence of one system alone has one letter or none, and the
 // encoder writes letters for a talker that ends in N only.
 struct S_GNS_Data {
@@ -111,7 +115,7 @@ struct S_ZDA_Data {
   unsigned char month;        // 1 to 12
   unsigned char day;          // 1 to 31
   double timeOfDay;           // s of the UTC day; 86400 and more in a leap second
-  signed char zoneHours;      // local zone, -13 to 13; -64: empty
+  signed char zoneHours;      // local zone, -13 to 13; empty: kNoZoneHours
   unsigned char zoneMinutes;  // of the local zone
 };
 
@@ -154,10 +158,10 @@ struct S_GSV_Data {
 // is a 3D fix, chosen automatically, with five satellites of system 2 (GLONASS). The dilutions are those of the whole
 // solution, the same in the GSA of each system. One system may need several sentences.
 struct S_GSA_Data {
-  char talker[2];                 // "GN" where the system is told by `systemId`
+  char talker[2];                 // "GN" where `systemId` gives the system
   char operationMode;             // 'M' manual, 'A' automatic; 0: empty
   char fixType;                   // '1' no fix, '2' 2D, '3' 3D; 0: empty
-  unsigned char satelliteId[12];  // by NMEA 0183; empty slots may stand anywhere
+  unsigned char satelliteId[12];  // by NMEA 0183; empty slots may be anywhere
   double pdop;                    // position dilution of precision
   double hdop;                    // its horizontal part
   double vdop;                    // its vertical part
@@ -192,7 +196,7 @@ struct S_RMC_Data {
 //
 //   $GPVTG,054.7,T,034.4,M,005.5,N,010.2,K,A*25
 //
-// Both speeds are the same one; a receiver that stands still often leaves the courses empty.
+// Both speeds are the same value in two units; a receiver at rest often leaves the courses empty.
 struct S_VTG_Data {
   char talker[2];           // of the sentence id
   double courseTrue;        // degrees
@@ -202,8 +206,8 @@ struct S_VTG_Data {
   eNmeaModeIndicator mode;  // how they were found
 };
 
-// Any of the eight; which one is told by the sentence type given to `Decode`. Reading another member than that one is
-// reading what was never written.
+// Any of the eight: the one for the sentence type given to `Decode`. No other member may be read, since it was never
+// written.
 union U_EcdDcdData {
   S_GGA_Data gga;  // `C_RawDataMessage::eNmeaGGA`, and so on
   S_GNS_Data gns;  // `eNmeaGNS`

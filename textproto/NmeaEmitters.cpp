@@ -1,11 +1,14 @@
-// The field emitters of the sentence encoder.
+// The field emitters of the sentence encoder. Each composes its field first and appends it whole or not at all, so that
+// a failed emitter leaves the message as it was.
 #include <cmath>
 
 #include "textproto/FieldParsers.h"
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/NumberText.h"
+#include "textproto/SentenceChecksum.h"
 #include "textproto/SentenceText.h"
 
+namespace velagnss::textproto {
 namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
@@ -79,6 +82,10 @@ unsigned int AppendAngle(C_SentenceText& sentence, const S_AngleStyle& style, co
   }
   return sentence.Append(field);
 }
+
+}  // namespace velagnss::textproto
+
+using namespace velagnss::textproto;
 
 unsigned int C_NMEA_EncodeDecode::MsgAdd_CHAR(char* msg, const char* format, char notAvailable, char value,
                                               bool leadingComma) {

@@ -1,4 +1,6 @@
 // Tables of NMEA 0183: sentence ids, one-character fields, systems and signals.
+//
+// The map of systems and signals is exported data: its irregular rows are part of the interface and stay as they are.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -10,7 +12,7 @@ namespace {
 
 using namespace ALGO;
 
-// Letters by value; the NUL behind the last of them is the empty field. A value beyond that is not valid.
+// Letters by value; the NUL after the last of them is the empty field. A value beyond that is not valid.
 constexpr char kModeLetters[] = "NADPRFEMSN";
 constexpr char kNavLetters[] = "SCUVV";
 constexpr char kGllLetters[] = "ADVV";
@@ -41,7 +43,8 @@ constexpr unsigned int kFixTypes[] = {kNoFixType, 0, 3, 3, 5, 6, kNoFixType, 8};
 bool IsOfSystem(const S_NmeaSS2Algo& row, unsigned char nmeaSystem) { return row.nmeaSystem == nmeaSystem; }
 bool IsOfSystem(const S_NmeaSS2Algo& row, eGNSSSystem system) { return row.system == system; }
 
-// First row that `isWanted` accepts in the blocks of a system, which their first rows tell; null when there is none.
+// First row that `isWanted` accepts in the blocks of a system; null when there is none. The first row of a block gives
+// the system of all its rows. BeiDou and QZSS share an id, so that the search goes on in the next block.
 template <class System, class Predicate>
 const S_NmeaSS2Algo* FindRow(System system, Predicate isWanted) {
   for (const auto& block : C_NMEA_EncodeDecode::mpps_NmeaSS2AlgoMap) {
@@ -90,7 +93,7 @@ const S_NmeaSS2Algo C_NMEA_EncodeDecode::mpps_NmeaSS2AlgoMap[6][16] = {
      {5, 2, GNSS_BEIDOU, FREQ_B1,  TRACK_Q},
      {5, 3, GNSS_BEIDOU, FREQ_E5B, TRACK_I},
      {5, 4, GNSS_BEIDOU, FREQ_E5B, TRACK_Q},
-     {6, 5, GNSS_BEIDOU, FREQ_B3,  TRACK_I},   // serves system 5: only the block's first row tells the system
+     {6, 5, GNSS_BEIDOU, FREQ_B3,  TRACK_I},   // serves system 5: only the block's first row decides
      {1, 6, GNSS_BEIDOU, FREQ_B3,  TRACK_Q}},  // the same
 
     {{5, 0, GNSS_QZSS, FREQ_ALL, TRACK_ALL},
@@ -105,7 +108,7 @@ C_RawDataMessage::eNMEA0183Messages C_NMEA_EncodeDecode::GetNmeaPreamble(const c
                                                                          char* talker) {
   if (sentence == nullptr || length < 6 || sentence[0] != '$') return C_RawDataMessage::eNmeaUnknown;
   if (talker != nullptr) std::memcpy(talker, sentence + 1, 2);
-  return SentenceIds::Find(sentence + 3);
+  return velagnss::textproto::SentenceIds::Find(sentence + 3);
 }
 
 char C_NMEA_EncodeDecode::GetModIndicatorChar(eNmeaModeIndicator mode) { return LetterOf(kModeLetters, mode, 'N'); }

@@ -1,37 +1,48 @@
+// One table of rules per sentence, in the order of NMEA 0183, each with a sample. The readers and writers that only one
+// sentence needs are here too; those that several share are in NmeaFieldKinds.h.
 #include "textproto/NmeaSentences.h"
 
+#include <cstdlib>
 #include <iterator>
 
 #include "geo/NotAvailable.h"
-#include "textproto/NmeaFieldRules.h"
+#include "textproto/NmeaCompletion.h"
+#include "textproto/NmeaFieldKinds.h"
 
+namespace velagnss::textproto {
 namespace {
 
-using namespace NmeaFieldRules;
-
-constexpr unsigned int kNoQuality = 10;
-constexpr signed char kNoZone = -64;
+using namespace NmeaFieldKinds;
 
 // --- Fields of one sentence only ---
 
-// GGA: the age has a meaning only beside a reference station.
-constexpr S_FieldRule<S_GGA_Data> DifferentialAge(std::string_view format) {
-  S_FieldRule<S_GGA_Data> result = Number<&S_GGA_Data::differentialAge>(format);
-  result.write = [](C_SentenceText& sentence, const S_FieldRule<S_GGA_Data>& rule, const S_GGA_Data& record) {
-    const bool hasStation = record.referenceStation != 0 && !IsNotAvailable(record.referenceStation);
-    return AppendValue(sentence, rule.format, NA_DOUBLE, hasStation ? record.differentialAge : NA_DOUBLE, true);
-  };
-  return result;
+// GGA: read in 16 bits, kept in 32.
+unsigned int ReadQuality(std::string_view field, unsigned int, S_GGA_Data& record) {
+  unsigned short quality = 0;
+  const bool isRead = ParseFieldU16(field, kNoGgaQuality, quality);
+  record.quality = quality;
+  return ResultOf(isRead);
 }
 
-unsigned int ReadModes(std::string_view field, const S_FieldRule<S_GNS_Data>&, S_GNS_Data& record) {
+unsigned int WriteQuality(C_SentenceText& sentence, const S_GGA_Data& record) {
+  return AppendValue<int>(sentence, kInteger, kNoGgaQuality, static_cast<int>(record.quality), true);
+}
+
+// GGA: the age has a meaning only together with a reference station.
+unsigned int WriteDifferentialAge(C_SentenceText& sentence, const S_GGA_Data& record) {
+  const bool hasStation = record.referenceStation != 0 && !IsNotAvailable(record.referenceStation);
+  return AppendNumber(sentence, kOneDecimal, hasStation ? record.differentialAge : NA_DOUBLE);
+}
+
+// GNS: a letter per system.
+unsigned int ReadModes(std::string_view field, unsigned int, S_GNS_Data& record) {
   if (field.size() > std::size(record.mode)) return eResultOutOfRange;
   for (std::size_t i = 0; i < field.size(); ++i) record.mode[i] = t_Nmea::GetModIndicatorEnum(field[i]);
   return eResultOk;
 }
 
-// GNS: one letter per system, up to the first empty slot. Only the talker of a combined solution ("GN") has them.
-unsigned int WriteModes(C_SentenceText& sentence, const S_FieldRule<S_GNS_Data>&, const S_GNS_Data& record) {
+// Up to the first empty slot. Only the talker of a combined solution ("GN") has modes.
+unsigned int WriteModes(C_SentenceText& sentence, const S_GNS_Data& record) {
   C_FieldText letters;
   for (const eNmeaModeIndicator mode : record.mode) {
     if (mode == eNmeaModeEmpty) break;
@@ -41,8 +52,37 @@ unsigned int WriteModes(C_SentenceText& sentence, const S_FieldRule<S_GNS_Data>&
   return AppendText(sentence, letters.View());
 }
 
-// RMC: kept as a flag, and an empty field takes the longitude away: both of long standing.
-unsigned int ReadVariationDirection(std::string_view field, const S_FieldRule<S_RMC_Data>&, S_RMC_Data& record) {
+// ZDA: hours of the zone have a sign, and a marker that no zone can be.
+unsigned int ReadZoneHours(std::string_view field, unsigned int, S_ZDA_Data& record) {
+  return ResultOf(ParseFieldS8(field, kNoZoneHours, record.zoneHours));
+}
+
+unsigned int WriteZoneHours(C_SentenceText& sentence, const S_ZDA_Data& record) {
+  return AppendValue<int>(sentence, kTwoDigits, kNoZoneHours, record.zoneHours, true);
+}
+
+// GSV: number, elevation, azimuth and signal to noise of one satellite.
+template <unsigned int I>
+unsigned int ReadSatellite(std::string_view field, unsigned int index, S_GSV_Data& record) {
+  if (index == 2) return ResultOf(ReadNumber(field, record.azimuth[I]));
+  auto& values = index == 0 ? record.satelliteId : index == 1 ? record.elevation : record.snr;
+  return ResultOf(ReadNumber(field, values[I]));
+}
+
+// Written whether used or not: fields are read by their position.
+template <unsigned int I>
+unsigned int WriteSatellite(C_SentenceText& sentence, const S_GSV_Data& record) {
+  unsigned int result = AppendNumber(sentence, kTwoDigits, record.satelliteId[I]);
+  if (result == eResultOk) result = AppendNumber(sentence, kTwoDigits, record.elevation[I]);
+  if (result == eResultOk) result = AppendNumber(sentence, kThreeDigits, record.azimuth[I]);
+  return result == eResultOk ? AppendNumber(sentence, kTwoDigits, record.snr[I]) : result;
+}
+
+template <unsigned int I>
+constexpr S_FieldKind<S_GSV_Data> Satellite = {ReadSatellite<I>, WriteSatellite<I>};
+
+// RMC: kept as a flag, and an empty field makes the longitude not available. Both are odd, known and kept.
+unsigned int ReadVariationDirection(std::string_view field, unsigned int, S_RMC_Data& record) {
   if (field.empty()) {
     record.longitude = NA_DOUBLE;
   } else if (field != "E") {
@@ -51,139 +91,121 @@ unsigned int ReadVariationDirection(std::string_view field, const S_FieldRule<S_
   return eResultOk;
 }
 
-unsigned int WriteVariationDirection(C_SentenceText& sentence, const S_FieldRule<S_RMC_Data>&,
-                                     const S_RMC_Data& record) {
+unsigned int WriteVariationDirection(C_SentenceText& sentence, const S_RMC_Data& record) {
   const char letter = static_cast<char>(record.variationDirection);
   const bool isLetter = (letter >= 'A' && letter <= 'Z') || (letter >= 'a' && letter <= 'z');
   return AppendLetter(sentence, isLetter ? letter : '\0');
 }
 
-// --- The sentences ---
+// --- The sentences: first field, number of fields, and what they are ---
 
 // clang-format off
 
 // $GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47
-constexpr S_FieldRule<S_GGA_Data> kGgaFields[] = {
-    Time<&S_GGA_Data::timeOfDay>(),
-    Latitude<&S_GGA_Data::latitude>(),
-    LatitudeLetter<&S_GGA_Data::latitude>(),
-    Longitude<&S_GGA_Data::longitude>(),
-    LongitudeLetter<&S_GGA_Data::longitude>(),
-    Number<&S_GGA_Data::quality, kNoQuality>("%d"),
-    Number<&S_GGA_Data::satellites>("%02d"),
-    Number<&S_GGA_Data::hdop>("%.1lf"),
-    Number<&S_GGA_Data::altitude>("%.3lf"),
-    Unit<S_GGA_Data>("M"),
-    Number<&S_GGA_Data::geoidSeparation>("%.3lf"),
-    Unit<S_GGA_Data>("M"),
-    DifferentialAge("%.1lf"),
-    Number<&S_GGA_Data::referenceStation>("%04d"),
+constexpr S_FieldRule<S_GGA_Data> kGgaRules[] = {
+    {1,  1, Time<&S_GGA_Data::timeOfDay>},
+    {2,  2, Latitude<&S_GGA_Data::latitude>},
+    {4,  2, Longitude<&S_GGA_Data::longitude>},
+    {6,  1, {ReadQuality, WriteQuality}},
+    {7,  1, NumberAs<&S_GGA_Data::satellites, kTwoDigits>},
+    {8,  1, NumberAs<&S_GGA_Data::hdop, kOneDecimal>},
+    {9,  1, NumberAs<&S_GGA_Data::altitude, kThreeDecimals>},
+    {10, 1, Unit<S_GGA_Data, 'M'>},
+    {11, 1, NumberAs<&S_GGA_Data::geoidSeparation, kThreeDecimals>},
+    {12, 1, Unit<S_GGA_Data, 'M'>},
+    {13, 1, {Number<&S_GGA_Data::differentialAge>, WriteDifferentialAge}},
+    {14, 1, NumberAs<&S_GGA_Data::referenceStation, kFourDigits>},
 };
 
 // $GNGNS,014035.00,4332.69262,S,17235.48549,E,RR,13,0.9,25.63,11.24,,,V*0A
-constexpr S_FieldRule<S_GNS_Data> kGnsFields[] = {
-    Time<&S_GNS_Data::timeOfDay>(),
-    Latitude<&S_GNS_Data::latitude>(),
-    LatitudeLetter<&S_GNS_Data::latitude>(),
-    Longitude<&S_GNS_Data::longitude>(),
-    LongitudeLetter<&S_GNS_Data::longitude>(),
-    {ReadModes, WriteModes},
-    Number<&S_GNS_Data::satellites>("%d"),
-    Number<&S_GNS_Data::hdop>("%.1lf"),
-    Number<&S_GNS_Data::altitude>("%.3lf"),
-    Number<&S_GNS_Data::geoidSeparation>("%.3lf"),
-    Number<&S_GNS_Data::differentialAge>("%.1lf"),
-    Number<&S_GNS_Data::referenceStation>("%04d"),
-    OnlyBeyond(14, NavStatus<&S_GNS_Data::navStatus>()),  // without it the checksum is the 14th
+constexpr S_FieldRule<S_GNS_Data> kGnsRules[] = {
+    {1,  1, Time<&S_GNS_Data::timeOfDay>},
+    {2,  2, Latitude<&S_GNS_Data::latitude>},
+    {4,  2, Longitude<&S_GNS_Data::longitude>},
+    {6,  1, {ReadModes, WriteModes}},
+    {7,  1, NumberAs<&S_GNS_Data::satellites, kInteger>},
+    {8,  1, NumberAs<&S_GNS_Data::hdop, kOneDecimal>},
+    {9,  1, NumberAs<&S_GNS_Data::altitude, kThreeDecimals>},
+    {10, 1, NumberAs<&S_GNS_Data::geoidSeparation, kThreeDecimals>},
+    {11, 1, NumberAs<&S_GNS_Data::differentialAge, kOneDecimal>},
+    {12, 1, NumberAs<&S_GNS_Data::referenceStation, kFourDigits>},
+    {13, 1, NavStatus<&S_GNS_Data::navStatus>, 14},  // in a sentence of 14 fields the 14th is the checksum
 };
 
 // $GPZDA,160012.71,11,03,2004,-1,00*7D
-constexpr S_FieldRule<S_ZDA_Data> kZdaFields[] = {
-    Time<&S_ZDA_Data::timeOfDay>(),
-    Number<&S_ZDA_Data::day>("%02d"),
-    Number<&S_ZDA_Data::month>("%02d"),
-    Number<&S_ZDA_Data::year>("%04d"),
-    Number<&S_ZDA_Data::zoneHours, kNoZone>("%02d"),
-    Number<&S_ZDA_Data::zoneMinutes>("%02d"),
+constexpr S_FieldRule<S_ZDA_Data> kZdaRules[] = {
+    {1, 1, Time<&S_ZDA_Data::timeOfDay>},
+    {2, 1, NumberAs<&S_ZDA_Data::day, kTwoDigits>},
+    {3, 1, NumberAs<&S_ZDA_Data::month, kTwoDigits>},
+    {4, 1, NumberAs<&S_ZDA_Data::year, kFourDigits>},
+    {5, 1, {ReadZoneHours, WriteZoneHours}},
+    {6, 1, NumberAs<&S_ZDA_Data::zoneMinutes, kTwoDigits>},
 };
 
 // $GPGLL,3723.2475,N,12158.3416,W,161229.487,A,A*41
-constexpr S_FieldRule<S_GLL_Data> kGllFields[] = {
-    Latitude<&S_GLL_Data::latitude>(),
-    LatitudeLetter<&S_GLL_Data::latitude>(),
-    Longitude<&S_GLL_Data::longitude>(),
-    LongitudeLetter<&S_GLL_Data::longitude>(),
-    Time<&S_GLL_Data::timeOfDay>(),
-    Code<&S_GLL_Data::status, t_Nmea::GetSysStatusEnum_GLL, t_Nmea::GetSysStatusChar_GLL>(),
-    Mode<&S_GLL_Data::mode>(),
+constexpr S_FieldRule<S_GLL_Data> kGllRules[] = {
+    {1, 2, Latitude<&S_GLL_Data::latitude>},
+    {3, 2, Longitude<&S_GLL_Data::longitude>},
+    {5, 1, Time<&S_GLL_Data::timeOfDay>},
+    {6, 1, Code<&S_GLL_Data::status, t_Nmea::GetSysStatusEnum_GLL, t_Nmea::GetSysStatusChar_GLL>},
+    {7, 1, Mode<&S_GLL_Data::mode>},
 };
-
-constexpr auto Satellite(unsigned char i) { return Number<&S_GSV_Data::satelliteId>("%02d", i); }
-constexpr auto Elevation(unsigned char i) { return Number<&S_GSV_Data::elevation>("%02d", i); }
-constexpr auto Azimuth(unsigned char i) { return Number<&S_GSV_Data::azimuth>("%03d", i); }
-constexpr auto Snr(unsigned char i) { return Number<&S_GSV_Data::snr>("%02d", i); }
 
 // $GPGSV,3,1,11,03,03,111,00,04,15,270,00,06,01,010,00,13,06,292,00,1*69
-constexpr S_FieldRule<S_GSV_Data> kGsvFields[] = {
-    Number<&S_GSV_Data::totalSentences>("%d"),
-    Number<&S_GSV_Data::sentenceNumber>("%d"),
-    Number<&S_GSV_Data::satellitesInView>("%02d"),
-    Satellite(0), Elevation(0), Azimuth(0), Snr(0),
-    Satellite(1), Elevation(1), Azimuth(1), Snr(1),
-    Satellite(2), Elevation(2), Azimuth(2), Snr(2),
-    Satellite(3), Elevation(3), Azimuth(3), Snr(3),
-    Number<&S_GSV_Data::signalId>("%d"),
+constexpr S_FieldRule<S_GSV_Data> kGsvRules[] = {
+    {1, 1, NumberAs<&S_GSV_Data::totalSentences, kInteger>},
+    {2, 1, NumberAs<&S_GSV_Data::sentenceNumber, kInteger>},
+    {3, 1, NumberAs<&S_GSV_Data::satellitesInView, kTwoDigits>},
+    {kGsvFirstSatellite, kGsvFieldsPerSatellite, Satellite<0>},
+    {8,  kGsvFieldsPerSatellite, Satellite<1>},
+    {12, kGsvFieldsPerSatellite, Satellite<2>},
+    {16, kGsvFieldsPerSatellite, Satellite<3>},
+    {kGsvSignalId, 1, NumberAs<&S_GSV_Data::signalId, kInteger>},
 };
 
-constexpr auto UsedSatellite(unsigned char i) { return Number<&S_GSA_Data::satelliteId>("%02d", i); }
-
 // $GNGSA,A,3,80,71,73,79,69,,,,,,,,1.83,1.09,1.47,2*09
-constexpr S_FieldRule<S_GSA_Data> kGsaFields[] = {
-    OneOf<&S_GSA_Data::operationMode>("MA"),
-    OneOf<&S_GSA_Data::fixType>("123"),
-    UsedSatellite(0), UsedSatellite(1), UsedSatellite(2),  UsedSatellite(3),
-    UsedSatellite(4), UsedSatellite(5), UsedSatellite(6),  UsedSatellite(7),
-    UsedSatellite(8), UsedSatellite(9), UsedSatellite(10), UsedSatellite(11),
-    Number<&S_GSA_Data::pdop>("%.1lf"),
-    Number<&S_GSA_Data::hdop>("%.1lf"),
-    Number<&S_GSA_Data::vdop>("%.1lf"),
-    Number<&S_GSA_Data::systemId>("%d"),
+constexpr S_FieldRule<S_GSA_Data> kGsaRules[] = {
+    {1,  1,  OneOf<&S_GSA_Data::operationMode, 'M', 'A'>},
+    {2,  1,  OneOf<&S_GSA_Data::fixType, '1', '2', '3'>},
+    {3,  12, NumberAs<&S_GSA_Data::satelliteId, kTwoDigits>},
+    {15, 1,  NumberAs<&S_GSA_Data::pdop, kOneDecimal>},
+    {16, 1,  NumberAs<&S_GSA_Data::hdop, kOneDecimal>},
+    {17, 1,  NumberAs<&S_GSA_Data::vdop, kOneDecimal>},
+    {18, 1,  NumberAs<&S_GSA_Data::systemId, kInteger>},
 };
 
 // $GPRMC,225446.33,A,4916.45,N,12311.12,W,000.5,054.7,191194,020.3,E,A,V*51
-constexpr S_FieldRule<S_RMC_Data> kRmcFields[] = {
-    Time<&S_RMC_Data::timeOfDay>(),
-    Code<&S_RMC_Data::status, t_Nmea::GetSysStatusEnum_RMC, t_Nmea::GetSysStatusChar_RMC>(),
-    Latitude<&S_RMC_Data::latitude>(),
-    LatitudeLetter<&S_RMC_Data::latitude>(),
-    Longitude<&S_RMC_Data::longitude>(),
-    LongitudeLetter<&S_RMC_Data::longitude>(),
-    Number<&S_RMC_Data::speedKnots>("%.3lf"),
-    Number<&S_RMC_Data::courseTrue>("%.2lf"),
-    Date<S_RMC_Data>(),
-    Number<&S_RMC_Data::magneticVariation>("%.2lf"),
-    {ReadVariationDirection, WriteVariationDirection},
-    Mode<&S_RMC_Data::mode>(),
-    NavStatus<&S_RMC_Data::navStatus>(),
+constexpr S_FieldRule<S_RMC_Data> kRmcRules[] = {
+    {1,  1, Time<&S_RMC_Data::timeOfDay>},
+    {2,  1, Code<&S_RMC_Data::status, t_Nmea::GetSysStatusEnum_RMC, t_Nmea::GetSysStatusChar_RMC>},
+    {3,  2, Latitude<&S_RMC_Data::latitude>},
+    {5,  2, Longitude<&S_RMC_Data::longitude>},
+    {7,  1, NumberAs<&S_RMC_Data::speedKnots, kThreeDecimals>},
+    {8,  1, NumberAs<&S_RMC_Data::courseTrue, kTwoDecimals>},
+    {9,  1, Date<S_RMC_Data>},
+    {10, 1, NumberAs<&S_RMC_Data::magneticVariation, kTwoDecimals>},
+    {kRmcVariationDirection, 1, {ReadVariationDirection, WriteVariationDirection}},
+    {12, 1, Mode<&S_RMC_Data::mode>},
+    {13, 1, NavStatus<&S_RMC_Data::navStatus>},
 };
 
 // $GPVTG,054.7,T,034.4,M,005.5,N,010.2,K,A*25
-constexpr S_FieldRule<S_VTG_Data> kVtgFields[] = {
-    Number<&S_VTG_Data::courseTrue>("%.2lf"),
-    Unit<S_VTG_Data>("T"),
-    Number<&S_VTG_Data::courseMagnetic>("%.2lf"),
-    Unit<S_VTG_Data>("M"),
-    Number<&S_VTG_Data::speedKnots>("%.2lf"),
-    Unit<S_VTG_Data>("N"),
-    Number<&S_VTG_Data::speedKmh>("%.2lf"),
-    Unit<S_VTG_Data>("K"),
-    Mode<&S_VTG_Data::mode>(),
+constexpr S_FieldRule<S_VTG_Data> kVtgRules[] = {
+    {1, 1, NumberAs<&S_VTG_Data::courseTrue, kTwoDecimals>},
+    {2, 1, Unit<S_VTG_Data, 'T'>},
+    {3, 1, NumberAs<&S_VTG_Data::courseMagnetic, kTwoDecimals>},
+    {4, 1, Unit<S_VTG_Data, 'M'>},
+    {5, 1, NumberAs<&S_VTG_Data::speedKnots, kTwoDecimals>},
+    {6, 1, Unit<S_VTG_Data, 'N'>},
+    {7, 1, NumberAs<&S_VTG_Data::speedKmh, kTwoDecimals>},
+    {8, 1, Unit<S_VTG_Data, 'K'>},
+    {9, 1, Mode<&S_VTG_Data::mode>},
 };
 
 // --- The records as a reset leaves them ---
 
 constexpr S_GGA_Data kNoGga = {
-    .talker = {}, .timeOfDay = NA_DOUBLE, .latitude = NA_DOUBLE, .longitude = NA_DOUBLE, .quality = kNoQuality,
+    .talker = {}, .timeOfDay = NA_DOUBLE, .latitude = NA_DOUBLE, .longitude = NA_DOUBLE, .quality = kNoGgaQuality,
     .satellites = NA_U8, .hdop = NA_DOUBLE, .altitude = NA_DOUBLE, .geoidSeparation = NA_DOUBLE,
     .differentialAge = NA_DOUBLE, .referenceStation = NA_U16};
 constexpr S_GNS_Data kNoGns = {
@@ -192,7 +214,7 @@ constexpr S_GNS_Data kNoGns = {
     .satellites = NA_U8, .hdop = NA_DOUBLE, .altitude = NA_DOUBLE, .geoidSeparation = NA_DOUBLE,
     .differentialAge = NA_DOUBLE, .referenceStation = NA_U16, .navStatus = eNmeaNavEmpty};
 constexpr S_ZDA_Data kNoZda = {
-    .talker = {}, .year = NA_U16, .month = NA_U8, .day = NA_U8, .timeOfDay = NA_DOUBLE, .zoneHours = kNoZone,
+    .talker = {}, .year = NA_U16, .month = NA_U8, .day = NA_U8, .timeOfDay = NA_DOUBLE, .zoneHours = kNoZoneHours,
     .zoneMinutes = NA_U8};
 constexpr S_GLL_Data kNoGll = {
     .talker = {}, .timeOfDay = NA_DOUBLE, .latitude = NA_DOUBLE, .longitude = NA_DOUBLE, .status = eNmeaGllEmpty,
@@ -213,17 +235,27 @@ constexpr S_VTG_Data kNoVtg = {
     .talker = {}, .courseTrue = NA_DOUBLE, .courseMagnetic = NA_DOUBLE, .speedKnots = NA_DOUBLE,
     .speedKmh = NA_DOUBLE, .mode = eNmeaModeEmpty};
 
+// How many fields a whole sentence has, its name included.
+template <class Record, std::size_t N>
+consteval std::size_t FieldsOf(const S_FieldRule<Record> (&rules)[N]) {
+  const std::size_t end = EndOfFields(std::span<const S_FieldRule<Record>>(rules), 1);
+  if (end == 0) std::abort();  // the compiler stops here: a gap or an overlap in the table
+  return end;
+}
+
 using t_Type = C_RawDataMessage;
 
 }  // namespace
 
-//                                                      type      least fields
-constinit const S_SentenceRules<S_GGA_Data> kGgaRules = {t_Type::eNmeaGGA, 16, kGgaFields, kNoGga};
-constinit const S_SentenceRules<S_GNS_Data> kGnsRules = {t_Type::eNmeaGNS, 14, kGnsFields, kNoGns};
-constinit const S_SentenceRules<S_ZDA_Data> kZdaRules = {t_Type::eNmeaZDA, 8,  kZdaFields, kNoZda};
-constinit const S_SentenceRules<S_GLL_Data> kGllRules = {t_Type::eNmeaGLL, 9,  kGllFields, kNoGll};
-constinit const S_SentenceRules<S_GSV_Data> kGsvRules = {t_Type::eNmeaGSV, 9,  kGsvFields, kNoGsv};
-constinit const S_SentenceRules<S_GSA_Data> kGsaRules = {t_Type::eNmeaGSA, 19, kGsaFields, kNoGsa};
-constinit const S_SentenceRules<S_RMC_Data> kRmcRules = {t_Type::eNmeaRMC, 15, kRmcFields, kNoRmc};
-constinit const S_SentenceRules<S_VTG_Data> kVtgRules = {t_Type::eNmeaVTG, 11, kVtgFields, kNoVtg};
+//                                                least fields                      completion
+constinit const S_NmeaSentence<S_GGA_Data> kGga = {t_Type::eNmeaGGA, 16, kGgaRules, kNoGga, {FieldsOf(kGgaRules), nullptr, nullptr}};
+constinit const S_NmeaSentence<S_GNS_Data> kGns = {t_Type::eNmeaGNS, 14, kGnsRules, kNoGns, {FieldsOf(kGnsRules), nullptr, nullptr}};
+constinit const S_NmeaSentence<S_ZDA_Data> kZda = {t_Type::eNmeaZDA, 8,  kZdaRules, kNoZda, {FieldsOf(kZdaRules), nullptr, nullptr}};
+constinit const S_NmeaSentence<S_GLL_Data> kGll = {t_Type::eNmeaGLL, 9,  kGllRules, kNoGll, {FieldsOf(kGllRules), nullptr, nullptr}};
+constinit const S_NmeaSentence<S_GSV_Data> kGsv = {t_Type::eNmeaGSV, 9,  kGsvRules, kNoGsv, {FieldsOf(kGsvRules), ArrangeGsv, AmendGsv}};
+constinit const S_NmeaSentence<S_GSA_Data> kGsa = {t_Type::eNmeaGSA, 19, kGsaRules, kNoGsa, {FieldsOf(kGsaRules), nullptr, nullptr}};
+constinit const S_NmeaSentence<S_RMC_Data> kRmc = {t_Type::eNmeaRMC, 15, kRmcRules, kNoRmc, {FieldsOf(kRmcRules), nullptr, AmendRmc}};
+constinit const S_NmeaSentence<S_VTG_Data> kVtg = {t_Type::eNmeaVTG, 11, kVtgRules, kNoVtg, {FieldsOf(kVtgRules), ArrangeVtg, nullptr}};
 // clang-format on
+
+}  // namespace velagnss::textproto

@@ -1,3 +1,6 @@
+// Why not the C library or <charconv> alone: scanf and printf follow the locale and are slow, and from_chars reads
+// neither blanks nor a plus sign. Numbers of sentences are short; they are read and written with integers, exactly, and
+// only the rest is left to <charconv>, which rounds correctly.
 #include "textproto/NumberText.h"
 
 #include <bit>
@@ -9,6 +12,7 @@
 #include <limits>
 #include <system_error>
 
+namespace velagnss::textproto::NumberText {
 namespace {
 
 constexpr int kNoDigit = 99;
@@ -28,7 +32,7 @@ constexpr bool IsDigit(char c) {
   return DigitValue(c) < Base;
 }
 
-// The text from some place on; reading behind its end gives NUL, which is no part of any number.
+// The text from some position on; reading past its end gives NUL, which is not part of any number.
 class C_Reader {
  public:
   explicit C_Reader(std::string_view text) : m_text(text) {}
@@ -41,7 +45,7 @@ class C_Reader {
   void SkipSpace() {
     while (IsSpace(Peek())) Skip();
   }
-  bool SkipSign() {  // tells whether it was a minus
+  bool SkipSign() {  // true if it was a minus
     const char sign = Peek();
     if (sign == '-' || sign == '+') Skip();
     return sign == '-';
@@ -188,7 +192,7 @@ bool ScanDecimal(C_Reader& reader, double& value) {
   return ConvertExactly(first, reader.Here(), std::chars_format::general, isSmall, value);
 }
 
-bool ScanHexadecimal(C_Reader& reader, double& value) {  // behind "0x"
+bool ScanHexadecimal(C_Reader& reader, double& value) {  // after "0x"
   const char* const first = reader.Here();
   S_Digits digits;
   long long exponent = 0;
@@ -197,7 +201,7 @@ bool ScanHexadecimal(C_Reader& reader, double& value) {  // behind "0x"
   return ConvertExactly(first, reader.Here(), std::chars_format::hex, isSmall, value);
 }
 
-bool ScanInfinity(C_Reader& reader, double& value) {  // behind "inf"
+bool ScanInfinity(C_Reader& reader, double& value) {  // after "inf"
   value = std::numeric_limits<double>::infinity();
   return ToLower(reader.Peek()) != 'i' || reader.SkipWord("inity");
 }
@@ -272,8 +276,6 @@ char* WriteNonFinite(char* out, double value) {
 
 }  // namespace
 
-namespace NumberText {
-
 std::size_t ScanU32(std::string_view text, unsigned int& value) { return ScanUnsigned<10>(text, value); }
 std::size_t ScanS32(std::string_view text, int& value) { return ScanSigned(text, value); }
 std::size_t ScanS64(std::string_view text, long long& value) { return ScanSigned(text, value); }
@@ -332,4 +334,4 @@ char* WriteInteger(char* out, long long value, unsigned int width) {
   return out + digits;
 }
 
-}  // namespace NumberText
+}  // namespace velagnss::textproto::NumberText

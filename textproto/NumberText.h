@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <string_view>
 
-namespace NumberText {
+namespace velagnss::textproto::NumberText {
 
-// Reading. Leading white space is skipped, then a sign may stand, then the number. The result is the number of
+// Reading. Leading white space is skipped, then a sign may come, then the number. The result is the number of
 // characters used, from the start of `text`; what follows them does not matter. 0 with `value` untouched: no number
 // there, a number that is cut off ("1e", "0x"), or one that its type cannot hold.
 
@@ -71,6 +71,6 @@ inline bool ReadPlainInteger(std::string_view text, unsigned int& value) {
   return true;
 }
 
-}  // namespace NumberText
+}  // namespace velagnss::textproto::NumberText
 
 #endif  // VELAGNSS_TEXTPROTO_NUMBER_TEXT_H

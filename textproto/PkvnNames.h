@@ -8,7 +8,7 @@
 
 #include "textproto/VelaPKVN_Messages.h"
 
-namespace PkvnSentences {
+namespace velagnss::textproto::PkvnSentences {
 
 inline constexpr std::string_view kPrefix = "$PKVN,";
 
@@ -19,19 +19,19 @@ inline constexpr std::string_view kNames[] = {
 static_assert(kNames[VelaPKVN_Messages::ePkvnARN_ROUTER] == "ARN_ROUTER" &&
               std::size(kNames) == VelaPKVN_Messages::ePkvnARN_ROUTER + 1);
 
-// The name at the start of what stands behind the prefix: up to a comma or a NUL, at most 31 characters.
-constexpr std::string_view NameIn(std::string_view behindPrefix) {
+// The name at the start of the text after the prefix: up to a comma or a NUL, at most 31 characters.
+constexpr std::string_view NameIn(std::string_view afterPrefix) {
   constexpr std::size_t kMaxName = 31;
-  return behindPrefix.substr(0, std::min(kMaxName, behindPrefix.find_first_of(std::string_view(",\0", 2))));
+  return afterPrefix.substr(0, std::min(kMaxName, afterPrefix.find_first_of(std::string_view(",\0", 2))));
 }
 
-// Its message type; `ePkvnUnknown` for a name that is none.
+// Its message type; `ePkvnUnknown` for any other name.
 constexpr VelaPKVN_Messages::eMessageTypes TypeOf(std::string_view name) {
   const auto* row = std::find(std::begin(kNames), std::end(kNames), name);
   if (row == std::end(kNames)) return VelaPKVN_Messages::ePkvnUnknown;
   return static_cast<VelaPKVN_Messages::eMessageTypes>(row - kNames);
 }
 
-}  // namespace PkvnSentences
+}  // namespace velagnss::textproto::PkvnSentences
 
 #endif  // VELAGNSS_TEXTPROTO_PKVN_NAMES_H

@@ -1,4 +1,4 @@
-// Where each field of a proprietary sentence stands and how it is read: tables and the one interpreter. Internal.
+// Where each field of a proprietary sentence is and how it is read: its tables. Internal.
 #ifndef VELAGNSS_TEXTPROTO_PKVN_SENTENCES_H
 #define VELAGNSS_TEXTPROTO_PKVN_SENTENCES_H
 
@@ -9,29 +9,21 @@
 
 #include "geo/NotAvailable.h"
 #include "records/ResultCodes.h"
-#include "textproto/FieldParsers.h"
+#include "textproto/FieldValues.h"
 #include "textproto/PkvnNames.h"
 #include "textproto/SentenceFields.h"
+#include "textproto/SentenceRules.h"
 #include "textproto/VelaPKVN_Messages.h"
 
-namespace PkvnSentences {
+namespace velagnss::textproto::PkvnSentences {
 
 using namespace VelaPKVN_Messages;
 
-inline constexpr std::size_t kMaxText = 2047;
-inline constexpr std::size_t kFirstField = 2;  // behind "$PKVN" and the message name
-
-// A run of fields that are read alike: mostly one.
-template <class Record>
-struct S_FieldRule {
-  unsigned char first;  // position in the sentence
-  unsigned char count;
-  bool (*store)(std::string_view field, unsigned int index, Record& record);  // false: text that is no such value
-};
+inline constexpr std::size_t kFirstField = 2;  // after "$PKVN" and the message name
 
 // A message: its name, the least number of fields, checksum digits included, and its fields without a gap.
 template <class Record>
-struct S_Sentence {
+struct S_PkvnSentence {
   std::string_view name;
   std::size_t minFields;
   std::span<const S_FieldRule<Record>> rules;
@@ -39,63 +31,52 @@ struct S_Sentence {
   bool isKeptOnFailure;  // the last record stays when the next sentence of its type is bad
 };
 
-// Readers. An empty field stores the marker: that is no error.
+// --- Readers. An empty field stores the marker, without an error. ---
 
-inline bool ReadNumber(std::string_view field, double& value) { return UTIL::ParseFieldDBL(field, NA_DOUBLE, value); }
-inline bool ReadNumber(std::string_view field, unsigned char& value) { return UTIL::ParseFieldU8(field, NA_U8, value); }
-inline bool ReadNumber(std::string_view field, unsigned short& value) {
-  return UTIL::ParseFieldU16(field, NA_U16, value);
-}
-inline bool ReadNumber(std::string_view field, unsigned int& value) {
-  return UTIL::ParseFieldU32(field, NA_U32, value);
-}
-
-template <auto Member, class Record>
-bool Number(std::string_view field, unsigned int, Record& record) {
-  return ReadNumber(field, record.*Member);
-}
-
-template <auto Array, class Record>
-bool Numbers(std::string_view field, unsigned int index, Record& record) {
-  return ReadNumber(field, (record.*Array)[index]);
+// Unlike those of NMEA sentences, times and dates leave in the record what was read before a failure: a bad time is 0.
+template <class Record>
+unsigned int Time(std::string_view field, unsigned int, Record& record) {
+  return ResultOf(ParseTimeOfDaySeconds(field, record.timeOfDay));
 }
 
 template <class Record>
-bool TimeOfDay(std::string_view field, unsigned int, Record& record) {
-  return UTIL::ParseTimeOfDaySeconds(field, record.timeOfDay);
-}
-
-template <class Record>
-bool Date(std::string_view field, unsigned int, Record& record) {
-  return UTIL::ParseDate(field, NA_U16, NA_U8, NA_U8, record.year, record.month, record.day);
+unsigned int Date(std::string_view field, unsigned int, Record& record) {
+  S_Date date = {};
+  const bool isRead = ParseDate(field, {NA_U16, NA_U8, NA_U8}, date);
+  record.year = date.year;
+  record.month = date.month;
+  record.day = date.day;
+  return ResultOf(isRead);
 }
 
 // One of two letters; 0 when empty.
 template <auto Member, char First, char Second, class Record>
-bool Letter(std::string_view field, unsigned int, Record& record) {
+unsigned int Letter(std::string_view field, unsigned int, Record& record) {
   record.*Member = 0;
-  if (field.empty()) return true;
-  if (field.size() != 1 || (field[0] != First && field[0] != Second)) return false;
+  if (field.empty()) return eResultOk;
+  if (field.size() != 1 || (field[0] != First && field[0] != Second)) return eResultBadField;
   record.*Member = field[0];
-  return true;
+  return eResultOk;
 }
 
-// Copies what fits beside a NUL; the rest of `text` must be zero.
+// Copies what fits together with a NUL; the rest of `text` must be zero.
 template <std::size_t Size>
-bool ReadText(std::string_view field, char (&text)[Size]) {
+unsigned int ReadText(std::string_view field, char (&text)[Size]) {
   text[field.copy(text, Size - 1)] = '\0';
-  return true;
+  return eResultOk;
 }
 
 template <auto Member, class Record>
-bool Text(std::string_view field, unsigned int, Record& record) {
+unsigned int Text(std::string_view field, unsigned int, Record& record) {
   return ReadText(field, record.*Member);
 }
 
 template <class Record>
-bool Rest(std::string_view field, unsigned int index, Record& record) {
+unsigned int Rest(std::string_view field, unsigned int index, Record& record) {
   return ReadText(field, record.rest[index]);
 }
+
+// --- The messages: first field, number of fields, and their reader ---
 
 // clang-format off
 
@@ -113,7 +94,7 @@ inline constexpr S_FieldRule<S_PKvnAttStat> kAttStatRules[] = {
 };
 
 inline constexpr S_FieldRule<S_PKvnGbs> kGbsRules[] = {
-    {2, 1, TimeOfDay},
+    {2, 1, Time},
     {3, 1, Number<&S_PKvnGbs::field3>},
     {4, 1, Number<&S_PKvnGbs::field4>},
     {5, 1, Number<&S_PKvnGbs::field5>},
@@ -127,7 +108,7 @@ inline constexpr S_FieldRule<S_PKvnGbs> kGbsRules[] = {
 };
 
 inline constexpr S_FieldRule<S_PKvnHpr> kHprRules[] = {
-    {2, 1, TimeOfDay},
+    {2, 1, Time},
     {3, 1, Number<&S_PKvnHpr::heading>},
     {4, 1, Number<&S_PKvnHpr::pitch>},
     {5, 1, Number<&S_PKvnHpr::roll>},
@@ -135,7 +116,7 @@ inline constexpr S_FieldRule<S_PKvnHpr> kHprRules[] = {
 };
 
 inline constexpr S_FieldRule<S_PKvnBlv> kBlvRules[] = {
-    {2, 1, TimeOfDay},
+    {2, 1, Time},
     {3, 1, Date},
     {4, 1, Number<&S_PKvnBlv::field4>},
     {5, 1, Number<&S_PKvnBlv::field5>},
@@ -147,8 +128,8 @@ inline constexpr S_FieldRule<S_PKvnBlv> kBlvRules[] = {
 };
 
 inline constexpr S_FieldRule<S_PKvnFvi> kFviRules[] = {
-    {2, 1, TimeOfDay},
-    {3, 19, Numbers<&S_PKvnFvi::field3to21>},
+    {2, 1, Time},
+    {3, 19, Number<&S_PKvnFvi::field3to21>},
     {22, 1, Text<&S_PKvnFvi::text22>},
     {23, 1, Number<&S_PKvnFvi::field23>},
     {24, 1, Number<&S_PKvnFvi::field24>},
@@ -166,7 +147,7 @@ inline constexpr S_FieldRule<S_PKvnRtkStat> kRtkStatRules[] = {
 
 inline constexpr S_FieldRule<S_PKvnVct> kVctRules[] = {
     {2, 1, Number<&S_PKvnVct::field2>},
-    {3, 1, TimeOfDay},
+    {3, 1, Time},
     {4, 1, Number<&S_PKvnVct::field4>},
     {5, 1, Number<&S_PKvnVct::field5>},
     {6, 1, Number<&S_PKvnVct::field6>},
@@ -197,64 +178,56 @@ inline constexpr S_FieldRule<S_PKvnARN> kArnRules[] = {
 };
 
 //                                                            name                 fields             to the end  kept
-inline constexpr S_Sentence<S_PKvnAttStat> kAttStat         = {kNames[ePkvnATTSTAT],     19, kAttStatRules,     true,  false};
-inline constexpr S_Sentence<S_PKvnGbs> kGbs                 = {kNames[ePkvnGBS],         14, kGbsRules,         false, false};
-inline constexpr S_Sentence<S_PKvnHpr> kHpr                 = {kNames[ePkvnHPR],          8, kHprRules,         false, false};
-inline constexpr S_Sentence<S_PKvnBlv> kBlv                 = {kNames[ePkvnBLV],         12, kBlvRules,         false, false};
-inline constexpr S_Sentence<S_PKvnFvi> kFvi                 = {kNames[ePkvnFVI],         32, kFviRules,         false, false};
-inline constexpr S_Sentence<S_PKvnRtkStat> kRtkStat         = {kNames[ePkvnRTKSTAT],     20, kRtkStatRules,     false, false};
-inline constexpr S_Sentence<S_PKvnVct> kVct                 = {kNames[ePkvnVCT],         13, kVctRules,         false, false};
-inline constexpr S_Sentence<S_PKvnINTLT> kIntlt             = {kNames[ePkvnINTLT],        4, kIntltRules,       false, false};
-inline constexpr S_Sentence<S_PKvnTEMPERATURE> kTemperature = {kNames[ePkvnTEMPERATURE],  4, kTemperatureRules, false, true};
-inline constexpr S_Sentence<S_PKvnARN> kArn                 = {kNames[ePkvnARN_ROUTER],   4, kArnRules,         false, false};
+inline constexpr S_PkvnSentence<S_PKvnAttStat> kAttStat         = {kNames[ePkvnATTSTAT],     19, kAttStatRules,     true,  false};
+inline constexpr S_PkvnSentence<S_PKvnGbs> kGbs                 = {kNames[ePkvnGBS],         14, kGbsRules,         false, false};
+inline constexpr S_PkvnSentence<S_PKvnHpr> kHpr                 = {kNames[ePkvnHPR],          8, kHprRules,         false, false};
+inline constexpr S_PkvnSentence<S_PKvnBlv> kBlv                 = {kNames[ePkvnBLV],         12, kBlvRules,         false, false};
+inline constexpr S_PkvnSentence<S_PKvnFvi> kFvi                 = {kNames[ePkvnFVI],         32, kFviRules,         false, false};
+inline constexpr S_PkvnSentence<S_PKvnRtkStat> kRtkStat         = {kNames[ePkvnRTKSTAT],     20, kRtkStatRules,     false, false};
+inline constexpr S_PkvnSentence<S_PKvnVct> kVct                 = {kNames[ePkvnVCT],         13, kVctRules,         false, false};
+inline constexpr S_PkvnSentence<S_PKvnINTLT> kIntlt             = {kNames[ePkvnINTLT],        4, kIntltRules,       false, false};
+inline constexpr S_PkvnSentence<S_PKvnTEMPERATURE> kTemperature = {kNames[ePkvnTEMPERATURE],  4, kTemperatureRules, false, true};
+inline constexpr S_PkvnSentence<S_PKvnARN> kArn                 = {kNames[ePkvnARN_ROUTER],   4, kArnRules,         false, false};
 
 // clang-format on
 
-// Position behind the last field of a message; 0 where a rule does not start at the field behind the one before it.
 template <class Record>
-constexpr std::size_t EndOfFields(const S_Sentence<Record>& sentence) {
-  std::size_t end = kFirstField;
-  for (const S_FieldRule<Record>& rule : sentence.rules) {
-    if (rule.first != end) return 0;
-    end += rule.count;
-  }
-  return end;
+constexpr std::size_t EndOf(const S_PkvnSentence<Record>& sentence) {
+  return EndOfFields(sentence.rules, kFirstField);
 }
 
 // Messages whose least number of fields is all of them and the checksum, and those that may be longer or shorter.
-static_assert(EndOfFields(kGbs) + 1 == kGbs.minFields && EndOfFields(kHpr) + 1 == kHpr.minFields &&
-              EndOfFields(kBlv) + 1 == kBlv.minFields && EndOfFields(kFvi) + 1 == kFvi.minFields &&
-              EndOfFields(kVct) + 1 == kVct.minFields && EndOfFields(kIntlt) + 1 == kIntlt.minFields &&
-              EndOfFields(kTemperature) + 1 == kTemperature.minFields);
-static_assert(EndOfFields(kArn) == 14 && EndOfFields(kRtkStat) == 66 && EndOfFields(kAttStat) == 75);
+static_assert(EndOf(kGbs) + 1 == kGbs.minFields && EndOf(kHpr) + 1 == kHpr.minFields &&
+              EndOf(kBlv) + 1 == kBlv.minFields && EndOf(kFvi) + 1 == kFvi.minFields &&
+              EndOf(kVct) + 1 == kVct.minFields && EndOf(kIntlt) + 1 == kIntlt.minFields &&
+              EndOf(kTemperature) + 1 == kTemperature.minFields);
+static_assert(EndOf(kArn) == 14 && EndOf(kRtkStat) == 66 && EndOf(kAttStat) == 75);
 
-// One more than the longest message takes, to see that there are too many.
-using t_PkvnFields = C_SentenceFields<EndOfFields(kAttStat) + 1, kMaxText, C_FieldTokenizer::kMaxCountedField>;
+// One field more than the longest message takes, to see that there are too many.
+using t_PkvnFields = C_SentenceFields<S_FieldLimits{EndOf(kAttStat) + 1, 2047, kMaxCountedField}>;
 
 // Not available: what a sentence of empty fields leaves. Padding is zero, too.
 template <class Record>
-void SetEmpty(const S_Sentence<Record>& sentence, Record& record) {
+void SetEmpty(const S_PkvnSentence<Record>& sentence, Record& record) {
   std::memset(&record, 0, sizeof record);
   for (const S_FieldRule<Record>& rule : sentence.rules)
-    for (unsigned int i = 0; i < rule.count; ++i) rule.store({}, i, record);
+    for (unsigned int i = 0; i < rule.count; ++i) rule.kind.read({}, i, record);
 }
 
-// Reads the fields of `text` into an empty record.
+// Fields to record, which must be empty.
 template <class Record>
-unsigned int ReadFields(const S_Sentence<Record>& sentence, std::string_view text, Record& record) {
-  const t_PkvnFields fields(text);
+[[nodiscard]] unsigned int DecodeFields(const S_PkvnSentence<Record>& sentence, const t_PkvnFields& fields,
+                                        Record& record) {
   if (fields.Count() < sentence.minFields) return eResultBadField;
   if (fields[0] != "$PKVN" || fields[1] != sentence.name) return eResultWrongSentence;
-
-  const std::size_t end = std::min(fields.Count(), EndOfFields(sentence));
-  for (const S_FieldRule<Record>& rule : sentence.rules)
-    for (unsigned int i = 0; i < rule.count && rule.first + i < end; ++i)
-      if (!rule.store(fields[rule.first + i], i, record)) return eResultBadField;
+  const unsigned int result = ReadFields(fields, sentence.rules, record);
+  if (result != eResultOk) return result;
+  const std::size_t end = std::min(fields.Count(), EndOf(sentence));
   if constexpr (requires { record.restCount; })
     record.restCount = static_cast<unsigned short>(end - sentence.rules.back().first);
   return sentence.isReadToTheEnd && end < fields.Count() ? eResultBadField : eResultOk;
 }
 
-}  // namespace PkvnSentences
+}  // namespace velagnss::textproto::PkvnSentences
 
 #endif  // VELAGNSS_TEXTPROTO_PKVN_SENTENCES_H

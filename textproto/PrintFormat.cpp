@@ -1,3 +1,5 @@
+// Formats of our own encoders are printed without the C library; other formats, which a host may pass to an emitter, by
+// snprintf, with the decimal point of the locale put right.
 #include "textproto/PrintFormat.h"
 
 #include <cmath>
@@ -6,6 +8,7 @@
 
 #include "textproto/NumberText.h"
 
+namespace velagnss::textproto {
 namespace {
 
 void AddUnescaped(C_FieldText& out, std::string_view text) {
@@ -16,8 +19,8 @@ bool IsOfNumber(char c) {
   return c == ' ' || c == '+' || c == '-' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-// A printed number holds ASCII letters, digits, signs and blanks. What else stands in it, one byte or several, is the
-// locale's decimal point.
+// A printed number holds ASCII letters, digits, signs and blanks. Anything else in it, one byte or several, is the
+// decimal point of the locale: the host may have set any.
 void AddWithPoint(C_FieldText& out, std::string_view number) {
   bool isPointDone = false;
   for (const char c : number) {
@@ -73,3 +76,5 @@ std::string_view C_PrintFormat::PrintByCLibrary(char (&number)[N], Value value, 
   out.SetTooLong();
   return {};
 }
+
+}  // namespace velagnss::textproto

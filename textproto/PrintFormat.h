@@ -9,10 +9,12 @@
 #include <cstdlib>
 #include <string_view>
 
+namespace velagnss::textproto {
+
 // The text of one field while it is composed. More than fits is remembered, not written.
 class C_FieldText {
  public:
-  static constexpr std::size_t kCapacity = 1536;  // a sentence of the greatest length and the longest number behind it
+  static constexpr std::size_t kCapacity = 1536;  // the longest sentence with the longest number after it
 
   void Add(char c) {
     if (m_length == kCapacity) {
@@ -48,7 +50,7 @@ class C_FieldText {
 class C_PrintFormat {
  public:
   static constexpr std::string_view kIntegerConversions = "cdiouxX";
-  static constexpr std::string_view kRealConversions = "fFeEgGaA";  // an "l" may stand before these
+  static constexpr std::string_view kRealConversions = "fFeEgGaA";  // an "l" may precede these
 
   constexpr C_PrintFormat() = default;
 
@@ -68,7 +70,7 @@ class C_PrintFormat {
  private:
   static constexpr std::string_view kFlags = "-+ #0";
   static constexpr int kNone = -1;
-  // A greater width or precision stands for this one: no field is that long, no double has that many digits.
+  // A greater width or precision is taken for this one: no field is that long, no double has that many digits.
   static constexpr int kMaxNumber = 2000;
 
   constexpr bool ParseConversion(std::string_view format, std::size_t& at, std::string_view conversions);
@@ -132,5 +134,7 @@ constexpr bool C_PrintFormat::IsPlainText(std::string_view text) {
     if (text[at] == '%' && text.substr(at++, 2) != "%%") return false;
   return true;
 }
+
+}  // namespace velagnss::textproto
 
 #endif  // VELAGNSS_TEXTPROTO_PRINT_FORMAT_H

@@ -1,4 +1,6 @@
 // Which NMEA 0183 sentence three letters name: the decoder and the frame recognizer look them up. Internal.
+//
+// The recognizer asks this of every "$" in a stream, so it is a table of slots without collisions instead of a search.
 #ifndef VELAGNSS_TEXTPROTO_SENTENCE_IDS_H
 #define VELAGNSS_TEXTPROTO_SENTENCE_IDS_H
 
@@ -9,7 +11,7 @@
 #include "framing/RawDataMessage.h"
 #include "textproto/NMEA_EncodeDecode.h"
 
-namespace SentenceIds {
+namespace velagnss::textproto::SentenceIds {
 
 using t_Sentence = C_RawDataMessage::eNMEA0183Messages;
 
@@ -23,7 +25,7 @@ constexpr std::uint32_t Pack(const char* id) {
   return byte(0) | byte(1) << 8 | byte(2) << 16;
 }
 
-// Spreads the ids over slots such that no two of them meet. The factor was found by trial.
+// Spreads the ids over the slots so that no two of them collide. The factor was found by trial.
 inline constexpr unsigned int kSlotBits = 5;
 constexpr unsigned int SlotOf(std::uint32_t id) { return (id * 0x39381747) >> (32 - kSlotBits); }
 
@@ -49,8 +51,8 @@ constexpr bool FindsAll() {
   }
   return true;
 }
-static_assert(FindsAll(), "two ids meet in a slot");
+static_assert(FindsAll(), "two ids collide in a slot");
 
-}  // namespace SentenceIds
+}  // namespace velagnss::textproto::SentenceIds
 
 #endif  // VELAGNSS_TEXTPROTO_SENTENCE_IDS_H

@@ -1,102 +1,99 @@
-// What a sentence is made of: a table of fields per record, and the one interpreter that reads and the one that writes
-// them. The tables stand in NmeaSentences.cpp. Internal.
+// How the fields of a sentence get into its record: the rule type, the readers that several families of sentences
+// share, and the one interpreter. Internal.
+//
+// A sentence is a table of rules, in the order of its fields. The tables of the NMEA 0183 sentences are in
+// NmeaSentences.cpp, those of "$PKVN," in PkvnSentences.h, that of "$RD1" in VelaRD_Decode.cpp. What a family of
+// sentences has of its own (its name, its least number of fields, its result codes) is checked by its decoder before.
 #ifndef VELAGNSS_TEXTPROTO_SENTENCE_RULES_H
 #define VELAGNSS_TEXTPROTO_SENTENCE_RULES_H
 
 #include <cstddef>
-#include <cstring>
 #include <span>
 #include <string_view>
+#include <type_traits>
 
-#include "framing/RawDataMessage.h"
+#include "geo/NotAvailable.h"
 #include "records/ResultCodes.h"
-#include "textproto/SentenceFields.h"
-#include "textproto/SentenceText.h"
+#include "textproto/FieldValues.h"
 
-// One field of a sentence. The first rule of a table is for field 1, field 0 being the sentence id.
+namespace velagnss::textproto {
+
+class C_SentenceText;
+
+// Stores the value of one field; gives 0, or the code that ends the decoding. `index` counts within a run of fields.
+template <class Record>
+using t_FieldReader = unsigned int (*)(std::string_view field, unsigned int index, Record& record);
+
+// Appends all fields of a run; gives 0, or the code that ends the encoding.
+template <class Record>
+using t_FieldWriter = unsigned int (*)(C_SentenceText& sentence, const Record& record);
+
+// Both directions of one kind of field. Sentences that are not encoded have readers only.
+template <class Record>
+struct S_FieldKind {
+  constexpr S_FieldKind(t_FieldReader<Record> reader, t_FieldWriter<Record> writer = nullptr)
+      : read(reader), write(writer) {}
+
+  t_FieldReader<Record> read;  // null: the field is not looked at
+  t_FieldWriter<Record> write;
+};
+
+// A run of fields that are handled alike: mostly one.
 template <class Record>
 struct S_FieldRule {
-  // Stores the field's value; 0 or the code that ends the decoding. Null: the field is not looked at.
-  unsigned int (*read)(std::string_view field, const S_FieldRule& rule, Record& record) = nullptr;
-  // Appends the field; 0 or the code that ends the encoding. Null: the rule before wrote it.
-  unsigned int (*write)(C_SentenceText& sentence, const S_FieldRule& rule, const Record& record) = nullptr;
-  C_PrintFormat format{};         // of a number
-  const char* letters = nullptr;  // that may stand in the field
-  unsigned char index = 0;        // into a member that is an array
-  unsigned char moreThan = 0;     // the field is read only if the sentence has more fields than this
+  unsigned char first;  // position in the sentence, its name being 0
+  unsigned char count;
+  S_FieldKind<Record> kind;
+  unsigned char moreThan = 0;  // read only if the sentence has more fields than this
 };
 
-template <class Record>
-struct S_SentenceRules {
-  C_RawDataMessage::eNMEA0183Messages type;
-  unsigned char minFields;  // sentence id and checksum included
-  std::span<const S_FieldRule<Record>> fields;
-  Record reset;  // every value at its marker
-};
-
-// 1 + 20 fields are those of GSV, the longest.
-using t_NmeaFields = C_SentenceFields<1 + 20, 1023, 64>;
-
-// Zeros in the padding too.
-template <class Record>
-void ResetRecord(const S_SentenceRules<Record>& rules, Record& record) {
-  std::memcpy(&record, &rules.reset, sizeof record);
-}
-
-// Field 0: "$", talker, sentence id. The talker is stored whatever the id is.
-template <class Record>
-[[nodiscard]] unsigned int ReadSentenceId(const t_NmeaFields& fields, const S_SentenceRules<Record>& rules,
-                                          Record& record) {
-  if (!fields.IsReadable(0)) return eResultWrongSentence;
-  const auto type = C_NMEA_EncodeDecode::GetNmeaPreamble(fields[0].data(), static_cast<unsigned char>(fields[0].size()),
-                                                         record.talker);
-  return type == rules.type ? eResultOk : eResultWrongSentence;
-}
-
-// The values behind it. An early end is no fault.
-template <class Record>
-[[nodiscard]] unsigned int ReadFields(const t_NmeaFields& fields, std::span<const S_FieldRule<Record>> rules,
+// The interpreter. A sentence may end early: what it does not have is left as it is, without an error. A field that is
+// too long ends it as well.
+template <class Fields, class Record>
+[[nodiscard]] unsigned int ReadFields(const Fields& fields, std::span<const S_FieldRule<Record>> rules,
                                       Record& record) {
-  std::size_t index = 0;
+  const std::size_t readable = fields.Readable();
+  const std::size_t count = fields.Count();
   for (const S_FieldRule<Record>& rule : rules) {
-    if (!fields.IsReadable(++index) || fields.Count() <= rule.moreThan) return eResultOk;
-    if (rule.read == nullptr) continue;
-    const unsigned int result = rule.read(fields[index], rule, record);
-    if (result != eResultOk) return result;
+    if (rule.kind.read == nullptr || count <= rule.moreThan) continue;
+    for (unsigned int i = 0; i < rule.count && rule.first + i < readable; ++i) {
+      const unsigned int result = rule.kind.read(fields[rule.first + i], i, record);
+      if (result != eResultOk) return result;
+    }
   }
   return eResultOk;
 }
 
+// Position after the last field of a table that begins at `first`; 0 where a rule does not start at the field after the
+// rule before it.
 template <class Record>
-[[nodiscard]] unsigned int DecodeSentence(const S_SentenceRules<Record>& rules, const unsigned char* sentence,
-                                          unsigned short length, Record& record) {
-  constexpr unsigned short kMinLength = 8;
-  constexpr unsigned short kMaxLength = 1024;
-  ResetRecord(rules, record);
-  if (sentence == nullptr) return eResultNull;
-  if (length > kMaxLength) return eResultTooLong;
-  if (length < kMinLength) return eResultBadField;
-  const t_NmeaFields fields(TextOf(sentence, length));
-  if (fields.Count() < rules.minFields) return eResultBadField;
-  const unsigned int result = ReadSentenceId(fields, rules, record);
-  return result == eResultOk ? ReadFields(fields, rules.fields, record) : result;
+constexpr std::size_t EndOfFields(std::span<const S_FieldRule<Record>> rules, std::size_t first) {
+  for (const S_FieldRule<Record>& rule : rules) {
+    if (rule.first != first) return 0;
+    first += rule.count;
+  }
+  return first;
 }
 
-// Writes all but the checksum to the buffer; after a failure what stood before the failing field is there.
-template <class Record>
-[[nodiscard]] unsigned int WriteFields(const S_SentenceRules<Record>& rules, const Record& record, char* buffer) {
-  buffer[0] = '\0';
-  if (record.talker[0] == '\0' || record.talker[1] == '\0') return eResultOutOfRange;
-  C_SentenceText sentence(buffer);
-  sentence.AppendUnchecked("$");
-  sentence.AppendUnchecked({record.talker, sizeof record.talker});
-  sentence.AppendUnchecked(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[rules.type]);
-  for (const S_FieldRule<Record>& rule : rules.fields) {
-    if (rule.write == nullptr) continue;
-    const unsigned int result = rule.write(sentence, rule, record);
-    if (result != eResultOk) return result;
+// --- Readers of numbers and times: an empty field stores the marker, without an error ---
+
+constexpr unsigned int ResultOf(bool isRead) { return isRead ? eResultOk : eResultBadField; }
+
+inline bool ReadNumber(std::string_view field, double& value) { return ParseFieldDBL(field, NA_DOUBLE, value); }
+inline bool ReadNumber(std::string_view field, unsigned char& value) { return ParseFieldU8(field, NA_U8, value); }
+inline bool ReadNumber(std::string_view field, unsigned short& value) { return ParseFieldU16(field, NA_U16, value); }
+inline bool ReadNumber(std::string_view field, unsigned int& value) { return ParseFieldU32(field, NA_U32, value); }
+
+// Of an array the element that the place in the run says.
+template <auto Member, class Record>
+unsigned int Number(std::string_view field, unsigned int index, Record& record) {
+  if constexpr (std::is_array_v<std::remove_reference_t<decltype(record.*Member)>>) {
+    return ResultOf(ReadNumber(field, (record.*Member)[index]));
+  } else {
+    return ResultOf(ReadNumber(field, record.*Member));
   }
-  return eResultOk;
 }
+
+}  // namespace velagnss::textproto
 
 #endif  // VELAGNSS_TEXTPROTO_SENTENCE_RULES_H

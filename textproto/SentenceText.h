@@ -3,7 +3,6 @@
 #ifndef VELAGNSS_TEXTPROTO_SENTENCE_TEXT_H
 #define VELAGNSS_TEXTPROTO_SENTENCE_TEXT_H
 
-#include <array>
 #include <cstring>
 #include <string_view>
 
@@ -11,15 +10,7 @@
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/PrintFormat.h"
 
-// --- Checksum ---
-
-// "*" and the two digits of the checksum of a text that starts with "$" and ends in front of the "*".
-std::array<char, 3> ChecksumText(std::string_view text);
-
-// Index of the last "*" of a sentence if the checksum behind it is right, else npos.
-std::size_t FindCheckedStar(std::string_view sentence);
-
-// --- Composing ---
+namespace velagnss::textproto {
 
 // A NUL-terminated text in a buffer of 1024 bytes that someone else owns.
 class C_SentenceText {
@@ -79,5 +70,7 @@ template <class Value>
   if (value != notAvailable) format.Print(field, value);
   return sentence.Append(field);
 }
+
+}  // namespace velagnss::textproto
 
 #endif  // VELAGNSS_TEXTPROTO_SENTENCE_TEXT_H

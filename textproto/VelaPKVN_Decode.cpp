@@ -1,3 +1,5 @@
+// Checks and dispatch of the proprietary sentences. Each record is set empty before it is filled, and the copy that is
+// kept of the last one is replaced only by a whole one.
 #include "textproto/VelaPKVN_Decode.h"
 
 #include <algorithm>
@@ -5,13 +7,14 @@
 #include <iterator>
 #include <string_view>
 
-#include "framing/ByteScan.h"
+#include "framing/XorSum.h"
 #include "records/ResultCodes.h"
 #include "textproto/PkvnNames.h"
 #include "textproto/PkvnSentences.h"
 #include "textproto/SentenceFields.h"
 
 using namespace VelaPKVN_Messages;
+using namespace velagnss::textproto;
 using PkvnSentences::kPrefix;
 
 namespace {
@@ -36,8 +39,8 @@ constexpr S_ChannelName kChannelNames[] = {
 
 constexpr bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
 
-// The sentence without the line end that may follow it. A sentence of the least length has none: it is too short with
-// it.
+// The sentence without the line end that may follow it. A sentence of up to 19 bytes is taken as it is, even if its
+// last byte is a line end: its checksum is wrong then.
 std::string_view WithoutLineEnd(std::string_view sentence) {
   if (sentence.size() <= kMinFrame + 1) return sentence;
   for (int i = 0; i < 2 && IsLineEnd(sentence.back()); ++i) sentence.remove_suffix(1);
@@ -55,13 +58,14 @@ bool HasChecksum(std::string_view sentence) {
 }
 
 template <class Record>
-unsigned int DecodeSentence(const PkvnSentences::S_Sentence<Record>& sentence, const unsigned char* frame,
+unsigned int DecodeSentence(const PkvnSentences::S_PkvnSentence<Record>& sentence, const unsigned char* frame,
                             unsigned short length, Record& record, Record& kept) {
   if (!sentence.isKeptOnFailure) SetEmpty(sentence, kept);
   if (frame == nullptr) return eResultNull;
   if (length < kMinFrame) return eResultBadSync;
   SetEmpty(sentence, record);
-  const unsigned int result = ReadFields(sentence, TextOf(frame, length), record);
+  const PkvnSentences::t_PkvnFields fields(TextOf(frame, length));
+  const unsigned int result = DecodeFields(sentence, fields, record);
   if (result == eResultOk) kept = record;
   return result;
 }
@@ -90,7 +94,7 @@ unsigned int C_VelaPKVN_Decode::ValidateFrame(const unsigned char* frame, unsign
                                               unsigned short& errorPosition) {
   if (frame == nullptr) return eResultNull;
   const std::string_view sentence = WithoutLineEnd({reinterpret_cast<const char*>(frame), length});
-  if (sentence.size() > PkvnSentences::kMaxText) return eResultTooLong;
+  if (sentence.size() > PkvnSentences::t_PkvnFields::kLimits.textLength) return eResultTooLong;
   if (sentence.size() < kMinFrame) return eResultTooShort;
 
   const auto wrong = std::mismatch(kPrefix.begin(), kPrefix.end(), sentence.begin()).first;
@@ -194,7 +198,7 @@ unsigned int C_VelaPKVN_Decode::GetReceivedMsgCount(eMessageTypes type) const {
 }
 
 bool C_VelaPKVN_Decode::ExtractHexValue(const unsigned char* text, unsigned char digits, unsigned int& value) {
-  return UTIL::ReadHex(text, digits, value);
+  return velagnss::framing::ReadHex(text, digits, value);
 }
 
 bool C_VelaPKVN_Decode::MapPKvnAttSysStr2Type(const char* name, ePKvnAttStatSysChans& channel) {

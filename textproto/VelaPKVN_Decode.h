@@ -10,7 +10,7 @@
 #include "textproto/VelaPKVN_Messages.h"
 #include "velagnss_export.h"
 
-// One decoded sentence; the message type tells which member holds it.
+// One decoded sentence; the message type says which member holds it.
 union U_VelaPKVN_EcdDcdData {
   S_PKvnAttStat attStat;          // ATTSTAT
   S_PKvnGbs gbs;                  // GBS
@@ -88,7 +88,7 @@ class VELAGNSS_API C_VelaPKVN_Decode {
   // empty too, and on success becomes a copy of `record`. Results:
   //   1   null frame; `record` untouched
   //   3   shorter than 18 bytes; `record` untouched
-  //   11  too few fields, or a field that is not of its kind; 2048 bytes or more are no sentence and have no fields
+  //   11  too few fields, or a field that is not of its kind; a text of 2048 bytes or more has no fields
   //   2   not "$PKVN" and the message's name
   //   0   decoded
   // Numbers are decimal, blanks and a sign may lead; an empty field is not available, not an error. Times are

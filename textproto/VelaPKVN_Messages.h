@@ -1,6 +1,6 @@
 // The maker's proprietary sentences, "$PKVN," and a message name: their types and the records they are decoded into.
 //
-// Fields are numbered as they stand in the sentence: 0 is "$PKVN", 1 the message name. A position whose meaning the
+// Fields are numbered by their position in the sentence: 0 is "$PKVN", 1 the message name. A position whose meaning the
 // receiver's maker does not tell is named after its number, and its value is passed on as sent. Doubles that a sentence
 // leaves empty hold `NA_DOUBLE`, unsigned fields all ones (geo/NotAvailable.h).
 #ifndef VELAGNSS_TEXTPROTO_VELA_PKVN_MESSAGES_H
@@ -48,7 +48,7 @@ enum ePKvnAttStatSysChans : unsigned int {
 };
 
 // ATTSTAT and RTKSTAT keep as text what is not decoded: every field from a position on, in the order of the sentence,
-// the checksum digits behind the asterisk being the last. A field is cut to 63 characters and ends in a NUL; rows from
+// the checksum digits after the asterisk being the last. A field is cut to 63 characters and ends in a NUL; rows from
 // `restCount` on are empty.
 //
 // The first of the two is the number of rows, the second the size of one.
@@ -105,7 +105,7 @@ struct S_PKvnHpr {
   char field6;       // 'N' or 'G', 0 when empty
 };
 
-// BLV. In the sentence the date stands behind the time, as ddmmyy.
+// BLV. In the sentence the date follows the time, as ddmmyy.
 //
 //   $PKVN,BLV,120000.00,290224,1.5,-2.5,3.5,65000,8,9,0.5*66
 struct S_PKvnBlv {
@@ -181,7 +181,7 @@ struct S_PKvnTEMPERATURE {
   double field2;  // as sent; NA_DOUBLE when empty
 };
 
-// ARN_ROUTER. A sentence may end behind any of these fields.
+// ARN_ROUTER. A sentence may end after any of these fields.
 //
 //   $PKVN,ARN_ROUTER,2,3,4,5,6,7,8,9,10,11,12,13*26
 struct S_PKvnARN {

@@ -1,3 +1,5 @@
+// This sentence is scanned as the receiver's maker scans it, with the C library's rules: a number may be followed by
+// any text. There is no checksum, so ranges are what keeps noise out.
 #include "textproto/VelaRD_Decode.h"
 
 #include <cstddef>
@@ -9,8 +11,10 @@
 #include "records/ResultCodes.h"
 #include "textproto/NumberText.h"
 #include "textproto/SentenceFields.h"
+#include "textproto/SentenceRules.h"
 
 using namespace VelaRD_Messages;
+using namespace velagnss::textproto;
 
 namespace {
 
@@ -18,7 +22,6 @@ constexpr std::string_view kPrefix = "$RD";
 constexpr std::string_view kRd1Id = "$RD1";
 constexpr unsigned int kMinFrame = 10;
 constexpr unsigned int kMaxFrame = 512;
-constexpr std::size_t kMaxField = 64;
 constexpr unsigned short kVersion1 = 1;
 
 // Ranges. What is not a number lies in none of them.
@@ -28,15 +31,16 @@ constexpr bool Is0To200(double value) { return value >= 0 && value <= 200; }
 constexpr bool IsAnything(double) { return true; }
 constexpr bool IsNotNegative(long long value) { return value >= 0; }
 
-// Readers of one field: a result code, and the value in the record whenever the text is such a number.
+// Readers of one field, which must not be empty: a result code, and the value in the record whenever the text is such a
+// number. They scan as the C library does, less strictly than those of other sentences.
 
 using t_Record = S_IntSignalDiagMsg;
 
-unsigned int Ignore(std::string_view, t_Record&) { return eResultOk; }
+unsigned int NotEmpty(std::string_view field, unsigned int, t_Record&) { return ResultOf(!field.empty()); }
 
 // "%lf"
 template <double t_Record::*Member, bool (*IsInRange)(double)>
-unsigned int Real(std::string_view field, t_Record& record) {
+unsigned int Real(std::string_view field, unsigned int, t_Record& record) {
   if (NumberText::ScanDouble(field, record.*Member) == 0) return eResultBadField;
   return IsInRange(record.*Member) ? eResultOk : eResultOutOfRange;
 }
@@ -48,7 +52,7 @@ unsigned int StoreInteger(long long value, std::int64_t& member) {
 
 // "%ld"
 template <std::int64_t t_Record::*Member>
-unsigned int Integer(std::string_view field, t_Record& record) {
+unsigned int Integer(std::string_view field, unsigned int, t_Record& record) {
   long long value = 0;
   if (NumberText::ScanS64(field, value) == 0) return eResultBadField;
   return StoreInteger(value, record.*Member);
@@ -56,7 +60,7 @@ unsigned int Integer(std::string_view field, t_Record& record) {
 
 // "%ld-%ld"; "12--3" has a negative second part, "12 -3" none.
 template <std::int64_t t_Record::*First, std::int64_t t_Record::*Second>
-unsigned int IntegerPair(std::string_view field, t_Record& record) {
+unsigned int IntegerPair(std::string_view field, unsigned int, t_Record& record) {
   long long first = 0;
   long long second = 0;
   const std::size_t used = NumberText::ScanS64(field, first);
@@ -68,7 +72,7 @@ unsigned int IntegerPair(std::string_view field, t_Record& record) {
 
 // "%lX"; what has the highest of its 64 bits set is negative.
 template <std::int64_t t_Record::*Member>
-unsigned int Hex(std::string_view field, t_Record& record) {
+unsigned int Hex(std::string_view field, unsigned int, t_Record& record) {
   unsigned long long value = 0;
   if (NumberText::ScanHex64(field, value) == 0) return eResultBadField;
   return StoreInteger(static_cast<long long>(value), record.*Member);
@@ -76,7 +80,7 @@ unsigned int Hex(std::string_view field, t_Record& record) {
 
 // "%lX" of 32 bits.
 template <std::uint32_t t_Record::*Member>
-unsigned int Hex32(std::string_view field, t_Record& record) {
+unsigned int Hex32(std::string_view field, unsigned int, t_Record& record) {
   unsigned long long value = 0;
   if (NumberText::ScanHex64(field, value) == 0) return eResultBadField;
   if (value > std::numeric_limits<std::uint32_t>::max()) return eResultBadField;
@@ -84,44 +88,35 @@ unsigned int Hex32(std::string_view field, t_Record& record) {
   return eResultOk;
 }
 
-// The fields behind "$RD1", by position.
-using t_Reader = unsigned int (*)(std::string_view field, t_Record& record);
-
 // clang-format off
-constexpr t_Reader kRd1Readers[] = {
-    Real<&t_Record::timeOfWeek, IsTimeOfWeek>,            // 1
-    Integer<&t_Record::field2>,                           // 2
-    Real<&t_Record::field3, Is1300To1700>,                // 3
-    Ignore,                                               // 4
-    IntegerPair<&t_Record::field5a, &t_Record::field5b>,  // 5
-    Real<&t_Record::field6, Is0To200>,                    // 6
-    Real<&t_Record::field7, IsAnything>,                  // 7
-    Real<&t_Record::field8, IsAnything>,                  // 8
-    Hex<&t_Record::field9>,                               // 9
-    Hex<&t_Record::field10>,                              // 10
-    Integer<&t_Record::field11>,                          // 11
-    Hex32<&t_Record::field12>,                            // 12
+constexpr S_FieldRule<t_Record> kRd1Rules[] = {
+    {1,  1, Real<&t_Record::timeOfWeek, IsTimeOfWeek>},
+    {2,  1, Integer<&t_Record::field2>},
+    {3,  1, Real<&t_Record::field3, Is1300To1700>},
+    {4,  1, NotEmpty},
+    {5,  1, IntegerPair<&t_Record::field5a, &t_Record::field5b>},
+    {6,  1, Real<&t_Record::field6, Is0To200>},
+    {7,  1, Real<&t_Record::field7, IsAnything>},
+    {8,  1, Real<&t_Record::field8, IsAnything>},
+    {9,  1, Hex<&t_Record::field9>},
+    {10, 1, Hex<&t_Record::field10>},
+    {11, 1, Integer<&t_Record::field11>},
+    {12, 1, Hex32<&t_Record::field12>},
 };
 // clang-format on
 
-using t_Rd1Fields = C_SentenceFields<1 + std::size(kRd1Readers), kMaxFrame, kMaxField>;
+constexpr std::span<const S_FieldRule<t_Record>> kRd1(kRd1Rules);
+using t_Rd1Fields = C_SentenceFields<S_FieldLimits{EndOfFields(kRd1, 1), kMaxFrame, 64}>;
 
-// The sentence ends where its fields do: their number is not checked.
-unsigned int ReadFields(std::string_view text, t_Record& record) {
-  const t_Rd1Fields fields(text);
-  if (!fields.IsReadable(0)) return eResultWrongSentence;
+// The number of fields is not checked: the sentence ends where its fields do.
+unsigned int DecodeFields(const t_Rd1Fields& fields, t_Record& record) {
+  if (fields.Readable() == 0) return eResultWrongSentence;
   if (fields[0].empty()) return eResultBadField;
-  if (fields[0] != kRd1Id) return eResultWrongSentence;
-  std::size_t position = 0;
-  for (const t_Reader read : kRd1Readers) {
-    if (!fields.IsReadable(++position)) return eResultOk;
-    if (fields[position].empty()) return eResultBadField;
-    if (const unsigned int result = read(fields[position], record); result != eResultOk) return result;
-  }
-  return eResultOk;
+  return fields[0] == kRd1Id ? ReadFields(fields, kRd1, record) : eResultWrongSentence;
 }
 
-// Where the comma behind a version number stands: the rule of the sentence counts one place more from 9 and 99 on.
+// Index of the comma after a version number. The rule of the sentence counts one place more already from 9 and 99 on,
+// so that those versions are not found unless two commas follow; only version 1 exists.
 constexpr std::size_t CommaIndex(long long version) { return version <= 8 ? 4 : version <= 98 ? 5 : 6; }
 
 bool HasLineEnd(std::string_view sentence) { return sentence.ends_with('\r') || sentence.ends_with("\r\n"); }
@@ -164,7 +159,7 @@ unsigned int C_VelaRD_Decode::Decode_RD1(unsigned char* frame, const unsigned sh
   if (length < kMinFrame) return m_lastResult = eResultBadSync;
   if (length > kMaxFrame) return m_lastResult = eResultPastEnd;
   std::memset(&m_record, 0, sizeof m_record);
-  m_lastResult = ReadFields(TextOf(frame, length), m_record);
+  m_lastResult = DecodeFields(t_Rd1Fields(TextOf(frame, length)), m_record);
   if (m_lastResult == eResultOk) record = m_record;
   return m_lastResult;
 }

@@ -20,7 +20,7 @@ struct S_IntSignalDiagMsg {
   std::int64_t field2;    // 0 and up
   double field3;          // 1300 to 1700
   std::int64_t field5a;   // 0 and up; the part of position 5 before its "-"
-  std::int64_t field5b;   // 0 and up; the part behind it
+  std::int64_t field5b;   // 0 and up; the part after it
   double field6;          // 0 to 200
   double field7;          // any number
   double field8;          // any number

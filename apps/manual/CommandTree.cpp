@@ -2,23 +2,19 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/velagnss/Catalogue.h"
-#include "apps/velagnss/ConvertCommand.h"
-#include "apps/velagnss/GeoForms.h"
-#include "apps/velagnss/RinexNav.h"
+#include "apps/velagnss/commands/ConvertCommand.h"
+#include "apps/velagnss/geo/GeoForms.h"
+#include "apps/velagnss/rinex/NavOptions.h"
+#include "apps/velagnss/text/Lists.h"
+#include "apps/velagnss/text/MessageNames.h"
 
 namespace Manual {
 namespace {
 
 // `geo --from`: a calculation has its own sides, or none.
-std::string SidesOf(const std::string& command) {
-  std::string sides;
-  for (const Host::S_GeoForm& form : Host::GeoForms())
-    if (form.command == command) sides += (sides.empty() ? "" : " ") + std::string(form.from);
-  return sides;
-}
+std::string SidesOf(const std::string& command) { return Host::JoinNames(Host::SidesOfGeo(command), std::identity()); }
 
-// Options that take one word, or a list of words, out of a set.
+// Options whose value is a word, or a list of words, from a set.
 struct S_WordRule {
   const char* option;
   std::string (*words)(const std::string& command);
@@ -28,7 +24,7 @@ constexpr S_WordRule kWordRules[] = {
     {"--search", [](const std::string&) { return Host::ProtocolNames(); }},
     {"--proto", [](const std::string&) { return Host::ProtocolNames(); }},
     {"--to", [](const std::string&) { return Host::FormatNames(); }},
-    {"--system", [](const std::string&) { return Host::SystemNames(); }},
+    {"--system", [](const std::string&) { return Host::NavSystemNames(); }},
     {"--from", &SidesOf},
 };
 

@@ -1,4 +1,4 @@
-// The program's command line as plain records, for everything that is made from it.
+// The program's command line as plain records, from which man page and completions are made.
 #ifndef VELAGNSS_APPS_MANUAL_COMMAND_TREE_H
 #define VELAGNSS_APPS_MANUAL_COMMAND_TREE_H
 
@@ -11,12 +11,12 @@ class App;
 
 namespace Manual {
 
-// An option, or an argument without a name of its own.
+// An option, or a positional argument.
 struct S_Option {
   std::vector<std::string> names;  // "-o", "--output"; of an argument "INPUT"
-  std::string value;               // what stands for its value, "FILE"; empty for a flag, "..." for many arguments
+  std::string value;               // placeholder of its value, "FILE"; empty for a flag, "..." for many arguments
   std::string description;         // the lines of the help
-  std::vector<std::string> words;  // the values that there are, where they can be told
+  std::vector<std::string> words;  // all possible values, where they are known
 };
 
 struct S_Command {
@@ -30,7 +30,7 @@ struct S_Command {
 // The program itself, then each command before those below it.
 std::vector<S_Command> ListCommands(const CLI::App& app);
 
-// The beginning of a description that says what it is about, without end mark.
+// The beginning of a description, up to the first punctuation mark or line end.
 std::string Summary(const std::string& description);
 
 // The pieces of `text` between separators; none of an empty text.

@@ -1,6 +1,6 @@
-// Completion scripts: what a shell offers behind `velagnss` when the tabulator key is pressed.
+// Completion scripts: what a shell offers after `velagnss` when Tab is pressed.
 //
-// Each script finds the command that the words so far name, and offers its commands, options, values or files.
+// Each script finds the command that the words so far name, and offers its subcommands, options, values or files.
 #ifndef VELAGNSS_APPS_MANUAL_COMPLETIONS_H
 #define VELAGNSS_APPS_MANUAL_COMPLETIONS_H
 

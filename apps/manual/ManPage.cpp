@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kWidth = 78;  // of a line of source
 
-// Text as roff reads it: what users may copy to a shell stays what it is, and no line is taken for a request.
+// Text escaped for roff: what users copy to a shell stays unchanged, and no line is taken for a request.
 std::string Escape(std::string_view text) {
   std::string escaped;
   for (const char c : text) {
@@ -41,7 +41,7 @@ std::string Escape(std::string_view text) {
   return escaped.starts_with('.') ? "\\&" + escaped : escaped;
 }
 
-// Words filled into lines.
+// Words set in lines.
 std::string Fill(const std::string& text) {
   std::istringstream words(text);
   std::string filled;
@@ -57,7 +57,7 @@ std::string Fill(const std::string& text) {
 std::string Bold(const std::string& text) { return "\\fB" + Escape(text) + "\\fR"; }
 std::string Italic(const std::string& text) { return "\\fI" + Escape(text) + "\\fR"; }
 
-// "  command     what it does", a line each.
+// Lines of the form "  command     what it does".
 std::string Examples(const std::vector<std::string>& lines) {
   std::string page;
   for (const std::string& line : lines) {
@@ -70,7 +70,7 @@ std::string Examples(const std::vector<std::string>& lines) {
   return page;
 }
 
-// Paragraphs apart by an empty line; one of them may be examples.
+// Paragraphs, separated by empty lines; one of them may hold examples.
 std::string Prose(const std::string& text) {
   constexpr std::string_view kExamples = "Examples:\n";
   std::vector<std::string> paragraphs;
@@ -82,15 +82,15 @@ std::string Prose(const std::string& text) {
   return Join(paragraphs, ".PP\n");
 }
 
-// Lines that are set in stay lines of their own: they are a list.
+// Indented lines stay lines of their own: they are a list.
 std::string OptionText(const std::string& description) {
   std::string page;
-  bool wasSetIn = false;
+  bool wasIndented = false;
   for (const std::string& line : Split(description, "\n")) {
-    const bool isSetIn = line.starts_with(' ');
-    if (isSetIn || wasSetIn) page += ".br\n";
+    const bool isIndented = line.starts_with(' ');
+    if (isIndented || wasIndented) page += ".br\n";
     page += Fill(line);
-    wasSetIn = isSetIn;
+    wasIndented = isIndented;
   }
   return page;
 }

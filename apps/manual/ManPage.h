@@ -9,7 +9,7 @@
 
 namespace Manual {
 
-// `footer`: the text below every help, which tells the exit codes; `date`: of the release, ISO 8601.
+// `footer`: the text at the end of every help, with the exit codes; `date`: of the release, ISO 8601.
 std::string ManPage(const std::vector<S_Command>& commands, const std::string& footer, const std::string& date);
 
 }  // namespace Manual

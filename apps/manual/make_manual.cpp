@@ -1,4 +1,4 @@
-// Writes the man page or a completion script of the program: the build runs it, and what it writes is installed.
+// Writes the man page or a completion script of the program. The build runs it; its output is installed.
 #include <CLI/CLI.hpp>
 #include <fstream>
 #include <iostream>
@@ -7,7 +7,7 @@
 #include "apps/manual/CommandTree.h"
 #include "apps/manual/Completions.h"
 #include "apps/manual/ManPage.h"
-#include "apps/velagnss/CommandLine.h"
+#include "apps/velagnss/commands/CommandLine.h"
 
 int main(int argc, char** argv) {
   const std::string_view kind = argc > 2 ? argv[1] : "";

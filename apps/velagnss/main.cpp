@@ -1,9 +1,9 @@
-// The host program: reads what a receiver sent and shows what is in it.
-#include "apps/velagnss/CommandLine.h"
-#include "apps/velagnss/Diagnostics.h"
-#include "apps/velagnss/ExitCodes.h"
-#include "apps/velagnss/FileDescriptor.h"
-#include "apps/velagnss/Signals.h"
+// The velagnss program: reads what a receiver sent and shows what is in it.
+#include "apps/velagnss/commands/CommandLine.h"
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/os/ExitCodes.h"
+#include "apps/velagnss/os/FileDescriptor.h"
+#include "apps/velagnss/os/Signals.h"
 
 using namespace Host;
 
@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
   try {
     const int code = C_CommandLine().Run(argc, argv);
     return SignalReceived() != 0 ? kExitSignalBase + SignalReceived() : code;
-  } catch (...) {  // nothing throws but the allocation of memory
+  } catch (...) {  // only the allocation of memory throws
     ReportOutOfMemory();
     return eExitInput;
   }

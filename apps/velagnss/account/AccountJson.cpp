@@ -1,0 +1,116 @@
+#include "apps/velagnss/account/AccountJson.h"
+
+#include "apps/velagnss/text/RejectionNumber.h"
+#include "apps/velagnss/text/Units.h"
+#include "stream/Names.h"
+
+namespace Host {
+namespace {
+
+void WriteMessages(C_JsonWriter& json, const C_StreamAccount& account) {
+  json.Key("messages").BeginArray();
+  for (const S_MessageCount& entry : account.Messages()) {
+    json.BeginObject();
+    json.Key("protocol").String(velagnss::ProtocolName(entry.protocol));
+    json.Key("message").String(velagnss::MessageName(entry.protocol, entry.message).Text());
+    json.Key("number").IntegerOrNull(velagnss::MessageNumber(entry.message));
+    json.Key("count").Integer(entry.count);
+    json.Key("faults").Integer(entry.faults);
+    json.Key("per_second").Number(account.RateOf(entry.count));
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+void WriteTime(C_JsonWriter& json, const C_StreamAccount& account) {
+  json.Key("time");
+  if (!account.Epochs().First()) return json.Null();
+  json.BeginObject();
+  json.Key("first").String(account.TimeText(*account.Epochs().First()).Text());
+  json.Key("last").String(account.TimeText(*account.Epochs().Last()).Text());
+  json.Key("duration_s").Number(account.Duration());
+  json.Key("usual_step_s").Number(account.Epochs().Interval());
+  json.Key("gaps").BeginArray();
+  for (const S_TimeGap& gap : account.Epochs().Gaps()) {
+    json.BeginObject();
+    json.Key("offset").Integer(gap.offset);
+    json.Key("from").String(account.TimeText(gap.from).Text());
+    json.Key("to").String(account.TimeText(gap.to).Text());
+    json.Key("seconds").Number(static_cast<double>(gap.Milliseconds()) / 1000);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+}
+
+void WritePosition(C_JsonWriter& json, const C_StreamAccount& account) {
+  json.Key("position");
+  const std::optional<S_PositionSummary> position = account.Position();
+  if (!position) return json.Null();
+  json.BeginObject();
+  json.Key("fixes").Integer(position->fixes);
+  json.Key("latitude_deg").Number(position->latitude * kDegreesPerRadian);
+  json.Key("longitude_deg").Number(position->longitude * kDegreesPerRadian);
+  json.Key("height_m").Number(position->height);
+  json.Key("altitude_m").Number(position->altitude);
+  json.Key("spread_north_m").Number(position->spreadNorth);
+  json.Key("spread_east_m").Number(position->spreadEast);
+  json.Key("spread_up_m").Number(position->spreadUp);
+  json.Key("radius_50_m").Number(position->radius50);
+  json.Key("radius_95_m").Number(position->radius95);
+  json.EndObject();
+}
+
+void WriteIntegrity(C_JsonWriter& json, const C_StreamAccount& account) {
+  json.Key("integrity").BeginObject();
+  json.Key("checksum_errors").Integer(account.ChecksumErrors());
+  json.Key("rejected_starts").Integer(account.RejectedStarts());
+  json.Key("skipped_ranges").Integer(account.Skipped().Count());
+  json.Key("false_starts").BeginArray();
+  for (const S_FalseStart& start : account.FalseStarts().Entries()) {
+    json.BeginObject();
+    json.Key("offset").Integer(start.offset);
+    json.Key("result").Integer(RejectionNumber(start.reason));
+    json.Key("why").String(velagnss::ReasonText(start.reason));
+    json.EndObject();
+  }
+  json.EndArray();
+  json.Key("skipped").BeginArray();
+  for (const S_SkippedBytes& range : account.Skipped().Entries()) {
+    json.BeginObject();
+    json.Key("offset").Integer(range.offset);
+    json.Key("length").Integer(range.length);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+}
+
+}  // namespace
+
+void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
+  json.BeginObject();
+  json.Key("schema").Integer(kSchemaVersion);
+  json.Key("report").String("stat");
+  json.Key("input").String(account.Input());
+  json.Key("bytes").BeginObject();
+  json.Key("total").Integer(account.Bytes());
+  json.Key("accepted").Integer(account.AtEnd().bytesAccepted);
+  json.Key("discarded").Integer(account.AtEnd().bytesDiscarded);
+  json.Key("queued").Integer(account.Queued());
+  json.EndObject();
+  json.Key("frames").BeginObject();
+  json.Key("good").Integer(account.FramesGood());
+  json.Key("bad").Integer(account.FramesBad());
+  json.Key("bad_percent").Number(account.BadPercent());
+  json.Key("recovered_at_end").Integer(account.FramesGood() - account.AtEnd().framesGood);
+  json.EndObject();
+  WriteMessages(json, account);
+  WriteTime(json, account);
+  WritePosition(json, account);
+  WriteIntegrity(json, account);
+  json.EndObject();
+  json.EndLine();
+}
+
+}  // namespace Host

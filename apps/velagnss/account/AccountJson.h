@@ -1,0 +1,15 @@
+// The account of one input as JSON; docs/json.md describes the object.
+#ifndef VELAGNSS_APPS_ACCOUNT_JSON_H
+#define VELAGNSS_APPS_ACCOUNT_JSON_H
+
+#include "apps/velagnss/account/StreamAccount.h"
+#include "apps/velagnss/text/JsonWriter.h"
+
+namespace Host {
+
+// A line.
+void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account);
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_ACCOUNT_JSON_H

@@ -1,0 +1,109 @@
+#include "apps/velagnss/account/AccountTable.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/text/Units.h"
+#include "stream/Names.h"
+
+namespace Host {
+namespace {
+
+constexpr std::size_t kShortList = 10;
+
+template <class... Arguments>
+void Line(std::string& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+  fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
+  text += '\n';
+}
+
+std::string NumberText(double value, int decimals) {
+  return std::isfinite(value) ? fmt::format("{:.{}f}", value, decimals) : "-";
+}
+
+void AppendRest(std::string& table, std::uint64_t count, std::size_t shown) {
+  if (count > shown) Line(table, "  and {} more", count - shown);
+}
+
+void AppendMessages(std::string& table, const C_StreamAccount& account) {
+  if (account.Messages().empty()) return;
+  Line(table, "\n  {:<10}{:<14}{:>10}{:>12}{:>10}", "protocol", "message", "count", "per second", "faults");
+  for (const S_MessageCount& entry : account.Messages()) {
+    const double rate = account.RateOf(entry.count);
+    Line(table, "  {:<10}{:<14}{:>10}{:>12}{:>10}", velagnss::ProtocolName(entry.protocol),
+         velagnss::MessageName(entry.protocol, entry.message).Text(), entry.count,
+         std::isnan(rate) ? "-" : fmt::format("{:.3f}", rate), entry.faults);
+  }
+}
+
+void AppendTime(std::string& table, const C_StreamAccount& account, std::size_t maxRows) {
+  if (!account.Epochs().First()) return;
+  const std::vector<S_TimeGap> gaps = account.Epochs().Gaps();
+  Line(table, "\n  first time  {}", account.TimeText(*account.Epochs().First()).Text());
+  Line(table, "  last time   {}", account.TimeText(*account.Epochs().Last()).Text());
+  Line(table, "  interval    {} s, gaps {}", account.Epochs().Interval(), account.Epochs().GapCount());
+  const std::size_t shown = std::min(maxRows, gaps.size());
+  for (std::size_t i = 0; i < shown; ++i) {
+    const S_TimeGap& gap = gaps[i];
+    Line(table, "  {:>14}  gap of {:.3f} s after {}", gap.offset, gap.to - gap.from, account.TimeText(gap.from).Text());
+  }
+  AppendRest(table, account.Epochs().GapCount(), shown);
+}
+
+void AppendPosition(std::string& table, const C_StreamAccount& account) {
+  const std::optional<S_PositionSummary> position = account.Position();
+  if (!position) return;
+  Line(table, "\n  fixes          {}", position->fixes);
+  Line(table, "  mean position  {} {} deg", NumberText(position->latitude * kDegreesPerRadian, 9),
+       NumberText(position->longitude * kDegreesPerRadian, 9));
+  Line(table, "  mean height    {} m above the ellipsoid, {} m above sea level", NumberText(position->height, 4),
+       NumberText(position->altitude, 4));
+  Line(table, "  spread         {} m north, {} m east, {} m up", NumberText(position->spreadNorth, 4),
+       NumberText(position->spreadEast, 4), NumberText(position->spreadUp, 4));
+  Line(table, "  horizontally   50 % of fixes within {} m, 95 % within {} m", NumberText(position->radius50, 4),
+       NumberText(position->radius95, 4));
+}
+
+void AppendIntegrity(std::string& table, const C_StreamAccount& account, std::size_t maxRows) {
+  if (account.Skipped().Count() == 0) return;
+  Line(table, "\n  {:>14}  {}", "offset", "skipped bytes and reason");
+  auto start = account.FalseStarts().Entries().begin();
+  std::size_t shown = 0;
+  for (const S_SkippedBytes& range : account.Skipped().Entries()) {
+    if (shown++ == maxRows) break;
+    Line(table, "  {:>14}  {} bytes", range.offset, range.length);
+    for (; start != account.FalseStarts().Entries().end() && start->offset < range.offset + range.length; ++start)
+      Line(table, "  {:>14}    {}", start->offset, velagnss::ReasonText(start->reason));
+  }
+  AppendRest(table, account.Skipped().Count(), std::min<std::size_t>(maxRows, account.Skipped().Entries().size()));
+}
+
+}  // namespace
+
+std::string AccountTable(const C_StreamAccount& account, bool isLong) {
+  const std::size_t maxRows = isLong ? account.Skipped().kCapacity : kShortList;
+  std::string table;
+  Line(table, "{}", Printable(account.Input()));
+  Line(table, "  {:<16}{:>14}", "bytes", account.Bytes());
+  Line(table, "  {:<16}{:>14}  {:6.2f} %", "accepted", account.AtEnd().bytesAccepted,
+       Percent(account.AtEnd().bytesAccepted, account.Bytes()));
+  Line(table, "  {:<16}{:>14}  {:6.2f} %", "discarded", account.AtEnd().bytesDiscarded,
+       Percent(account.AtEnd().bytesDiscarded, account.Bytes()));
+  Line(table, "  {:<16}{:>14}  {:6.2f} %", "still queued", account.Queued(),
+       Percent(account.Queued(), account.Bytes()));
+  Line(table, "  {:<16}{:>14}", "frames good", account.FramesGood());
+  Line(table, "  {:<16}{:>14}  {:6.2f} %", "frames damaged", account.FramesBad(), account.BadPercent());
+  Line(table, "  {:<16}{:>14}", "checksum errors", account.ChecksumErrors());
+  Line(table, "  {:<16}{:>14}", "rejected starts", account.RejectedStarts());
+  Line(table, "  {:<16}{:>14}", "skipped ranges", account.Skipped().Count());
+  AppendMessages(table, account);
+  AppendTime(table, account, maxRows);
+  AppendPosition(table, account);
+  AppendIntegrity(table, account, maxRows);
+  return table;
+}
+
+}  // namespace Host

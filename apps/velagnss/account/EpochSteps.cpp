@@ -1,0 +1,54 @@
+#include "apps/velagnss/account/EpochSteps.h"
+
+namespace Host {
+namespace {
+
+constexpr double kGapFactor = 1.5;        // of the interval
+constexpr std::size_t kMaxSteps = 10000;  // different lengths that are counted
+constexpr long kMaxLate = 10000;          // ms that a sentence may be late, as in tracks
+constexpr std::size_t kMaxStepsKept = 1000;
+
+}  // namespace
+
+void C_EpochSteps::Note(std::uint64_t offset, double seconds) {
+  if (std::isnan(seconds)) return;
+  if (!m_first) m_first = seconds;
+  const S_TimeGap step{offset, m_last.value_or(seconds), seconds};
+  const long length = step.Milliseconds();
+  if (length < 0 && length >= -kMaxLate) return;
+  m_last = seconds;
+  if (length <= 0) return;
+  Count(length);
+  Keep(step);
+}
+
+void C_EpochSteps::Count(long step) {
+  if (m_counts.size() == kMaxSteps && !m_counts.contains(step)) return;
+  const std::uint64_t count = ++m_counts[step];
+  const std::uint64_t most = m_interval == 0 ? 0 : m_counts[m_interval];
+  if (count > most || (count == most && step < m_interval)) m_interval = step;
+}
+
+// What looks like a gap takes the place of what does not.
+void C_EpochSteps::Keep(const S_TimeGap& step) {
+  if (m_steps.size() == kMaxStepsKept && IsGap(step.Milliseconds())) m_steps = Gaps();
+  if (m_steps.size() < kMaxStepsKept) m_steps.push_back(step);
+}
+
+bool C_EpochSteps::IsGap(long step) const {
+  return static_cast<double>(step) > kGapFactor * static_cast<double>(m_interval);
+}
+
+std::uint64_t C_EpochSteps::GapCount() const {
+  std::uint64_t count = 0;
+  for (const auto& [step, times] : m_counts) count += IsGap(step) ? times : 0;
+  return count;
+}
+
+std::vector<S_TimeGap> C_EpochSteps::Gaps() const {
+  std::vector<S_TimeGap> gaps = m_steps;
+  std::erase_if(gaps, [this](const S_TimeGap& step) { return !IsGap(step.Milliseconds()); });
+  return gaps;
+}
+
+}  // namespace Host

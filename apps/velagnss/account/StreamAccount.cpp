@@ -1,0 +1,63 @@
+#include "apps/velagnss/account/StreamAccount.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace Host {
+
+double Percent(std::uint64_t part, std::uint64_t whole) {
+  return whole == 0 ? 0 : 100.0 * static_cast<double>(part) / static_cast<double>(whole);
+}
+
+void C_StreamAccount::BeginInput(const std::string& name) {
+  *this = C_StreamAccount();
+  m_input = name;
+}
+
+void C_StreamAccount::OnFrame(const S_FrameRecord& record) {
+  S_MessageCount& entry = CountOf(record.frame);
+  ++entry.count;
+  if (record.decoded.hasDataError) ++entry.faults;
+  m_epochs.Note(record.frame.offset, record.clock.Seconds());
+  m_position.Note(record.decoded.record);
+}
+
+S_MessageCount& C_StreamAccount::CountOf(const velagnss::Frame& frame) {
+  const auto found = std::find_if(m_messages.begin(), m_messages.end(), [&](const S_MessageCount& entry) {
+    return entry.protocol == frame.protocol && entry.message == frame.message;
+  });
+  return found != m_messages.end() ? *found : m_messages.emplace_back(S_MessageCount{frame.protocol, frame.message});
+}
+
+void C_StreamAccount::OnRejection(const velagnss::RejectedStart& start) {
+  ++(start.reason == velagnss::RejectedStart::Reason::Checksum ? m_checksumErrors : m_rejectedStarts);
+  m_falseStarts.Add({start.offset, start.reason});
+}
+
+void C_StreamAccount::OnSkipped(const velagnss::SkippedRange& range) { m_skipped.Add({range.offset, range.length}); }
+
+void C_StreamAccount::EndInput(const S_InputEnd& end) {
+  m_clock = end.clock;
+  m_bytes = end.reader.BytesFed();
+  m_queued = end.reader.QueuedAtFinish();
+  m_atEnd = end.reader.TotalsAtFinish();
+  m_framesGood = end.reader.Totals().framesGood;
+  m_framesBad = end.reader.Totals().framesBad;
+  std::sort(m_messages.begin(), m_messages.end(), [](const S_MessageCount& a, const S_MessageCount& b) {
+    return std::pair(a.protocol, a.message) < std::pair(b.protocol, b.message);
+  });
+}
+
+double C_StreamAccount::BadPercent() const { return Percent(m_framesBad, m_framesGood + m_framesBad); }
+
+double C_StreamAccount::Duration() const {
+  if (!m_epochs.First()) return 0;
+  return *m_epochs.Last() - *m_epochs.First() + m_epochs.Interval();
+}
+
+double C_StreamAccount::RateOf(std::uint64_t count) const {
+  return Duration() > 0 ? static_cast<double>(count) / Duration() : std::nan("");
+}
+
+}  // namespace Host

@@ -1,0 +1,93 @@
+#include "apps/velagnss/commands/Arguments.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/os/ExitCodes.h"
+#include "apps/velagnss/text/Lists.h"
+#include "apps/velagnss/text/MessageNames.h"
+#include "apps/velagnss/text/Units.h"
+#include "stream/Names.h"
+
+namespace Host {
+namespace {
+
+constexpr std::uint64_t kMaxReadSize = std::uint64_t{1} << 30;
+
+std::string CheckSeed(const std::string& text) {
+  if (ParseSeed(text)) return {};
+  return "'" + text + "' is not a GPS week from 1 on and its seconds, as in 2300:345600";
+}
+
+std::string CheckSearch(const std::string& list) {
+  if (ParseSearchList(list, false)) return {};
+  return "'" + list + "' names an unknown protocol; known: " + ProtocolNames();
+}
+
+}  // namespace
+
+int ReportUsage(std::string_view command, std::string_view message) {
+  ReportError(fmt::format("{}; see 'velagnss {}{}--help'", message, command, command.empty() ? "" : " "));
+  return eExitUsage;
+}
+
+std::optional<C_GnssTime> ParseSeed(std::string_view text) {
+  const std::size_t colon = text.find(':');
+  if (colon == std::string_view::npos) return std::nullopt;
+  unsigned short week = 0;
+  double seconds = 0;
+  if (!ParseWhole(text.substr(0, colon), week) || !ParseWhole(text.substr(colon + 1), seconds)) return std::nullopt;
+  if (week == 0 || !(seconds >= 0 && seconds < kSecondsPerWeek)) return std::nullopt;
+  return C_GnssTime(week, seconds, ALGO::GNSS_GPS);
+}
+
+std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::string_view list, bool acknowledgements) {
+  std::vector<C_RawDataMessage::eProtocols> protocols;
+  for (unsigned int i = 0; list.empty() && i < kNumProtocols; ++i)
+    if (i != C_RawDataMessage::eVelaCmdAck) protocols.push_back(C_RawDataMessage::eProtocols{i});
+  for (const std::string_view name : list.empty() ? std::vector<std::string_view>{} : SplitList(list)) {
+    const std::optional<C_RawDataMessage::eProtocols> protocol = velagnss::FindProtocol(name);
+    if (!protocol) return std::nullopt;
+    protocols.push_back(*protocol);
+  }
+  if (acknowledgements) protocols.push_back(C_RawDataMessage::eVelaCmdAck);
+  return protocols;
+}
+
+void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
+  app.add_option("INPUT", stream.input.names, "files or devices; '-' or nothing for standard input")
+      ->option_text("...");
+  app.add_option("--search", stream.search, "search for these protocols only, of:\n" + ProtocolNames())
+      ->option_text("LIST")
+      ->check(&CheckSearch);
+  app.add_flag("--acks", stream.acknowledgements,
+               "search for command acknowledgements, too; they have no checksum\nand swallow text up to the line end");
+  app.add_option("--read-size", stream.input.readSize,
+                 "bytes to read at once (default: 262144); the output does not depend on it")
+      ->option_text("BYTES")
+      ->check(NumberBetween(std::uint64_t{1}, kMaxReadSize, "a whole number from 1 to 1073741824"));
+}
+
+void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
+  app.add_option("--seed", stream.seed,
+                 "GPS week and seconds of the recording, to complete broadcast weeks\n"
+                 "(default: the first date in the stream)")
+      ->option_text("WEEK:SECONDS")
+      ->check(&CheckSeed);
+}
+
+S_RunOptions RunOptions(const S_StreamArguments& stream) {
+  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed)};
+}
+
+void DeclareOutput(CLI::App& app, std::string& output) {
+  app.add_option("-o,--output", output, "write to this file instead of standard output")->option_text("FILE");
+}
+
+std::string CheckOutput(const S_InputOptions& input, const std::string& output) {
+  return IsAnInput(input, output) ? output + ": is also an input; write to another file" : "";
+}
+
+}  // namespace Host

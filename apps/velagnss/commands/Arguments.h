@@ -1,0 +1,63 @@
+// Options that several commands share, and their readers.
+#ifndef VELAGNSS_APPS_ARGUMENTS_H
+#define VELAGNSS_APPS_ARGUMENTS_H
+
+#include <fmt/format.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "apps/velagnss/input/Inputs.h"
+#include "apps/velagnss/pipeline/RecordRun.h"
+#include "apps/velagnss/text/Numbers.h"
+
+namespace CLI {
+class App;
+}
+
+namespace Host {
+
+// Reports what is wrong with the arguments and points to the help; returns eExitUsage.
+int ReportUsage(std::string_view command, std::string_view message);
+
+// A check for an option's text: a number from `least` to `greatest`. Stricter than what CLI11 reads. `range` says in
+// words what is allowed.
+template <class Number>
+auto NumberBetween(Number least, Number greatest, const char* range) {
+  return [least, greatest, range](const std::string& text) -> std::string {
+    Number number{};
+    if (ParseWhole(text, number) && number >= least && number <= greatest) return {};
+    return fmt::format("must be {}, not '{}'", range, text);
+  };
+}
+
+// "WEEK:SECONDS": a GPS week without roll-over and the seconds of that week; nothing for any other text.
+std::optional<C_GnssTime> ParseSeed(std::string_view text);
+
+// The protocols of `list` (names with commas), or all of them when it is empty. Acknowledgements are only among them
+// when named or asked for: they have no checksum and take the text up to the next line end with them. Nothing when a
+// name is unknown.
+std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::string_view list, bool acknowledgements);
+
+// The arguments of every command that reads streams.
+struct S_StreamArguments {
+  S_InputOptions input;
+  std::string search;  // protocols to look for
+  bool acknowledgements = false;
+  std::string seed;  // empty or a text that `ParseSeed` understands
+};
+void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream);
+void DeclareSeed(CLI::App& app, S_StreamArguments& stream);
+
+// How the arguments, which have been checked, want streams to be read.
+S_RunOptions RunOptions(const S_StreamArguments& stream);
+
+// The option -o, and whether it may be written to: an error text when it is an input.
+void DeclareOutput(CLI::App& app, std::string& output);
+std::string CheckOutput(const S_InputOptions& input, const std::string& output);
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_ARGUMENTS_H

@@ -1,0 +1,135 @@
+#include "apps/velagnss/commands/ConvertCommand.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "apps/velagnss/commands/Arguments.h"
+#include "apps/velagnss/nmea/SentenceConverter.h"
+#include "apps/velagnss/pipeline/NoFrameWarning.h"
+#include "apps/velagnss/rinex/NavConverter.h"
+#include "apps/velagnss/sinks/OutputRun.h"
+#include "apps/velagnss/text/Lists.h"
+#include "apps/velagnss/track/TrackConverter.h"
+
+namespace Host {
+namespace {
+
+struct S_ConvertOptions {
+  S_StreamArguments stream;
+  std::string format;
+  std::string output = "-";
+  S_RinexNavOptions rinexNav;
+};
+
+struct S_Format {
+  std::string_view name;
+  std::string_view contents;     // for the help
+  std::string_view optionGroup;  // the heading above its own options in the help; empty when it has none
+  std::unique_ptr<C_TextConsumer> (*make)(const S_ConvertOptions& options);
+};
+
+template <std::unique_ptr<C_TrackFormat> (*Make)()>
+std::unique_ptr<C_TextConsumer> Track(const S_ConvertOptions&) {
+  return MakeTrackConverter(Make());
+}
+std::unique_ptr<C_TextConsumer> Sentences(const S_ConvertOptions&) { return MakeSentenceConverter(); }
+std::unique_ptr<C_TextConsumer> RinexNav(const S_ConvertOptions& options) { return MakeNavConverter(options.rinexNav); }
+
+// clang-format off
+constexpr S_Format kFormats[] = {
+    {"rinex-nav", "broadcast ephemerides, RINEX 3.05", kRinexNavGroup,  &RinexNav},
+    {"nmea",      "the checked NMEA 0183 sentences",   "",              &Sentences},
+    {"csv",       "a position per epoch, RFC 4180",    "",              &Track<&MakeCsvTrack>},
+    {"gpx",       "the same, GPX 1.1",                 "",              &Track<&MakeGpxTrack>},
+    {"kml",       "the same, KML 2.2",                 "",              &Track<&MakeKmlTrack>},
+    {"geojson",   "the same, RFC 7946",                "",              &Track<&MakeGeoJsonTrack>},
+};
+// clang-format on
+
+const S_Format* FindFormat(std::string_view name) {
+  const auto* const format =
+      std::find_if(std::begin(kFormats), std::end(kFormats), [name](const S_Format& row) { return row.name == name; });
+  return format == std::end(kFormats) ? nullptr : format;
+}
+
+std::string CheckFormat(const std::string& name) {
+  return FindFormat(name) != nullptr ? "" : "unknown format '" + name + "'; known: " + FormatNames();
+}
+
+std::string FormatHelp() {
+  std::string help = "what to write:\n";
+  for (const S_Format& format : kFormats) help += fmt::format("  {:<10} {}\n", format.name, format.contents);
+  return help +
+         "the position comes from GGA, else GNS, RMC or GLL, in this order,\n"
+         "completed from the others of its epoch; without a fix there is none";
+}
+
+bool IsFormatGroup(std::string_view group) {
+  return !group.empty() && std::any_of(std::begin(kFormats), std::end(kFormats),
+                                       [group](const S_Format& format) { return format.optionGroup == group; });
+}
+
+class C_ConvertCommand : public C_Command {
+ public:
+  void Declare(CLI::App& app) override;
+  int Run() override;
+
+ private:
+  std::string OptionOfOtherFormat(const S_Format& format) const;
+  int Convert(C_TextConsumer& converter) const;
+
+  S_ConvertOptions m_options;
+  const CLI::App* m_app = nullptr;
+};
+
+void C_ConvertCommand::Declare(CLI::App& app) {
+  m_app = &app;
+  DeclareStreamArguments(app, m_options.stream);
+  app.add_option("--to", m_options.format, FormatHelp())->option_text("FORMAT")->required()->check(&CheckFormat);
+  DeclareOutput(app, m_options.output);
+  DeclareSeed(app, m_options.stream);
+  DeclareRinexNavOptions(app, m_options.rinexNav);
+}
+
+// The first option given that belongs to other formats; empty when there is none.
+std::string C_ConvertCommand::OptionOfOtherFormat(const S_Format& format) const {
+  for (const CLI::Option* option : m_app->get_options())
+    if (option->count() > 0 && option->get_group() != format.optionGroup && IsFormatGroup(option->get_group()))
+      return option->get_name();
+  return {};
+}
+
+int C_ConvertCommand::Run() {
+  const S_Format& format = *FindFormat(m_options.format);
+  if (const std::string option = OptionOfOtherFormat(format); !option.empty())
+    return ReportUsage("convert", fmt::format("{} is not an option of --to {}", option, format.name));
+  if (const std::string error = CheckOutput(m_options.stream.input, m_options.output); !error.empty())
+    return ReportUsage("convert", error);
+  return Convert(*format.make(m_options));
+}
+
+int C_ConvertCommand::Convert(C_TextConsumer& converter) const {
+  C_OutputRun output;
+  if (!output.Open(m_options.output)) return eExitOutput;
+  C_NoFrameWarning warning(InputsText(m_options.stream.input));
+  C_RecordRun run(RunOptions(m_options.stream), {&warning, &converter});
+  return output.Run(m_options.stream.input, run, converter, [&] { return run.Judge(); });
+}
+
+}  // namespace
+
+std::string FormatNames() { return JoinNames(kFormats, &S_Format::name); }
+
+const S_CommandEntry kConvertCommand = {
+    "convert",
+    "The inputs in another program's format.\n\n"
+    "Examples:\n"
+    "  velagnss convert --to gpx -o track.gpx session.bin                   its track: gpx, kml, geojson, csv\n"
+    "  velagnss convert --to nmea session.bin > session.nmea                its sentences without the rest\n"
+    "  velagnss convert --to rinex-nav -o brdc.rnx session.bin              ephemerides of all systems\n"
+    "  velagnss convert --to rinex-nav --system glonass a.bin b.bin         of one system, from two inputs\n",
+    []() -> std::unique_ptr<C_Command> { return std::make_unique<C_ConvertCommand>(); }};
+
+}  // namespace Host

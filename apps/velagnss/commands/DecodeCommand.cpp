@@ -1,0 +1,107 @@
+#include "apps/velagnss/commands/DecodeCommand.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <limits>
+
+#include "apps/velagnss/commands/Arguments.h"
+#include "apps/velagnss/json/JsonLines.h"
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/pipeline/NoFrameWarning.h"
+#include "apps/velagnss/sinks/OutputRun.h"
+
+namespace Host {
+namespace {
+
+class C_DecodeCommand : public C_Command {
+ public:
+  void Declare(CLI::App& app) override;
+  int Run() override;
+
+ private:
+  int Decode(const S_JsonLinesOptions& options) const;
+  eExitCode Judge(const C_JsonLines& lines, const C_RecordRun& run) const;
+  std::string FillFilter(C_MessageFilter& filter) const;
+
+  S_StreamArguments m_stream;
+  std::vector<std::string> m_protocols;
+  std::vector<std::string> m_messages;
+  std::string m_output = "-";
+  S_JsonLinesOptions m_lines;
+  bool m_isStrict = false;
+};
+
+void C_DecodeCommand::Declare(CLI::App& app) {
+  DeclareStreamArguments(app, m_stream);
+  DeclareOutput(app, m_output);
+  app.add_option("--proto", m_protocols, "show only these protocols, named as for --search")
+      ->option_text("LIST")
+      ->allow_extra_args(false);
+  app.add_option("--msg", m_messages, "show only these messages: GGA,BIN95,1077, or one every 10 s: GGA:10")
+      ->option_text("LIST")
+      ->allow_extra_args(false);
+  app.add_option("-n", m_lines.count, "stop after this many frames")
+      ->option_text("COUNT")
+      ->check(NumberBetween(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max(), "a whole number, 1 or more"));
+  DeclareSeed(app, m_stream);
+  app.add_flag("--frames", m_lines.framesOnly, "envelopes only: decode nothing");
+  app.add_flag("--hex", m_lines.hex, "add the bytes of each frame");
+  app.add_flag("--events", m_lines.events, "add an object for each rejected start and each skipped range");
+  app.add_flag("--strict", m_isStrict, "exit with 1 when anything in the inputs is damaged or skipped");
+}
+
+int C_DecodeCommand::Run() {
+  S_JsonLinesOptions options = m_lines;
+  if (const std::string error = FillFilter(options.filter); !error.empty()) return ReportUsage("decode", error);
+  if (const std::string error = CheckOutput(m_stream.input, m_output); !error.empty())
+    return ReportUsage("decode", error);
+  options.namesInput = m_stream.input.names.size() > 1;
+  return Decode(options);
+}
+
+std::string C_DecodeCommand::FillFilter(C_MessageFilter& filter) const {
+  for (const std::string& list : m_protocols)
+    if (const std::optional<std::string> error = filter.AddProtocols(list)) return "--proto: " + *error;
+  for (const std::string& list : m_messages)
+    if (const std::optional<std::string> error = filter.AddMessages(list)) return "--msg: " + *error;
+  return {};
+}
+
+int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
+  C_OutputRun output;
+  if (!output.Open(m_output)) return eExitOutput;
+  C_JsonLines lines(options);
+  C_RecordRun run(RunOptions(m_stream), {&lines});
+  return output.Run(m_stream.input, run, lines.Text(), [&] { return Judge(lines, run); });
+}
+
+eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& run) const {
+  ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
+                           lines.FramesWritten(), lines.DataErrors()));
+  if (lines.FramesWritten() == 0) {
+    if (run.FramesFound() > 0)
+      ReportWarning(fmt::format("none of {} frames passed --proto and --msg", run.FramesFound()));
+    else if (run.BytesRead() > 0)
+      ReportNoFrame(InputsText(m_stream.input), run.BytesRead());
+    return eExitData;
+  }
+  if (!m_isStrict || lines.DataErrors() == 0) return eExitOk;
+  ReportError(fmt::format("{} faults in the data: --events shows what was skipped, \"error\" what cannot be decoded",
+                          lines.DataErrors()));
+  return eExitData;
+}
+
+}  // namespace
+
+const S_CommandEntry kDecodeCommand = {
+    "decode",
+    "Every frame as one JSON object per line.\n\n"
+    "Examples:\n"
+    "  velagnss decode session.bin                        all frames, all fields\n"
+    "  velagnss decode --msg RMC:60,BIN95 session.bin     a position per minute, and GPS ephemerides\n"
+    "  velagnss decode --events --hex -o all.json a.bin   also what was skipped and why, and the bytes\n"
+    "  cat /dev/ttyUSB0 | velagnss decode | jq .fields    live\n",
+    []() -> std::unique_ptr<C_Command> { return std::make_unique<C_DecodeCommand>(); }};
+
+}  // namespace Host

@@ -1,0 +1,107 @@
+#include "apps/velagnss/commands/StatCommand.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/velagnss/account/AccountJson.h"
+#include "apps/velagnss/account/AccountTable.h"
+#include "apps/velagnss/commands/Arguments.h"
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/pipeline/NoFrameWarning.h"
+#include "apps/velagnss/pipeline/TextConsumer.h"
+#include "apps/velagnss/sinks/OutputRun.h"
+
+namespace Host {
+namespace {
+
+// Shows the account of an input when it has ended. It comes after the account among the consumers.
+class C_AccountWriter : public C_TextConsumer {
+ public:
+  C_AccountWriter(const C_StreamAccount& account, bool isJson, double maxBadPercent, C_Output& output)
+      : m_account(account), m_isJson(isJson), m_maxBadPercent(maxBadPercent), m_output(output) {}
+
+  void OnFrame(const S_FrameRecord&) override {}
+  void EndInput(const S_InputEnd&) override;
+  eExitCode Judge() const override { return m_isAllGood ? eExitOk : eExitData; }
+
+ private:
+  void Show();
+  void JudgeInput();
+
+  const C_StreamAccount& m_account;
+  bool m_isJson;
+  double m_maxBadPercent;
+  C_Output& m_output;
+  bool m_isFirst = true;
+  bool m_isAllGood = true;
+};
+
+// The account is on the screen before a message about it.
+void C_AccountWriter::EndInput(const S_InputEnd&) {
+  Show();
+  m_output.Flush(*this);
+  JudgeInput();
+}
+
+void C_AccountWriter::Show() {
+  if (m_isJson) {
+    C_JsonWriter json;
+    WriteAccount(json, m_account);
+    m_text += json.Text();
+    return;
+  }
+  m_text += m_isFirst ? "" : "\n";
+  m_text += AccountTable(m_account, Verbosity() == eVerbosity::Verbose);
+  m_isFirst = false;
+}
+
+void C_AccountWriter::JudgeInput() {
+  if (m_account.FramesGood() == 0 && m_account.Bytes() > 0) ReportNoFrame(m_account.Input(), m_account.Bytes());
+  const bool isTooBad = m_account.BadPercent() > m_maxBadPercent;
+  if (isTooBad) {
+    ReportError(fmt::format("{}: {:.2f} % of the frames are damaged, more than --max-bad {} %; -v shows where",
+                            m_account.Input(), m_account.BadPercent(), m_maxBadPercent));
+  }
+  m_isAllGood = m_isAllGood && !isTooBad && m_account.FramesGood() > 0;
+}
+
+class C_StatCommand : public C_Command {
+ public:
+  void Declare(CLI::App& app) override {
+    DeclareStreamArguments(app, m_stream);
+    app.add_flag("--json", m_isJson, "one JSON object per input instead of a table");
+    app.add_option("--max-bad", m_maxBadPercent,
+                   "exit with 1 when more than this percentage of an input's frames is damaged")
+        ->option_text("PERCENT")
+        ->check(NumberBetween(0.0, 100.0, "a number from 0 to 100"));
+    m_stream.input.progress = S_InputOptions::eProgress::Always;
+  }
+
+  int Run() override {
+    C_OutputRun output;
+    if (!output.Open("-")) return eExitOutput;
+    C_StreamAccount account;
+    C_AccountWriter writer(account, m_isJson, m_maxBadPercent, output.Output());
+    C_RecordRun run(RunOptions(m_stream), {&account, &writer});
+    return output.Run(m_stream.input, run, writer, [&] { return run.Judge(); });
+  }
+
+ private:
+  S_StreamArguments m_stream;
+  bool m_isJson = false;
+  double m_maxBadPercent = 100;
+};
+
+}  // namespace
+
+const S_CommandEntry kStatCommand = {
+    "stat",
+    "What is in the inputs, how much of it is damaged, and where.\n\n"
+    "Examples:\n"
+    "  velagnss stat session.bin                   counts, rates, gaps, mean position, damage\n"
+    "  velagnss -v stat session.bin                also every place of damage\n"
+    "  velagnss stat --json --max-bad 1 *.bin      for scripts: exit code 1 when more than 1 % is damaged\n",
+    []() -> std::unique_ptr<C_Command> { return std::make_unique<C_StatCommand>(); }};
+
+}  // namespace Host

@@ -1,0 +1,50 @@
+// Where the bytes come from: one interface for files, pipes, devices, and whatever else the system gives a descriptor.
+//
+// A new kind of source is a class with this interface; input/Inputs.cpp decides by the name which one to open.
+#ifndef VELAGNSS_APPS_BYTE_SOURCE_H
+#define VELAGNSS_APPS_BYTE_SOURCE_H
+
+#include <chrono>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace Host {
+
+// Bytes that came in one piece.
+struct S_Chunk {
+  using t_Clock = std::chrono::system_clock;
+
+  std::span<const unsigned char> bytes;  // in the buffer that was read into
+  t_Clock::time_point arrival;           // when they were read, by the machine's clock
+};
+
+// A source reports its failures to the user itself, with what to do about them.
+class C_ByteSource {
+ public:
+  enum class eRead {
+    Bytes,    // at least one
+    Nothing,  // none now, but more may follow
+    End,
+    Failed,  // reported
+  };
+
+  virtual ~C_ByteSource() = default;
+
+  // For messages and records.
+  virtual const std::string& Name() const = 0;
+
+  // The descriptor that becomes readable when `Read` has something to say; -1 for a source that never waits, such as a
+  // regular file.
+  virtual int Descriptor() const = 0;
+
+  // Reads at most `buffer.size()` bytes. It may wait when the descriptor has not become readable.
+  virtual eRead Read(std::span<unsigned char> buffer, S_Chunk& chunk) = 0;
+
+  // Bytes to come; 0 when unknown.
+  virtual std::uint64_t Size() const { return 0; }
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_BYTE_SOURCE_H

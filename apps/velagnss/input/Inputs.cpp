@@ -1,0 +1,48 @@
+#include "apps/velagnss/input/Inputs.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "apps/velagnss/input/FileSource.h"
+#include "apps/velagnss/input/SourceLoop.h"
+#include "apps/velagnss/os/Signals.h"
+
+namespace Host {
+namespace {
+
+bool RunInput(const std::string& name, C_SourceLoop& loop, C_StreamJob& job) {
+  C_FileSource source;
+  if (!source.Open(name)) return false;
+  const S_SourceAndJob stream = {source, job};
+  return loop.Run({&stream, 1});
+}
+
+}  // namespace
+
+bool IsAnInput(const S_InputOptions& options, const std::string& output) {
+  if (output == "-") return false;
+  if (options.names.empty()) return IsTheFile(output, "-");
+  return std::any_of(options.names.begin(), options.names.end(),
+                     [&output](const std::string& name) { return IsTheFile(output, name); });
+}
+
+std::string InputsText(const S_InputOptions& options) {
+  if (options.names.size() > 1) return fmt::format("{} inputs", options.names.size());
+  return options.names.empty() || options.names[0] == "-" ? "standard input" : options.names[0];
+}
+
+eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job) {
+  C_SourceLoop loop(options.readSize);
+  loop.ShowProgress(showProgress);
+  std::vector<std::string> names = options.names;
+  if (names.empty()) names.emplace_back("-");
+  eExitCode code = eExitOk;
+  for (const std::string& name : names) {
+    if (SignalReceived() != 0 || !job.WantsMore()) break;
+    if (!RunInput(name, loop, job)) code = eExitInput;
+  }
+  return code;
+}
+
+}  // namespace Host

@@ -1,0 +1,42 @@
+// The inputs that the arguments name, one after the other.
+#ifndef VELAGNSS_APPS_INPUTS_H
+#define VELAGNSS_APPS_INPUTS_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "apps/velagnss/input/StreamJob.h"
+#include "apps/velagnss/os/ExitCodes.h"
+
+namespace Host {
+
+struct S_InputOptions {
+  std::vector<std::string> names;  // none: standard input
+
+  // Large reads, not a mapped file: files, pipes and devices are read alike, and a file that shrinks meanwhile is a
+  // short read, not a SIGBUS. From 64 KiB to 1 MiB no difference in time could be measured.
+  std::uint64_t readSize = 1 << 18;
+
+  // Of inputs that take a while, on a terminal.
+  enum class eProgress {
+    None,
+    AsideOfOutput,  // unless the output goes to a terminal, too
+    Always,
+  };
+  eProgress progress = eProgress::AsideOfOutput;
+};
+
+// True when `output` ("-" for standard output) is one of the inputs: opening it for writing would empty that.
+bool IsAnInput(const S_InputOptions& options, const std::string& output);
+
+// For messages: the input's name, or how many there are.
+std::string InputsText(const S_InputOptions& options);
+
+// eExitInput when an input failed; the others are read all the same. A signal ends the input it comes in and leaves out
+// the rest.
+eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job);
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_INPUTS_H

@@ -1,0 +1,110 @@
+#include "apps/velagnss/input/SourceLoop.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "apps/velagnss/input/Progress.h"
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/os/Signals.h"
+
+namespace Host {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A source on its way into its job.
+class C_Stream {
+ public:
+  C_Stream(const S_SourceAndJob& stream, bool showProgress)
+      : m_source(stream.source),
+        m_job(stream.job),
+        m_progress(std::make_unique<C_Progress>(showProgress, m_source.Name(), m_source.Size())) {
+    m_job.BeginInput(m_source.Name());
+  }
+
+  C_StreamJob& Job() { return m_job; }
+  bool IsOpen() const { return m_isOpen; }
+  bool HasFailed() const { return m_hasFailed; }
+
+  // One read when the source is ready; closes the stream when that was the last one, when its job wants no more, and
+  // after a signal.
+  void Serve(bool isReady, std::span<unsigned char> buffer);
+
+ private:
+  void Read(std::span<unsigned char> buffer);
+  void Close();
+
+  C_ByteSource& m_source;
+  C_StreamJob& m_job;
+  std::unique_ptr<C_Progress> m_progress;
+  std::uint64_t m_total = 0;
+  bool m_isOpen = true;
+  bool m_hasFailed = false;
+};
+
+void C_Stream::Serve(bool isReady, std::span<unsigned char> buffer) {
+  const auto goesOn = [this] { return SignalReceived() == 0 && m_job.WantsMore(); };
+  if (isReady && goesOn()) Read(buffer);
+  if (m_isOpen && !goesOn()) Close();
+}
+
+void C_Stream::Read(std::span<unsigned char> buffer) {
+  S_Chunk chunk;
+  const C_ByteSource::eRead read = m_source.Read(buffer, chunk);
+  if (read == C_ByteSource::eRead::Nothing) return;
+  m_hasFailed = read == C_ByteSource::eRead::Failed;
+  if (read != C_ByteSource::eRead::Bytes) return Close();
+  m_job.Feed(chunk);
+  m_total += chunk.bytes.size();
+  m_progress->Update(m_total);
+}
+
+void C_Stream::Close() {
+  m_isOpen = false;
+  m_progress.reset();
+  if (!m_hasFailed) {
+    if (m_total == 0 && SignalReceived() == 0) ReportWarning(fmt::format("{}: is empty", m_source.Name()));
+    ReportDetail(fmt::format("{}: {} bytes read", m_source.Name(), m_total));
+  }
+  m_job.EndInput();
+}
+
+template <class Call>
+void ForEachOpen(std::span<C_Stream> streams, const Call& call) {
+  for (C_Stream& stream : streams)
+    if (stream.IsOpen()) call(stream.Job());
+}
+
+// What is ready is shown before a wait, unless there is nothing to wait for.
+void WaitForBytes(C_SourceWait& wait, C_SourceWait::t_Limit quietTime, std::span<C_Stream> streams) {
+  using eWait = C_SourceWait::eWait;
+  if (wait.Wait(0ms) == eWait::Ready) return;
+  ForEachOpen(streams, [](C_StreamJob& job) { job.BeforeWait(); });
+  if (wait.Wait(quietTime) == eWait::TimeOver) ForEachOpen(streams, [](C_StreamJob& job) { job.OnQuiet(); });
+}
+
+}  // namespace
+
+bool C_SourceLoop::Run(std::span<const S_SourceAndJob> given) {
+  C_SourceWait wait;
+  std::vector<C_Stream> streams;
+  for (const S_SourceAndJob& stream : given) {
+    streams.emplace_back(stream, m_showProgress && given.size() == 1);
+    wait.Add(stream.source);
+  }
+  std::size_t open = streams.size();
+  while (open > 0) {
+    if (SignalReceived() == 0) WaitForBytes(wait, m_quietTime, streams);
+    for (std::size_t i = 0; i < streams.size(); ++i) {
+      if (!streams[i].IsOpen()) continue;
+      streams[i].Serve(wait.IsReady(i), m_buffer);
+      if (streams[i].IsOpen()) continue;
+      wait.Remove(i);
+      --open;
+    }
+  }
+  return std::none_of(streams.begin(), streams.end(), [](const C_Stream& stream) { return stream.HasFailed(); });
+}
+
+}  // namespace Host

@@ -1,0 +1,35 @@
+// What is done with the bytes of inputs.
+#ifndef VELAGNSS_APPS_STREAM_JOB_H
+#define VELAGNSS_APPS_STREAM_JOB_H
+
+#include <string>
+
+#include "apps/velagnss/input/ByteSource.h"
+
+namespace Host {
+
+// Each input is a stream of its own: what is cut off at the end of one is not completed by the next. The calls come in
+// this order: for each input `BeginInput`, `Feed` any number of times, `EndInput`; after the last input `Finish`.
+class C_StreamJob {
+ public:
+  virtual ~C_StreamJob() = default;
+  virtual void BeginInput(const std::string& name) = 0;
+  virtual void Feed(const S_Chunk& chunk) = 0;
+  virtual void EndInput() = 0;
+
+  // False ends the inputs early: everything asked for has been done.
+  virtual bool WantsMore() const { return true; }
+
+  // The input may have to be waited for: what is ready should be shown now.
+  virtual void BeforeWait() {}
+
+  // No source had a byte for the quiet time of the loop (SourceLoop.h).
+  virtual void OnQuiet() {}
+
+  // The end of everything: the last of the output is made here.
+  virtual void Finish() {}
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_STREAM_JOB_H

@@ -1,0 +1,69 @@
+#include "apps/velagnss/json/FrameJson.h"
+
+#include "apps/velagnss/json/RecordJson.h"
+#include "apps/velagnss/text/RejectionNumber.h"
+#include "records/ResultCodes.h"
+#include "stream/Names.h"
+
+namespace Host {
+namespace {
+
+constexpr std::string_view kDepths[] = {"none", "raw", "partial", "full"};  // velagnss::Depth
+
+void WriteDecoded(C_JsonWriter& json, const velagnss::DecodedFrame& decoded) {
+  json.Key("result").IntegerOrNull(decoded.result);
+  if (decoded.result.value_or(eResultOk) != eResultOk) json.Key("error").String(velagnss::ResultText(*decoded.result));
+  json.Key("decoded").String(kDepths[static_cast<std::size_t>(decoded.depth)]);
+  json.Key("fields");
+  if (decoded.depth == velagnss::Depth::None) return json.Null();
+  json.BeginObject();
+  WriteFields(json, decoded);
+  json.EndObject();
+}
+
+}  // namespace
+
+void C_FrameJson::Begin() {
+  m_json.BeginObject();
+  m_json.Key("schema").Integer(kSchemaVersion);
+  if (!m_input.empty()) m_json.Key("input").String(m_input);
+}
+
+void C_FrameJson::End() {
+  m_json.EndObject();
+  m_json.EndLine();
+}
+
+void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded) {
+  Begin();
+  m_json.Key("offset").Integer(frame.offset);
+  m_json.Key("length").Integer(frame.length);
+  m_json.Key("protocol").String(velagnss::ProtocolName(frame.protocol));
+  m_json.Key("message").String(velagnss::MessageName(frame.protocol, frame.message).Text());
+  m_json.Key("number").IntegerOrNull(velagnss::MessageNumber(frame.message));
+  if (decoded != nullptr) WriteDecoded(m_json, *decoded);
+  if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});
+  End();
+}
+
+void C_FrameJson::WriteRejection(const velagnss::RejectedStart& start) {
+  Begin();
+  m_json.Key("event").String("rejected");
+  m_json.Key("offset").Integer(start.offset);
+  m_json.Key("length").Integer(1);
+  m_json.Key("result").Integer(RejectionNumber(start.reason));
+  m_json.Key("why").String(velagnss::ReasonText(start.reason));
+  m_json.Key("start").String({reinterpret_cast<const char*>(start.data), start.size});
+  End();
+}
+
+void C_FrameJson::WriteSkipped(const velagnss::SkippedRange& range) {
+  Begin();
+  m_json.Key("event").String("skipped");
+  m_json.Key("offset").Integer(range.offset);
+  m_json.Key("length").Integer(range.length);
+  m_json.Key("why").String("bytes of no frame");
+  End();
+}
+
+}  // namespace Host

@@ -1,0 +1,52 @@
+// Frames and events as lines of JSON: what `velagnss decode` writes.
+#ifndef VELAGNSS_APPS_JSON_LINES_H
+#define VELAGNSS_APPS_JSON_LINES_H
+
+#include <cstdint>
+#include <limits>
+
+#include "apps/velagnss/json/FrameJson.h"
+#include "apps/velagnss/pipeline/MessageFilter.h"
+#include "apps/velagnss/pipeline/RecordConsumer.h"
+
+namespace Host {
+
+struct S_JsonLinesOptions {
+  C_MessageFilter filter;
+  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // frames to write
+  bool namesInput = false;                                          // in every object
+  bool framesOnly = false;                                          // envelopes, nothing decoded
+  bool hex = false;
+  bool events = false;
+};
+
+class C_JsonLines : public C_RecordConsumer {
+ public:
+  explicit C_JsonLines(const S_JsonLinesOptions& options);
+
+  C_TextMaker& Text() { return m_json; }
+
+  std::uint64_t FramesWritten() const { return m_framesWritten; }
+
+  // Frames whose contents are wrong, rejected starts and skipped ranges.
+  std::uint64_t DataErrors() const { return m_dataErrors; }
+
+  bool NeedsRecords() const override { return !m_options.framesOnly || m_options.filter.UsesTime(); }
+  bool NeedsEvents() const override { return true; }
+  void BeginInput(const std::string& name) override;
+  void OnFrame(const S_FrameRecord& record) override;
+  void OnRejection(const velagnss::RejectedStart& start) override;
+  void OnSkipped(const velagnss::SkippedRange& range) override;
+  bool WantsMore() const override { return m_framesWritten < m_options.count; }
+
+ private:
+  S_JsonLinesOptions m_options;
+  C_JsonWriter m_json;
+  C_FrameJson m_lines;
+  std::uint64_t m_framesWritten = 0;
+  std::uint64_t m_dataErrors = 0;
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_JSON_LINES_H

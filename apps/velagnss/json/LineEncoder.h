@@ -1,0 +1,60 @@
+// Lines of JSON, as `velagnss decode` writes them, back into NMEA 0183 sentences.
+#ifndef VELAGNSS_APPS_LINE_ENCODER_H
+#define VELAGNSS_APPS_LINE_ENCODER_H
+
+#include <array>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "framing/FrameRecognizer.h"
+#include "textproto/NMEA_EncodeDecode.h"
+
+namespace Host {
+
+// Each line is encoded on its own.
+class C_LineEncoder {
+ public:
+  enum class eOutcome {
+    Encoded,
+    Skipped,  // an object that is not a sentence: another protocol, an event, a frame that was not decoded
+    Refused,  // a sentence that cannot be encoded, or a line that is not JSON
+  };
+
+  C_LineEncoder();
+
+  eOutcome Encode(std::string_view line);
+
+  // Of an `Encoded` line, with CR LF. The frame search recognizes it.
+  std::string_view Sentence() const { return m_sentence; }
+
+  // Why a line was skipped or refused, member first.
+  const std::string& Reason() const { return m_reason; }
+
+  // GNS sentences whose mode letters were left out: only those of a talker that ends in N have them (NMEA 0183).
+  std::uint64_t ModesLeftOut() const { return m_modesLeftOut; }
+
+ private:
+  eOutcome Skip(std::string reason);
+  eOutcome Refuse(std::string reason);
+  eOutcome EncodeObject(const nlohmann::json& object);
+  eOutcome EncodeFields(const nlohmann::json& object, C_RawDataMessage::eNMEA0183Messages type);
+  eOutcome EncodeRecord(C_RawDataMessage::eNMEA0183Messages type);
+  void DropModes();
+  bool IsRecognized();
+
+  C_NMEA_EncodeDecode m_nmea;
+  U_EcdDcdData m_record;
+  std::array<unsigned char, 1024> m_buffer{};
+  C_FrameRecognizer m_recognizer;
+  std::vector<unsigned char> m_frameBuffer;
+  C_RawDataMessage m_frame;
+  std::string_view m_sentence;
+  std::string m_reason;
+  std::uint64_t m_modesLeftOut = 0;
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_LINE_ENCODER_H

@@ -1,0 +1,35 @@
+#include "apps/velagnss/json/RecordJson.h"
+
+#include <type_traits>
+
+#include "apps/velagnss/json/BinaryJson.h"
+#include "apps/velagnss/json/NmeaJson.h"
+#include "apps/velagnss/json/ProprietaryJson.h"
+
+namespace Host {
+namespace {
+
+// What is not decoded is shown as it came.
+void WriteMembers(C_JsonWriter& json, const velagnss::RawText& raw) { json.Key("text").String(raw.text); }
+void WriteMembers(C_JsonWriter& json, const velagnss::RawBody& raw) { json.Key("body").Hex({raw.data, raw.size}); }
+void WriteMembers(C_JsonWriter& json, const velagnss::PackedPayload& packed) {
+  json.Key("text").String(packed.text);
+  json.Key("payload_length").Integer(packed.length);
+  json.Key("payload").Hex({packed.bytes, packed.length});
+}
+void WriteMembers(C_JsonWriter&, std::monostate) {}
+
+}  // namespace
+
+void WriteFields(C_JsonWriter& json, const velagnss::DecodedFrame& decoded) {
+  const auto write = [&](const auto& record) {
+    using t_Record = std::remove_cvref_t<decltype(record)>;
+    if constexpr (std::is_same_v<t_Record, S_IFKeplerEphRec> || std::is_same_v<t_Record, S_IFPvaEphRec>)
+      WriteMembers(json, record, decoded.week);
+    else
+      WriteMembers(json, record);
+  };
+  std::visit(write, decoded.record);
+}
+
+}  // namespace Host

@@ -1,0 +1,37 @@
+#include "apps/velagnss/nmea/SentenceConverter.h"
+
+#include <fmt/format.h>
+
+#include "apps/velagnss/os/Diagnostics.h"
+
+namespace Host {
+namespace {
+
+class C_SentenceConverter : public C_TextConsumer {
+ public:
+  bool NeedsRecords() const override { return false; }
+  void OnFrame(const S_FrameRecord& record) override;
+  void Finish() override;
+  eExitCode Judge() const override { return m_sentences > 0 ? eExitOk : eExitData; }
+
+ private:
+  std::uint64_t m_sentences = 0;
+};
+
+void C_SentenceConverter::OnFrame(const S_FrameRecord& record) {
+  if (record.frame.protocol != C_RawDataMessage::eNMEA0183) return;
+  const std::string_view sentence(reinterpret_cast<const char*>(record.frame.data), record.frame.length);
+  m_text.append(sentence.substr(0, sentence.find_first_of("\r\n"))).append("\r\n");
+  ++m_sentences;
+}
+
+void C_SentenceConverter::Finish() {
+  ReportDetail(fmt::format("{} sentences written", m_sentences));
+  if (m_sentences == 0) ReportWarning("no NMEA 0183 sentence");
+}
+
+}  // namespace
+
+std::unique_ptr<C_TextConsumer> MakeSentenceConverter() { return std::make_unique<C_SentenceConverter>(); }
+
+}  // namespace Host

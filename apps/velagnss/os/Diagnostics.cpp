@@ -1,0 +1,93 @@
+#include "apps/velagnss/os/Diagnostics.h"
+
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace Host {
+namespace {
+
+eVerbosity g_verbosity = eVerbosity::Normal;
+bool g_progressShown = false;
+
+// ECMA-48; no colors for users who set NO_COLOR (no-color.org).
+struct S_Color {
+  std::string_view on;
+  std::string_view off = "\x1b[0m";
+};
+constexpr S_Color kRed{"\x1b[1;31m"};
+constexpr S_Color kYellow{"\x1b[1;33m"};
+
+bool UsesColor() {
+  static const bool use = [] {
+    const char* noColor = std::getenv("NO_COLOR");
+    return IsErrorATerminal() && (noColor == nullptr || *noColor == '\0');
+  }();
+  return use;
+}
+
+void WriteToError(std::string_view text) noexcept {
+  while (!text.empty()) {
+    const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    if (written <= 0) return;  // nobody is left to read it
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+// Asked anew for each line: a progress line that wraps could not be erased.
+std::size_t Columns() {
+  constexpr std::size_t kUsual = 80;
+  winsize size{};
+  return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
+}
+
+void Report(std::string_view kind, const S_Color& color, std::string_view message) {
+  ShowProgressLine({});
+  const bool isColored = UsesColor() && !kind.empty();
+  WriteToError(fmt::format("velagnss: {}{}{}{}\n", isColored ? color.on : "", kind, isColored ? color.off : "",
+                           Printable(message)));
+}
+
+}  // namespace
+
+void SetVerbosity(eVerbosity verbosity) { g_verbosity = verbosity; }
+eVerbosity Verbosity() { return g_verbosity; }
+
+void ReportError(std::string_view message) { Report("error: ", kRed, message); }
+void ReportWarning(std::string_view message) {
+  if (g_verbosity != eVerbosity::Quiet) Report("warning: ", kYellow, message);
+}
+void ReportDetail(std::string_view message) {
+  if (g_verbosity == eVerbosity::Verbose) Report("", {}, message);
+}
+
+void ReportOutOfMemory() noexcept { WriteToError("velagnss: error: out of memory; try a smaller --read-size\n"); }
+
+std::string Printable(std::string_view text) {
+  std::string printable;
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    const bool isPlain = byte >= 0x20 && byte < 0x7F;
+    printable += isPlain ? std::string(1, character) : fmt::format("\\x{:02x}", byte);
+  }
+  return printable;
+}
+
+bool IsErrorATerminal() {
+  static const bool terminal = [] {
+    const char* type = std::getenv("TERM");
+    return ::isatty(STDERR_FILENO) == 1 && type != nullptr && std::string_view(type) != "dumb";
+  }();
+  return terminal;
+}
+
+void ShowProgressLine(std::string_view line) {
+  if (line.empty() && !g_progressShown) return;
+  if (const std::size_t columns = Columns(); line.size() >= columns) line.remove_prefix(line.size() - columns + 1);
+  WriteToError(fmt::format("\r\x1b[K{}", line));  // back to the first column, clear to the end
+  g_progressShown = !line.empty();
+}
+
+}  // namespace Host

@@ -1,0 +1,37 @@
+// Messages to the person at the terminal, on standard error.
+//
+// An error says what happened, where, and what to do. Records never go to standard error, messages never to standard
+// output.
+#ifndef VELAGNSS_APPS_DIAGNOSTICS_H
+#define VELAGNSS_APPS_DIAGNOSTICS_H
+
+#include <string>
+#include <string_view>
+
+namespace Host {
+
+enum class eVerbosity { Quiet, Normal, Verbose };
+
+// Set once by the arguments, read everywhere.
+void SetVerbosity(eVerbosity verbosity);
+eVerbosity Verbosity();
+
+void ReportError(std::string_view message);    // always
+void ReportWarning(std::string_view message);  // unless quiet
+void ReportDetail(std::string_view message);   // only when verbose
+void ReportOutOfMemory() noexcept;             // without allocating any
+
+// `text` made safe for a terminal: control characters and bytes from 0x7F on as "\xNN".
+std::string Printable(std::string_view text);
+
+// True when standard error is a terminal that obeys control sequences, not one of TERM=dumb: for colors and the
+// progress line.
+bool IsErrorATerminal();
+
+// A line that overwrites itself, cut at its beginning where the terminal is too narrow; empty clears it. Only for a
+// terminal.
+void ShowProgressLine(std::string_view line);
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_DIAGNOSTICS_H

@@ -1,0 +1,21 @@
+// Requests to end the program: SIGINT, SIGTERM, SIGHUP.
+#ifndef VELAGNSS_APPS_SIGNALS_H
+#define VELAGNSS_APPS_SIGNALS_H
+
+namespace Host {
+
+// From now on the three signals are noted instead of ending the program, and SIGPIPE and SIGXFSZ are ignored: the write
+// that fails reports a closed pipe or a file at its size limit. A SIGHUP that the caller ignores (nohup) stays ignored.
+// A second signal of the same kind ends the program at once.
+void InstallSignalHandlers();
+
+// The signal that has come, or 0.
+int SignalReceived();
+
+// Becomes readable with the first signal: a wait for input that also polls this descriptor misses none. -1 before
+// `InstallSignalHandlers`.
+int SignalDescriptor();
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_SIGNALS_H

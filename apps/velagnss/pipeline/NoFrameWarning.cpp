@@ -1,0 +1,16 @@
+#include "apps/velagnss/pipeline/NoFrameWarning.h"
+
+#include <fmt/format.h>
+
+#include "apps/velagnss/os/Diagnostics.h"
+
+namespace Host {
+
+void ReportNoFrame(std::string_view where, std::uint64_t bytes) {
+  ReportWarning(
+      fmt::format("{}: no frame in {} bytes: check that this is the output of a receiver and, for a serial port, its "
+                  "speed",
+                  where, bytes));
+}
+
+}  // namespace Host

@@ -1,0 +1,61 @@
+// What records are turned into: lines of JSON, an account, a track, a RINEX file.
+//
+// A consumer knows nothing of where the bytes came from, nor of other consumers. C_RecordRun (RecordRun.h) feeds it.
+#ifndef VELAGNSS_APPS_RECORD_CONSUMER_H
+#define VELAGNSS_APPS_RECORD_CONSUMER_H
+
+#include <string>
+
+#include "apps/velagnss/os/ExitCodes.h"
+#include "stream/FrameReader.h"
+#include "stream/RecordDecoder.h"
+#include "stream/StreamClock.h"
+
+namespace Host {
+
+// A frame and its record.
+struct S_FrameRecord {
+  const velagnss::Frame& frame;
+  const velagnss::DecodedFrame& decoded;  // as constructed when no consumer needs records
+  const velagnss::StreamClock& clock;     // has noted this frame already
+};
+
+// An input that has ended.
+struct S_InputEnd {
+  const velagnss::FrameReader& reader;  // finished, with its totals
+  const velagnss::StreamClock& clock;
+};
+
+// The calls come in this order: for each input `BeginInput`, the items in the order of the stream, `EndInput`; after
+// the last input `Finish`.
+class C_RecordConsumer {
+ public:
+  virtual ~C_RecordConsumer() = default;
+
+  // Whether it looks at more of a frame than protocol, message, offset and bytes; whether at rejected starts and
+  // skipped ranges. The answers do not change.
+  virtual bool NeedsRecords() const { return true; }
+  virtual bool NeedsEvents() const { return false; }
+
+  virtual void BeginInput(const std::string& /*name*/) {}
+  virtual void OnFrame(const S_FrameRecord& record) = 0;
+  virtual void OnRejection(const velagnss::RejectedStart&) {}
+  virtual void OnSkipped(const velagnss::SkippedRange&) {}
+  virtual void EndInput(const S_InputEnd&) {}
+
+  // False: it needs no items, or no more of them. It is asked after each item.
+  virtual bool WantsMore() const { return true; }
+
+  // The input may have to be waited for.
+  virtual void BeforeWait() {}
+
+  // The last of the output is made here.
+  virtual void Finish() {}
+
+  // After `Finish`: `eExitData`, reported to the user by then, when the data is not what was asked for.
+  virtual eExitCode Judge() const { return eExitOk; }
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_RECORD_CONSUMER_H

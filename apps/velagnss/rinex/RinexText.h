@@ -1,0 +1,32 @@
+// Pieces of text that RINEX files are made of, and their times.
+#ifndef VELAGNSS_APPS_RINEX_TEXT_H
+#define VELAGNSS_APPS_RINEX_TEXT_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Host {
+
+// Times on a scale without weeks: seconds since 6 January 1980, 0 h, in the time system of the data.
+double RinexSeconds(unsigned short week, double secOfWeek);
+double WeekStart(double seconds);
+
+// "2024 05 18 22 00 00".
+std::string EpochText(double seconds);
+
+// D19.12 of Fortran with the first digit before the point; 0 has no sign. Blank without a value.
+void AppendRinexNumber(std::string& text, const std::optional<double>& value);
+
+// Ends a line of data, which has no trailing spaces.
+void EndRinexLine(std::string& text);
+
+// Columns of a header line: its content, and the label after it.
+inline constexpr std::size_t kHeaderWidth = 60;
+inline constexpr std::size_t kHeaderNameWidth = 20;  // of program, user and date
+void AppendHeaderLine(std::string& text, std::string_view content, std::string_view label);
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_RINEX_TEXT_H

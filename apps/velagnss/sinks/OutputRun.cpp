@@ -1,0 +1,69 @@
+#include "apps/velagnss/sinks/OutputRun.h"
+
+#include <algorithm>
+
+namespace Host {
+namespace {
+
+constexpr std::size_t kFlushSize = 1 << 16;  // bytes of text to write at once
+
+// Bytes of input between two looks at the text: with --read-size 1073741824 it must not grow as large as that.
+constexpr std::size_t kFeedSize = 1 << 13;
+
+// Between the inputs and a job: takes the job's text to the output.
+class C_WritingJob : public C_StreamJob {
+ public:
+  C_WritingJob(C_StreamJob& job, C_TextMaker& text, C_Output& output) : m_job(job), m_text(text), m_output(output) {}
+
+  void BeginInput(const std::string& name) override { m_job.BeginInput(name); }
+  void Feed(const S_Chunk& chunk) override;
+  void EndInput() override { m_job.EndInput(); }
+  bool WantsMore() const override { return m_job.WantsMore() && !m_output.HasFailed(); }
+  void BeforeWait() override {
+    m_job.BeforeWait();
+    m_output.Flush(m_text);
+  }
+  void OnQuiet() override { m_job.OnQuiet(); }
+
+ private:
+  C_StreamJob& m_job;
+  C_TextMaker& m_text;
+  C_Output& m_output;
+};
+
+void C_WritingJob::Feed(const S_Chunk& chunk) {
+  std::span<const unsigned char> rest = chunk.bytes;
+  while (!rest.empty() && WantsMore()) {
+    const std::size_t size = std::min(rest.size(), kFeedSize);
+    m_job.Feed({rest.first(size), chunk.arrival});
+    if (m_text.Text().size() >= kFlushSize) m_output.Flush(m_text);
+    rest = rest.subspan(size);
+  }
+}
+
+bool IsProgressWanted(S_InputOptions::eProgress progress, const C_Output& output) {
+  if (progress == S_InputOptions::eProgress::AsideOfOutput) return !output.IsATerminal();
+  return progress == S_InputOptions::eProgress::Always;
+}
+
+}  // namespace
+
+// When the reader of the output has gone, nobody wants to know what the data came to.
+int C_OutputRun::Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge) {
+  C_WritingJob writing(job, text, m_output);
+  const eExitCode inputCode = RunInputs(input, IsProgressWanted(input.progress, m_output), writing);
+  job.Finish();
+  m_output.Flush(text);
+  m_output.Close();
+  if (m_output.HasReaderLeft()) return inputCode;
+  if (m_output.HasFailed()) return eExitOutput;
+  return inputCode != eExitOk ? inputCode : judge();
+}
+
+int C_OutputRun::Write(C_TextMaker& text) {
+  m_output.Flush(text);
+  m_output.Close();
+  return m_output.HasFailed() && !m_output.HasReaderLeft() ? eExitOutput : eExitOk;
+}
+
+}  // namespace Host

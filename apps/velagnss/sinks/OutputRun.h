@@ -1,0 +1,41 @@
+// From inputs to an output: how every command opens, fills, flushes and closes it, and how its exit code comes about.
+#ifndef VELAGNSS_APPS_OUTPUT_RUN_H
+#define VELAGNSS_APPS_OUTPUT_RUN_H
+
+#include <functional>
+#include <string>
+
+#include "apps/velagnss/input/Inputs.h"
+#include "apps/velagnss/sinks/Output.h"
+#include "apps/velagnss/text/TextMaker.h"
+
+namespace Host {
+
+//   C_OutputRun run;
+//   if (!run.Open(name)) return eExitOutput;
+//   C_SomeJob job(...);
+//   return run.Run(input, job, job.Text(), [&] { return job.Judge(); });
+class C_OutputRun {
+ public:
+  // "-" is standard output. False, reported, when it cannot be written to.
+  bool Open(const std::string& name) { return m_output.Open(name); }
+
+  C_Output& Output() { return m_output; }
+
+  // What the data came to, once all of it has been read and written; reports to the user what is wrong with it.
+  using t_Judge = std::function<eExitCode()>;
+
+  // Feeds the inputs to `job` and writes what `text` then holds: when there is enough of it, before a wait, and at the
+  // end. Returns the exit code, that of `judge` when nothing else has gone wrong.
+  int Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge);
+
+  // Writes what `text` holds, where there are no inputs. Returns the exit code.
+  int Write(C_TextMaker& text);
+
+ private:
+  C_Output m_output;
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_OUTPUT_RUN_H

@@ -1,0 +1,24 @@
+#include "apps/velagnss/text/Lists.h"
+
+namespace Host {
+namespace {
+
+std::string_view Trim(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
+}
+
+}  // namespace
+
+std::vector<std::string_view> SplitList(std::string_view list) {
+  std::vector<std::string_view> items;
+  while (true) {
+    const std::size_t comma = list.find(',');
+    items.push_back(Trim(list.substr(0, comma)));
+    if (comma == std::string_view::npos) return items;
+    list.remove_prefix(comma + 1);
+  }
+}
+
+}  // namespace Host

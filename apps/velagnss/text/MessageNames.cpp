@@ -1,0 +1,43 @@
+#include "apps/velagnss/text/MessageNames.h"
+
+#include <algorithm>
+
+#include "apps/velagnss/text/Numbers.h"
+#include "stream/Names.h"
+
+namespace Host {
+namespace {
+
+using eProtocols = C_RawDataMessage::eProtocols;
+
+char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+bool EqualIgnoringCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return ToUpper(x) == ToUpper(y); });
+}
+
+}  // namespace
+
+std::string ProtocolNames() {
+  std::string names;
+  for (unsigned int i = 0; i < kNumProtocols; ++i)
+    names.append(names.empty() ? "" : " ").append(velagnss::ProtocolName(eProtocols{i}));
+  return names;
+}
+
+std::vector<S_MessageKey> FindMessages(std::string_view nameOrNumber) {
+  std::vector<S_MessageKey> found;
+  unsigned int number = 0;
+  const bool isNumber = ParseWhole(nameOrNumber, number);
+  for (unsigned int i = 0; i < kNumProtocols; ++i) {
+    const eProtocols protocol{i};
+    for (unsigned int type = 0; type < velagnss::NumMessages(protocol); ++type) {
+      const bool isMeant = isNumber ? type == number && velagnss::IsCalledByNumber(protocol)
+                                    : EqualIgnoringCase(velagnss::MessageName(protocol, type).Text(), nameOrNumber);
+      if (isMeant) found.push_back({protocol, type});
+    }
+  }
+  return found;
+}
+
+}  // namespace Host

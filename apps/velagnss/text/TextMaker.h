@@ -1,0 +1,32 @@
+// Something that makes text for an output: records as JSON, tracks, tables.
+#ifndef VELAGNSS_APPS_TEXT_MAKER_H
+#define VELAGNSS_APPS_TEXT_MAKER_H
+
+#include <string>
+#include <string_view>
+
+namespace Host {
+
+// The text waits here until an output takes it, so that lines are written many at a time.
+class C_TextMaker {
+ public:
+  virtual ~C_TextMaker() = default;
+
+  // Whole lines that have not been written yet.
+  virtual std::string_view Text() const = 0;
+  virtual void ClearText() = 0;
+};
+
+// The usual one: a string.
+class C_TextBuffer : public C_TextMaker {
+ public:
+  std::string_view Text() const override { return m_text; }
+  void ClearText() override { m_text.clear(); }
+
+ protected:
+  std::string m_text;
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_TEXT_MAKER_H

@@ -1,0 +1,98 @@
+#include "apps/velagnss/text/TimeText.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "apps/velagnss/text/Units.h"
+#include "geo/GnssTime.h"
+
+namespace Host {
+namespace {
+
+constexpr unsigned int kMsPerSecond = 1000;
+constexpr unsigned int kMsPerDay = 86400 * kMsPerSecond;
+
+// The civil date of a day, taken at noon, where rounding cannot reach another day.
+S_GregorianTime DateOf(unsigned short week, unsigned int dayOfWeek) {
+  S_GregorianTime date{};
+  unsigned short dayOfYear = 0;
+  unsigned int mjd = 0;
+  double fraction = 0;
+  C_GnssTime::GpsToOthers(week, (dayOfWeek + 0.5) * kSecondsPerDay, date, dayOfYear, mjd, fraction);
+  return date;
+}
+
+}  // namespace
+
+void C_TimeText::Append(std::string_view text) {
+  std::memcpy(m_text + m_size, text.data(), text.size());
+  m_size = static_cast<unsigned char>(m_size + text.size());
+}
+
+void C_TimeText::AppendNumber(unsigned int number, unsigned int digits) {
+  for (unsigned int i = digits; i-- > 0; number /= 10) m_text[m_size + i] = static_cast<char>('0' + number % 10);
+  m_size = static_cast<unsigned char>(m_size + digits);
+}
+
+C_TimeText C_TimeText::Date(unsigned int year, unsigned int month, unsigned int day) {
+  C_TimeText text;
+  if (year > 9999 || month < 1 || month > 12 || day < 1 || day > 31) return text;
+  text.AppendNumber(year, 4);
+  text.Append("-");
+  text.AppendNumber(month, 2);
+  text.Append("-");
+  text.AppendNumber(day, 2);
+  return text;
+}
+
+C_TimeText C_TimeText::TimeOfDay(double secondsOfDay) {
+  C_TimeText text;
+  if (!(secondsOfDay >= 0 && secondsOfDay < kSecondsPerDay + 1)) return text;
+  auto ms = static_cast<unsigned int>(std::lround(secondsOfDay * kMsPerSecond));
+  if (secondsOfDay < kSecondsPerDay) ms = std::min(ms, kMsPerDay - 1);  // rounding must not make a leap second
+  const unsigned int leap = ms >= kMsPerDay ? kMsPerSecond : 0;         // counted as the 61st second of the last minute
+  const unsigned int seconds = (ms - leap) / kMsPerSecond;
+  text.AppendNumber(seconds / 3600, 2);
+  text.Append(":");
+  text.AppendNumber(seconds / 60 % 60, 2);
+  text.Append(":");
+  text.AppendNumber(seconds % 60 + leap / kMsPerSecond, 2);
+  if (ms % kMsPerSecond == 0) return text;
+  text.Append(".");
+  text.AppendNumber(ms % kMsPerSecond, 3);
+  while (text.m_text[text.m_size - 1] == '0') --text.m_size;
+  return text;
+}
+
+C_TimeText C_TimeText::WeekTime(unsigned short week, double secOfWeek, ALGO::eGNSSSystem system) {
+  if (!(secOfWeek >= 0 && secOfWeek < kSecondsPerWeek)) return {};
+  const auto dayOfWeek = static_cast<unsigned int>(secOfWeek / kSecondsPerDay);
+  const S_GregorianTime date = DateOf(week, dayOfWeek);
+  C_TimeText text = Date(date.year, date.month, date.day);
+  if (text.IsEmpty()) return {};
+  text.Append("T");
+  text.Append(TimeOfDay(secOfWeek - dayOfWeek * kSecondsPerDay).Text());
+  if (system == ALGO::GNSS_GLONASS) text.Append("+03:00");
+  return text;
+}
+
+C_TimeText C_TimeText::Utc(unsigned int mjd, double secondsOfDay) {
+  const C_TimeText time = TimeOfDay(secondsOfDay);
+  if (mjd < kMjdOfGpsEpoch || time.IsEmpty()) return {};
+  const unsigned int days = mjd - kMjdOfGpsEpoch;
+  const S_GregorianTime date = DateOf(static_cast<unsigned short>(days / 7), days % 7);
+  C_TimeText text = Date(date.year, date.month, date.day);
+  if (text.IsEmpty()) return {};
+  text.Append("T");
+  text.Append(time.Text());
+  text.Append("Z");
+  return text;
+}
+
+C_TimeText C_TimeText::StreamTime(const velagnss::StreamClock& clock, double seconds) {
+  const velagnss::StreamClock::Utc utc = clock.UtcOf(seconds);
+  return utc.mjd ? Utc(*utc.mjd, utc.secondsOfDay) : TimeOfDay(utc.secondsOfDay);
+}
+
+}  // namespace Host

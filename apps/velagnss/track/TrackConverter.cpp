@@ -1,0 +1,51 @@
+#include "apps/velagnss/track/TrackConverter.h"
+
+#include <fmt/format.h>
+
+#include "apps/velagnss/os/Diagnostics.h"
+
+namespace Host {
+namespace {
+
+class C_TrackConverter : public C_TextConsumer, private C_TrackSink {
+ public:
+  explicit C_TrackConverter(std::unique_ptr<C_TrackFormat> format) : m_format(std::move(format)), m_builder(*this) {
+    m_format->Begin(m_text);
+  }
+
+  void OnFrame(const S_FrameRecord& record) override { m_builder.Take(record.decoded.record, record.clock); }
+  void EndInput(const S_InputEnd& end) override { m_builder.Finish(end.clock); }
+  void Finish() override;
+  eExitCode Judge() const override { return m_points > 0 ? eExitOk : eExitData; }
+
+ private:
+  void OnPoint(const S_TrackPoint& point) override;
+
+  std::unique_ptr<C_TrackFormat> m_format;
+  C_TrackBuilder m_builder;
+  std::uint64_t m_segments = 0;
+  std::uint64_t m_points = 0;
+};
+
+void C_TrackConverter::OnPoint(const S_TrackPoint& point) {
+  if (point.startsSegment && m_points > 0) m_format->EndSegment(m_text);
+  if (point.startsSegment) m_format->BeginSegment(m_text);
+  m_segments += point.startsSegment ? 1 : 0;
+  ++m_points;
+  m_format->Add(point, m_text);
+}
+
+void C_TrackConverter::Finish() {
+  if (m_points > 0) m_format->EndSegment(m_text);
+  m_format->End(m_text);
+  ReportDetail(fmt::format("{} positions in {} segments written", m_points, m_segments));
+  if (m_points == 0) ReportWarning("no position: no GGA, GNS, RMC or GLL with a fix");
+}
+
+}  // namespace
+
+std::unique_ptr<C_TextConsumer> MakeTrackConverter(std::unique_ptr<C_TrackFormat> format) {
+  return std::make_unique<C_TrackConverter>(std::move(format));
+}
+
+}  // namespace Host

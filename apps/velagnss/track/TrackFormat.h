@@ -1,0 +1,35 @@
+// The file formats of a track. docs/convert.md describes them.
+//
+// The text holds only numbers, times and fixed words, never a byte of the input: no input can break the syntax of a
+// document.
+#ifndef VELAGNSS_APPS_TRACK_FORMAT_H
+#define VELAGNSS_APPS_TRACK_FORMAT_H
+
+#include <memory>
+#include <string>
+
+#include "apps/velagnss/text/Numbers.h"
+#include "apps/velagnss/track/TrackBuilder.h"
+
+namespace Host {
+
+// The calls come in this order: `Begin`; for each segment `BeginSegment`, `Add` for each point, `EndSegment`; `End`.
+// Each appends whole lines to `text`, or none; all of them together are a valid document.
+class C_TrackFormat {
+ public:
+  virtual ~C_TrackFormat() = default;
+  virtual void Begin(std::string& text) = 0;
+  virtual void BeginSegment(std::string& /*text*/) {}
+  virtual void Add(const S_TrackPoint& point, std::string& text) = 0;
+  virtual void EndSegment(std::string& /*text*/) {}
+  virtual void End(std::string& /*text*/) {}
+};
+
+std::unique_ptr<C_TrackFormat> MakeCsvTrack();      // RFC 4180
+std::unique_ptr<C_TrackFormat> MakeGpxTrack();      // GPX 1.1
+std::unique_ptr<C_TrackFormat> MakeKmlTrack();      // OGC KML 2.2, with the gx: tracks of its extension
+std::unique_ptr<C_TrackFormat> MakeGeoJsonTrack();  // RFC 7946
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_TRACK_FORMAT_H

@@ -1,0 +1,46 @@
+// From the first bytes of a frame to its message type and its length limits: one step per protocol. Internal.
+#ifndef VELAGNSS_FRAMING_FRAME_PARAMETERS_H
+#define VELAGNSS_FRAMING_FRAME_PARAMETERS_H
+
+#include "framing/RawDataMessage.h"
+
+namespace velagnss::framing {
+
+struct S_ProtocolRow;
+
+// Length limits of a frame in bytes, both inclusive, from its first start byte to its last byte.
+struct S_FrameLengths {
+  unsigned short least;     // an end mark that comes earlier is not the end
+  unsigned short greatest;  // a frame that has not ended by then is rejected
+};
+
+// The messages that a recognizer expects, as its `SetExpected...Msgs` have filled them in.
+struct S_ExpectedMessages {
+  const S_FrameLengths* nmea = nullptr;        // by sentence
+  const S_FrameLengths* blocks = nullptr;      // by block id; a greatest length of 0 marks the unknown ones
+  const S_FrameLengths* rdVersions = nullptr;  // by version
+  S_FrameLengths replies[C_RawDataMessage::eAllProtocols] = {};  // by protocol: kinds that have one pair of limits
+};
+
+// What is known of the frame in progress. It goes in with the limits of its protocol and the type that it has so far.
+struct S_Expectation {
+  unsigned int type;
+  S_FrameLengths lengths;
+};
+
+// Reads `bytes`, of which the row's `neededLength` are there. False, with `frame` unchanged, for a message that is not
+// expected.
+using t_ReadParameters = bool (*)(const S_ProtocolRow& row, const unsigned char* bytes,
+                                  const S_ExpectedMessages& expected, S_Expectation& frame);
+
+bool ReadRtcmParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+bool ReadNmeaParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+bool ReadBlockParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+bool ReadPkvnParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+bool ReadRdParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+bool ReadReplyParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+bool ReadSiteRecordParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+
+}  // namespace velagnss::framing
+
+#endif  // VELAGNSS_FRAMING_FRAME_PARAMETERS_H

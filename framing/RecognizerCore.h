@@ -1,0 +1,126 @@
+// The machine that `C_FrameRecognizer` is the facade of: the states of the search, the counters, and all that is queued
+// and dropped. Internal, so that memories and tuning may change within a major version of the library.
+#ifndef VELAGNSS_FRAMING_RECOGNIZER_CORE_H
+#define VELAGNSS_FRAMING_RECOGNIZER_CORE_H
+
+#include "framing/BodyScanner.h"
+#include "framing/FrameParameters.h"
+#include "framing/FrameRecognizer.h"
+#include "framing/QueueWindow.h"
+#include "framing/StartMatcher.h"
+
+namespace velagnss::framing {
+
+// Operations that have the name of one in FrameRecognizer.h are documented there.
+class C_RecognizerCore {
+ public:
+  using eProtocols = C_RawDataMessage::eProtocols;
+
+  C_RecognizerCore(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling, bool keepStatistics);
+  C_RecognizerCore(const C_RecognizerCore&) = delete;  // the scanner refers to its neighbors
+  C_RecognizerCore& operator=(const C_RecognizerCore&) = delete;
+  ~C_RecognizerCore() = default;
+
+  // Inline for the facade. On a slow line it is called a few times per byte, mostly without data and with nothing to
+  // do: so all that needs registers saved is out of line, and called last.
+  eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
+    if (m_state == eResynchronise) return Resynchronize(data, length, message);
+    if (data != nullptr && length != 0) return Feed(data, length, message);
+    return Advance(message);
+  }
+
+  void EnableProtocol(eProtocols protocol) { Enable(protocol, m_allowed); }
+  void DisableProtocol(eProtocols protocol) { Enable(protocol, {}); }
+  void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
+  void SetPatientSearch(bool patient);
+  void FullProcessingReset();
+  void ResetFrameScanProc();
+  unsigned short GetMaxFrameLength() const { return m_maxFrameLength; }
+  unsigned int GetFreeSpace() const { return m_queue.FreeSpace(); }
+  unsigned int GetQueuedBytes() const { return m_queue.Queued(); }
+  unsigned int CopyQueuedBytes(unsigned char* out, unsigned int room) { return m_queue.Copy(out, room); }
+  const S_RecognizerStatistics* GetStatistics() const { return m_keepsStatistics ? &m_counters : nullptr; }
+
+  bool IsAFrameStartChar(unsigned char byte) const { return m_starts.CanStart(byte); }
+  bool IsAPostFrameAllowedByte(unsigned char byte);
+
+  // The tables that the search works from.
+  void CreateRecognizedFrames() { m_starts.TakePatterns(); }
+  void SetFrameStartChars();
+  S_ExpectedMessages& Expected() { return m_expected; }
+
+  eRecognitionResult FrameStartSearch();
+  eRecognitionResult DetermineMsgExpectations();
+  bool GetFrameParameters(eProtocols protocol) { return ReadParameters(RowOf(protocol)); }  // of one that has a step
+  eRecognitionResult FrameBodyWait();
+  eRecognitionResult VelaBINBodyWait();
+  eRecognitionResult BodyWait(eBody body);  // of every other shape
+
+ private:
+  enum eScanState : unsigned int { eIdle = 0, eStartSearch = 1, eBodyWait = 2, eResynchronise = 3 };
+
+  static constexpr unsigned short kStepAgain = 0xFFFF;  // equals no scan count
+
+  eRecognitionResult Resynchronize(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
+  eRecognitionResult Feed(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
+  eRecognitionResult Advance(C_RawDataMessage& message) {
+    if (m_queue.Queued() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
+    m_lastScanCount = m_scanCount;
+    // Nothing new since the last step: it would come to the same.
+    if (m_queue.Queued() == m_queuedAtLastWait) return m_state == eBodyWait ? eRecFrameStarted : eRecSearching;
+    switch (m_state) {
+      case eIdle:
+        return StepIdle();
+      case eStartSearch:
+        return StepStartSearch();
+      case eBodyWait:
+        return StepBodyWait(message);
+      default:
+        return eRecError;
+    }
+  }
+  eRecognitionResult StepIdle();
+  eRecognitionResult StepStartSearch();
+  eRecognitionResult StepBodyWait(C_RawDataMessage& message);
+
+  eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
+  bool MakeRoomInFullQueue();
+  void DropFalseStart();
+  unsigned int CountAccepted(const unsigned char* bytes, unsigned int count);
+  void DeliverFrame(C_RawDataMessage& message);
+
+  void Enable(eProtocols protocol, const t_Protocols& flags);
+  void ResetFrame();
+  void Expect(const S_Expectation& expectation);
+  bool ReadParameters(const S_ProtocolRow& row);
+  bool IsBodyAwaited() const { return m_state == eBodyWait && m_currentRow < kNumProtocols; }
+  eRecognitionResult Conclude(eVerdict verdict);
+  void Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount);
+
+  // The queue's policy is asked before bytes are queued, because each overflow is counted.
+  eCircBufOvrflowHandling m_overflowHandling;
+  const bool m_keepsStatistics;
+  const t_Protocols m_allowed;  // named at construction
+  const unsigned short m_maxFrameLength;
+  t_Protocols m_enabled = {};
+  bool m_patientSearch = false;
+  S_ExpectedMessages m_expected;
+
+  eScanState m_state = eIdle;
+  bool m_postFrame = false;                     // a frame was delivered: its line end may follow
+  unsigned short m_scanCount = 0;               // bytes of the current frame looked at
+  unsigned short m_lastScanCount = kStepAgain;  // m_scanCount at the last step
+  unsigned int m_queuedAtLastWait = 0;          // bytes at the last step if it only waits for more; 0: step in any case
+  unsigned int m_currentRow = kNumProtocols;    // of kProtocols: the start that matched last
+  unsigned int m_lastRow = kNumProtocols;       // and that of the frame delivered last
+  S_RecognizerStatistics m_counters = {};
+
+  C_QueueWindow m_queue;
+  S_FrameInProgress m_frame;
+  C_BodyScanner m_scanner;
+  C_StartMatcher m_starts;
+};
+
+}  // namespace velagnss::framing
+
+#endif  // VELAGNSS_FRAMING_RECOGNIZER_CORE_H

@@ -1,0 +1,48 @@
+// Which protocol the oldest queued bytes start a frame of. Internal.
+#ifndef VELAGNSS_FRAMING_START_MATCHER_H
+#define VELAGNSS_FRAMING_START_MATCHER_H
+
+#include <array>
+
+#include "framing/ProtocolTable.h"
+
+namespace velagnss::framing {
+
+using t_Protocols = std::array<bool, kNumProtocols>;  // a flag for each, by `eProtocols`
+
+// The start patterns, arranged so that a start is identified by a few table accesses: each row of `kProtocols` is a
+// bit, the first two bytes select the rows that may match, and only those are compared, in their order.
+class C_StartMatcher {
+ public:
+  static constexpr unsigned int kNoRow = kNumProtocols;
+
+  // Takes the start patterns from the table.
+  void TakePatterns();
+
+  // Searches for these protocols from now on. A patient search compares a pattern only when all bytes are there that
+  // its protocol needs, otherwise when its own are.
+  void Search(const t_Protocols& enabled, bool patient);
+
+  // Whether a frame can start with this byte.
+  bool CanStart(unsigned char byte) const { return m_canStart[byte]; }
+
+  // Bytes that the first pattern can be compared with, and that the last one can; 255 and 0 when nothing is searched.
+  unsigned int MinLength() const { return m_minLength; }
+  unsigned int MaxLength() const { return m_maxLength; }
+
+  // The row of the first protocol whose start the `held` bytes are, or kNoRow. Two bytes are read in any case.
+  unsigned int Find(const unsigned char* bytes, unsigned int held) const;
+
+ private:
+  unsigned short m_minLength = 255;
+  unsigned short m_maxLength = 0;
+  unsigned int m_searched = 0;                           // rows
+  unsigned short m_comparedLengths[kNumProtocols] = {};  // bytes held before a row is compared
+  bool m_canStart[256] = {};                             // by byte: of the rows that are searched
+  unsigned short m_rowsByByte[2][256] = {};              // rows that may have the byte first, second
+};
+static_assert(kNumProtocols <= 16, "a row has no bit");
+
+}  // namespace velagnss::framing
+
+#endif  // VELAGNSS_FRAMING_START_MATCHER_H
