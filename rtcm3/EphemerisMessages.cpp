@@ -302,7 +302,7 @@ void SetFitInterval(const KeplerSystem& row, Rtcm3KeplerEphemeris& out) {
 
 // --- GLONASS --------------------------------------------------------------------------------------------------------
 
-constexpr double kKilometre = 1000;
+constexpr double kKilometer = 1000;
 constexpr std::int64_t kQuarterHour = 900 * kSecond;  // unit of tb
 
 struct GlonassMessage {
@@ -350,15 +350,15 @@ constexpr Field<G> kGlonass[] = {  // 1020; GLONASS ICD, tables 4.5 and 4.6
     {108,  1, kUnsigned,      {},                          HighBitOfBn},
     {109,  1, kUnsigned,      {},                          Pva<&P::P2>},
     {110,  7, kUnsigned,      {},                          Pva<&P::Tb, &P::Iod>},
-    {111, 24, kSignMagnitude, Times(0x1p-20 * kKilometre), Pva<&P::VelX>},  // km/s to m/s
-    {112, 27, kSignMagnitude, Times(0x1p-11 * kKilometre), Pva<&P::PosX>},  // km to m
-    {113,  5, kSignMagnitude, Times(0x1p-30 * kKilometre), Pva<&P::AccX>},  // km/s^2 to m/s^2
-    {114, 24, kSignMagnitude, Times(0x1p-20 * kKilometre), Pva<&P::VelY>},
-    {115, 27, kSignMagnitude, Times(0x1p-11 * kKilometre), Pva<&P::PosY>},
-    {116,  5, kSignMagnitude, Times(0x1p-30 * kKilometre), Pva<&P::AccY>},
-    {117, 24, kSignMagnitude, Times(0x1p-20 * kKilometre), Pva<&P::VelZ>},
-    {118, 27, kSignMagnitude, Times(0x1p-11 * kKilometre), Pva<&P::PosZ>},
-    {119,  5, kSignMagnitude, Times(0x1p-30 * kKilometre), Pva<&P::AccZ>},
+    {111, 24, kSignMagnitude, Times(0x1p-20 * kKilometer), Pva<&P::VelX>},  // km/s to m/s
+    {112, 27, kSignMagnitude, Times(0x1p-11 * kKilometer), Pva<&P::PosX>},  // km to m
+    {113,  5, kSignMagnitude, Times(0x1p-30 * kKilometer), Pva<&P::AccX>},  // km/s^2 to m/s^2
+    {114, 24, kSignMagnitude, Times(0x1p-20 * kKilometer), Pva<&P::VelY>},
+    {115, 27, kSignMagnitude, Times(0x1p-11 * kKilometer), Pva<&P::PosY>},
+    {116,  5, kSignMagnitude, Times(0x1p-30 * kKilometer), Pva<&P::AccY>},
+    {117, 24, kSignMagnitude, Times(0x1p-20 * kKilometer), Pva<&P::VelZ>},
+    {118, 27, kSignMagnitude, Times(0x1p-11 * kKilometer), Pva<&P::PosZ>},
+    {119,  5, kSignMagnitude, Times(0x1p-30 * kKilometer), Pva<&P::AccZ>},
     {120,  1, kUnsigned,      {},                          Pva<&P::P3>},
     {121, 11, kSignMagnitude, Times(0x1p-40),              Pva<&P::GammaN>},
     {122,  2, kUnsigned,      {},                          Pva<&P::P>},

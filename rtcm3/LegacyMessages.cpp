@@ -126,7 +126,7 @@ constexpr Contents kContents[] = {{false, false}, {true, false}, {false, true}, 
   return ReadFields<kSecondSignal>(reader, out) && (!contents.hasWhole || ReadFields<kSecondStrength>(reader, out));
 }
 
-// Cycles of a phase range given in halves of a millimetre: times frequency, divided by the speed of light. The product
+// Cycles of a phase range given in halves of a millimeter: times frequency, divided by the speed of light. The product
 // has more bits than a double, so whole cycles and the remainder are converted separately.
 double CyclesOf(std::int64_t halfMm, double kilohertz) {
   constexpr std::int64_t kDivisor = 4 * kMsMm;
@@ -155,7 +155,7 @@ void NameSatellite(const LegacySystem& system, const L& sent, State& state, Rtcm
 struct Differences {
   std::int64_t rangeMm;
   bool hasRange;
-  std::int32_t phase;  // halves of a millimetre
+  std::int32_t phase;  // halves of a millimeter
 };
 
 void PutTogether(std::int64_t firstMm, const Differences& difference, double kilohertz, Rtcm3Signal& out) {

@@ -261,9 +261,9 @@ void MsmEpoch::PutTogether(const C& sent, const Rtcm3Satellite& satellite, doubl
   constexpr double kRatesInOne = 10000;               // units of the fine rate in 1 m/s
   constexpr double kLightSpeed = 299'792'458.0 * 10;  // units of the fine rate, times Hz in a kHz
   if (!IsNotAvailable(satellite.roughRange)) {
-    if (!IsNotAvailable(sent.range)) out.data.Pseudorange = MetresOf(satellite.roughRange + sent.range);
+    if (!IsNotAvailable(sent.range)) out.data.Pseudorange = MetersOf(satellite.roughRange + sent.range);
     if (!IsNotAvailable(sent.phase)) {
-      out.phaseRange = MetresOf(satellite.roughRange + sent.phase);
+      out.phaseRange = MetersOf(satellite.roughRange + sent.phase);
       if (kilohertz != 0) out.data.CarrierPhase = (satellite.roughRange + sent.phase) * kilohertz;
     }
   }
@@ -283,7 +283,7 @@ unsigned int DecodeMsm(State& state, BitReader& reader, unsigned int number, Rtc
   out.message = static_cast<unsigned short>(number);
   out.system = system.system;
   out.msm = static_cast<unsigned char>(kind);
-  if (!kKinds[kind - 1].hasWholeRange) out.rangeModulus = kMetresPerMs;
+  if (!kKinds[kind - 1].hasWholeRange) out.rangeModulus = kMetersPerMs;
   const bool isRead = ReadFields<kStation>(reader, out) &&
                       (system.timeField == TimeField::GlonassDay ? ReadFields<kGlonassTime>(reader, out)
                                                                  : ReadFields<kTimeOfWeek>(reader, out)) &&

@@ -1,6 +1,6 @@
 // What the two kinds of observation messages have in common.
 //
-// Internal. Ranges are assembled in integers or exact doubles and rounded once, when they are converted to metres or
+// Internal. Ranges are assembled in integers or exact doubles and rounded once, when they are converted to meters or
 // cycles.
 #ifndef VELAGNSS_RTCM3_OBSERVATIONS_H
 #define VELAGNSS_RTCM3_OBSERVATIONS_H
@@ -13,17 +13,17 @@ namespace velagnss::rtcm3 {
 
 // Distance that light travels in a millisecond, m (RTCM 10403). It is not representable as a double; its parts are, and
 // the first two have no more than 14 bits.
-inline constexpr double kMetresPerMs = 299792.458;
-inline constexpr double kMetresPerMsParts[] = {299776, 16.45703125, 0.00096875};
+inline constexpr double kMetersPerMs = 299792.458;
+inline constexpr double kMetersPerMsParts[] = {299776, 16.45703125, 0.00096875};
 
-// Metres of a range in light-milliseconds of at most 39 bits, rounded once: the products with the first two parts are
+// Meters of a range in light-milliseconds of at most 39 bits, rounded once: the products with the first two parts are
 // exact, and so is the rounding error of their sum.
-inline double MetresOf(double ms) {
-  const double coarse = ms * kMetresPerMsParts[0];
-  const double middle = ms * kMetresPerMsParts[1];
+inline double MetersOf(double ms) {
+  const double coarse = ms * kMetersPerMsParts[0];
+  const double middle = ms * kMetersPerMsParts[1];
   const double sum = coarse + middle;
   const double lost = middle - (sum - coarse);
-  return sum + (lost + ms * kMetresPerMsParts[2]);
+  return sum + (lost + ms * kMetersPerMsParts[2]);
 }
 
 // The carrier of a signal of a satellite, in kHz; 0 if it is not known.

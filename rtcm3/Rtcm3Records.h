@@ -1,6 +1,6 @@
 // Records for the contents of RTCM 3 messages (RTCM 10403).
 //
-// Values are in physical units: metres, seconds, radians, hertz. A value that a message does not carry, or carries as
+// Values are in physical units: meters, seconds, radians, hertz. A value that a message does not carry, or carries as
 // "not available", holds the marker of its type (geo/NotAvailable.h), never zero. A scaled value is computed from the
 // transmitted integer with a single rounding, so the integer can be recovered from it. Arrays have a fixed size; only
 // as many elements are set as the count next to them says. Every record begins with its message number.
@@ -52,7 +52,7 @@ struct Rtcm3Station {
   unsigned char isComputed = NA_U8;         // 1: not a physical station
   unsigned char singleOscillator = NA_U8;   // 1: all observations are taken at the same instant
   unsigned char quarterCycle = NA_U8;       // 0 unknown, 1 phases corrected for quarter-cycle shifts, 2 not corrected
-  double x = NA_DOUBLE;  // m, antenna reference point, Earth-centred, Earth-fixed; not available if all three
+  double x = NA_DOUBLE;  // m, antenna reference point, Earth-centered, Earth-fixed; not available if all three
                          // were sent as zero, which means "not set"
   double y = NA_DOUBLE;  // m
   double z = NA_DOUBLE;  // m

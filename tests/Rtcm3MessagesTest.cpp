@@ -34,10 +34,8 @@ TEST(Rtcm3Station, ExampleOf1005) {
   ASSERT_EQ(decoded.result, eResultOk);
   const auto& station = std::get<Rtcm3Station>(decoded.record);
   EXPECT_EQ(station.station, 2003);
-  EXPECT_EQ(station.x, 1114104.5999);
-  EXPECT_EQ(station.y, -4850729.7108);
-  EXPECT_EQ(station.z, 3975521.4643);
-  EXPECT_EQ(station.antennaHeight, kNone);
+  EXPECT_EQ((t_Values{station.x, station.y, station.z, station.antennaHeight}),
+            (t_Values{1114104.5999, -4850729.7108, 3975521.4643, kNone}));
   EXPECT_EQ(station.servesGps, 1);
   EXPECT_EQ(station.servesGlonass, 0);
   EXPECT_EQ(station.servesGalileo, 0);
@@ -52,10 +50,8 @@ TEST(Rtcm3Station, EveryFieldOf1006And1032) {
   EXPECT_EQ(station.isComputed, 1);
   EXPECT_EQ(station.singleOscillator, 1);
   EXPECT_EQ(station.quarterCycle, 2);
-  EXPECT_EQ(station.x, -13743895.3472);
-  EXPECT_EQ(station.y, -0.0001);
-  EXPECT_EQ(station.z, 0.0001);
-  EXPECT_EQ(station.antennaHeight, 6.5535);
+  EXPECT_EQ((t_Values{station.x, station.y, station.z, station.antennaHeight}),
+            (t_Values{-13743895.3472, -0.0001, 0.0001, 6.5535}));
   station =
       Rtcm3Payloads().Get<Rtcm3Station>(Rtcm3Bits{{1032, 12}, {1, 12}, {4095, 12}, {5, 6}, {1, 38}, {2, 38}, {-3, 38}});
   EXPECT_EQ(station.physicalStation, 4095);
@@ -123,12 +119,12 @@ struct S_BiasCase {
   const char* name;
   unsigned int mask;
   std::vector<int> sent;
-  double l1Ca, l1P, l2Ca, l2P;
+  t_Values biases;  // L1 C/A, L1 P, L2 C/A, L2 P
 };
 const S_BiasCase kBiases[] = {
-    {"None", 0b0000, {}, kNone, kNone, kNone, kNone},
-    {"All", 0b1111, {-32768, 1, 0, 32767}, -655.36, 0.02, 0, 655.34},
-    {"L1CaL2P", 0b1001, {953, -3597}, 19.06, kNone, kNone, -71.94},
+    {"None", 0b0000, {}, {kNone, kNone, kNone, kNone}},
+    {"All", 0b1111, {-32768, 1, 0, 32767}, {-655.36, 0.02, 0, 655.34}},
+    {"L1CaL2P", 0b1001, {953, -3597}, {19.06, kNone, kNone, -71.94}},
 };
 
 TEST_ROWS(Rtcm3Bias, FollowsTheMask, kBiases, row) {
@@ -136,10 +132,7 @@ TEST_ROWS(Rtcm3Bias, FollowsTheMask, kBiases, row) {
   for (const int bias : row.sent) bits.Put(bias, 16);
   const auto out = Rtcm3Payloads().Get<Rtcm3GlonassBiases>(bits);
   EXPECT_EQ(out.isAligned, 1);
-  EXPECT_EQ(out.l1Ca, row.l1Ca);
-  EXPECT_EQ(out.l1P, row.l1P);
-  EXPECT_EQ(out.l2Ca, row.l2Ca);
-  EXPECT_EQ(out.l2P, row.l2P);
+  EXPECT_EQ((t_Values{out.l1Ca, out.l1P, out.l2Ca, out.l2P}), row.biases);
 }
 
 struct S_ResidualCase {
@@ -167,11 +160,8 @@ TEST_ROWS(Rtcm3Residual, HasItsValues, kResiduals, row) {
   ASSERT_EQ(out.numSatellites, 31);
   const Rtcm3Residuals::Satellite& last = out.satellites[30];
   EXPECT_EQ(last.svId, 31);
-  EXPECT_EQ(last.constant, 127.5);
-  EXPECT_EQ(last.distance, 5.11);
-  EXPECT_EQ(last.height, 6.3);
-  EXPECT_EQ(last.ionoConstant, 511.5);
-  EXPECT_EQ(last.ionoDistance, 10.21);
+  EXPECT_EQ((t_Values{last.constant, last.distance, last.height, last.ionoConstant, last.ionoDistance}),
+            (t_Values{127.5, 5.11, 6.3, 511.5, 10.21}));
 }
 
 // --- Corrections ----------------------------------------------------------------------------------------------------
@@ -228,15 +218,12 @@ TEST_ROWS(Rtcm3Ssr, HasItsValues, kSsrSystems, row) {
     EXPECT_EQ(second.svId, 2);
     EXPECT_EQ(second.issue, hasOrbit ? 77 : NA_U16);
     EXPECT_EQ(second.toe, hasOrbit && row.toeBits != 0 ? 1200 : NA_U16);
-    EXPECT_EQ(second.radial, If(hasOrbit, -209.7151));
-    EXPECT_EQ(second.alongTrack, If(hasOrbit, -209.7148));
-    EXPECT_EQ(second.crossTrack, If(hasOrbit, 209.7144));
-    EXPECT_EQ(second.radialRate, If(hasOrbit, -1.048575));
-    EXPECT_EQ(second.alongTrackRate, If(hasOrbit, -1.048572));
-    EXPECT_EQ(second.crossTrackRate, If(hasOrbit, 1.048568));
-    EXPECT_EQ(second.clock, If(hasClock, -209.715));
-    EXPECT_EQ(second.clockRate, If(hasClock, 1.048574));
-    EXPECT_EQ(second.clockAcceleration, If(hasClock, -1.34217726));
+    EXPECT_EQ(
+        (t_Values{second.radial, second.alongTrack, second.crossTrack, second.radialRate, second.alongTrackRate,
+                  second.crossTrackRate}),
+        (hasOrbit ? t_Values{-209.7151, -209.7148, 209.7144, -1.048575, -1.048572, 1.048568} : t_Values(6, kNone)));
+    EXPECT_EQ((t_Values{second.clock, second.clockRate, second.clockAcceleration}),
+              (hasClock ? t_Values{-209.715, 1.048574, -1.34217726} : t_Values(3, kNone)));
     EXPECT_EQ(second.highRateClock, If(kind == kHighRate, 209.7149));
     EXPECT_EQ(out.satellites[0].accuracy, If(kind == kAccuracy, 0.0395));  // 27 * 1.5 - 1 mm
     EXPECT_EQ(second.accuracy, kNone);

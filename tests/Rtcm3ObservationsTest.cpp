@@ -104,14 +104,10 @@ TEST_ROWS(Rtcm3Msm, HasItsValues, kMsms, row) {
   ASSERT_EQ(out.numSignals, 1);
   const Rtcm3Signal& signal = out.signals[0];
   EXPECT_EQ(out.msm, row.kind);
-  EXPECT_EQ(out.rangeModulus, row.modulus);
-  EXPECT_EQ(signal.data.Pseudorange, row.pseudorange);
-  EXPECT_EQ(signal.phaseRange, row.phaseRange);
-  EXPECT_EQ(signal.data.CarrierPhase, row.cycles);
-  EXPECT_EQ(signal.rangeRate, row.rangeRate);
-  EXPECT_EQ(signal.data.Measurement3, row.doppler);
-  EXPECT_EQ(signal.data.SignalStrength, row.strength);
-  EXPECT_EQ(signal.lockTime, row.lockTime);
+  EXPECT_EQ((t_Values{out.rangeModulus, signal.data.Pseudorange, signal.phaseRange, signal.data.CarrierPhase}),
+            (t_Values{row.modulus, row.pseudorange, row.phaseRange, row.cycles}));
+  EXPECT_EQ((t_Values{signal.rangeRate, signal.data.Measurement3, signal.data.SignalStrength, signal.lockTime}),
+            (t_Values{row.rangeRate, row.doppler, row.strength, row.lockTime}));
   EXPECT_EQ(signal.data.LockCount, row.kind == 1 ? NA_U32 : static_cast<unsigned int>(row.sent.lock));
   EXPECT_EQ(signal.halfCycle, row.kind == 1 ? NA_U8 : 1);
   EXPECT_EQ(signal.data.Flags, NA_U32);
@@ -268,15 +264,15 @@ TEST_ROWS(Rtcm3Legacy, HasItsValues, kLegacy, row) {
   EXPECT_EQ(out.satellites[0].svId, 7);
   EXPECT_EQ(out.satellites[2].svId, row.number < 1009 ? 125 : 45);
   EXPECT_EQ(out.satellites[2].system, row.number < 1009 ? ALGO::GNSS_SBAS : ALGO::GNSS_GLONASS);
-  EXPECT_EQ(out.signals[0].data.Pseudorange, row.pseudorange1);
-  EXPECT_EQ(out.signals[0].data.CarrierPhase, row.cycles1);
-  EXPECT_EQ(out.signals[0].data.SignalStrength, row.strength1);
+  const auto ValuesOf = [&out](unsigned int i) {
+    const S_IFGnssObsData& data = out.signals[i].data;
+    return t_Values{data.Pseudorange, data.CarrierPhase, data.SignalStrength};
+  };
+  EXPECT_EQ(ValuesOf(0), (t_Values{row.pseudorange1, row.cycles1, row.strength1}));
   EXPECT_STREQ(out.signals[0].code, "1C");
   EXPECT_EQ(out.signals[0].lockTime, 120);
   if (!hasSecond) return;
-  EXPECT_EQ(out.signals[1].data.Pseudorange, row.pseudorange2);
-  EXPECT_EQ(out.signals[1].data.CarrierPhase, row.cycles2);
-  EXPECT_EQ(out.signals[1].data.SignalStrength, row.strength2);
+  EXPECT_EQ(ValuesOf(1), (t_Values{row.pseudorange2, row.cycles2, row.strength2}));
   EXPECT_STREQ(out.signals[1].code, "2C");
 }
 

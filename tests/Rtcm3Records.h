@@ -4,10 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "records/ResultCodes.h"
 #include "rtcm3/Rtcm3Decoder.h"
 #include "tests/ExactCopy.h"
 #include "tests/Rtcm3Bits.h"
+
+using t_Values = std::vector<double>;
 
 // A decoder that is given payloads; their frames lie in blocks of their exact size.
 class Rtcm3Payloads {
