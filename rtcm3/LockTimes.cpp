@@ -1,6 +1,7 @@
 #include "rtcm3/LockTimes.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace velagnss::rtcm3 {
 namespace {
@@ -14,6 +15,14 @@ struct LegacyRow {
 constexpr LegacyRow kLegacy[] = {{0, 0, 1}, {24, 24, 2}, {48, 72, 4}, {72, 168, 8}, {96, 360, 16}, {120, 744, 32}};
 constexpr unsigned int kLegacyLast = 127;  // 937 s and more
 constexpr std::uint32_t kLegacyLongest = 937;
+
+consteval bool EachRowGoesOnWhereTheLastOneEnds() {
+  for (std::size_t i = 1; i < std::size(kLegacy); ++i)
+    if (kLegacy[i].least != kLegacy[i - 1].least + (kLegacy[i].first - kLegacy[i - 1].first) * kLegacy[i - 1].step)
+      return false;
+  return true;
+}
+static_assert(EachRowGoesOnWhereTheLastOneEnds());
 
 constexpr unsigned int kMsmLast = 15;
 constexpr unsigned int kMsmHighLast = 704;  // higher ones are reserved

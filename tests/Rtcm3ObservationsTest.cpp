@@ -395,6 +395,10 @@ TEST(Rtcm3Time, GoesOnWithTheStream) {
   EXPECT_EQ(payloads.Get<O>(Epoch(1077, 604799000, 0)).time.week, 2314);
   EXPECT_EQ(payloads.Get<O>(Epoch(1127, 604786000, 0)).time.week, 2315);
   EXPECT_EQ(payloads.Get<O>(Epoch(1012, 10800000, 0)).time.seconds, 18);
+  // A seed goes before the dates of the stream.
+  Rtcm3Payloads seeded(kSeed);
+  seeded.Get<Rtcm3SystemParameters>(Rtcm3Bits{{1013, 12}, {1, 12}, {60000, 16}, {0, 17}, {0, 5}, {18, 8}});
+  EXPECT_EQ(seeded.Get<O>(Epoch(1077, 345600000, 0)).time.week, 2314);
   payloads.decoder.SetLeapSeconds(19);
   EXPECT_EQ(payloads.Get<O>(Epoch(1012, 10800000, 0)).time.seconds, 19);
 }
