@@ -11,7 +11,9 @@
 #include "framing/CallbackFrameRecognizer.h"
 #include "geo/Geodesy.h"
 #include "geo/PointCoordinate.h"
+#include "rtcm3/Rtcm3Decoder.h"
 #include "stream/RecordDecoder.h"
+#include "tests/Rtcm3Bits.h"
 #include "tests/Streams.h"
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/VelaPKVN_Decode.h"
@@ -176,6 +178,22 @@ TEST(Allocation, NothingInReaderAndDecoder) {
   }
   EXPECT_EQ(allocations, before);
   EXPECT_EQ(frames, 29U * 2 * 8);
+}
+
+TEST(Allocation, NothingInContentsOfRtcm3) {
+  const auto Full = [](unsigned int number) {  // an MSM of 64 cells, and whatever else its bits may be
+    Rtcm3Bits bits{{number, 12}, {0, 12 + 30 + 19}, {0xFF, 64}, {0xFF, 32}};
+    return RtcmFrame(bits.Put(-1, 64).Payload() + std::string(800, '\x2B'));
+  };
+  velagnss::Rtcm3Decoder decoder;
+  std::vector<std::string> frames;
+  for (const unsigned int number : {1004U, 1012U, 1006U, 1019U, 1020U, 1029U, 1033U, 1046U, 1059U, 1066U, 1077U, 1087U})
+    frames.push_back(Full(number));
+  const std::size_t before = allocations;
+  for (const std::string& frame : frames)
+    decoder.Decode(reinterpret_cast<const unsigned char*>(frame.data()), frame.size());
+  decoder.Reset();
+  EXPECT_EQ(allocations, before);
 }
 
 TEST(Allocation, NothingInGeometry) {
