@@ -1,3 +1,4 @@
+// RFC 4648, section 4, with two liberties in decoding: padding may be missing, and what follows it is ignored.
 #include "framing/Base64.h"
 
 #include <array>
@@ -11,6 +12,7 @@ constexpr char kPad = '=';
 constexpr unsigned char kEndMark = 64;    // padding: the text ends here
 constexpr unsigned char kErrorMark = 65;  // no character of the alphabet
 
+// One access gives the value and tells the alphabet, the end and foreign characters apart.
 constexpr std::array<unsigned char, 256> MakeValues() {
   std::array<unsigned char, 256> values{};
   values.fill(kErrorMark);

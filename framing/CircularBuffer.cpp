@@ -57,6 +57,7 @@ bool C_CircularBuffer::NewItemOverflowProtect() {
 }
 
 void C_CircularBuffer::QueueItem(const void* item) {
+  // The policy may agree even where there is no slot at all.
   if (item == nullptr || !NewItemOverflowProtect() || m_maxItems == 0) return;
   Write(m_tailIndex, item, 1);
   m_tailIndex = Next(m_tailIndex);
@@ -77,6 +78,7 @@ void C_CircularBuffer::QueueAcrossEnd(const void* items, unsigned int n) {
     if (m_overflowHandling > eCircBufOvrflowFlushAll) return;
     FlushItems(m_overflowHandling == eCircBufOvrflowDropOldest ? n - free : m_numItems);
   }
+  // At most two copies: up to the end of the ring, then from its start.
   const unsigned int first = std::min(n, m_maxItems - m_tailIndex);
   Write(m_tailIndex, source, first);
   if (first < n) Write(0, source + std::size_t{first} * m_itemSize, n - first);
@@ -102,6 +104,7 @@ void C_CircularBuffer::QueueItemBeforeNth(const void* item, unsigned int n) {
   ++m_numItems;
 }
 
+// The slot is not cleared, because the caller reads it after this.
 void* C_CircularBuffer::DequeueItem() {
   if (m_numItems == 0) return nullptr;
   unsigned char* item = Slot(m_headIndex);

@@ -11,6 +11,7 @@ using namespace velagnss::framing;
 C_FrameRecognizer::C_FrameRecognizer(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling,
                                      bool keepStatistics)
     : m_core(new C_RecognizerCore(protocols, overflowHandling, keepStatistics)) {
+  // The operations that a host may call again to restore the tables.
   CreateRecognizedFrames();
   SetFrameStartChars();
   SetExpectedNMEA0183Msgs();
@@ -66,6 +67,7 @@ unsigned int C_FrameRecognizer::UnwindVela7of8Message(void* out, const unsigned 
 void C_FrameRecognizer::CreateRecognizedFrames() { m_core->CreateRecognizedFrames(); }
 void C_FrameRecognizer::SetFrameStartChars() { m_core->SetFrameStartChars(); }
 
+// The length limits of each protocol, as framing/MessageLengths.h has them.
 void C_FrameRecognizer::SetExpectedNMEA0183Msgs() { m_core->Expected().nmea = kNmeaLengths; }
 void C_FrameRecognizer::SetExpectedVelaBINMsgs() { m_core->Expected().blocks = kBlockLengths.data(); }
 void C_FrameRecognizer::SetExpectedVelaRDMsgs() { m_core->Expected().rdVersions = kRdLengths; }
@@ -80,6 +82,7 @@ void C_FrameRecognizer::SetExpectedJSITERECORDMsgs() {
   m_core->Expected().replies[C_RawDataMessage::eJSITERECORD] = kSiteRecord;
 }
 
+// Single steps of the search, for hosts that drive it themselves. Any order is safe: a step out of turn is an error.
 eRecognitionResult C_FrameRecognizer::FrameStartSearch() { return m_core->FrameStartSearch(); }
 eRecognitionResult C_FrameRecognizer::DetermineMsgExpectations() { return m_core->DetermineMsgExpectations(); }
 
@@ -97,6 +100,7 @@ bool C_FrameRecognizer::GetJSITERECORDFrameParameters() {
   return m_core->GetFrameParameters(C_RawDataMessage::eJSITERECORD);
 }
 
+// The second one asks by protocol, whatever the search has found.
 eRecognitionResult C_FrameRecognizer::FrameBodyWait() { return m_core->FrameBodyWait(); }
 eRecognitionResult C_FrameRecognizer::RTCM3xBodyWait() { return m_core->BodyWait(eBody::Rtcm); }
 eRecognitionResult C_FrameRecognizer::NMEA0183BodyWait() { return m_core->BodyWait(eBody::Text); }

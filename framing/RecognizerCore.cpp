@@ -9,6 +9,7 @@ namespace velagnss::framing {
 
 namespace {
 
+// A list that lacks its end mark must not be read without limit.
 constexpr unsigned int kMaxListEntries = 254;  // of a host's protocol list
 
 // Bytes queued beyond the longest frame: the line end of the frame before it, and the start of the next one, need not
@@ -147,6 +148,7 @@ eRecognitionResult C_RecognizerCore::QueueInput(const unsigned char* data, unsig
       if (!MakeRoomInFullQueue()) return eRecError;
       result = eRecInputOverflow;
     }
+    // At least one byte: under RejectNew a full queue stays full, and the byte is refused there.
     const unsigned int count = std::min(length, std::max(m_queue.FreeSpace(), 1U));
     m_queue.Add(data, count);
     m_lastScanCount = kStepAgain;
@@ -210,6 +212,7 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
     }
     if (!isStart) continue;
     m_state = eStartSearch;
+    // Unequal, so that the next call makes a step: equal counts mean that nothing is left to do.
     m_lastScanCount = 0;
     m_scanCount = 1;
     return eRecSearching;
@@ -248,6 +251,7 @@ void C_RecognizerCore::DeliverFrame(C_RawDataMessage& message) {
   message.protocol = frame.protocol;
   message.messageType = frame.messageType;
   message.messageSubtype = frame.messageSubtype;
+  // A message without a buffer still says what the frame was.
   message.length = 0;
   if (message.data != nullptr) {
     message.length = static_cast<unsigned short>(std::min<unsigned int>(frame.length, message.capacity));
@@ -340,6 +344,7 @@ eRecognitionResult C_RecognizerCore::Conclude(eVerdict verdict) {
     case eVerdict::Rejected:
       Count(&S_RecognizerStatistics::framesBad, 1);
       break;
+    // An acknowledgement has no form that could be wrong, so none of them is a bad frame.
     case eVerdict::GivenUp:
       break;
   }

@@ -1,3 +1,6 @@
+// The recognizer driven as the documents advise: patient, fed no more than fits, pumped until it is idle, and emptied
+// byte by byte at the end. The recognizer does not keep the bytes that it drops, so the reader keeps a window of the
+// stream for its events.
 #include "stream/FrameReader.h"
 
 #include <algorithm>
@@ -12,6 +15,7 @@ namespace {
 // grown by 2^16.
 constexpr std::uint64_t kCountedBytes = 1U << 15;
 
+// Modulo 2^16: right whether or not the counter folded in between.
 std::uint64_t Growth(unsigned int now, unsigned int before) { return static_cast<std::uint16_t>(now - before); }
 
 StreamTotals GrowthOf(const S_RecognizerStatistics& now, const S_RecognizerStatistics& before) {
@@ -56,10 +60,12 @@ class Window {
     m_pieceSize = 0;
   }
 
-  // Copies the bytes of the stream in [from, to), as far as there is room for them; returns how many.
+  // Copies the bytes of the stream in [from, to), as far as they are held and there is room for them; returns how many.
   std::size_t Copy(std::uint64_t from, std::uint64_t to, unsigned char* out, std::size_t room) const {
-    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(to - from, room));
     const std::uint64_t keptOffset = m_pieceOffset - m_size;
+    from = std::max(from, keptOffset);
+    if (from >= to) return 0;
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(to - from, room));
     for (std::size_t i = 0; i < count; ++i) {
       const std::uint64_t at = from + i;
       out[i] = at < m_pieceOffset ? m_kept[m_first + (at - keptOffset)] : m_piece[at - m_pieceOffset];
@@ -92,6 +98,7 @@ class SkippedRun {
     m_range.length = to - m_range.offset;
     m_range.size += window.Copy(from, to, m_bytes.data() + m_range.size, m_bytes.size() - m_range.size);
   }
+  // A run can have several causes. The most specific one wins: the enumerators are in that order.
   void SetReason(SkippedRange::Reason reason) { m_range.reason = std::max(m_range.reason, reason); }
 
   const SkippedRange& Close() {
@@ -122,6 +129,7 @@ class FrameReader::Impl {
   std::uint64_t Queued() const { return m_recognizer.GetQueuedBytes(); }
   std::uint64_t Head() const { return m_fed - Queued(); }  // offset of the oldest byte queued
 
+  // The overflow policy never applies, because no more is fed than fits.
   C_FrameRecognizer m_recognizer{nullptr, eCircBufOvrflowRejectNew, true};
   bool m_areEventsReported = false;
   std::uint64_t m_fed = 0;  // bytes handed to the recognizer
@@ -175,6 +183,8 @@ FrameReader::Impl::Impl()
       m_message(m_buffer.get(), m_recognizer.GetMaxFrameLength()),
       m_tail(new unsigned char[m_capacity]),
       m_window(m_capacity) {
+  // Patience makes the frames independent of how the input is cut. An acknowledgement is "$>" and any text up to a line
+  // end: searching for it turns noise into frames and hides other replies, so callers must ask for it.
   m_recognizer.SetPatientSearch(true);
   m_recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
 }
@@ -189,6 +199,7 @@ void FrameReader::Impl::Restart() {
   m_numItems = m_nextItem = 0;
 }
 
+// The counters restart at zero with the recognizer, so the part of them already taken is zero, too.
 void FrameReader::Impl::ResetRecognizer(std::uint64_t offset) {
   m_recognizer.FullProcessingReset();
   m_counted = {};
@@ -196,6 +207,7 @@ void FrameReader::Impl::ResetRecognizer(std::uint64_t offset) {
   m_fed = m_countedAt = offset;
 }
 
+// The piece is not copied: a second one is refused until the first is used up.
 bool FrameReader::Impl::Feed(const unsigned char* bytes, std::size_t count) {
   if (m_restSize > 0 || m_isPumping || m_isFinishing) return false;
   m_rest = bytes;
@@ -204,6 +216,7 @@ bool FrameReader::Impl::Feed(const unsigned char* bytes, std::size_t count) {
   return true;
 }
 
+// Most steps yield nothing, a few yield two items: steps are made until there is something to hand out.
 const StreamItem& FrameReader::Impl::Next() {
   if (m_nextItem == m_numItems) {
     m_nextItem = m_numItems = 0;
@@ -230,7 +243,8 @@ bool FrameReader::Impl::Advance() {
 // Hands as many bytes to the recognizer as it can queue.
 bool FrameReader::Impl::TakePiece() {
   if (m_restSize == 0) {
-    if (m_areEventsReported) m_window.Keep(Queued());
+    // The caller's buffer may be gone at the next call.
+    m_areEventsReported ? m_window.Keep(Queued()) : m_window.Clear(m_fed);
     return false;
   }
   const std::size_t count = std::min<std::size_t>(m_restSize, m_recognizer.GetFreeSpace());
@@ -238,6 +252,7 @@ bool FrameReader::Impl::TakePiece() {
   m_rest += count;
   m_restSize -= count;
   m_isPumping = true;
+  // Before the step, which may count up to a whole queue.
   if (m_fed - m_countedAt > kCountedBytes) TakeCounters();
   Step(bytes, count);
   return true;
@@ -248,6 +263,7 @@ bool FrameReader::Impl::GiveUpOneByte() {
   const auto queued = static_cast<std::size_t>(Queued());
   TakeCounters();
   if (!m_isSearchedAgain) {
+    // What holds for the stream itself, before some bytes are searched a second time.
     m_totalsAtFinish = m_totals;
     m_queuedAtFinish = queued;
     m_isSearchedAgain = true;
@@ -260,6 +276,7 @@ bool FrameReader::Impl::GiveUpOneByte() {
   }
   m_recognizer.CopyQueuedBytes(m_tail.get(), m_capacity);
   ResetRecognizer(head + 1);
+  // The reset drops the byte without counting it.
   ++m_totals.bytesDiscarded;
   m_rest = m_tail.get() + 1;
   m_restSize = queued - 1;
@@ -309,6 +326,7 @@ void FrameReader::Impl::NoteRejection(eRecognitionResult result, std::uint64_t o
   start.offset = offset;
   start.reason = static_cast<RejectedStart::Reason>(result);
   start.data = m_rejectedBytes.data();
+  // Only what has arrived: a start is often rejected before the rest of it has come.
   start.size = m_window.Copy(offset, m_fed, m_rejectedBytes.data(), m_rejectedBytes.size());
   Push(start);
 }
@@ -340,6 +358,7 @@ void FrameReader::Restart() { m_impl->Restart(); }
 
 const StreamItem& FrameReader::Next() { return m_impl->Next(); }
 
+// Events, if they are reported, come between the frames. They are skipped here.
 const Frame* FrameReader::NextFrame() {
   while (true) {
     const StreamItem& item = m_impl->Next();

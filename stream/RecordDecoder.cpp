@@ -1,3 +1,5 @@
+// One decoder for each family of messages, and the union that it fills. Callers see a copy in a variant. Tables say
+// which member of a union belongs to which type.
 #include "stream/RecordDecoder.h"
 
 #include <algorithm>
@@ -36,6 +38,7 @@ RawBody BodyOf(const Frame& frame) {
 // The decoders take a pointer to bytes that they might change, but do not.
 unsigned char* BytesOf(const Frame& frame) { return const_cast<unsigned char*>(frame.data); }
 
+// Packed bytes have their top bit set and text does not, which separates the two.
 constexpr bool IsPackedByte(unsigned char byte) { return (byte & 0x80) != 0; }
 
 }  // namespace
@@ -77,6 +80,7 @@ class RecordDecoder::Impl {
     m_decoded.record.emplace<T>(record);
     m_decoded.depth = depth;
   }
+  // A view into the frame, valid as long as the frame is.
   void KeepText(const Frame& frame) { Keep(Depth::Raw, RawText{TextOf(frame)}); }
   void KeepBinary(unsigned int blockId, const Frame& frame);
   void KeepEphemeris(unsigned int blockId);
@@ -135,6 +139,7 @@ constexpr RecordDecoder::Impl::S_PkvnRow RecordDecoder::Impl::kPkvnRows[] = {  /
 };
 // clang-format on
 
+// The caller's time survives a restart: it does not come from the stream that ended.
 void RecordDecoder::Impl::Restart() {
   m_clock = StreamClock();
   m_weekSource = WeekSource::None;
@@ -155,6 +160,7 @@ void RecordDecoder::Impl::UseTime(const C_GnssTime& time, WeekSource source) {
 }
 
 void RecordDecoder::Impl::Decode(const Frame& frame) {
+  // Member by member: a fresh DecodedFrame would copy the largest record for every frame.
   m_decoded.record.emplace<std::monostate>();
   m_decoded.result.reset();
   m_decoded.depth = Depth::None;
@@ -172,6 +178,7 @@ void RecordDecoder::Impl::Decode(const Frame& frame) {
       return DecodeRd(frame);
     case C_RawDataMessage::eJROX:
       return Unpack(frame);
+    // Delivered for others to decode: its contents are bit fields of RTCM 10403.
     case C_RawDataMessage::eRTCM3_x:
       return;
     default:
@@ -193,6 +200,7 @@ void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
   const unsigned int result = textproto::DecodeCheckedSentence(frame.data, frame.length, type, m_nmea, variation);
   SetResult(result);
   if (result != eResultOk) return KeepText(frame);
+  // The sentence decoder does not keep the letter, and without it the variation has no sign.
   if (type == C_RawDataMessage::eNmeaRMC) m_nmea.rmc.variationDirection = static_cast<unsigned char>(variation);
   (this->*row->keep)();
 }
@@ -210,7 +218,9 @@ void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
   SetResult(result);
   m_decoded.isWeekUnresolved = LacksWeek(blockId, result);
   const bool isRead = result == eResultOk || m_decoded.isWeekUnresolved;
+  // A block that has no decoder is not damaged.
   m_decoded.hasDataError = !isRead && result != eResultUnknownMessage;
+  // There is no block 0: a message that could not be read is kept as raw bytes.
   KeepBinary(isRead ? blockId : 0U, frame);
 }
 
@@ -226,6 +236,7 @@ void RecordDecoder::Impl::KeepBinary(unsigned int blockId, const Frame& frame) {
 }
 
 void RecordDecoder::Impl::KeepEphemeris(unsigned int blockId) {
+  // GLONASS sends day and four-year period (GLONASS ICD), so block 65 needs no week from elsewhere.
   const bool carriesItsDate = blockId == eBin65;
   m_decoded.week = carriesItsDate ? WeekSource::Stream : m_weekSource;
   if (blockId == eBin65 || blockId == eBin93) return Keep(Depth::Full, m_binary.pvaEph);
@@ -261,8 +272,10 @@ void RecordDecoder::Impl::Unpack(const Frame& frame) {
   const std::string_view text = TextOf(frame);
   const unsigned char* const packed = std::find_if(frame.data, frame.data + text.size(), &IsPackedByte);
   auto& payload = m_decoded.record.emplace<PackedPayload>();
+  // Two bytes to a word, the word of the checksum included.
   constexpr auto kMaxWords = static_cast<unsigned short>(sizeof payload.bytes / 2);
   payload.text = text.substr(0, static_cast<std::size_t>(packed - frame.data));
+  // Only a line end stops the unpacking inside the frame: a frame without one is left packed.
   if (text.size() < frame.length)
     payload.length =
         static_cast<unsigned short>(C_FrameRecognizer::UnwindVela7of8Message(payload.bytes, packed, kMaxWords));

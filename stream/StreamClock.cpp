@@ -1,3 +1,5 @@
+// Nearly every sentence carries the time of day, few carry the date. The clock counts days at midnight crossings and
+// ties them to the calendar when the first date comes, so that the times before it get a date as well.
 #include "stream/StreamClock.h"
 
 #include <cmath>
@@ -13,10 +15,12 @@ bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {
   return year >= 1980 && year <= 2100 && month >= 1 && month <= 12 && day >= 1 && day <= 31;
 }
 
+// Without a fix the date is that of the receiver's own clock, which may be years off.
 bool IsVoid(eNmeaRmcStatus status) { return status >= eNmeaRmcNotValid; }
 
 }  // namespace
 
+// One second beyond the day: 23:59:60 is a leap second.
 bool StreamClock::IsTimeOfDay(double seconds) { return seconds >= 0 && seconds < kSecondsPerDay + 1; }
 
 void StreamClock::Note(const S_GGA_Data& record) { NoteTimeOfDay(record.timeOfDay); }
@@ -40,7 +44,9 @@ void StreamClock::NoteDate(unsigned short year, unsigned char month, unsigned ch
   NoteTimeOfDay(secondsOfDay);
   if (!IsTimeOfDay(secondsOfDay) || !IsRealDate(year, month, day)) return;
   const unsigned int mjd = C_GnssTime::GregorianToMJD(year, month, day);
+  // Days may have been counted before the first date: day 0 is where the stream began.
   if (!m_mjdOfDay0) m_mjdOfDay0 = mjd - static_cast<unsigned int>(m_day);
+  // A gap of more than a day shows no midnight crossing, but its date shows it.
   m_day = static_cast<int>(mjd - *m_mjdOfDay0);
   if (m_firstDate) return;
   C_GnssTime time;
@@ -55,6 +61,7 @@ double StreamClock::Seconds() const {
 
 StreamClock::Utc StreamClock::UtcOf(double seconds) const {
   if (!std::isfinite(seconds)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
+  // Rounded down: times before day 0 belong to the day before, not to day 0.
   const double day = std::floor(seconds / kSecondsPerDay);
   Utc utc{std::nullopt, seconds - day * kSecondsPerDay};
   if (m_mjdOfDay0) utc.mjd = *m_mjdOfDay0 + static_cast<unsigned int>(static_cast<int>(day));

@@ -234,28 +234,28 @@ class Twins {
 };
 
 // The steps of one protocol for the frame of another.
-template <class Recognizer>
-unsigned AnyBodyWait(Recognizer& one, unsigned step) {
-  if (step == 0) return one.RTCM3xBodyWait();
-  if (step == 1) return one.NMEA0183BodyWait();
-  if (step == 2) return one.VelaBINBodyWait();
-  if (step == 3) return one.PKVNRawBodyWait();
-  if (step == 4) return one.PKVNNotRawBodyWait();
-  if (step == 5) return one.JSITERECORDBodyWait();
-  return step == 6 ? one.VelaCmdAckBodyWait() : one.JROXBodyWait();
+inline unsigned AnyBodyWait(C_FrameRecognizer& one, unsigned step) {
+  constexpr eRecognitionResult (C_FrameRecognizer::*kSteps[])() = {
+      &C_FrameRecognizer::RTCM3xBodyWait,     &C_FrameRecognizer::NMEA0183BodyWait,
+      &C_FrameRecognizer::VelaBINBodyWait,    &C_FrameRecognizer::PKVNRawBodyWait,
+      &C_FrameRecognizer::PKVNNotRawBodyWait, &C_FrameRecognizer::JSITERECORDBodyWait,
+      &C_FrameRecognizer::VelaCmdAckBodyWait, &C_FrameRecognizer::JROXBodyWait,
+  };
+  return (one.*kSteps[step])();
 }
+inline unsigned AnyBodyWait(LiteralRecognizer& one, unsigned step) { return one.BodyWait(step); }
 
-template <class Recognizer>
-bool AnyParameters(Recognizer& one, unsigned step) {
-  if (step == 0) return one.GetRTCM3_xFrameParameters();
-  if (step == 1) return one.GetNMEA0183rameParameters();
-  if (step == 2) return one.GetVelaBINFrameParameters();
-  if (step == 3) return one.GetPKvnFrameParameters();
-  if (step == 4) return one.GetVelaRDFrameParameters();
-  if (step == 5) return one.GetVelaJIFrameParameters();
-  if (step == 6) return one.GetVelaGEOFrameParameters();
-  return step == 7 ? one.GetVelaJQUERYFrameParameters() : one.GetJSITERECORDFrameParameters();
+inline bool AnyParameters(C_FrameRecognizer& one, unsigned step) {
+  constexpr bool (C_FrameRecognizer::*kSteps[])() = {
+      &C_FrameRecognizer::GetRTCM3_xFrameParameters,    &C_FrameRecognizer::GetNMEA0183rameParameters,
+      &C_FrameRecognizer::GetVelaBINFrameParameters,    &C_FrameRecognizer::GetPKvnFrameParameters,
+      &C_FrameRecognizer::GetVelaRDFrameParameters,     &C_FrameRecognizer::GetVelaJIFrameParameters,
+      &C_FrameRecognizer::GetVelaJQUERYFrameParameters, &C_FrameRecognizer::GetJSITERECORDFrameParameters,
+      &C_FrameRecognizer::GetVelaGEOFrameParameters,
+  };
+  return (one.*kSteps[step])();
 }
+inline bool AnyParameters(LiteralRecognizer& one, unsigned step) { return one.FrameParameters(step); }
 
 // Something that a host may do between two calls, single steps of the machinery included.
 inline void Meddle(Random& random, Twins& twins) {
