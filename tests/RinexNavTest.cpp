@@ -85,14 +85,14 @@ std::string SbasText(const std::string& health, const std::string& accuracy) {
 }
 
 // IS-GPS-200, tables 20-I and 20-III. Sent at 100799 * 6 = 604794 s of week 265 + 2 * 1024 = 2313, 6 s before the week
-// of t_oe, 8000 s into 12 May 2024; t_oc is 7200 s. Accuracy 15: 32767 m. Fit interval flag and IODC 757: 98 h (table
-// 20-XII); QZSS has the flag itself. T_GD 128 is -128 * 2^-31 s, for QZSS "not available".
+// of t_oe, 8000 s into 12 May 2024; t_oc is 600000 s of week 2313. Accuracy 15: 32767 m. Fit interval flag and IODC
+// 757: 98 h (table 20-XII); QZSS has the flag itself. T_GD 128 is -128 * 2^-31 s, for QZSS "not available".
 std::string KeplerFrame(unsigned int message, unsigned int prn) {
   // clang-format off
   constexpr struct { int subframe, word, first, last, value; } kPieces[] = {
       {1, 2, 1, 17, 100799}, {1, 3, 1, 10, 265}, {1, 3, 11, 12, 2}, {1, 3, 13, 16, 15},      // sent, code on L2, URA
       {1, 3, 17, 22, 63}, {1, 3, 23, 24, 2}, {1, 8, 1, 8, 245}, {1, 4, 1, 1, 1},             // health, IODC, P on L2
-      {1, 7, 17, 24, 128}, {1, 8, 9, 24, 450}, {1, 9, 1, 8, -3}, {1, 9, 9, 24, 2000},        // T_GD, t_oc, a_f2, a_f1
+      {1, 7, 17, 24, 128}, {1, 8, 9, 24, 37500}, {1, 9, 1, 8, -3}, {1, 9, 9, 24, 2000},      // T_GD, t_oc, a_f2, a_f1
       {1, 10, 1, 22, -1000}, {2, 3, 1, 8, 245}, {2, 3, 9, 24, -320}, {2, 4, 1, 16, 1000},    // a_f0, IODE, C_rs, delta n
       {2, 4, 17, 24, 0x40}, {2, 6, 1, 16, -100}, {2, 6, 17, 24, 2}, {2, 8, 1, 16, 200}, // M_0, C_uc, e, C_us
       {2, 8, 17, 24, 161}, {2, 10, 1, 16, 500}, {2, 10, 17, 17, 1}, {3, 3, 1, 16, 7},        // root of A, t_oe, fit, C_ic
@@ -106,7 +106,7 @@ std::string KeplerFrame(unsigned int message, unsigned int prn) {
 
 std::string KeplerText(const std::string& satellite, const std::string& delay, const std::string& fit) {
   return satellite +
-         " 2024 05 12 02 00 00-4.656612873077D-07 2.273736754432D-10-8.326672684689D-17\n"
+         " 2024 05 11 22 40 00-4.656612873077D-07 2.273736754432D-10-8.326672684689D-17\n"
          "     2.450000000000D+02-1.000000000000D+01 3.571577341961D-10 1.570796326795D+00\n"
          "    -1.862645149231D-07 3.906250000000D-03 3.725290298462D-07 5.152000000000D+03\n"
          "     8.000000000000D+03 1.303851604462D-08-3.141592653590D+00-1.490116119385D-08\n"
