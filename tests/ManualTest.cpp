@@ -134,7 +134,6 @@ struct S_ToolCase {
 const S_ToolCase kTools[] = {
     {"Mandoc",      "mandoc", "mandoc -T lint -W warning velagnss.1", ""},
     {"Groff",       "groff",  "groff -man -ww -T utf8 velagnss.1 2>&1 >/dev/null", ""},
-    {"BashSyntax",  "bash",   "bash -n velagnss", ""},
     {"ZshSyntax",   "zsh",    "zsh -n _velagnss", ""},
     {"FishValue",   "fish",   "fish -c \"source velagnss.fish; complete -C 'velagnss convert --to gp'\" | cut -f 1", "gpx\n"},
     {"FishOption",  "fish",   "fish -c \"source velagnss.fish; complete -C 'velagnss geo time --fr'\" | cut -f 1", "--from\n"},
