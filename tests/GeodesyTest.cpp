@@ -165,56 +165,36 @@ TEST(Geodesy, HugeHeights) {
 struct S_NonFiniteCase {
   const char* name;
   std::vector<double> arguments;
-  void (*run)(const double* in, double* out);  // up to six results; what is not written stays 0
+  void (*run)(const double* i, double* o);  // up to six results; what is not written stays 0
 };
 
-// Calls a function of `In` numbers with three results.
-template <auto Function, std::size_t... In>
-void Spread(const double* in, double* out, std::index_sequence<In...>) {
-  Function(in[In]..., out[0], out[1], out[2]);
-}
-
-template <auto Function, std::size_t In>
-void Three(const double* in, double* out) {
-  Spread<Function>(in, out, std::make_index_sequence<In>());
-}
-
-void Look(const double* in, double* out) {
-  const S_LookAngles look = GeodLookAngles(in[0], in[1], in[2], in[3], in[4], in[5], in[6], in[7]);
-  out[0] = look.range + look.north + look.east + look.up;
-}
-
-void Dms(const double* in, double* out) {
+constexpr auto kLook = [](const double* i, double* o) {
+  const S_LookAngles look = GeodLookAngles(i[0], i[1], i[2], i[3], i[4], i[5], i[6], i[7]);
+  o[0] = look.range + look.north + look.east + look.up;
+};
+constexpr auto kDms = [](const double* i, double* o) {
   short degrees, minutes;
-  RadToDms(in[0], degrees, minutes, out[0]);
+  RadToDms(i[0], degrees, minutes, o[0]);
   EXPECT_TRUE(degrees == 0 && minutes == 0);
-}
-
-template <bool kHorizontal>
-void Distance(const double* in, double* out) {
-  out[0] = PointDistance(C_Vector3(in), C_Vector3(in + 3), kHorizontal);
-}
-
-template <auto Rotate>
-void Covariance(const double* in, double* out) {
-  Rotate(in[0], in[1], 0, in + 2, out);
-}
-
-const S_NonFiniteCase kNonFiniteCases[] = {
-    {"GeodToCartAF", {1, 2, 3, kWgs84A, kWgs84F}, Three<GeodToCartAF, 5>},
-    {"GeodToCartAB", {1, 2, 3, kWgs84A, kWgs84B}, Three<GeodToCartAB, 5>},
-    {"CartToGeodIter", {1e6, 2e6, 6e6, kWgs84A, kWgs84F}, Three<CartToGeodIter, 5>},
-    {"CartToGeodOlson", {1e6, 2e6, 6e6, kWgs84A, kWgs84F}, Three<CartToGeodOlson, 5>},
-    {"GeodLookAngles", {1, 2, 3, 0.9, 2.1, 4, kWgs84A, kWgs84F}, Look},
-    {"LocalToEcefDelta", {1, 2, 3, 1, 2}, Three<LocalToEcefDelta, 5>},
-    {"GeodesicInverse", {1, 2, 0.9, 2.1, kWgs84A, kWgs84F}, Three<GeodesicInverse, 6>},
-    {"RadToDms", {1}, Dms},
-    {"DmsToRad", {1}, [](auto* in, auto* out) { out[0] = DmsToRad(1, 2, in[0]); }},
-    {"PointDistance", {1e6, 2e6, 6e6, 1, 2, 3}, Distance<false>},
-    {"PointDistanceHorizontal", {1e6, 2e6, 6e6, 1, 2, 3}, Distance<true>},
-    {"CovEcefToLocal", {1, 2, 1, 2, 3, 4, 5, 6}, Covariance<CovEcefToLocal>},
-    {"CovLocalToEcef", {1, 2, 1, 2, 3, 4, 5, 6}, Covariance<CovLocalToEcef>},
 };
+
+// clang-format off
+const S_NonFiniteCase kNonFiniteCases[] = {
+    {"GeodToCartAF", {1, 2, 3, kWgs84A, kWgs84F}, [](auto* i, auto* o) { GeodToCartAF(i[0], i[1], i[2], i[3], i[4], o[0], o[1], o[2]); }},
+    {"GeodToCartAB", {1, 2, 3, kWgs84A, kWgs84B}, [](auto* i, auto* o) { GeodToCartAB(i[0], i[1], i[2], i[3], i[4], o[0], o[1], o[2]); }},
+    {"CartToGeodIter", {1e6, 2e6, 6e6, kWgs84A, kWgs84F}, [](auto* i, auto* o) { CartToGeodIter(i[0], i[1], i[2], i[3], i[4], o[0], o[1], o[2]); }},
+    {"CartToGeodOlson", {1e6, 2e6, 6e6, kWgs84A, kWgs84F}, [](auto* i, auto* o) { CartToGeodOlson(i[0], i[1], i[2], i[3], i[4], o[0], o[1], o[2]); }},
+    {"GeodLookAngles", {1, 2, 3, 0.9, 2.1, 4, kWgs84A, kWgs84F}, kLook},
+    {"LocalToEcefDelta", {1, 2, 3, 1, 2}, [](auto* i, auto* o) { LocalToEcefDelta(i[0], i[1], i[2], i[3], i[4], o[0], o[1], o[2]); }},
+    {"GeodesicInverse", {1, 2, 0.9, 2.1, kWgs84A, kWgs84F}, [](auto* i, auto* o) { GeodesicInverse(i[0], i[1], i[2], i[3], i[4], i[5], o[0], o[1], o[2]); }},
+    {"RadToDms", {1}, kDms},
+    {"DmsToRad", {1}, [](auto* i, auto* o) { o[0] = DmsToRad(1, 2, i[0]); }},
+    {"PointDistance", {1e6, 2e6, 6e6, 1, 2, 3}, [](auto* i, auto* o) { o[0] = PointDistance(C_Vector3(i), C_Vector3(i + 3), false); }},
+    {"PointDistanceHorizontal", {1e6, 2e6, 6e6, 1, 2, 3}, [](auto* i, auto* o) { o[0] = PointDistance(C_Vector3(i), C_Vector3(i + 3), true); }},
+    {"CovEcefToLocal", {1, 2, 1, 2, 3, 4, 5, 6}, [](auto* i, auto* o) { CovEcefToLocal(i[0], i[1], 0, i + 2, o); }},
+    {"CovLocalToEcef", {1, 2, 1, 2, 3, 4, 5, 6}, [](auto* i, auto* o) { CovLocalToEcef(i[0], i[1], 0, i + 2, o); }},
+};
+// clang-format on
 
 TEST_ROWS(GeodesyNonFinite, ShowsInTheResult, kNonFiniteCases, row) {
   for (const double odd : {kNan, kInfinity, -kInfinity}) {
