@@ -54,14 +54,14 @@ int main() {
                                                        {0, 1},
                                                        {45, 6}});
   decoder.Decode(frame.data(), frame.size());  // `decoded` refers to the new answer
-  if (decoded.result != eResultOk) return 1;
-  const auto& epoch = std::get<velagnss::Rtcm3Observations>(decoded.record);
-  std::printf("week %u, %.1f s, more to come: %s\n", unsigned{epoch.time.week}, epoch.time.seconds,
-              epoch.isMoreToCome ? "yes" : "no");
-  for (unsigned int i = 0; i < epoch.numSignals; ++i) {
-    const velagnss::Rtcm3Signal& signal = epoch.signals[i];
+  const auto* epoch = std::get_if<velagnss::Rtcm3Observations>(&decoded.record);
+  if (decoded.result != eResultOk || epoch == nullptr) return 1;
+  std::printf("week %u, %.1f s, more to come: %s\n", unsigned{epoch->time.week}, epoch->time.seconds,
+              epoch->isMoreToCome ? "yes" : "no");
+  for (unsigned int i = 0; i < epoch->numSignals; ++i) {
+    const velagnss::Rtcm3Signal& signal = epoch->signals[i];
     std::printf("satellite %u, %s: %.3f m, %.3f cycles, %.0f dB-Hz, Doppler %s\n",
-                unsigned{epoch.satellites[signal.satellite].svId}, signal.code, signal.data.Pseudorange,
+                unsigned{epoch->satellites[signal.satellite].svId}, signal.code, signal.data.Pseudorange,
                 signal.data.CarrierPhase, signal.data.SignalStrength,
                 IsNotAvailable(signal.data.Measurement3) ? "not available" : "available");
   }

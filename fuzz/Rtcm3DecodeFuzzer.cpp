@@ -74,7 +74,8 @@ void RequireOrder(const Record&) {}
 // Whether two records hold the same, as far as what is without padding shows.
 bool AreSame(const Rtcm3Decoded& a, const Rtcm3Decoded& b) {
   if (a.result != b.result || a.message != b.message || a.record.index() != b.record.index()) return false;
-  const auto areSameBytes = [](const auto& x, const auto& y) { return std::memcmp(&x, &y, sizeof x) == 0; };
+  const auto bytesOf = [](const auto& x) { return std::string_view(reinterpret_cast<const char*>(&x), sizeof x); };
+  const auto areSameBytes = [bytesOf](const auto& x, const auto& y) { return bytesOf(x) == bytesOf(y); };
   if (const auto* k = std::get_if<Rtcm3KeplerEphemeris>(&a.record))
     return areSameBytes(k->ephemeris, std::get<Rtcm3KeplerEphemeris>(b.record).ephemeris);
   if (const auto* p = std::get_if<Rtcm3PvaEphemeris>(&a.record))
