@@ -72,14 +72,17 @@ struct S_ResultRow {
 // The codes that decoding a frame can give.
 constexpr S_ResultRow kResults[] = {
     {eResultOk, "ok"},
+    {eResultNull, "no data"},
     {eResultWrongSentence, "wrong sentence"},
     {eResultBadSync, "bad prefix or line end"},
     {eResultChecksum, "checksum mismatch"},
     {eResultUnknownMessage, "message not supported"},
+    {eResultNotText, "packed, not text"},
     {eResultWrongMessage, "message cannot be converted"},
     {eResultOutOfRange, "value out of range"},
     {eResultPastEnd, "message too short or too long"},
     {eResultBadField, "too few fields, or a field that cannot be parsed"},
+    {eResultTalker, "talker cannot carry a field"},
     {eResultTooShort, "too short"},
     {eResultTooLong, "too long"},
     {eResultNoSeed, "week not resolved: no date known"},

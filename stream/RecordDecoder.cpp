@@ -38,8 +38,17 @@ RawBody BodyOf(const Frame& frame) {
 // The decoders take a pointer to bytes that they might change, but do not.
 unsigned char* BytesOf(const Frame& frame) { return const_cast<unsigned char*>(frame.data); }
 
-// Packed bytes have their top bit set and text does not, which separates the two.
-constexpr bool IsPackedByte(unsigned char byte) { return (byte & 0x80) != 0; }
+// Commas before the packed bytes: "$JROX,", and "$PKVN,RAW,4,12,". The fields between them may hold any byte, so the
+// first byte with its top bit set need not be a packed one.
+constexpr unsigned int kCommasOfJrox = 1;
+constexpr unsigned int kCommasOfRaw = 4;
+
+// The index after that many commas; the size of the text when it has fewer.
+std::size_t AfterComma(std::string_view text, unsigned int commas) {
+  std::size_t at = 0;
+  for (; commas > 0 && at < text.size(); --commas) at = std::min(text.find(',', at), text.size() - 1) + 1;
+  return at;
+}
 
 }  // namespace
 
@@ -152,11 +161,13 @@ void RecordDecoder::Impl::SeedTime(const C_GnssTime& time) {
   UseTime(time, WeekSource::Seed);
 }
 
-// A time of GLONASS, say, says nothing about GPS weeks.
+// A time of GLONASS, say, or an unset one, says nothing about GPS weeks and leaves their source as it is.
 void RecordDecoder::Impl::UseTime(const C_GnssTime& time, WeekSource source) {
+  const C_GnssTime before = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS);
   m_binaryDecoder.SeedTime(time);
-  const bool isGpsTimeKnown = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS).m_system != ALGO::GNSS_UNKNOWN;
-  m_weekSource = isGpsTimeKnown ? source : WeekSource::None;
+  const C_GnssTime& now = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS);
+  if (now.m_system != before.m_system || now.m_week != before.m_week || now.m_secOfWeek != before.m_secOfWeek)
+    m_weekSource = source;
 }
 
 void RecordDecoder::Impl::Decode(const Frame& frame) {
@@ -257,28 +268,30 @@ void RecordDecoder::Impl::DecodePkvn(const Frame& frame) {
   SetResult(result);
   const auto* const row = std::find_if(std::begin(kPkvnRows), std::end(kPkvnRows),
                                        [type](const S_PkvnRow& candidate) { return candidate.type == type; });
-  result == eResultOk&& row != std::end(kPkvnRows) ? (this->*row->keep)() : KeepText(frame);
+  if (result != eResultOk || row == std::end(kPkvnRows)) return KeepText(frame);
+  (this->*row->keep)();
 }
 
 void RecordDecoder::Impl::DecodeRd(const Frame& frame) {
   unsigned short version = 0;
   const unsigned int result = m_rdDecoder.Decode(BytesOf(frame), frame.length, version, m_rd);
   SetResult(result);
-  result == eResultOk ? Keep(Depth::Full, m_rd.signalDiag) : KeepText(frame);
+  if (result != eResultOk) return KeepText(frame);
+  Keep(Depth::Full, m_rd.signalDiag);
 }
 
-// The text before the packed bytes, and what they unpack to. The line end of the frame ends the packed bytes.
+// What the packed bytes after the text unpack to. The line end of the frame ends them.
 void RecordDecoder::Impl::Unpack(const Frame& frame) {
   const std::string_view text = TextOf(frame);
-  const unsigned char* const packed = std::find_if(frame.data, frame.data + text.size(), &IsPackedByte);
+  const std::size_t packed = AfterComma(text, frame.protocol == C_RawDataMessage::ePKVN ? kCommasOfRaw : kCommasOfJrox);
   auto& payload = m_decoded.record.emplace<PackedPayload>();
   // Two bytes to a word, the word of the checksum included.
   constexpr auto kMaxWords = static_cast<unsigned short>(sizeof payload.bytes / 2);
-  payload.text = text.substr(0, static_cast<std::size_t>(packed - frame.data));
+  payload.text = text.substr(0, packed);
   // Only a line end stops the unpacking inside the frame: a frame without one is left packed.
   if (text.size() < frame.length)
-    payload.length =
-        static_cast<unsigned short>(C_FrameRecognizer::UnwindVela7of8Message(payload.bytes, packed, kMaxWords));
+    payload.length = static_cast<unsigned short>(
+        C_FrameRecognizer::UnwindVela7of8Message(payload.bytes, frame.data + packed, kMaxWords));
   m_decoded.depth = Depth::Raw;
 }
 

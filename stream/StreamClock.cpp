@@ -10,9 +10,13 @@ namespace {
 
 using ALGO::kSecondsPerDay;
 
-// Years that C_GnssTime's calendar is right for.
+// A receiver without a fix may send the day that its clock begins with, often the first of GPS time, 6 January 1980. No
+// stream is older than NMEA 0183, which came in 1983. C_GnssTime's calendar is right up to 2100.
 bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {
-  return year >= 1980 && year <= 2100 && month >= 1 && month <= 12 && day >= 1 && day <= 31;
+  constexpr unsigned int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  if (year < 1983 || year > 2100 || month < 1 || month > 12 || day < 1) return false;
+  const unsigned int leapDay = month == 2 && year % 4 == 0 && year != 2100 ? 1 : 0;
+  return day <= kDays[month - 1] + leapDay;
 }
 
 // Without a fix the date is that of the receiver's own clock, which may be years off.
@@ -60,7 +64,8 @@ double StreamClock::Seconds() const {
 }
 
 StreamClock::Utc StreamClock::UtcOf(double seconds) const {
-  if (!std::isfinite(seconds)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
+  constexpr double kMaxSeconds = 1e6 * kSecondsPerDay;  // beyond any stream, and its days fit an int
+  if (!(std::abs(seconds) <= kMaxSeconds)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
   // Rounded down: times before day 0 belong to the day before, not to day 0.
   const double day = std::floor(seconds / kSecondsPerDay);
   Utc utc{std::nullopt, seconds - day * kSecondsPerDay};
