@@ -273,6 +273,7 @@ bool FrameReader::Impl::GiveUpOneByte() {
     m_skipped.Extend(head, head + 1, m_window);
     m_skipped.SetReason(SkippedRange::Reason::EndOfStream);
   }
+  // The bytes may lie in the caller's last piece, so they are searched again from a copy.
   std::copy_n(m_window.Kept() + 1, queued - 1, m_tail.get());
   ResetRecognizer(head + 1);
   // The reset drops the byte without counting it.
@@ -322,6 +323,7 @@ void FrameReader::Impl::NoteRejection(eRecognitionResult result, std::uint64_t o
   Push(start);
 }
 
+// Called before the frame that ends the run, so that callers get the stream in order.
 void FrameReader::Impl::CloseSkippedRun() {
   if (m_skipped.IsOpen()) Push(m_skipped.Close());
 }
