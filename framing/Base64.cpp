@@ -75,6 +75,7 @@ unsigned int Base64Decode(const char* source, unsigned char* dest, unsigned int 
   const std::size_t characters = std::strcspn(source, "=");
   if (capacity < characters / 4 * 3 + BytesOf(characters % 4)) return 0;
   unsigned int written = 0;
+  // Ends at the first group that is not full. After whole groups that is an empty one.
   for (;; source += 4) {
     const S_Group group = ReadGroup(source);
     if (!group.isGood) return 0;

@@ -67,6 +67,7 @@ unsigned int PayloadBytes(std::string_view field) {
 }  // namespace
 
 // clang-format off
+// In the order of eBody.
 constexpr C_BodyScanner::S_Rule C_BodyScanner::kRules[] = {
     // check                              known  mark            first        CR LF  limited
     {&C_BodyScanner::CheckRtcmSum,        true},
@@ -169,6 +170,7 @@ eVerdict C_BodyScanner::CheckRtcmSum() {
   return eVerdict::Complete;
 }
 
+// The decoder's own check: one statement of the rule, so that the two cannot disagree.
 eVerdict C_BodyScanner::CheckBinaryFrame() {
   const unsigned short length = m_frame.message.length;
   unsigned short number = 0;

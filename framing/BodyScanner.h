@@ -44,24 +44,39 @@ class C_BodyScanner {
   void StartOver() { m_examined = 0; }
 
  private:
+  // How a shape of body is collected and checked: BodyScanner.cpp has one rule for each.
   struct S_Rule;
   static const S_Rule kRules[];  // by eBody
 
+  // The two ways to find the end: by the length from the header, and at an end mark. Both leave the number of bytes
+  // that belong to the frame in its message.
   eVerdict CollectLength();
   eVerdict CollectUntilEnd(const S_Rule& rule);
+  // First byte of a rule's end marks, or of those that must not be in the body, before `end`.
   unsigned int FirstMark(const S_Rule& rule, const unsigned char* bytes, unsigned int end);
+  // Takes that many of the oldest queued bytes for the frame.
   void Hold(unsigned int count);
+  // Length at which a frame without an end is given up: its own limit or the room for it, whichever is less.
   unsigned int Limit() const;
+  // Bytes that a packed message unpacks to; 0 if its checksum is wrong.
   unsigned int Unwound(const unsigned char* packed);
 
+  // The checks of whole frames. RTCM 10403: CRC-24Q over everything before it.
   eVerdict CheckRtcmSum();
+  // A 16-bit sum of the data, low byte first; the header is covered by its exact length only.
   eVerdict CheckBinaryFrame();
+  // NMEA 0183: exclusive or of the characters between "$" and "*".
   eVerdict CheckNmeaSum();
+  // "$PKVN,RAW,1,4," and packed bytes: the count must agree with what they unpack to.
   eVerdict CheckPackedSentence();
+  // "$PKVN,HPR,...*15": a checksum must be right if there is one.
   eVerdict CheckPkvnSentence();
+  // No checksum: only a length below the limit.
   eVerdict CheckSiteRecord();
+  // "$JROX," and packed bytes.
   eVerdict CheckPackedReply();
 
+  // References to the parts of the recognizer that it shares.
   C_QueueWindow& m_queue;
   S_FrameInProgress& m_frame;
   unsigned int m_examined = 0;  // bytes of the body that need no second look by the same rule

@@ -13,6 +13,7 @@ bool IsUsable(unsigned int maxItems, unsigned int itemSize) {
 
 }  // namespace
 
+// An unusable size gives capacity 0 rather than an exception: such a queue stays empty, and all operations are safe.
 C_CircularBuffer::C_CircularBuffer(unsigned int maxItems, unsigned int itemSize,
                                    eCircBufOvrflowHandling overflowHandling)
     : m_maxItems(IsUsable(maxItems, itemSize) ? maxItems : 0),
@@ -141,6 +142,7 @@ void* C_CircularBuffer::PeekNthQueuedItem(unsigned int n) const {
   return Slot(Advanced(m_headIndex, n));
 }
 
+// A copy, for hosts that must not hold a pointer into the ring.
 bool C_CircularBuffer::CopyNthQueuedItem(unsigned int n, void* dest) const {
   const void* item = PeekNthQueuedItem(n);
   if (item == nullptr || dest == nullptr) return false;

@@ -10,6 +10,7 @@ using namespace velagnss::framing;
 
 C_FrameRecognizer::C_FrameRecognizer(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling,
                                      bool keepStatistics)
+    // By pointer: the size of the exported class stays the same when the machine changes.
     : m_core(new C_RecognizerCore(protocols, overflowHandling, keepStatistics)) {
   // The operations that a host may call again to restore the tables.
   CreateRecognizedFrames();
@@ -100,7 +101,7 @@ bool C_FrameRecognizer::GetJSITERECORDFrameParameters() {
   return m_core->GetFrameParameters(C_RawDataMessage::eJSITERECORD);
 }
 
-// The second one asks by protocol, whatever the search has found.
+// The first scans by the protocol of the start that matched, the others by their own, whatever has matched.
 eRecognitionResult C_FrameRecognizer::FrameBodyWait() { return m_core->FrameBodyWait(); }
 eRecognitionResult C_FrameRecognizer::RTCM3xBodyWait() { return m_core->BodyWait(eBody::Rtcm); }
 eRecognitionResult C_FrameRecognizer::NMEA0183BodyWait() { return m_core->BodyWait(eBody::Text); }

@@ -57,6 +57,7 @@ void C_RecognizerCore::Enable(eProtocols protocol, const t_Protocols& flags) {
 }
 
 void C_RecognizerCore::SetOverflowHandling(eCircBufOvrflowHandling overflowHandling) {
+  // Both must agree: overflow is counted here and handled there.
   m_overflowHandling = overflowHandling;
   m_queue.SetOverflowHandling(overflowHandling);
 }
@@ -313,6 +314,7 @@ bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
 // Of the proprietary sentences the packed one has a body of its own.
 eRecognitionResult C_RecognizerCore::FrameBodyWait() {
   if (!IsBodyAwaited()) return eRecError;
+  // The only shape of body that depends on the message, not on the protocol alone.
   const eBody body = kProtocols[m_currentRow].body;
   const bool isPacked = body == eBody::Pkvn && m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW;
   return BodyWait(isPacked ? eBody::PkvnRaw : body);

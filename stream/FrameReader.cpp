@@ -331,6 +331,7 @@ void FrameReader::Impl::NoteRejection(eRecognitionResult result, std::uint64_t o
   Push(start);
 }
 
+// Called before the frame that ends the run, so that callers get the stream in order.
 void FrameReader::Impl::CloseSkippedRun() {
   if (m_skipped.IsOpen()) Push(m_skipped.Close());
 }

@@ -204,6 +204,7 @@ void RecordDecoder::Impl::SetResult(unsigned int result) {
 
 void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
   const auto type = static_cast<C_RawDataMessage::eNMEA0183Messages>(frame.message);
+  // The other fifteen sentences that are recognized have no record.
   const auto* const row = std::find_if(std::begin(kNmeaRows), std::end(kNmeaRows),
                                        [type](const S_NmeaRow& candidate) { return candidate.type == type; });
   if (row == std::end(kNmeaRows)) return KeepText(frame);
@@ -273,6 +274,7 @@ void RecordDecoder::Impl::DecodePkvn(const Frame& frame) {
 }
 
 void RecordDecoder::Impl::DecodeRd(const Frame& frame) {
+  // The sentence has no checksum of its own, so its decoder checks ranges.
   unsigned short version = 0;
   const unsigned int result = m_rdDecoder.Decode(BytesOf(frame), frame.length, version, m_rd);
   SetResult(result);

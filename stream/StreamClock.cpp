@@ -52,6 +52,7 @@ void StreamClock::NoteDate(unsigned short year, unsigned char month, unsigned ch
   if (!m_mjdOfDay0) m_mjdOfDay0 = mjd - static_cast<unsigned int>(m_day);
   // A gap of more than a day shows no midnight crossing, but its date shows it.
   m_day = static_cast<int>(mjd - *m_mjdOfDay0);
+  // Resolving a week takes a date that is right within years; the first one is as good as any.
   if (m_firstDate) return;
   C_GnssTime time;
   C_GnssTime::GregorianToGps(year, month, day, 0, 0, secondsOfDay, time.m_week, time.m_secOfWeek);

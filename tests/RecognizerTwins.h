@@ -33,7 +33,7 @@ inline const Texts kReplies = {"RD1,", "RD0,", "RD2,", ">JI,", ">JQUERY,", ">JQU
 inline const std::vector<std::pair<unsigned, std::size_t>> kBlocks = {{97, 28}, {6, 12}, {2, 16}, {103, 64}, {76, 448}, {4, 30}};
 inline const std::vector<unsigned> kRtcmNumbers = {63, 1001, 1005, 1067, 1077, 1230, 1244, 1303, 4011, 4072, 4095};
 inline const Texts kStarts = {"$", "$>", "\xD3", "$GPGSA,", "$PKVN,RAW,", "$PKVN,HPR,", "$JROX,", "$RD1,", "$>JI,", "$>JQUERY,",
-                       "$>JSITERECORD", "\xD3\3\xFF>", "\xD3\0\0>\xD0"s, "$BIN\x4C\0\xC0\1"s, "$PKVN,RAW,\r\n"};
+                       "$>JGEO,", "$>JSITERECORD", "\xD3\3\xFF>", "\xD3\0\0>\xD0"s, "$BIN\x4C\0\xC0\1"s, "$PKVN,RAW,\r\n"};
 inline const Texts kCounts = {"", "0", "1", "2", "3", "4", "5", "65535", "65536", "65538", "4294967298", "x", "2x", "5 5", "2+1",
                        "+", " ", " +", "+ 2", "++2", " 2", "+2", "-2", "000000002", "0000000002", "2\0x"s, "2,1", "2 "};
 inline const Texts kRawNames = {"RAW,", "RAW,1", "RAW,1", "RAW, \r1", "RAW", "RAW,1,1", "RAW\0,1"s, "RAWX,1", "RA,1"};

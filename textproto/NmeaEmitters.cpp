@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
 
+// With leading zeros: fields such as hours have a fixed width.
 void AddPadded(C_FieldText& field, unsigned int value, unsigned int digits) {
   field.SetEnd(NumberText::WriteInteger(field.End(), value, digits));
 }
@@ -137,7 +138,8 @@ unsigned int C_NMEA_EncodeDecode::MsgAdd_LonDegMin(char* msg, const char* minute
 }
 
 unsigned int C_NMEA_EncodeDecode::MsgAdd_ChecksumCrLf(char* msg, unsigned short& length) const {
-  // Even "$GPGGA,*" would be a sentence without fields. The upper limit leaves room for "*hh", CR LF and the NUL in
+  // "$GPGGA," is seven characters, so a shorter text has no field. The upper limit leaves room for "*hh", CR LF and the
+  // NUL in
   // 1024 bytes.
   constexpr std::size_t kMinLength = 8;
   constexpr std::string_view kLineEnd = "\r\n";

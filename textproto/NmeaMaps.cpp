@@ -17,6 +17,7 @@ using namespace ALGO;
 constexpr char kModeLetters[] = "NADPRFEMSN";
 // Navigational status of NMEA 0183: safe, caution, unsafe, not valid.
 constexpr char kNavLetters[] = "SCUVV";
+// Status of GLL and RMC: valid or not. The letters between are what receivers send beyond the standard.
 constexpr char kGllLetters[] = "ADVV";
 constexpr char kRmcLetters[] = "ADFPRVV";
 
@@ -39,7 +40,6 @@ static_assert(ValueOf(kGllLetters, '\0', eNmeaGllNotValid) == eNmeaGllEmpty);
 static_assert(ValueOf(kRmcLetters, '\0', eNmeaRmcNotValid) == eNmeaRmcEmpty);
 
 // Fix type by mode indicator.
-// The numbers are those of the receiver's solution types.
 constexpr unsigned int kNoFixType = 15;
 constexpr unsigned int kFixTypes[] = {kNoFixType, 0, 3, 3, 5, 6, kNoFixType, 8};
 

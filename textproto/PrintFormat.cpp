@@ -11,6 +11,7 @@
 namespace velagnss::textproto {
 namespace {
 
+// "%%" in a format is a "%" in its text.
 void AddUnescaped(C_FieldText& out, std::string_view text) {
   for (std::size_t at = 0; at < text.size(); at += text[at] == '%' ? 2 : 1) out.Add(text[at]);
 }

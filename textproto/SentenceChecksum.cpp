@@ -22,7 +22,7 @@ std::array<char, 3> ChecksumText(std::string_view text) {
 }
 
 std::size_t FindCheckedStar(std::string_view sentence) {
-  // "$GPGGA*5" would be eight bytes. Up to the star there must be "$", talker and formatter.
+  // Up to the star there must be "$", talker and formatter: "$GPGGA*hh".
   constexpr std::size_t kMinLength = 8;
   constexpr std::size_t kMinStar = 6;
   constexpr std::size_t kDigits = 2;
