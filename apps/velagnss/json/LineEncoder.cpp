@@ -71,8 +71,8 @@ C_LineEncoder::eOutcome C_LineEncoder::EncodeFields(const nlohmann::json& fields
   return EncodeRecord(type);
 }
 
-// Mode letters per system exist only in sentences of several systems, talkers "GN" and the like; the encoder would
-// write them where a decoder does not expect them.
+// Only the talker of a combined solution ("GN") has modes, and the encoder refuses them for any other talker. Without
+// them the rest of the sentence is still useful.
 void C_LineEncoder::DropModes() {
   if (m_record.gns.talker[1] == 'N' || m_record.gns.mode[0] == eNmeaModeEmpty) return;
   std::fill(std::begin(m_record.gns.mode), std::end(m_record.gns.mode), eNmeaModeEmpty);
