@@ -3,7 +3,7 @@
 
   HostMatchesProgram.py SOURCE_DIR HOST PROGRAM
 
-In the sample session as it is, and with false starts put between its frames and its end cut off.
+In the sample session as it is, and cut off with false starts put between its frames, also shortly before the end.
 """
 
 import json
@@ -27,9 +27,10 @@ def main():
     for number in range(7):
         stream = session
         if number > 0:
-            for at in sorted(chance.sample(starts, len(starts) // 20), reverse=True):
+            end = chance.randrange(len(starts) // 2, len(starts))
+            stream = session[: starts[end - 12]] + FALSE_STARTS[0] + session[starts[end - 12] : starts[end]]
+            for at in sorted(chance.sample(starts[: end - 12], end // 20), reverse=True):
                 stream = stream[:at] + chance.choice(FALSE_STARTS) + stream[at:]
-            stream = stream[: chance.randrange(len(stream) // 2, len(stream))]
         fields = [json.loads(line)["fields"] for line in output([program, "-q", "decode", "--msg", "GGA", "-"], stream)]
         expected = ["%.7f %.7f" % (f["latitude_deg"], f["longitude_deg"]) for f in fields if f.get("latitude_deg") is not None]
         found = output([host], stream)

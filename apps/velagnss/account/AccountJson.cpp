@@ -36,6 +36,7 @@ void WriteTime(C_JsonWriter& json, const C_StreamAccount& account) {
     json.Key("offset").Integer(gap.offset);
     json.Key("from").String(account.TimeText(gap.from).Text());
     json.Key("to").String(account.TimeText(gap.to).Text());
+    // Whole milliseconds: the difference of two times of day has rounding errors in its last digits.
     json.Key("seconds").Number(static_cast<double>(gap.Milliseconds()) / 1000);
     json.EndObject();
   }
@@ -103,6 +104,7 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("good").Integer(account.FramesGood());
   json.Key("bad").Integer(account.FramesBad());
   json.Key("bad_percent").Number(account.BadPercent());
+  // Good frames that a false start at the end of the input had held back.
   json.Key("recovered_at_end").Integer(account.FramesGood() - account.AtEnd().framesGood);
   json.EndObject();
   WriteMessages(json, account);

@@ -23,6 +23,7 @@ void C_StreamAccount::OnFrame(const S_FrameRecord& record) {
   m_position.Note(record.decoded.record);
 }
 
+// A linear search: a stream carries some tens of message types at most.
 S_MessageCount& C_StreamAccount::CountOf(const velagnss::Frame& frame) {
   const auto found = std::find_if(m_messages.begin(), m_messages.end(), [&](const S_MessageCount& entry) {
     return entry.protocol == frame.protocol && entry.message == frame.message;
@@ -30,6 +31,7 @@ S_MessageCount& C_StreamAccount::CountOf(const velagnss::Frame& frame) {
   return found != m_messages.end() ? *found : m_messages.emplace_back(S_MessageCount{frame.protocol, frame.message});
 }
 
+// A failed checksum means a damaged frame; other rejections are mostly bytes that happen to look like a start.
 void C_StreamAccount::OnRejection(const velagnss::RejectedStart& start) {
   ++(start.reason == velagnss::RejectedStart::Reason::Checksum ? m_checksumErrors : m_rejectedStarts);
   m_falseStarts.Add({start.offset, start.reason});
@@ -41,6 +43,8 @@ void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_clock = end.clock;
   m_bytes = end.reader.BytesFed();
   m_queued = end.reader.QueuedAtFinish();
+  // The byte counts are those before the queue was searched again at the end of the input; the frame counts include
+  // what that search recovered.
   m_atEnd = end.reader.TotalsAtFinish();
   m_framesGood = end.reader.Totals().framesGood;
   m_framesBad = end.reader.Totals().framesBad;
@@ -51,6 +55,8 @@ void C_StreamAccount::EndInput(const S_InputEnd& end) {
 
 double C_StreamAccount::BadPercent() const { return Percent(m_framesBad, m_framesGood + m_framesBad); }
 
+// From the first epoch to the end of the last one: n epochs cover n intervals. Without the last
+// one the rates would be too high.
 double C_StreamAccount::Duration() const {
   if (!m_epochs.First()) return 0;
   return *m_epochs.Last() - *m_epochs.First() + m_epochs.Interval();

@@ -14,6 +14,7 @@
 namespace Host {
 namespace {
 
+// 1 GiB: the buffer is allocated at once.
 constexpr std::uint64_t kMaxReadSize = std::uint64_t{1} << 30;
 
 std::string CheckSeed(const std::string& text) {
@@ -39,12 +40,14 @@ std::optional<C_GnssTime> ParseSeed(std::string_view text) {
   unsigned short week = 0;
   double seconds = 0;
   if (!ParseWhole(text.substr(0, colon), week) || !ParseWhole(text.substr(colon + 1), seconds)) return std::nullopt;
+  // Week 0 means "no seed" to the decoder.
   if (week == 0 || !(seconds >= 0 && seconds < kSecondsPerWeek)) return std::nullopt;
   return C_GnssTime(week, seconds, ALGO::GNSS_GPS);
 }
 
 std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::string_view list, bool acknowledgements) {
   std::vector<C_RawDataMessage::eProtocols> protocols;
+  // Without a list all protocols are searched, except acknowledgements: they have no checksum and swallow what follows.
   for (unsigned int i = 0; list.empty() && i < kNumProtocols; ++i)
     if (i != C_RawDataMessage::eVelaCmdAck) protocols.push_back(C_RawDataMessage::eProtocols{i});
   for (const std::string_view name : list.empty() ? std::vector<std::string_view>{} : SplitList(list)) {
@@ -63,7 +66,7 @@ void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
       ->option_text("LIST")
       ->check(&CheckSearch);
   app.add_flag("--acks", stream.acknowledgements,
-               "search for command acknowledgements, too; they have no checksum\nand swallow text up to the line end");
+               "also search for command acknowledgements; they have no checksum\nand swallow text up to the line end");
   app.add_option("--read-size", stream.input.readSize,
                  "bytes to read at once (default: 262144); the output does not depend on it")
       ->option_text("BYTES")

@@ -127,7 +127,7 @@ const S_CommandEntry kConvertCommand = {
     "The inputs in another program's format.\n\n"
     "Examples:\n"
     "  velagnss convert --to gpx -o track.gpx session.bin                   its track: gpx, kml, geojson, csv\n"
-    "  velagnss convert --to nmea session.bin > session.nmea                its sentences without the rest\n"
+    "  velagnss convert --to nmea session.bin > session.nmea                only its NMEA sentences\n"
     "  velagnss convert --to rinex-nav -o brdc.rnx session.bin              ephemerides of all systems\n"
     "  velagnss convert --to rinex-nav --system glonass a.bin b.bin         of one system, from two inputs\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_ConvertCommand>(); }};

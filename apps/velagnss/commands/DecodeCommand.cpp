@@ -76,6 +76,7 @@ int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
   return output.Run(m_stream.input, run, lines.Text(), [&] { return Judge(lines, run); });
 }
 
+// An empty output is explained: a filter that lets nothing pass and a wrong baud rate look alike otherwise.
 eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& run) const {
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
                            lines.FramesWritten(), lines.DataErrors()));

@@ -63,6 +63,7 @@ void C_AccountWriter::JudgeInput() {
     ReportError(fmt::format("{}: {:.2f} % of the frames are damaged, more than --max-bad {} %; -v shows where",
                             m_account.Input(), m_account.BadPercent(), m_maxBadPercent));
   }
+  // One bad input among several decides the exit code.
   m_isAllGood = m_isAllGood && !isTooBad && m_account.FramesGood() > 0;
 }
 
@@ -100,7 +101,7 @@ const S_CommandEntry kStatCommand = {
     "What is in the inputs, how much of it is damaged, and where.\n\n"
     "Examples:\n"
     "  velagnss stat session.bin                   counts, rates, gaps, mean position, damage\n"
-    "  velagnss -v stat session.bin                also every place of damage\n"
+    "  velagnss -v stat session.bin                also where each piece of damage is\n"
     "  velagnss stat --json --max-bad 1 *.bin      for scripts: exit code 1 when more than 1 % is damaged\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_StatCommand>(); }};
 

@@ -45,11 +45,12 @@ bool C_FileSource::Examine() {
   struct stat status {};
   if (::fstat(m_descriptor.Get(), &status) != 0) return Fail("cannot be examined", "check that it can be read");
   if (S_ISDIR(status.st_mode)) {
-    ReportError(fmt::format("{}: is a directory; name the files in it", m_name));
+    ReportError(fmt::format("{}: is a directory; give the names of the files in it", m_name));
     return false;
   }
   m_isRegular = S_ISREG(status.st_mode);
   if (!m_isRegular) return true;
+  // The rest of the file: standard input may be a file that another program has read in part.
   const off_t position = std::max<off_t>(::lseek(m_descriptor.Get(), 0, SEEK_CUR), 0);
   m_size = static_cast<std::uint64_t>(std::max<off_t>(status.st_size - position, 0));
   ::posix_fadvise(m_descriptor.Get(), 0, 0, POSIX_FADV_SEQUENTIAL);

@@ -32,6 +32,7 @@ std::string InputsText(const S_InputOptions& options) {
   return options.names.empty() || options.names[0] == "-" ? "standard input" : options.names[0];
 }
 
+// An input that cannot be read does not keep the others from being processed; the exit code tells.
 eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job) {
   C_SourceLoop loop(options.readSize);
   loop.ShowProgress(showProgress);

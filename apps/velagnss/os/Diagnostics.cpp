@@ -43,6 +43,7 @@ std::size_t Columns() {
   return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
 }
 
+// The progress line is cleared first, or the message would be appended to it.
 void Report(std::string_view kind, const S_Color& color, std::string_view message) {
   ShowProgressLine({});
   const bool isColored = UsesColor() && !kind.empty();
@@ -65,6 +66,7 @@ void ReportDetail(std::string_view message) {
 
 void ReportOutOfMemory() noexcept { WriteToError("velagnss: error: out of memory; try a smaller --read-size\n"); }
 
+// File names and text from the wire may hold escape sequences, which a terminal would obey.
 std::string Printable(std::string_view text) {
   std::string printable;
   for (const char character : text) {

@@ -77,6 +77,7 @@ bool C_Output::Close() {
 bool C_Output::IsATerminal() const { return m_descriptor.IsOpen() && ::isatty(m_descriptor.Get()) == 1; }
 
 bool C_Output::Fail(int error) {
+  // A reader that leaves, as `head` does, has what it wanted: no error.
   m_state = error == EPIPE ? eState::ReaderLeft : eState::Failed;
   if (m_state == eState::Failed)
     ReportError(fmt::format("{}: {} after {} bytes; {}", m_name, std::strerror(error), m_written, Advice(error)));

@@ -35,6 +35,7 @@ void C_TrackConverter::OnPoint(const S_TrackPoint& point) {
   m_format->Add(point, m_text);
 }
 
+// Without any point the document is still closed, so that its readers find an empty track and not a broken file.
 void C_TrackConverter::Finish() {
   if (m_points > 0) m_format->EndSegment(m_text);
   m_format->End(m_text);
