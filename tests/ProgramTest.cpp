@@ -9,6 +9,7 @@
 #include "HostData.h"
 #include "JsonSchema.h"
 #include "ProgramRun.h"
+#include "Streams.h"
 #include "apps/velagnss/input/Progress.h"
 
 namespace {
@@ -52,6 +53,7 @@ const S_ExitCase kExits[] = {
     {"SeedBeyondTheWeek",   "velagnss decode --seed 2300:604800 $S",            2, "--seed"},
     {"UnknownSearch",       "velagnss stat --search nmea,ubx $S",               2, "'nmea,ubx'"},
     {"OutputIsInput",       "cp $S a; velagnss decode a -o ./a",                2, "also an input"},
+    {"StandardOutputIsInput", "cp $S a; velagnss convert --to nmea a >> a",     2, "standard output: is also an input"},
     {"MissingFile",         "velagnss decode missing",                          3, "missing: cannot be opened: No such file"},
     {"Directory",           "velagnss stat .",                                  3, "is a directory"},
     {"OneOfTwoMissing",     "velagnss decode missing $S",                       3, "missing"},
@@ -97,6 +99,49 @@ TEST_ROWS_F(ProgramExits, WithCodeAndMessage, Program, kExits, row) {
     EXPECT_THAT(outcome.messages, HasSubstr(row.message));
 }
 
+// What is at the name of an output, whatever happens to the program.
+struct S_OutputCase {
+  const char* name;
+  const char* command;
+  const char* listing;  // then: name, permissions and beginning of each file
+};
+// clang-format off
+const S_OutputCase kOutputs[] = {
+    {"NoSuchInput",      "velagnss convert --to gpx -o o missing",                    "o 644 old\n"},
+    {"OneInputMissing",  "velagnss convert --to gpx -o o $S missing",                 "o 644 old\n"},
+    {"WriteFails",       "(ulimit -f 1; velagnss decode $S -o o)",                    "o 644 old\n"},
+    {"Killed",           VELAGNSS_PROGRAM " decode -o o ../f & exec 3> ../f; cat $S >&3; sleep 0.2; kill -9 $!; wait", "o 644 old\n"},
+    {"Interrupted",      VELAGNSS_PROGRAM " convert --to nmea -o o ../f & exec 3> ../f; head -c 300 $S >&3; sleep 0.2; kill -INT $!; wait",
+                                                                                      "o 644 $GNGGA,\n"},
+    {"NewName",          "rm o; velagnss convert --to nmea $S -o p",                  "p 644 $GNGGA,\n"},
+    {"KeepsPermissions", "chmod 640 o; velagnss convert --to nmea $S -o o",           "o 640 $GNGGA,\n"},
+    {"FollowsLinks",     "ln -s o l; velagnss convert --to nmea $S -o l; readlink l", "o\nl 777 $GNGGA,\no 644 $GNGGA,\n"},
+    {"FollowsToNothing", "rm o; ln -s o l; velagnss convert --to nmea $S -o l; rm l", "o 644 $GNGGA,\n"},
+    {"Pipe",             "cat ../f > o & velagnss convert --to nmea $S -o ../f; wait", "o 644 $GNGGA,\n"},
+    {"StandardOutput",   "velagnss convert --to nmea -o /dev/stdout $S > o",          "o 644 $GNGGA,\n"},
+};
+// clang-format on
+TEST_ROWS_F(ProgramOutput, IsWholeOrAsBefore, Program, kOutputs, row) {
+  const Outcome outcome = Run("umask 022; mkfifo f; mkdir w; cd w; echo old > o; " + std::string(row.command) +
+                              "; for i in $(ls -A); do echo $i $(stat -c %a $i) $(head -n 1 $i | cut -c 1-7); done");
+  EXPECT_EQ(outcome.output, row.listing) << outcome.messages;
+}
+
+// Standard output is a pipe that another program has made non-blocking, and its reader is slow.
+TEST_F(Program, WaitsForASlowReader) {
+  Write("run.py",
+        "import fcntl, os, subprocess, sys, time\n"
+        "r, w = os.pipe()\n"
+        "fcntl.fcntl(w, fcntl.F_SETFL, os.O_NONBLOCK | fcntl.fcntl(w, fcntl.F_GETFL))\n"
+        "p = subprocess.Popen([sys.argv[1], 'decode', sys.argv[2]], stdout=w)\n"
+        "os.close(w)\n"
+        "time.sleep(0.3)\n"
+        "sys.stdout.buffer.write(os.fdopen(r, 'rb').read())\n"
+        "sys.exit(p.wait())\n");
+  const Outcome outcome = Run("python3 run.py " VELAGNSS_PROGRAM " $S | md5sum; echo ${PIPESTATUS[0]}");
+  EXPECT_EQ(outcome.output, Run("velagnss decode $S | md5sum; echo 0").output) << outcome.messages;
+}
+
 // Signals come while the program waits for more input: what came before is complete in the output.
 class ProgramSignal : public Program, public testing::WithParamInterface<const char*> {};
 TEST_P(ProgramSignal, EndsWithWholeLines) {
@@ -132,12 +177,15 @@ const S_TerminalCase kTerminals[] = {
     {"NarrowTerminal",  "stty cols 20; slow | velagnss stat > o", "(" CLEAR ".{19})+" CLEAR},
     {"Quiet",           "slow | velagnss -q stat > o",            ""},
     {"Log",             "slow | velagnss stat > o 2> l; cat l",   ""},
+    {"RawSentence",     "velagnss convert --to nmea c",           "\\$GPGLL,\\\\x7f\\\\xc2\\\\x9b\\\\x9b31m\xe2\x82\xac[*]62\r\r\n"},
     {"DumbTerminal",    "export TERM=dumb; slow | velagnss stat > o; velagnss stat m", "velagnss: error: m: .*"},
     {"Color",          "NO_COLOR= velagnss stat m",              "velagnss: \x1b\\[1;31merror: \x1b\\[0mm: .*"},
     {"NoColor",        "NO_COLOR=0 velagnss stat m",             "velagnss: error: m: .*"},
 };
 // clang-format on
 TEST_ROWS_F(ProgramTerminal, Shows, Program, kTerminals, row) {
+  Write("c", Sentence("GPGLL,\x7f\xc2\x9b\x9b"
+                      "31m\xe2\x82\xac"));
   const Outcome outcome =
       Run("slow() { head -c 9 $S; sleep 2; cat $S; }; export -f slow velagnss; export S; unset NO_COLOR; "
           "TERM=xterm SHELL=$BASH script -qec '" +

@@ -86,8 +86,4 @@ void DeclareOutput(CLI::App& app, std::string& output) {
   app.add_option("-o,--output", output, "write to this file instead of standard output")->option_text("FILE");
 }
 
-std::string CheckOutput(const S_InputOptions& input, const std::string& output) {
-  return IsAnInput(input, output) ? output + ": is also an input; write to another file" : "";
-}
-
 }  // namespace Host

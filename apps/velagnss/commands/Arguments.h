@@ -54,9 +54,8 @@ void DeclareSeed(CLI::App& app, S_StreamArguments& stream);
 // How the arguments, which have been checked, want streams to be read.
 S_RunOptions RunOptions(const S_StreamArguments& stream);
 
-// The option -o, and whether it may be written to: an error text when it is an input.
+// The option -o.
 void DeclareOutput(CLI::App& app, std::string& output);
-std::string CheckOutput(const S_InputOptions& input, const std::string& output);
 
 }  // namespace Host
 

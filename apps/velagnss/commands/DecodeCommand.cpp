@@ -54,8 +54,6 @@ void C_DecodeCommand::Declare(CLI::App& app) {
 int C_DecodeCommand::Run() {
   S_JsonLinesOptions options = m_lines;
   if (const std::string error = FillFilter(options.filter); !error.empty()) return ReportUsage("decode", error);
-  if (const std::string error = CheckOutput(m_stream.input, m_output); !error.empty())
-    return ReportUsage("decode", error);
   options.namesInput = m_stream.input.names.size() > 1;
   return Decode(options);
 }
@@ -70,7 +68,7 @@ std::string C_DecodeCommand::FillFilter(C_MessageFilter& filter) const {
 
 int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
   C_OutputRun output;
-  if (!output.Open(m_output)) return eExitOutput;
+  if (const eExitCode code = output.Open(m_output, m_stream.input); code != eExitOk) return code;
   C_JsonLines lines(options);
   C_RecordRun run(RunOptions(m_stream), {&lines});
   return output.Run(m_stream.input, run, lines.Text(), [&] { return Judge(lines, run); });

@@ -29,7 +29,12 @@ class C_FileSource : public C_ByteSource {
   bool m_isRegular = false;
 };
 
-// True when `name` is the regular file that the input `input` ("-" for standard input) reads, by whatever path.
+// Whether `Open` can be expected to succeed; otherwise it has been reported. Opens nothing: that alone would have
+// effects on a device.
+bool CanBeOpened(const std::string& name);
+
+// True when `name` ("-" for standard output) is the regular file that the input `input` ("-" for standard input) reads,
+// by whatever path.
 bool IsTheFile(const std::string& name, const std::string& input);
 
 }  // namespace Host

@@ -21,7 +21,6 @@ bool RunInput(const std::string& name, C_SourceLoop& loop, C_StreamJob& job) {
 }  // namespace
 
 bool IsAnInput(const S_InputOptions& options, const std::string& output) {
-  if (output == "-") return false;
   if (options.names.empty()) return IsTheFile(output, "-");
   return std::any_of(options.names.begin(), options.names.end(),
                      [&output](const std::string& name) { return IsTheFile(output, name); });
@@ -30,6 +29,12 @@ bool IsAnInput(const S_InputOptions& options, const std::string& output) {
 std::string InputsText(const S_InputOptions& options) {
   if (options.names.size() > 1) return fmt::format("{} inputs", options.names.size());
   return options.names.empty() || options.names[0] == "-" ? "standard input" : options.names[0];
+}
+
+bool CanBeOpened(const S_InputOptions& options) {
+  bool areAll = true;
+  for (const std::string& name : options.names) areAll = CanBeOpened(name) && areAll;
+  return areAll;
 }
 
 eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job) {
