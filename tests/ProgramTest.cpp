@@ -58,6 +58,12 @@ const S_ExitCase kExits[] = {
     {"Directory",           "velagnss stat .",                                  3, "is a directory"},
     {"OneOfTwoMissing",     "velagnss decode missing $S",                       3, "missing"},
     {"PatternWithoutFile",  "velagnss decode '*.nmea'",                         3, "no file matches this pattern"},
+    {"Zip",                 "printf 'PK\\3\\4$GP' | velagnss decode",           3, "is a zip archive; unpack it"},
+    {"TarInGzip",           "cp $S s; tar cz s | velagnss decode",              3, "contains a tar archive; unpack it"},
+    {"PacketCapture",       "printf '\\xd4\\xc3\\xb2\\xa1 ' > p; velagnss decode p", 3, "p: is a pcap packet capture; save"},
+    {"BeginningOfZip",      "(printf P; cat $S) | velagnss decode",             0, kNone},
+    {"BehindGzip",          "(gzip -c $S; echo) | velagnss decode",             0, "what follows its gzip data"},
+    {"EmptyGzip",           "gzip < /dev/null | velagnss decode",               1, "standard input: is empty"},
     {"EmptyFile",           "touch e; velagnss decode e",                       1, "e: is empty"},
     {"EmptyInput",          "velagnss decode < /dev/null",                      1, "standard input: is empty"},
     {"NoiseOnly",           "head -c 100000 /dev/zero | velagnss decode",       1, "no frame in 100000 bytes"},
@@ -237,6 +243,25 @@ TEST_F(Program, WritesTheSameForAnyReadSize) {
   for (const char* size : {"1", "7", "997", "65537"})
     EXPECT_EQ(Run(std::string("velagnss decode --read-size ") + size + options).output, whole) << size;
   EXPECT_EQ(Run("cat $S | velagnss decode" + options).output, whole) << "pipe";
+}
+
+// Compressed inputs, by content: whole, from a pipe, in two members, compressed twice.
+struct S_PackerCase {
+  const char* name;
+  const char* command;
+};
+const S_PackerCase kPackers[] = {{"gzip", "gzip"}, {"bzip2", "bzip2"}, {"xz", "xz"}, {"zstd", "zstd -q"}};
+TEST_ROWS_F(ProgramInput, IsUnpacked, Program, kPackers, row) {
+  const std::string pack = std::string(row.command) + " -c ";
+  const std::string plain = Run("velagnss decode < $S | md5sum").output;
+  for (const std::string& input :
+       {pack + "$S > a; velagnss decode --read-size 7 a", pack + "$S | velagnss decode",
+        pack + "$S | gzip | velagnss decode",
+        "head -c 9999 $S > b; tail -c +10000 $S > c; (" + pack + "b; " + pack + "c) > a; velagnss decode a"})
+    EXPECT_EQ(Run("(" + input + ") | md5sum").output, plain) << input;
+  const Outcome cut = Run(pack + "$S | head -c 140000 > a; velagnss decode a");
+  EXPECT_EQ(cut.code, 3);
+  EXPECT_THAT(cut.messages, HasSubstr("damaged or cut short"));
 }
 
 TEST_F(Program, KeepsInputsApart) {

@@ -50,7 +50,7 @@ bool CanBeOpened(const std::string& name) {
 bool C_FileSource::Open(const std::string& name) {
   const bool isStandardInput = name == "-";
   m_name = ShownName(name);
-  m_size = 0;
+  m_size = m_consumed = 0;
   m_descriptor = C_FileDescriptor(isStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                                   : ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
   if (m_descriptor.IsOpen()) return Examine();
@@ -80,6 +80,7 @@ C_ByteSource::eRead C_FileSource::Read(std::span<unsigned char> buffer, S_Chunk&
     Fail("reading failed", "what was read before is in the output");
     return eRead::Failed;
   }
+  m_consumed += static_cast<std::uint64_t>(got);
   chunk = {buffer.first(static_cast<std::size_t>(got)), S_Chunk::t_Clock::now()};
   return got == 0 ? eRead::End : eRead::Bytes;
 }

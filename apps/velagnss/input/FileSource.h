@@ -18,6 +18,7 @@ class C_FileSource : public C_ByteSource {
   int Descriptor() const override { return m_isRegular ? -1 : m_descriptor.Get(); }
   eRead Read(std::span<unsigned char> buffer, S_Chunk& chunk) override;
   std::uint64_t Size() const override { return m_size; }
+  std::uint64_t Consumed() const override { return m_consumed; }
 
  private:
   bool Fail(const char* what, const char* advice);
@@ -26,6 +27,7 @@ class C_FileSource : public C_ByteSource {
   C_FileDescriptor m_descriptor;
   std::string m_name;
   std::uint64_t m_size = 0;  // from where it is read
+  std::uint64_t m_consumed = 0;
   bool m_isRegular = false;
 };
 

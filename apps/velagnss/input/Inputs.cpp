@@ -6,6 +6,7 @@
 
 #include "apps/velagnss/input/FileSource.h"
 #include "apps/velagnss/input/SourceLoop.h"
+#include "apps/velagnss/input/UnpackingSource.h"
 #include "apps/velagnss/os/Signals.h"
 
 namespace Host {
@@ -14,7 +15,8 @@ namespace {
 bool RunInput(const std::string& name, C_SourceLoop& loop, C_StreamJob& job) {
   C_FileSource source;
   if (!source.Open(name)) return false;
-  const S_SourceAndJob stream = {source, job};
+  C_UnpackingSource unpacked(source);
+  const S_SourceAndJob stream = {unpacked, job};
   return loop.Run({&stream, 1});
 }
 

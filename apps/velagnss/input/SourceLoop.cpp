@@ -63,7 +63,7 @@ void C_Stream::Read(std::span<unsigned char> buffer) {
     rest = rest.subspan(size);
   }
   m_total += chunk.bytes.size();
-  m_progress->Update(m_total);
+  m_progress->Update(m_source.Size() > 0 ? m_source.Consumed() : m_total);
 }
 
 void C_Stream::Close() {
