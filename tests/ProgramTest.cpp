@@ -39,7 +39,13 @@ const S_ExitCase kExits[] = {
     {"Help",                "velagnss decode --help",                           0, kNone},
     {"Version",             "velagnss --version",                               0, kNone},
     {"NoCommand",           "velagnss",                                         2, "--help"},
-    {"UnknownCommand",      "velagnss dekode $S",                               2, "velagnss --help"},
+    {"UnknownCommand",      "velagnss decod x",                                 2, "unknown command 'decod', did you mean 'decode'?; see 'velagnss --help'"},
+    {"UnknownGlobalOption", "velagnss --colour decode $S",                      2, "unknown option '--colour'"},
+    {"HelpAsCommand",       "velagnss help && velagnss help stat",              0, kNone},
+    {"VersionAsCommand",    "velagnss version",                                 0, kNone},
+    {"SeedAsDate",          "velagnss decode --seed 2024-05-18 $S",             0, kNone},
+    {"SeedNotADate",        "velagnss decode --seed 2023-02-29 $S",             2, "--seed"},
+    {"SearchForNothing",    "velagnss decode --search '' $S",                   2, "no protocol named"},
     {"UnknownOption",       "velagnss decode --nonsense $S",                    2, "velagnss decode --help"},
     {"EnormousCount",       "velagnss decode -n 99999999999999999999999 $S",    2, "-n"},
     {"PercentOfNothing",    "velagnss stat --max-bad nan $S",                   2, "--max-bad"},
@@ -291,6 +297,14 @@ TEST_ROWS_F(ProgramFilters, LetPass, Program, kFilters, row) {
   for (const json& line : lines) messages.insert(line["message"].get<std::string>());
   EXPECT_THAT(messages, testing::ElementsAreArray(row.messages));
   EXPECT_EQ(lines.size(), row.count);
+}
+
+// Without a date in the stream, only the seed completes the weeks.
+TEST_F(Program, TakesADateAsSeed) {
+  const std::string ephemerides = "velagnss decode --search bin --msg BIN95 $S --seed ";
+  const std::string byWeek = Run(ephemerides + "2314:604638").output;
+  EXPECT_THAT(byWeek, HasSubstr("\"toe_week\":2314"));
+  EXPECT_EQ(Run(ephemerides + "2024-05-18").output, byWeek);
 }
 
 TEST_F(Program, PeriodKeepsWholeEpochs) {

@@ -70,6 +70,7 @@ eExitCode C_OutputRun::Open(const std::string& name, const S_InputOptions& input
 // When the reader of the output has gone, nobody wants to know what the data came to.
 int C_OutputRun::Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge) {
   C_WritingJob writing(job, text, m_output);
+  text.SetDrain([&] { m_output.Flush(text); });
   const eExitCode inputCode = RunInputs(input, IsProgressWanted(input.progress, m_output), writing);
   if (!writing.HasBegun() && m_output.IsReplacement()) return inputCode;
   job.Finish();
