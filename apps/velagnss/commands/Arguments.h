@@ -33,8 +33,8 @@ auto NumberBetween(Number least, Number greatest, const char* range) {
   };
 }
 
-// "2024-05-18", taken at noon, or "WEEK:SECONDS": a GPS week without roll-over and the seconds of that week. Nothing for
-// any other text.
+// "2024-05-18", taken at noon, or "WEEK:SECONDS": a GPS week without roll-over and the seconds of that week. Nothing
+// for any other text.
 std::optional<C_GnssTime> ParseSeed(std::string_view text);
 
 // The protocols of `list` (names with commas), or all of them when it is empty. Acknowledgements are only among them

@@ -35,10 +35,11 @@ class C_DecodeCommand : public C_Command {
 void C_DecodeCommand::Declare(CLI::App& app) {
   DeclareStreamArguments(app, m_stream);
   DeclareOutput(app, m_output);
-  app.add_option("--proto", m_protocols, "show only these protocols, named as for --search")
+  app.add_option("--proto", m_protocols, "show only these protocols, named as for --search, and what --msg names")
       ->option_text("LIST")
       ->allow_extra_args(false);
-  app.add_option("--msg", m_messages, "show only these messages: GGA,BIN95,1077, or one every 10 s: GGA:10")
+  app.add_option("--msg", m_messages,
+                 "show only these messages, and what --proto names: GGA,BIN95,1077,\nor one every 10 s: GGA:10")
       ->option_text("LIST")
       ->allow_extra_args(false);
   app.add_option("-n", m_lines.count, "stop after this many frames")
