@@ -30,6 +30,7 @@ void WriteTime(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("last").String(account.TimeText(*account.Epochs().Last()).Text());
   json.Key("duration_s").Number(account.Duration());
   json.Key("usual_step_s").Number(account.Epochs().Interval());
+  json.Key("gap_count").Integer(account.Epochs().GapCount());
   json.Key("gaps").BeginArray();
   for (const S_TimeGap& gap : account.Epochs().Gaps()) {
     json.BeginObject();

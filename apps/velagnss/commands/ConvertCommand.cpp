@@ -105,14 +105,12 @@ int C_ConvertCommand::Run() {
   const S_Format& format = *FindFormat(m_options.format);
   if (const std::string option = OptionOfOtherFormat(format); !option.empty())
     return ReportUsage("convert", fmt::format("{} is not an option of --to {}", option, format.name));
-  if (const std::string error = CheckOutput(m_options.stream.input, m_options.output); !error.empty())
-    return ReportUsage("convert", error);
   return Convert(*format.make(m_options));
 }
 
 int C_ConvertCommand::Convert(C_TextConsumer& converter) const {
   C_OutputRun output;
-  if (!output.Open(m_options.output)) return eExitOutput;
+  if (const eExitCode code = output.Open(m_options.output, m_options.stream.input); code != eExitOk) return code;
   C_NoFrameWarning warning(InputsText(m_options.stream.input));
   C_RecordRun run(RunOptions(m_options.stream), {&warning, &converter});
   return output.Run(m_options.stream.input, run, converter, [&] { return run.Judge(); });

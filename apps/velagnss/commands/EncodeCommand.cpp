@@ -114,9 +114,8 @@ void C_EncodeCommand::Declare(CLI::App& app) {
 }
 
 int C_EncodeCommand::Run() {
-  if (const std::string error = CheckOutput(m_input, m_output); !error.empty()) return ReportUsage("encode", error);
   C_OutputRun output;
-  if (!output.Open(m_output)) return eExitOutput;
+  if (const eExitCode code = output.Open(m_output, m_input); code != eExitOk) return code;
   C_EncodeJob job(m_isStrict);
   return output.Run(m_input, job, job, [&] { return job.Judge(); });
 }

@@ -134,8 +134,9 @@ void C_GeoCalculation::DeclareFrom() {
 int C_GeoCalculation::Run() {
   const S_GeoForm& form = *FindGeoForm(m_name, m_options.from);
   C_OutputRun output;
-  if (!output.Open("-")) return eExitOutput;
   const bool readsLines = m_options.values.empty() || m_options.values == std::vector<std::string>{"-"};
+  const eExitCode code = readsLines ? output.Open("-", S_InputOptions()) : output.Open("-") ? eExitOk : eExitOutput;
+  if (code != eExitOk) return code;
   return readsLines ? RunOnLines(form, output) : RunOnArguments(form, output);
 }
 

@@ -71,6 +71,7 @@ class C_StatCommand : public C_Command {
  public:
   void Declare(CLI::App& app) override {
     DeclareStreamArguments(app, m_stream);
+    DeclareOutput(app, m_output);
     app.add_flag("--json", m_isJson, "one JSON object per input instead of a table");
     app.add_option("--max-bad", m_maxBadPercent,
                    "exit with 1 when more than this percentage of an input's frames is damaged")
@@ -81,7 +82,7 @@ class C_StatCommand : public C_Command {
 
   int Run() override {
     C_OutputRun output;
-    if (!output.Open("-")) return eExitOutput;
+    if (const eExitCode code = output.Open(m_output, m_stream.input); code != eExitOk) return code;
     C_StreamAccount account;
     C_AccountWriter writer(account, m_isJson, m_maxBadPercent, output.Output());
     C_RecordRun run(RunOptions(m_stream), {&account, &writer});
@@ -90,6 +91,7 @@ class C_StatCommand : public C_Command {
 
  private:
   S_StreamArguments m_stream;
+  std::string m_output = "-";
   bool m_isJson = false;
   double m_maxBadPercent = 100;
 };

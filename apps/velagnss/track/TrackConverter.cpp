@@ -10,6 +10,7 @@ namespace {
 class C_TrackConverter : public C_TextConsumer, private C_TrackSink {
  public:
   explicit C_TrackConverter(std::unique_ptr<C_TrackFormat> format) : m_format(std::move(format)), m_builder(*this) {
+    m_format->SetDrain([this] { Drain(); });
     m_format->Begin(m_text);
   }
 
