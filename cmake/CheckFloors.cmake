@@ -12,8 +12,9 @@ set(rows
   "${leaves}\\."    "${leaves}\\."
   "binproto/"       "binproto/|records/|geo/|${leaves}\\."
   "textproto/"      "textproto/|records/|geo/|${leaves}\\."
+  "rtcm3/"          "rtcm3/|records/|geo/|${leaves}\\."
   "framing/"        "framing/|binproto/|textproto/|records/|geo/"
-  "stream/"         "stream/|framing/|binproto/|textproto/|records/|geo/"
+  "stream/"         "stream/|framing/|binproto/|textproto/|rtcm3/|records/|geo/"
   "apps/velagnss/os/"        "${app}os/"
   "apps/velagnss/text/"      "${app}text/|public"
   "apps/velagnss/input/"     "${app}(input|os|text)/"
@@ -30,7 +31,7 @@ set(rows
 
 # The installed headers, from the lists that the build uses.
 set(public)
-foreach(folder stream framing binproto textproto geo records)
+foreach(folder stream framing binproto textproto rtcm3 geo records)
   file(READ ${ROOT}/${folder}/CMakeLists.txt lists)
   string(REGEX MATCH "PUBLIC_HEADERS([^A-Z_]|[A-Z][a-zA-Z0-9_]*\\.h)*" headers "${lists}")
   string(REGEX MATCHALL "[A-Za-z0-9_]+\\.h" headers "${headers}")
@@ -55,8 +56,8 @@ function(floor_of file result)
 endfunction()
 
 set(faults 0)
-file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/framing/* ${ROOT}/binproto/* ${ROOT}/textproto/* ${ROOT}/geo/*
-  ${ROOT}/records/* ${ROOT}/stream/* ${ROOT}/apps/* ${ROOT}/examples/*)
+file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/framing/* ${ROOT}/binproto/* ${ROOT}/textproto/* ${ROOT}/rtcm3/*
+  ${ROOT}/geo/* ${ROOT}/records/* ${ROOT}/stream/* ${ROOT}/apps/* ${ROOT}/examples/*)
 list(FILTER files INCLUDE REGEX "\\.(h|cpp)$")
 foreach(file ${files})
   floor_of(${file} allowed)

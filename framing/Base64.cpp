@@ -1,3 +1,4 @@
+// RFC 4648, section 4, with two liberties in decoding: padding may be missing, and what follows it is ignored.
 #include "framing/Base64.h"
 
 #include <array>
@@ -11,6 +12,7 @@ constexpr char kPad = '=';
 constexpr unsigned char kEndMark = 64;    // padding: the text ends here
 constexpr unsigned char kErrorMark = 65;  // no character of the alphabet
 
+// One access gives the value and tells the alphabet, the end and foreign characters apart.
 constexpr std::array<unsigned char, 256> MakeValues() {
   std::array<unsigned char, 256> values{};
   values.fill(kErrorMark);
@@ -73,6 +75,7 @@ unsigned int Base64Decode(const char* source, unsigned char* dest, unsigned int 
   const std::size_t characters = std::strcspn(source, "=");
   if (capacity < characters / 4 * 3 + BytesOf(characters % 4)) return 0;
   unsigned int written = 0;
+  // Ends at the first group that is not full. After whole groups that is an empty one.
   for (;; source += 4) {
     const S_Group group = ReadGroup(source);
     if (!group.isGood) return 0;

@@ -6,7 +6,6 @@
 #include "binproto/VelaBin_Decode.h"
 #include "framing/CRC24.h"
 #include "framing/SevenOfEight.h"
-#include "framing/UnlistedSentence.h"
 #include "framing/XorSum.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldParsers.h"
@@ -68,6 +67,7 @@ unsigned int PayloadBytes(std::string_view field) {
 }  // namespace
 
 // clang-format off
+// In the order of eBody.
 constexpr C_BodyScanner::S_Rule C_BodyScanner::kRules[] = {
     // check                              known  mark            first        CR LF  limited
     {&C_BodyScanner::CheckRtcmSum,        true},
@@ -141,12 +141,17 @@ unsigned int C_BodyScanner::FirstMark(const S_Rule& rule, const unsigned char* b
   return at;
 }
 
-// All that is queued is looked at, so that one look answers for many starts.
-bool C_BodyScanner::LacksLineEnd(unsigned int count) {
-  if (IsKnownToLackLineEnd(count)) return true;
-  if (m_queue.Queued() < count) return false;
-  FirstMark(kRules[static_cast<unsigned int>(eBody::Unlisted)], m_queue.Bytes(m_queue.Queued()), m_queue.Queued());
-  return IsKnownToLackLineEnd(count);
+// All that is queued is looked at, however little of it the sentence may have.
+bool C_BodyScanner::LooksForSentenceEnd() {
+  std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(eMark::Control)];
+  const std::uint64_t position = m_queue.Position();
+  const unsigned int queued = m_queue.Queued();
+  const unsigned char* const bytes = m_queue.Bytes(queued);
+  const unsigned int unmarked = unmarkedTo > position ? static_cast<unsigned int>(unmarkedTo - position) : 0;
+  const unsigned int at = Find<eMark::Control>(bytes, unmarked, queued);
+  unmarkedTo = position + at;
+  if (at == queued || at >= kLongestSentence) return at >= kLongestSentence;
+  return at + 1 < kShortestSentence || !IsLineEnd(bytes[at]) || bytes[at - 3] != '*';
 }
 
 // Collects a body whose frame ends at its greatest length.
@@ -183,6 +188,7 @@ eVerdict C_BodyScanner::CheckRtcmSum() {
   return eVerdict::Complete;
 }
 
+// The decoder's own check: one statement of the rule, so that the two cannot disagree.
 eVerdict C_BodyScanner::CheckBinaryFrame() {
   const unsigned short length = m_frame.message.length;
   unsigned short number = 0;

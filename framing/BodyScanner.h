@@ -10,6 +10,7 @@
 #include "framing/QueueWindow.h"
 #include "framing/RawDataMessage.h"
 #include "framing/RunningCrc24.h"
+#include "framing/UnlistedSentence.h"
 
 namespace velagnss::framing {
 
@@ -44,11 +45,11 @@ class C_BodyScanner {
   // The frame in progress is another one: its body is scanned from the first byte on.
   void StartOver() { m_examined = 0; }
 
-  // Whether the oldest `count` bytes are queued and have no byte below 32, a line end included; and whether that is
-  // known without a look.
-  bool LacksLineEnd(unsigned int count);
-  bool IsKnownToLackLineEnd(unsigned int count) const {
-    return m_unmarkedTo[static_cast<unsigned int>(eMark::Control)] >= m_queue.Position() + count;
+  // Whether the queued bytes decide that the oldest of them do not begin a sentence that is not listed: there is no
+  // line end in time, or no checksum before it. Cheaper than a scan, and a look ahead that answers for many starts.
+  bool LacksSentenceEnd() {
+    const std::uint64_t unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(eMark::Control)];
+    return unmarkedTo >= m_queue.Position() + kLongestSentence || LooksForSentenceEnd();
   }
 
   // Whether sentences that end below their least length are reported. A scan after that goes on beyond the line.
@@ -56,26 +57,45 @@ class C_BodyScanner {
   unsigned int ShortLine() const { return m_examined; }
 
  private:
+  // How a shape of body is collected and checked: BodyScanner.cpp has one rule for each.
   struct S_Rule;
   static const S_Rule kRules[];  // by eBody
 
+  // The two ways to find the end: by the length from the header, and at an end mark. Both leave the number of bytes
+  // that belong to the frame in its message.
   eVerdict CollectLength();
   eVerdict CollectUntilEnd(const S_Rule& rule);
+  // First byte of a rule's end marks, or of those that must not be in the body, before `end`.
   unsigned int FirstMark(const S_Rule& rule, const unsigned char* bytes, unsigned int end);
+  // The part of LacksSentenceEnd that looks at bytes.
+  bool LooksForSentenceEnd();
+  // Takes that many of the oldest queued bytes for the frame.
   void Hold(unsigned int count);
+  // Length at which a frame without an end is given up: its own limit or the room for it, whichever is less.
   unsigned int Limit() const;
+  // Bytes that a packed message unpacks to; 0 if its checksum is wrong.
   unsigned int Unwound(const unsigned char* packed);
 
+  // The checks of whole frames. RTCM 10403: CRC-24Q over everything before it.
   eVerdict CheckRtcmSum();
+  // A 16-bit sum of the data, low byte first; the header is covered by its exact length only.
   eVerdict CheckBinaryFrame();
+  // NMEA 0183: exclusive or of the characters between "$" and "*".
   eVerdict CheckNmeaSum();
+  // The same of any address, digits of either case.
   eVerdict CheckUnlistedSentence();
+  // Whether a listed sentence is whole below its least length.
   bool IsShortLine(const S_Rule& rule, const unsigned char* bytes, unsigned int length) const;
+  // "$PKVN,RAW,1,4," and packed bytes: the count must agree with what they unpack to.
   eVerdict CheckPackedSentence();
+  // "$PKVN,HPR,...*15": a checksum must be right if there is one.
   eVerdict CheckPkvnSentence();
+  // No checksum: only a length below the limit.
   eVerdict CheckSiteRecord();
+  // "$JROX," and packed bytes.
   eVerdict CheckPackedReply();
 
+  // References to the parts of the recognizer that it shares.
   C_QueueWindow& m_queue;
   S_FrameInProgress& m_frame;
   unsigned int m_examined = 0;  // bytes of the body that need no second look by the same rule

@@ -19,12 +19,15 @@ enum class eMark : unsigned char {
   CrLf,     // the LF of a CR LF; the byte before the scanned ones is read
   Plain,    // a byte below 128: not of a 7-of-8 packed stream
 };
+// Of the enumerators above: callers keep one position per mark.
 inline constexpr unsigned int kNumMarks = 4;
 
+// As numbers: the bytes of a stream are ASCII whatever the execution character set is.
 inline constexpr unsigned char kCr = 13;
 inline constexpr unsigned char kLf = 10;
 inline constexpr unsigned char kFirstPrintable = 32;
 
+// The definition of each mark, one byte at a time: for the last bytes of a run, and for processors without SSE2.
 template <eMark kMark>
 bool IsMark(const unsigned char* byte) {
   switch (kMark) {
@@ -43,6 +46,7 @@ bool IsMark(const unsigned char* byte) {
 // Which of 16 bytes are marks: bit i for byte i.
 template <eMark kMark>
 unsigned int MarksOf16(const unsigned char* bytes) {
+  // Unaligned loads: a frame begins anywhere in the queue.
   const auto load = [](const unsigned char* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); };
   const auto equals = [](__m128i block, unsigned char byte) {
     return _mm_cmpeq_epi8(block, _mm_set1_epi8(static_cast<char>(byte)));
@@ -54,9 +58,11 @@ unsigned int MarksOf16(const unsigned char* bytes) {
       return bits(equals(_mm_subs_epu8(block, _mm_set1_epi8(kFirstPrintable - 1)), 0));
     case eMark::LineEnd:
       return bits(_mm_or_si128(equals(block, kCr), equals(block, kLf)));
+    // The same bytes one place earlier show which LF follows a CR.
     case eMark::CrLf:
       return bits(_mm_and_si128(equals(load(bytes - 1), kCr), equals(block, kLf)));
     case eMark::Plain:
+      // The sign bits are what is asked for, so no comparison is needed.
       return bits(block) ^ 0xFFFF;
   }
 }
@@ -64,8 +70,10 @@ unsigned int MarksOf16(const unsigned char* bytes) {
 
 // Position of the first mark in [from, to); `to` or more when there is none.
 template <eMark kMark>
+// The mark is a template argument, so that each scan is a loop of its own without a branch on what it looks for.
 unsigned int Find(const unsigned char* bytes, unsigned int from, unsigned int to) {
 #ifdef __SSE2__
+  // Only whole blocks: nothing at or after `to` is read.
   for (; from + 16 <= to; from += 16) {
     const unsigned int marks = MarksOf16<kMark>(bytes + from);
     if (marks != 0) return from + static_cast<unsigned int>(std::countr_zero(marks));

@@ -22,6 +22,7 @@ void C_CallbackFrameRecognizer::SetCallback(t_Callback function, void* context) 
   m_context = context;
 }
 
+// The callback stays: it belongs to the host, not to the stream.
 unsigned int C_CallbackFrameRecognizer::Reset() {
   FullProcessingReset();
   m_lastResult = eRecNoNewData;

@@ -13,6 +13,7 @@ bool IsUsable(unsigned int maxItems, unsigned int itemSize) {
 
 }  // namespace
 
+// An unusable size gives capacity 0 rather than an exception: such a queue stays empty, and all operations are safe.
 C_CircularBuffer::C_CircularBuffer(unsigned int maxItems, unsigned int itemSize,
                                    eCircBufOvrflowHandling overflowHandling)
     : m_maxItems(IsUsable(maxItems, itemSize) ? maxItems : 0),
@@ -57,6 +58,7 @@ bool C_CircularBuffer::NewItemOverflowProtect() {
 }
 
 void C_CircularBuffer::QueueItem(const void* item) {
+  // The policy may agree even where there is no slot at all.
   if (item == nullptr || !NewItemOverflowProtect() || m_maxItems == 0) return;
   Write(m_tailIndex, item, 1);
   m_tailIndex = Next(m_tailIndex);
@@ -77,6 +79,7 @@ void C_CircularBuffer::QueueAcrossEnd(const void* items, unsigned int n) {
     if (m_overflowHandling > eCircBufOvrflowFlushAll) return;
     FlushItems(m_overflowHandling == eCircBufOvrflowDropOldest ? n - free : m_numItems);
   }
+  // At most two copies: up to the end of the ring, then from its start.
   const unsigned int first = std::min(n, m_maxItems - m_tailIndex);
   Write(m_tailIndex, source, first);
   if (first < n) Write(0, source + std::size_t{first} * m_itemSize, n - first);
@@ -102,6 +105,7 @@ void C_CircularBuffer::QueueItemBeforeNth(const void* item, unsigned int n) {
   ++m_numItems;
 }
 
+// The slot is not cleared, because the caller reads it after this.
 void* C_CircularBuffer::DequeueItem() {
   if (m_numItems == 0) return nullptr;
   unsigned char* item = Slot(m_headIndex);
@@ -138,6 +142,7 @@ void* C_CircularBuffer::PeekNthQueuedItem(unsigned int n) const {
   return Slot(Advanced(m_headIndex, n));
 }
 
+// A copy, for hosts that must not hold a pointer into the ring.
 bool C_CircularBuffer::CopyNthQueuedItem(unsigned int n, void* dest) const {
   const void* item = PeekNthQueuedItem(n);
   if (item == nullptr || dest == nullptr) return false;

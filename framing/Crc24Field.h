@@ -7,6 +7,7 @@ namespace velagnss::framing::Crc24Field {
 // x^24 + x^23 + x^18 + x^17 + x^14 + x^11 + x^10 + x^7 + x^6 + x^5 + x^4 + x^3 + x + 1
 inline constexpr unsigned int kPolynomial = 0x1864CFB;
 
+// One step of the shift register: the bit that leaves at the top brings in the polynomial.
 constexpr unsigned int TimesX(unsigned int a) { return (a << 1) ^ ((a >> 23 & 1) * kPolynomial); }
 
 // Multiplication by x^8: what a sum becomes when a zero byte follows.

@@ -6,6 +6,7 @@
 
 namespace velagnss::framing {
 
+// Defined in framing/ProtocolTable.h, which includes this header for the steps of its rows.
 struct S_ProtocolRow;
 
 // Length limits of a frame in bytes, both inclusive, from its first start byte to its last byte.
@@ -33,12 +34,19 @@ struct S_Expectation {
 using t_ReadParameters = bool (*)(const S_ProtocolRow& row, const unsigned char* bytes,
                                   const S_ExpectedMessages& expected, S_Expectation& frame);
 
+// D3 00 13 3E D0: 19 bytes of payload, message 1005. The number is 12 bits (RTCM 10403).
 bool ReadRtcmParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+// "$GPGGA,": the formatter is the type, whatever the talker.
 bool ReadNmeaParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+// "$BIN", block id and data length, two bytes each and low byte first. The length must be one that the block can have.
 bool ReadBlockParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+// "$PKVN,HPR,": the name up to its comma is the type.
 bool ReadPkvnParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+// "$RD1,": the digit is the version and the type.
 bool ReadRdParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+// "$>JI,", "$>JQUERY," and "$>JGEO,": one type each, so only the limits are set.
 bool ReadReplyParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
+// "$>JSITERECORD": likewise, and the type stays unset.
 bool ReadSiteRecordParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);
 
 }  // namespace velagnss::framing

@@ -10,7 +10,9 @@ using namespace velagnss::framing;
 
 C_FrameRecognizer::C_FrameRecognizer(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling,
                                      bool keepStatistics)
+    // By pointer: the size of the exported class stays the same when the machine changes.
     : m_core(new C_RecognizerCore(protocols, overflowHandling, keepStatistics)) {
+  // The operations that a host may call again to restore the tables.
   CreateRecognizedFrames();
   SetFrameStartChars();
   SetExpectedNMEA0183Msgs();
@@ -42,6 +44,9 @@ void C_FrameRecognizer::ResetFrameScanProc() { m_core->ResetFrameScanProc(); }
 unsigned short C_FrameRecognizer::GetMaxFrameLength() const { return m_core->GetMaxFrameLength(); }
 unsigned int C_FrameRecognizer::GetFreeSpace() const { return m_core->GetFreeSpace(); }
 unsigned int C_FrameRecognizer::GetQueuedBytes() const { return m_core->GetQueuedBytes(); }
+unsigned int C_FrameRecognizer::CopyQueuedBytes(unsigned char* out, unsigned int room) const {
+  return m_core->CopyQueuedBytes(out, room);
+}
 const S_RecognizerStatistics* C_FrameRecognizer::GetStatistics() const { return m_core->GetStatistics(); }
 
 bool C_FrameRecognizer::IsAFrameStartChar(unsigned char byte) const { return m_core->IsAFrameStartChar(byte); }
@@ -64,6 +69,7 @@ unsigned int C_FrameRecognizer::UnwindVela7of8Message(void* out, const unsigned 
 void C_FrameRecognizer::CreateRecognizedFrames() { m_core->CreateRecognizedFrames(); }
 void C_FrameRecognizer::SetFrameStartChars() { m_core->SetFrameStartChars(); }
 
+// The length limits of each protocol, as framing/MessageLengths.h has them.
 void C_FrameRecognizer::SetExpectedNMEA0183Msgs() { m_core->Expected().nmea = kNmeaLengths; }
 void C_FrameRecognizer::SetExpectedVelaBINMsgs() { m_core->Expected().blocks = kBlockLengths.data(); }
 void C_FrameRecognizer::SetExpectedVelaRDMsgs() { m_core->Expected().rdVersions = kRdLengths; }
@@ -78,6 +84,7 @@ void C_FrameRecognizer::SetExpectedJSITERECORDMsgs() {
   m_core->Expected().replies[C_RawDataMessage::eJSITERECORD] = kSiteRecord;
 }
 
+// Single steps of the search, for hosts that drive it themselves. Any order is safe: a step out of turn is an error.
 eRecognitionResult C_FrameRecognizer::FrameStartSearch() { return m_core->FrameStartSearch(); }
 eRecognitionResult C_FrameRecognizer::DetermineMsgExpectations() { return m_core->DetermineMsgExpectations(); }
 
@@ -95,6 +102,7 @@ bool C_FrameRecognizer::GetJSITERECORDFrameParameters() {
   return m_core->GetFrameParameters(C_RawDataMessage::eJSITERECORD);
 }
 
+// The first scans by the protocol of the start that matched, the others by their own, whatever has matched.
 eRecognitionResult C_FrameRecognizer::FrameBodyWait() { return m_core->FrameBodyWait(); }
 eRecognitionResult C_FrameRecognizer::RTCM3xBodyWait() { return m_core->BodyWait(eBody::Rtcm); }
 eRecognitionResult C_FrameRecognizer::NMEA0183BodyWait() { return m_core->BodyWait(eBody::Text); }

@@ -151,6 +151,10 @@ class VELAGNSS_API C_FrameRecognizer {
   // nothing was lost to overflow and the whole frame fitted into the message.
   unsigned int GetQueuedBytes() const;
 
+  // Copies the oldest queued bytes to `out`, as many as it has room for, and returns how many. They stay queued. With
+  // it a host need not keep what it has fed in order to search it again at the end of its input.
+  unsigned int CopyQueuedBytes(unsigned char* out, unsigned int room) const;
+
   // The live counters; null when none are kept. The pointer stays valid for the life of the recognizer.
   const S_RecognizerStatistics* GetStatistics() const;
 

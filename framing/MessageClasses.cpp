@@ -10,6 +10,8 @@ using eProtocols = C_RawDataMessage::eProtocols;
 
 // clang-format off
 // The RTCM 10403 message numbers that are delivered, and 4011 to 4095 of the proprietary ones.
+// 1001 to 1013 are observables and stations, 1019 to 1046 and 63 ephemerides and text, 1057 to 1068 and 1240 to 1303
+// corrections of orbits, clocks and biases (SSR), 1071 to 1127 MSM, 1230 GLONASS biases.
 constexpr unsigned short kRtcmNumbers[][2] = {
     {63, 63},     {1001, 1013}, {1019, 1020}, {1030, 1033}, {1042, 1046}, {1057, 1066}, {1068, 1068}, {1071, 1077},
     {1081, 1087}, {1091, 1097}, {1101, 1107}, {1111, 1117}, {1121, 1127}, {1230, 1230}, {1240, 1243}, {1245, 1245},
@@ -107,6 +109,7 @@ bool C_FrameRecognizer::IsAHighRateSsrClockMsg(eProtocols protocol, unsigned int
   return IsSsr(protocol, number, eHighRateClock);
 }
 
+// Unknown also for the messages of biases: one number of them may serve several systems.
 ALGO::eGNSSSystem C_FrameRecognizer::GetRtcmSsrOrbitClockMsgSys(unsigned int number) {
   const S_SsrRow* row = FindSsr(number);
   return row != nullptr ? row->system : ALGO::GNSS_UNKNOWN;

@@ -21,6 +21,7 @@ constexpr S_FrameLengths LimitsOf(C_RawDataMessage::eProtocols protocol) {
   return {RowOf(protocol).frame.headerLength, RowOf(protocol).frame.maxLength};
 }
 
+// Replies of the receiver, in bytes up to their CR.
 inline constexpr S_FrameLengths kInfoReply = {37, 120};  // "$>JI," and "$>JGEO,"
 inline constexpr S_FrameLengths kQueryReply = {21, 120};
 inline constexpr S_FrameLengths kSiteRecord = LimitsOf(C_RawDataMessage::eJSITERECORD);
@@ -52,6 +53,7 @@ inline constexpr S_FrameLengths kNmeaLengths[] = {
     {12,  32},  // XTE
     {13,  40},  // ZDA
 };
+// A sentence without limits would take those of another.
 static_assert(std::size(kNmeaLengths) == std::size(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs));
 
 // By version, the digit after "$RD". No frame is short enough for version 0: it is always rejected.
@@ -71,13 +73,16 @@ inline constexpr S_FrameLengths kPkvnLengths[] = {
     {19,  35},                          // TEMPERATURE
     {30, 255},                          // ARN_ROUTER
 };
+// The same for these.
 static_assert(std::size(kPkvnLengths) == std::size(textproto::PkvnSentences::kNames));
 
+// A block id and how long its frames are.
 struct S_BlockRow {
   unsigned short block;
   S_FrameLengths lengths;  // 8 bytes of header, the data and 2 of checksum
 };
 
+// Nearly every block has one length: a single damaged bit of the length is then always seen.
 constexpr S_BlockRow Fixed(unsigned short block, unsigned short length) { return {block, {length, length}}; }
 
 // The blocks of the binary protocol that are delivered without being decoded; the decoder's own table has the others.

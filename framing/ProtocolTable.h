@@ -27,6 +27,7 @@ enum class eBody : unsigned char {
   Unlisted,    // up to CR or LF, "*hh" before it: a sentence that is not listed, so no row has it
 };
 
+// What the search, the parameter step and the body scan know of a protocol.
 struct S_ProtocolRow {
   S_FrameDescriptor frame;
   unsigned short neededLength;      // bytes from which kind and length of a frame are read
@@ -59,26 +60,37 @@ inline constexpr unsigned int kNumProtocols = C_RawDataMessage::eAllProtocols;
 // clang-format off
 inline constexpr S_ProtocolRow kProtocols[kNumProtocols] = {
     //     name           protocol                         start                header  max   needed  buffer
+    // "$JROX," and bytes with their top bit set, up to CR LF
     {Frame("ROX",         C_RawDataMessage::eJROX,         "$JROX,",               10,  440),      6,   1024,
         nullptr,                                                                             eBody::Jrox},
+    // D3, 6 reserved bits and 10 of length, payload, 3 bytes of CRC (RTCM 10403)
     {Frame("RTCM 3.x",    C_RawDataMessage::eRTCM3_x,      "\xD3~...",              6, 1029),      5,   1029,
         &ReadRtcmParameters,                                                                 eBody::Rtcm},
+    // "$GPHDT,274.07,T*03" CR LF; the five characters of the address may be any (NMEA 0183)
     {Frame("NMEA0183",    C_RawDataMessage::eNMEA0183,     "$.....,",               8,  512),      7,   1024,
         &ReadNmeaParameters,                                                                 eBody::Text},
+    // "$BIN", block id, data length, data, sum
     {Frame("VelaBIN",     C_RawDataMessage::eVelaBIN,      "$BIN......",           10, 2048),     10,   2048,
         &ReadBlockParameters,                                                                eBody::VelaBin},
+    // "$PKVN,HPR,120000.00,271.50,-1.25,0.75,G*15" CR LF
     {Frame("VelaPKVN",    C_RawDataMessage::ePKVN,         "$PKVN,............",   18, 2048),     18,   2048,
         &ReadPkvnParameters,                                                                 eBody::Pkvn},
+    // "$RD1,345600.000,12,1575.420,x,3-17,44.5,-0.25,1.5,1F,A0,7,DEADBEEF" CR LF
     {Frame("VelaRD",      C_RawDataMessage::eVelaRD,       "$RD.,",                10,  512),     10,    512,
         &ReadRdParameters,                                                                   eBody::Text},
+    // "$>JI,1810-2233-00,1,7,01102009,01/06/1998" CR LF
     {Frame("VelaJI",      C_RawDataMessage::eVelaJI,       "$>JI,",                10,  512),     10,    512,
         &ReadReplyParameters,                                                                eBody::Text},
+    // "$>JQUERY,GUIDE,30,1,2" CR LF
     {Frame("VelaJQUERY",  C_RawDataMessage::eVelaJQUERY,   "$>JQUERY,",            10,  512),     10,    512,
         &ReadReplyParameters,                                                                eBody::Text},
+    // "$>JSITERECORD,1,Field 7" CR LF
     {Frame("JSITERECORD", C_RawDataMessage::eJSITERECORD,  "$>JSITERECORD",        13,  512),     13,    512,
         &ReadSiteRecordParameters,                                                           eBody::SiteRecord},
+    // "$>" and any text up to CR or LF
     {Frame("VelaCmdAck",  C_RawDataMessage::eVelaCmdAck,   "$>",                    2,    2),      2,    256,
         nullptr,                                                                             eBody::Ack},
+    // "$>JGEO,SENT=1575.42,USED=1575.42,SV=0,LON" CR LF
     {Frame("VelaGEO",     C_RawDataMessage::eVelaGEO,      "$>JGEO,",              10,   80),     10,     80,
         &ReadReplyParameters,                                                                eBody::Text},
 };

@@ -16,6 +16,7 @@ class C_QueueWindow {
  public:
   C_QueueWindow(unsigned int capacity, eCircBufOvrflowHandling overflowHandling);
 
+  // In bytes, as everywhere in this class.
   unsigned int Queued() const { return m_ring.NumItems(); }
   unsigned int FreeSpace() const { return m_ring.MaxNumItems() - m_ring.NumItems(); }
   bool IsFull() const { return m_ring.IsQueueFull(); }
@@ -26,6 +27,9 @@ class C_QueueWindow {
 
   // Queues bytes; where they do not fit, the ring's overflow policy holds.
   void Add(const unsigned char* bytes, unsigned int count) { m_ring.QueueNItems(bytes, count); }
+
+  // Copies the oldest bytes, `room` at most, and returns how many. A null pointer gets none.
+  unsigned int Copy(unsigned char* out, unsigned int room) { return out == nullptr ? 0 : m_ring.PeekNItems(out, room); }
 
   // Removes the oldest bytes; `count` is at most Queued().
   void Drop(unsigned int count) {
@@ -46,10 +50,13 @@ class C_QueueWindow {
   }
 
  private:
+  // Twice the queue, in bytes.
   unsigned int CopyCapacity() const;
+  // Copies only what the copy does not hold yet: a frame that wraps is asked for again with every piece that comes.
   const unsigned char* Unwrapped(unsigned int count, unsigned int headRun);
 
   C_CircularBuffer m_ring;
+  // 64 bits: at 1 Gbit/s they last for thousands of years, so no position is ever reused.
   std::uint64_t m_position = 0;
   std::uint64_t m_copyBegin = 0;  // positions of the bytes that m_copy holds
   std::uint64_t m_copyEnd = 0;

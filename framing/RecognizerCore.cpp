@@ -11,6 +11,7 @@ namespace velagnss::framing {
 
 namespace {
 
+// A list that lacks its end mark must not be read without limit.
 constexpr unsigned int kMaxListEntries = 254;  // of a host's protocol list
 
 // Of an RTCM 3 frame (RTCM 10403): preamble, 6 reserved bits and 10 of payload length, payload, checksum. The payload
@@ -27,6 +28,16 @@ constexpr auto kSecondOfUnlisted = [] {
   std::array<bool, 256> second = {true, true, true, true};
   for (unsigned int byte = '0'; byte <= 'Z'; ++byte) second[byte] = byte <= '9' || byte >= 'A';
   return second;
+}();
+
+// By protocol: whether a frame whose checksum is wrong is not an unlisted one either. The sum is the same, or the bytes
+// that were summed cannot be in a sentence.
+constexpr auto kSumStaysWrong = [] {
+  t_Protocols protocols = {};
+  for (const auto protocol :
+       {C_RawDataMessage::eRTCM3_x, C_RawDataMessage::eNMEA0183, C_RawDataMessage::eVelaBIN, C_RawDataMessage::eJROX})
+    protocols[protocol] = true;
+  return protocols;
 }();
 
 // Bytes queued beyond the longest frame: the line end of the frame before it, and the start of the next one, need not
@@ -78,6 +89,7 @@ void C_RecognizerCore::Enable(eProtocols protocol, const t_Protocols& flags) {
 }
 
 void C_RecognizerCore::SetOverflowHandling(eCircBufOvrflowHandling overflowHandling) {
+  // Both must agree: overflow is counted here and handled there.
   m_overflowHandling = overflowHandling;
   m_queue.SetOverflowHandling(overflowHandling);
 }
@@ -188,6 +200,7 @@ eRecognitionResult C_RecognizerCore::QueueInput(const unsigned char* data, unsig
       if (!MakeRoomInFullQueue()) return eRecError;
       result = eRecInputOverflow;
     }
+    // At least one byte: under RejectNew a full queue stays full, and the byte is refused there.
     const unsigned int count = std::min(length, std::max(m_queue.FreeSpace(), 1U));
     m_queue.Add(data, count);
     m_lastScanCount = kStepAgain;
@@ -251,6 +264,7 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
     }
     if (!isStart) continue;
     m_state = eStartSearch;
+    // Unequal, so that the next call makes a step: equal counts mean that nothing is left to do.
     m_lastScanCount = 0;
     m_scanCount = 1;
     return eRecSearching;
@@ -258,13 +272,14 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
   return eRecSearching;
 }
 
-// The question of BeginsUnlisted, answered at once for nearly all false starts.
+// The question of BeginsUnlisted, answered at once for nearly all false starts. If `result` is a failure already, that
+// of the unlisted frame would not be another one.
 inline bool C_RecognizerCore::MayBeUnlisted(eRecognitionResult result) {
   const unsigned char* const bytes = m_queue.Bytes(2);
   if (!kSecondOfUnlisted[bytes[1]]) return false;
-  const bool isRejectedLine = result == eRecFrameRejected && bytes[0] != kRtcmPreamble;
-  if (isRejectedLine && m_scanner.IsKnownToLackLineEnd(kLongestSentence)) return false;
-  return BeginsUnlisted(result);
+  if (result == eRecChecksumError && kSumStaysWrong[m_frame.message.protocol]) return false;
+  if (result != eRecSearching && bytes[0] != kRtcmPreamble && m_scanner.LacksSentenceEnd()) return false;
+  return BeginsUnlisted();
 }
 
 // On a match the search may hold more bytes than the frame has (the next one's, say): those are given back.
@@ -310,18 +325,12 @@ bool C_RecognizerCore::IsNoListedStart() {
   return !m_starts.MayMatchLater(m_queue.Bytes(std::max(held, kShortestSentence)), held);
 }
 
-// Whether the start, which has failed as a listed frame with `result`, may be one of an unlisted frame. A wrong
-// checksum of RTCM 3 and NMEA 0183 stays wrong.
-bool C_RecognizerCore::BeginsUnlisted(eRecognitionResult result) {
-  const auto failed = m_frame.message.protocol;
+// Whether the start, which has failed as a listed frame, may be one of an unlisted frame.
+bool C_RecognizerCore::BeginsUnlisted() {
   const unsigned int held = std::min(m_queue.Queued(), kShortestSentence);
   const unsigned char* const bytes = m_queue.Bytes(held);
-  if (bytes[0] == kRtcmPreamble) {
-    const bool isSummed = failed == C_RawDataMessage::eRTCM3_x && result == eRecChecksumError;
-    return !isSummed && m_enabled[C_RawDataMessage::eRTCM3_x] && bytes[1] < 4 && RtcmPayload(bytes) >= kRtcmNumberBytes;
-  }
-  const bool isSummed = failed == C_RawDataMessage::eNMEA0183 && result == eRecChecksumError;
-  return !isSummed && m_enabled[C_RawDataMessage::eNMEA0183] && BeginsSentence(bytes, held);
+  if (bytes[0] != kRtcmPreamble) return m_enabled[C_RawDataMessage::eNMEA0183] && BeginsSentence(bytes, held);
+  return m_enabled[C_RawDataMessage::eRTCM3_x] && bytes[1] < 4 && RtcmPayload(bytes) >= kRtcmNumberBytes;
 }
 
 // The frame in progress is the unlisted one that the oldest bytes begin.
@@ -345,7 +354,7 @@ eRecognitionResult C_RecognizerCore::LookAsUnlisted(eRecognitionResult result, b
   m_state = eBodyWait;
   m_lastScanCount = kStepAgain;
   const bool isLine = m_frame.message.protocol == C_RawDataMessage::eNMEA0183;
-  if (!isLine || !m_scanner.LacksLineEnd(kLongestSentence)) return StepBodyWait(message);
+  if (!isLine || !m_scanner.LacksSentenceEnd()) return StepBodyWait(message);
   const eRecognitionResult rejected = Conclude(eVerdict::Rejected);
   DropFalseStart();
   return rejected;
@@ -400,6 +409,7 @@ void C_RecognizerCore::DeliverFrame(C_RawDataMessage& message) {
   message.protocol = frame.protocol;
   message.messageType = frame.messageType;
   message.messageSubtype = frame.messageSubtype;
+  // A message without a buffer still says what the frame was.
   message.length = 0;
   if (message.data != nullptr) {
     message.length = static_cast<unsigned short>(std::min<unsigned int>(frame.length, message.capacity));
@@ -462,6 +472,7 @@ bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
 // Of the proprietary sentences the packed one has a body of its own.
 eRecognitionResult C_RecognizerCore::FrameBodyWait() {
   if (!IsBodyAwaited()) return eRecError;
+  // The only shape of body that depends on the message, not on the protocol alone.
   const eBody body = kProtocols[m_currentRow].body;
   if (m_isUnlisted && body == eBody::Text) return BodyWait(eBody::Unlisted);
   const bool isPacked = body == eBody::Pkvn && m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW;
@@ -497,6 +508,7 @@ eRecognitionResult C_RecognizerCore::Conclude(eVerdict verdict) {
       break;
   }
   m_state = eResynchronise;
+  // An acknowledgement has no form that could be wrong, so none of them is a bad frame.
   const bool isBad = m_isUnlisted ? isBadCheck || m_wasBad : verdict != eVerdict::GivenUp;
   if (isBad) Count(&S_RecognizerStatistics::framesBad, 1);
   const bool isSumWrong = isBadCheck || (m_isUnlisted && m_listedResult == eRecChecksumError);

@@ -18,6 +18,7 @@ class C_RecognizerCore {
  public:
   using eProtocols = C_RawDataMessage::eProtocols;
 
+  // All memory is allocated here: queue, copy and unpacked message.
   C_RecognizerCore(const eProtocols* protocols, eCircBufOvrflowHandling overflowHandling, bool keepStatistics);
   C_RecognizerCore(const C_RecognizerCore&) = delete;  // the scanner refers to its neighbors
   C_RecognizerCore& operator=(const C_RecognizerCore&) = delete;
@@ -41,6 +42,8 @@ class C_RecognizerCore {
   unsigned short GetMaxFrameLength() const { return m_maxFrameLength; }
   unsigned int GetFreeSpace() const { return m_queue.FreeSpace(); }
   unsigned int GetQueuedBytes() const { return m_queue.Queued(); }
+  unsigned int CopyQueuedBytes(unsigned char* out, unsigned int room) { return m_queue.Copy(out, room); }
+  // Counted in any case; a host that asked for no statistics just does not get to see them.
   const S_RecognizerStatistics* GetStatistics() const { return m_keepsStatistics ? &m_counters : nullptr; }
 
   bool IsAFrameStartChar(unsigned char byte) const { return m_starts.CanStart(byte); }
@@ -49,6 +52,7 @@ class C_RecognizerCore {
   // The tables that the search works from.
   void CreateRecognizedFrames() { m_starts.TakePatterns(); }
   void SetFrameStartChars();
+  // Filled in by the facade, whose operations a host may call again.
   S_ExpectedMessages& Expected() { return m_expected; }
 
   eRecognitionResult FrameStartSearch();
@@ -67,10 +71,12 @@ class C_RecognizerCore {
 
   C_RecognizerCore(const t_Protocols& allowed, eCircBufOvrflowHandling overflowHandling, bool keepStatistics);
 
+  // The states in the order that a frame passes through them. Resynchronise is left at the next call.
   enum eScanState : unsigned int { eIdle = 0, eStartSearch = 1, eBodyWait = 2, eResynchronise = 3 };
 
   static constexpr unsigned short kStepAgain = 0xFFFF;  // equals no scan count
 
+  // What `DoRecognition` is made of. A step is made only when something is new: bytes, or the outcome of the last step.
   eRecognitionResult Resynchronize(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
   eRecognitionResult Feed(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
   eRecognitionResult Advance(C_RawDataMessage& message) {
@@ -89,30 +95,39 @@ class C_RecognizerCore {
         return eRecError;
     }
   }
+  // One for each state; they alone move the queue.
   eRecognitionResult StepIdle();
   eRecognitionResult StepStartSearch(C_RawDataMessage& message);
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
 
+  // Frames that are not listed: at each start that has failed as a listed one.
   bool IsNoListedStart();
   bool MayBeUnlisted(eRecognitionResult result);
-  bool BeginsUnlisted(eRecognitionResult result);
+  bool BeginsUnlisted();
   void ExpectUnlisted();
   eRecognitionResult LookAsUnlisted(eRecognitionResult result, bool isCounted, C_RawDataMessage& message);
   eVerdict JudgeUnlisted(eBody body, eVerdict verdict);
   bool HoldsListedFrame(unsigned int length);
   bool FindFrame(const unsigned char* bytes, unsigned int count, S_Range& found);
 
+  // For more bytes than fit: applies the policy and counts what it costs.
   eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
   bool MakeRoomInFullQueue();
   void DropFalseStart();
+  // Bytes at the front of a run that end the line of the frame before.
   unsigned int CountAccepted(const unsigned char* bytes, unsigned int count);
+  // Copies the frame out and drops it from the queue.
   void DeliverFrame(C_RawDataMessage& message);
 
+  // Protocols that were not named at construction stay disabled: the buffers were sized without them.
   void Enable(eProtocols protocol, const t_Protocols& flags);
   void ResetFrame();
+  // Type and length limits, read from the start of the frame.
   void Expect(const S_Expectation& expectation);
   bool ReadParameters(const S_ProtocolRow& row);
+  // Single steps may be called in any state, so each of them asks this first.
   bool IsBodyAwaited() const { return m_state == eBodyWait && m_currentRow < kNumProtocols; }
+  // The only place where frames are counted.
   eRecognitionResult Conclude(eVerdict verdict);
   void Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount);
 
@@ -142,6 +157,7 @@ class C_RecognizerCore {
   std::unique_ptr<C_RecognizerCore> m_inner;              // searches unlisted frames for listed ones inside
   S_Range m_listedInside;                                 // the first of them in the frame that was searched last
 
+  // The parts, in the order of their construction: the scanner keeps references to the two before it.
   C_QueueWindow m_queue;
   S_FrameInProgress m_frame;
   C_BodyScanner m_scanner;

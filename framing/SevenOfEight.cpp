@@ -1,3 +1,5 @@
+// A stream of 16-bit words, low bits first, seven bits to a byte. The eighth bit is set, so that no packed byte looks
+// like text or a line end. The last word is the sum of the others.
 #include "framing/SevenOfEight.h"
 
 namespace velagnss::framing {

@@ -14,6 +14,7 @@ using t_Protocols = std::array<bool, kNumProtocols>;  // a flag for each, by `eP
 // bit, the first two bytes select the rows that may match, and only those are compared, in their order.
 class C_StartMatcher {
  public:
+  // No row has this number: they count from 0.
   static constexpr unsigned int kNoRow = kNumProtocols;
 
   // Takes the start patterns from the table.
@@ -40,6 +41,7 @@ class C_StartMatcher {
   bool MayMatchLater(const unsigned char* bytes, unsigned int held) const;
 
  private:
+  // Their values when nothing is enabled: no start is ever long enough, and none is worth waiting for.
   unsigned short m_minLength = 255;
   unsigned short m_maxLength = 0;
   unsigned int m_searched = 0;                           // rows

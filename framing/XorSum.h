@@ -14,6 +14,7 @@ namespace velagnss::framing {
 // so far, at any other character; false and 0 for a null text or another count.
 inline bool ReadHex(const unsigned char* text, unsigned int count, unsigned int& value) {
   static constexpr unsigned char kNone = 0xFF;
+  // A table rather than comparisons: this runs for every text frame, and no locale has a say in it.
   static constexpr auto kDigits = [] {
     std::array<unsigned char, 256> digits = {};
     digits.fill(kNone);
@@ -36,11 +37,13 @@ inline bool ReadHex(const unsigned char* text, unsigned int count, unsigned int&
 // sentence.
 inline unsigned char XorOf(const unsigned char* bytes, unsigned int count) {
   constexpr unsigned int kWord = sizeof(std::uint64_t);
+  // By memcpy: the bytes have no alignment.
   const auto word = [](const unsigned char* from) {
     std::uint64_t value = 0;
     std::memcpy(&value, from, kWord);
     return value;
   };
+  // On a big-endian machine the shift would drop the wrong bytes, so it takes the plain loop.
   std::uint64_t folded = 0;
   if (count < kWord || std::endian::native != std::endian::little) {
     for (; count > 0; ++bytes, --count) folded ^= *bytes;
@@ -48,6 +51,7 @@ inline unsigned char XorOf(const unsigned char* bytes, unsigned int count) {
     for (; count > kWord; bytes += kWord, count -= kWord) folded ^= word(bytes);
     folded ^= word(bytes + count - kWord) >> (8 * (kWord - count));
   }
+  // The order of bytes in a word does not matter to an exclusive or, so the halves are folded together.
   folded ^= folded >> 32;
   folded ^= folded >> 16;
   return static_cast<unsigned char>(folded ^ (folded >> 8));

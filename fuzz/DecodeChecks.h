@@ -17,14 +17,15 @@ std::unique_ptr<Record> FilledWith(unsigned char byte) {
 }
 
 template <class Record>
-bool AreSameBytes(const Record& a, const Record& b) {
-  return std::memcmp(&a, &b, sizeof(Record)) == 0;
+bool AreSameBytes(const Record& a, const Record& b, std::size_t size = sizeof(Record)) {
+  return std::memcmp(&a, &b, size) == 0;
 }
 
 // Decodes into records that held other bytes before: `decode(record)` gives the same result each time, and the same
-// record, padding included; after a failure too if `isAlwaysWritten`. Gives back the result.
+// record, padding included; after a failure too if `isAlwaysWritten`. Gives back the result. `size`: of a member of a
+// union, when it is that which is decoded.
 template <class Record, class Decode>
-unsigned int DecodeOverAnyMemory(Decode decode, bool isAlwaysWritten) {
+unsigned int DecodeOverAnyMemory(Decode decode, bool isAlwaysWritten, std::size_t size = sizeof(Record)) {
   const auto first = FilledWith<Record>(0x00);
   const unsigned int result = decode(*first);
   constexpr unsigned char kOthers[] = {0xAA, 0xFF};
@@ -32,7 +33,7 @@ unsigned int DecodeOverAnyMemory(Decode decode, bool isAlwaysWritten) {
     const auto other = FilledWith<Record>(byte);
     Require(decode(*other) == result, "the result does not depend on what the record held");
     if (result == 0 || isAlwaysWritten)
-      Require(AreSameBytes(*first, *other), "the record does not depend on what it held");
+      Require(AreSameBytes(*first, *other, size), "the record does not depend on what it held");
   }
   return result;
 }

@@ -1,18 +1,17 @@
-// Records of the eight NMEA sentences, filled from the input, through the encoder. Results are those that it states;
-// nothing is written beyond the 1024 bytes, and nothing at all on failure; a sentence has a right checksum and its line
-// end, and the recognizer takes it when it is as short as its kind must be. Decoded and encoded again it is the same
-// text, but for what decoding cannot bring back:
+// Records of the eight NMEA sentences, changed as the input says, through the encoder. Results are those that it
+// states; nothing is written beyond the 1024 bytes, and nothing at all on failure; a sentence has a right checksum and
+// its line end, and the recognizer takes it when it is as short as its kind must be. Decoded and encoded again it is
+// the same text, but for what decoding cannot bring back:
 //   a field of more than 64 characters ends the decoding
 //   the letter of the magnetic variation is not kept by the decoder
 //   minutes that round to 60 become a whole degree, and a negative angle that rounds to zero loses its sign
-#include <cctype>
 #include <vector>
 
 #include "framing/FrameRecognizer.h"
 #include "fuzz/Fuzz.h"
+#include "fuzz/Samples.h"
 #include "geo/NotAvailable.h"
-#include "tests/ExactCopy.h"
-#include "textproto/NMEA_EncodeDecode.h"
+#include "tests/NmeaSentences.h"
 
 namespace {
 
@@ -32,101 +31,33 @@ constexpr S_Kind kKinds[] = {
     {C_RawDataMessage::eNmeaRMC, 18, 90},  {C_RawDataMessage::eNmeaVTG, 15, 50},
 };
 
-// --- Records from bytes: markers, values that make sense, and any bits at all ---
+// --- Records from bytes: what a sentence decodes to, some of it changed ---
 
-double Real(C_Input& input, double least, double greatest) {
-  const unsigned int kind = input.Below(8);
-  if (kind == 0) return NA_DOUBLE;
-  if (kind == 1) return input.Value<double>();
-  if (kind == 2) return input.Below(2) == 0 ? least : greatest;
-  return least + (greatest - least) * (input.Value<std::uint32_t>() * 0x1p-32);
-}
-
-void Fill(C_Input& input, double& value) { value = Real(input, -1000, 1000); }
-void Fill(C_Input& input, char& letter) { letter = input.Value<char>(); }
-void Fill(C_Input& input, signed char& value) { value = input.Value<signed char>(); }
-void Fill(C_Input& input, unsigned char& value) { value = input.Value<unsigned char>(); }
-void Fill(C_Input& input, unsigned short& value) { value = input.Value<unsigned short>(); }
-void Fill(C_Input& input, unsigned int& value) {
-  value = input.Below(16) == 0 ? input.Value<unsigned int>() : input.Below(14);
+double Real(C_Input& input) {
+  constexpr double kBounds[] = {NA_DOUBLE, 0, -0.0, 90, -90, 180, -180, 86400, 65535, 1e308};
+  const unsigned int kind = input.Below(4);
+  if (kind == 0) return input.Value<double>();
+  if (kind == 1) return kBounds[input.Below(std::size(kBounds))];
+  return (input.Value<std::uint32_t>() * 0x1p-31 - 1) * (kind == 2 ? 180 : 86400);
 }
 
-template <class Enum>
-std::enable_if_t<std::is_enum_v<Enum>> Fill(C_Input& input, Enum& value) {
-  unsigned int number = 0;
-  Fill(input, number);
-  value = Enum{number};
+// In place of any double of the record, or of any bytes.
+void Change(C_Input& input, U_EcdDcdData& data, std::size_t size) {
+  auto* const bytes = reinterpret_cast<unsigned char*>(&data);
+  const std::size_t at = input.Below(size);
+  const double real = Real(input);
+  const auto integer = input.Value<unsigned int>() >> 8 * input.Below(4);
+  if (input.Below(2) == 0)
+    std::memcpy(bytes + at / 8 * 8, &real, std::min(sizeof real, size - at / 8 * 8));
+  else
+    std::memcpy(bytes + at / 4 * 4, &integer, std::min(sizeof integer, size - at / 4 * 4));
 }
 
-template <class Value, std::size_t N>
-void Fill(C_Input& input, Value (&values)[N]) {
-  for (Value& value : values) Fill(input, value);
-}
-
-template <class... Values>
-void FillAll(C_Input& input, Values&... values) {
-  (Fill(input, values), ...);
-}
-
-template <class Record>
-void FillTimeAndPlace(C_Input& input, Record& r) {
-  r.timeOfDay = Real(input, 0, 86400);
-  r.latitude = Real(input, -90, 90);
-  r.longitude = Real(input, -180, 180);
-}
-
-void FillRecord(C_Input& input, S_GGA_Data& r) {
-  FillTimeAndPlace(input, r);
-  FillAll(input, r.quality, r.satellites, r.hdop, r.altitude, r.geoidSeparation, r.differentialAge, r.referenceStation);
-}
-void FillRecord(C_Input& input, S_GNS_Data& r) {
-  FillTimeAndPlace(input, r);
-  FillAll(input, r.mode, r.satellites, r.hdop, r.altitude, r.geoidSeparation, r.differentialAge, r.referenceStation,
-          r.navStatus);
-}
-void FillRecord(C_Input& input, S_ZDA_Data& r) {
-  r.timeOfDay = Real(input, 0, 86400);
-  FillAll(input, r.year, r.month, r.day, r.zoneHours, r.zoneMinutes);
-}
-void FillRecord(C_Input& input, S_GLL_Data& r) {
-  FillTimeAndPlace(input, r);
-  FillAll(input, r.status, r.mode);
-}
-void FillRecord(C_Input& input, S_GSV_Data& r) {
-  FillAll(input, r.totalSentences, r.sentenceNumber, r.satellitesInView, r.satelliteId, r.elevation, r.azimuth, r.snr,
-          r.signalId);
-}
-void FillRecord(C_Input& input, S_GSA_Data& r) {
-  r.operationMode = "MA"[input.Below(2)];
-  r.fixType = "123"[input.Below(3)];
-  if (input.Below(8) == 0) FillAll(input, r.operationMode, r.fixType);
-  FillAll(input, r.satelliteId, r.pdop, r.hdop, r.vdop, r.systemId);
-}
-void FillRecord(C_Input& input, S_RMC_Data& r) {
-  FillTimeAndPlace(input, r);
-  r.year = static_cast<unsigned short>(2000 + input.Below(100));
-  r.month = static_cast<unsigned char>(1 + input.Below(12));
-  r.day = static_cast<unsigned char>(1 + input.Below(31));
-  if (input.Below(8) == 0) FillAll(input, r.year, r.month, r.day);
-  FillAll(input, r.speedKnots, r.courseTrue, r.magneticVariation, r.variationDirection, r.mode, r.status, r.navStatus);
-}
-void FillRecord(C_Input& input, S_VTG_Data& r) {
-  FillAll(input, r.courseTrue, r.courseMagnetic, r.speedKnots, r.speedKmh, r.mode);
-}
-
-void FillRecord(C_Input& input, eType type, U_EcdDcdData& data) {
-  constexpr const char* kTalkers[] = {"GP", "GN", "GL", "ZZ"};
+void FillRecord(C_Input& input, const S_NmeaKind& kind, std::string sentence, U_EcdDcdData& data) {
   std::memset(static_cast<void*>(&data), 0, sizeof data);
-  if (type == C_RawDataMessage::eNmeaGGA) FillRecord(input, data.gga);
-  if (type == C_RawDataMessage::eNmeaGNS) FillRecord(input, data.gns);
-  if (type == C_RawDataMessage::eNmeaZDA) FillRecord(input, data.zda);
-  if (type == C_RawDataMessage::eNmeaGLL) FillRecord(input, data.gll);
-  if (type == C_RawDataMessage::eNmeaGSV) FillRecord(input, data.gsv);
-  if (type == C_RawDataMessage::eNmeaGSA) FillRecord(input, data.gsa);
-  if (type == C_RawDataMessage::eNmeaRMC) FillRecord(input, data.rmc);
-  if (type == C_RawDataMessage::eNmeaVTG) FillRecord(input, data.vtg);
-  std::memcpy(data.gga.talker, kTalkers[input.Below(4)], sizeof data.gga.talker);  // the first member of all records
-  if (input.Below(16) == 0) Fill(input, data.gga.talker);
+  kind.reset(data);
+  kind.decode(reinterpret_cast<unsigned char*>(sentence.data()), sentence.size(), data);
+  for (unsigned int changes = input.Below(12); changes > 0; --changes) Change(input, data, kind.recordSize);
 }
 
 // --- Encoding ---
@@ -207,9 +138,11 @@ void RequireRoundTrip(const std::string& text, eType type, const U_EcdDcdData& r
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   C_Input input(data, size);
-  const S_Kind& kind = kKinds[input.Below(std::size(kKinds))];
+  const std::string sentence = NmeaSentence("$" + Fuzz::kNmeaSamples[input.Below(Fuzz::kNmeaSamples.size())]);
+  const auto type = NmeaType(sentence);
+  const S_Kind& kind = *std::find_if(kKinds, std::end(kKinds), [type](const S_Kind& row) { return row.type == type; });
   U_EcdDcdData record;
-  FillRecord(input, kind.type, record);
+  FillRecord(input, KindOf(type), sentence, record);
   const S_Encoded encoded = Encode(record, kind.type);
   if (encoded.result != 0 || !IsPlain(encoded.text)) return 0;
   RequireRecognised(encoded.text, kind);

@@ -31,28 +31,16 @@ unsigned int RequireOrder(ExactCopy& sentence, eType type) {
   return result;
 }
 
-// The same without the checksum, one type each.
-template <auto Member, auto Operation>
-void RequireOrderOf(ExactCopy& sentence, unsigned int resultOfDecode, bool isItsType) {
-  using t_Record = std::remove_reference_t<decltype(std::declval<U_EcdDcdData&>().*Member)>;
-  t_Nmea nmea;
-  const unsigned int result = Fuzz::DecodeOverAnyMemory<t_Record>(
-      [&](t_Record& record) { return (nmea.*Operation)(sentence.Data(), sentence.Size(), record); }, true);
-  Fuzz::RequireOneOf(result, {0, 2, 8, 11, 20}, "Decode_...");
-  const bool isJudged = isItsType && resultOfDecode != 4 && resultOfDecode != 20;
-  Fuzz::Require(!isJudged || result == resultOfDecode, "Decode gives what the operation for its type gives");
-}
-
-void RequireOrderOfTypes(ExactCopy& sentence, unsigned int result, eType type) {
-  using U = U_EcdDcdData;
-  RequireOrderOf<&U::gga, &t_Nmea::Decode_GGA>(sentence, result, type == C_RawDataMessage::eNmeaGGA);
-  RequireOrderOf<&U::gns, &t_Nmea::Decode_GNS>(sentence, result, type == C_RawDataMessage::eNmeaGNS);
-  RequireOrderOf<&U::zda, &t_Nmea::Decode_ZDA>(sentence, result, type == C_RawDataMessage::eNmeaZDA);
-  RequireOrderOf<&U::gll, &t_Nmea::Decode_GLL>(sentence, result, type == C_RawDataMessage::eNmeaGLL);
-  RequireOrderOf<&U::gsv, &t_Nmea::Decode_GSV>(sentence, result, type == C_RawDataMessage::eNmeaGSV);
-  RequireOrderOf<&U::gsa, &t_Nmea::Decode_GSA>(sentence, result, type == C_RawDataMessage::eNmeaGSA);
-  RequireOrderOf<&U::rmc, &t_Nmea::Decode_RMC>(sentence, result, type == C_RawDataMessage::eNmeaRMC);
-  RequireOrderOf<&U::vtg, &t_Nmea::Decode_VTG>(sentence, result, type == C_RawDataMessage::eNmeaVTG);
+// The same without the checksum, as each type.
+void RequireOrderOfTypes(ExactCopy& sentence, unsigned int resultOfDecode, eType type) {
+  for (const S_NmeaKind& kind : kNmeaKinds) {
+    const unsigned int result = Fuzz::DecodeOverAnyMemory<U_EcdDcdData>(
+        [&](U_EcdDcdData& record) { return kind.decode(sentence.Data(), sentence.Size(), record); }, true,
+        kind.recordSize);
+    Fuzz::RequireOneOf(result, {0, 2, 8, 11, 20}, "Decode_...");
+    const bool isJudged = kind.type == type && resultOfDecode != 4 && resultOfDecode != 20;
+    Fuzz::Require(!isJudged || result == resultOfDecode, "Decode gives what the operation for its type gives");
+  }
 }
 
 struct S_Decodable {

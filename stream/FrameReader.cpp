@@ -1,3 +1,6 @@
+// The recognizer driven as the documents advise: patient, fed no more than fits, pumped until it is idle, and emptied
+// byte by byte at the end. The recognizer does not keep the bytes that it drops, so the reader keeps a window of the
+// stream for its events.
 #include "stream/FrameReader.h"
 
 #include <algorithm>
@@ -12,6 +15,7 @@ namespace {
 // grown by 2^16.
 constexpr std::uint64_t kCountedBytes = 1U << 15;
 
+// Modulo 2^16: right whether or not the counter folded in between.
 std::uint64_t Growth(unsigned int now, unsigned int before) { return static_cast<std::uint16_t>(now - before); }
 
 StreamTotals GrowthOf(const S_RecognizerStatistics& now, const S_RecognizerStatistics& before) {
@@ -24,8 +28,8 @@ StreamTotals operator+(const StreamTotals& a, const StreamTotals& b) {
           a.framesBad + b.framesBad};
 }
 
-// The bytes of the stream that can still be looked at: the piece that is being read, and before it those that the
-// recognizer held when the piece came.
+// The bytes of the stream that events can show: the piece that is being read, and before it those that the recognizer
+// held when the piece came.
 class Window {
  public:
   explicit Window(std::size_t capacity) : m_capacity(capacity), m_kept(new unsigned char[2 * capacity]) {}
@@ -56,12 +60,12 @@ class Window {
     m_pieceSize = 0;
   }
 
-  const unsigned char* Kept() const { return &m_kept[m_first]; }
-
-  // Copies the bytes of the stream in [from, to), as far as there is room for them; returns how many.
+  // Copies the bytes of the stream in [from, to), as far as they are held and there is room for them; returns how many.
   std::size_t Copy(std::uint64_t from, std::uint64_t to, unsigned char* out, std::size_t room) const {
-    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(to - from, room));
     const std::uint64_t keptOffset = m_pieceOffset - m_size;
+    from = std::max(from, keptOffset);
+    if (from >= to) return 0;
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(to - from, room));
     for (std::size_t i = 0; i < count; ++i) {
       const std::uint64_t at = from + i;
       out[i] = at < m_pieceOffset ? m_kept[m_first + (at - keptOffset)] : m_piece[at - m_pieceOffset];
@@ -94,6 +98,7 @@ class SkippedRun {
     m_range.length = to - m_range.offset;
     m_range.size += window.Copy(from, to, m_bytes.data() + m_range.size, m_bytes.size() - m_range.size);
   }
+  // A run can have several causes. The most specific one wins: the enumerators are in that order.
   void SetReason(SkippedRange::Reason reason) { m_range.reason = std::max(m_range.reason, reason); }
 
   const SkippedRange& Close() {
@@ -121,9 +126,10 @@ class FrameReader::Impl {
   void Restart();
 
   StreamTotals Totals() const { return m_totals + GrowthOf(*m_recognizer.GetStatistics(), m_counted); }
-  std::uint64_t Queued() const { return m_capacity - m_recognizer.GetFreeSpace(); }
+  std::uint64_t Queued() const { return m_recognizer.GetQueuedBytes(); }
   std::uint64_t Head() const { return m_fed - Queued(); }  // offset of the oldest byte queued
 
+  // The overflow policy never applies, because no more is fed than fits.
   C_FrameRecognizer m_recognizer{nullptr, eCircBufOvrflowRejectNew, true};
   bool m_areEventsReported = false;
   std::uint64_t m_fed = 0;  // bytes handed to the recognizer
@@ -135,7 +141,9 @@ class FrameReader::Impl {
   bool TakePiece();
   bool GiveUpOneByte();
   void Step(const unsigned char* bytes, std::size_t count);
-  void NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds);
+  void StepAndReport(const unsigned char* bytes, std::size_t count);
+  void Note(eRecognitionResult result, std::size_t count);
+  void NoteSkipped(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds);
   void NoteFrame();
   void NoteRejection(eRecognitionResult result, std::uint64_t offset);
   void CloseSkippedRun();
@@ -143,7 +151,7 @@ class FrameReader::Impl {
   void TakeCounters();
   void ResetRecognizer(std::uint64_t offset);
 
-  const std::size_t m_capacity;  // of the recognizer's queue
+  const unsigned int m_capacity;  // of the recognizer's queue
   std::unique_ptr<unsigned char[]> m_buffer;
   C_RawDataMessage m_message;
 
@@ -175,6 +183,8 @@ FrameReader::Impl::Impl()
       m_message(m_buffer.get(), m_recognizer.GetMaxFrameLength()),
       m_tail(new unsigned char[m_capacity]),
       m_window(m_capacity) {
+  // Patience makes the frames independent of how the input is cut. An acknowledgement is "$>" and any text up to a line
+  // end: searching for it turns noise into frames and hides other replies, so callers must ask for it.
   m_recognizer.SetPatientSearch(true);
   m_recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
 }
@@ -189,6 +199,7 @@ void FrameReader::Impl::Restart() {
   m_numItems = m_nextItem = 0;
 }
 
+// The counters restart at zero with the recognizer, so the part of them already taken is zero, too.
 void FrameReader::Impl::ResetRecognizer(std::uint64_t offset) {
   m_recognizer.FullProcessingReset();
   m_counted = {};
@@ -196,6 +207,7 @@ void FrameReader::Impl::ResetRecognizer(std::uint64_t offset) {
   m_fed = m_countedAt = offset;
 }
 
+// The piece is not copied: a second one is refused until the first is used up.
 bool FrameReader::Impl::Feed(const unsigned char* bytes, std::size_t count) {
   if (m_restSize > 0 || m_isPumping || m_isFinishing) return false;
   m_rest = bytes;
@@ -204,6 +216,7 @@ bool FrameReader::Impl::Feed(const unsigned char* bytes, std::size_t count) {
   return true;
 }
 
+// Most steps yield nothing, a few yield two items: steps are made until there is something to hand out.
 const StreamItem& FrameReader::Impl::Next() {
   if (m_nextItem == m_numItems) {
     m_nextItem = m_numItems = 0;
@@ -230,7 +243,8 @@ bool FrameReader::Impl::Advance() {
 // Hands as many bytes to the recognizer as it can queue.
 bool FrameReader::Impl::TakePiece() {
   if (m_restSize == 0) {
-    m_window.Keep(Queued());
+    // The caller's buffer may be gone at the next call.
+    m_areEventsReported ? m_window.Keep(Queued()) : m_window.Clear(m_fed);
     return false;
   }
   const std::size_t count = std::min<std::size_t>(m_restSize, m_recognizer.GetFreeSpace());
@@ -238,6 +252,7 @@ bool FrameReader::Impl::TakePiece() {
   m_rest += count;
   m_restSize -= count;
   m_isPumping = true;
+  // Before the step, which may count up to a whole queue.
   if (m_fed - m_countedAt > kCountedBytes) TakeCounters();
   Step(bytes, count);
   return true;
@@ -248,6 +263,7 @@ bool FrameReader::Impl::GiveUpOneByte() {
   const auto queued = static_cast<std::size_t>(Queued());
   TakeCounters();
   if (!m_isSearchedAgain) {
+    // What holds for the stream itself, before some bytes are searched a second time.
     m_totalsAtFinish = m_totals;
     m_queuedAtFinish = queued;
     m_isSearchedAgain = true;
@@ -258,24 +274,34 @@ bool FrameReader::Impl::GiveUpOneByte() {
     m_skipped.Extend(head, head + 1, m_window);
     m_skipped.SetReason(SkippedRange::Reason::EndOfStream);
   }
-  std::copy_n(m_window.Kept() + 1, queued - 1, m_tail.get());
+  m_recognizer.CopyQueuedBytes(m_tail.get(), m_capacity);
   ResetRecognizer(head + 1);
+  // The reset drops the byte without counting it.
   ++m_totals.bytesDiscarded;
-  m_rest = m_tail.get();
+  m_rest = m_tail.get() + 1;
   m_restSize = queued - 1;
   m_window.SetPiece(m_rest, m_restSize);
   return true;
 }
 
 void FrameReader::Impl::Step(const unsigned char* bytes, std::size_t count) {
-  const std::uint64_t before = m_areEventsReported ? Head() : 0;
+  if (m_areEventsReported) return StepAndReport(bytes, count);
+  Note(m_recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), m_message), count);
+}
+
+void FrameReader::Impl::StepAndReport(const unsigned char* bytes, std::size_t count) {
+  const std::uint64_t before = Head();
   const unsigned int acceptedBefore = m_recognizer.GetStatistics()->bytesAccepted;
   const eRecognitionResult result = m_recognizer.DoRecognition(bytes, static_cast<unsigned short>(count), m_message);
+  Note(result, count);
+  if (result == eRecFrameComplete) return;
+  NoteSkipped(result, before, Growth(m_recognizer.GetStatistics()->bytesAccepted, acceptedBefore));
+}
+
+void FrameReader::Impl::Note(eRecognitionResult result, std::size_t count) {
   m_fed += count;
   if (result == eRecNoNewData) m_isPumping = false;
-  if (result == eRecFrameComplete) return NoteFrame();
-  if (m_areEventsReported)
-    NoteStep(result, before, Growth(m_recognizer.GetStatistics()->bytesAccepted, acceptedBefore));
+  if (result == eRecFrameComplete) NoteFrame();
 }
 
 // The frame is what has just left the queue.
@@ -285,7 +311,7 @@ void FrameReader::Impl::NoteFrame() {
 }
 
 // What left the queue without a frame: first line ends that belong to the frame before, then what is skipped.
-void FrameReader::Impl::NoteStep(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds) {
+void FrameReader::Impl::NoteSkipped(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds) {
   const std::uint64_t head = Head();
   if (before + lineEnds == head) return;
   m_skipped.Extend(before + lineEnds, head, m_window);
@@ -300,10 +326,12 @@ void FrameReader::Impl::NoteRejection(eRecognitionResult result, std::uint64_t o
   start.offset = offset;
   start.reason = static_cast<RejectedStart::Reason>(result);
   start.data = m_rejectedBytes.data();
+  // Only what has arrived: a start is often rejected before the rest of it has come.
   start.size = m_window.Copy(offset, m_fed, m_rejectedBytes.data(), m_rejectedBytes.size());
   Push(start);
 }
 
+// Called before the frame that ends the run, so that callers get the stream in order.
 void FrameReader::Impl::CloseSkippedRun() {
   if (m_skipped.IsOpen()) Push(m_skipped.Close());
 }
@@ -332,6 +360,7 @@ void FrameReader::Restart() { m_impl->Restart(); }
 
 const StreamItem& FrameReader::Next() { return m_impl->Next(); }
 
+// Events, if they are reported, come between the frames. They are skipped here.
 const Frame* FrameReader::NextFrame() {
   while (true) {
     const StreamItem& item = m_impl->Next();

@@ -12,7 +12,7 @@
 // search is patient, the queue is never given more bytes than fit, every piece is pumped until nothing new comes, and
 // at the end of the input whatever still waits after a false start is searched again from one byte later. No byte is
 // ever made up to complete a frame: a binary header followed by zeros can be a valid one. The frames do not depend on
-// how the stream was cut into pieces.
+// how the stream was cut into pieces, unless acknowledgements are searched for.
 #ifndef VELAGNSS_STREAM_FRAME_READER_H
 #define VELAGNSS_STREAM_FRAME_READER_H
 
@@ -86,8 +86,9 @@ class VELAGNSS_API FrameReader {
  public:
   // Searches for every protocol but command acknowledgements, and hands out frames only.
   //
-  // An acknowledgement is any "$>": it carries no checksum, it takes the text up to the next line end with it, and it
-  // hides the replies that begin with the same bytes. Enable `eVelaCmdAck` only for a stream that holds some.
+  // An acknowledgement is any "$>", as soon as these two bytes are there: it carries no checksum and takes the text up
+  // to the next line end with it. The replies and records that begin with the same bytes are then found or hidden as
+  // the stream happens to be cut. Enable `eVelaCmdAck` only for a stream that holds acknowledgements.
   FrameReader();
   ~FrameReader();
   FrameReader(const FrameReader&) = delete;
@@ -104,7 +105,7 @@ class VELAGNSS_API FrameReader {
   void AcceptUnlisted(bool on);
 
   // Whether `Next` also hands out `RejectedStart` and `SkippedRange`. Off at first; switch it before the first byte of
-  // a stream. Frames and totals are the same either way.
+  // a stream: later, bytes that came before cannot be shown. Frames and totals are the same either way.
   void ReportEvents(bool on);
 
   // Takes the next `count` bytes of the stream, any number of them. They are read in place while `Next` is called, so
@@ -112,8 +113,9 @@ class VELAGNSS_API FrameReader {
   // have not been used up.
   bool Feed(const unsigned char* bytes, std::size_t count);
 
-  // Tells that no more bytes follow: `Next` then also hands out what waits after a false start. The stream may go on
-  // with another `Feed` after that, at the offset reached; a frame that was cut off is not completed by it.
+  // Declares the end of the stream: `Next` then also hands out what waits after a false start. Call it until it answers
+  // `std::monostate`. After that the stream may go on with another `Feed`, at the offset reached; a frame that was cut
+  // off is not completed by it.
   //
   // A program that reads from a port may call this when the port has been silent for a while: the last frames of a
   // burst then come out although a false start is waiting.
@@ -129,7 +131,7 @@ class VELAGNSS_API FrameReader {
   void Restart();
 
   // Bytes taken from what was fed, and what became of them. Accepted, discarded and queued bytes add up to the bytes
-  // fed.
+  // fed. While bytes are searched again after `Finish`, the number fed counts up to the last of them once more.
   std::uint64_t BytesFed() const;
   std::uint64_t BytesQueued() const;
   StreamTotals Totals() const;

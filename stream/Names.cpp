@@ -1,3 +1,4 @@
+// Words for what the library delivers as numbers. They appear in command lines and in JSON, so a name once given stays.
 #include "stream/Names.h"
 
 #include <algorithm>
@@ -32,6 +33,7 @@ struct S_ProtocolRow {
 };
 
 constexpr unsigned int kNumRtcmNumbers = 1U << 12;  // 12 bits (RTCM 10403)
+// "$RD0," and "$RD1,"; only the second is ever delivered.
 constexpr unsigned int kNumRdVersions = 2;
 
 // clang-format off
@@ -50,6 +52,7 @@ constexpr S_ProtocolRow kProtocols[] = {  // by protocol number
 };
 // clang-format on
 
+// A row out of place would give the messages of two protocols each other's names.
 constexpr bool IsIndexedByProtocol() {
   for (unsigned int i = 0; i < std::size(kProtocols); ++i)
     if (kProtocols[i].protocol != i) return false;
@@ -66,21 +69,26 @@ struct S_ResultRow {
   std::string_view text;
 };
 
+// The codes that decoding a frame can give.
 constexpr S_ResultRow kResults[] = {
     {eResultOk, "ok"},
+    {eResultNull, "no data"},
     {eResultWrongSentence, "wrong sentence"},
     {eResultBadSync, "bad prefix or line end"},
     {eResultChecksum, "checksum mismatch"},
     {eResultUnknownMessage, "message not supported"},
+    {eResultNotText, "packed, not text"},
     {eResultWrongMessage, "message cannot be converted"},
     {eResultOutOfRange, "value out of range"},
     {eResultPastEnd, "message too short or too long"},
     {eResultBadField, "too few fields, or a field that cannot be parsed"},
+    {eResultTalker, "talker cannot carry a field"},
     {eResultTooShort, "too short"},
     {eResultTooLong, "too long"},
     {eResultNoSeed, "week not resolved: no date known"},
 };
 
+// By enumerator of geo/GnssEnums.h. A gap is a component that has no name of its own.
 constexpr std::string_view kSystems[] = {"gps", "glonass", "beidou", "galileo", "sbas", "qzss"};
 constexpr std::string_view kFrequencies[] = {"L1", "L2", "L5", "G1", "G2", "B1", "E5b", "B3", "E5", "E6"};
 constexpr std::string_view kTrackTypes[] = {"C/A", "P", "X", "AltBOC", "", "M", "L", "L1C", "I", "Q",
@@ -99,6 +107,7 @@ bool IsUnlistedSentence(const Frame& frame) {
   return frame.protocol == C_RawDataMessage::eNMEA0183 && frame.message == C_RawDataMessage::eNmeaUnknown;
 }
 
+// ASCII only: toupper follows the locale.
 constexpr char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
@@ -153,6 +162,7 @@ bool IsCalledByNumber(eProtocols protocol) {
 MessageName::MessageName(eProtocols protocol, unsigned int message) {
   const S_ProtocolRow* const row = RowOf(protocol);
   if (row == nullptr) return;
+  // A number beyond the table leaves the word of its row, which is empty for sentences.
   std::string_view word = row->word;
   if (row->naming == eNaming::Nmea && message < row->numMessages) word = C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[message];
   if (row->naming == eNaming::Pkvn && message < row->numMessages) word = textproto::PkvnSentences::kNames[message];

@@ -41,7 +41,8 @@ VELAGNSS_API unsigned int NumMessages(C_RawDataMessage::eProtocols protocol);
 VELAGNSS_API bool IsCalledByNumber(C_RawDataMessage::eProtocols protocol);
 
 // The name of a message: the formatter of a sentence ("GGA"), the name of a proprietary sentence ("HPR"), or a word and
-// the number ("RTCM1077", "BIN95"). Held in place, at most 15 characters; empty for a message that does not exist.
+// the number ("RTCM1077", "BIN95"), whether or not the number is in use. Held in place, at most 15 characters; empty
+// for a sentence that has no number and for a protocol that does not exist.
 class VELAGNSS_API MessageName {
  public:
   MessageName(C_RawDataMessage::eProtocols protocol, unsigned int message);

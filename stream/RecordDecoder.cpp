@@ -1,3 +1,5 @@
+// One decoder for each family of messages, and the union that it fills. Callers see a copy in a variant. Tables say
+// which member of a union belongs to which type.
 #include "stream/RecordDecoder.h"
 
 #include <algorithm>
@@ -36,7 +38,17 @@ RawBody BodyOf(const Frame& frame) {
 // The decoders take a pointer to bytes that they might change, but do not.
 unsigned char* BytesOf(const Frame& frame) { return const_cast<unsigned char*>(frame.data); }
 
-constexpr bool IsPackedByte(unsigned char byte) { return (byte & 0x80) != 0; }
+// Commas before the packed bytes: "$JROX,", and "$PKVN,RAW,4,12,". The fields between them may hold any byte, so the
+// first byte with its top bit set need not be a packed one.
+constexpr unsigned int kCommasOfJrox = 1;
+constexpr unsigned int kCommasOfRaw = 4;
+
+// The index after that many commas; the size of the text when it has fewer.
+std::size_t AfterComma(std::string_view text, unsigned int commas) {
+  std::size_t at = 0;
+  for (; commas > 0 && at < text.size(); --commas) at = std::min(text.find(',', at), text.size() - 1) + 1;
+  return at;
+}
 
 }  // namespace
 
@@ -77,6 +89,7 @@ class RecordDecoder::Impl {
     m_decoded.record.emplace<T>(record);
     m_decoded.depth = depth;
   }
+  // A view into the frame, valid as long as the frame is.
   void KeepText(const Frame& frame) { Keep(Depth::Raw, RawText{TextOf(frame)}); }
   void KeepBinary(unsigned int blockId, const Frame& frame);
   void KeepEphemeris(unsigned int blockId);
@@ -135,6 +148,7 @@ constexpr RecordDecoder::Impl::S_PkvnRow RecordDecoder::Impl::kPkvnRows[] = {  /
 };
 // clang-format on
 
+// The caller's time survives a restart: it does not come from the stream that ended.
 void RecordDecoder::Impl::Restart() {
   m_clock = StreamClock();
   m_weekSource = WeekSource::None;
@@ -147,14 +161,17 @@ void RecordDecoder::Impl::SeedTime(const C_GnssTime& time) {
   UseTime(time, WeekSource::Seed);
 }
 
-// A time of GLONASS, say, says nothing about GPS weeks.
+// A time of GLONASS, say, or an unset one, says nothing about GPS weeks and leaves their source as it is.
 void RecordDecoder::Impl::UseTime(const C_GnssTime& time, WeekSource source) {
+  const C_GnssTime before = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS);
   m_binaryDecoder.SeedTime(time);
-  const bool isGpsTimeKnown = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS).m_system != ALGO::GNSS_UNKNOWN;
-  m_weekSource = isGpsTimeKnown ? source : WeekSource::None;
+  const C_GnssTime& now = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS);
+  if (now.m_system != before.m_system || now.m_week != before.m_week || now.m_secOfWeek != before.m_secOfWeek)
+    m_weekSource = source;
 }
 
 void RecordDecoder::Impl::Decode(const Frame& frame) {
+  // Member by member: a fresh DecodedFrame would copy the largest record for every frame.
   m_decoded.record.emplace<std::monostate>();
   m_decoded.result.reset();
   m_decoded.depth = Depth::None;
@@ -172,6 +189,7 @@ void RecordDecoder::Impl::Decode(const Frame& frame) {
       return DecodeRd(frame);
     case C_RawDataMessage::eJROX:
       return Unpack(frame);
+    // Delivered for others to decode: its contents are bit fields of RTCM 10403.
     case C_RawDataMessage::eRTCM3_x:
       return;
     default:
@@ -186,6 +204,7 @@ void RecordDecoder::Impl::SetResult(unsigned int result) {
 
 void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
   const auto type = static_cast<C_RawDataMessage::eNMEA0183Messages>(frame.message);
+  // The other fifteen sentences that are recognized have no record.
   const auto* const row = std::find_if(std::begin(kNmeaRows), std::end(kNmeaRows),
                                        [type](const S_NmeaRow& candidate) { return candidate.type == type; });
   if (row == std::end(kNmeaRows)) return KeepText(frame);
@@ -193,6 +212,7 @@ void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
   const unsigned int result = textproto::DecodeCheckedSentence(frame.data, frame.length, type, m_nmea, variation);
   SetResult(result);
   if (result != eResultOk) return KeepText(frame);
+  // The sentence decoder does not keep the letter, and without it the variation has no sign.
   if (type == C_RawDataMessage::eNmeaRMC) m_nmea.rmc.variationDirection = static_cast<unsigned char>(variation);
   (this->*row->keep)();
 }
@@ -210,7 +230,9 @@ void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
   SetResult(result);
   m_decoded.isWeekUnresolved = LacksWeek(blockId, result);
   const bool isRead = result == eResultOk || m_decoded.isWeekUnresolved;
+  // A block that has no decoder is not damaged.
   m_decoded.hasDataError = !isRead && result != eResultUnknownMessage;
+  // There is no block 0: a message that could not be read is kept as raw bytes.
   KeepBinary(isRead ? blockId : 0U, frame);
 }
 
@@ -226,6 +248,7 @@ void RecordDecoder::Impl::KeepBinary(unsigned int blockId, const Frame& frame) {
 }
 
 void RecordDecoder::Impl::KeepEphemeris(unsigned int blockId) {
+  // GLONASS sends day and four-year period (GLONASS ICD), so block 65 needs no week from elsewhere.
   const bool carriesItsDate = blockId == eBin65;
   m_decoded.week = carriesItsDate ? WeekSource::Stream : m_weekSource;
   if (blockId == eBin65 || blockId == eBin93) return Keep(Depth::Full, m_binary.pvaEph);
@@ -246,26 +269,31 @@ void RecordDecoder::Impl::DecodePkvn(const Frame& frame) {
   SetResult(result);
   const auto* const row = std::find_if(std::begin(kPkvnRows), std::end(kPkvnRows),
                                        [type](const S_PkvnRow& candidate) { return candidate.type == type; });
-  result == eResultOk&& row != std::end(kPkvnRows) ? (this->*row->keep)() : KeepText(frame);
+  if (result != eResultOk || row == std::end(kPkvnRows)) return KeepText(frame);
+  (this->*row->keep)();
 }
 
 void RecordDecoder::Impl::DecodeRd(const Frame& frame) {
+  // The sentence has no checksum of its own, so its decoder checks ranges.
   unsigned short version = 0;
   const unsigned int result = m_rdDecoder.Decode(BytesOf(frame), frame.length, version, m_rd);
   SetResult(result);
-  result == eResultOk ? Keep(Depth::Full, m_rd.signalDiag) : KeepText(frame);
+  if (result != eResultOk) return KeepText(frame);
+  Keep(Depth::Full, m_rd.signalDiag);
 }
 
-// The text before the packed bytes, and what they unpack to. The line end of the frame ends the packed bytes.
+// What the packed bytes after the text unpack to. The line end of the frame ends them.
 void RecordDecoder::Impl::Unpack(const Frame& frame) {
   const std::string_view text = TextOf(frame);
-  const unsigned char* const packed = std::find_if(frame.data, frame.data + text.size(), &IsPackedByte);
+  const std::size_t packed = AfterComma(text, frame.protocol == C_RawDataMessage::ePKVN ? kCommasOfRaw : kCommasOfJrox);
   auto& payload = m_decoded.record.emplace<PackedPayload>();
+  // Two bytes to a word, the word of the checksum included.
   constexpr auto kMaxWords = static_cast<unsigned short>(sizeof payload.bytes / 2);
-  payload.text = text.substr(0, static_cast<std::size_t>(packed - frame.data));
+  payload.text = text.substr(0, packed);
+  // Only a line end stops the unpacking inside the frame: a frame without one is left packed.
   if (text.size() < frame.length)
-    payload.length =
-        static_cast<unsigned short>(C_FrameRecognizer::UnwindVela7of8Message(payload.bytes, packed, kMaxWords));
+    payload.length = static_cast<unsigned short>(
+        C_FrameRecognizer::UnwindVela7of8Message(payload.bytes, frame.data + packed, kMaxWords));
   m_decoded.depth = Depth::Raw;
 }
 

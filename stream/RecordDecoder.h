@@ -70,7 +70,7 @@ class VELAGNSS_API RecordDecoder {
   signed char GlonassChannel(unsigned char slot) const;
   bool SetGlonassChannel(unsigned char slot, signed char channel);
 
-  // The time that the stream has told so far.
+  // The time of the stream so far.
   const StreamClock& Clock() const;
 
  private:

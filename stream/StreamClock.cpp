@@ -1,3 +1,5 @@
+// Nearly every sentence carries the time of day, few carry the date. The clock counts days at midnight crossings and
+// ties them to the calendar when the first date comes, so that the times before it get a date as well.
 #include "stream/StreamClock.h"
 
 #include <cmath>
@@ -8,15 +10,21 @@ namespace {
 
 using ALGO::kSecondsPerDay;
 
-// Years that C_GnssTime's calendar is right for.
+// A receiver without a fix may send the day that its clock begins with, often the first of GPS time, 6 January 1980. No
+// stream is older than NMEA 0183, which came in 1983. C_GnssTime's calendar is right up to 2100.
 bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {
-  return year >= 1980 && year <= 2100 && month >= 1 && month <= 12 && day >= 1 && day <= 31;
+  constexpr unsigned int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  if (year < 1983 || year > 2100 || month < 1 || month > 12 || day < 1) return false;
+  const unsigned int leapDay = month == 2 && year % 4 == 0 && year != 2100 ? 1 : 0;
+  return day <= kDays[month - 1] + leapDay;
 }
 
+// Without a fix the date is that of the receiver's own clock, which may be years off.
 bool IsVoid(eNmeaRmcStatus status) { return status >= eNmeaRmcNotValid; }
 
 }  // namespace
 
+// One second beyond the day: 23:59:60 is a leap second.
 bool StreamClock::IsTimeOfDay(double seconds) { return seconds >= 0 && seconds < kSecondsPerDay + 1; }
 
 void StreamClock::Note(const S_GGA_Data& record) { NoteTimeOfDay(record.timeOfDay); }
@@ -40,8 +48,11 @@ void StreamClock::NoteDate(unsigned short year, unsigned char month, unsigned ch
   NoteTimeOfDay(secondsOfDay);
   if (!IsTimeOfDay(secondsOfDay) || !IsRealDate(year, month, day)) return;
   const unsigned int mjd = C_GnssTime::GregorianToMJD(year, month, day);
+  // Days may have been counted before the first date: day 0 is where the stream began.
   if (!m_mjdOfDay0) m_mjdOfDay0 = mjd - static_cast<unsigned int>(m_day);
+  // A gap of more than a day shows no midnight crossing, but its date shows it.
   m_day = static_cast<int>(mjd - *m_mjdOfDay0);
+  // Resolving a week takes a date that is right within years; the first one is as good as any.
   if (m_firstDate) return;
   C_GnssTime time;
   C_GnssTime::GregorianToGps(year, month, day, 0, 0, secondsOfDay, time.m_week, time.m_secOfWeek);
@@ -54,7 +65,9 @@ double StreamClock::Seconds() const {
 }
 
 StreamClock::Utc StreamClock::UtcOf(double seconds) const {
-  if (!std::isfinite(seconds)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
+  constexpr double kMaxSeconds = 1e6 * kSecondsPerDay;  // beyond any stream, and its days fit an int
+  if (!(std::abs(seconds) <= kMaxSeconds)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
+  // Rounded down: times before day 0 belong to the day before, not to day 0.
   const double day = std::floor(seconds / kSecondsPerDay);
   Utc utc{std::nullopt, seconds - day * kSecondsPerDay};
   if (m_mjdOfDay0) utc.mjd = *m_mjdOfDay0 + static_cast<unsigned int>(static_cast<int>(day));

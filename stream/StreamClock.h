@@ -1,4 +1,4 @@
-// The time that a stream tells of itself, through the sentences that carry one. The machine's clock has no part in it.
+// The time of a stream, from the sentences that carry one. The machine's clock has no part in it.
 #ifndef VELAGNSS_STREAM_STREAM_CLOCK_H
 #define VELAGNSS_STREAM_STREAM_CLOCK_H
 
@@ -32,7 +32,7 @@ class VELAGNSS_API StreamClock {
   // carried no date.
   struct Utc {
     std::optional<unsigned int> mjd;
-    double secondsOfDay;  // 0 to 86400; NaN for a value that is not finite
+    double secondsOfDay;  // 0 to 86400; NaN for a value that is not a time: not finite, or beyond a million days
   };
   Utc UtcOf(double seconds) const;
 

@@ -7,15 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "binproto/VelaBin_Decode.h"
 #include "framing/CallbackFrameRecognizer.h"
 #include "geo/Geodesy.h"
 #include "geo/PointCoordinate.h"
+#include "rtcm3/Rtcm3Decoder.h"
 #include "stream/RecordDecoder.h"
+#include "tests/Rtcm3Bits.h"
 #include "tests/Streams.h"
 #include "textproto/NMEA_EncodeDecode.h"
-#include "textproto/VelaPKVN_Decode.h"
-#include "textproto/VelaRD_Decode.h"
 
 namespace {
 
@@ -57,78 +56,6 @@ void* realloc(void* block, std::size_t size) {
 
 namespace {
 
-// Every decoder that a host can have, fed from one stream.
-class Host {
- public:
-  Host() : m_recognizer(nullptr, eCircBufOvrflowDropOldest, true), m_binary(nullptr) {
-    m_recognizer.SetPatientSearch(true);
-    m_recognizer.SetAcceptUnlisted(true);
-    m_recognizer.SetCallback(
-        [](void* host, eRecognitionResult result, C_RawDataMessage& message) {
-          if (result == eRecFrameComplete) static_cast<Host*>(host)->Decode(message);
-        },
-        this);
-  }
-
-  void Run(const std::string& stream) {
-    m_binary.SeedTime(2300, 1000.0, ALGO::GNSS_GPS);
-    for (std::size_t at = 0; at < stream.size(); at += 100) {
-      const std::size_t count = std::min<std::size_t>(100, stream.size() - at);
-      m_recognizer.Feed(reinterpret_cast<const unsigned char*>(stream.data()) + at, static_cast<unsigned short>(count));
-    }
-    m_recognizer.Reset();
-    m_binary.Reset();
-    m_nmea.Reset();
-    m_pkvn.Reset();
-    m_rd.Reset();
-  }
-
-  unsigned int Decoded() const { return m_decoded; }
-
- private:
-  void Decode(C_RawDataMessage& message) {
-    unsigned int result = 1;
-    unsigned short number = 0;
-    unsigned short length = message.length;
-    VelaPKVN_Messages::eMessageTypes type = VelaPKVN_Messages::ePkvnUnknown;
-    switch (message.protocol) {
-      case C_RawDataMessage::eVelaBIN:
-        result = m_binary.Decode(message.data, length, number, m_binaryData);
-        break;
-      case C_RawDataMessage::eNMEA0183:
-        result = C_NMEA_EncodeDecode::MakeDecodable(message.data, length, m_text, number);
-        if (result == 0) result = m_nmea.Decode(m_text, number, Sentence(message), m_nmeaData);
-        if (result == 0) result = m_nmea.Encode(&m_nmeaData, Sentence(message), m_text, number);
-        break;
-      case C_RawDataMessage::ePKVN:
-        result = m_pkvn.Decode(message.data, length, type, m_pkvnData);
-        break;
-      case C_RawDataMessage::eVelaRD:
-        result = m_rd.Decode(message.data, length, number, m_rdData);
-        break;
-      default:
-        result = 0;
-    }
-    if (result == 0) ++m_decoded;
-  }
-
-  static C_RawDataMessage::eNMEA0183Messages Sentence(const C_RawDataMessage& message) {
-    return static_cast<C_RawDataMessage::eNMEA0183Messages>(message.messageType);
-  }
-
-  C_CallbackFrameRecognizer m_recognizer;
-  C_VelaBin_Decode m_binary;
-  C_NMEA_EncodeDecode m_nmea;
-  C_VelaPKVN_Decode m_pkvn;
-  C_VelaRD_Decode m_rd;
-  U_VelaBIN_EcdDcdData m_binaryData;
-  U_EcdDcdData m_nmeaData;
-  U_VelaPKVN_EcdDcdData m_pkvnData;
-  U_VelaRD_EcdDcdData m_rdData;
-  unsigned char m_text[1024] = {};
-  unsigned int m_decoded = 0;
-};
-
 std::string EveryKindOfFrame() {
   return Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,") +
          Sentence("GNGSA,A,3,01,02,03,,,,,,,,,,1.5,0.9,1.2,1") +
@@ -138,14 +65,35 @@ std::string EveryKindOfFrame() {
          "$JROX," + Packed("abcdef") + "\r\n" + RtcmFrame(RtcmPayload(1067, 9) + Sentence("GPTXT,1")) + "$>JI,";
 }
 
+// The classes below reader and decoder: a host that encodes again what it received.
 TEST(Allocation, NothingAfterConstruction) {
+  struct Host {
+    C_CallbackFrameRecognizer recognizer{nullptr, eCircBufOvrflowDropOldest, true};
+    C_NMEA_EncodeDecode nmea;
+    U_EcdDcdData data;
+    unsigned char text[1024];
+    unsigned int encoded = 0;
+  } host;
+  const auto encode = [](void* context, eRecognitionResult result, C_RawDataMessage& message) {
+    auto& [recognizer, nmea, data, text, encoded] = *static_cast<Host*>(context);
+    if (result != eRecFrameComplete || message.protocol != C_RawDataMessage::eNMEA0183) return;
+    const C_RawDataMessage::eNMEA0183Messages type{message.messageType};
+    unsigned short length = 0;
+    encoded += C_NMEA_EncodeDecode::MakeDecodable(message.data, message.length, text, length) == 0 &&
+               nmea.Decode(text, length, type, data) == 0 && nmea.Encode(&data, type, text, length) == 0;
+  };
+  host.recognizer.SetCallback(encode, &host);
   const std::string stream = EveryKindOfFrame();
-  Host host;
   const std::size_t before = allocations;
-  for (int round = 0; round < 30; ++round) host.Run(stream);  // at every place in the ring
+  for (int round = 0; round < 30; ++round) {  // at every place in the ring
+    host.recognizer.Feed(reinterpret_cast<const unsigned char*>(stream.data()),
+                         static_cast<unsigned short>(stream.size()));
+    host.recognizer.Reset();
+    host.nmea.Reset();
+  }
   const std::size_t during = allocations - before;
   EXPECT_EQ(during, 0U);
-  EXPECT_EQ(host.Decoded(), 30U * 9);
+  EXPECT_EQ(host.encoded, 30U * 3);
   const std::vector<int> counted(10);
   EXPECT_GT(allocations - before, during) << "the count does not work";
 }
@@ -178,6 +126,22 @@ TEST(Allocation, NothingInReaderAndDecoder) {
   }
   EXPECT_EQ(allocations, before);
   EXPECT_EQ(frames, 29U * 2 * 8);
+}
+
+TEST(Allocation, NothingInContentsOfRtcm3) {
+  const auto Full = [](unsigned int number) {  // an MSM of 64 cells, and whatever else its bits may be
+    Rtcm3Bits bits{{number, 12}, {0, 12 + 30 + 19}, {0xFF, 64}, {0xFF, 32}};
+    return RtcmFrame(bits.Put(-1, 64).Payload() + std::string(800, '\x2B'));
+  };
+  velagnss::Rtcm3Decoder decoder;
+  std::vector<std::string> frames;
+  for (const unsigned int number : {1004U, 1012U, 1006U, 1019U, 1020U, 1029U, 1033U, 1046U, 1059U, 1066U, 1077U, 1087U})
+    frames.push_back(Full(number));
+  const std::size_t before = allocations;
+  for (const std::string& frame : frames)
+    decoder.Decode(reinterpret_cast<const unsigned char*>(frame.data()), frame.size());
+  decoder.Reset();
+  EXPECT_EQ(allocations, before);
 }
 
 TEST(Allocation, NothingInGeometry) {

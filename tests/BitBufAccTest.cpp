@@ -1,9 +1,9 @@
 #include "framing/BitBufAcc.h"
 
 #include <array>
+#include <bitset>
 #include <climits>
 #include <string>
-#include <string_view>
 
 #include "tests/Cases.h"
 #include "tests/GuardedPage.h"
@@ -16,22 +16,11 @@ constexpr int kBufferBits = 8 * 12;
 
 std::string BitsOf(const t_Buffer& buffer) {
   std::string bits;
-  for (const unsigned char byte : buffer)
-    for (int bit = 7; bit >= 0; --bit) bits += (byte >> bit & 1) != 0 ? '1' : '0';
+  for (const unsigned char byte : buffer) bits += std::bitset<8>(byte).to_string();
   return bits;
 }
 
-unsigned int ValueOf(std::string_view bits) {
-  unsigned int value = 0;
-  for (const char bit : bits) value = value << 1 | (bit == '1' ? 1U : 0U);
-  return value;
-}
-
-std::string BinaryOf(unsigned int value, int bits) {
-  std::string text;
-  for (int bit = bits - 1; bit >= 0; --bit) text += (value >> bit & 1) != 0 ? '1' : '0';
-  return text;
-}
+unsigned int ValueOf(const std::string& bits) { return static_cast<unsigned int>(std::stoul(bits, nullptr, 2)); }
 
 constexpr t_Buffer kMixed = {0x9E, 0x37, 0x79, 0xB9, 0x7F, 0x4A, 0x7C, 0x15, 0xF3, 0x9C, 0xC0, 0x60};
 
@@ -64,9 +53,9 @@ TEST(BitBufAcc, WritesEveryFieldAtEveryPosition) {
     t_Buffer buffer = kMixed;
     int walk = position;
     C_BitBufAcc::PackU32(buffer.data(), walk, bits, kValue);
+    const std::string value = std::bitset<32>(kValue).to_string().substr(32 - bits);
     std::string expected = BitsOf(kMixed);
-    for (int i = 0; i < bits; ++i)
-      if (BinaryOf(kValue, bits)[i] == '1') expected[position + i] = '1';
+    for (int i = 0; i < bits; ++i) expected[position + i] |= value[i];  // '0' | '1' is '1'
     EXPECT_EQ(BitsOf(buffer), expected) << bits << " bits at " << position;
     EXPECT_EQ(walk, position + bits);
   });

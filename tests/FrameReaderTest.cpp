@@ -44,7 +44,7 @@ struct Reading {
   }
   void Take(const velagnss::RejectedStart& start) {
     told.push_back("result " + std::to_string(static_cast<int>(start.reason)) + " at " + std::to_string(start.offset) +
-                   " " + std::string(start.data, start.data + 3));
+                   " " + std::string(start.data, start.data + std::min<std::size_t>(start.size, 3)));
   }
   void Take(const velagnss::SkippedRange& range) {
     constexpr const char* kReasons[] = {"noise", "false starts", "end"};
@@ -187,6 +187,22 @@ TEST(FrameReader, RestartsInAnyState) {
   reading.TakeAll();
   EXPECT_EQ(reading.told, (std::vector<std::string>{"skipped 0+8 end", "frame 8+19"}));
   EXPECT_EQ(reading.reader.TotalsAtFinish().bytesDiscarded, 3);
+}
+
+// Switched on in mid-stream: what was queued before cannot be shown, but nothing else is.
+TEST(FrameReader, ReportsEventsFromAnyByteOn) {
+  const std::string stream = "noise$GPHDT,27" + std::string(kHdt) + "noise$GPHDT,274.07,T*04\r\n";
+  for (std::size_t cut = 0; cut < stream.size(); ++cut) {
+    Reading reading("");
+    reading.reader.ReportEvents(false);
+    reading.Read(stream.substr(0, cut), 7);
+    reading.reader.ReportEvents(true);
+    reading.Read(stream.substr(cut), 3);
+    reading.reader.Finish();
+    reading.TakeAll();
+    EXPECT_EQ(reading.frames.size(), cut < 34 ? 1 : reading.reader.Totals().framesGood) << cut;
+    EXPECT_LE(reading.skipped, reading.reader.Totals().bytesDiscarded);
+  }
 }
 
 // With a reply of 100 bytes, which a search for this protocol alone has too small a buffer for.

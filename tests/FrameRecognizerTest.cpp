@@ -118,6 +118,20 @@ TEST(FrameParameters, AgreeForEveryNumber) {
   }
 }
 
+// The parameter step of each protocol, called for the start of every other one.
+TEST(FrameParameters, AgreeForEveryStepOfEveryStart) {
+  for (const std::string& start : kStarts) {
+    for (unsigned step = 0; step < 9; ++step) {
+      Twins twins(nullptr, eCircBufOvrflowRejectNew, true, 2048);
+      twins.Both([](auto& one) { one.DisableProtocol(C_RawDataMessage::eVelaCmdAck); });
+      twins.Both([](auto& one) { one.SetPatientSearch(true); });
+      twins.Feed(start + "1,345678,0123456", 7);
+      twins.Both([step](auto& one) { return AnyParameters(one, step); });
+      ASSERT_TRUE(twins.Agree()) << start << " " << step;
+    }
+  }
+}
+
 // The callback stands for the loop: what it is told of each step is what the next step of the plain rules answers.
 TEST(CallbackFrameRecognizer, ReportsEachStepOfThePump) {
   struct Echo {

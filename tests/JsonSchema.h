@@ -17,29 +17,28 @@ class JsonSchema {
  private:
   using Json = nlohmann::json;
 
-  static bool HasType(const Json& value, const std::string& type) {
-    if (type == "integer") return value.is_number_integer();
-    if (type == "number") return value.is_number();
-    return type == value.type_name();
-  }
-
-  static std::string CheckType(const Json& value, const Json& types) {
-    if (types.is_string()) return HasType(value, types) ? "" : value.dump() + " is no " + types.dump();
-    const bool fits = std::any_of(types.begin(), types.end(), [&](const Json& type) { return HasType(value, type); });
-    return fits ? "" : value.dump() + " is none of " + types.dump();
+  // The first error that `check(key, item)` finds in an object or array.
+  template <class t_Check>
+  static std::string First(const Json& items, const t_Check& check) {
+    for (const auto& [key, item] : items.items())
+      if (std::string error = check(key, item); !error.empty()) return error;
+    return "";
   }
 
   std::string Check(const Json& value, const Json& schema) const {
-    std::string error;
-    for (auto rule = schema.begin(); rule != schema.end() && error.empty(); ++rule)
-      error = CheckRule(value, schema, rule.key(), rule.value());
-    return error;
+    return First(schema,
+                 [&](const std::string& name, const Json& rule) { return CheckRule(value, name, rule, schema); });
   }
 
-  std::string CheckRule(const Json& value, const Json& schema, const std::string& name, const Json& rule) const {
-    const auto failed = [&](bool isWrong) { return isWrong ? value.dump() + " against " + name + rule.dump() : ""; };
+  std::string CheckRule(const Json& value, const std::string& name, const Json& rule, const Json& schema) const {
+    const auto failed = [&](bool isWrong) {
+      return isWrong ? value.dump() + " breaks " + name + " " + rule.dump() : "";
+    };
+    const auto isMissing = [&](const auto&, const Json& member) {
+      return value.contains(member.get<std::string>()) ? "" : member.dump() + " is missing";
+    };
     if (name == "$ref") return Check(value, m_root.at(Json::json_pointer(rule.get<std::string>().substr(1))));
-    if (name == "type") return CheckType(value, rule);
+    if (name == "type") return failed(!HasType(value, rule.is_array() ? rule : Json::array({rule})));
     if (name == "const") return failed(value != rule);
     if (name == "enum") return failed(std::find(rule.begin(), rule.end(), value) == rule.end());
     if (name == "minimum") return failed(value.is_number() && value < rule);
@@ -47,63 +46,37 @@ class JsonSchema {
     if (name == "minItems") return failed(value.size() < rule);
     if (name == "maxItems") return failed(value.size() > rule);
     if (name == "pattern")
-      return failed(value.is_string() && !std::regex_search(value.get<std::string>(), Regex(rule)));
-    if (name == "items") return CheckAll(value, rule);
-    if (name == "properties") return CheckProperties(value, rule);
-    if (name == "required") return CheckRequired(value, rule);
-    if (name == "additionalProperties") return CheckNoOthers(value, schema.at("properties"));
-    if (name == "dependentRequired") return CheckDependent(value, rule);
-    if (name == "allOf") return CheckAllOf(value, rule);
-    if (name == "anyOf" || name == "oneOf") return CheckAnyOf(value, rule, name == "oneOf");
+      return failed(value.is_string() &&
+                    !std::regex_search(value.get<std::string>(), std::regex(rule.get<std::string>())));
+    if (name == "items") return First(value, [&](const auto&, const Json& item) { return Check(item, rule); });
+    if (name == "properties")
+      return First(rule, [&](const std::string& key, const Json& part) {
+        return value.contains(key) ? Check(value.at(key), part) : "";
+      });
+    if (name == "required") return First(rule, isMissing);
+    if (name == "additionalProperties")
+      return First(value, [&](const std::string& key, const Json&) {
+        return schema.at("properties").contains(key) ? "" : key + " is not in the schema";
+      });
+    if (name == "dependentRequired")
+      return First(rule, [&](const std::string& key, const Json& names) {
+        return value.contains(key) ? First(names, isMissing) : "";
+      });
+    if (name == "allOf") return First(rule, [&](const auto&, const Json& part) { return Check(value, part); });
+    if (name == "anyOf" || name == "oneOf") {
+      const auto forms =
+          std::count_if(rule.begin(), rule.end(), [&](const Json& part) { return Check(value, part).empty(); });
+      return failed(forms == 0 || (forms > 1 && name == "oneOf"));
+    }
     if (name == "if") return Check(value, rule).empty() ? Check(value, schema.at("then")) : "";
     const bool isKnown = name == "then" || name == "title" || name == "description" || name.front() == '$';
     return isKnown ? "" : "the schema uses " + name + ", which this reader does not know";
   }
 
-  static std::regex Regex(const Json& rule) { return std::regex(rule.get<std::string>(), std::regex::ECMAScript); }
-
-  std::string CheckAll(const Json& values, const Json& schema) const {
-    std::string error;
-    for (const Json& value : values)
-      if (error.empty()) error = Check(value, schema);
-    return error;
-  }
-  std::string CheckProperties(const Json& value, const Json& properties) const {
-    std::string error;
-    for (auto member = properties.begin(); member != properties.end() && error.empty(); ++member)
-      if (value.contains(member.key())) error = Check(value.at(member.key()), member.value());
-    return error;
-  }
-  static std::string CheckRequired(const Json& value, const Json& names) {
-    for (const Json& name : names)
-      if (!value.contains(name.get<std::string>())) return name.dump() + " is missing";
-    return "";
-  }
-  static std::string CheckNoOthers(const Json& value, const Json& properties) {
-    for (auto member = value.begin(); member != value.end(); ++member)
-      if (!properties.contains(member.key())) return member.key() + " is not in the schema";
-    return "";
-  }
-  static std::string CheckDependent(const Json& value, const Json& rule) {
-    for (auto member = rule.begin(); member != rule.end(); ++member)
-      if (value.contains(member.key())) return CheckRequired(value, member.value());
-    return "";
-  }
-  std::string CheckAllOf(const Json& value, const Json& schemas) const {
-    std::string error;
-    for (const Json& schema : schemas)
-      if (error.empty()) error = Check(value, schema);
-    return error;
-  }
-  std::string CheckAnyOf(const Json& value, const Json& schemas, bool exactlyOne) const {
-    std::string errors;
-    int fitting = 0;
-    for (const Json& schema : schemas) {
-      const std::string error = Check(value, schema);
-      errors += error + "; ";
-      if (error.empty()) ++fitting;
-    }
-    return fitting == 1 || (fitting > 1 && !exactlyOne) ? "" : std::to_string(fitting) + " forms fit: " + errors;
+  static bool HasType(const Json& value, const Json& types) {
+    return std::any_of(types.begin(), types.end(), [&](const Json& type) {
+      return type == value.type_name() || (type == "integer" && value.is_number_integer());
+    });
   }
 
   nlohmann::json m_root;

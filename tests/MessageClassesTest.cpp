@@ -26,21 +26,6 @@ struct S_ClassCase {
 };
 
 const S_ClassCase kClasses[] = {
-    {"OrbitClock",
-     &Recognizer::IsAnRtcmSsrOrbitClockMsg,
-     Raw::eRTCM3_x,
-     {{1057, 1058},
-      {1060, 1060},
-      {1062, 1064},
-      {1066, 1066},
-      {1068, 1068},
-      {1240, 1241},
-      {1243, 1243},
-      {1245, 1245},
-      {1258, 1259},
-      {1261, 1261},
-      {1263, 1263},
-      {1303, 1303}}},
     {"HighRateClock", &Recognizer::IsAHighRateSsrClockMsg, Raw::eRTCM3_x, {{1062, 1062}, {1068, 1068}}},
     {"CodeBias",
      &Recognizer::IsAnRtcmSsrCodeBiasMsg,
@@ -77,6 +62,9 @@ TEST(MessageClassSystem, IsThatOfTheOrbitAndClockMessages) {
     for (const auto& [system, numbers] : systems)
       if (IsIn(numbers, number)) expected = system;
     ASSERT_EQ(Recognizer::GetRtcmSsrOrbitClockMsgSys(number), expected) << number;
+    for (unsigned protocol = 0; protocol <= Raw::eNoProtocol; ++protocol)
+      ASSERT_EQ(Recognizer::IsAnRtcmSsrOrbitClockMsg(Raw::eProtocols{protocol}, number),
+                protocol == Raw::eRTCM3_x && expected != ALGO::GNSS_UNKNOWN);
   }
 }
 

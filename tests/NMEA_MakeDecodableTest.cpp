@@ -148,29 +148,14 @@ class RandomSentences {
   std::string Mutated(std::string text) {
     for (unsigned int left = Below(4); left > 0; --left) {
       const std::size_t at = Below(text.size());
-      switch (Below(7)) {
-        case 0:
-          text.resize(at);
-          break;
-        case 1:
-          text.resize(std::min(text.rfind(','), text.size()));
-          break;
-        case 2:
-          text.insert(at, 1, ",,*EWT0A\0"[Below(9)]);
-          break;
-        case 3:
-          text[at] = static_cast<char>(m_random());
-          break;
-        case 4:
-          text.insert(at, Below(8) == 0 ? Below(1100) : Below(90), "x0,"[Below(3)]);
-          break;
-        case 5:
-          if (text.find(',', at) != std::string::npos) text.insert(text.find(',', at), 1, ',');
-          break;
-        default:
-          text.erase(at, Below(12));
-          break;
-      }
+      const unsigned int kind = Below(7);
+      if (kind == 0) text.resize(at);
+      if (kind == 1) text.resize(std::min(text.rfind(','), text.size()));
+      if (kind == 2) text.insert(at, 1, ",,*EWT0A\0"[Below(9)]);
+      if (kind == 3) text[at] = static_cast<char>(m_random());
+      if (kind == 4) text.insert(at, Below(8) == 0 ? Below(1100) : Below(90), "x0,"[Below(3)]);
+      if (kind == 5 && text.find(',', at) != std::string::npos) text.insert(text.find(',', at), 1, ',');
+      if (kind == 6) text.erase(at, Below(12));
       if (text.empty()) text = "$";
     }
     return text;
@@ -273,25 +258,13 @@ TEST(CheckedSentence, GivesWhatMakeDecodableAndDecodeGive) {
 
 // Where an asterisk or the end of the sentence is before the letter, only commas count.
 TEST(CheckedSentence, FindsTheDirectionLetterByCommasAlone) {
-  const struct {
-    const char* text;  // up to the "*" of the checksum
-    const char* after;
-    char letter;
-  } kRows[] = {{"$GPRMC,,A,,,,,,,,020.3,W", "", 'W'},     {"$GPRMC,,A,,,,,,,,020.3,E,A,V", "\r\n", 'E'},
-               {"$GPRMC,,A,,,,,,,,020.3,,A,V", "", '\0'}, {"$GPRMC,,A,,,,,,,,020.3,e", "", '\0'},
-               {"$GPRMC,,A,,,,,,,,*020.3,W", "", 'W'},    {"$GPRMC,,A,,,,,,,*,W,,", "", '\0'},
-               {"$GPRMC,,A", ",,,,,,,,,W\r\r\n", 'W'},    {"$GPRMC,,A", ",,,,,,,,,W\r,", '\0'}};
-  for (const auto& row : kRows) {
-    const std::string sentence = NmeaSentence(row.text) + row.after;
-    U_EcdDcdData data;
-    char letter = '?';
-    const auto* bytes = reinterpret_cast<const unsigned char*>(sentence.data());
-    EXPECT_EQ(velagnss::textproto::DecodeCheckedSentence(bytes, static_cast<unsigned short>(sentence.size()),
-                                                         t_Type::eNmeaRMC, data, letter),
-              0U)
-        << sentence;
-    EXPECT_EQ(letter, row.letter) << sentence;
-  }
+  const std::pair<const char*, const char*> kRows[] = {
+      // up to the "*" of the checksum, and after it
+      {"$GPRMC,,A,,,,,,,,020.3,W", ""},  {"$GPRMC,,A,,,,,,,,020.3,,A,V", ""}, {"$GPRMC,,A,,,,,,,,020.3,e", ""},
+      {"$GPRMC,,A,,,,,,,,*020.3,W", ""}, {"$GPRMC,,A,,,,,,,*,W,,", ""},       {"$GPRMC,,A", ",,,,,,,,,W\r\r\n"},
+      {"$GPRMC,,A", ",,,,,,,,,W\r,"}};
+  for (const auto& [text, after] : kRows)
+    EXPECT_EQ(CheckedSentenceDiffers(NmeaSentence(text) + after, t_Type::eNmeaRMC), "") << text << after;
 }
 
 }  // namespace

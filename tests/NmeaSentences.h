@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "tests/ExactCopy.h"
 #include "tests/RecordLine.h"
@@ -70,6 +71,7 @@ struct S_NmeaKind {
   unsigned int (*decode)(unsigned char* sentence, std::size_t size, U_EcdDcdData& data);
   void (*reset)(U_EcdDcdData& data);
   std::string (*line)(const U_EcdDcdData& data);
+  std::size_t recordSize;  // of the member that is written
 };
 
 template <auto Member, auto Decode, auto Reset>
@@ -79,24 +81,31 @@ constexpr S_NmeaKind NmeaKind(C_RawDataMessage::eNMEA0183Messages type) {
             return (C_NMEA_EncodeDecode().*Decode)(sentence, static_cast<unsigned short>(size), data.*Member);
           },
           [](U_EcdDcdData& data) { Reset(data.*Member); },
-          [](const U_EcdDcdData& data) { return NmeaLine(data.*Member); }};
+          [](const U_EcdDcdData& data) { return NmeaLine(data.*Member); },
+          sizeof(std::declval<U_EcdDcdData&>().*Member)};
 }
 
+inline constexpr S_NmeaKind kNmeaKinds[] = {
+    NmeaKind<&U_EcdDcdData::gga, &C_NMEA_EncodeDecode::Decode_GGA, &C_NMEA_EncodeDecode::Reset_GGA>(
+        C_RawDataMessage::eNmeaGGA),
+    NmeaKind<&U_EcdDcdData::gns, &C_NMEA_EncodeDecode::Decode_GNS, &C_NMEA_EncodeDecode::Reset_GNS>(
+        C_RawDataMessage::eNmeaGNS),
+    NmeaKind<&U_EcdDcdData::zda, &C_NMEA_EncodeDecode::Decode_ZDA, &C_NMEA_EncodeDecode::Reset_ZDA>(
+        C_RawDataMessage::eNmeaZDA),
+    NmeaKind<&U_EcdDcdData::gll, &C_NMEA_EncodeDecode::Decode_GLL, &C_NMEA_EncodeDecode::Reset_GLL>(
+        C_RawDataMessage::eNmeaGLL),
+    NmeaKind<&U_EcdDcdData::gsv, &C_NMEA_EncodeDecode::Decode_GSV, &C_NMEA_EncodeDecode::Reset_GSV>(
+        C_RawDataMessage::eNmeaGSV),
+    NmeaKind<&U_EcdDcdData::gsa, &C_NMEA_EncodeDecode::Decode_GSA, &C_NMEA_EncodeDecode::Reset_GSA>(
+        C_RawDataMessage::eNmeaGSA),
+    NmeaKind<&U_EcdDcdData::rmc, &C_NMEA_EncodeDecode::Decode_RMC, &C_NMEA_EncodeDecode::Reset_RMC>(
+        C_RawDataMessage::eNmeaRMC),
+    NmeaKind<&U_EcdDcdData::vtg, &C_NMEA_EncodeDecode::Decode_VTG, &C_NMEA_EncodeDecode::Reset_VTG>(
+        C_RawDataMessage::eNmeaVTG),
+};
+
 inline const S_NmeaKind& KindOf(C_RawDataMessage::eNMEA0183Messages type) {
-  using t_Nmea = C_NMEA_EncodeDecode;
-  using t_Type = C_RawDataMessage;
-  using t_Data = U_EcdDcdData;
-  static constexpr S_NmeaKind kKinds[] = {
-      NmeaKind<&t_Data::gga, &t_Nmea::Decode_GGA, &t_Nmea::Reset_GGA>(t_Type::eNmeaGGA),
-      NmeaKind<&t_Data::gns, &t_Nmea::Decode_GNS, &t_Nmea::Reset_GNS>(t_Type::eNmeaGNS),
-      NmeaKind<&t_Data::zda, &t_Nmea::Decode_ZDA, &t_Nmea::Reset_ZDA>(t_Type::eNmeaZDA),
-      NmeaKind<&t_Data::gll, &t_Nmea::Decode_GLL, &t_Nmea::Reset_GLL>(t_Type::eNmeaGLL),
-      NmeaKind<&t_Data::gsv, &t_Nmea::Decode_GSV, &t_Nmea::Reset_GSV>(t_Type::eNmeaGSV),
-      NmeaKind<&t_Data::gsa, &t_Nmea::Decode_GSA, &t_Nmea::Reset_GSA>(t_Type::eNmeaGSA),
-      NmeaKind<&t_Data::rmc, &t_Nmea::Decode_RMC, &t_Nmea::Reset_RMC>(t_Type::eNmeaRMC),
-      NmeaKind<&t_Data::vtg, &t_Nmea::Decode_VTG, &t_Nmea::Reset_VTG>(t_Type::eNmeaVTG),
-  };
-  for (const S_NmeaKind& kind : kKinds)
+  for (const S_NmeaKind& kind : kNmeaKinds)
     if (kind.type == type) return kind;
   throw std::invalid_argument("no decoder for this kind of sentence");
 }

@@ -9,6 +9,7 @@
 #include "HostData.h"
 #include "JsonSchema.h"
 #include "ProgramRun.h"
+#include "Streams.h"
 #include "apps/velagnss/input/Progress.h"
 
 namespace {
@@ -38,7 +39,13 @@ const S_ExitCase kExits[] = {
     {"Help",                "velagnss decode --help",                           0, kNone},
     {"Version",             "velagnss --version",                               0, kNone},
     {"NoCommand",           "velagnss",                                         2, "--help"},
-    {"UnknownCommand",      "velagnss dekode $S",                               2, "velagnss --help"},
+    {"UnknownCommand",      "velagnss decod x",                                 2, "unknown command 'decod', did you mean 'decode'?; see 'velagnss --help'"},
+    {"UnknownGlobalOption", "velagnss --colour decode $S",                      2, "unknown option '--colour'"},
+    {"HelpAsCommand",       "velagnss help && velagnss help stat",              0, kNone},
+    {"VersionAsCommand",    "velagnss version",                                 0, kNone},
+    {"SeedAsDate",          "velagnss decode --seed 2024-05-18 $S",             0, kNone},
+    {"SeedNotADate",        "velagnss decode --seed 2023-02-29 $S",             2, "--seed"},
+    {"SearchForNothing",    "velagnss decode --search '' $S",                   2, "no protocol named"},
     {"UnknownOption",       "velagnss decode --nonsense $S",                    2, "velagnss decode --help"},
     {"EnormousCount",       "velagnss decode -n 99999999999999999999999 $S",    2, "-n"},
     {"PercentOfNothing",    "velagnss stat --max-bad nan $S",                   2, "--max-bad"},
@@ -53,10 +60,17 @@ const S_ExitCase kExits[] = {
     {"SeedBeyondTheWeek",   "velagnss decode --seed 2300:604800 $S",            2, "--seed"},
     {"UnknownSearch",       "velagnss stat --search nmea,ubx $S",               2, "'nmea,ubx'"},
     {"OutputIsInput",       "cp $S a; velagnss decode a -o ./a",                2, "also an input"},
+    {"StandardOutputIsInput", "cp $S a; velagnss convert --to nmea a >> a",     2, "standard output: is also an input"},
     {"MissingFile",         "velagnss decode missing",                          3, "missing: cannot be opened: No such file"},
     {"Directory",           "velagnss stat .",                                  3, "is a directory"},
     {"OneOfTwoMissing",     "velagnss decode missing $S",                       3, "missing"},
     {"PatternWithoutFile",  "velagnss decode '*.nmea'",                         3, "no file matches this pattern"},
+    {"Zip",                 "printf 'PK\\3\\4$GP' | velagnss decode",           3, "is a zip archive; unpack it"},
+    {"TarInGzip",           "cp $S s; tar cz s | velagnss decode",              3, "contains a tar archive; unpack it"},
+    {"PacketCapture",       "printf '\\xd4\\xc3\\xb2\\xa1 ' > p; velagnss decode p", 3, "p: is a pcap packet capture; save"},
+    {"BeginningOfZip",      "(printf P; cat $S) | velagnss decode",             0, kNone},
+    {"BehindGzip",          "(gzip -c $S; echo) | velagnss decode",             0, "what follows its gzip data"},
+    {"EmptyGzip",           "gzip < /dev/null | velagnss decode",               1, "standard input: is empty"},
     {"EmptyFile",           "touch e; velagnss decode e",                       1, "e: is empty"},
     {"EmptyInput",          "velagnss decode < /dev/null",                      1, "standard input: is empty"},
     {"NoiseOnly",           "head -c 100000 /dev/zero | velagnss decode",       1, "no frame in 100000 bytes"},
@@ -98,6 +112,49 @@ TEST_ROWS_F(ProgramExits, WithCodeAndMessage, Program, kExits, row) {
     EXPECT_THAT(outcome.messages, HasSubstr(row.message));
 }
 
+// What is at the name of an output, whatever happens to the program.
+struct S_OutputCase {
+  const char* name;
+  const char* command;
+  const char* listing;  // then: name, permissions and beginning of each file
+};
+// clang-format off
+const S_OutputCase kOutputs[] = {
+    {"NoSuchInput",      "velagnss convert --to gpx -o o missing",                    "o 644 old\n"},
+    {"OneInputMissing",  "velagnss convert --to gpx -o o $S missing",                 "o 644 old\n"},
+    {"WriteFails",       "(ulimit -f 1; velagnss decode $S -o o)",                    "o 644 old\n"},
+    {"Killed",           VELAGNSS_PROGRAM " decode -o o ../f & exec 3> ../f; cat $S >&3; sleep 0.2; kill -9 $!; wait", "o 644 old\n"},
+    {"Interrupted",      VELAGNSS_PROGRAM " convert --to nmea -o o ../f & exec 3> ../f; head -c 300 $S >&3; sleep 0.2; kill -INT $!; wait",
+                                                                                      "o 644 $GNGGA,\n"},
+    {"NewName",          "rm o; velagnss convert --to nmea $S -o p",                  "p 644 $GNGGA,\n"},
+    {"KeepsPermissions", "chmod 640 o; velagnss convert --to nmea $S -o o",           "o 640 $GNGGA,\n"},
+    {"FollowsLinks",     "ln -s o l; velagnss convert --to nmea $S -o l; readlink l", "o\nl 777 $GNGGA,\no 644 $GNGGA,\n"},
+    {"FollowsToNothing", "rm o; ln -s o l; velagnss convert --to nmea $S -o l; rm l", "o 644 $GNGGA,\n"},
+    {"Pipe",             "cat ../f > o & velagnss convert --to nmea $S -o ../f; wait", "o 644 $GNGGA,\n"},
+    {"StandardOutput",   "velagnss convert --to nmea -o /dev/stdout $S > o",          "o 644 $GNGGA,\n"},
+};
+// clang-format on
+TEST_ROWS_F(ProgramOutput, IsWholeOrAsBefore, Program, kOutputs, row) {
+  const Outcome outcome = Run("umask 022; mkfifo f; mkdir w; cd w; echo old > o; " + std::string(row.command) +
+                              "; for i in $(ls -A); do echo $i $(stat -c %a $i) $(head -n 1 $i | cut -c 1-7); done");
+  EXPECT_EQ(outcome.output, row.listing) << outcome.messages;
+}
+
+// Standard output is a pipe that another program has made non-blocking, and its reader is slow.
+TEST_F(Program, WaitsForASlowReader) {
+  Write("run.py",
+        "import fcntl, os, subprocess, sys, time\n"
+        "r, w = os.pipe()\n"
+        "fcntl.fcntl(w, fcntl.F_SETFL, os.O_NONBLOCK | fcntl.fcntl(w, fcntl.F_GETFL))\n"
+        "p = subprocess.Popen([sys.argv[1], 'decode', sys.argv[2]], stdout=w)\n"
+        "os.close(w)\n"
+        "time.sleep(0.3)\n"
+        "sys.stdout.buffer.write(os.fdopen(r, 'rb').read())\n"
+        "sys.exit(p.wait())\n");
+  const Outcome outcome = Run("python3 run.py " VELAGNSS_PROGRAM " $S | md5sum; echo ${PIPESTATUS[0]}");
+  EXPECT_EQ(outcome.output, Run("velagnss decode $S | md5sum; echo 0").output) << outcome.messages;
+}
+
 // Signals come while the program waits for more input: what came before is complete in the output.
 class ProgramSignal : public Program, public testing::WithParamInterface<const char*> {};
 TEST_P(ProgramSignal, EndsWithWholeLines) {
@@ -133,12 +190,15 @@ const S_TerminalCase kTerminals[] = {
     {"NarrowTerminal",  "stty cols 20; slow | velagnss stat > o", "(" CLEAR ".{19})+" CLEAR},
     {"Quiet",           "slow | velagnss -q stat > o",            ""},
     {"Log",             "slow | velagnss stat > o 2> l; cat l",   ""},
+    {"RawSentence",     "velagnss convert --to nmea c",           "\\$GPGLL,\\\\x7f\\\\xc2\\\\x9b\\\\x9b31m\xe2\x82\xac[*]62\r\r\n"},
     {"DumbTerminal",    "export TERM=dumb; slow | velagnss stat > o; velagnss stat m", "velagnss: error: m: .*"},
     {"Color",          "NO_COLOR= velagnss stat m",              "velagnss: \x1b\\[1;31merror: \x1b\\[0mm: .*"},
     {"NoColor",        "NO_COLOR=0 velagnss stat m",             "velagnss: error: m: .*"},
 };
 // clang-format on
 TEST_ROWS_F(ProgramTerminal, Shows, Program, kTerminals, row) {
+  Write("c", Sentence("GPGLL,\x7f\xc2\x9b\x9b"
+                      "31m\xe2\x82\xac"));
   const Outcome outcome =
       Run("slow() { head -c 9 $S; sleep 2; cat $S; }; export -f slow velagnss; export S; unset NO_COLOR; "
           "TERM=xterm SHELL=$BASH script -qec '" +
@@ -192,6 +252,25 @@ TEST_F(Program, WritesTheSameForAnyReadSize) {
   EXPECT_EQ(Run("cat $S | velagnss decode" + options).output, whole) << "pipe";
 }
 
+// Compressed inputs, by content: whole, from a pipe, in two members, compressed twice.
+struct S_PackerCase {
+  const char* name;
+  const char* command;
+};
+const S_PackerCase kPackers[] = {{"gzip", "gzip"}, {"bzip2", "bzip2"}, {"xz", "xz"}, {"zstd", "zstd -q"}};
+TEST_ROWS_F(ProgramInput, IsUnpacked, Program, kPackers, row) {
+  const std::string pack = std::string(row.command) + " -c ";
+  const std::string plain = Run("velagnss decode < $S | md5sum").output;
+  for (const std::string& input :
+       {pack + "$S > a; velagnss decode --read-size 7 a", pack + "$S | velagnss decode",
+        pack + "$S | gzip | velagnss decode",
+        "head -c 9999 $S > b; tail -c +10000 $S > c; (" + pack + "b; " + pack + "c) > a; velagnss decode a"})
+    EXPECT_EQ(Run("(" + input + ") | md5sum").output, plain) << input;
+  const Outcome cut = Run(pack + "$S | head -c 140000 > a; velagnss decode a");
+  EXPECT_EQ(cut.code, 3);
+  EXPECT_THAT(cut.messages, HasSubstr("damaged or cut short"));
+}
+
 TEST_F(Program, KeepsInputsApart) {
   Run("head -c 200 $S > a; tail -c +201 $S > b");
   const std::vector<json> lines = Lines(Run("velagnss decode --frames a b").output);
@@ -221,6 +300,14 @@ TEST_ROWS_F(ProgramFilters, LetPass, Program, kFilters, row) {
   for (const json& line : lines) messages.insert(line["message"].get<std::string>());
   EXPECT_THAT(messages, testing::ElementsAreArray(row.messages));
   EXPECT_EQ(lines.size(), row.count);
+}
+
+// Without a date in the stream, only the seed completes the weeks.
+TEST_F(Program, TakesADateAsSeed) {
+  const std::string ephemerides = "velagnss decode --search bin --msg BIN95 $S --seed ";
+  const std::string byWeek = Run(ephemerides + "2314:604638").output;
+  EXPECT_THAT(byWeek, HasSubstr("\"toe_week\":2314"));
+  EXPECT_EQ(Run(ephemerides + "2024-05-18").output, byWeek);
 }
 
 TEST_F(Program, PeriodKeepsWholeEpochs) {

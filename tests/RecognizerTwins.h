@@ -33,7 +33,7 @@ inline const Texts kReplies = {"RD1,", "RD0,", "RD2,", ">JI,", ">JQUERY,", ">JQU
 inline const std::vector<std::pair<unsigned, std::size_t>> kBlocks = {{97, 28}, {6, 12}, {2, 16}, {103, 64}, {76, 448}, {4, 30}};
 inline const std::vector<unsigned> kRtcmNumbers = {63, 1001, 1005, 1067, 1077, 1230, 1244, 1303, 4011, 4072, 4095};
 inline const Texts kStarts = {"$", "$>", "\xD3", "$GPGSA,", "$PKVN,RAW,", "$PKVN,HPR,", "$JROX,", "$RD1,", "$>JI,", "$>JQUERY,",
-                       "$>JSITERECORD", "\xD3\3\xFF>", "\xD3\0\0>\xD0"s, "$BIN\x4C\0\xC0\1"s, "$PKVN,RAW,\r\n"};
+                       "$>JGEO,", "$>JSITERECORD", "\xD3\3\xFF>", "\xD3\0\0>\xD0"s, "$BIN\x4C\0\xC0\1"s, "$PKVN,RAW,\r\n"};
 inline const Texts kAddresses = {"AIVDM", "PGRME", "GPTXT", "IIHDT", "GPALM", "A", "PKVN", "RD1", "BIN12", "JROX", "9", "", "gp",
                           "GPGRS,\r\n", "GPALM,1*7a\r\n"};
 inline const Texts kCounts = {"", "0", "1", "2", "3", "4", "5", "65535", "65536", "65538", "4294967298", "x", "2x", "5 5", "2+1",
@@ -252,28 +252,28 @@ class Twins {
 };
 
 // The steps of one protocol for the frame of another.
-template <class Recognizer>
-unsigned AnyBodyWait(Recognizer& one, unsigned step) {
-  if (step == 0) return one.RTCM3xBodyWait();
-  if (step == 1) return one.NMEA0183BodyWait();
-  if (step == 2) return one.VelaBINBodyWait();
-  if (step == 3) return one.PKVNRawBodyWait();
-  if (step == 4) return one.PKVNNotRawBodyWait();
-  if (step == 5) return one.JSITERECORDBodyWait();
-  return step == 6 ? one.VelaCmdAckBodyWait() : one.JROXBodyWait();
+inline unsigned AnyBodyWait(C_FrameRecognizer& one, unsigned step) {
+  constexpr eRecognitionResult (C_FrameRecognizer::*kSteps[])() = {
+      &C_FrameRecognizer::RTCM3xBodyWait,     &C_FrameRecognizer::NMEA0183BodyWait,
+      &C_FrameRecognizer::VelaBINBodyWait,    &C_FrameRecognizer::PKVNRawBodyWait,
+      &C_FrameRecognizer::PKVNNotRawBodyWait, &C_FrameRecognizer::JSITERECORDBodyWait,
+      &C_FrameRecognizer::VelaCmdAckBodyWait, &C_FrameRecognizer::JROXBodyWait,
+  };
+  return (one.*kSteps[step])();
 }
+inline unsigned AnyBodyWait(LiteralRecognizer& one, unsigned step) { return one.BodyWait(step); }
 
-template <class Recognizer>
-bool AnyParameters(Recognizer& one, unsigned step) {
-  if (step == 0) return one.GetRTCM3_xFrameParameters();
-  if (step == 1) return one.GetNMEA0183rameParameters();
-  if (step == 2) return one.GetVelaBINFrameParameters();
-  if (step == 3) return one.GetPKvnFrameParameters();
-  if (step == 4) return one.GetVelaRDFrameParameters();
-  if (step == 5) return one.GetVelaJIFrameParameters();
-  if (step == 6) return one.GetVelaGEOFrameParameters();
-  return step == 7 ? one.GetVelaJQUERYFrameParameters() : one.GetJSITERECORDFrameParameters();
+inline bool AnyParameters(C_FrameRecognizer& one, unsigned step) {
+  constexpr bool (C_FrameRecognizer::*kSteps[])() = {
+      &C_FrameRecognizer::GetRTCM3_xFrameParameters,    &C_FrameRecognizer::GetNMEA0183rameParameters,
+      &C_FrameRecognizer::GetVelaBINFrameParameters,    &C_FrameRecognizer::GetPKvnFrameParameters,
+      &C_FrameRecognizer::GetVelaRDFrameParameters,     &C_FrameRecognizer::GetVelaJIFrameParameters,
+      &C_FrameRecognizer::GetVelaJQUERYFrameParameters, &C_FrameRecognizer::GetJSITERECORDFrameParameters,
+      &C_FrameRecognizer::GetVelaGEOFrameParameters,
+  };
+  return (one.*kSteps[step])();
 }
+inline bool AnyParameters(LiteralRecognizer& one, unsigned step) { return one.FrameParameters(step); }
 
 // Something that a host may do between two calls, single steps of the machinery included.
 inline void Meddle(Random& random, Twins& twins) {

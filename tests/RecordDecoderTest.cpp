@@ -149,6 +149,7 @@ const S_WeekCase kWeeks[] = {
     {"Seed", C_GnssTime(2300, 0.0, ALGO::GNSS_GPS), false, WeekSource::Seed, 2314},
     {"SeedGoesFirst", C_GnssTime(1300, 0.0, ALGO::GNSS_GPS), true, WeekSource::Seed, 1290},
     {"SeedOfAnotherScale", C_GnssTime(1300, 0.0, ALGO::GNSS_GLONASS), true, WeekSource::Stream, 2314},
+    {"SeedAfterTheDate", C_GnssTime(), true, WeekSource::Stream, 2314},
     {"SeedOfNothing", C_GnssTime(0, 0.0, ALGO::GNSS_GPS), false, WeekSource::None, 2314 % 1024},
 };
 TEST_ROWS(WeekOfAnEphemeris, ComesFromSeedOrStream, kWeeks, row) {
@@ -215,6 +216,11 @@ TEST(RecordDecoder, UnpacksPayloads) {
       std::get<velagnss::PackedPayload>(decoder.Decode(FrameOf(good, C_RawDataMessage::eJROX, 0xFFFFFFFF)).record);
   EXPECT_EQ(payload.text, "$JROX,");
   EXPECT_EQ(std::string(payload.bytes, payload.bytes + payload.length), std::string("abc\0", 4));
+  const std::string highByteInText = "$PKVN,RAW,\x81,4," + Packed("abcd") + "\r\n";
+  EXPECT_EQ(std::get<velagnss::PackedPayload>(
+                decoder.Decode(FrameOf(highByteInText, C_RawDataMessage::ePKVN, VelaPKVN_Messages::ePkvnRAW)).record)
+                .length,
+            4);
 }
 
 // Midnight, late sentences, a date that comes late, and times that are none.
@@ -239,10 +245,19 @@ TEST(StreamClock, CountsDaysByTheStepsAcrossMidnight) {
   clock.Note(rmc);
   EXPECT_FALSE(clock.KnowsDate());
   rmc.status = eNmeaRmcValid;
+  for (const int impossible : {1980 * 10000 + 106, 2023 * 10000 + 229, 2024 * 10000 + 431}) {
+    S_RMC_Data other = rmc;
+    other.year = static_cast<unsigned short>(impossible / 10000);
+    other.month = static_cast<unsigned char>(impossible / 100 % 100);
+    other.day = static_cast<unsigned char>(impossible % 100);
+    clock.Note(other);
+    EXPECT_FALSE(clock.KnowsDate()) << impossible;
+  }
   clock.Note(rmc);
   EXPECT_EQ(clock.UtcOf(clock.Seconds()).mjd, 60448);
   EXPECT_EQ(clock.UtcOf(-1).mjd, 60446);
   EXPECT_EQ(clock.UtcOf(-1).secondsOfDay, 86399);
+  EXPECT_TRUE(std::isnan(clock.UtcOf(1e300).secondsOfDay));
   ASSERT_TRUE(clock.FirstDate());
   EXPECT_EQ(clock.FirstDate()->m_week, 2314);
 }

@@ -140,6 +140,21 @@ TEST_F(Tracks, SayTheSameInAllFormats) {
   }
 }
 
+// Longer than what is kept in memory.
+TEST_F(Tracks, LongSegmentIsWhole) {
+  std::string bodies = "GPZDA,000000,19,05,2024,00,00\n";
+  for (int i = 0; i < 20000; ++i)
+    bodies += fmt::format("GPGGA,{:02}{:02}{:02},4800.{:05},N,18000.0000,{},1,12,0.7,5{}.1,M,46.9,M,,\n", i / 3600,
+                          i / 60 % 60, i % 60, i, i < 15000 ? 'E' : 'W', i % 10);
+  Write("long", Sentences(bodies));
+  t_Points csv = CsvPoints(Convert("csv", "long"));
+  ASSERT_EQ(csv.size(), 20000);
+  EXPECT_EQ(GeoJsonPoints(Convert("geojson", "long")), csv);
+  const std::string kml = Convert("kml", "long");
+  EXPECT_EQ(KmlPoints(kml), csv);
+  EXPECT_EQ(Run("TMPDIR=/missing velagnss convert --to kml long").output, kml);
+}
+
 struct S_EmptyCase {
   const char* name;
   t_Points (*points)(const std::string& text);

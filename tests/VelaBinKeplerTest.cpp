@@ -54,8 +54,7 @@ const S_FieldCase kFields[] = {
     {"Ura7",        {{1, 3, 13, 16, 7}},        [](R& r) { r.Ura = 32; }},
     {"Ura15",       {{1, 3, 13, 16, 15}},       [](R& r) { r.Ura = 1e99; }},
     {"Health",      {{1, 3, 17, 22, 0x21}},     [](R& r) { r.Health = r.SvHealth = 0x21; }},
-    {"IodcHigh",    {{1, 3, 23, 24, 2}},        [](R& r) { r.Iodc = 512; }},
-    {"IodcLow",     {{1, 8, 1, 8, 0x81}},       [](R& r) { r.Iodc = 0x81; }},
+    {"Iodc",        {{1, 3, 23, 24, 1}, {1, 8, 1, 8, 240}}, [](R& r) { r.Iodc = 496; }},
     {"L2PDataFlag", {{1, 4, 1, 1, 1}},          [](R& r) { r.L2PDataFlag = 1; }},
     {"Tgd",         {{1, 7, 17, 24, 0x81}},     [](R& r) { r.Tgd = -127 * 0x1p-31; }},
     {"Toc",         {{1, 8, 9, 24, 0x2001}},    [](R& r) { r.Toc = 0x2001 * 16.0; }},
@@ -79,6 +78,8 @@ const S_FieldCase kFields[] = {
     {"Omega",       {{3, 7, 17, 24, 0xFF}, {3, 8, 1, 24, 0xFFFFFF}}, [](R& r) { r.Omega = -0x1p-31 * kPi; }},
     {"OmegaDot",    {{3, 9, 1, 24, 0x800001}},  [](R& r) { r.OmegaDot = -8388607 * 0x1p-43 * kPi; }},
     {"IDot",        {{3, 10, 9, 22, 0x2001}},   [](R& r) { r.IDot = -8191 * 0x1p-43 * kPi; }},
+    {"FitAndIodc",  {{1, 3, 23, 24, 2}, {1, 8, 1, 8, 245}, {2, 10, 17, 17, 1}},
+                    [](R& r) { r.Iodc = 757, r.FitInterval = r.System == ALGO::GNSS_QZSS ? 1 : 98; }},
     {"ReadPast",    {{1, 1, 1, 24, 0xFFFFFF}, {1, 2, 18, 24, 0x7F}, {1, 4, 2, 24, 0x7FFFFF}, {1, 5, 1, 24, 0xFFFFFF},
                      {1, 6, 1, 24, 0xFFFFFF}, {1, 7, 1, 16, 0xFFFF}, {1, 10, 23, 24, 3}, {2, 1, 1, 24, 0xFFFFFF},
                      {2, 2, 1, 24, 0xFFFFFF}, {2, 10, 18, 24, 0x7F}, {3, 1, 1, 24, 0xFFFFFF}, {3, 2, 1, 24, 0xFFFFFF},
@@ -122,29 +123,6 @@ TEST(Kepler, WhatZeroesGive) {
   expected.SvId = 193;
   expected.FitInterval = 0;
   EXPECT_EQ(std::memcmp(&qzss, &expected, sizeof qzss), 0);
-}
-
-struct S_FitCase {
-  const char* name;
-  bool qzss;
-  std::uint32_t flag, iodc;
-  double interval;
-};
-
-const S_FitCase kFits[] = {
-    {"GpsFlagClear", false, 0, 496, 4}, {"Gps496", false, 1, 496, 14},  {"Gps1022", false, 1, 1022, 26},
-    {"Gps757", false, 1, 757, 98},      {"Gps1000", false, 1, 1000, 4}, {"QzssFlag", true, 1, 496, 1},
-};
-
-TEST_ROWS(KeplerFit, FollowsFlagAndIssue, kFits, c) {
-  Subframes subframes;
-  subframes.Set(1, 3, 23, 24, c.iodc >> 8);
-  subframes.Set(1, 8, 1, 8, c.iodc);
-  subframes.Set(2, 10, 17, 17, c.flag);
-  R record;
-  EXPECT_EQ(Decode(subframes, c.qzss ? 193 : 1, c.qzss, 2300, record), eResultOk);
-  EXPECT_EQ(record.Iodc, c.iodc);
-  EXPECT_EQ(record.FitInterval, c.interval);
 }
 
 // Times in units as sent: 6 s for the transmission, 16 s for the reference times. Half a week is 50400 or 18900.

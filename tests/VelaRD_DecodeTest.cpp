@@ -37,22 +37,16 @@ const S_FrameCase kFrames[] = {
     {"Version0", "$RD0,12345\r", 0, 0},
     {"MinusZero", "$RD-0,1234\r", 3},  // the comma is not at index 4
     {"Version2", "$RD2,12345\r", 5},
-    {"Version8", "$RD8,12345\r", 5},
     {"Version9LooksOnePlaceFurther", "$RD9,12345\r", 3},
     {"Version9WithTwoCommas", "$RD9,,1234\r", 5},
     {"Version10", "$RD10,1234\r", 5},
-    {"Version98", "$RD98,1234\r", 5},
     {"Version99LooksOnePlaceFurther", "$RD99,1234\r", 3},
     {"Version100", "$RD100,123\r", 5},
     {"Version1000", "$RD1000,12\r", 3},
     {"VersionOf64Bits", "$RD9223372036854775808,\r", 3},
     {"LeadingZero", "$RD01,1234\r", 3},
-    {"Sign", "$RD+1,1234\r", 3},
-    {"Negative", "$RD-1,1234\r", 3},
     {"NoVersion", "$RD,123456\r", 3},
-    {"Letter", "$RDA,12345\r", 3},
     {"Prefix", "$RX1,12345\r", 3},
-    {"LowerCase", "$rd1,12345\r", 3},
     {"NoComma", "$RD1;12345\r", 3},
     {"LfAlone", "$RD1,12345\n", 3},
     {"LfCr", "$RD1,12345\n\r", 0, 1},
@@ -117,14 +111,10 @@ const S_FieldCase kFieldCases[] = {
     {"BeforeTheWeek", 1, "-0.001", 8},
     {"NotANumber", 1, "nan", 8},
     {"Infinite", 1, "inf", 8},
-    {"HexadecimalTime", 1, "0x1p4", 0, "16"},
-    {"TimeCutInItsExponent", 1, "1e", 11},
     {"TimeWithTail", 1, " +5.5abc", 0, "5.5"},
-    {"Text", 1, "abc", 11},
     {"Zero", 2, "0", 0, "0"},
     {"MinusOne", 2, "-1", 8},
     {"Largest", 2, "9223372036854775807", 0, "9223372036854775807"},
-    {"BeyondTheLargest", 2, "9223372036854775808", 11},
     {"PointEndsAnInteger", 2, "12.9", 0, "12"},
     {"BelowTheBand", 3, "1299.9", 8},
     {"BandBegins", 3, "1300", 0, "1300"},
@@ -133,28 +123,21 @@ const S_FieldCase kFieldCases[] = {
     {"NoPair", 5, "12", 11},
     {"PairWithoutASecond", 5, "12-", 11},
     {"PairWithoutAFirst", 5, "-34", 11},
-    {"BlankBeforeTheDash", 5, "12 -34", 11},
     {"BlankBehindTheDash", 5, "12- 34", 0, "12 34"},
     {"Pair", 5, "12-34", 0, "12 34"},
     {"PairWithTail", 5, "12-34-56", 0, "12 34"},
     {"NegativeFirst", 5, "-12-34", 8},
-    {"NegativeSecond", 5, "12--34", 8},
-    {"BothNegative", 5, "-1--1", 8},
     {"BadSecondIsSeenBeforeANegativeFirst", 5, "-12-x", 11},
     {"Below0", 6, "-0.1", 8},
     {"MinusZero", 6, "-0", 0, "-0"},
     {"At200", 6, "200", 0, "200"},
     {"Above200", 6, "200.1", 8},
-    {"AnyDouble", 7, "-1e300", 0, "-1e+300"},
     {"DoubleTooLarge", 7, "1e309", 11},
     {"InfiniteIsTaken", 8, "-inf", 0, "-inf"},
     {"HexWithPrefix", 9, "0xfF", 0, "255"},
-    {"HexPrefixOnly", 9, "0x", 11},
     {"Hex63Bits", 9, "7FFFFFFFFFFFFFFF", 0, "9223372036854775807"},
     {"Hex64BitsAreNegative", 10, "8000000000000000", 8},
     {"HexTooWide", 10, "10000000000000000", 11},
-    {"HexMinusOne", 10, "-1", 8},
-    {"HexWithoutDigits", 10, "G", 11},
     {"DecimalTail", 11, "7F", 0, "7"},
     {"Negative11", 11, "-7", 8},
     {"Hex32Bits", 12, "FFFFFFFE", 0, "4294967294"},
@@ -214,13 +197,6 @@ TEST(RdSentence, EveryFieldEmptyOrTooLong) {
     const std::vector<std::string> before(kFields.begin(), kFields.begin() + i);
     EXPECT_EQ(Decode(decoder, Sentence(fields)), i == 0 ? "0: "s + kNothing : Decode(decoder, Sentence(before)));
   }
-}
-
-TEST(RdSentence, OtherVersionsAreNotDecoded) {
-  C_VelaRD_Decode decoder;
-  EXPECT_EQ(Decode(decoder, "$RD0,12345\r"), "5");
-  EXPECT_EQ(Decode(decoder, "$RD2,12345\r"), "5");
-  EXPECT_EQ(Decode(decoder, "$RD1,12345\n"), "3");
 }
 
 // ---- without the frame check

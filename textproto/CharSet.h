@@ -10,6 +10,7 @@
 
 namespace velagnss::textproto {
 
+// For sets that are tested for every character of a field.
 class C_CharSet {
  public:
   constexpr C_CharSet() = default;

@@ -20,6 +20,7 @@ inline constexpr C_CharSet kSentenceDelimiters(",*");
 
 namespace DelimiterMask {
 
+// As many as a mask has bits; most sentences are one or two blocks.
 inline constexpr std::size_t kBlock = 64;
 
 // Which of the 64 characters from `block` on are delimiters: bit i for character i.
@@ -64,6 +65,7 @@ inline std::uint64_t OfTail(std::string_view text, std::size_t count) {
     return rest == 0 ? mask : mask | OfStep(tail + count - kStep) >> (kStep - rest) << at;
   }
 #endif
+  // Texts of fewer than 16 characters: their memory may end right after them.
   char block[kBlock] = {};
   std::copy_n(tail, count, block);
   return Of(block);

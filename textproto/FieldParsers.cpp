@@ -47,6 +47,7 @@ bool StrToDBL(const char* text, double& value, unsigned char allowEmpty) {
   return ParseText<double>(Fields::StrToDBL, text, value, allowEmpty);
 }
 
+// Inverted on purpose: the header documents it, and host code depends on it.
 bool StrToS16(const char* text, short& value, unsigned char allowEmpty) {
   int number = 0;
   if (StrToS32(text, number, allowEmpty)) return false;
@@ -74,6 +75,7 @@ bool ParseFieldHex32(const char* field, unsigned int defaultValue, unsigned int&
 }
 
 bool ParseTimeOfDay(const char* field, unsigned int& hours, unsigned int& minutes, double& seconds) {
+  // Null is no field at all, unlike an empty field, which is a time not available.
   if (field != nullptr) return Fields::ParseTimeOfDay(field, hours, minutes, seconds);
   hours = 0;
   minutes = 0;
@@ -91,6 +93,7 @@ bool ParseDate(const char* field, unsigned short defaultYear, unsigned char defa
                unsigned short& year, unsigned char& month, unsigned char& day) {
   Fields::S_Date date = {};
   const bool isRead = Fields::ParseDate(FieldView(field), {defaultYear, defaultMonth, defaultDay}, date);
+  // Written in any case: after a failure hosts read the defaults or what was read before it.
   year = date.year;
   month = date.month;
   day = date.day;
@@ -102,8 +105,10 @@ bool FormatDate(unsigned short year, unsigned char month, unsigned char day, uns
   using Fields::NumberText::WriteInteger;
   if (out == nullptr) return false;
   *out = '\0';
+  // Markers first: month 255 is "not available" rather than out of range.
   if (month == naMonth || day == naDay || year == naYear) return true;
   if (month < 1 || month > 12 || day < 1 || day > 31) return false;
+  // ddmmyy, as in RMC: "010324" is 1 March 2024.
   out = WriteInteger(out, day, 2);
   out = WriteInteger(out, month, 2);
   out = WriteInteger(out, year % 100, 2);
@@ -115,6 +120,7 @@ bool FormatDate(unsigned short year, unsigned char month, unsigned char day, uns
 void SplitTimeOfDay(double secondsOfDay, unsigned char& hours, unsigned char& minutes, double& seconds) {
   constexpr double kLimit = 0x1p63;  // of a 64-bit integer
   const double hundredths = std::floor(secondsOfDay * 100 + 0.5);
+  // Converting a double that an integer cannot hold is undefined behavior; NaN fails both comparisons.
   const bool isInRange = hundredths >= -kLimit && hundredths < kLimit;
   const double rounded = isInRange ? static_cast<double>(static_cast<std::int64_t>(hundredths)) / 100.0 : 0.0;
   hours = static_cast<unsigned char>(static_cast<std::int64_t>(rounded / 3600));
@@ -132,12 +138,14 @@ bool ReverseBytes(unsigned char* bytes, unsigned char count) {
 void CopyStringBounded(char* dest, const char* src, const char* fallback, unsigned int destSize) {
   const char* const source = src != nullptr ? src : fallback;
   if (dest == nullptr || destSize == 0 || source == nullptr) return;
+  // The NUL always fits: the text is cut instead.
   const std::size_t length = std::min<std::size_t>(destSize - 1, std::strlen(source));
   std::memcpy(dest, source, length);
   dest[length] = '\0';
 }
 
 const char* FindLastChar(const char* text, char c) {
+  // strrchr would find the end of the text for a NUL.
   if (text == nullptr || *text == '\0' || c == '\0') return nullptr;
   return std::strrchr(text, c);
 }

@@ -33,8 +33,10 @@ void C_FieldTokenizer::SetText(const char* text) { SetText(text, text == nullptr
 void C_FieldTokenizer::SetText(const char* text, std::size_t length) {
   mu_TextLength = 0;
   if (text != nullptr) {
+    // A text given by its length need not end with a NUL, and nothing after it may be read.
     const void* const end = std::memchr(text, '\0', length);
     const std::size_t textLength = end == nullptr ? length : static_cast<const char*>(end) - text;
+    // A text that does not fit becomes empty. Cut short it would look like a complete one.
     if (textLength > 0 && textLength < mu_Capacity) {
       std::memcpy(mpc_Text.get(), text, textLength);
       mu_TextLength = static_cast<unsigned int>(textLength);
@@ -49,6 +51,7 @@ void C_FieldTokenizer::SetDelimiters(const char* delimiters) {
   m_delimiters = C_CharSet();
   if (delimiters == nullptr) return;
   const std::string_view set(delimiters);
+  // More delimiters mean none at all; the header promises this.
   if (set.size() <= kMaxDelimiters) m_delimiters = C_CharSet(set);
   mb_DelimitersSet = true;
   CountFields();
@@ -59,9 +62,11 @@ int C_FieldTokenizer::GetFieldCount() const {
 }
 
 unsigned char C_FieldTokenizer::GetNextField(char* out, unsigned int outSize) {
+  // Before anything can fail: a host that ignores the result finds an empty field.
   if (out != nullptr) std::memset(out, 0, outSize);
   std::string_view field;
   if (!m_walk.Next(field)) return 0;
+  // The walk has moved on already, so a field that does not fit is passed over.
   if (out == nullptr || field.size() > outSize) return 0;
   std::memcpy(out, field.data(), field.size());
   if (mu16_FieldIndex == kMaxFields) return 0;
@@ -82,6 +87,7 @@ void C_FieldTokenizer::CountFields() {
   mi_FieldCount = -1;
   if (!mb_Enabled || !mb_TextSet || !mb_DelimitersSet) return;
   Rewind();
+  // Counting uses the walk itself, which is rewound before and after.
   int count = 0;
   std::string_view field;
   while (count < static_cast<int>(kMaxFields) && m_walk.Next(field) && field.size() <= kMaxCountedField) ++count;

@@ -1,3 +1,5 @@
+// Nearly all fields are plain digits, so each reader tries those first. Only the rest pays for the check of every
+// character and for the full scan.
 #include "textproto/FieldValues.h"
 
 #include <limits>
@@ -18,6 +20,7 @@ constexpr C_CharSet kDecimalChars(" +-.0123456789DEde");
 template <class Value>
 [[gnu::noinline]] bool ParseStrictly(std::string_view text, const C_CharSet& allowed,
                                      std::size_t (*scan)(std::string_view, Value&), Value& value, bool allowEmpty) {
+  // Modulo 65,536, as the header promises. No field of a sentence is that long.
   if (static_cast<unsigned short>(text.size()) == 0) {
     if (allowEmpty) value = 0;
     return allowEmpty;
@@ -102,6 +105,7 @@ bool ParseFieldHex32(std::string_view field, unsigned int defaultValue, unsigned
   return true;
 }
 
+// "123519.00" is 12:35:19. NMEA 0183 leaves the number of decimals open.
 bool ParseTimeOfDay(std::string_view field, unsigned int& hours, unsigned int& minutes, double& seconds) {
   constexpr std::size_t kSecondsLength = 5;  // ss.ss; receivers send three decimals and more, the rest is ignored
   hours = 0;
@@ -119,10 +123,12 @@ bool ParseTimeOfDaySeconds(std::string_view field, double& secondsOfDay) {
   double seconds = 0.0;
   secondsOfDay = 0.0;
   if (!ParseTimeOfDay(field, hours, minutes, seconds)) return false;
+  // No check of ranges: 235960 is a leap second.
   secondsOfDay = IsNotAvailable(seconds) ? NA_DOUBLE : hours * 3600 + minutes * 60 + seconds;
   return true;
 }
 
+// "4807.038" is 48 degrees and 7.038 minutes, "00833.91522" 8 degrees and 33.91522 minutes.
 // field = degree+ minute minute "." digit*. How many digits of degrees there are is not said: the minutes are found
 // from the point.
 bool ParseDegreesMinutes(std::string_view field, double& degrees) {
@@ -140,6 +146,7 @@ bool ParseDegreesMinutes(std::string_view field, double& degrees) {
   return true;
 }
 
+// "010324" is 1 March 2024.
 bool ParseDate(std::string_view field, const S_Date& defaultDate, S_Date& date) {
   constexpr unsigned short kCentury = 2000;  // two digits do not say which
   date = defaultDate;

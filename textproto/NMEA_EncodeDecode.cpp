@@ -18,12 +18,15 @@ namespace {
 
 static_assert(sizeof(U_EcdDcdData) == 104);  // hosts of other languages lay it out by hand
 
+// Bytes of a sentence with its checksum. Receivers exceed the 82 characters that NMEA 0183 allows, so the upper limit
+// is that of the work buffer.
 constexpr unsigned short kMinLength = 8;
 constexpr unsigned short kMaxLength = 1024;
 
 template <class Record>
 unsigned int DecodeSentence(const S_NmeaSentence<Record>& rules, const unsigned char* sentence, unsigned short length,
                             Record& record) {
+  // Before any check: after a failure the record holds markers, never values of an earlier sentence.
   SetEmpty(rules, record);
   if (sentence == nullptr) return eResultNull;
   if (length > kMaxLength) return eResultTooLong;
@@ -36,8 +39,10 @@ unsigned int DecodeSentence(const S_NmeaSentence<Record>& rules, const unsigned 
 template <class Record>
 [[nodiscard]] unsigned int WriteFields(const S_NmeaSentence<Record>& rules, const Record& record, char* buffer) {
   buffer[0] = '\0';
+  // A record that was reset and never filled has no talker; its sentence would not be recognized.
   if (record.talker[0] == '\0' || record.talker[1] == '\0') return eResultOutOfRange;
   C_SentenceText sentence(buffer);
+  // Room for the address is not a question: the buffer is empty.
   sentence.AppendUnchecked("$");
   sentence.AppendUnchecked({record.talker, sizeof record.talker});
   sentence.AppendUnchecked(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[rules.type]);
@@ -70,6 +75,7 @@ C_NMEA_EncodeDecode::~C_NMEA_EncodeDecode() = default;
 
 unsigned int C_NMEA_EncodeDecode::Reset() {
   m_lastResult = eResultOk;
+  // All of it: hosts may look at the buffer.
   std::memset(m_workBuffer, 0, sizeof m_workBuffer);
   return eResultOk;
 }
@@ -82,6 +88,7 @@ const unsigned char* C_NMEA_EncodeDecode::GetWorkBuffer() const {
 
 unsigned int C_NMEA_EncodeDecode::Decode(unsigned char* sentence, unsigned short length,
                                          C_RawDataMessage::eNMEA0183Messages type, U_EcdDcdData& data) {
+  // The union includes bytes of no member of the record. They must not depend on what it held before.
   std::memset(&data, 0, sizeof data);
   return m_lastResult = DecodeChecked(sentence, length, type, data);
 }
@@ -90,6 +97,7 @@ unsigned int C_NMEA_EncodeDecode::DecodeChecked(unsigned char* sentence, unsigne
                                                 C_RawDataMessage::eNMEA0183Messages type, U_EcdDcdData& data) {
   if (sentence == nullptr) return eResultNull;
   if (length < kMinLength) return eResultTooLong;
+  // Before the type: a damaged sentence must not be reported as one that is not supported.
   if (!ValidateNmeaCheckSum(sentence, length)) return eResultChecksum;
   return VisitSentence(
       type, [&](const auto& rules, auto member) { return DecodeSentence(rules, sentence, length, data.*member); });
@@ -97,9 +105,11 @@ unsigned int C_NMEA_EncodeDecode::DecodeChecked(unsigned char* sentence, unsigne
 
 unsigned int C_NMEA_EncodeDecode::Encode(const void* record, C_RawDataMessage::eNMEA0183Messages type,
                                          unsigned char* out, unsigned short& length) {
+  // Composed in the work buffer, so that a failure leaves `out` and `length` alone.
   unsigned short sentenceLength = 0;
   m_lastResult = record == nullptr || out == nullptr ? eResultNull : EncodeAny(record, type, sentenceLength);
   if (m_lastResult != eResultOk) return m_lastResult;
+  // With the NUL.
   std::memcpy(out, m_workBuffer, sentenceLength + std::size_t{1});
   length = sentenceLength;
   return m_lastResult;
@@ -115,6 +125,7 @@ unsigned int C_NMEA_EncodeDecode::EncodeAny(const void* record, C_RawDataMessage
 unsigned char C_NMEA_EncodeDecode::GetNmeaCheckSum(const unsigned char* bytes, unsigned short start,
                                                    unsigned short count) {
   if (bytes == nullptr) return 0;
+  // One byte is summed even for a count of 0, as the header says.
   return velagnss::framing::XorOf(bytes + start, std::max<unsigned int>(count, 1));
 }
 
@@ -128,6 +139,7 @@ bool C_NMEA_EncodeDecode::GetNmeaLatLonFromString(const unsigned char* field, do
   return field != nullptr && ParseDegreesMinutes(reinterpret_cast<const char*>(field), value);
 }
 
+// One type each, without testing the checksum: for text that a host has checked or composed itself.
 unsigned int C_NMEA_EncodeDecode::Decode_GGA(unsigned char* sentence, unsigned short length, S_GGA_Data& record) {
   return DecodeSentence(kGga, sentence, length, record);
 }
@@ -153,6 +165,7 @@ unsigned int C_NMEA_EncodeDecode::Decode_VTG(unsigned char* sentence, unsigned s
   return DecodeSentence(kVtg, sentence, length, record);
 }
 
+// One type each, into the work buffer.
 unsigned int C_NMEA_EncodeDecode::Encode_GGA(const S_GGA_Data& record, unsigned short& length) {
   return EncodeSentence(*this, kGga, record, m_workBuffer, length);
 }

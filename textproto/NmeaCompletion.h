@@ -23,9 +23,13 @@ struct S_CheckedText {
 [[nodiscard]] unsigned int CompleteFields(const S_CheckedText& checked, t_NmeaFields& fields, std::string_view& rest);
 
 // What single types need, for their tables.
+// GSV may end after its last satellite, with the signal id next to it: that is moved to its place.
 void ArrangeGsv(t_NmeaFields& fields);
+// The signal id is a hexadecimal digit since NMEA 0183 4.11; the decoder reads decimal.
 void AmendGsv(t_NmeaFields& fields);
+// An empty direction of the magnetic variation becomes "E": left empty it would make the longitude not available.
 void AmendRmc(t_NmeaFields& fields);
+// VTG of old receivers has four numbers and no units.
 void ArrangeVtg(t_NmeaFields& fields);
 
 }  // namespace velagnss::textproto

@@ -13,11 +13,14 @@ namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
 
+// With leading zeros: fields such as hours have a fixed width.
 void AddPadded(C_FieldText& field, unsigned int value, unsigned int digits) {
   field.SetEnd(NumberText::WriteInteger(field.End(), value, digits));
 }
 
 // Integers, as C passes them to printf.
+// A format from a host is only data: it is taken apart here, so that none of its conversions can make printf read an
+// argument that was not passed.
 unsigned int EmitInteger(char* msg, const char* format, int notAvailable, int value, bool leadingComma) {
   C_PrintFormat parsed;
   if (msg == nullptr || format == nullptr) return eResultNull;
@@ -48,6 +51,7 @@ void AddDegreesAndMinutes(C_FieldText& field, const S_AngleStyle& style, const C
 
 }  // namespace
 
+// "123519.00". The negated condition refuses NaN as well.
 unsigned int AppendTime(C_SentenceText& sentence, double notAvailable, double secondsOfDay, bool leadingComma) {
   C_FieldText field;
   if (leadingComma) field.Add(',');
@@ -63,6 +67,7 @@ unsigned int AppendTime(C_SentenceText& sentence, double notAvailable, double se
   return sentence.Append(field);
 }
 
+// "4807.03800000,N"; some sentences of other systems put the letter first.
 unsigned int AppendAngle(C_SentenceText& sentence, const S_AngleStyle& style, const C_PrintFormat& minutesFormat,
                          double notAvailable, double degrees, S_AngleLayout layout) {
   C_FieldText field;
@@ -72,6 +77,7 @@ unsigned int AppendAngle(C_SentenceText& sentence, const S_AngleStyle& style, co
     return sentence.Append(field);
   }
   const double magnitude = std::fabs(degrees);
+  // NaN fails this comparison, so it is refused, too.
   if (!(magnitude <= style.limit)) return eResultOutOfRange;
   const char letter = degrees < 0 ? style.negative : style.positive;
   if (!layout.directionAfter) field.Add(letter);
@@ -89,6 +95,7 @@ using namespace velagnss::textproto;
 
 unsigned int C_NMEA_EncodeDecode::MsgAdd_CHAR(char* msg, const char* format, char notAvailable, char value,
                                               bool leadingComma) {
+  // By way of signed char: the text must not depend on whether the compiler's char has a sign.
   return EmitInteger(msg, format, static_cast<signed char>(notAvailable), static_cast<signed char>(value),
                      leadingComma);
 }
@@ -100,6 +107,7 @@ unsigned int C_NMEA_EncodeDecode::MsgAdd_S32(char* msg, const char* format, int 
 
 unsigned int C_NMEA_EncodeDecode::MsgAdd_U32(char* msg, const char* format, unsigned int notAvailable,
                                              unsigned int value, bool leadingComma) {
+  // "%u" and "%X" take the bits as unsigned again.
   return EmitInteger(msg, format, static_cast<int>(notAvailable), static_cast<int>(value), leadingComma);
 }
 
@@ -130,6 +138,9 @@ unsigned int C_NMEA_EncodeDecode::MsgAdd_LonDegMin(char* msg, const char* minute
 }
 
 unsigned int C_NMEA_EncodeDecode::MsgAdd_ChecksumCrLf(char* msg, unsigned short& length) const {
+  // "$GPGGA," is seven characters, so a shorter text has no field. The upper limit leaves room for "*hh", CR LF and the
+  // NUL in
+  // 1024 bytes.
   constexpr std::size_t kMinLength = 8;
   constexpr std::string_view kLineEnd = "\r\n";
   if (msg == nullptr) return eResultNull;

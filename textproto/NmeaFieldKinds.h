@@ -19,10 +19,12 @@ using t_Nmea = C_NMEA_EncodeDecode;
 
 // The record that a member belongs to.
 template <class Record, class Value>
+// Never defined: only its type is used.
 Record RecordOf(Value Record::*member);
 template <auto Member>
 using t_KindOf = S_FieldKind<decltype(RecordOf(Member))>;
 
+// The fields of a sentence begin with their comma, so none needs to know whether it is the last.
 [[nodiscard]] inline unsigned int AppendText(C_SentenceText& sentence, std::string_view text) {
   C_FieldText field;
   field.Add(',');
@@ -47,6 +49,7 @@ inline constexpr C_PrintFormat kTwoDecimals("%.2lf");
 inline constexpr C_PrintFormat kThreeDecimals("%.3lf");
 inline constexpr C_PrintFormat kMinutes("%011.8lf");  // of arc: 8 decimals are 0.02 mm
 
+// One for each type of member, which brings its marker along: a value equal to it becomes an empty field.
 [[nodiscard]] inline unsigned int AppendNumber(C_SentenceText& sentence, const C_PrintFormat& format, double value) {
   return AppendValue(sentence, format, NA_DOUBLE, value, true);
 }
@@ -67,6 +70,7 @@ template <class Value, std::size_t N>
   return eResultOk;
 }
 
+// The format is a template argument, so a table row is two function pointers and nothing else.
 template <auto Member, const C_PrintFormat& Format, class Record>
 unsigned int WriteNumber(C_SentenceText& sentence, const Record& record) {
   return AppendNumber(sentence, Format, record.*Member);
@@ -79,6 +83,7 @@ constexpr t_KindOf<Member> NumberAs = {Number<Member>, WriteNumber<Member, Forma
 // --- Times and dates: a field that is not one leaves the record as it is ---
 
 template <auto Member, class Record>
+// "123519.00"
 unsigned int ReadTime(std::string_view field, unsigned int, Record& record) {
   double secondsOfDay = 0.0;
   const bool isRead = ParseTimeOfDaySeconds(field, secondsOfDay);
@@ -97,6 +102,7 @@ constexpr t_KindOf<Member> Time = {ReadTime<Member>, WriteTime<Member>};
 // ddmmyy
 template <class Record>
 unsigned int ReadDate(std::string_view field, unsigned int, Record& record) {
+  // A local first: a bad date must not leave the day of one and the year of another.
   S_Date date = {};
   if (!ParseDate(field, {NA_U16, NA_U8, NA_U8}, date)) return eResultBadField;
   record.year = date.year;
@@ -107,6 +113,7 @@ unsigned int ReadDate(std::string_view field, unsigned int, Record& record) {
 
 template <class Record>
 unsigned int WriteDate(C_SentenceText& sentence, const Record& record) {
+  // ddmmyy and a NUL.
   char text[8];
   const bool isDate = UTIL::FormatDate(record.year, record.month, record.day, NA_U16, NA_U8, NA_U8, text);
   return isDate ? AppendText(sentence, text) : eResultOutOfRange;
@@ -117,6 +124,7 @@ constexpr S_FieldKind<Record> Date = {ReadDate<Record>, WriteDate<Record>};
 
 // --- Angles: two fields, the number and its direction letter ---
 
+// "4807.038": degrees and minutes of arc, without a sign.
 inline unsigned int ReadDegrees(std::string_view field, double& degrees) {
   double value = 0.0;
   const bool isRead = ParseDegreesMinutes(field, value);
@@ -129,11 +137,13 @@ inline unsigned int ApplyDirection(std::string_view field, const S_AngleStyle& s
   if (field.empty()) degrees = NA_DOUBLE;
   if (field.empty() || field == std::string_view(&style.positive, 1)) return eResultOk;
   if (field != std::string_view(&style.negative, 1)) return eResultBadField;
+  // A letter without a number, which some receivers send before their first fix, must not turn the marker around.
   if (!IsNotAvailable(degrees)) degrees = -degrees;
   return eResultOk;
 }
 
 template <auto Member, const S_AngleStyle& Style, class Record>
+// The number comes first and is stored as positive; the letter then decides its sign.
 unsigned int ReadAngle(std::string_view field, unsigned int index, Record& record) {
   return index == 0 ? ReadDegrees(field, record.*Member) : ApplyDirection(field, Style, record.*Member);
 }
@@ -144,8 +154,10 @@ unsigned int WriteAngle(C_SentenceText& sentence, const Record& record) {
 }
 
 template <auto Member>
+// "4807.03800000,N"
 constexpr t_KindOf<Member> Latitude = {ReadAngle<Member, kLatitudeStyle>, WriteAngle<Member, kLatitudeStyle>};
 template <auto Member>
+// "01131.00000000,E"
 constexpr t_KindOf<Member> Longitude = {ReadAngle<Member, kLongitudeStyle>, WriteAngle<Member, kLongitudeStyle>};
 
 // --- Letters ---
@@ -154,6 +166,7 @@ constexpr t_KindOf<Member> Longitude = {ReadAngle<Member, kLongitudeStyle>, Writ
 template <auto Member, auto ValueOfLetter, class Record>
 unsigned int ReadCode(std::string_view field, unsigned int, Record& record) {
   if (field.size() > 1) return eResultBadField;
+  // Unknown letters have a value, too: standards add letters, and a new one must not cost the whole sentence.
   record.*Member = ValueOfLetter(field.empty() ? '\0' : field[0]);
   return eResultOk;
 }
@@ -167,12 +180,14 @@ template <auto Member, auto ValueOfLetter, auto LetterOfValue>
 constexpr t_KindOf<Member> Code = {ReadCode<Member, ValueOfLetter>, WriteCode<Member, LetterOfValue>};
 
 template <auto Member>
+// A, D, E, ... of NMEA 0183 from 2.3 on, and S, C, U, V from 4.1 on.
 constexpr t_KindOf<Member> Mode = Code<Member, t_Nmea::GetModIndicatorEnum, t_Nmea::GetModIndicatorChar>;
 template <auto Member>
 constexpr t_KindOf<Member> NavStatus = Code<Member, t_Nmea::GetNavStatusEnum, t_Nmea::GetNavStatusChar>;
 
 // A letter kept as it is, one of a few; an empty field is none of them.
 template <auto Member, char... Letters, class Record>
+// For operation mode and fix type of GSA.
 unsigned int ReadOneOf(std::string_view field, unsigned int, Record& record) {
   if (field.size() != 1 || ((field[0] != Letters) && ...)) return eResultBadField;
   record.*Member = field[0];
@@ -197,6 +212,7 @@ unsigned int WriteUnit(C_SentenceText& sentence, const Record&) {
 }
 
 template <class Record, char Letter>
+// No reader: the field is passed over.
 constexpr S_FieldKind<Record> Unit = {nullptr, WriteUnit<Letter, Record>};
 
 }  // namespace velagnss::textproto::NmeaFieldKinds

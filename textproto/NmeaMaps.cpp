@@ -13,8 +13,11 @@ namespace {
 using namespace ALGO;
 
 // Letters by value; the NUL after the last of them is the empty field. A value beyond that is not valid.
+// Mode indicator of NMEA 0183: no fix, autonomous, differential, precise, RTK, float RTK, estimated, manual, simulator.
 constexpr char kModeLetters[] = "NADPRFEMSN";
+// Navigational status of NMEA 0183: safe, caution, unsafe, not valid.
 constexpr char kNavLetters[] = "SCUVV";
+// Status of GLL and RMC: valid or not. The letters between are what receivers send beyond the standard.
 constexpr char kGllLetters[] = "ADVV";
 constexpr char kRmcLetters[] = "ADFPRVV";
 
@@ -106,6 +109,7 @@ const S_NmeaSS2Algo C_NMEA_EncodeDecode::mpps_NmeaSS2AlgoMap[6][16] = {
 
 C_RawDataMessage::eNMEA0183Messages C_NMEA_EncodeDecode::GetNmeaPreamble(const char* sentence, unsigned char length,
                                                                          char* talker) {
+  // "$GPGGA": two characters of talker, three of formatter. The talker is given for unknown formatters, too.
   if (sentence == nullptr || length < 6 || sentence[0] != '$') return C_RawDataMessage::eNmeaUnknown;
   if (talker != nullptr) std::memcpy(talker, sentence + 1, 2);
   return velagnss::textproto::SentenceIds::Find(sentence + 3);
@@ -149,6 +153,7 @@ bool C_NMEA_EncodeDecode::MapAlgoSystemId2Nmea(const eGNSSSystem& system, unsign
 bool C_NMEA_EncodeDecode::MapNmeaSignalId2Algo(unsigned char nmeaSystem, unsigned char nmeaSignal,
                                                eGNSSFrequency& frequency, eGNSSTrackType& trackType) {
   const S_NmeaSS2Algo empty;
+  // Unused places of the map carry 255 for both ids. Asking for 255 must not find one of them.
   const bool isInRange = nmeaSystem < 7 && nmeaSignal < 16;
   const auto isWanted = [nmeaSignal](const S_NmeaSS2Algo& row) { return row.nmeaSignal == nmeaSignal; };
   const S_NmeaSS2Algo* const row = isInRange ? FindRow(nmeaSystem, isWanted) : nullptr;
@@ -159,6 +164,7 @@ bool C_NMEA_EncodeDecode::MapNmeaSignalId2Algo(unsigned char nmeaSystem, unsigne
 
 bool C_NMEA_EncodeDecode::MapAlgoSigInfo2Nmea(eGNSSSystem system, eGNSSFrequency frequency, eGNSSTrackType trackType,
                                               unsigned char& nmeaSignal) {
+  // The first row of a block means all signals and is not one of them; unused places have values beyond these.
   const bool isInRange = system <= GNSS_QZSS && frequency < FREQ_ALL && trackType < TRACK_ALL;
   const auto isWanted = [frequency, trackType](const S_NmeaSS2Algo& row) {
     return row.frequency == frequency && row.trackType == trackType;

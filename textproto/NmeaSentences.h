@@ -37,6 +37,7 @@ struct S_Completion {
   void (*amend)(t_NmeaFields& fields);
 };
 
+// All that is known of a sentence. The tables are in NmeaSentences.cpp.
 template <class Record>
 struct S_NmeaSentence {
   t_SentenceType type;
@@ -46,6 +47,7 @@ struct S_NmeaSentence {
   S_Completion completion;
 };
 
+// Not inline: their rules refer to templates that only one source needs to see.
 extern const S_NmeaSentence<S_GGA_Data> kGga;
 extern const S_NmeaSentence<S_GNS_Data> kGns;
 extern const S_NmeaSentence<S_ZDA_Data> kZda;
@@ -83,6 +85,7 @@ unsigned int VisitSentence(t_SentenceType type, Visitor visit) {
 
 // What the first six characters of a sentence say: "$", talker, sentence id.
 inline t_SentenceType TypeOf(std::string_view sentence) {
+  // "$GPGGA"
   constexpr std::size_t kLength = 6;
   if (sentence.size() < kLength || sentence[0] != '$') return C_RawDataMessage::eNmeaUnknown;
   return SentenceIds::Find(sentence.data() + 3);
@@ -91,6 +94,7 @@ inline t_SentenceType TypeOf(std::string_view sentence) {
 // Sets every value to its marker, and the padding to zero.
 template <class Record>
 void SetEmpty(const S_NmeaSentence<Record>& sentence, Record& record) {
+  // By memcpy, because an assignment may leave the padding as it was.
   std::memcpy(&record, &sentence.empty, sizeof record);
 }
 
@@ -99,6 +103,7 @@ void SetEmpty(const S_NmeaSentence<Record>& sentence, Record& record) {
 template <class Record>
 [[nodiscard]] unsigned int DecodeFields(const S_NmeaSentence<Record>& sentence, const t_NmeaFields& fields,
                                         t_SentenceType type, Record& record) {
+  // Longer ids pass as long as they begin with a known one.
   constexpr std::size_t kMinId = 6;
   if (fields.Count() < sentence.minFields) return eResultBadField;
   const std::string_view id = fields[0];

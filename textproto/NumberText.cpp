@@ -19,6 +19,7 @@ constexpr int kNoDigit = 99;
 
 constexpr bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
+// ASCII only: tolower follows the locale.
 constexpr char ToLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 constexpr int DigitValue(char c) {
@@ -67,6 +68,7 @@ template <int Base>
 bool ScanMagnitude(C_Reader& reader, bool& isNegative, unsigned long long& magnitude) {
   reader.SkipSpace();
   isNegative = reader.SkipSign();
+  // Optional. A lone "0x" has no digits after it and is refused, where scanf would read its 0.
   if (Base == 16) reader.SkipWord("0x");
   if (!IsDigit<Base>(reader.Peek())) return false;
   constexpr unsigned long long kMax = std::numeric_limits<unsigned long long>::max();
@@ -87,6 +89,7 @@ std::size_t ScanUnsigned(std::string_view text, Unsigned& value) {
   unsigned long long magnitude = 0;
   if (!ScanMagnitude<Base>(reader, isNegative, magnitude)) return 0;
   if (magnitude > std::numeric_limits<Unsigned>::max()) return 0;
+  // As scanf does: "-1" is the greatest value.
   value = static_cast<Unsigned>(isNegative ? 0 - magnitude : magnitude);
   return reader.Used();
 }
@@ -119,6 +122,7 @@ template <int Base>
 void AddDigit(S_Digits& digits, int digit, bool isFraction) {
   if (digits.count < kLeadingDigits<Base>) {
     digits.leading = digits.leading * Base + static_cast<unsigned int>(digit);
+    // Leading zeros do not use up the digits that fit.
     if (digits.leading != 0) ++digits.count;
     if (isFraction) --digits.exponent;
     return;
@@ -151,6 +155,7 @@ bool ScanExponent(C_Reader& reader, char letter, long long& exponent) {
   const bool isNegative = reader.SkipSign();
   if (!IsDigit<10>(reader.Peek())) return false;
   for (; IsDigit<10>(reader.Peek()); reader.Skip())
+    // Stops growing instead of overflowing. The digits are still used up.
     if (exponent < kFarOut) exponent = exponent * 10 + DigitValue(reader.Peek());
   if (isNegative) exponent = -exponent;
   return true;
@@ -181,6 +186,7 @@ bool ConvertShortDecimal(const S_Digits& digits, double& value) {
   return true;
 }
 
+// Up to 19 digits and small exponents cover all that receivers send; the rest goes to <charconv>.
 bool ScanDecimal(C_Reader& reader, double& value) {
   const char* const first = reader.Here();
   S_Digits digits;
@@ -203,6 +209,7 @@ bool ScanHexadecimal(C_Reader& reader, double& value) {  // after "0x"
 
 bool ScanInfinity(C_Reader& reader, double& value) {  // after "inf"
   value = std::numeric_limits<double>::infinity();
+  // "infin" is a word cut off, neither "inf" with text after it nor "infinity".
   return ToLower(reader.Peek()) != 'i' || reader.SkipWord("inity");
 }
 
@@ -283,6 +290,7 @@ std::size_t ScanHex32(std::string_view text, unsigned int& value) { return ScanU
 std::size_t ScanHex64(std::string_view text, unsigned long long& value) { return ScanUnsigned<16>(text, value); }
 
 bool ReadPlainDecimal(std::string_view text, double& value) {
+  // Such a number is exact in a double and so is its power of ten: one division, hence rounded correctly (IEEE 754).
   constexpr std::size_t kMaxDigits = 15;  // below 2^53
   if (text.size() > kMaxDigits + 1) return false;
   std::uint64_t number = 0;
@@ -309,6 +317,7 @@ std::size_t ScanDouble(std::string_view text, double& value) {
 
 char* WriteFixed(char* out, double value, unsigned int decimals, unsigned int width) {
   std::size_t minLength = width;
+  // By its bit: printf writes "-0.0" for a negative zero, which compares equal to zero.
   if (std::signbit(value)) {
     *out++ = '-';
     if (minLength > 0) --minLength;
@@ -317,6 +326,7 @@ char* WriteFixed(char* out, double value, unsigned int decimals, unsigned int wi
   std::uint64_t scaled = 0;
   if (ScaleExactly(magnitude, decimals, scaled)) return WriteScaled(out, scaled, decimals, minLength);
   if (!std::isfinite(value)) return WriteNonFinite(out, value);
+  // Rare from here on: numbers of 10^9 and more, or more decimals than any sentence has.
   char digits[kMaxFixedLength + kMaxDecimals];
   const auto [end, error] =
       std::to_chars(digits, digits + sizeof digits, magnitude, std::chars_format::fixed, static_cast<int>(decimals));
@@ -326,6 +336,7 @@ char* WriteFixed(char* out, double value, unsigned int decimals, unsigned int wi
 char* WriteInteger(char* out, long long value, unsigned int width) {
   const bool isNegative = value < 0;
   if (isNegative) *out++ = '-';
+  // Negated as unsigned: the least integer has no positive counterpart.
   const std::uint64_t magnitude =
       isNegative ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
   std::size_t digits = CountDigits(magnitude);

@@ -52,6 +52,7 @@ namespace Implementation {
 // Appends the digits from `at` on to the number, as far as they go; gives back where they end.
 inline const char* AppendDigits(const char* at, const char* end, std::uint64_t& number) {
   for (; at != end; ++at) {
+    // Unsigned, so that one comparison rules out everything below "0" as well.
     const unsigned int digit = static_cast<unsigned char>(*at) - static_cast<unsigned int>('0');
     if (digit > 9) break;
     number = number * 10 + digit;

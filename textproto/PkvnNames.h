@@ -10,6 +10,7 @@
 
 namespace velagnss::textproto::PkvnSentences {
 
+// "P" for proprietary and the maker's three letters (NMEA 0183).
 inline constexpr std::string_view kPrefix = "$PKVN,";
 
 // The row is the message type.
@@ -21,6 +22,7 @@ static_assert(kNames[VelaPKVN_Messages::ePkvnARN_ROUTER] == "ARN_ROUTER" &&
 
 // The name at the start of the text after the prefix: up to a comma or a NUL, at most 31 characters.
 constexpr std::string_view NameIn(std::string_view afterPrefix) {
+  // More than any name has: a longer text cannot be one, wherever its comma is.
   constexpr std::size_t kMaxName = 31;
   return afterPrefix.substr(0, std::min(kMaxName, afterPrefix.find_first_of(std::string_view(",\0", 2))));
 }

@@ -35,6 +35,7 @@ struct S_PkvnSentence {
 
 // Unlike those of NMEA sentences, times and dates leave in the record what was read before a failure: a bad time is 0.
 template <class Record>
+// "120000.00"
 unsigned int Time(std::string_view field, unsigned int, Record& record) {
   return ResultOf(ParseTimeOfDaySeconds(field, record.timeOfDay));
 }
@@ -52,6 +53,7 @@ unsigned int Date(std::string_view field, unsigned int, Record& record) {
 // One of two letters; 0 when empty.
 template <auto Member, char First, char Second, class Record>
 unsigned int Letter(std::string_view field, unsigned int, Record& record) {
+  // Before the checks: a bad letter leaves the member empty.
   record.*Member = 0;
   if (field.empty()) return eResultOk;
   if (field.size() != 1 || (field[0] != First && field[0] != Second)) return eResultBadField;
@@ -72,6 +74,7 @@ unsigned int Text(std::string_view field, unsigned int, Record& record) {
 }
 
 template <class Record>
+// Kept as text, one element per field, in the order of the sentence.
 unsigned int Rest(std::string_view field, unsigned int index, Record& record) {
   return ReadText(field, record.rest[index]);
 }
@@ -80,6 +83,7 @@ unsigned int Rest(std::string_view field, unsigned int index, Record& record) {
 
 // clang-format off
 
+// $PKVN,ATTSTAT,7,rover,1.5,-2.5,N,3.5,4.5,R,9,L1,(4,5,6),E5a+b,(7,8,9)*33
 inline constexpr S_FieldRule<S_PKvnAttStat> kAttStatRules[] = {
     {2, 1, Number<&S_PKvnAttStat::field2>},
     {3, 1, Text<&S_PKvnAttStat::text3>},
@@ -93,6 +97,7 @@ inline constexpr S_FieldRule<S_PKvnAttStat> kAttStatRules[] = {
     {11, kMaxRestFields, Rest},
 };
 
+// $PKVN,GBS,010203.50,1.5,2.5,3.5,4,5.5,6.5,7.5,8,9,10*4E
 inline constexpr S_FieldRule<S_PKvnGbs> kGbsRules[] = {
     {2, 1, Time},
     {3, 1, Number<&S_PKvnGbs::field3>},
@@ -107,6 +112,7 @@ inline constexpr S_FieldRule<S_PKvnGbs> kGbsRules[] = {
     {12, 1, Number<&S_PKvnGbs::field12>},
 };
 
+// $PKVN,HPR,120000.00,271.50,-1.25,0.75,G*15
 inline constexpr S_FieldRule<S_PKvnHpr> kHprRules[] = {
     {2, 1, Time},
     {3, 1, Number<&S_PKvnHpr::heading>},
@@ -115,6 +121,7 @@ inline constexpr S_FieldRule<S_PKvnHpr> kHprRules[] = {
     {6, 1, Letter<&S_PKvnHpr::field6, 'N', 'G'>},
 };
 
+// $PKVN,BLV,120000.00,290224,1.5,-2.5,3.5,65000,8,9,0.5*66
 inline constexpr S_FieldRule<S_PKvnBlv> kBlvRules[] = {
     {2, 1, Time},
     {3, 1, Date},
@@ -127,6 +134,7 @@ inline constexpr S_FieldRule<S_PKvnBlv> kBlvRules[] = {
     {10, 1, Number<&S_PKvnBlv::field10>},
 };
 
+// $PKVN,FVI,120000.00,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,rover,20,21,1,2,3,4,22,23*3F
 inline constexpr S_FieldRule<S_PKvnFvi> kFviRules[] = {
     {2, 1, Time},
     {3, 19, Number<&S_PKvnFvi::field3to21>},
@@ -141,6 +149,7 @@ inline constexpr S_FieldRule<S_PKvnFvi> kFviRules[] = {
     {30, 1, Number<&S_PKvnFvi::field30>},
 };
 
+// Everything is kept as text: the number of signals varies, and what the numbers mean is not known.
 inline constexpr S_FieldRule<S_PKvnRtkStat> kRtkStatRules[] = {
     {2, kMaxRestFields, Rest},
 };
@@ -162,6 +171,8 @@ inline constexpr S_FieldRule<S_PKvnINTLT> kIntltRules[] = {{2, 1, Number<&S_PKvn
 
 inline constexpr S_FieldRule<S_PKvnTEMPERATURE> kTemperatureRules[] = {{2, 1, Number<&S_PKvnTEMPERATURE::field2>}};
 
+// Four fields are enough, so in a short sentence the digits of the checksum are read as a number; if they are none, the
+// sentence is refused.
 inline constexpr S_FieldRule<S_PKvnARN> kArnRules[] = {
     {2, 1, Number<&S_PKvnARN::field2>},
     {3, 1, Number<&S_PKvnARN::field3>},
@@ -192,6 +203,7 @@ inline constexpr S_PkvnSentence<S_PKvnARN> kArn                 = {kNames[ePkvnA
 // clang-format on
 
 template <class Record>
+// Position after the last field that the rules take.
 constexpr std::size_t EndOf(const S_PkvnSentence<Record>& sentence) {
   return EndOfFields(sentence.rules, kFirstField);
 }
@@ -209,6 +221,7 @@ using t_PkvnFields = C_SentenceFields<S_FieldLimits{EndOf(kAttStat) + 1, 2047, k
 // Not available: what a sentence of empty fields leaves. Padding is zero, too.
 template <class Record>
 void SetEmpty(const S_PkvnSentence<Record>& sentence, Record& record) {
+  // Zero first: ReadText relies on it, and so do hosts that compare records as bytes.
   std::memset(&record, 0, sizeof record);
   for (const S_FieldRule<Record>& rule : sentence.rules)
     for (unsigned int i = 0; i < rule.count; ++i) rule.kind.read({}, i, record);
@@ -219,12 +232,15 @@ template <class Record>
 [[nodiscard]] unsigned int DecodeFields(const S_PkvnSentence<Record>& sentence, const t_PkvnFields& fields,
                                         Record& record) {
   if (fields.Count() < sentence.minFields) return eResultBadField;
+  // The operations for one type are not preceded by the frame check, so the name is compared here.
   if (fields[0] != "$PKVN" || fields[1] != sentence.name) return eResultWrongSentence;
   const unsigned int result = ReadFields(fields, sentence.rules, record);
   if (result != eResultOk) return result;
+  // The checksum digits count among the kept texts: they are a field like any other.
   const std::size_t end = std::min(fields.Count(), EndOf(sentence));
   if constexpr (requires { record.restCount; })
     record.restCount = static_cast<unsigned short>(end - sentence.rules.back().first);
+  // A list that was cut must not pass for a whole one.
   return sentence.isReadToTheEnd && end < fields.Count() ? eResultBadField : eResultOk;
 }
 

@@ -11,10 +11,12 @@
 namespace velagnss::textproto {
 namespace {
 
+// "%%" in a format is a "%" in its text.
 void AddUnescaped(C_FieldText& out, std::string_view text) {
   for (std::size_t at = 0; at < text.size(); at += text[at] == '%' ? 2 : 1) out.Add(text[at]);
 }
 
+// Letters for "inf", "nan", exponents and hexadecimal digits.
 bool IsOfNumber(char c) {
   return c == ' ' || c == '+' || c == '-' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
@@ -44,8 +46,10 @@ void C_PrintFormat::Print(C_FieldText& out, double value) const { PrintText(out,
 
 void C_PrintFormat::PrintNumber(C_FieldText& out, int value) const {
   const std::size_t width = static_cast<std::size_t>(m_width);
+  // Our writers do not check the room, so the longest outcome must fit.
   const bool isOwn = IsSimple('d') && m_precision == kNone && out.Room() >= width + NumberText::kMaxIntegerLength;
   if (isOwn) return out.SetEnd(NumberText::WriteInteger(out.End(), value, static_cast<unsigned int>(m_width)));
+  // The common "%c" without snprintf.
   if (m_conversion == 'c' && m_width <= 1) return out.Add(static_cast<char>(value));
   char number[C_FieldText::kCapacity];
   out.Add(PrintByCLibrary(number, value, out));
@@ -63,6 +67,7 @@ void C_PrintFormat::PrintNumber(C_FieldText& out, double value) const {
 
 template <std::size_t N, class Value>
 std::string_view C_PrintFormat::PrintByCLibrary(char (&number)[N], Value value, C_FieldText& out) const {
+  // Built anew from what was parsed: a string of the host never reaches snprintf as a format.
   char format[1 + kFlags.size() + sizeof "*.*c"];
   char* end = format;
   *end++ = '%';

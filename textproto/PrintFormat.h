@@ -52,6 +52,7 @@ class C_PrintFormat {
   static constexpr std::string_view kIntegerConversions = "cdiouxX";
   static constexpr std::string_view kRealConversions = "fFeEgGaA";  // an "l" may precede these
 
+  // For Parse; prints nothing until then.
   constexpr C_PrintFormat() = default;
 
   // Takes a format apart that is known to be right.
@@ -68,11 +69,14 @@ class C_PrintFormat {
   void Print(C_FieldText& out, double value) const;
 
  private:
+  // In the order of m_hasFlag.
   static constexpr std::string_view kFlags = "-+ #0";
+  // A negative precision counts as none, for printf as well.
   static constexpr int kNone = -1;
   // A greater width or precision is taken for this one: no field is that long, no double has that many digits.
   static constexpr int kMaxNumber = 2000;
 
+  // The parts of Parse. Positions move past what was read.
   constexpr bool ParseConversion(std::string_view format, std::size_t& at, std::string_view conversions);
   static constexpr int ParseNumber(std::string_view format, std::size_t& at);
   static constexpr bool IsPlainText(std::string_view text);

@@ -22,6 +22,7 @@ std::array<char, 3> ChecksumText(std::string_view text) {
 }
 
 std::size_t FindCheckedStar(std::string_view sentence) {
+  // Up to the star there must be "$", talker and formatter: "$GPGGA*hh".
   constexpr std::size_t kMinLength = 8;
   constexpr std::size_t kMinStar = 6;
   constexpr std::size_t kDigits = 2;
@@ -30,6 +31,7 @@ std::size_t FindCheckedStar(std::string_view sentence) {
   if (star == std::string_view::npos || star < kMinStar || star + kDigits >= sentence.size())
     return std::string_view::npos;
   const unsigned int sum = XorOf(sentence.substr(1, star - 1));
+  // Two upper-case digits are the rule, so they are compared without scanning.
   if (sentence[star + 1] == kHexDigits[sum >> 4] && sentence[star + 2] == kHexDigits[sum & 15]) return star;
   unsigned int expected = 0;  // digits in lower case, or a shorter number: "* 5" is 5
   const bool isNumber = NumberText::ScanHex32(sentence.substr(star + 1, kDigits), expected) != 0;

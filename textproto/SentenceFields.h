@@ -37,6 +37,7 @@ inline std::string_view TextOf(const unsigned char* bytes, std::size_t length) {
 template <S_FieldLimits Limits>
 class C_SentenceFields {
  public:
+  // Callers compare lengths with these before they split.
   static constexpr S_FieldLimits kLimits = Limits;
 
   explicit C_SentenceFields(std::string_view text) {
@@ -58,6 +59,7 @@ class C_SentenceFields {
 
   // Puts empty fields in front of the field `index`. There must be room for them.
   void Insert(std::size_t index, std::size_t number) {
+    // From the back, so that no field is overwritten before it has moved.
     S_Field* const first = m_fields + index;
     std::copy_backward(first, m_fields + m_size, m_fields + m_size + number);
     std::fill_n(first, number, S_Field{"", 0});
@@ -69,6 +71,7 @@ class C_SentenceFields {
   // `text` must outlive the fields.
   void Replace(std::size_t index, std::string_view text) {
     m_fields[index] = {text.data(), text.size()};
+    // The old size stays in the bits: that can only make a search happen that was not needed.
     m_sizeBits |= text.size();
   }
 

@@ -15,11 +15,13 @@ namespace velagnss::textproto::SentenceIds {
 
 using t_Sentence = C_RawDataMessage::eNMEA0183Messages;
 
+// An empty slot has id 0, which no three letters give.
 struct S_Slot {
   std::uint32_t id = 0;
   t_Sentence sentence = C_RawDataMessage::eNmeaUnknown;
 };
 
+// By shifts, not by memcpy: the same on every byte order, and the compiler can do it.
 constexpr std::uint32_t Pack(const char* id) {
   const auto byte = [id](unsigned int i) { return std::uint32_t{static_cast<unsigned char>(id[i])}; };
   return byte(0) | byte(1) << 8 | byte(2) << 16;
@@ -39,6 +41,7 @@ inline constexpr auto kSlots = [] {
 }();
 
 // The sentence whose id these three characters are; `eNmeaUnknown` for any others.
+// One multiplication and one comparison.
 constexpr t_Sentence Find(const char* id) {
   const S_Slot& slot = kSlots[SlotOf(Pack(id))];
   return slot.id == Pack(id) ? slot.sentence : C_RawDataMessage::eNmeaUnknown;

@@ -52,6 +52,7 @@ struct S_FieldRule {
 template <class Fields, class Record>
 [[nodiscard]] unsigned int ReadFields(const Fields& fields, std::span<const S_FieldRule<Record>> rules,
                                       Record& record) {
+  // Both are found once: they do not change while fields are read.
   const std::size_t readable = fields.Readable();
   const std::size_t count = fields.Count();
   for (const S_FieldRule<Record>& rule : rules) {
@@ -77,8 +78,10 @@ constexpr std::size_t EndOfFields(std::span<const S_FieldRule<Record>> rules, st
 
 // --- Readers of numbers and times: an empty field stores the marker, without an error ---
 
+// All readers of fields fail with the same code; which field it was is not reported.
 constexpr unsigned int ResultOf(bool isRead) { return isRead ? eResultOk : eResultBadField; }
 
+// The overload brings the marker of the type along.
 inline bool ReadNumber(std::string_view field, double& value) { return ParseFieldDBL(field, NA_DOUBLE, value); }
 inline bool ReadNumber(std::string_view field, unsigned char& value) { return ParseFieldU8(field, NA_U8, value); }
 inline bool ReadNumber(std::string_view field, unsigned short& value) { return ParseFieldU16(field, NA_U16, value); }

@@ -35,6 +35,7 @@ class C_SentenceText {
   }
 
  private:
+  // The buffer has room for more than the limit: units, checksum and line end come on top of it.
   char* m_text;
   std::size_t m_length;
 };
@@ -43,9 +44,11 @@ class C_SentenceText {
 struct S_AngleStyle {
   double limit;  // degrees, the greatest magnitude
   unsigned int degreeDigits;
+  // Direction letters: north and east are positive, as in the records.
   char positive;
   char negative;
 };
+// "4807.038,N" and "01131.000,E": two digits of degrees and three (NMEA 0183).
 inline constexpr S_AngleStyle kLatitudeStyle = {90.0, 2, 'N', 'S'};
 inline constexpr S_AngleStyle kLongitudeStyle = {180.0, 3, 'E', 'W'};
 

@@ -19,6 +19,7 @@ using PkvnSentences::kPrefix;
 
 namespace {
 
+// Bytes. The recognizer reads name and length limits from as many (framing/ProtocolTable.h).
 constexpr unsigned int kMinFrame = 18;
 
 struct S_ChannelName {
@@ -27,6 +28,7 @@ struct S_ChannelName {
 };
 
 // clang-format off
+// Signals as ATTSTAT and RTKSTAT list them: "L1,(1,2,3),E5a,(5)". Receivers write E5a and E5b in either case.
 constexpr S_ChannelName kChannelNames[] = {
     {"L1", ePkvnL1}, {"L2", ePkvnL2}, {"L5", ePkvnL5},
     {"G1", ePkvnG1}, {"G2", ePkvnG2},
@@ -60,6 +62,7 @@ bool HasChecksum(std::string_view sentence) {
 template <class Record>
 unsigned int DecodeSentence(const PkvnSentences::S_PkvnSentence<Record>& sentence, const unsigned char* frame,
                             unsigned short length, Record& record, Record& kept) {
+  // First of all: after a bad sentence hosts must not take the one before it for the current state.
   if (!sentence.isKeptOnFailure) SetEmpty(sentence, kept);
   if (frame == nullptr) return eResultNull;
   if (length < kMinFrame) return eResultBadSync;
@@ -77,6 +80,7 @@ C_VelaPKVN_Decode::C_VelaPKVN_Decode() { Reset(); }
 void C_VelaPKVN_Decode::Reset() {
   std::fill(std::begin(m_received), std::end(m_received), 0U);
   std::memset(&m_records, 0, sizeof m_records);
+  // Not zeros but markers: 0 is a valid heading.
   SetEmpty(PkvnSentences::kAttStat, m_records.attStat);
   SetEmpty(PkvnSentences::kGbs, m_records.gbs);
   SetEmpty(PkvnSentences::kHpr, m_records.hpr);
@@ -93,6 +97,7 @@ void C_VelaPKVN_Decode::Reset() {
 unsigned int C_VelaPKVN_Decode::ValidateFrame(const unsigned char* frame, unsigned short length, eMessageTypes& type,
                                               unsigned short& errorPosition) {
   if (frame == nullptr) return eResultNull;
+  // "$PKVN,HPR,120000.00,271.50,-1.25,0.75,G*hh"
   const std::string_view sentence = WithoutLineEnd({reinterpret_cast<const char*>(frame), length});
   if (sentence.size() > PkvnSentences::t_PkvnFields::kLimits.textLength) return eResultTooLong;
   if (sentence.size() < kMinFrame) return eResultTooShort;
@@ -100,6 +105,7 @@ unsigned int C_VelaPKVN_Decode::ValidateFrame(const unsigned char* frame, unsign
   const auto wrong = std::mismatch(kPrefix.begin(), kPrefix.end(), sentence.begin()).first;
   errorPosition = static_cast<unsigned short>(wrong - kPrefix.begin());
   if (wrong != kPrefix.end()) {
+    // Counted from 1; without an error it is the number of bytes up to the end of the name.
     ++errorPosition;
     return eResultBadSync;
   }
@@ -124,6 +130,7 @@ unsigned int C_VelaPKVN_Decode::Decode(unsigned char* frame, unsigned short leng
 unsigned int C_VelaPKVN_Decode::DecodeByType(unsigned char* frame, unsigned short length, eMessageTypes type,
                                              U_VelaPKVN_EcdDcdData& data) {
   switch (type) {
+    // Its body is packed bytes, which have no fields.
     case ePkvnRAW:
       return eResultNotText;
     case ePkvnATTSTAT:
@@ -152,6 +159,7 @@ unsigned int C_VelaPKVN_Decode::DecodeByType(unsigned char* frame, unsigned shor
   return eResultUnknownMessage;
 }
 
+// One type each, without the frame check: for hosts that have recognized the sentence already.
 unsigned int C_VelaPKVN_Decode::Decode_AttStat(unsigned char* frame, unsigned short length, S_PKvnAttStat& record) {
   return m_lastResult = DecodeSentence(PkvnSentences::kAttStat, frame, length, record, m_records.attStat);
 }
@@ -194,6 +202,7 @@ unsigned int C_VelaPKVN_Decode::Decode_ARN(unsigned char* frame, unsigned short 
 }
 
 unsigned int C_VelaPKVN_Decode::GetReceivedMsgCount(eMessageTypes type) const {
+  // The type comes from the host and may be any number.
   return type < std::size(m_received) ? m_received[type] : 0;
 }
 

@@ -31,12 +31,14 @@ void WriteTime(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("last").String(account.TimeText(*account.Epochs().Last()).Text());
   json.Key("duration_s").Number(account.Duration());
   json.Key("usual_step_s").Number(account.Epochs().Interval());
+  json.Key("gap_count").Integer(account.Epochs().GapCount());
   json.Key("gaps").BeginArray();
   for (const S_TimeGap& gap : account.Epochs().Gaps()) {
     json.BeginObject();
     json.Key("offset").Integer(gap.offset);
     json.Key("from").String(account.TimeText(gap.from).Text());
     json.Key("to").String(account.TimeText(gap.to).Text());
+    // Whole milliseconds: the difference of two times of day has rounding errors in its last digits.
     json.Key("seconds").Number(static_cast<double>(gap.Milliseconds()) / 1000);
     json.EndObject();
   }
@@ -107,6 +109,7 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("not_decoded").Integer(account.FramesGood() - account.FramesDecoded());
   json.Key("bad").Integer(account.FramesBad());
   json.Key("bad_percent").Number(account.BadPercent());
+  // Good frames that a false start at the end of the input had held back.
   json.Key("recovered_at_end").Integer(account.FramesGood() - account.AtEnd().framesGood);
   json.EndObject();
   WriteMessages(json, account);

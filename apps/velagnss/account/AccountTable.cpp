@@ -12,6 +12,7 @@
 namespace Host {
 namespace {
 
+// Rows of gaps and of skipped ranges without -v.
 constexpr std::size_t kShortList = 10;
 
 template <class... Arguments>
@@ -80,6 +81,7 @@ void AppendPosition(std::string& table, const C_StreamAccount& account) {
 void AppendIntegrity(std::string& table, const C_StreamAccount& account, std::size_t maxRows) {
   if (account.Skipped().Count() == 0) return;
   Line(table, "\n  {:>14}  {}", "offset", "skipped bytes and reason");
+  // Both lists are sorted by offset, so one pass assigns every false start to the range that contains it.
   auto start = account.FalseStarts().Entries().begin();
   std::size_t shown = 0;
   for (const S_SkippedBytes& range : account.Skipped().Entries()) {

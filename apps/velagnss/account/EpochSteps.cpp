@@ -29,9 +29,13 @@ void C_EpochSteps::Count(long step) {
   if (count > most || (count == most && step < m_interval)) m_interval = step;
 }
 
-// What looks like a gap takes the place of what does not.
+// What looks like a gap takes the place of what does not. When everything kept is a gap, only another interval makes
+// room.
 void C_EpochSteps::Keep(const S_TimeGap& step) {
-  if (m_steps.size() == kMaxStepsKept && IsGap(step.Milliseconds())) m_steps = Gaps();
+  if (m_steps.size() == kMaxStepsKept && m_interval != m_fullAt && IsGap(step.Milliseconds())) {
+    m_steps = Gaps();
+    m_fullAt = m_steps.size() == kMaxStepsKept ? m_interval : 0;
+  }
   if (m_steps.size() < kMaxStepsKept) m_steps.push_back(step);
 }
 

@@ -42,6 +42,7 @@ class C_EpochSteps {
   std::optional<double> m_last;
   std::map<long, std::uint64_t> m_counts;  // by step in ms
   long m_interval = 0;                     // of them the most frequent, ms
+  long m_fullAt = 0;                       // the interval with which all kept steps were gaps, ms
   std::vector<S_TimeGap> m_steps;          // that may be gaps: the interval is only known at the end
 };
 

@@ -30,6 +30,7 @@ void C_StreamAccount::OnFrame(const S_FrameRecord& record) {
   m_position.Note(record.decoded.record);
 }
 
+// A linear search: a stream carries some tens of message types at most.
 S_MessageCount& C_StreamAccount::CountOf(const velagnss::Frame& frame) {
   const S_MessageKey key = KeyOf(frame);
   const auto found =
@@ -40,6 +41,7 @@ S_MessageCount& C_StreamAccount::CountOf(const velagnss::Frame& frame) {
   return m_messages.emplace_back(S_MessageCount{key, std::move(name), velagnss::MessageNumber(frame)});
 }
 
+// A failed checksum means a damaged frame; other rejections are mostly bytes that happen to look like a start.
 void C_StreamAccount::OnRejection(const velagnss::RejectedStart& start) {
   ++(start.reason == velagnss::RejectedStart::Reason::Checksum ? m_checksumErrors : m_rejectedStarts);
   m_falseStarts.Add({start.offset, start.reason});
@@ -51,6 +53,8 @@ void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_clock = end.clock;
   m_bytes = end.reader.BytesFed();
   m_queued = end.reader.QueuedAtFinish();
+  // The byte counts are those before the queue was searched again at the end of the input; the frame counts include
+  // what that search recovered.
   m_atEnd = end.reader.TotalsAtFinish();
   m_framesGood = end.reader.Totals().framesGood;
   m_framesBad = end.reader.Totals().framesBad;
@@ -62,6 +66,8 @@ void C_StreamAccount::EndInput(const S_InputEnd& end) {
 
 double C_StreamAccount::BadPercent() const { return Percent(m_framesBad, m_framesGood + m_framesBad); }
 
+// From the first epoch to the end of the last one: n epochs cover n intervals. Without the last
+// one the rates would be too high.
 double C_StreamAccount::Duration() const {
   if (!m_epochs.First()) return 0;
   return *m_epochs.Last() - *m_epochs.First() + m_epochs.Interval();

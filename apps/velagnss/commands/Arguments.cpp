@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -14,14 +15,32 @@
 namespace Host {
 namespace {
 
+// 1 GiB: the buffer is allocated at once.
 constexpr std::uint64_t kMaxReadSize = std::uint64_t{1} << 30;
+
+// "2024-05-18": its noon, in GPS time.
+std::optional<C_GnssTime> SeedOfDate(std::string_view text) {
+  unsigned short year = 0;
+  unsigned char month = 0;
+  unsigned char day = 0;
+  const bool hasForm = text.size() == 10 && text[4] == '-' && text[7] == '-' && ParseWhole(text.substr(0, 4), year) &&
+                       ParseWhole(text.substr(5, 2), month) && ParseWhole(text.substr(8), day);
+  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
+  if (!hasForm || !date.ok()) return std::nullopt;
+  const auto mjd = (std::chrono::sys_days(date) - std::chrono::sys_days(std::chrono::year(1858) / 11 / 17)).count();
+  if (mjd < kMjdOfGpsEpoch + 7 || mjd > kLastMjd) return std::nullopt;
+  C_GnssTime noon;
+  noon.Set_MJD(static_cast<unsigned int>(mjd), 0.5, ALGO::GNSS_GPS);
+  return noon;
+}
 
 std::string CheckSeed(const std::string& text) {
   if (ParseSeed(text)) return {};
-  return "'" + text + "' is not a GPS week from 1 on and its seconds, as in 2300:345600";
+  return "'" + text + "' is not a date from 1980-01-13 on, nor a GPS week from 1 on and its seconds, as in 2300:345600";
 }
 
 std::string CheckSearch(const std::string& list) {
+  if (list.empty()) return "no protocol named; known: " + ProtocolNames();
   if (ParseSearchList(list, false)) return {};
   return "'" + list + "' names an unknown protocol; known: " + ProtocolNames();
 }
@@ -35,16 +54,18 @@ int ReportUsage(std::string_view command, std::string_view message) {
 
 std::optional<C_GnssTime> ParseSeed(std::string_view text) {
   const std::size_t colon = text.find(':');
-  if (colon == std::string_view::npos) return std::nullopt;
+  if (colon == std::string_view::npos) return SeedOfDate(text);
   unsigned short week = 0;
   double seconds = 0;
   if (!ParseWhole(text.substr(0, colon), week) || !ParseWhole(text.substr(colon + 1), seconds)) return std::nullopt;
+  // Week 0 means "no seed" to the decoder.
   if (week == 0 || !(seconds >= 0 && seconds < kSecondsPerWeek)) return std::nullopt;
   return C_GnssTime(week, seconds, ALGO::GNSS_GPS);
 }
 
 std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::string_view list, bool acknowledgements) {
   std::vector<C_RawDataMessage::eProtocols> protocols;
+  // Without a list all protocols are searched, except acknowledgements: they have no checksum and swallow what follows.
   for (unsigned int i = 0; list.empty() && i < kNumProtocols; ++i)
     if (i != C_RawDataMessage::eVelaCmdAck) protocols.push_back(C_RawDataMessage::eProtocols{i});
   for (const std::string_view name : list.empty() ? std::vector<std::string_view>{} : SplitList(list)) {
@@ -63,7 +84,7 @@ void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
       ->option_text("LIST")
       ->check(&CheckSearch);
   app.add_flag("--acks", stream.acknowledgements,
-               "search for command acknowledgements, too; they have no checksum\nand swallow text up to the line end");
+               "also search for command acknowledgements; they have no checksum\nand swallow text up to the line end");
   app.add_flag("--listed-only", stream.listedOnly,
                "take checked sentences and RTCM messages that are not in the catalog for noise");
   app.add_option("--read-size", stream.input.readSize,
@@ -73,10 +94,11 @@ void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
 }
 
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
-  app.add_option("--seed", stream.seed,
-                 "GPS week and seconds of the recording, to complete broadcast weeks\n"
-                 "(default: the first date in the stream)")
-      ->option_text("WEEK:SECONDS")
+  app.add_option(
+         "--seed", stream.seed,
+         "date of the recording, 2024-05-18, or its GPS week and seconds,\n2314:604638, to complete broadcast weeks\n"
+         "(default: the first date in the stream)")
+      ->option_text("TIME")
       ->check(&CheckSeed);
 }
 
@@ -86,10 +108,6 @@ S_RunOptions RunOptions(const S_StreamArguments& stream) {
 
 void DeclareOutput(CLI::App& app, std::string& output) {
   app.add_option("-o,--output", output, "write to this file instead of standard output")->option_text("FILE");
-}
-
-std::string CheckOutput(const S_InputOptions& input, const std::string& output) {
-  return IsAnInput(input, output) ? output + ": is also an input; write to another file" : "";
 }
 
 }  // namespace Host

@@ -33,7 +33,8 @@ auto NumberBetween(Number least, Number greatest, const char* range) {
   };
 }
 
-// "WEEK:SECONDS": a GPS week without roll-over and the seconds of that week; nothing for any other text.
+// "2024-05-18", taken at noon, or "WEEK:SECONDS": a GPS week without roll-over and the seconds of that week. Nothing
+// for any other text.
 std::optional<C_GnssTime> ParseSeed(std::string_view text);
 
 // The protocols of `list` (names with commas), or all of them when it is empty. Acknowledgements are only among them
@@ -55,9 +56,8 @@ void DeclareSeed(CLI::App& app, S_StreamArguments& stream);
 // How the arguments, which have been checked, want streams to be read.
 S_RunOptions RunOptions(const S_StreamArguments& stream);
 
-// The option -o, and whether it may be written to: an error text when it is an input.
+// The option -o.
 void DeclareOutput(CLI::App& app, std::string& output);
-std::string CheckOutput(const S_InputOptions& input, const std::string& output);
 
 }  // namespace Host
 

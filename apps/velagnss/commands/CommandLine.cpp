@@ -1,8 +1,14 @@
 #include "apps/velagnss/commands/CommandLine.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <numeric>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/commands/ConvertCommand.h"
@@ -69,6 +75,49 @@ std::string ChosenCommand(const CLI::App& app) {
   return name;
 }
 
+const S_CommandEntry* FindCommand(std::string_view name) {
+  const auto* const* const found = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                                [name](const auto* entry) { return entry->name == name; });
+  return found == std::end(kCommands) ? nullptr : *found;
+}
+
+std::size_t EditDistance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = std::exchange(row[0], i);
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+      diagonal = std::exchange(row[j], std::min({changed, row[j] + 1, row[j - 1] + 1}));
+    }
+  }
+  return row.back();
+}
+
+// What is wrong with the first argument, where neither a command nor an option of the program is.
+std::string WrongWord(std::string_view word) {
+  if (word.starts_with('-')) return fmt::format("unknown option '{}'", word);
+  constexpr std::size_t kMaxTypos = 2;
+  std::string text = fmt::format("unknown command '{}'", word);
+  const S_CommandEntry* const nearest = *std::min_element(
+      std::begin(kCommands), std::end(kCommands),
+      [word](const auto* a, const auto* b) { return EditDistance(word, a->name) < EditDistance(word, b->name); });
+  if (EditDistance(word, nearest->name) <= kMaxTypos) text += fmt::format(", did you mean '{}'?", nearest->name);
+  return text;
+}
+
+// The first argument that no declaration takes: the parser reports that a command is missing instead.
+std::optional<std::string_view> FirstUnknown(const CLI::App& app, int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view word = argv[i];
+    if (FindCommand(word) != nullptr) return std::nullopt;
+    const bool isOption = word.starts_with('-');
+    const bool isLong = word.starts_with("--") && word.find('=') == std::string_view::npos;
+    if (!isOption || (isLong && app.get_option_no_throw(std::string(word)) == nullptr)) return word;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 C_CommandLine::C_CommandLine() : m_app(std::make_unique<CLI::App>(kDescription, "velagnss")) {
@@ -88,6 +137,10 @@ C_CommandLine::C_CommandLine() : m_app(std::make_unique<CLI::App>(kDescription, 
 C_CommandLine::~C_CommandLine() = default;
 
 int C_CommandLine::Run(int argc, char** argv) {
+  const std::string_view first = argc > 1 ? argv[1] : "";
+  if (first == "help" && argc == 2) return ShowText(m_app->help());
+  if (first == "help" && FindCommand(argv[2]) != nullptr) return ShowText(m_app->get_subcommand(argv[2])->help());
+  if (first == "version" && argc == 2) return ShowText(m_app->version() + "\n");
   try {
     m_app->parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -95,6 +148,8 @@ int C_CommandLine::Run(int argc, char** argv) {
   } catch (const CLI::CallForVersion&) {
     return ShowText(m_app->version() + "\n");
   } catch (const CLI::ParseError& error) {
+    const std::optional<std::string_view> unknown = FirstUnknown(*m_app, argc, argv);
+    if (unknown) return ReportUsage("", WrongWord(*unknown));
     return ReportUsage(ChosenCommand(*m_app), error.what());
   }
   if (m_isQuiet) SetVerbosity(eVerbosity::Quiet);

@@ -105,14 +105,12 @@ int C_ConvertCommand::Run() {
   const S_Format& format = *FindFormat(m_options.format);
   if (const std::string option = OptionOfOtherFormat(format); !option.empty())
     return ReportUsage("convert", fmt::format("{} is not an option of --to {}", option, format.name));
-  if (const std::string error = CheckOutput(m_options.stream.input, m_options.output); !error.empty())
-    return ReportUsage("convert", error);
   return Convert(*format.make(m_options));
 }
 
 int C_ConvertCommand::Convert(C_TextConsumer& converter) const {
   C_OutputRun output;
-  if (!output.Open(m_options.output)) return eExitOutput;
+  if (const eExitCode code = output.Open(m_options.output, m_options.stream.input); code != eExitOk) return code;
   C_NoFrameWarning warning(InputsText(m_options.stream.input));
   C_RecordRun run(RunOptions(m_options.stream), {&warning, &converter});
   return output.Run(m_options.stream.input, run, converter, [&] { return run.Judge(); });
@@ -127,7 +125,7 @@ const S_CommandEntry kConvertCommand = {
     "The inputs in another program's format.\n\n"
     "Examples:\n"
     "  velagnss convert --to gpx -o track.gpx session.bin                   its track: gpx, kml, geojson, csv\n"
-    "  velagnss convert --to nmea session.bin > session.nmea                its sentences without the rest\n"
+    "  velagnss convert --to nmea session.bin > session.nmea                only its NMEA sentences\n"
     "  velagnss convert --to rinex-nav -o brdc.rnx session.bin              ephemerides of all systems\n"
     "  velagnss convert --to rinex-nav --system glonass a.bin b.bin         of one system, from two inputs\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_ConvertCommand>(); }};

@@ -35,10 +35,11 @@ class C_DecodeCommand : public C_Command {
 void C_DecodeCommand::Declare(CLI::App& app) {
   DeclareStreamArguments(app, m_stream);
   DeclareOutput(app, m_output);
-  app.add_option("--proto", m_protocols, "show only these protocols, named as for --search")
+  app.add_option("--proto", m_protocols, "show only these protocols, named as for --search, and what --msg names")
       ->option_text("LIST")
       ->allow_extra_args(false);
-  app.add_option("--msg", m_messages, "show only these messages: GGA,PGRME,BIN95,1077, or one every 10 s: GGA:10")
+  app.add_option("--msg", m_messages,
+                 "show only these messages, and what --proto names: GGA,PGRME,BIN95,1077,\nor one every 10 s: GGA:10")
       ->option_text("LIST")
       ->allow_extra_args(false);
   app.add_option("-n", m_lines.count, "stop after this many frames")
@@ -54,8 +55,6 @@ void C_DecodeCommand::Declare(CLI::App& app) {
 int C_DecodeCommand::Run() {
   S_JsonLinesOptions options = m_lines;
   if (const std::string error = FillFilter(options.filter); !error.empty()) return ReportUsage("decode", error);
-  if (const std::string error = CheckOutput(m_stream.input, m_output); !error.empty())
-    return ReportUsage("decode", error);
   options.namesInput = m_stream.input.names.size() > 1;
   return Decode(options);
 }
@@ -71,12 +70,13 @@ std::string C_DecodeCommand::FillFilter(C_MessageFilter& filter) const {
 
 int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
   C_OutputRun output;
-  if (!output.Open(m_output)) return eExitOutput;
+  if (const eExitCode code = output.Open(m_output, m_stream.input); code != eExitOk) return code;
   C_JsonLines lines(options);
   C_RecordRun run(RunOptions(m_stream), {&lines});
   return output.Run(m_stream.input, run, lines.Text(), [&] { return Judge(lines, run); });
 }
 
+// An empty output is explained: a filter that lets nothing pass and a wrong baud rate look alike otherwise.
 eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& run) const {
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
                            lines.FramesWritten(), lines.DataErrors()));

@@ -86,7 +86,8 @@ void C_EncodeJob::NoteError(std::string_view what) {
 eExitCode C_EncodeJob::Judge() const {
   if (m_errors > kMaxErrorsShown)
     ReportError(fmt::format("{} more lines cannot be encoded", m_errors - kMaxErrorsShown));
-  ReportDetail(fmt::format("{} sentences written, {} objects skipped, {} lines wrong", m_encoded, m_skipped, m_errors));
+  ReportDetail(
+      fmt::format("{} sentences written, {} objects skipped, {} lines rejected", m_encoded, m_skipped, m_errors));
   if (m_skipped > 0 && !m_isStrict)
     ReportWarning(fmt::format("{} objects skipped: other protocols, or not decoded", m_skipped));
   if (m_encoder.ModesLeftOut() > 0)
@@ -109,13 +110,12 @@ class C_EncodeCommand : public C_Command {
 void C_EncodeCommand::Declare(CLI::App& app) {
   app.add_option("INPUT", m_input.names, "files of JSON Lines; '-' or nothing for standard input")->option_text("...");
   DeclareOutput(app, m_output);
-  app.add_flag("--strict", m_isStrict, "an object that is not a decoded sentence is an error, not skipped");
+  app.add_flag("--strict", m_isStrict, "fail on objects that are not decoded sentences instead of skipping them");
 }
 
 int C_EncodeCommand::Run() {
-  if (const std::string error = CheckOutput(m_input, m_output); !error.empty()) return ReportUsage("encode", error);
   C_OutputRun output;
-  if (!output.Open(m_output)) return eExitOutput;
+  if (const eExitCode code = output.Open(m_output, m_input); code != eExitOk) return code;
   C_EncodeJob job(m_isStrict);
   return output.Run(m_input, job, job, [&] { return job.Judge(); });
 }
@@ -124,7 +124,7 @@ int C_EncodeCommand::Run() {
 
 const S_CommandEntry kEncodeCommand = {
     "encode",
-    "NMEA 0183 sentences from JSON Lines as 'decode' writes them.\n\n"
+    "NMEA 0183 sentences from the JSON Lines that 'decode' writes.\n\n"
     "Examples:\n"
     "  velagnss decode session.bin | velagnss encode      its GGA, GLL, GNS, GSA, GSV, RMC, VTG and ZDA\n"
     "  velagnss decode --msg GGA a.bin | jq -c '.fields.hdop = 1' | velagnss encode      edited\n"

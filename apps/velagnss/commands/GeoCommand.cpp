@@ -134,8 +134,9 @@ void C_GeoCalculation::DeclareFrom() {
 int C_GeoCalculation::Run() {
   const S_GeoForm& form = *FindGeoForm(m_name, m_options.from);
   C_OutputRun output;
-  if (!output.Open("-")) return eExitOutput;
   const bool readsLines = m_options.values.empty() || m_options.values == std::vector<std::string>{"-"};
+  const eExitCode code = readsLines ? output.Open("-", S_InputOptions()) : output.Open("-") ? eExitOk : eExitOutput;
+  if (code != eExitOk) return code;
   return readsLines ? RunOnLines(form, output) : RunOnArguments(form, output);
 }
 
@@ -163,30 +164,30 @@ constexpr char kConvertHelp[] =
     "Examples:\n"
     "  velagnss geo convert 48.2 11.4 560                             latitude longitude height\n"
     "  velagnss geo convert --from ecef 4175176.1 841847.7 4732244.5  X Y Z\n"
-    "  velagnss geo convert --json < points.txt                       a point per line\n\n"
+    "  velagnss geo convert --json < points.txt                       one point per line\n\n"
     "Degrees, north and east positive; meters; the height is above the ellipsoid.\n";
 constexpr char kInverseHelp[] =
     "Distance and azimuths from one point to another, on the surface of WGS-84.\n\n"
     "Examples:\n"
     "  velagnss geo inverse 48.2 11.4 -33.9 151.2         latitude longitude, twice\n"
-    "  velagnss geo inverse --json < pairs.txt            a pair per line\n\n"
+    "  velagnss geo inverse --json < pairs.txt            one pair per line\n\n"
     "The azimuth is taken at the first point, the back azimuth at the second one, towards the first; both count from\n"
     "north through east. Points almost opposite each other on the Earth have no result.\n";
 constexpr char kLookHelp[] =
     "Azimuth, elevation and range of a target, and the target in the station's local frame.\n\n"
     "Examples:\n"
     "  velagnss geo look 48.2 11.4 560 50 20 20200000     station and target: latitude longitude height\n"
-    "  velagnss geo look --json < pairs.txt               a pair per line\n\n"
+    "  velagnss geo look --json < pairs.txt               one pair per line\n\n"
     "North, east and up are meters from the station; the elevation is above the plane tangent to the ellipsoid.\n";
 constexpr char kTimeHelp[] =
-    "Calendar date, GPS week and seconds, and Modified Julian Date: all from one of them.\n\n"
+    "Calendar date, GPS week and seconds, and Modified Julian Date, each computed from any other.\n\n"
     "Examples:\n"
     "  velagnss geo time 2024-05-06T12:34:56.5            also '2024-05-06 12:34:56.5' or 2024 5 6 12 34 56.5\n"
-    "  velagnss geo time --from gps 2313 131696.5         week without roll-over, seconds of the week\n"
-    "  velagnss geo time --from mjd 60436 0.52426504      day and fraction, also in one number\n"
-    "  velagnss geo time --json < times.txt               a time per line\n\n"
+    "  velagnss geo time --from gps 2313 131696.5         full week number, seconds of the week\n"
+    "  velagnss geo time --from mjd 60436 0.52426504      day and fraction, as two numbers or one\n"
+    "  velagnss geo time --json < times.txt               one time per line\n\n"
     "All times are GPS time: no leap seconds are added or removed. GPS time has been ahead of UTC by 18 s since 2017.\n"
-    "From 6 January 1980 to 31 December 2100.\n";
+    "Dates from 6 January 1980 to 31 December 2100 are accepted.\n";
 
 class C_GeoCommand : public C_Command {
  public:

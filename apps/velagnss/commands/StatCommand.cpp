@@ -63,6 +63,7 @@ void C_AccountWriter::JudgeInput() {
     ReportError(fmt::format("{}: {:.2f} % of the frames are damaged, more than --max-bad {} %; -v shows where",
                             m_account.Input(), m_account.BadPercent(), m_maxBadPercent));
   }
+  // One bad input among several decides the exit code.
   m_isAllGood = m_isAllGood && !isTooBad && m_account.FramesGood() > 0;
 }
 
@@ -70,6 +71,7 @@ class C_StatCommand : public C_Command {
  public:
   void Declare(CLI::App& app) override {
     DeclareStreamArguments(app, m_stream);
+    DeclareOutput(app, m_output);
     app.add_flag("--json", m_isJson, "one JSON object per input instead of a table");
     app.add_option("--max-bad", m_maxBadPercent,
                    "exit with 1 when more than this percentage of an input's frames is damaged")
@@ -80,7 +82,7 @@ class C_StatCommand : public C_Command {
 
   int Run() override {
     C_OutputRun output;
-    if (!output.Open("-")) return eExitOutput;
+    if (const eExitCode code = output.Open(m_output, m_stream.input); code != eExitOk) return code;
     C_StreamAccount account;
     C_AccountWriter writer(account, m_isJson, m_maxBadPercent, output.Output());
     C_RecordRun run(RunOptions(m_stream), {&account, &writer});
@@ -89,6 +91,7 @@ class C_StatCommand : public C_Command {
 
  private:
   S_StreamArguments m_stream;
+  std::string m_output = "-";
   bool m_isJson = false;
   double m_maxBadPercent = 100;
 };
@@ -100,7 +103,7 @@ const S_CommandEntry kStatCommand = {
     "What is in the inputs, how much of it is damaged, and where.\n\n"
     "Examples:\n"
     "  velagnss stat session.bin                   counts, rates, gaps, mean position, damage\n"
-    "  velagnss -v stat session.bin                also every place of damage\n"
+    "  velagnss -v stat session.bin                also where each piece of damage is\n"
     "  velagnss stat --json --max-bad 1 *.bin      for scripts: exit code 1 when more than 1 % is damaged\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_StatCommand>(); }};
 

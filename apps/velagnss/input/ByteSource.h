@@ -43,6 +43,9 @@ class C_ByteSource {
 
   // Bytes to come; 0 when unknown.
   virtual std::uint64_t Size() const { return 0; }
+
+  // Of `Size`, what has been read. It may be less or more than what `Read` gave.
+  virtual std::uint64_t Consumed() const { return 0; }
 };
 
 }  // namespace Host

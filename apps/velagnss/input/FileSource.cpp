@@ -29,27 +29,45 @@ const char* AdviceForOpen(const std::string& name, int error) {
   }
 }
 
+std::string ShownName(const std::string& name) {
+  if (name == "-") return "standard input";
+  return name.empty() ? "''" : name;
+}
+
+void ReportOpenFailure(const std::string& name, int error) {
+  ReportError(
+      fmt::format("{}: cannot be opened: {}; {}", ShownName(name), std::strerror(error), AdviceForOpen(name, error)));
+}
+
 }  // namespace
+
+bool CanBeOpened(const std::string& name) {
+  if (name == "-" || ::access(name.c_str(), R_OK) == 0) return true;
+  ReportOpenFailure(name, errno);
+  return false;
+}
 
 bool C_FileSource::Open(const std::string& name) {
   const bool isStandardInput = name == "-";
-  m_name = isStandardInput ? "standard input" : name.empty() ? "''" : name;
-  m_size = 0;
+  m_name = ShownName(name);
+  m_size = m_consumed = 0;
   m_descriptor = C_FileDescriptor(isStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                                   : ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
   if (m_descriptor.IsOpen()) return Examine();
-  return SignalReceived() == 0 && Fail("cannot be opened", AdviceForOpen(name, errno));
+  if (SignalReceived() == 0) ReportOpenFailure(name, errno);
+  return false;
 }
 
 bool C_FileSource::Examine() {
   struct stat status {};
   if (::fstat(m_descriptor.Get(), &status) != 0) return Fail("cannot be examined", "check that it can be read");
   if (S_ISDIR(status.st_mode)) {
-    ReportError(fmt::format("{}: is a directory; name the files in it", m_name));
+    ReportError(fmt::format("{}: is a directory; give the names of the files in it", m_name));
     return false;
   }
   m_isRegular = S_ISREG(status.st_mode);
   if (!m_isRegular) return true;
+  // The rest of the file: standard input may be a file that another program has read in part.
   const off_t position = std::max<off_t>(::lseek(m_descriptor.Get(), 0, SEEK_CUR), 0);
   m_size = static_cast<std::uint64_t>(std::max<off_t>(status.st_size - position, 0));
   ::posix_fadvise(m_descriptor.Get(), 0, 0, POSIX_FADV_SEQUENTIAL);
@@ -63,6 +81,7 @@ C_ByteSource::eRead C_FileSource::Read(std::span<unsigned char> buffer, S_Chunk&
     Fail("reading failed", "what was read before is in the output");
     return eRead::Failed;
   }
+  m_consumed += static_cast<std::uint64_t>(got);
   chunk = {buffer.first(static_cast<std::size_t>(got)), S_Chunk::t_Clock::now()};
   return got == 0 ? eRead::End : eRead::Bytes;
 }
@@ -75,7 +94,8 @@ bool C_FileSource::Fail(const char* what, const char* advice) {
 bool IsTheFile(const std::string& name, const std::string& input) {
   struct stat file {};
   struct stat other {};
-  if (::stat(name.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) return false;
+  const int found = name == "-" ? ::fstat(STDOUT_FILENO, &file) : ::stat(name.c_str(), &file);
+  if (found != 0 || !S_ISREG(file.st_mode)) return false;
   if ((input == "-" ? ::fstat(STDIN_FILENO, &other) : ::stat(input.c_str(), &other)) != 0) return false;
   return file.st_dev == other.st_dev && file.st_ino == other.st_ino;
 }

@@ -18,6 +18,7 @@ class C_FileSource : public C_ByteSource {
   int Descriptor() const override { return m_isRegular ? -1 : m_descriptor.Get(); }
   eRead Read(std::span<unsigned char> buffer, S_Chunk& chunk) override;
   std::uint64_t Size() const override { return m_size; }
+  std::uint64_t Consumed() const override { return m_consumed; }
 
  private:
   bool Fail(const char* what, const char* advice);
@@ -26,10 +27,16 @@ class C_FileSource : public C_ByteSource {
   C_FileDescriptor m_descriptor;
   std::string m_name;
   std::uint64_t m_size = 0;  // from where it is read
+  std::uint64_t m_consumed = 0;
   bool m_isRegular = false;
 };
 
-// True when `name` is the regular file that the input `input` ("-" for standard input) reads, by whatever path.
+// Whether `Open` can be expected to succeed; otherwise it has been reported. Opens nothing: that alone would have
+// effects on a device.
+bool CanBeOpened(const std::string& name);
+
+// True when `name` ("-" for standard output) is the regular file that the input `input` ("-" for standard input) reads,
+// by whatever path.
 bool IsTheFile(const std::string& name, const std::string& input);
 
 }  // namespace Host

@@ -6,6 +6,7 @@
 
 #include "apps/velagnss/input/FileSource.h"
 #include "apps/velagnss/input/SourceLoop.h"
+#include "apps/velagnss/input/UnpackingSource.h"
 #include "apps/velagnss/os/Signals.h"
 
 namespace Host {
@@ -14,14 +15,14 @@ namespace {
 bool RunInput(const std::string& name, C_SourceLoop& loop, C_StreamJob& job) {
   C_FileSource source;
   if (!source.Open(name)) return false;
-  const S_SourceAndJob stream = {source, job};
+  C_UnpackingSource unpacked(source);
+  const S_SourceAndJob stream = {unpacked, job};
   return loop.Run({&stream, 1});
 }
 
 }  // namespace
 
 bool IsAnInput(const S_InputOptions& options, const std::string& output) {
-  if (output == "-") return false;
   if (options.names.empty()) return IsTheFile(output, "-");
   return std::any_of(options.names.begin(), options.names.end(),
                      [&output](const std::string& name) { return IsTheFile(output, name); });
@@ -32,6 +33,13 @@ std::string InputsText(const S_InputOptions& options) {
   return options.names.empty() || options.names[0] == "-" ? "standard input" : options.names[0];
 }
 
+bool CanBeOpened(const S_InputOptions& options) {
+  bool areAll = true;
+  for (const std::string& name : options.names) areAll = CanBeOpened(name) && areAll;
+  return areAll;
+}
+
+// An input that cannot be read does not keep the others from being processed; the exit code tells.
 eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job) {
   C_SourceLoop loop(options.readSize);
   loop.ShowProgress(showProgress);

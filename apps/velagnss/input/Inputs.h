@@ -27,8 +27,11 @@ struct S_InputOptions {
   eProgress progress = eProgress::AsideOfOutput;
 };
 
-// True when `output` ("-" for standard output) is one of the inputs: opening it for writing would empty that.
+// True when `output` ("-" for standard output) is one of the inputs, which writing would empty or make endless.
 bool IsAnInput(const S_InputOptions& options, const std::string& output);
+
+// False, reported, when one of the inputs cannot be opened.
+bool CanBeOpened(const S_InputOptions& options);
 
 // For messages: the input's name, or how many there are.
 std::string InputsText(const S_InputOptions& options);

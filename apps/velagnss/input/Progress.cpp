@@ -11,6 +11,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// Runs of less than a second show nothing; then five lines a second look continuous.
 constexpr auto kFirstShowAfter = 1s;
 constexpr auto kShowEvery = 200ms;
 
@@ -39,6 +40,7 @@ std::string ProgressText(const std::string& name, std::uint64_t done, std::uint6
   constexpr double kMega = 1e6;
   const auto bytes = static_cast<double>(done);
   const double rate = seconds > 0 ? bytes / seconds : 0;
+  // A pipe has no size, and a file that is still being written outgrows the size it had when it was opened.
   if (size == 0 || rate <= 0 || done > size)
     return fmt::format("{}: {:.1f} MB, {:.1f} MB/s", name, bytes / kMega, rate / kMega);
   return fmt::format("{}: {} %, {:.1f} MB/s, {:.0f} s left", name, 100 * done / size, rate / kMega,

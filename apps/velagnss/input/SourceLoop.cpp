@@ -16,9 +16,10 @@ using namespace std::chrono_literals;
 // A source on its way into its job.
 class C_Stream {
  public:
-  C_Stream(const S_SourceAndJob& stream, bool showProgress)
+  C_Stream(const S_SourceAndJob& stream, std::size_t pieceSize, bool showProgress)
       : m_source(stream.source),
         m_job(stream.job),
+        m_pieceSize(pieceSize),
         m_progress(std::make_unique<C_Progress>(showProgress, m_source.Name(), m_source.Size())) {
     m_job.BeginInput(m_source.Name());
   }
@@ -37,6 +38,7 @@ class C_Stream {
 
   C_ByteSource& m_source;
   C_StreamJob& m_job;
+  std::size_t m_pieceSize;
   std::unique_ptr<C_Progress> m_progress;
   std::uint64_t m_total = 0;
   bool m_isOpen = true;
@@ -55,9 +57,13 @@ void C_Stream::Read(std::span<unsigned char> buffer) {
   if (read == C_ByteSource::eRead::Nothing) return;
   m_hasFailed = read == C_ByteSource::eRead::Failed;
   if (read != C_ByteSource::eRead::Bytes) return Close();
-  m_job.Feed(chunk);
+  for (std::span<const unsigned char> rest = chunk.bytes; !rest.empty() && m_job.WantsMore();) {
+    const std::size_t size = std::min(rest.size(), m_pieceSize);
+    m_job.Feed({rest.first(size), chunk.arrival});
+    rest = rest.subspan(size);
+  }
   m_total += chunk.bytes.size();
-  m_progress->Update(m_total);
+  m_progress->Update(m_source.Size() > 0 ? m_source.Consumed() : m_total);
 }
 
 void C_Stream::Close() {
@@ -90,7 +96,7 @@ bool C_SourceLoop::Run(std::span<const S_SourceAndJob> given) {
   C_SourceWait wait;
   std::vector<C_Stream> streams;
   for (const S_SourceAndJob& stream : given) {
-    streams.emplace_back(stream, m_showProgress && given.size() == 1);
+    streams.emplace_back(stream, m_pieceSize, m_showProgress && given.size() == 1);
     wait.Add(stream.source);
   }
   std::size_t open = streams.size();

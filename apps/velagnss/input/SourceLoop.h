@@ -2,6 +2,7 @@
 #ifndef VELAGNSS_APPS_SOURCE_LOOP_H
 #define VELAGNSS_APPS_SOURCE_LOOP_H
 
+#include <algorithm>
 #include <span>
 #include <vector>
 
@@ -17,7 +18,9 @@ struct S_SourceAndJob {
 
 class C_SourceLoop {
  public:
-  explicit C_SourceLoop(std::size_t readSize) : m_buffer(readSize) {}
+  // Jobs get at most `pieceSize` bytes at a time. A smaller piece than usual saves no memory and costs no system calls.
+  explicit C_SourceLoop(std::size_t pieceSize)
+      : m_pieceSize(pieceSize), m_buffer(std::max(pieceSize, kLeastReadSize)) {}
 
   // On a terminal, while a single source is read.
   void ShowProgress(bool isWanted) { m_showProgress = isWanted; }
@@ -30,6 +33,9 @@ class C_SourceLoop {
   bool Run(std::span<const S_SourceAndJob> streams);
 
  private:
+  static constexpr std::size_t kLeastReadSize = 1 << 16;
+
+  std::size_t m_pieceSize;
   std::vector<unsigned char> m_buffer;
   bool m_showProgress = false;
   C_SourceWait::t_Limit m_quietTime;

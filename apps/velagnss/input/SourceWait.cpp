@@ -8,7 +8,7 @@ namespace Host {
 
 void C_SourceWait::Add(const C_ByteSource& source) {
   if (!m_polled.empty()) m_polled.pop_back();
-  m_sources.push_back({source.Descriptor() < 0, false});
+  m_sources.push_back({&source, false});
   m_polled.push_back({source.Descriptor(), POLLIN, 0});
   // A signal that comes just before the wait still ends it.
   m_polled.push_back({SignalDescriptor(), POLLIN, 0});
@@ -20,13 +20,14 @@ void C_SourceWait::Remove(std::size_t number) {
 }
 
 C_SourceWait::eWait C_SourceWait::Wait(t_Limit limit) {
-  const bool hasFile = std::any_of(m_sources.begin(), m_sources.end(), [](const S_Source& s) { return s.neverWaits; });
+  const bool hasFile =
+      std::any_of(m_sources.begin(), m_sources.end(), [](const S_Source& s) { return s.NeverWaits(); });
   const bool isFileAlone = hasFile && m_sources.size() == 1;
   const int timeout = hasFile ? 0 : limit ? static_cast<int>(limit->count()) : -1;
   const int count = isFileAlone ? 0 : ::poll(m_polled.data(), m_polled.size(), timeout);
   bool isAnyReady = false;
   for (std::size_t i = 0; i < m_sources.size(); ++i) {
-    m_sources[i].isReady = m_sources[i].neverWaits || (count > 0 && m_polled[i].revents != 0);
+    m_sources[i].isReady = m_sources[i].NeverWaits() || (count > 0 && m_polled[i].revents != 0);
     isAnyReady = isAnyReady || m_sources[i].isReady;
   }
   if (isAnyReady) return eWait::Ready;

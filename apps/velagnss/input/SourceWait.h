@@ -37,8 +37,10 @@ class C_SourceWait {
 
  private:
   struct S_Source {
-    bool neverWaits;
+    const C_ByteSource* source;  // null once it has ended
     bool isReady;
+
+    bool NeverWaits() const { return source != nullptr && source->Descriptor() < 0; }
   };
 
   std::vector<S_Source> m_sources;

@@ -52,6 +52,7 @@ void C_FrameJson::WriteRejection(const velagnss::RejectedStart& start) {
   Begin();
   m_json.Key("event").String("rejected");
   m_json.Key("offset").Integer(start.offset);
+  // A rejected start gives up its first byte only; the search goes on with the next one.
   m_json.Key("length").Integer(1);
   m_json.Key("result").Integer(RejectionNumber(start.reason));
   m_json.Key("why").String(velagnss::ReasonText(start.reason));

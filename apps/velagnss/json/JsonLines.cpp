@@ -6,6 +6,7 @@ C_JsonLines::C_JsonLines(const S_JsonLinesOptions& options) : m_options(options)
   m_lines.SetHex(m_options.hex);
 }
 
+// Periods such as GGA:10 start again with each input, whose times are unrelated to those of the previous one.
 void C_JsonLines::BeginInput(const std::string& name) {
   m_options.filter.Restart();
   if (m_options.namesInput) m_lines.SetInput(name);
@@ -13,6 +14,7 @@ void C_JsonLines::BeginInput(const std::string& name) {
 
 void C_JsonLines::OnFrame(const S_FrameRecord& record) {
   const velagnss::Frame& frame = record.frame;
+  // Counted before the filter: --strict judges the whole input, not only what is shown.
   if (record.decoded.hasDataError) ++m_dataErrors;
   if (!m_options.filter.Passes(frame, record.clock.Seconds())) return;
   ++m_framesWritten;

@@ -44,6 +44,8 @@ C_LineEncoder::eOutcome C_LineEncoder::Encode(std::string_view line) {
   }
 }
 
+// What `decode` writes beside sentences is skipped: events, other protocols, sentences that could not be decoded.
+// Anything else is a mistake in the line and is refused.
 C_LineEncoder::eOutcome C_LineEncoder::EncodeObject(const nlohmann::json& object) {
   const auto member = [&](const char* name) { return object.value(name, nlohmann::json()); };
   if (object.contains("schema") && object["schema"] != kSchemaVersion)
@@ -69,6 +71,8 @@ C_LineEncoder::eOutcome C_LineEncoder::EncodeFields(const nlohmann::json& fields
   return EncodeRecord(type);
 }
 
+// Only the talker of a combined solution ("GN") has modes, and the encoder refuses them for any other talker. Without
+// them the rest of the sentence is still useful.
 void C_LineEncoder::DropModes() {
   if (m_record.gns.talker[1] == 'N' || m_record.gns.mode[0] == eNmeaModeEmpty) return;
   std::fill(std::begin(m_record.gns.mode), std::end(m_record.gns.mode), eNmeaModeEmpty);

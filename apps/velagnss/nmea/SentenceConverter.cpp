@@ -21,6 +21,7 @@ class C_SentenceConverter : public C_TextConsumer {
 void C_SentenceConverter::OnFrame(const S_FrameRecord& record) {
   if (record.frame.protocol != C_RawDataMessage::eNMEA0183) return;
   const std::string_view sentence(reinterpret_cast<const char*>(record.frame.data), record.frame.length);
+  // A frame ends with the first CR or LF of its line end; NMEA 0183 requires CR LF.
   m_text.append(sentence.substr(0, sentence.find_first_of("\r\n"))).append("\r\n");
   ++m_sentences;
 }

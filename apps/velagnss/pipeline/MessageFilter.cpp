@@ -66,6 +66,7 @@ bool C_MessageFilter::Passes(const velagnss::Frame& frame, double streamSeconds)
     if (!(rule.key == key)) continue;
     // After a step back in time the stream starts over: nothing comes too early then.
     if (streamSeconds > rule.lastPassed && streamSeconds < rule.lastPassed + rule.period - kTimeTolerance) continue;
+    // Without a time no period can be kept, so nothing is held back.
     if (!std::isnan(streamSeconds)) rule.lastPassed = streamSeconds;
     return true;
   }

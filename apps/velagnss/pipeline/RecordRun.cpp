@@ -21,6 +21,7 @@ void C_RecordRun::BeginInput(const std::string& name) {
   SelectActive();
 }
 
+// Consumers that want no more are not asked for every frame.
 void C_RecordRun::SelectActive() {
   m_active = m_consumers;
   std::erase_if(m_active, [](const C_RecordConsumer* consumer) { return !consumer->WantsMore(); });
@@ -31,6 +32,7 @@ void C_RecordRun::Feed(const S_Chunk& chunk) {
   Pump();
 }
 
+// After `-n` frames the rest of the queue is left alone: no consumer wants its frames.
 void C_RecordRun::EndInput() {
   if (WantsMore()) {
     m_reader.Finish();
@@ -60,6 +62,7 @@ void C_RecordRun::HandOut(const velagnss::Frame& frame) {
   ForEachActive([&record](C_RecordConsumer& consumer) { consumer.OnFrame(record); });
 }
 
+// The list of active consumers changes only after the loop over it.
 template <class Give>
 void C_RecordRun::ForEachActive(const Give& give) {
   bool isAnyDone = false;

@@ -35,16 +35,21 @@ bool MayGoOnWriting(int descriptor) {
   return ::poll(&waiting, 1, kStalledReaderMilliseconds) == 1;
 }
 
+// Another program may have made a shared pipe or terminal non-blocking.
+void WaitForReader(int descriptor) {
+  pollfd waiting[] = {{descriptor, POLLOUT, 0}, {SignalDescriptor(), POLLIN, 0}};
+  ::poll(waiting, SignalReceived() == 0 ? 2 : 1, SignalReceived() == 0 ? -1 : kStalledReaderMilliseconds);
+}
+
 }  // namespace
 
 // Standard output is duplicated: closing the duplicate reports a late loss and leaves the descriptor to the C library.
 bool C_Output::Open(const std::string& name) {
   const bool isStandardOutput = name == "-";
   m_name = isStandardOutput ? "standard output" : name;
-  m_descriptor =
-      C_FileDescriptor(isStandardOutput ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
-                                        : ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  m_descriptor = isStandardOutput ? C_FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) : OpenFile(name);
   if (m_descriptor.IsOpen()) {
+    m_isTerminal = ::isatty(m_descriptor.Get()) == 1;
     m_state = eState::Good;
     return true;
   }
@@ -52,14 +57,31 @@ bool C_Output::Open(const std::string& name) {
   return false;
 }
 
+C_FileDescriptor C_Output::OpenFile(const std::string& name) {
+  if (C_FileReplacement::CanReplace(name)) {
+    m_replacement = std::make_unique<C_FileReplacement>();
+    if (C_FileDescriptor contents = m_replacement->Begin(name); contents.IsOpen()) return contents;
+    m_replacement.reset();
+  }
+  return C_FileDescriptor(::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+}
+
 bool C_Output::Write(std::string_view text) {
-  while (!text.empty() && !HasFailed()) {
+  return m_isTerminal ? WriteBytes(PrintableText(text)) : WriteBytes(text);
+}
+
+bool C_Output::WriteBytes(std::string_view bytes) {
+  while (!bytes.empty() && !HasFailed()) {
     if (!MayGoOnWriting(m_descriptor.Get())) return Fail(EPIPE);
-    const ssize_t written = ::write(m_descriptor.Get(), text.data(), text.size());
+    const ssize_t written = ::write(m_descriptor.Get(), bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
+    if (written < 0 && errno == EAGAIN) {
+      WaitForReader(m_descriptor.Get());
+      continue;
+    }
     if (written < 0) return Fail(errno);
     m_written += static_cast<std::uint64_t>(written);
-    text.remove_prefix(static_cast<std::size_t>(written));
+    bytes.remove_prefix(static_cast<std::size_t>(written));
   }
   return !HasFailed();
 }
@@ -70,13 +92,13 @@ void C_Output::Flush(C_TextMaker& text) {
 }
 
 bool C_Output::Close() {
+  if (m_replacement != nullptr && !HasFailed() && !m_replacement->Commit(m_descriptor)) Fail(errno);
   if (!m_descriptor.Close() && !HasFailed()) return Fail(errno);
   return !HasFailed();
 }
 
-bool C_Output::IsATerminal() const { return m_descriptor.IsOpen() && ::isatty(m_descriptor.Get()) == 1; }
-
 bool C_Output::Fail(int error) {
+  // A reader that leaves, as `head` does, has what it wanted: no error.
   m_state = error == EPIPE ? eState::ReaderLeft : eState::Failed;
   if (m_state == eState::Failed)
     ReportError(fmt::format("{}: {} after {} bytes; {}", m_name, std::strerror(error), m_written, Advice(error)));

@@ -1,6 +1,10 @@
 #include "apps/velagnss/sinks/OutputRun.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+
+#include "apps/velagnss/os/Diagnostics.h"
 
 namespace Host {
 namespace {
@@ -15,7 +19,10 @@ class C_WritingJob : public C_StreamJob {
  public:
   C_WritingJob(C_StreamJob& job, C_TextMaker& text, C_Output& output) : m_job(job), m_text(text), m_output(output) {}
 
-  void BeginInput(const std::string& name) override { m_job.BeginInput(name); }
+  void BeginInput(const std::string& name) override {
+    m_hasBegun = true;
+    m_job.BeginInput(name);
+  }
   void Feed(const S_Chunk& chunk) override;
   void EndInput() override { m_job.EndInput(); }
   bool WantsMore() const override { return m_job.WantsMore() && !m_output.HasFailed(); }
@@ -25,10 +32,13 @@ class C_WritingJob : public C_StreamJob {
   }
   void OnQuiet() override { m_job.OnQuiet(); }
 
+  bool HasBegun() const { return m_hasBegun; }
+
  private:
   C_StreamJob& m_job;
   C_TextMaker& m_text;
   C_Output& m_output;
+  bool m_hasBegun = false;
 };
 
 void C_WritingJob::Feed(const S_Chunk& chunk) {
@@ -48,10 +58,21 @@ bool IsProgressWanted(S_InputOptions::eProgress progress, const C_Output& output
 
 }  // namespace
 
+eExitCode C_OutputRun::Open(const std::string& name, const S_InputOptions& input) {
+  if (IsAnInput(input, name)) {
+    ReportError(fmt::format("{}: is also an input; write to another file", name == "-" ? "standard output" : name));
+    return eExitUsage;
+  }
+  if (name != "-" && !CanBeOpened(input)) return eExitInput;
+  return Open(name) ? eExitOk : eExitOutput;
+}
+
 // When the reader of the output has gone, nobody wants to know what the data came to.
 int C_OutputRun::Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge) {
   C_WritingJob writing(job, text, m_output);
+  text.SetDrain([&] { m_output.Flush(text); });
   const eExitCode inputCode = RunInputs(input, IsProgressWanted(input.progress, m_output), writing);
+  if (!writing.HasBegun() && m_output.IsReplacement()) return inputCode;
   job.Finish();
   m_output.Flush(text);
   m_output.Close();

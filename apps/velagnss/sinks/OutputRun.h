@@ -12,7 +12,7 @@
 namespace Host {
 
 //   C_OutputRun run;
-//   if (!run.Open(name)) return eExitOutput;
+//   if (const eExitCode code = run.Open(name, input); code != eExitOk) return code;
 //   C_SomeJob job(...);
 //   return run.Run(input, job, job.Text(), [&] { return job.Judge(); });
 class C_OutputRun {
@@ -20,13 +20,18 @@ class C_OutputRun {
   // "-" is standard output. False, reported, when it cannot be written to.
   bool Open(const std::string& name) { return m_output.Open(name); }
 
+  // The same for an output of `input`. It is left alone when it is an input itself, or a file while an input cannot be
+  // opened; both are reported.
+  eExitCode Open(const std::string& name, const S_InputOptions& input);
+
   C_Output& Output() { return m_output; }
 
   // What the data came to, once all of it has been read and written; reports to the user what is wrong with it.
   using t_Judge = std::function<eExitCode()>;
 
   // Feeds the inputs to `job` and writes what `text` then holds: when there is enough of it, before a wait, and at the
-  // end. Returns the exit code, that of `judge` when nothing else has gone wrong.
+  // end. When no input could be opened, nothing is written. Returns the exit code, that of `judge` when nothing else
+  // has gone wrong.
   int Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge);
 
   // Writes what `text` holds, where there are no inputs. Returns the exit code.

@@ -4,6 +4,8 @@
 
 namespace Host {
 
+// Keeps at most one character more than the limit: enough to tell that a line is too long, and bounded memory for
+// input without any line end.
 bool C_LineSplitter::Take(std::span<const unsigned char>& rest) {
   if (std::exchange(m_isComplete, false)) m_line.clear();
   const std::string_view text(reinterpret_cast<const char*>(rest.data()), rest.size());

@@ -10,6 +10,7 @@ namespace {
 
 using eProtocols = C_RawDataMessage::eProtocols;
 
+// Not std::toupper: it depends on the locale.
 char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 bool IsLetter(char c) { return c >= 'A' && c <= 'Z'; }
@@ -45,6 +46,7 @@ std::string ProtocolNames() {
   return names;
 }
 
+// One name can belong to messages of several protocols; all of them are meant.
 std::vector<S_MessageKey> FindMessages(std::string_view nameOrNumber) {
   std::vector<S_MessageKey> found;
   unsigned int number = 0;

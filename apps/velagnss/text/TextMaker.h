@@ -2,8 +2,10 @@
 #ifndef VELAGNSS_APPS_TEXT_MAKER_H
 #define VELAGNSS_APPS_TEXT_MAKER_H
 
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace Host {
 
@@ -15,6 +17,22 @@ class C_TextMaker {
   // Whole lines that have not been written yet.
   virtual std::string_view Text() const = 0;
   virtual void ClearText() = 0;
+
+  // Takes the text and clears it, so that a maker of much text at once needs not hold it all. Without one the text
+  // waits.
+  using t_Drain = std::function<void()>;
+  void SetDrain(t_Drain drain) { m_drain = std::move(drain); }
+
+ protected:
+  // Where a lot of text may have come together.
+  void Drain() {
+    if (m_drain && Text().size() >= kDrainSize) m_drain();
+  }
+
+ private:
+  static constexpr std::size_t kDrainSize = 1 << 16;
+
+  t_Drain m_drain;
 };
 
 // The usual one: a string.

@@ -50,7 +50,7 @@ class C_GeoJsonTrack : public C_TrackFormat {
   bool m_isFirstFeature = true;
   std::size_t m_count = 0;  // points of the segment
   S_TrackPoint m_last;      // of them
-  std::string m_line;       // the segment's positions
+  C_SpilledText m_line;     // the segment's positions
   bool m_isCut = false;
 };
 
@@ -63,7 +63,7 @@ void C_GeoJsonTrack::BeginFeature(std::string_view geometry, std::string& text) 
 void C_GeoJsonTrack::BeginSegment(std::string&) {
   ++m_segment;
   m_count = 0;
-  m_line.clear();
+  m_line = C_SpilledText();
   m_isCut = false;
 }
 
@@ -84,8 +84,9 @@ void C_GeoJsonTrack::Add(const S_TrackPoint& point, std::string& text) {
 
 void C_GeoJsonTrack::AppendToLine(const S_TrackPoint& point) {
   if (m_count > 0 && std::abs(point.longitude - m_last.longitude) > 180) CutLine(point);
-  if (!m_line.empty() && m_line.back() == ']') m_line += ',';
-  AppendPosition(m_line, point.longitude, point.latitude, point.altitude);
+  std::string position(!m_line.IsEmpty() && m_line.Last() == ']' ? "," : "");
+  AppendPosition(position, point.longitude, point.latitude, point.altitude);
+  m_line.Append(position);
   m_last = point;
   ++m_count;
 }
@@ -98,18 +99,20 @@ void C_GeoJsonTrack::CutLine(const S_TrackPoint& point) {
   const double latitude = m_last.latitude + share * (point.latitude - m_last.latitude);
   const bool hasAltitude = IsKnown(point.altitude) && IsKnown(m_last.altitude);
   const double altitude = hasAltitude ? m_last.altitude + share * (point.altitude - m_last.altitude) : NA_DOUBLE;
-  m_line += ',';
-  AppendPosition(m_line, side, latitude, altitude);
-  m_line += "],[";
-  AppendPosition(m_line, -side, latitude, altitude);
+  std::string cut(",");
+  AppendPosition(cut, side, latitude, altitude);
+  cut += "],[";
+  AppendPosition(cut, -side, latitude, altitude);
+  m_line.Append(cut);
   m_isCut = true;
 }
 
 void C_GeoJsonTrack::EndSegment(std::string& text) {
   if (m_count < 2) return;
   BeginFeature(m_isCut ? "MultiLineString" : "LineString", text);
-  fmt::format_to(std::back_inserter(text), "{}{}{}}},\"properties\":{{\"segment\":{}", m_isCut ? "[[" : "[", m_line,
-                 m_isCut ? "]]" : "]", m_segment);
+  text += m_isCut ? "[[" : "[";
+  AppendSpilled(m_line, text);
+  fmt::format_to(std::back_inserter(text), "{}}},\"properties\":{{\"segment\":{}", m_isCut ? "]]" : "]", m_segment);
   EndFeature(text);
 }
 

@@ -25,16 +25,16 @@ class C_KmlTrack : public C_TrackFormat {
 
  private:
   void WriteRun(std::string& text);
-  void WriteTrack(std::string& text) const;
-  void WriteLine(std::string& text) const;
+  void WriteTrack(std::string& text);
+  void WriteLine(std::string& text);
 
   S_RunForm m_form;
   std::size_t m_count = 0;
-  std::string m_times;
-  std::string m_positions;
-  std::string m_fixes;
-  std::string m_satellites;
-  std::string m_hdops;
+  C_SpilledText m_times;
+  C_SpilledText m_positions;
+  C_SpilledText m_fixes;
+  C_SpilledText m_satellites;
+  C_SpilledText m_hdops;
 };
 
 void C_KmlTrack::Begin(std::string& text) {
@@ -55,18 +55,18 @@ void C_KmlTrack::Add(const S_TrackPoint& point, std::string& text) {
   m_form = form;
   ++m_count;
   const char separator = form.isDated ? ' ' : ',';
-  m_positions += form.isDated ? "<gx:coord>" : "";
-  AppendDegrees(m_positions, point.longitude);
-  m_positions += separator;
-  AppendDegrees(m_positions, point.latitude);
-  m_positions += separator;
-  AppendDecimal(m_positions, form.hasAltitude ? point.altitude : 0);
-  m_positions += form.isDated ? "</gx:coord>\n" : "\n";
+  std::string position(form.isDated ? "<gx:coord>" : "");
+  AppendDegrees(position, point.longitude);
+  position += separator;
+  AppendDegrees(position, point.latitude);
+  position += separator;
+  AppendDecimal(position, form.hasAltitude ? point.altitude : 0);
+  m_positions.Append(position + (form.isDated ? "</gx:coord>\n" : "\n"));
   if (!form.isDated) return;
-  const auto append = [](std::string& to, std::string_view value) {
-    to.append("<gx:value>").append(value).append("</gx:value>\n");
+  const auto append = [](C_SpilledText& to, std::string_view value) {
+    to.Append(fmt::format("<gx:value>{}</gx:value>\n", value));
   };
-  m_times.append("<when>").append(point.time.Text()).append("</when>\n");
+  m_times.Append(fmt::format("<when>{}</when>\n", point.time.Text()));
   append(m_fixes, ModeName(point.fix));
   append(m_satellites, IsNotAvailable(point.satellites) ? "" : std::to_string(point.satellites));
   std::string hdop;
@@ -83,7 +83,6 @@ void C_KmlTrack::WriteRun(std::string& text) {
     WriteLine(text);
   text += "</Placemark>\n";
   m_count = 0;
-  for (std::string* part : {&m_times, &m_positions, &m_fixes, &m_satellites, &m_hdops}) part->clear();
 }
 
 // Altitudes of KML are those above mean sea level.
@@ -91,12 +90,15 @@ std::string_view AltitudeMode(bool hasAltitude) {
   return hasAltitude ? "<altitudeMode>absolute</altitudeMode>\n" : "<altitudeMode>clampToGround</altitudeMode>\n";
 }
 
-void C_KmlTrack::WriteTrack(std::string& text) const {
-  text.append("<gx:Track>\n").append(AltitudeMode(m_form.hasAltitude)).append(m_times).append(m_positions);
+void C_KmlTrack::WriteTrack(std::string& text) {
+  text.append("<gx:Track>\n").append(AltitudeMode(m_form.hasAltitude));
+  AppendSpilled(m_times, text);
+  AppendSpilled(m_positions, text);
   text += "<ExtendedData><SchemaData schemaUrl=\"#point\">\n";
-  const auto appendArray = [&text](std::string_view name, const std::string& values) {
-    fmt::format_to(std::back_inserter(text), "<gx:SimpleArrayData name=\"{}\">\n{}</gx:SimpleArrayData>\n", name,
-                   values);
+  const auto appendArray = [&](std::string_view name, C_SpilledText& values) {
+    fmt::format_to(std::back_inserter(text), "<gx:SimpleArrayData name=\"{}\">\n", name);
+    AppendSpilled(values, text);
+    text += "</gx:SimpleArrayData>\n";
   };
   appendArray("fix", m_fixes);
   appendArray("satellites", m_satellites);
@@ -105,10 +107,11 @@ void C_KmlTrack::WriteTrack(std::string& text) const {
 }
 
 // A LineString needs two positions.
-void C_KmlTrack::WriteLine(std::string& text) const {
+void C_KmlTrack::WriteLine(std::string& text) {
   const std::string_view element = m_count == 1 ? "Point" : "LineString";
-  fmt::format_to(std::back_inserter(text), "<{0}>\n{1}<coordinates>\n{2}</coordinates>\n</{0}>\n", element,
-                 AltitudeMode(m_form.hasAltitude), m_positions);
+  fmt::format_to(std::back_inserter(text), "<{}>\n{}<coordinates>\n", element, AltitudeMode(m_form.hasAltitude));
+  AppendSpilled(m_positions, text);
+  fmt::format_to(std::back_inserter(text), "</coordinates>\n</{}>\n", element);
 }
 
 }  // namespace

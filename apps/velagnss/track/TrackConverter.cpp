@@ -10,6 +10,7 @@ namespace {
 class C_TrackConverter : public C_TextConsumer, private C_TrackSink {
  public:
   explicit C_TrackConverter(std::unique_ptr<C_TrackFormat> format) : m_format(std::move(format)), m_builder(*this) {
+    m_format->SetDrain([this] { Drain(); });
     m_format->Begin(m_text);
   }
 
@@ -35,6 +36,7 @@ void C_TrackConverter::OnPoint(const S_TrackPoint& point) {
   m_format->Add(point, m_text);
 }
 
+// Without any point the document is still closed, so that its readers find an empty track and not a broken file.
 void C_TrackConverter::Finish() {
   if (m_points > 0) m_format->EndSegment(m_text);
   m_format->End(m_text);

@@ -5,10 +5,13 @@
 #ifndef VELAGNSS_APPS_TRACK_FORMAT_H
 #define VELAGNSS_APPS_TRACK_FORMAT_H
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "apps/velagnss/text/Numbers.h"
+#include "apps/velagnss/text/SpilledText.h"
 #include "apps/velagnss/track/TrackBuilder.h"
 
 namespace Host {
@@ -18,11 +21,27 @@ namespace Host {
 class C_TrackFormat {
  public:
   virtual ~C_TrackFormat() = default;
+
+  // Called while a lot of text is appended; it may clear the text.
+  void SetDrain(std::function<void()> drain) { m_drain = std::move(drain); }
+
   virtual void Begin(std::string& text) = 0;
   virtual void BeginSegment(std::string& /*text*/) {}
   virtual void Add(const S_TrackPoint& point, std::string& text) = 0;
   virtual void EndSegment(std::string& /*text*/) {}
   virtual void End(std::string& /*text*/) {}
+
+ protected:
+  // Appends all of `part`, and clears it.
+  void AppendSpilled(C_SpilledText& part, std::string& text) const {
+    part.MoveTo([&](std::string_view piece) {
+      text += piece;
+      if (m_drain) m_drain();
+    });
+  }
+
+ private:
+  std::function<void()> m_drain;
 };
 
 std::unique_ptr<C_TrackFormat> MakeCsvTrack();      // RFC 4180

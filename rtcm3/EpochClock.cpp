@@ -1,0 +1,144 @@
+#include "rtcm3/EpochClock.h"
+
+#include <cmath>
+#include <cstdlib>
+
+namespace velagnss::rtcm3 {
+namespace {
+
+constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
+constexpr unsigned int kMjdOfRtcm3 = 53005;     // 1 January 2004: no message is older
+constexpr std::int64_t kGlonassAhead = 10800 * kSecond;
+constexpr std::int64_t kBeidouBehind = 14 * kSecond;  // BeiDou time - GPS time (BDS-SIS-ICD, 3.3)
+constexpr std::uint32_t kSecondsPerDay = 86400;
+
+// GPS time - UTC since the first day of each row (IERS Bulletin C).
+struct LeapRow {
+  unsigned int mjd;
+  unsigned char seconds;
+};
+constexpr LeapRow kLeapSeconds[] = {
+    {57754, 18},  // 1 January 2017; the last one as of 2026
+    {57204, 17},  // 1 July 2015
+    {56109, 16},  // 1 July 2012
+    {54832, 15},  // 1 January 2009
+    {53736, 14},  // 1 January 2006
+    {51179, 13},  // 1 January 1999
+};
+
+constexpr std::int64_t FloorMod(std::int64_t value, std::int64_t period) {
+  const std::int64_t rest = value % period;
+  return rest < 0 ? rest + period : rest;
+}
+
+// A week of BeiDou begins 14 s after that of GPS. In those seconds some receivers send the time of the old week less
+// 14 s as a negative number, cut to 30 bits.
+constexpr std::uint32_t MendBeidou(std::uint32_t sent) {
+  constexpr std::uint32_t kCut = 1U << 30;
+  constexpr auto kLate = static_cast<std::uint32_t>(kBeidouBehind);
+  return sent >= kCut - kLate && sent < kCut ? sent - kCut + static_cast<std::uint32_t>(kWeek) : sent;
+}
+
+}  // namespace
+
+std::int64_t Nearest(std::int64_t reference, std::int64_t time, std::int64_t period) {
+  const std::int64_t ahead = FloorMod(time - reference, period);
+  return reference + (ahead > period / 2 ? ahead - period : ahead);
+}
+
+void EpochClock::Seed(const C_GnssTime& time) {
+  if (time.m_week == 0 && time.m_secOfWeek == 0.0) return;
+  if (!(std::fabs(time.m_secOfWeek) < 1e9)) return;
+  const std::int64_t own = time.m_week * kWeek + std::llround(time.m_secOfWeek * static_cast<double>(kSecond));
+  switch (time.m_system) {
+    case ALGO::GNSS_GPS:
+    case ALGO::GNSS_GALILEO:
+    case ALGO::GNSS_QZSS:
+    case kNavic:
+      m_now = own;
+      break;
+    case ALGO::GNSS_BEIDOU:
+      m_now = own + kBeidouBehind;
+      break;
+    case ALGO::GNSS_GLONASS:
+      m_now = GlonassToGps(own);
+      break;
+    default:
+      return;
+  }
+  m_known = Known::Date;
+  m_isSeeded = true;
+}
+
+void EpochClock::NoteUtc(unsigned int mjd, std::uint32_t secondOfDay) {
+  if (m_isSeeded || mjd < kMjdOfRtcm3 || secondOfDay > kSecondsPerDay) return;
+  const std::int64_t day = mjd - kMjdOfGpsEpoch;
+  m_now = day * kDay + secondOfDay * kSecond + LeapOfDay(day);
+  m_known = Known::Date;
+}
+
+void EpochClock::NoteReference(std::int64_t time) {
+  constexpr std::int64_t kEarliest = (kMjdOfRtcm3 - kMjdOfGpsEpoch) * kDay;
+  if (m_known == Known::Date || time < kEarliest) return;
+  m_now = m_known == Known::SecondsOfWeek ? Nearest(time, m_now, kWeek) : time;
+  m_known = Known::Date;
+}
+
+std::optional<std::int64_t> EpochClock::Resolve(TimeField field, std::uint32_t sent, unsigned char dayOfWeek) const {
+  std::int64_t time = sent;
+  std::int64_t period = kWeek;
+  if (field == TimeField::BeidouWeek) time = MendBeidou(sent);
+  if (field == TimeField::GlonassDay) {
+    if (time >= kDay + kSecond) return std::nullopt;  // the last second of a day may be a leap second
+    const bool knowsDay = dayOfWeek <= 6;
+    if (!knowsDay && m_known == Known::Nothing) return std::nullopt;
+    if (!knowsDay) period = kDay;
+    time = GlonassToGps(knowsDay ? dayOfWeek * kDay + time : time);
+  } else {
+    if (time >= kWeek) return std::nullopt;
+    if (field == TimeField::BeidouWeek) time += kBeidouBehind;
+  }
+  return m_known == Known::Nothing ? FloorMod(time, kWeek) : Nearest(m_now, time, period);
+}
+
+void EpochClock::Describe(std::int64_t time, Rtcm3Time& out) const {
+  const std::int64_t inWeek = FloorMod(time, kWeek);
+  out.seconds = SecondsOf(inWeek);
+  if (m_known == Known::Date && time >= 0) out.week = static_cast<unsigned short>((time - inWeek) / kWeek);
+}
+
+void EpochClock::Advance(std::int64_t time) {
+  m_now = time;
+  if (m_known == Known::Nothing) m_known = Known::SecondsOfWeek;
+}
+
+std::optional<std::int64_t> EpochClock::Now() const {
+  if (m_known != Known::Date) return std::nullopt;
+  return m_now;
+}
+
+std::optional<int> EpochClock::ResolveWeek(int week, int period) const {
+  if (m_known != Known::Date) return std::nullopt;
+  const int now = static_cast<int>(m_now / kWeek);
+  int resolved = week % period + now / period * period;
+  if (std::abs(resolved - now) > period / 2) resolved += resolved < now ? period : -period;
+  return resolved;
+}
+
+std::int64_t EpochClock::GlonassToGps(std::int64_t glonassTime) const {
+  const std::int64_t utc = glonassTime - kGlonassAhead;
+  return utc + LeapOfDay(m_known == Known::Date ? m_now / kDay : utc / kDay);
+}
+
+std::int64_t EpochClock::GpsToGlonass(std::int64_t time) const {
+  return time - LeapOfDay(m_known == Known::Date ? m_now / kDay : time / kDay) + kGlonassAhead;
+}
+
+std::int64_t EpochClock::LeapOfDay(std::int64_t day) const {
+  if (m_leapSeconds) return *m_leapSeconds * kSecond;
+  for (const LeapRow& row : kLeapSeconds)
+    if (day + kMjdOfGpsEpoch >= row.mjd) return row.seconds * kSecond;
+  return kLeapSeconds[0].seconds * kSecond;  // no date is known, or one that no RTCM 3 message can have
+}
+
+}  // namespace velagnss::rtcm3
