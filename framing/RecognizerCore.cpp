@@ -347,6 +347,7 @@ void C_RecognizerCore::ExpectUnlisted() {
 // `isCounted`: the listed frame would be counted as a bad one.
 eRecognitionResult C_RecognizerCore::LookAsUnlisted(eRecognitionResult result, bool isCounted,
                                                     C_RawDataMessage& message) {
+  m_listedRow = m_currentRow;
   ExpectUnlisted();
   m_isUnlisted = true;
   m_wasBad = isCounted;
@@ -508,6 +509,7 @@ eRecognitionResult C_RecognizerCore::Conclude(eVerdict verdict) {
       break;
   }
   m_state = eResynchronise;
+  if (m_isUnlisted) m_currentRow = m_listedRow;
   // An acknowledgement has no form that could be wrong, so none of them is a bad frame.
   const bool isBad = m_isUnlisted ? isBadCheck || m_wasBad : verdict != eVerdict::GivenUp;
   if (isBad) Count(&S_RecognizerStatistics::framesBad, 1);

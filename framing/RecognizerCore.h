@@ -152,6 +152,7 @@ class C_RecognizerCore {
 
   // A start that failed as a listed frame and is looked at as an unlisted one.
   bool m_isUnlisted = false;
+  unsigned int m_listedRow = kNumProtocols;               // m_currentRow before that
   bool m_wasBad = false;                                  // the listed frame would be counted as a bad one
   eRecognitionResult m_listedResult = eRecFrameRejected;  // its result
   std::unique_ptr<C_RecognizerCore> m_inner;              // searches unlisted frames for listed ones inside

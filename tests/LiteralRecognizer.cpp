@@ -526,6 +526,7 @@ Literal::Result Literal::LookAsUnlisted(Result listed, Message& delivered) {
   const bool isRtcm = m_queue[0] == 0xD3;
   m_isUnlisted = true;
   m_listedResult = listed;
+  m_listed = m_current;
   m_current = isRtcm ? 1 : 2;
   m_work.message.protocol = kDescriptors[m_current].protocol;
   m_work.message.type = Raw::eNmeaUnknown;
@@ -656,6 +657,7 @@ Literal::Result Literal::Scan(const Scanner& scanner) {
   if (result == kComplete && m_isUnlisted && HoldsListedFrame(m_work.message.bytes.size())) result = kRejected;
   m_state = result == kComplete ? kIdle : kResynchronise;
   if (result == kComplete) Add(counters.good, 1);
+  if (result != kComplete && m_isUnlisted) m_current = m_listed;
   const bool isBad = m_isUnlisted ? result == kChecksum || m_listedWasBad : scanner.countsBroken;
   if (result != kComplete && isBad) Add(counters.bad, 1);
   return result == kRejected && m_isUnlisted && m_listedResult == kChecksum ? kChecksum : result;

@@ -77,6 +77,7 @@ class LiteralRecognizer {
   bool m_enabled[11] = {};
   bool m_patient = false;
   bool m_acceptsUnlisted = false;
+  unsigned m_listed = 11;     // the descriptor before that
   bool m_isUnlisted = false;  // the frame in hand has failed as a listed one
   Result m_listedResult = kRejected;
   bool m_listedWasBad = false;
