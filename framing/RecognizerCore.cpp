@@ -30,16 +30,6 @@ constexpr auto kSecondOfUnlisted = [] {
   return second;
 }();
 
-// By protocol: whether a frame whose checksum is wrong is not an unlisted one either. The sum is the same, or the bytes
-// that were summed cannot be in a sentence.
-constexpr auto kSumStaysWrong = [] {
-  t_Protocols protocols = {};
-  for (const auto protocol :
-       {C_RawDataMessage::eRTCM3_x, C_RawDataMessage::eNMEA0183, C_RawDataMessage::eVelaBIN, C_RawDataMessage::eJROX})
-    protocols[protocol] = true;
-  return protocols;
-}();
-
 // Bytes queued beyond the longest frame: the line end of the frame before it, and the start of the next one, need not
 // make a full queue.
 constexpr unsigned int kQueueMargin = 32;
@@ -277,8 +267,10 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
 inline bool C_RecognizerCore::MayBeUnlisted(eRecognitionResult result) {
   const unsigned char* const bytes = m_queue.Bytes(2);
   if (!kSecondOfUnlisted[bytes[1]]) return false;
-  if (result == eRecChecksumError && kSumStaysWrong[m_frame.message.protocol]) return false;
-  if (result != eRecSearching && bytes[0] != kRtcmPreamble && m_scanner.LacksSentenceEnd()) return false;
+  const bool isRtcm = bytes[0] == kRtcmPreamble;
+  const auto protocol = isRtcm ? C_RawDataMessage::eRTCM3_x : C_RawDataMessage::eNMEA0183;
+  if (result == eRecChecksumError && m_frame.message.protocol == protocol) return false;  // it would be the same sum
+  if (result != eRecSearching && !isRtcm && m_scanner.LacksSentenceEnd()) return false;
   return BeginsUnlisted();
 }
 
