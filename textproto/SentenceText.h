@@ -34,6 +34,8 @@ class C_SentenceText {
     m_text[m_length] = '\0';
   }
 
+  std::string_view View() const { return {m_text, m_length}; }
+
  private:
   char* m_text;
   std::size_t m_length;
