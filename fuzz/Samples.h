@@ -8,7 +8,7 @@
 namespace Fuzz {
 
 // Sentences without "$" and checksum.
-inline const std::array<std::string, 11> kNmeaSamples = {
+inline const std::array<std::string, 23> kNmeaSamples = {
     "GPGGA,123456.78,0130.0,N,01130.0,E,4,08,0.9,545.4,M,46.9,M,2.5,0031",
     "GNGNS,014035.00,4330.0,S,17230.0,E,RRN,13,0.9,25.63,11.24,1.5,7,U",
     "GPZDA,160012.71,11,03,2004,-1,30",
@@ -20,6 +20,18 @@ inline const std::array<std::string, 11> kNmeaSamples = {
     "GPRMC,225446,A,4916.45,N,12311.12,W,000.5,054.7,191194,020.3,E",
     "GPRMC,083559.00,A,4717.11437,N,00833.91522,E,0.004,77.52,091202,,,A,V",
     "GPVTG,77.52,T,,M,0.004,N,0.008,K,A",
+    "GNGST,172814.0,0.006,0.023,0.020,273.6,0.023,0.020,0.031",
+    "GNGBS,235458.00,1.4,1.3,3.1,03,,-21.4,3.8,1,B",
+    "GNGRS,104148.00,1,2.6,2.2,-1.6,,,,,,,,,0.5,1,8",
+    "GPHDT,274.07,T",
+    "GPDTM,999,x,0.08,S,0.07,W,-47.7,P90",
+    "GNTXT,01,02,07,a, b,,^2C,",
+    "SDDBT,1.8,f,0.5,M,0.3,F",
+    "WIMWV,297.6,R,5.6,N,A",
+    "GPRMB,A,0.66,L,003,004,4915.00,N,12330.0,W,001.3,052.5,000.5,V",
+    "GPAPB,A,A,0.10,R,N,V,V,011,M,DEST,012,T,013,M,A",
+    "GPBWC,195811,5307.5,N,00521.0,E,213.9,T,213.2,M,4.25,N,HOME,A",
+    "PGRME,15.0,M,45.0,M,25.0,M",
 };
 
 // The same of the maker's own; the last one has no checksum but a line end.
