@@ -137,6 +137,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
                                                unsigned int seed) {
   return Fuzz::Mutate(data, size, maxSize, seed, [](std::string& input, std::minstd_rand& random) {
+    if (random() % 2 == 0) return Fuzz::RepairSentence(input, 1, Fuzz::kMoreNmeaSamples, random);
     Fuzz::RepairSentence(input, 1, Fuzz::kNmeaSamples, random);
   });
 }

@@ -129,6 +129,7 @@ bool C_LineEncoder::AreFieldsOfText(const nlohmann::json& object, const velagnss
   m_fieldsOfText.BeginObject();
   WriteMembers(m_fieldsOfText, record);
   m_fieldsOfText.EndObject();
+  m_fieldsOfText.EndLine();
   return WithoutNulls(object["fields"]) == WithoutNulls(nlohmann::json::parse(m_fieldsOfText.Text()));
 }
 
