@@ -323,7 +323,10 @@ TEST_F(Program, PeriodKeepsWholeEpochs) {
 
 // Folded on the way are only the modes of a GNS of one system, and digits beyond those that the standard prints.
 TEST_F(Program, EncodesWhatItDecoded) {
-  Run("velagnss decode --msg GGA,GLL,GNS,GSA,GSV,RMC,VTG,ZDA $S > first; velagnss encode first > nmea");
+  Run("velagnss decode --proto nmea $S > all; velagnss convert --to nmea $S > sentences");
+  EXPECT_EQ(Run("velagnss encode all").output, Run("cat sentences").output);
+  Run("velagnss decode --msg GGA,GLL,GNS,GSA,GSV,RMC,VTG,ZDA $S | sed 's/,.text.:\"[^\"]*\"}$/}/' > first");
+  Run("velagnss encode first > nmea");
   const std::vector<json> first = Lines(Run("cat first").output);
   const std::vector<json> second = Lines(Run("velagnss decode nmea").output);
   ASSERT_EQ(first.size(), second.size());

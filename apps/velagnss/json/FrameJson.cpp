@@ -4,6 +4,7 @@
 #include "apps/velagnss/text/RejectionNumber.h"
 #include "records/ResultCodes.h"
 #include "stream/Names.h"
+#include "textproto/NmeaSentenceCodec.h"
 
 namespace Host {
 namespace {
@@ -19,6 +20,20 @@ void WriteDecoded(C_JsonWriter& json, const velagnss::DecodedFrame& decoded) {
   json.BeginObject();
   WriteFields(json, decoded);
   json.EndObject();
+}
+
+std::string_view SentenceOf(const velagnss::Frame& frame) {
+  std::string_view text(reinterpret_cast<const char*>(frame.data), frame.length);
+  while (text.ends_with('\r') || text.ends_with('\n')) text.remove_suffix(1);
+  return text;
+}
+
+// A sentence without a number is called by its address.
+void WriteMessage(C_JsonWriter& json, const velagnss::Frame& frame) {
+  const bool isUnlisted =
+      frame.protocol == C_RawDataMessage::eNMEA0183 && frame.message == C_RawDataMessage::eNmeaUnknown;
+  const velagnss::MessageName name(frame.protocol, frame.message);
+  json.Key("message").String(isUnlisted ? velagnss::SentenceName(SentenceOf(frame)) : name.Text());
 }
 
 }  // namespace
@@ -39,9 +54,10 @@ void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::Decod
   m_json.Key("offset").Integer(frame.offset);
   m_json.Key("length").Integer(frame.length);
   m_json.Key("protocol").String(velagnss::ProtocolName(frame.protocol));
-  m_json.Key("message").String(velagnss::MessageName(frame.protocol, frame.message).Text());
+  WriteMessage(m_json, frame);
   m_json.Key("number").IntegerOrNull(velagnss::MessageNumber(frame.message));
   if (decoded != nullptr) WriteDecoded(m_json, *decoded);
+  if (frame.protocol == C_RawDataMessage::eNMEA0183) m_json.Key("text").String(SentenceOf(frame));
   if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});
   End();
 }
