@@ -33,7 +33,10 @@ VELAGNSS_API bool IsCalledByNumber(C_RawDataMessage::eProtocols protocol);
 // for a sentence that has no number and for a protocol that does not exist.
 class VELAGNSS_API MessageName {
  public:
+  // `message` as in `Frame`.
   MessageName(C_RawDataMessage::eProtocols protocol, unsigned int message);
+
+  // The name; part of this object.
   std::string_view Text() const { return {m_text, m_size}; }
 
  private:

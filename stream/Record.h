@@ -18,14 +18,14 @@ namespace velagnss {
 
 // The text of a sentence that is not decoded, without its line end. It is part of the frame that was decoded.
 struct RawText {
-  std::string_view text;
+  std::string_view text;  // from its first start byte to its checksum
 };
 
 // The body of a binary message that is not decoded: the bytes between its header and its checksum. They are part of the
 // frame that was decoded.
 struct RawBody {
-  const unsigned char* data = nullptr;
-  std::size_t size = 0;
+  const unsigned char* data = nullptr;  // its first byte
+  std::size_t size = 0;                 // bytes
 };
 
 // What a 7-of-8 packed reply or sentence ("$JROX,", "$PKVN,RAW,") carries.
