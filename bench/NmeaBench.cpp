@@ -9,6 +9,7 @@
 #include "textproto/CheckedSentence.h"
 #include "textproto/FieldValues.h"
 #include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/NmeaSentenceCodec.h"
 #include "textproto/NumberText.h"
 
 namespace {
@@ -55,6 +56,19 @@ BENCHMARK_CAPTURE(Decode, GSV, kGsv, t_Type::eNmeaGSV);
 BENCHMARK_CAPTURE(Decode, GSA, kGsa, t_Type::eNmeaGSA);
 BENCHMARK_CAPTURE(Decode, RMC, kRmc, t_Type::eNmeaRMC);
 BENCHMARK_CAPTURE(Decode, VTG, kVtg, t_Type::eNmeaVTG);
+
+// Any sentence, by its address.
+void DecodeAny(benchmark::State& state, const char* text) {
+  const std::string sentence = WithChecksum(text);
+  velagnss::NmeaRecord record;
+  for (auto _ : state) {
+    if (velagnss::DecodeSentence(sentence, record) != 0) return state.SkipWithError("not decoded");
+    benchmark::DoNotOptimize(record);
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(sentence.size()));
+}
+BENCHMARK_CAPTURE(DecodeAny, HDT, "$GPHDT,274.07,T");
+BENCHMARK_CAPTURE(DecodeAny, TXT, "$GPTXT,01,01,01,ANTENNA OK");
 
 void MakeDecodable(benchmark::State& state, const char* text) {
   const std::string sentence = WithChecksum(text);

@@ -20,6 +20,8 @@ void Show(const VelaPKVN_Messages::S_PKvnHpr& hpr) {
   IsNotAvailable(hpr.roll) ? std::puts("roll not available") : std::printf("roll %.2f\n", hpr.roll);
 }
 
+void Show(const velagnss::HdtRecord& hdt) { std::printf("heading %.2f\n", hdt.headingTrue); }
+
 void Show(const velagnss::RawText& raw) {
   std::printf("not decoded: %.*s\n", static_cast<int>(raw.text.size()), raw.text.data());
 }

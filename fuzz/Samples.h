@@ -22,6 +22,22 @@ inline const std::array<std::string, 11> kNmeaSamples = {
     "GPVTG,77.52,T,,M,0.004,N,0.008,K,A",
 };
 
+// Of other sentences; the recognizer does not know all of them.
+inline const std::array<std::string, 12> kMoreNmeaSamples = {
+    "GNGST,172814.0,0.006,0.023,0.020,273.6,0.023,0.020,0.031",
+    "GNGBS,235458.00,1.4,1.3,3.1,03,,-21.4,3.8,1,B",
+    "GNGRS,104148.00,1,2.6,2.2,-1.6,,,,,,,,,0.5,1,8",
+    "GPHDT,274.07,T",
+    "GPDTM,999,x,0.08,S,0.07,W,-47.7,P90",
+    "GNTXT,01,02,07,a, b,,^2C,",
+    "SDDBT,1.8,f,0.5,M,0.3,F",
+    "WIMWV,297.6,R,5.6,N,A",
+    "GPRMB,A,0.66,L,003,004,4915.00,N,12330.0,W,001.3,052.5,000.5,V",
+    "GPAPB,A,A,0.10,R,N,V,V,011,M,DEST,012,T,013,M,A",
+    "GPBWC,195811,5307.5,N,00521.0,E,213.9,T,213.2,M,4.25,N,HOME,A",
+    "PGRME,15.0,M,45.0,M,25.0,M",
+};
+
 // The same of the maker's own; the last one has no checksum but a line end.
 inline const std::array<std::string, 12> kProprietarySamples = {
     "PKVN,RAW,1,12,\x80\x81\x82",

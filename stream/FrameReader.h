@@ -3,10 +3,10 @@
 //   velagnss::FrameReader reader;
 //   while (Read(bytes, count)) {
 //     reader.Feed(bytes, count);
-//     while (const velagnss::Frame* frame = reader.NextFrame()) Handle(*frame);
+//     while (const auto frame = reader.NextFrame()) Handle(frame);
 //   }
 //   reader.Finish();
-//   while (const velagnss::Frame* frame = reader.NextFrame()) Handle(*frame);
+//   while (const auto frame = reader.NextFrame()) Handle(frame);
 //
 // The reader drives a `C_FrameRecognizer` so that no checked frame of the stream is lost and none is invented: the
 // search is patient, the queue is never given more bytes than fit, every piece is pumped until nothing new comes, and
@@ -31,42 +31,44 @@ namespace velagnss {
 struct Frame {
   const unsigned char* data = nullptr;  // from the first start byte to the last byte of the frame
   unsigned short length = 0;            // bytes; up to 2048
-  C_RawDataMessage::eProtocols protocol = C_RawDataMessage::eNoProtocol;
-  unsigned int message = 0xFFFFFFFF;  // as `C_RawDataMessage::messageType`
-  std::uint64_t offset = 0;           // of the first byte in the stream
+  C_RawDataMessage::eProtocols protocol = C_RawDataMessage::eNoProtocol;  // whose frame it is
+  unsigned int message = 0xFFFFFFFF;                                      // as `C_RawDataMessage::messageType`
+  std::uint64_t offset = 0;                                               // of the first byte in the stream
 };
 
 // A false start: bytes that opened a frame which then failed. Only its first byte is given up; the search goes on with
 // the next one, so the same bytes may still hold a good frame.
 struct RejectedStart {
-  enum class Reason : unsigned char {  // numbered as `eRecognitionResult`
-    Checksum = 4,                      // the frame was whole, but its checksum or its packing was wrong
-    NotAFrame = 5,                     // unknown message, or a length or character that the message cannot have
+  // Why it was given up; numbered as `eRecognitionResult`.
+  enum class Reason : unsigned char {
+    Checksum = 4,   // the frame was whole, but its checksum or its packing was wrong
+    NotAFrame = 5,  // unknown message, or a length or character that the message cannot have
   };
 
   static constexpr std::size_t kMaxBytes = 5;  // no start is judged by fewer, however the stream is cut
 
-  std::uint64_t offset = 0;  // of the first byte
-  Reason reason = Reason::NotAFrame;
+  std::uint64_t offset = 0;             // of the first byte
+  Reason reason = Reason::NotAFrame;    // why it was given up
   const unsigned char* data = nullptr;  // the first bytes, at most kMaxBytes; fewer at the end of the stream
-  std::size_t size = 0;
+  std::size_t size = 0;                 // how many they are
 };
 
 // A whole run of bytes that belong to no frame. It comes once the run has ended, after the rejected starts in it.
 struct SkippedRange {
+  // What the run holds.
   enum class Reason : unsigned char {
     Noise,        // nothing in it looked like a frame
     FalseStarts,  // it holds at least one rejected start
     EndOfStream,  // likewise, or noise, and its last bytes began a frame that the end of the stream cut off
   };
 
-  static constexpr std::size_t kMaxBytes = 1024;
+  static constexpr std::size_t kMaxBytes = 1024;  // of a run are shown
 
-  std::uint64_t offset = 0;  // of the first byte
-  std::uint64_t length = 0;  // bytes of the run
-  Reason reason = Reason::Noise;
+  std::uint64_t offset = 0;             // of the first byte
+  std::uint64_t length = 0;             // bytes of the run
+  Reason reason = Reason::Noise;        // what it holds
   const unsigned char* data = nullptr;  // the first bytes of the run, at most kMaxBytes
-  std::size_t size = 0;
+  std::size_t size = 0;                 // how many they are
 };
 
 // What a reader hands out. `std::monostate`: it has used up the bytes fed and needs more.

@@ -7,6 +7,7 @@
 #include "binproto/VelaBIN_Messages.h"
 #include "records/ResultCodes.h"
 #include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/NmeaSentenceCodec.h"
 #include "textproto/NumberText.h"
 #include "textproto/PkvnNames.h"
 
@@ -99,10 +100,6 @@ std::string_view TextAt(const std::string_view (&texts)[N], unsigned int index) 
   return index < N ? texts[index] : std::string_view();
 }
 
-// A talker of two characters and a formatter of three (NMEA 0183); "P" begins a proprietary address.
-constexpr std::size_t kTalker = 2;
-constexpr std::size_t kAddress = kTalker + 3;
-
 bool IsUnlistedSentence(const Frame& frame) {
   return frame.protocol == C_RawDataMessage::eNMEA0183 && frame.message == C_RawDataMessage::eNmeaUnknown;
 }
@@ -136,17 +133,9 @@ std::optional<unsigned int> MessageNumber(const Frame& frame) {
   return IsUnlistedSentence(frame) ? std::nullopt : MessageNumber(frame.message);
 }
 
-std::string_view AddressOf(const Frame& frame) {
-  if (frame.protocol != C_RawDataMessage::eNMEA0183 || frame.data == nullptr || frame.length == 0) return {};
-  const std::string_view text(reinterpret_cast<const char*>(frame.data) + 1, frame.length - 1U);
-  return text.substr(0, text.find(','));
-}
-
 std::string_view UnlistedName(const Frame& frame) {
-  if (!IsUnlistedSentence(frame)) return {};
-  std::string_view name = AddressOf(frame);
-  if (name.size() == kAddress && name.front() != 'P') name.remove_prefix(kTalker);
-  return name;
+  if (!IsUnlistedSentence(frame) || frame.data == nullptr) return {};
+  return SentenceName({reinterpret_cast<const char*>(frame.data), frame.length});
 }
 
 unsigned int NumMessages(eProtocols protocol) {

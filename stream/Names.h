@@ -25,13 +25,8 @@ VELAGNSS_API std::optional<unsigned int> MessageNumber(unsigned int message);
 // The number of a frame's message; missing also for a sentence that is not listed.
 VELAGNSS_API std::optional<unsigned int> MessageNumber(const Frame& frame);
 
-// The address of a sentence: the characters after "$" or "!" up to the first comma, "GPGGA", "PGRME". Empty for a frame
-// of any other protocol than NMEA 0183. Points into the frame.
-VELAGNSS_API std::string_view AddressOf(const Frame& frame);
-
-// The name of a sentence that is not listed, "TXT", "VDM", "PGRME": the formatter where the address is a talker and a
-// formatter, five characters that do not begin with "P", otherwise the address. Empty for every other frame, which has
-// a `MessageName`. Points into the frame.
+// The name of a sentence that is not listed, as `SentenceName` gives it: "TXT", "VDM", "PGRME". Empty for every other
+// frame, which has a `MessageName`. Points into the frame.
 VELAGNSS_API std::string_view UnlistedName(const Frame& frame);
 
 // Message numbers that frames of a protocol can have are those below this one; 1 where the protocol numbers none.
@@ -45,7 +40,10 @@ VELAGNSS_API bool IsCalledByNumber(C_RawDataMessage::eProtocols protocol);
 // for a sentence that has no number and for a protocol that does not exist.
 class VELAGNSS_API MessageName {
  public:
+  // `message` as in `Frame`.
   MessageName(C_RawDataMessage::eProtocols protocol, unsigned int message);
+
+  // The name; part of this object.
   std::string_view Text() const { return {m_text, m_size}; }
 
  private:

@@ -10,6 +10,7 @@
 #include "binproto/VelaBIN_Messages.h"
 #include "records/InterfaceRecords.h"
 #include "textproto/NMEA_Records.h"
+#include "textproto/NmeaMoreRecords.h"
 #include "textproto/VelaPKVN_Messages.h"
 #include "textproto/VelaRD_Messages.h"
 
@@ -17,14 +18,14 @@ namespace velagnss {
 
 // The text of a sentence that is not decoded, without its line end. It is part of the frame that was decoded.
 struct RawText {
-  std::string_view text;
+  std::string_view text;  // from its first start byte to its checksum
 };
 
 // The body of a binary message that is not decoded: the bytes between its header and its checksum. They are part of the
 // frame that was decoded.
 struct RawBody {
-  const unsigned char* data = nullptr;
-  std::size_t size = 0;
+  const unsigned char* data = nullptr;  // its first byte
+  std::size_t size = 0;                 // bytes
 };
 
 // What a 7-of-8 packed reply or sentence ("$JROX,", "$PKVN,RAW,") carries.
@@ -34,7 +35,8 @@ struct PackedPayload {
   unsigned short length = 0;  // 0 when the packed bytes do not add up to their sum
 };
 
-// The record of one frame. Values that the frame does not carry hold their markers (geo/NotAvailable.h).
+// The record of one frame. An NMEA sentence that has no record of its own is an OtherSentence. Values that the frame
+// does not carry hold their markers (geo/NotAvailable.h).
 //
 // `std::monostate` is a frame of which only the protocol and the message number are known: RTCM 3. The RMC record
 // differs from what `C_NMEA_EncodeDecode::Decode` gives in one member: `variationDirection` is the letter that was
@@ -46,7 +48,9 @@ using Record =
                  VelaPKVN_Messages::S_PKvnAttStat, VelaPKVN_Messages::S_PKvnGbs, VelaPKVN_Messages::S_PKvnHpr,
                  VelaPKVN_Messages::S_PKvnBlv, VelaPKVN_Messages::S_PKvnFvi, VelaPKVN_Messages::S_PKvnRtkStat,
                  VelaPKVN_Messages::S_PKvnVct, VelaPKVN_Messages::S_PKvnINTLT, VelaPKVN_Messages::S_PKvnTEMPERATURE,
-                 VelaPKVN_Messages::S_PKvnARN, VelaRD_Messages::S_IntSignalDiagMsg>;
+                 VelaPKVN_Messages::S_PKvnARN, VelaRD_Messages::S_IntSignalDiagMsg, OtherSentence, GstRecord, GbsRecord,
+                 GrsRecord, HdtRecord, ThsRecord, HdgRecord, RotRecord, DtmRecord, TxtRecord, VhwRecord, DbtRecord,
+                 DptRecord, MtwRecord, MwvRecord, VlwRecord, RmbRecord, XteRecord, ApbRecord, BwcRecord, WplRecord>;
 
 // How far a frame has been decoded.
 enum class Depth : unsigned char {

@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "binproto/MessageContents.h"
 #include "binproto/VelaBin_Decode.h"
 #include "framing/FrameRecognizer.h"
 #include "records/ResultCodes.h"
 #include "textproto/CheckedSentence.h"
+#include "textproto/NmeaSentenceCodec.h"
 #include "textproto/VelaPKVN_Decode.h"
 #include "textproto/VelaRD_Decode.h"
 
@@ -27,6 +29,12 @@ std::string_view TextOf(const Frame& frame) {
   std::string_view text(reinterpret_cast<const char*>(frame.data), frame.length);
   while (!text.empty() && (text.back() == '\r' || text.back() == '\n')) text.remove_suffix(1);
   return text;
+}
+
+// "$", two characters of talker, three of formatter. "$P" begins a proprietary sentence.
+bool HasPlainAddress(const Frame& frame) {
+  constexpr unsigned short kLength = 6;
+  return frame.length > kLength && frame.data[1] != 'P' && (frame.data[kLength] == ',' || frame.data[kLength] == '*');
 }
 
 RawBody BodyOf(const Frame& frame) {
@@ -79,6 +87,8 @@ class RecordDecoder::Impl {
   static const S_PkvnRow kPkvnRows[];
 
   void DecodeNmea(const Frame& frame);
+  void DecodeOneOfEight(const Frame& frame, const S_NmeaRow& row);
+  void DecodeByAddress(const Frame& frame);
   void DecodeBinary(const Frame& frame);
   void DecodePkvn(const Frame& frame);
   void DecodeRd(const Frame& frame);
@@ -102,6 +112,11 @@ class RecordDecoder::Impl {
     NoteTime(m_nmea.*Member);
     Keep(Depth::Full, m_nmea.*Member);
   }
+  template <class T>
+  void KeepSentenceRecord(const T& record) {
+    if constexpr (requires { m_clock.Note(record); }) NoteTime(record);
+    Keep(std::is_same_v<T, OtherSentence> ? Depth::Partial : Depth::Full, record);
+  }
   template <auto Member, Depth HowFar = Depth::Full>
   void KeepPkvn() {
     Keep(HowFar, m_pkvn.*Member);
@@ -118,6 +133,7 @@ class RecordDecoder::Impl {
   C_VelaRD_Decode m_rdDecoder;
 
   U_EcdDcdData m_nmea;
+  NmeaRecord m_sentence;
   U_VelaBIN_EcdDcdData m_binary;
   U_VelaPKVN_EcdDcdData m_pkvn;
   U_VelaRD_EcdDcdData m_rd;
@@ -202,19 +218,31 @@ void RecordDecoder::Impl::SetResult(unsigned int result) {
   m_decoded.hasDataError = result != eResultOk;
 }
 
+// The number of a frame is enough for the eight sentences with a type of their own, unless the address says that the
+// sentence is another one with the same letters in their place, "$PMGNST" for one.
 void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
   const auto type = static_cast<C_RawDataMessage::eNMEA0183Messages>(frame.message);
-  // The other fifteen sentences that are recognized have no record.
   const auto* const row = std::find_if(std::begin(kNmeaRows), std::end(kNmeaRows),
                                        [type](const S_NmeaRow& candidate) { return candidate.type == type; });
-  if (row == std::end(kNmeaRows)) return KeepText(frame);
+  if (row == std::end(kNmeaRows) || !HasPlainAddress(frame)) return DecodeByAddress(frame);
+  DecodeOneOfEight(frame, *row);
+}
+
+void RecordDecoder::Impl::DecodeOneOfEight(const Frame& frame, const S_NmeaRow& row) {
   char variation = 0;
-  const unsigned int result = textproto::DecodeCheckedSentence(frame.data, frame.length, type, m_nmea, variation);
+  const unsigned int result = textproto::DecodeCheckedSentence(frame.data, frame.length, row.type, m_nmea, variation);
   SetResult(result);
   if (result != eResultOk) return KeepText(frame);
   // The sentence decoder does not keep the letter, and without it the variation has no sign.
-  if (type == C_RawDataMessage::eNmeaRMC) m_nmea.rmc.variationDirection = static_cast<unsigned char>(variation);
-  (this->*row->keep)();
+  if (row.type == C_RawDataMessage::eNmeaRMC) m_nmea.rmc.variationDirection = static_cast<unsigned char>(variation);
+  (this->*row.keep)();
+}
+
+void RecordDecoder::Impl::DecodeByAddress(const Frame& frame) {
+  const unsigned int result = DecodeSentence(TextOf(frame), m_sentence);
+  SetResult(result);
+  if (result != eResultOk) return KeepText(frame);
+  std::visit([this](const auto& record) { KeepSentenceRecord(record); }, m_sentence);
 }
 
 // The first date that comes resolves weeks, unless the caller has given a time.

@@ -19,13 +19,14 @@ namespace velagnss {
 
 // What a frame came to.
 struct DecodedFrame {
+  // What the frame holds.
   Record record;
 
   // The code of `records/ResultCodes.h`; missing for a frame that has no decoder. A frame with another code than 0 is
   // handed out as text or as the bytes of its body, but for `isWeekUnresolved`.
   std::optional<unsigned int> result;
 
-  Depth depth = Depth::None;
+  Depth depth = Depth::None;           // how far it has been decoded
   WeekSource week = WeekSource::None;  // of an ephemeris
 
   // An ephemeris that was read in full, all but its week: no time was known to resolve it. Its result is not 0.

@@ -31,9 +31,11 @@ class VELAGNSS_API StreamClock {
   // The UTC of a value of `Seconds`. The date is the modified Julian date (MJD), and missing as long as the stream has
   // carried no date.
   struct Utc {
-    std::optional<unsigned int> mjd;
+    std::optional<unsigned int> mjd;  // the day
     double secondsOfDay;  // 0 to 86400; NaN for a value that is not a time: not finite, or beyond a million days
   };
+
+  // As `Utc` says.
   Utc UtcOf(double seconds) const;
 
   // Whether the stream has carried a date.

@@ -65,12 +65,14 @@ const S_OtherCase kOthers[] = {
     {"NoJson",            "$GPGGA,,,,,,,,,,,,,,*56",                     kRefused, "not valid JSON (column 1)"},
     {"CutOff",            R"({"protocol":"nmea")",                       kRefused, "not valid JSON (column 19)"},
     {"NoUtf8",            "{\"protocol\":\"\xff\"}",                     kRefused, "not valid JSON"},
-    {"DeeplyNested",      std::string(100000, '['),                      kRefused, "not valid JSON"},
+    {"DeeplyNested",      std::string(100000, '['),                      kRefused, "nested more than 32 deep"},
+    {"DeepInAMember",     R"({"protocol":)" + std::string(40, '[') + std::string(40, ']') + "}", kRefused, "nested more than 32 deep"},
+    {"TextAfterNul",      Line("GGA", R"("talker":"GP")") + std::string("\0 garbage", 9), kRefused, "not valid JSON (column 61)"},
     {"Array",             "[1]",                                         kRefused, "not a JSON object"},
     {"LaterSchema",       R"({"schema":2,"protocol":"nmea"})",           kRefused, "schema: 2 is not 1"},
     {"NoProtocol",        R"({"message":"GGA"})",                        kRefused, "protocol: missing"},
     {"NoMessage",         R"({"protocol":"nmea"})",                      kRefused, "message: null is not one of GSV"},
-    {"UnknownMessage",    R"({"protocol":"nmea","message":"HDT","result":0})", kRefused, "message: \"HDT\" is not one of GSV"},
+    {"UnknownMessage",    R"({"protocol":"nmea","message":"HDM","result":0})", kRefused, "message: \"HDM\" is not one of GSV"},
     {"EnvelopeOnly",      R"({"protocol":"nmea","message":"GGA"})",      kRefused, "fields: missing"},
     {"NoTalker",          Line("GGA", ""),                               kRefused, "fields: talker: missing"},
     {"TalkerInjected",    Line("GGA", R"("talker":"\r\n")"),             kRefused, "fields: talker: \"\\r\\n\" is not two"},
@@ -95,6 +97,68 @@ const S_OtherCase kOthers[] = {
     {"FixTypeAsNumber",   With(R"("fix_type":3)", "GSA"),                kRefused, "fields: fix_type: 3 is not one of \"none\", \"2d\", \"3d\""},
 };
 // clang-format on
+
+// A line of `decode`, with these members.
+std::string TextLine(std::string_view body, std::string_view members) {
+  return fmt::format(R"({{"protocol":"nmea",{},"text":"{}"}})", members, NmeaSentence(body));
+}
+
+struct S_TextCase {
+  const char* name;
+  std::string line;
+  const char* body;  // of the sentence; empty: as it is in the text
+};
+// clang-format off
+const S_TextCase kTexts[] = {
+    {"Unchanged",       TextLine("$GPHDT,07.50,T", R"("message":"HDT","result":0,"fields":{"talker":"GP","heading_true_deg":7.5})"), "GPHDT,07.50,T"},
+    {"OfTheEight",      TextLine("$GPZDA,120000.0,18,05,2024", R"("message":"ZDA","fields":{"talker":"GP","date":"2024-05-18","time_of_day_s":43200})"), "GPZDA,120000.0,18,05,2024"},
+    {"Changed",         TextLine("$GPHDT,07.50,T", R"("message":"HDT","result":0,"fields":{"talker":"GP","heading_true_deg":8})"), "GPHDT,8,T"},
+    {"Emptied",         TextLine("$GPHDT,07.50,T", R"("message":"HDT","result":0,"fields":{"talker":"GP"})"), "GPHDT,,T"},
+    {"OtherMessage",    TextLine("$GPHDT,07.50,T", R"("message":"THS","result":0,"fields":{"talker":"GP","heading_true_deg":7.5})"), "GPTHS,7.5,"},
+    {"NotDecoded",      TextLine("$GPHDT,x,T", R"("message":"HDT","result":11,"fields":{"text":"$GPHDT,x,T*63"})"), "GPHDT,x,T"},
+    {"EnvelopeOnly",    TextLine("$GPHDT,07.50,T", R"("message":"HDT")"), "GPHDT,07.50,T"},
+    {"NotASentence",    R"({"protocol":"nmea","text":"$GPHDT,1,T*00","message":"HDT","fields":{"talker":"GP","heading_true_deg":8}})", "GPHDT,8,T"},
+    {"Injected",        R"({"protocol":"nmea","text":"$GPAAA,\r\n1*53","message":"HDT","fields":{"talker":"GP","heading_true_deg":8}})", "GPHDT,8,T"},
+    {"OtherSentence",   Line("", R"("start":"!","talker":"AI","formatter":"VDM","fields":["1","","a"])"), "!AIVDM,1,,a"},
+    {"Proprietary",     Line("PGRME", R"("maker":"GRM","sentence":"PGRME","fields":[])"), "PGRME"},
+    {"BytesOfText",     Line("TXT", R"("talker":"GN","total_sentences":1,"sentence_number":1,"identifier":2,"text":"\u00e4, b")"), "GNTXT,01,01,02,\xE4, b"},
+    {"Residuals",       Line("GRS", R"("talker":"GN","residuals_m":[1.5,null,-2],"signal_id":11)"), "GNGRS,,,1.5,,-2,,,,,,,,,,,B"},
+};
+// clang-format on
+
+TEST_ROWS(LineWithText, IsTheSentence, kTexts, row) {
+  Host::C_LineEncoder encoder;
+  ASSERT_EQ(encoder.Encode(row.line), t_Outcome::Encoded) << encoder.Reason();
+  const std::string body = row.body[0] == '!' ? row.body : std::string("$") + row.body;
+  std::string expected = NmeaSentence(body) + "\r\n";
+  expected[0] = body[0];
+  EXPECT_EQ(encoder.Sentence(), expected);
+}
+
+const S_OtherCase kMoreOthers[] = {
+    {"TextBeyondBytes", Line("TXT", R"("talker":"GN","text":"\u0141")"), kRefused, "fields: a character beyond"},
+    {"CommaInField", Line("", R"("talker":"II","formatter":"XDR","fields":["a,b"])"), kRefused,
+     "fields: fields: item 1"},
+    {"LineEndInField", Line("", R"("talker":"II","formatter":"XDR","fields":["\r\n"])"), kRefused, "fields: cannot be"},
+    {"OtherMaker", Line("", R"("maker":"ABC","sentence":"PGRME","fields":[])"), kRefused, "fields: maker"},
+    {"TwoLetters", Line("ROT", R"("talker":"GN","status":"AA")"), kRefused, "fields: status: \"AA\" is not one"},
+};
+TEST_ROWS(OtherSentenceLine, HasAReason, kMoreOthers, row) {
+  Host::C_LineEncoder encoder;
+  EXPECT_EQ(encoder.Encode(row.line), row.outcome);
+  EXPECT_THAT(encoder.Reason(), testing::StartsWith(row.reason));
+}
+
+TEST(LineEncoder, KnowsALineThatIsCutOff) {
+  Host::C_LineEncoder encoder;
+  const std::string line = Line("GGA", R"("talker":"GP")");
+  for (std::size_t length = 1; length < line.size(); ++length) {
+    EXPECT_EQ(encoder.Encode(line.substr(0, length), true), kRefused);
+    EXPECT_THAT(encoder.Reason(), testing::StartsWith("incomplete")) << line.substr(0, length);
+  }
+  encoder.Encode("{]", true);
+  EXPECT_EQ(encoder.Reason(), "not valid JSON (column 2)");
+}
 
 TEST_ROWS(OtherLine, HasAReason, kOthers, row) {
   Host::C_LineEncoder encoder;

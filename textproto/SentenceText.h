@@ -34,6 +34,8 @@ class C_SentenceText {
     m_text[m_length] = '\0';
   }
 
+  std::string_view View() const { return {m_text, m_length}; }
+
  private:
   // The buffer has room for more than the limit: units, checksum and line end come on top of it.
   char* m_text;

@@ -28,8 +28,8 @@ class C_EncodeJob : public C_StreamJob, public C_TextBuffer {
   static constexpr std::size_t kMaxLine = 1 << 20;  // some fifty times the longest that `decode` writes
   static constexpr std::uint64_t kMaxErrorsShown = 20;
 
-  void TakeLine();
-  void EncodeLine();
+  void TakeLine(bool isCutOff = false);
+  void EncodeLine(bool isCutOff);
   void NoteError(std::string_view what);
 
   bool m_isStrict;
@@ -52,19 +52,19 @@ void C_EncodeJob::Feed(const S_Chunk& chunk) {
 
 // The last line may have no end.
 void C_EncodeJob::EndInput() {
-  if (m_line.End()) TakeLine();
+  if (m_line.End()) TakeLine(true);
 }
 
 // Blank lines are ignored.
-void C_EncodeJob::TakeLine() {
+void C_EncodeJob::TakeLine(bool isCutOff) {
   if (m_line.IsTooLong())
     NoteError(fmt::format("longer than {} characters", kMaxLine));
   else if (m_line.Text().find_first_not_of(" \t\r") != std::string_view::npos)
-    EncodeLine();
+    EncodeLine(isCutOff);
 }
 
-void C_EncodeJob::EncodeLine() {
-  switch (m_encoder.Encode(m_line.Text())) {
+void C_EncodeJob::EncodeLine(bool isCutOff) {
+  switch (m_encoder.Encode(m_line.Text(), isCutOff)) {
     case C_LineEncoder::eOutcome::Encoded:
       ++m_encoded;
       m_text += m_encoder.Sentence();
@@ -126,7 +126,7 @@ const S_CommandEntry kEncodeCommand = {
     "encode",
     "NMEA 0183 sentences from the JSON Lines that 'decode' writes.\n\n"
     "Examples:\n"
-    "  velagnss decode session.bin | velagnss encode      its GGA, GLL, GNS, GSA, GSV, RMC, VTG and ZDA\n"
+    "  velagnss decode session.bin | velagnss encode      its NMEA sentences, byte for byte\n"
     "  velagnss decode --msg GGA a.bin | jq -c '.fields.hdop = 1' | velagnss encode      edited\n"
     "  velagnss encode --strict -o out.nmea records.json  nothing may be skipped\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_EncodeCommand>(); }};

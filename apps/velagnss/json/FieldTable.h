@@ -6,6 +6,7 @@
 
 #include <concepts>
 #include <iterator>
+#include <span>
 #include <string_view>
 
 #include "apps/velagnss/text/JsonWriter.h"
@@ -20,12 +21,17 @@ struct S_JsonField {
 };
 
 // `Field` is an S_JsonField or what has its members.
-template <class Field, std::size_t N, class Record>
-void WriteFields(C_JsonWriter& json, const Field (&fields)[N], const Record& record) {
+template <class Field, class Record>
+void WriteFields(C_JsonWriter& json, std::span<const Field> fields, const Record& record) {
   for (const Field& field : fields) {
     json.Key(field.name);
     field.write(json, record);
   }
+}
+
+template <class Field, std::size_t N, class Record>
+void WriteFields(C_JsonWriter& json, const Field (&fields)[N], const Record& record) {
+  WriteFields(json, std::span<const Field>(fields), record);
 }
 
 inline void WriteOrNull(C_JsonWriter& json, double value) {

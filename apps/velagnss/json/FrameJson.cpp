@@ -21,6 +21,12 @@ void WriteDecoded(C_JsonWriter& json, const velagnss::DecodedFrame& decoded) {
   json.EndObject();
 }
 
+std::string_view SentenceOf(const velagnss::Frame& frame) {
+  std::string_view text(reinterpret_cast<const char*>(frame.data), frame.length);
+  while (text.ends_with('\r') || text.ends_with('\n')) text.remove_suffix(1);
+  return text;
+}
+
 }  // namespace
 
 void C_FrameJson::Begin() {
@@ -44,6 +50,7 @@ void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::Decod
   m_json.Key("message").String(unlisted.empty() ? listed.Text() : unlisted);
   m_json.Key("number").IntegerOrNull(velagnss::MessageNumber(frame));
   if (decoded != nullptr) WriteDecoded(m_json, *decoded);
+  if (frame.protocol == C_RawDataMessage::eNMEA0183) m_json.Key("text").String(SentenceOf(frame));
   if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});
   End();
 }

@@ -8,8 +8,10 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/velagnss/text/JsonWriter.h"
 #include "framing/FrameRecognizer.h"
 #include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/NmeaMoreRecords.h"
 
 namespace Host {
 
@@ -24,7 +26,8 @@ class C_LineEncoder {
 
   C_LineEncoder();
 
-  eOutcome Encode(std::string_view line);
+  // `isCutOff`: the input ends without the line's end.
+  eOutcome Encode(std::string_view line, bool isCutOff = false);
 
   // Of an `Encoded` line, with CR LF. The frame search recognizes it.
   std::string_view Sentence() const { return m_sentence; }
@@ -38,12 +41,18 @@ class C_LineEncoder {
  private:
   eOutcome Skip(std::string reason);
   eOutcome Refuse(std::string reason);
-  eOutcome EncodeObject(const nlohmann::json& object);
-  eOutcome EncodeFields(const nlohmann::json& object, C_RawDataMessage::eNMEA0183Messages type);
+  eOutcome EncodeObject(nlohmann::json& object);
+  eOutcome EncodeMembers(nlohmann::json& object);
+  eOutcome EncodeFields(const nlohmann::json& fields, C_RawDataMessage::eNMEA0183Messages type);
+  eOutcome EncodeMoreFields(nlohmann::json& fields, std::string_view name);
+  bool IsTextOf(const nlohmann::json& object);
+  bool AreFieldsOfText(const nlohmann::json& object, const velagnss::NmeaRecord& record);
   eOutcome EncodeRecord(C_RawDataMessage::eNMEA0183Messages type);
   void DropModes();
   bool IsRecognized();
 
+  C_JsonWriter m_fieldsOfText{4096};
+  std::string m_text;  // of the sentence as it was received, with CR LF; or of the fields that a record points to
   C_NMEA_EncodeDecode m_nmea;
   U_EcdDcdData m_record;
   std::array<unsigned char, 1024> m_buffer{};

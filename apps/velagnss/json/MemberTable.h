@@ -24,7 +24,7 @@ using t_Problem = std::string;
 // The value as the user wrote it, shortened.
 inline std::string Quoted(const nlohmann::json& value) {
   constexpr std::size_t kMaxQuoted = 40;
-  std::string text = value.dump(-1, ' ', true);
+  std::string text = value.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);
   if (text.size() > kMaxQuoted) text.replace(kMaxQuoted, std::string::npos, "...");
   return text;
 }
@@ -122,17 +122,22 @@ template <auto Member>
 using t_KindOf = S_MemberKind<t_RecordOf<Member>>;
 
 // Reads what `object` has; what it leaves out, or gives as null, keeps its value. A name without a row is a mistake.
-template <class Record, std::size_t N>
-t_Problem ReadMembers(const nlohmann::json& object, const S_Member<Record> (&members)[N], Record& record) {
+template <class Record>
+t_Problem ReadMembers(const nlohmann::json& object, std::span<const S_Member<Record>> members, Record& record) {
   for (const auto& [name, value] : object.items()) {
-    const auto* const member =
-        std::find_if(members, members + N, [&name = name](const auto& row) { return row.name == name; });
-    if (member == members + N) return Quoted(name) + " is not a member";
+    const auto member =
+        std::find_if(members.begin(), members.end(), [&name = name](const auto& row) { return row.name == name; });
+    if (member == members.end()) return Quoted(name) + " is not a member";
     if (value.is_null()) continue;
     if (t_Problem problem = member->read(value, record); !problem.empty())
       return fmt::format("{}: {}", member->name, problem);
   }
   return {};
+}
+
+template <class Record, std::size_t N>
+t_Problem ReadMembers(const nlohmann::json& object, const S_Member<Record> (&members)[N], Record& record) {
+  return ReadMembers(object, std::span<const S_Member<Record>>(members), record);
 }
 
 // --- Kinds of members ---

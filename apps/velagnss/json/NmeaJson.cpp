@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "apps/velagnss/json/FieldTable.h"
 #include "apps/velagnss/json/MemberTable.h"
+#include "apps/velagnss/json/SentenceMembers.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/ModeNames.h"
 #include "apps/velagnss/text/Numbers.h"
@@ -26,33 +26,7 @@ constexpr std::string_view kDirections[] = {"E", "W"};
 constexpr unsigned int kNoQuality = 10;
 constexpr signed char kNoZone = -64;
 
-// --- Kinds of members that only sentences have ---
-
-template <class Record>
-constexpr S_MemberKind<Record> TimeOfDay() {
-  return {&Value<&Record::timeOfDay, Record>, [](const nlohmann::json& value, Record& record) {
-            t_Problem problem = ReadNumber(value, record.timeOfDay);
-            if (!problem.empty() || (record.timeOfDay >= 0 && record.timeOfDay < kSecondsPerDay)) return problem;
-            return fmt::format("{} is outside the range 0 to below {}", Quoted(value), kSecondsPerDay);
-          }};
-}
-
-// Letters and digits: no other character can end the field or the sentence.
-bool IsTalkerCharacter(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-
-template <class Record>
-constexpr S_MemberKind<Record> Talker() {
-  return {[](C_JsonWriter& json, const Record& record) {
-            json.String({record.talker, sizeof record.talker});
-          },
-          [](const nlohmann::json& value, Record& record) -> t_Problem {
-            const std::string text = value.is_string() ? value.get<std::string>() : "";
-            if (text.size() != sizeof record.talker || !std::all_of(text.begin(), text.end(), &IsTalkerCharacter))
-              return Quoted(value) + " is not two letters or digits";
-            std::copy(text.begin(), text.end(), record.talker);
-            return {};
-          }};
-}
+// --- Kinds of members that only these sentences have ---
 
 // "YYYY-MM-DD". The sentence has room for the years from `FirstYear` to `LastYear`.
 template <class Record, unsigned short FirstYear, unsigned short LastYear>

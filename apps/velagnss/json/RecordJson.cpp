@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include "apps/velagnss/json/BinaryJson.h"
+#include "apps/velagnss/json/MoreNmeaJson.h"
 #include "apps/velagnss/json/NmeaJson.h"
 #include "apps/velagnss/json/ProprietaryJson.h"
 

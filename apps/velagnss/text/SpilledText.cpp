@@ -35,8 +35,7 @@ bool C_SpilledText::OpenFile() {
   int descriptor = OpenUnnamed(directory != nullptr && *directory != '\0' ? directory : "/var/tmp");
   if (descriptor < 0) descriptor = OpenUnnamed("/tmp");
   if (descriptor >= 0) m_file.reset(::fdopen(descriptor, "w+b"));
-  if (m_file != nullptr) std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
-  return m_file != nullptr;
+  return m_file != nullptr && std::setvbuf(m_file.get(), nullptr, _IONBF, 0) == 0;
 }
 
 // Of a write that fails half way, the file's part is not counted: the text is still in memory.

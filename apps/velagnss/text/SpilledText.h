@@ -32,7 +32,7 @@ class C_SpilledText {
   bool OpenFile();
 
   struct S_Close {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }  // only read by then
   };
   std::unique_ptr<std::FILE, S_Close> m_file;
   bool m_hasFailed = false;     // the file takes no more
