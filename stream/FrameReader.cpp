@@ -45,8 +45,10 @@ class Window {
     m_pieceSize = count;
   }
 
-  // Copies the last `count` bytes, at most the capacity, and lets go of the piece.
+  // Copies the last `count` bytes, at most the capacity, and lets go of the piece. Fewer are kept if fewer are held, as
+  // after events were switched on in mid-stream.
   void Keep(std::size_t count) {
+    count = std::min(count, m_size + m_pieceSize);
     const std::size_t fromPiece = std::min(count, m_pieceSize);
     const std::size_t fromKept = count - fromPiece;
     m_first += m_size - fromKept;
