@@ -20,8 +20,10 @@
 #include "apps/velagnss/text/MessageNames.h"
 #include "apps/velagnss/track/TrackConverter.h"
 #include "fuzz/GoodFrames.h"
+#include "records/ResultCodes.h"
 #include "tests/ExactCopy.h"
 #include "tests/JsonSchema.h"
+#include "textproto/NmeaSentenceCodec.h"
 
 namespace {
 
@@ -143,8 +145,8 @@ void RequireJsonLines(const std::string& text) {
 }
 
 void RequireSentence(const std::string& line) {
-  ExactCopy copy(line);
-  Fuzz::Require(C_NMEA_EncodeDecode::ValidateNmeaCheckSum(copy.Data(), copy.Size()), "each sentence has its checksum");
+  velagnss::NmeaRecord record;
+  Fuzz::Require(velagnss::DecodeSentence(line, record) != eResultChecksum, "each sentence has its checksum");
 }
 
 void RequireCsv(const std::string& text) {
