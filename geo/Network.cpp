@@ -1,7 +1,11 @@
 #include "geo/Network.h"
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
 #include <cstddef>
+#include <functional>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -9,7 +13,6 @@ namespace {
 
 // The codes of the public table that operations set.
 enum eNetworkError : unsigned int {
-  eCorrupted = 1,
   eEmptyNetwork = 2,
   eInvalidNodeId = 5,
   eInvalidLinkNodeId = 6,
@@ -49,9 +52,11 @@ C_Network::C_Network(unsigned int maxNodes, unsigned int maxLinks)
       m_nodes(CheckedCount(maxNodes, sizeof(S_Node))),
       m_links(CheckedCount(maxLinks, sizeof(S_Link))),
       m_ends(2 * CheckedCount(maxLinks, 2 * sizeof(S_End))),
+      m_arcs(2 * std::size_t{maxLinks}),
+      m_firstArc(maxNodes),
       m_key(maxNodes, kNotSet),
-      m_queued(maxNodes, kNone),
-      m_isQueued(maxNodes, false),
+      m_offers(2 * std::size_t{maxLinks}),
+      m_isWaiting(maxNodes, false),
       m_parent(maxNodes, kNoParent),
       m_cheapest(maxNodes, kNoLink) {}
 
@@ -68,29 +73,33 @@ C_Network& C_Network::operator=(C_Network&& other) noexcept {
   m_maxLinks = std::exchange(other.m_maxLinks, 0);
   m_numNodes = std::exchange(other.m_numNodes, 0);
   m_numLinks = std::exchange(other.m_numLinks, 0);
-  m_numQueued = std::exchange(other.m_numQueued, 0);
+  m_firstWaiting = std::exchange(other.m_firstWaiting, 0);
+  m_numOffers = std::exchange(other.m_numOffers, 0);
   m_errorCode = std::exchange(other.m_errorCode, 0);
   m_nodes = std::exchange(other.m_nodes, {});
   m_links = std::exchange(other.m_links, {});
   m_ends = std::exchange(other.m_ends, {});
+  m_isArranged = std::exchange(other.m_isArranged, false);
+  m_areFinite = other.m_areFinite;
+  m_arcs = std::exchange(other.m_arcs, {});
+  m_firstArc = std::exchange(other.m_firstArc, {});
   m_key = std::exchange(other.m_key, {});
-  m_queued = std::exchange(other.m_queued, {});
-  m_isQueued = std::exchange(other.m_isQueued, {});
+  m_isWaiting = std::exchange(other.m_isWaiting, {});
+  m_offers = std::exchange(other.m_offers, {});
   m_parent = std::exchange(other.m_parent, {});
   m_cheapest = std::exchange(other.m_cheapest, {});
   return *this;
 }
 
-// The marks of the queue and the cheapest links need no clearing: each tree sets the former anew and leaves the latter
-// clear.
+// What a tree is built with needs no clearing: each tree sets it anew, and leaves the cheapest links clear.
 void C_Network::Reset() {
   m_numNodes = m_numLinks = 0;
   m_errorCode = 0;
+  m_isArranged = false;
   std::fill(m_nodes.begin(), m_nodes.end(), S_Node());
   std::fill(m_links.begin(), m_links.end(), S_Link());
   std::fill(m_ends.begin(), m_ends.end(), S_End());
   std::fill(m_key.begin(), m_key.end(), kNotSet);
-  std::fill(m_queued.begin(), m_queued.end(), kNone);
   std::fill(m_parent.begin(), m_parent.end(), kNoParent);
 }
 
@@ -126,6 +135,7 @@ unsigned int C_Network::Mention(unsigned short id) {
     }
     node->id = id;
     ++m_numNodes;
+    m_isArranged = false;
   }
   ++node->degree;
   return static_cast<unsigned int>(node - m_nodes.begin());
@@ -148,9 +158,11 @@ bool C_Network::AddLink(unsigned short linkId, unsigned short nodeA, unsigned sh
     AppendEnd(a, 2 * m_numLinks, b);
     AppendEnd(b, 2 * m_numLinks + 1, a);
     ++m_numLinks;
+    m_isArranged = false;
   } else if (m_links[known].weight > weight) {
     m_links[known].weight = weight;
     m_links[known].id = linkId;
+    m_isArranged = false;
   }
   return true;
 }
@@ -204,62 +216,104 @@ int C_Network::RootNode() {
 bool C_Network::BuildTree() {
   m_errorCode = 0;
   if (m_numNodes == 0 || m_numLinks == 0) return Fail(eEmptyNetwork);
-  for (S_Link& link : m_links) link.inTree = false;
+  for (unsigned int link = 0; link < m_numLinks; ++link) m_links[link].inTree = false;
   const int root = RootNode();
   if (root < 0) return Fail(eNoRoot);
-  for (unsigned int i = 0; i < m_numNodes; ++i) {
-    m_key[i] = kNotSet;
-    m_queued[i] = static_cast<unsigned short>(i);
-    m_isQueued[i] = true;
-    m_parent[i] = kNoParent;
-  }
-  m_numQueued = m_numNodes;
-  m_key[static_cast<unsigned int>(root)] = 0;  // below every weight, so that the root is taken first
-  for (unsigned int round = 0; round < m_numNodes; ++round) {
-    const unsigned int taken = TakeNearest();
-    if (taken == kNone) return Fail(eCorrupted);
-    Relax(taken);
-  }
+  if (!m_isArranged) ArrangeArcs();
+  std::fill_n(m_isWaiting.begin(), m_numNodes, true);
+  std::fill_n(m_parent.begin(), m_numNodes, kNoParent);
+  m_firstWaiting = m_numOffers = 0;
+  m_areFinite ? GrowByOffers(static_cast<unsigned int>(root)) : GrowByScans(static_cast<unsigned int>(root));
   for (unsigned int i = 0; i < m_numNodes; ++i) MarkTreeLink(i);
   return true;
 }
 
-// Takes the waiting node with the cheapest connection to the tree. If none is connected, it takes the first one: a new
-// part of the network begins there.
-unsigned int C_Network::TakeNearest() {
-  if (m_numQueued == 0) return kNone;
-  unsigned int nearest = 0;  // place in the queue
-  float least = m_key[m_queued[0]];
-  for (unsigned int i = 1; i < m_numQueued; ++i) {
-    const float key = m_key[m_queued[i]];
-    if (key == kNotSet || !(least == kNotSet || key < least)) continue;
-    nearest = i;
-    least = key;
+// Takes the nodes into the tree one by one, the one with the cheapest connection first. A waiting node without any has
+// an infinite key, a node in the tree 0: one comparison tells whether a link is worth an offer.
+void C_Network::GrowByOffers(unsigned int root) {
+  std::fill_n(m_key.begin(), m_numNodes, std::numeric_limits<float>::infinity());
+  unsigned int taken = root;
+  for (unsigned int numTaken = 1;; ++numTaken) {
+    m_isWaiting[taken] = false;
+    m_key[taken] = 0;
+    for (const S_Arc& arc : ArcsOf(taken)) {
+      const float weight = m_links[arc.link].weight;
+      if (!(weight < m_key[arc.neighbor])) continue;
+      Connect(arc.neighbor, taken, arc.link);
+      // Positive numbers are in the order of their bits. Of equals the first node comes first.
+      m_offers[m_numOffers++] = std::uint64_t{std::bit_cast<std::uint32_t>(weight)} << 32 | arc.neighbor;
+      std::push_heap(m_offers.begin(), m_offers.begin() + m_numOffers, std::greater<>());
+    }
+    if (numTaken == m_numNodes) return;
+    taken = BestOffer();
   }
-  const unsigned int taken = m_queued[nearest];
-  // Closes the gap and keeps the order, which decides between equals.
-  std::copy(m_queued.begin() + nearest + 1, m_queued.begin() + m_numQueued, m_queued.begin() + nearest);
-  m_queued[--m_numQueued] = kNone;
-  m_isQueued[taken] = false;
-  return taken;
 }
 
-// Offers each waiting neighbor of the node just taken its cheapest link to it. In two passes, because several links
-// may lead to one neighbor and only the cheapest of them may be compared with what it has.
-void C_Network::Relax(unsigned int taken) {
-  const unsigned int firstEnd = m_nodes[taken].firstEnd;
-  for (unsigned int end = firstEnd; end != kNoEnd; end = m_ends[end].next) {
-    const unsigned int neighbor = m_ends[end].neighbor;
-    if (m_isQueued[neighbor] && IsCheaper(end / 2, m_cheapest[neighbor])) m_cheapest[neighbor] = end / 2;
+void C_Network::Connect(unsigned int node, unsigned int parent, unsigned int link) {
+  m_key[node] = m_links[link].weight;
+  m_parent[node] = parent << 16 | m_links[link].id;
+}
+
+// The node of the cheapest offer. Offers to nodes that have had a better one are outdated. If there is none, the first
+// waiting node begins a new part of the network.
+unsigned int C_Network::BestOffer() {
+  while (m_numOffers > 0) {
+    std::pop_heap(m_offers.begin(), m_offers.begin() + m_numOffers, std::greater<>());
+    const auto node = static_cast<unsigned int>(m_offers[--m_numOffers] & 0xFFFF);
+    if (m_isWaiting[node]) return node;
   }
-  for (unsigned int end = firstEnd; end != kNoEnd; end = m_ends[end].next) {
-    const unsigned int neighbor = m_ends[end].neighbor;
-    const unsigned int best = std::exchange(m_cheapest[neighbor], kNoLink);
-    if (best == kNoLink) continue;
-    if (m_key[neighbor] != kNotSet && !(m_key[neighbor] > m_links[best].weight)) continue;
-    m_key[neighbor] = m_links[best].weight;
-    m_parent[neighbor] = taken << 16 | m_links[best].id;
+  while (!m_isWaiting[m_firstWaiting]) ++m_firstWaiting;
+  return m_firstWaiting;
+}
+
+// The same for weights that are not finite. Those that are not a number have no order, so each step looks at all nodes
+// in turn, and compares only the cheapest of several links between two nodes.
+void C_Network::GrowByScans(unsigned int root) {
+  std::fill_n(m_key.begin(), m_numNodes, kNotSet);
+  m_key[root] = 0;
+  for (unsigned int round = 0; round < m_numNodes; ++round) {
+    const unsigned int taken = NearestWaiting();
+    m_isWaiting[taken] = false;
+    for (const S_Arc& arc : ArcsOf(taken))
+      if (m_isWaiting[arc.neighbor] && IsCheaper(arc.link, m_cheapest[arc.neighbor]))
+        m_cheapest[arc.neighbor] = arc.link;
+    for (const S_Arc& arc : ArcsOf(taken)) {
+      const unsigned int best = std::exchange(m_cheapest[arc.neighbor], kNoLink);
+      if (best == kNoLink) continue;
+      const float key = m_key[arc.neighbor];
+      if (key == kNotSet || key > m_links[best].weight) Connect(arc.neighbor, taken, best);
+    }
   }
+}
+
+unsigned int C_Network::NearestWaiting() const {
+  unsigned int nearest = kNone;
+  for (unsigned int node = 0; node < m_numNodes; ++node) {
+    if (!m_isWaiting[node]) continue;
+    const auto isNearer = [&] {
+      return m_key[node] != kNotSet && (m_key[nearest] == kNotSet || m_key[node] < m_key[nearest]);
+    };
+    if (nearest == kNone || isNearer()) nearest = node;
+  }
+  return nearest;
+}
+
+// The lists of the nodes lie scattered in memory; next to each other they take a quarter of the time.
+void C_Network::ArrangeArcs() {
+  unsigned int next = 0;
+  for (unsigned int node = 0; node < m_numNodes; ++node) {
+    m_firstArc[node] = next;
+    for (unsigned int end = m_nodes[node].firstEnd; end != kNoEnd; end = m_ends[end].next)
+      m_arcs[next++] = {end / 2, m_ends[end].neighbor};
+  }
+  m_areFinite = std::all_of(m_links.begin(), m_links.begin() + m_numLinks,
+                            [](const S_Link& link) { return std::isfinite(link.weight); });
+  m_isArranged = true;
+}
+
+C_Network::S_Arcs C_Network::ArcsOf(unsigned int node) const {
+  const unsigned int end = node + 1 < m_numNodes ? m_firstArc[node + 1] : 2 * m_numLinks;
+  return {m_arcs.data() + m_firstArc[node], m_arcs.data() + end};
 }
 
 // Marks the link that connects the node to its parent. The parent table has link ids, which need not be unique: of
@@ -268,9 +322,9 @@ void C_Network::MarkTreeLink(unsigned int node) {
   const unsigned int parent = m_parent[node] >> 16;
   const unsigned int id = m_parent[node] & 0xFFFF;
   if (parent == kNone) return;  // a root
-  unsigned int end = m_nodes[node].firstEnd;
-  while (m_ends[end].neighbor != parent || m_links[end / 2].id != id) end = m_ends[end].next;
-  m_links[end / 2].inTree = true;
+  const S_Arcs arcs = ArcsOf(node);
+  const auto isTaken = [&](const S_Arc& arc) { return arc.neighbor == parent && m_links[arc.link].id == id; };
+  m_links[std::find_if(arcs.begin(), arcs.end(), isTaken)->link].inTree = true;
 }
 
 bool C_Network::GetTreeLinks(S_TreeLink* buffer, unsigned int capacity, unsigned int& count) {

@@ -12,6 +12,7 @@
 #ifndef VELAGNSS_GEO_NETWORK_H
 #define VELAGNSS_GEO_NETWORK_H
 
+#include <cstdint>
 #include <vector>
 
 #include "geo/NotAvailable.h"
@@ -38,7 +39,7 @@ struct S_TreeLink {
 //   4  "Duplicate node id"                10  "The buffer is too small"
 //   5  "Invalid node id"
 //
-// No operation sets 3 or 4.
+// No operation sets 1, 3 or 4.
 class VELAGNSS_API C_Network {
  public:
   // An empty network for up to `maxNodes` nodes and `maxLinks` links. Throws std::bad_array_new_length when one of
@@ -126,14 +127,31 @@ class VELAGNSS_API C_Network {
     unsigned short neighbor = kNone;  // index of the node at the other end
   };
 
+  // An end as BuildTree() looks at it, next to the others of its node.
+  struct S_Arc {
+    unsigned int link = kNoLink;
+    unsigned short neighbor = kNone;
+  };
+  struct S_Arcs {
+    const S_Arc* first;
+    const S_Arc* last;  // beyond the last one
+    const S_Arc* begin() const { return first; }
+    const S_Arc* end() const { return last; }
+  };
+
   bool Fail(unsigned int code);
   unsigned int Mention(unsigned short id);
   unsigned int FindLink(unsigned int a, unsigned int b) const;
   void AppendEnd(unsigned int node, unsigned int end, unsigned int neighbor);
   unsigned short NodeId(unsigned int link, unsigned int side) const;
   bool IsCheaper(unsigned int link, unsigned int than) const;
-  unsigned int TakeNearest();
-  void Relax(unsigned int taken);
+  void GrowByOffers(unsigned int root);
+  void GrowByScans(unsigned int root);
+  void Connect(unsigned int node, unsigned int parent, unsigned int link);
+  unsigned int BestOffer();
+  unsigned int NearestWaiting() const;
+  void ArrangeArcs();
+  S_Arcs ArcsOf(unsigned int node) const;
   void MarkTreeLink(unsigned int node);
 
   unsigned int m_maxNodes;
@@ -144,12 +162,17 @@ class VELAGNSS_API C_Network {
   std::vector<S_Link> m_links;
   std::vector<S_End> m_ends;
   unsigned int m_errorCode = 0;
-  std::vector<float> m_key;  // cheapest known connection of each node to the tree
-  unsigned int m_numQueued = 0;
-  std::vector<unsigned short> m_queued;   // indices of the nodes that wait for the tree, in order; then kNone
-  std::vector<unsigned char> m_isQueued;  // by node
-  std::vector<unsigned int> m_parent;     // (index of the node in the tree << 16) | link id
-  std::vector<unsigned int> m_cheapest;   // of the links to the node just taken
+  bool m_isArranged = false;             // the next three fit nodes and links
+  bool m_areFinite = true;               // all weights
+  std::vector<S_Arc> m_arcs;             // by node, those of a node in the order of its list
+  std::vector<unsigned int> m_firstArc;  // by node
+  std::vector<float> m_key;              // cheapest known connection of each node to the tree
+  std::vector<std::uint64_t> m_offers;   // a heap, the best one first: weight and node
+  unsigned int m_numOffers = 0;
+  std::vector<unsigned char> m_isWaiting;  // by node: not yet in the tree
+  unsigned int m_firstWaiting = 0;         // no node before it waits
+  std::vector<unsigned int> m_parent;      // (index of the node in the tree << 16) | link id
+  std::vector<unsigned int> m_cheapest;    // of the links to the node just taken
 };
 
 #endif  // VELAGNSS_GEO_NETWORK_H
