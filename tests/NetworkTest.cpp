@@ -40,6 +40,7 @@ struct S_TreeCase {
   const char* tree;
 };
 
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 const S_TreeCase kTreeCases[] = {
     {"OneLink", {{9, 5, 4, 1}}, "9:5-4 "},
     {"Triangle", {{1, 1, 2, 1}, {2, 2, 3, 2}, {3, 1, 3, 3}}, "1:1-2 2:2-3 "},
@@ -56,6 +57,7 @@ const S_TreeCase kTreeCases[] = {
     {"TwoParts", {{1, 1, 2, 1}, {2, 3, 4, 1}, {3, 4, 5, 1}, {4, 3, 5, 9}}, "1:1-2 2:3-4 3:4-5 "},
     {"HighestNodeIds", {{1, 65534, 0, 1}, {2, 0, 65533, 1}}, "1:65534-0 2:0-65533 "},
     {"InfiniteWeight", {{1, 1, 2, std::numeric_limits<float>::infinity()}}, "1:1-2 "},
+    {"WeightThatIsNoNumberHidesOthers", {{1, 1, 2, 5}, {2, 1, 3, 1}, {3, 3, 2, kNan}, {4, 2, 3, 3}}, "1:1-2 3:3-2 "},
 };
 
 TEST_ROWS(NetworkTree, HasTheseLinks, kTreeCases, row) {
@@ -110,6 +112,20 @@ TEST_ROWS(NetworkError, CodeAndText, kErrorCases, row) {
 }
 
 // Its counts once stayed behind and led into arrays that were gone.
+TEST(Network, GrowsAfterATreeWasBuilt) {
+  C_Network network(4, 4);
+  const auto treeWith = [&network](const S_TestLink& link) {
+    EXPECT_TRUE(network.AddLink(link.id, link.a, link.b, link.weight) && network.BuildTree());
+    return Tree(network);
+  };
+  EXPECT_EQ(treeWith({1, 1, 2, 5}), "1:1-2 ");
+  EXPECT_EQ(treeWith({2, 2, 3, 5}), "1:1-2 2:2-3 ");
+  EXPECT_EQ(treeWith({3, 3, 1, 4}), "1:1-2 3:3-1 ");
+  EXPECT_EQ(treeWith({4, 2, 3, 3}), "4:2-3 3:3-1 ");
+  EXPECT_TRUE(network.AddNode(9) && network.BuildTree());
+  EXPECT_EQ(Tree(network), "4:2-3 3:3-1 ");
+}
+
 TEST(Network, MovedFromIsEmpty) {
   C_Network source(3, 3), target(1, 1);
   ASSERT_TRUE(source.AddLink(1, 7, 8, 1) && source.BuildTree());
