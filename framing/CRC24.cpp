@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "framing/Crc24Field.h"
+#include "framing/Crc24Sums.h"
 
 namespace {
 
@@ -42,12 +43,26 @@ inline unsigned int SumBlock(const unsigned char* block, std::size_t count, unsi
 }  // namespace
 
 // The short block comes first, while the sum is still 0.
-unsigned int C_CRC24::ComputeCRC(const unsigned char* data, unsigned short count) {
-  if (data == nullptr) return 0;
+unsigned int velagnss::framing::SumBySlices(const unsigned char* data, std::size_t count) {
   const unsigned char* const end = data + count;
   unsigned int crc = SumBlock(data, count % kSlices, 0);
   for (data += count % kSlices; data != end; data += kSlices) crc = SumBlock(data, kSlices, crc);
   return crc;
+}
+
+namespace {
+
+// Below, the slices are faster.
+constexpr unsigned int kLeastForProducts = 192;  // bytes
+// False until it is set, which only costs speed.
+const bool kCanSumByProducts = velagnss::framing::CanSumByProducts();
+
+}  // namespace
+
+unsigned int C_CRC24::ComputeCRC(const unsigned char* data, unsigned short count) {
+  if (data == nullptr) return 0;
+  const bool isByProducts = count >= kLeastForProducts && kCanSumByProducts;
+  return isByProducts ? velagnss::framing::SumByProducts(data, count) : velagnss::framing::SumBySlices(data, count);
 }
 
 // clang-format off

@@ -2,7 +2,9 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "framing/Crc24Sums.h"
 #include "tests/Cases.h"
 #include "tests/GuardedPage.h"
 #include "tests/Streams.h"
@@ -61,6 +63,22 @@ TEST(Crc24Runs, LongestRunBetweenUnreadablePages) {
   for (std::size_t count = 0; count < 40; ++count)
     EXPECT_EQ(C_CRC24::ComputeCRC(page.AtEnd(noise.substr(0, count)), static_cast<unsigned short>(count)),
               BitwiseCrc24(noise.substr(0, count)));
+}
+
+// Each way by itself: which of them ComputeCRC takes depends on the processor.
+TEST(Crc24Runs, BothWaysAgree) {
+  using namespace velagnss::framing;
+  if (!CanSumByProducts()) GTEST_SKIP() << "no carry-less multiplication";
+  const std::string noise = Noise(1100);
+  for (std::size_t count = 16; count <= noise.size(); ++count) {
+    GuardedPage page(count);
+    const auto sums = [count](const unsigned char* bytes) {
+      return std::pair(SumBySlices(bytes, count), SumByProducts(bytes, count));
+    };
+    const unsigned int expected = BitwiseCrc24(noise.substr(0, count));
+    ASSERT_EQ(sums(page.AtEnd(noise.substr(0, count))), std::pair(expected, expected)) << count;
+    ASSERT_EQ(sums(page.AtStart(noise.substr(0, count))), std::pair(expected, expected)) << count;
+  }
 }
 
 TEST(Crc24Runs, NullIsNoBytes) { EXPECT_EQ(C_CRC24::ComputeCRC(nullptr, 5), 0U); }
