@@ -18,7 +18,12 @@ void WriteMembers(C_JsonWriter& json, const velagnss::PackedPayload& packed) {
   json.Key("payload_length").Integer(packed.length);
   json.Key("payload").Hex({packed.bytes, packed.length});
 }
+void WriteMembers(C_JsonWriter& json, const velagnss::Rtcm3Payload& raw) {
+  json.Key("payload").Hex({raw.data, raw.size});
+}
 void WriteMembers(C_JsonWriter&, std::monostate) {}
+template <class T>
+void WriteMembers(C_JsonWriter&, const T&) {}
 
 }  // namespace
 
