@@ -9,6 +9,7 @@
 
 #include "binproto/VelaBIN_Messages.h"
 #include "records/InterfaceRecords.h"
+#include "rtcm3/Rtcm3Records.h"
 #include "textproto/NMEA_Records.h"
 #include "textproto/NmeaMoreRecords.h"
 #include "textproto/VelaPKVN_Messages.h"
@@ -38,7 +39,7 @@ struct PackedPayload {
 // The record of one frame. An NMEA sentence that has no record of its own is an OtherSentence. Values that the frame
 // does not carry hold their markers (geo/NotAvailable.h).
 //
-// `std::monostate` is a frame of which only the protocol and the message number are known: RTCM 3. The RMC record
+// An RTCM 3 message that is not decoded is an Rtcm3Payload. `std::monostate` is a frame of nothing. The RMC record
 // differs from what `C_NMEA_EncodeDecode::Decode` gives in one member: `variationDirection` is the letter that was
 // sent, 'E' or 'W', and 0 where none was.
 using Record =
@@ -50,12 +51,14 @@ using Record =
                  VelaPKVN_Messages::S_PKvnVct, VelaPKVN_Messages::S_PKvnINTLT, VelaPKVN_Messages::S_PKvnTEMPERATURE,
                  VelaPKVN_Messages::S_PKvnARN, VelaRD_Messages::S_IntSignalDiagMsg, OtherSentence, GstRecord, GbsRecord,
                  GrsRecord, HdtRecord, ThsRecord, HdgRecord, RotRecord, DtmRecord, TxtRecord, VhwRecord, DbtRecord,
-                 DptRecord, MtwRecord, MwvRecord, VlwRecord, RmbRecord, XteRecord, ApbRecord, BwcRecord, WplRecord>;
+                 DptRecord, MtwRecord, MwvRecord, VlwRecord, RmbRecord, XteRecord, ApbRecord, BwcRecord, WplRecord,
+                 Rtcm3Payload, Rtcm3Station, Rtcm3Antenna, Rtcm3SystemParameters, Rtcm3Message, Rtcm3GlonassBiases,
+                 Rtcm3Residuals, Rtcm3Observations, Rtcm3KeplerEphemeris, Rtcm3PvaEphemeris, Rtcm3Ssr>;
 
 // How far a frame has been decoded.
 enum class Depth : unsigned char {
-  None,     // not at all: only its protocol and message number are known
-  Raw,      // its text, or the bytes of its body, as received
+  None,     // not at all: there are no bytes
+  Raw,      // its text, or the bytes of its body or payload, as received
   Partial,  // some fields; the rest as text, or numbers whose meaning is not known
   Full,     // every field
 };

@@ -10,6 +10,7 @@
 #include "binproto/VelaBin_Decode.h"
 #include "framing/FrameRecognizer.h"
 #include "records/ResultCodes.h"
+#include "rtcm3/Rtcm3Decoder.h"
 #include "textproto/CheckedSentence.h"
 #include "textproto/NmeaSentenceCodec.h"
 #include "textproto/VelaPKVN_Decode.h"
@@ -71,6 +72,7 @@ class RecordDecoder::Impl {
   std::optional<C_GnssTime> m_seed;  // the caller's
   StreamClock m_clock;
   C_VelaBin_Decode m_binaryDecoder{nullptr};
+  Rtcm3Decoder m_rtcmDecoder;  // has the channels of both decoders
   DecodedFrame m_decoded;
 
  private:
@@ -90,6 +92,7 @@ class RecordDecoder::Impl {
   void DecodeOneOfEight(const Frame& frame, const S_NmeaRow& row);
   void DecodeByAddress(const Frame& frame);
   void DecodeBinary(const Frame& frame);
+  void DecodeRtcm(const Frame& frame);
   void DecodePkvn(const Frame& frame);
   void DecodeRd(const Frame& frame);
   void Unpack(const Frame& frame);
@@ -103,6 +106,7 @@ class RecordDecoder::Impl {
   void KeepText(const Frame& frame) { Keep(Depth::Raw, RawText{TextOf(frame)}); }
   void KeepBinary(unsigned int blockId, const Frame& frame);
   void KeepEphemeris(unsigned int blockId);
+  void ShareChannel(unsigned char slot);
   template <auto Member>
   void KeepSentence() {
     Keep(Depth::Full, m_nmea.*Member);
@@ -117,6 +121,11 @@ class RecordDecoder::Impl {
     if constexpr (requires { m_clock.Note(record); }) NoteTime(record);
     Keep(std::is_same_v<T, OtherSentence> ? Depth::Partial : Depth::Full, record);
   }
+  // A faulty frame leaves nothing.
+  void KeepRtcm(std::monostate) {}
+  void KeepRtcm(const Rtcm3Payload& payload);
+  template <class T>
+  void KeepRtcm(const T& record);
   template <auto Member, Depth HowFar = Depth::Full>
   void KeepPkvn() {
     Keep(HowFar, m_pkvn.*Member);
@@ -124,6 +133,8 @@ class RecordDecoder::Impl {
 
   template <class T>
   void NoteTime(const T& record);
+  template <class T>
+  void NoteRtcmTime(const T& record);
   void UseTime(const C_GnssTime& time, WeekSource source);
   void SetResult(unsigned int result);
   bool LacksWeek(unsigned int blockId, unsigned int result) const;
@@ -169,6 +180,7 @@ void RecordDecoder::Impl::Restart() {
   m_clock = StreamClock();
   m_weekSource = WeekSource::None;
   m_binaryDecoder.Reset();
+  m_rtcmDecoder.Reset();
   if (m_seed) SeedTime(*m_seed);
 }
 
@@ -181,6 +193,7 @@ void RecordDecoder::Impl::SeedTime(const C_GnssTime& time) {
 void RecordDecoder::Impl::UseTime(const C_GnssTime& time, WeekSource source) {
   const C_GnssTime before = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS);
   m_binaryDecoder.SeedTime(time);
+  m_rtcmDecoder.SeedTime(time);
   const C_GnssTime& now = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS);
   if (now.m_system != before.m_system || now.m_week != before.m_week || now.m_secOfWeek != before.m_secOfWeek)
     m_weekSource = source;
@@ -205,9 +218,8 @@ void RecordDecoder::Impl::Decode(const Frame& frame) {
       return DecodeRd(frame);
     case C_RawDataMessage::eJROX:
       return Unpack(frame);
-    // Delivered for others to decode: its contents are bit fields of RTCM 10403.
     case C_RawDataMessage::eRTCM3_x:
-      return;
+      return DecodeRtcm(frame);
     default:
       return KeepText(frame);
   }
@@ -260,6 +272,7 @@ void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
   const bool isRead = result == eResultOk || m_decoded.isWeekUnresolved;
   // A block that has no decoder is not damaged.
   m_decoded.hasDataError = !isRead && result != eResultUnknownMessage;
+  if (isRead && blockId == eBin65) ShareChannel(m_binary.pvaEph.SvId);
   // There is no block 0: a message that could not be read is kept as raw bytes.
   KeepBinary(isRead ? blockId : 0U, frame);
 }
@@ -288,6 +301,46 @@ void RecordDecoder::Impl::KeepEphemeris(unsigned int blockId) {
 bool RecordDecoder::Impl::LacksWeek(unsigned int blockId, unsigned int result) const {
   if (m_weekSource != WeekSource::None) return false;
   return result == eResultNoSeed || (result == eResultWrongMessage && blockId == eBin93);
+}
+
+// Observations of RTCM 3 may lack the channel that a binary message has carried.
+void RecordDecoder::Impl::ShareChannel(unsigned char slot) {
+  m_rtcmDecoder.SetGlonassChannel(slot, m_binaryDecoder.GetGlonassSvChannelId(slot));
+}
+
+// The decoder of RTCM 3 knows these dates and judges them itself.
+template <class T>
+void RecordDecoder::Impl::NoteRtcmTime(const T& record) {
+  m_clock.Note(record);
+  if (m_weekSource != WeekSource::None || !m_clock.FirstDate()) return;
+  m_binaryDecoder.SeedTime(*m_clock.FirstDate());
+  m_weekSource = WeekSource::Stream;
+}
+
+void RecordDecoder::Impl::DecodeRtcm(const Frame& frame) {
+  const Rtcm3Decoded& decoded = m_rtcmDecoder.Decode(frame.data, frame.length);
+  SetResult(decoded.result);
+  m_decoded.isWeekUnresolved = decoded.result == eResultNoSeed;
+  m_decoded.hasDataError = decoded.result != eResultOk && !m_decoded.isWeekUnresolved;
+  const auto keep = [this](const auto* record) {
+    if (record != nullptr) KeepRtcm(*record);
+  };
+  // std::visit would bring exceptions into the library.
+  [&keep]<class... T>(const std::variant<T...>& record) { (keep(std::get_if<T>(&record)), ...); }(decoded.record);
+}
+
+// A message that has no decoder has no result either.
+void RecordDecoder::Impl::KeepRtcm(const Rtcm3Payload& payload) {
+  if (!m_decoded.hasDataError) m_decoded.result.reset();
+  Keep(Depth::Raw, payload);
+}
+
+template <class T>
+void RecordDecoder::Impl::KeepRtcm(const T& record) {
+  constexpr bool isEphemeris = std::is_same_v<T, Rtcm3KeplerEphemeris> || std::is_same_v<T, Rtcm3PvaEphemeris>;
+  if (isEphemeris && !m_decoded.isWeekUnresolved) m_decoded.week = m_seed ? WeekSource::Seed : WeekSource::Stream;
+  if constexpr (requires { m_clock.Note(record); }) NoteRtcmTime(record);
+  Keep(Depth::Full, record);
 }
 
 void RecordDecoder::Impl::DecodePkvn(const Frame& frame) {
@@ -343,10 +396,11 @@ void RecordDecoder::Reset() {
 }
 
 signed char RecordDecoder::GlonassChannel(unsigned char slot) const {
-  return m_impl->m_binaryDecoder.GetGlonassSvChannelId(slot);
+  return m_impl->m_rtcmDecoder.GlonassChannel(slot);
 }
 bool RecordDecoder::SetGlonassChannel(unsigned char slot, signed char channel) {
-  return m_impl->m_binaryDecoder.SetGlonassSvChannelId(slot, channel);
+  return m_impl->m_binaryDecoder.SetGlonassSvChannelId(slot, channel) &&
+         m_impl->m_rtcmDecoder.SetGlonassChannel(slot, channel);
 }
 
 const StreamClock& RecordDecoder::Clock() const { return m_impl->m_clock; }

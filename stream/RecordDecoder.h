@@ -37,14 +37,15 @@ struct DecodedFrame {
 };
 
 // Keeps one decoder for each protocol, and the state that decoding needs from frame to frame: the time, to resolve the
-// weeks of ephemerides, and the frequency channels of the GLONASS slots. One decoder serves one stream at a time, on
-// one thread. It allocates memory in its constructor only, throws nothing later, and looks at no clock.
+// weeks of ephemerides, the frequency channels of the GLONASS slots, and the locks of observed signals. One decoder
+// serves one stream at a time, on one thread. It allocates memory in its constructor only, throws nothing later, and
+// looks at no clock.
 //
 // NMEA sentences of older and shorter forms are completed as `C_NMEA_EncodeDecode::MakeDecodable` does it before they
 // are decoded.
 //
-// The time comes from `SeedTime` or else from the first date that the stream carries. An ephemeris that comes before
-// either keeps its week unresolved.
+// The time comes from `SeedTime` or else from the first date that the stream carries, in sentences or in RTCM 3 (see
+// `Rtcm3Decoder`). An ephemeris that comes before any keeps its week unresolved.
 class VELAGNSS_API RecordDecoder {
  public:
   RecordDecoder();
@@ -66,8 +67,9 @@ class VELAGNSS_API RecordDecoder {
   // As constructed: the seed is forgotten as well.
   void Reset();
 
-  // The frequency channel of a GLONASS slot, 1 to 24: -7 to +6, or -128 for unknown. Message 65 sets that of its slot.
-  // Setting: false, and nothing changed, for any other slot or channel.
+  // The frequency channel of a GLONASS slot, 1 to 24: -7 to +6, or -128 for unknown. Message 65 of the binary protocol
+  // and the messages 1009 to 1012, 1020 and MSM5 and MSM7 of RTCM 3 set it as well (RTCM 3 can carry channels up to
+  // +13). Setting: false, and nothing changed, for any other slot or channel.
   signed char GlonassChannel(unsigned char slot) const;
   bool SetGlonassChannel(unsigned char slot, signed char channel);
 

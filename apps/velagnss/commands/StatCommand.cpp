@@ -102,7 +102,7 @@ const S_CommandEntry kStatCommand = {
     "stat",
     "What is in the inputs, how much of it is damaged, and where.\n\n"
     "Examples:\n"
-    "  velagnss stat session.bin                   counts, rates, gaps, mean position, damage\n"
+    "  velagnss stat session.bin                   counts, rates, gaps, stations, positions, damage\n"
     "  velagnss -v stat session.bin                also where each piece of damage is\n"
     "  velagnss stat --json --max-bad 1 *.bin      for scripts: exit code 1 when more than 1 % is damaged\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_StatCommand>(); }};
