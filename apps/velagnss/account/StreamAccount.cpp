@@ -51,14 +51,14 @@ void C_StreamAccount::OnSkipped(const velagnss::SkippedRange& range) { m_skipped
 
 void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_clock = end.clock;
-  m_bytes = end.reader.BytesFed();
-  m_queued = end.reader.QueuedAtFinish();
+  m_bytes = end.totals.bytes;
+  m_queued = end.totals.queued;
   // The byte counts are those before the queue was searched again at the end of the input; the frame counts include
   // what that search recovered.
-  m_atEnd = end.reader.TotalsAtFinish();
-  m_framesGood = end.reader.Totals().framesGood;
-  m_framesBad = end.reader.Totals().framesBad;
-  m_bytesDamaged = end.reader.Totals().bytesDiscarded;
+  m_atEnd = end.totals.atEnd;
+  m_framesGood = end.totals.overall.framesGood;
+  m_framesBad = end.totals.overall.framesBad;
+  m_bytesDamaged = end.totals.overall.bytesDiscarded;
   std::sort(m_messages.begin(), m_messages.end(), [](const S_MessageCount& a, const S_MessageCount& b) {
     return std::tie(a.key.protocol, a.key.type, a.name) < std::tie(b.key.protocol, b.key.type, b.name);
   });

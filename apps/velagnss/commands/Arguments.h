@@ -49,6 +49,10 @@ struct S_StreamArguments {
   bool acknowledgements = false;
   bool listedOnly = false;
   std::string seed;  // empty or a text that `ParseSeed` understands
+  std::string from;  // UTC
+  std::string until;
+  std::vector<std::string> talkers;
+  C_FrameSelection selection;  // made of these three once the command line has been read
 };
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream);
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream);

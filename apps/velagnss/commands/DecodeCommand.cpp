@@ -81,9 +81,9 @@ eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& ru
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
                            lines.FramesWritten(), lines.DataErrors()));
   if (lines.FramesWritten() == 0) {
-    if (run.FramesFound() > 0)
-      ReportWarning(fmt::format("none of {} frames passed --proto and --msg", run.FramesFound()));
-    else if (run.BytesRead() > 0)
+    if (run.FramesSelected() > 0)
+      ReportWarning(fmt::format("none of {} frames passed --proto and --msg", run.FramesSelected()));
+    else if (run.FramesFound() == 0 && run.BytesRead() > 0)
       ReportNoFrame(InputsText(m_stream.input), run.BytesRead());
     return eExitData;
   }

@@ -27,7 +27,7 @@ class C_AccountWriter : public C_TextConsumer {
 
  private:
   void Show();
-  void JudgeInput();
+  void JudgeInput(const velagnss::FrameReader& reader);
 
   const C_StreamAccount& m_account;
   bool m_isJson;
@@ -38,10 +38,10 @@ class C_AccountWriter : public C_TextConsumer {
 };
 
 // The account is on the screen before a message about it.
-void C_AccountWriter::EndInput(const S_InputEnd&) {
+void C_AccountWriter::EndInput(const S_InputEnd& end) {
   Show();
   m_output.Flush(*this);
-  JudgeInput();
+  JudgeInput(end.reader);
 }
 
 void C_AccountWriter::Show() {
@@ -56,15 +56,16 @@ void C_AccountWriter::Show() {
   m_isFirst = false;
 }
 
-void C_AccountWriter::JudgeInput() {
-  if (m_account.FramesGood() == 0 && m_account.Bytes() > 0) ReportNoFrame(m_account.Input(), m_account.Bytes());
+void C_AccountWriter::JudgeInput(const velagnss::FrameReader& reader) {
+  const bool hasFrames = reader.Totals().framesGood > 0;
+  if (!hasFrames && reader.BytesFed() > 0) ReportNoFrame(m_account.Input(), reader.BytesFed());
   const bool isTooBad = m_account.BadPercent() > m_maxBadPercent;
   if (isTooBad) {
     ReportError(fmt::format("{}: {:.2f} % of the frames are damaged, more than --max-bad {} %; -v shows where",
                             m_account.Input(), m_account.BadPercent(), m_maxBadPercent));
   }
   // One bad input among several decides the exit code.
-  m_isAllGood = m_isAllGood && !isTooBad && m_account.FramesGood() > 0;
+  m_isAllGood = m_isAllGood && !isTooBad && hasFrames;
 }
 
 class C_StatCommand : public C_Command {

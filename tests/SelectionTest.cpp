@@ -1,0 +1,129 @@
+// The part of a stream that the program reads: windows of time, talkers, and what `extract` takes out of it.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "Cases.h"
+#include "ProgramRun.h"
+#include "Streams.h"
+#include "apps/velagnss/text/TimeRead.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+
+// --- Times as users write them ---
+
+struct S_TimeCase {
+  const char* name;
+  const char* text;
+  std::optional<unsigned int> mjd;
+  double seconds;  // below 0: not a time
+};
+// clang-format off
+const S_TimeCase kTimes[] = {
+    {"DateTime",      "2024-05-18T12:00:01.25Z", 60448,        43201.25},
+    {"WithoutZ",      "2000-01-01T00:00:00",     51544,        0},
+    {"TimeOfDay",     "23:59:59.9999",           std::nullopt, 86399.9999},
+    {"LeapDay",       "2023-02-29T00:00:00",     std::nullopt, -1},
+    {"LeapSecond",    "23:59:60",                std::nullopt, -1},
+    {"Hour24",        "24:00:00",                std::nullopt, -1},
+    {"Signed",        "-1:00:00",                std::nullopt, -1},
+    {"WithoutDigits", "12:00:00.",               std::nullopt, -1},
+    {"Exponent",      "12:00:00.1e1",            std::nullopt, -1},
+    {"DateAlone",     "2024-05-18",              std::nullopt, -1},
+    {"Empty",         "",                        std::nullopt, -1},
+};
+// clang-format on
+TEST_ROWS(UtcTime, IsRead, kTimes, row) {
+  const std::optional<Host::S_UtcTime> time = Host::ParseUtc(row.text);
+  ASSERT_EQ(time.has_value(), row.seconds >= 0);
+  if (!time) return;
+  EXPECT_EQ(time->mjd, row.mjd);
+  EXPECT_EQ(time->ofDay, std::llround(row.seconds * 1e6));
+}
+
+// --- Windows and talkers ---
+
+// A text before the first time, two epochs before midnight, the date, and two epochs after it, noise before the last.
+std::string Night() {
+  return Sentence("GNTXT,01,01,02,on") + Sentence("GPGGA,235958,,,,,0,,,,M,,M,,") + Sentence("GLGSV,1,1,00") +
+         Sentence("GPZDA,235959.5,17,05,2024,00,00") + Sentence("PGRME,3.0,M,4.0,M,5.0,M") +
+         Sentence("GPGGA,000000,,,,,0,,,,M,,M,,") + "noise" + Sentence("GPGGA,000001,,,,,0,,,,M,,M,,") +
+         RtcmFrame(RtcmPayload(1006, 21));
+}
+
+struct S_SelectionCase {
+  const char* name;
+  const char* options;
+  const char* messages;  // of those that pass
+};
+// clang-format off
+const S_SelectionCase kSelections[] = {
+    {"All",             "",                                                        "TXT GGA GSV ZDA PGRME GGA GGA RTCM1006 "},
+    {"FromTime",        "--from 23:59:59",                                         "ZDA PGRME "},
+    {"UntilTime",       "--until 23:59:59",                                        "TXT GGA GSV GGA GGA RTCM1006 "},
+    {"EndIsExcluded",   "--from 00:00:00 --to 00:00:01Z",                          "GGA "},
+    {"OverMidnight",    "--from 23:59:59.5 --until 00:00:00.001",                  "ZDA PGRME GGA "},
+    {"FromDate",        "--from 2024-05-17T00:00:00",                              "ZDA PGRME GGA GGA RTCM1006 "},
+    {"UntilDate",       "--until 2024-05-18T00:00:00Z",                            "TXT GGA GSV ZDA PGRME "},
+    {"DateTimes",       "--from 2024-05-17T23:59:59.5 --to 2024-05-18T00:00:01",   "ZDA PGRME GGA "},
+    {"Talkers",         "--talker gl --talker gn,GX",                              "TXT GSV RTCM1006 "},
+    {"Proprietary",     "--talker P --proto nmea",                                 "PGRME "},
+    {"TalkerInAWindow", "--talker GP --from 23:59:58 --until 23:59:59.6",          "GGA ZDA "},
+};
+// clang-format on
+TEST_ROWS_F(Selection, LetsPass, Program, kSelections, row) {
+  Write("in", Night());
+  const std::string options = row.options;
+  std::string messages;
+  std::istringstream lines(Run("velagnss decode in " + options).output);
+  for (std::string line; std::getline(lines, line);)
+    messages += json::parse(line).at("message").get<std::string>() + " ";
+  EXPECT_EQ(messages, row.messages);
+}
+
+struct S_RefusedCase {
+  const char* name;
+  const char* command;
+  int code;
+  const char* message;
+};
+const S_RefusedCase kRefused[] = {
+    {"NotATime", "velagnss stat --from noon in", 2, "--from: 'noon' is not a time; write 2024-"},
+    {"DateAndTime", "velagnss stat --from 12:00:00 --to 2024-05-18T13:00:00 in", 2, "both have a date, or neither"},
+    {"Backward", "velagnss decode --from 2024-05-18T12:00:00 --to 2024-05-18T11:00:00 in", 2, "later than --from"},
+    {"NotATalker", "velagnss convert --to nmea --talker GPS in", 2, "'GPS' is not a talker"},
+    {"NothingWithin", "velagnss stat --from 05:00:00 --until 06:00:00 in", 1, "none of 8 frames is within"},
+    {"NothingConverted", "velagnss convert --to nmea --talker XX --until 23:59:58 in", 1, "none of 8 frames is within"},
+    {"NoTime", "tail -c 27 in | velagnss decode --until 12:00:00", 0, "the input carries no time"},
+    {"NoDate", "head -c 60 in | velagnss decode --from 2024-05-18T12:00:00", 1, "the input carries no date"},
+};
+TEST_ROWS_F(SelectionOf, Nothing, Program, kRefused, row) {
+  Write("in", Night());
+  const Outcome outcome = Run(row.command);
+  EXPECT_EQ(outcome.code, row.code);
+  EXPECT_THAT(outcome.messages, HasSubstr(row.message));
+}
+
+// Windows side by side share nothing and lose nothing: their counts add up to those of the whole, damage included.
+TEST_F(Program, WindowsAddUp) {
+  const auto stat = [this](const std::string& window) {
+    const json report = json::parse(Run("velagnss stat --json $S " + window).output);
+    std::vector<long> counts;
+    for (const char* path : {"/bytes/total", "/bytes/accepted", "/bytes/discarded", "/bytes/damaged", "/frames/good",
+                             "/frames/bad", "/frames/decoded", "/integrity/skipped_ranges"})
+      counts.push_back(report.at(json::json_pointer(path)).get<long>());
+    return counts;
+  };
+  std::vector<long> sum = stat("--until 2024-05-18T23:59:00");
+  const std::vector<long> rest = stat("--from 2024-05-18T23:59:00");
+  for (std::size_t i = 0; i < sum.size(); ++i) {
+    EXPECT_GT(rest[i], 0);
+    sum[i] += rest[i];
+  }
+  EXPECT_EQ(sum, stat(""));
+}
+
+}  // namespace
