@@ -96,7 +96,7 @@ const S_RefusedCase kRefused[] = {
     {"Backward", "velagnss decode --from 2024-05-18T12:00:00 --to 2024-05-18T11:00:00 in", 2, "later than --from"},
     {"NotATalker", "velagnss convert --to nmea --talker GPS in", 2, "'GPS' is not a talker"},
     {"NothingWithin", "velagnss stat --from 05:00:00 --until 06:00:00 in", 1, "none of 8 frames is within"},
-    {"NothingConverted", "velagnss convert --to nmea --talker XX --until 23:59:58 in", 1, "none of 8 frames is within"},
+    {"NothingConverted", "velagnss convert --to nmea --talker XX --from 23:59:58 in", 1, "none of 8 frames is within"},
     {"NoTime", "tail -c 27 in | velagnss decode --until 12:00:00", 0, "the input carries no time"},
     {"NoDate", "head -c 60 in | velagnss decode --from 2024-05-18T12:00:00", 1, "the input carries no date"},
 };
@@ -124,6 +124,54 @@ TEST_F(Program, WindowsAddUp) {
     sum[i] += rest[i];
   }
   EXPECT_EQ(sum, stat(""));
+}
+
+// --- The bytes of what is selected ---
+
+// What comes out is a stream again: its records are those that went in, whatever the line ends were.
+struct S_ExtractCase {
+  const char* name;
+  const char* options;
+};
+const S_ExtractCase kExtracts[] = {
+    {"All", ""},
+    {"Acknowledgements", "--acks --search nmea"},
+    {"Sentences", "--proto nmea --talker GL"},
+    {"Periods", "--msg GGA:30,BIN95"},
+    {"Window", "--from 23:59:00 --until 00:01:00 --proto rtcm3,jrox,pkvn"},
+};
+TEST_ROWS_F(Extract, DecodesToTheSame, Program, kExtracts, row) {
+  const std::string options = row.options;
+  const std::string records = " | sed 's/\"offset\":[0-9]*,//'";
+  const std::string search = options.starts_with("--acks") ? options : "";
+  const std::string expected = Run("velagnss decode --seed 2024-05-18 $S " + options + records).output;
+  EXPECT_GT(std::count(expected.begin(), expected.end(), '\n'), 50);
+  EXPECT_EQ(Run("velagnss extract $S " + options + " | velagnss decode --seed 2024-05-18 " + search + records).output,
+            expected);
+}
+
+TEST_F(Program, ExtractsAFileForEachProtocol) {
+  Write("in", "\r\n" + Night() + Sentence("GPGLL,,,,,,V").replace(16, 2, "\n"));
+  EXPECT_EQ(Run("velagnss extract in --split-by protocol -o o; ls").output, "err\nin\no.nmea\no.rtcm3\nout\nscript\n");
+  EXPECT_EQ(Run("cat o.rtcm3").output, RtcmFrame(RtcmPayload(1006, 21)));
+  EXPECT_EQ(Run("cat o.nmea").output, Run("velagnss convert --to nmea in").output);
+  EXPECT_THAT(Run("cat o.nmea").output, testing::EndsWith(Sentence("GPGLL,,,,,,V")));
+}
+
+const S_RefusedCase kExtractFaults[] = {
+    {"WithoutName", "velagnss extract --split-by protocol in", 2, "--split-by needs -o"},
+    {"OverAnInput", "cp in o.nmea; velagnss extract --split-by protocol -o o o.nmea", 2, "o.nmea: is also an input"},
+    {"NoFolder", "velagnss extract --split-by protocol -o missing/o in", 4, "missing/o.nmea: cannot be written"},
+    {"NoInput", "velagnss extract --split-by protocol -o o missing", 3, "missing: cannot be opened"},
+    {"NothingChosen", "velagnss extract --proto rd in", 1, "none of 8 frames passed"},
+    {"Noise", "head -c 99 /dev/zero | velagnss extract", 1, "no frame in 99 bytes"},
+    {"FullDisk", "velagnss extract in > /dev/full", 4, "No space left"},
+};
+TEST_ROWS_F(ExtractFaults, AreReported, Program, kExtractFaults, row) {
+  Write("in", Night());
+  const Outcome outcome = Run(row.command);
+  EXPECT_EQ(outcome.code, row.code);
+  EXPECT_THAT(outcome.messages, HasSubstr(row.message));
 }
 
 }  // namespace

@@ -119,6 +119,26 @@ void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
       ->check(&CheckSeed);
 }
 
+void DeclareFilter(CLI::App& app, S_FilterArguments& arguments) {
+  app.add_option("--proto", arguments.protocols,
+                 "show only these protocols, named as for --search, and what --msg names")
+      ->option_text("LIST")
+      ->allow_extra_args(false);
+  app.add_option("--msg", arguments.messages,
+                 "show only these messages, and what --proto names: GGA,PGRME,BIN95,1077,\nor one every 10 s: GGA:10")
+      ->option_text("LIST")
+      ->allow_extra_args(false);
+}
+
+std::string FillFilter(const S_FilterArguments& arguments, const S_StreamArguments& stream, C_MessageFilter& filter) {
+  filter.AcceptUnlisted(!stream.listedOnly);
+  for (const std::string& list : arguments.protocols)
+    if (const std::optional<std::string> error = filter.AddProtocols(list)) return "--proto: " + *error;
+  for (const std::string& list : arguments.messages)
+    if (const std::optional<std::string> error = filter.AddMessages(list)) return "--msg: " + *error;
+  return {};
+}
+
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
   return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly,
           stream.selection};
