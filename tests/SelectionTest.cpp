@@ -126,6 +126,30 @@ TEST_F(Program, WindowsAddUp) {
   EXPECT_EQ(sum, stat(""));
 }
 
+// The pieces of a stream, cut in the middle of a frame, together.
+TEST_F(Program, StatAddsUpInputs) {
+  const Outcome outcome =
+      Run("head -c 200000 $S > a; tail -c +200001 $S > b; velagnss stat --json a b; velagnss stat --json $S");
+  std::vector<json> reports;
+  std::istringstream lines(outcome.output);
+  for (std::string line; std::getline(lines, line);) reports.push_back(json::parse(line));
+  ASSERT_EQ(reports.size(), 4);
+  const json& total = reports[2];
+  EXPECT_EQ(total["report"], "total");
+  EXPECT_EQ(total["inputs"], 2);
+  EXPECT_EQ(total["bytes"]["total"], reports[3]["bytes"]["total"]);
+  EXPECT_EQ(total["frames"]["good"].get<int>() + 1, reports[3]["frames"]["good"]) << "the frame that was cut";
+  EXPECT_EQ(total["messages"].size(), reports[3]["messages"].size());
+  for (const char* path :
+       {"/bytes/accepted", "/bytes/discarded", "/bytes/queued", "/bytes/damaged", "/frames/bad", "/frames/decoded",
+        "/messages/0/count", "/integrity/checksum_errors", "/integrity/rejected_starts", "/integrity/skipped_ranges"}) {
+    const json::json_pointer at(path);
+    EXPECT_EQ(total[at], reports[0][at].get<int>() + reports[1][at].get<int>()) << path;
+  }
+  EXPECT_THAT(Run("velagnss stat a b").output, HasSubstr("\ntotal of 2 inputs\n  bytes                   369393\n"));
+  EXPECT_THAT(Run("velagnss stat a -o o; cat o").output, testing::Not(HasSubstr("total")));
+}
+
 // --- The bytes of what is selected ---
 
 // What comes out is a stream again: its records are those that went in, whatever the line ends were.
