@@ -51,7 +51,7 @@ void ReadSelection(S_StreamArguments& stream) {
 void DeclareSelection(CLI::App& app, S_StreamArguments& stream) {
   app.add_option("--from", stream.from, "only from this time of the stream on, 2024-05-18T12:00:00 or 12:00:00, UTC")
       ->option_text("TIME");
-  app.add_option(app.get_name() == "convert" ? "--until" : "--until,--to", stream.until,
+  app.add_option(app.get_name() == "convert" ? "--until" : "--to,--until", stream.until,
                  "only up to this time, which is excluded; times of day mean every day")
       ->option_text("TIME");
   app.add_option("--talker", stream.talkers,
@@ -120,12 +120,11 @@ void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
 }
 
 void DeclareFilter(CLI::App& app, S_FilterArguments& arguments) {
-  app.add_option("--proto", arguments.protocols,
-                 "show only these protocols, named as for --search, and what --msg names")
+  app.add_option("--proto", arguments.protocols, "only these protocols, named as for --search, and what --msg names")
       ->option_text("LIST")
       ->allow_extra_args(false);
   app.add_option("--msg", arguments.messages,
-                 "show only these messages, and what --proto names: GGA,PGRME,BIN95,1077,\nor one every 10 s: GGA:10")
+                 "only these messages, and what --proto names: GGA,PGRME,BIN95,1077,\nor one every 10 s: GGA:10")
       ->option_text("LIST")
       ->allow_extra_args(false);
 }
