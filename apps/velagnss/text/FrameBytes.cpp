@@ -7,9 +7,13 @@ namespace Host {
 void AppendFrame(const velagnss::Frame& frame, std::string& bytes) {
   std::string_view content(reinterpret_cast<const char*>(frame.data), frame.length);
   const bool isBinary = frame.protocol == C_RawDataMessage::eRTCM3_x || frame.protocol == C_RawDataMessage::eVelaBIN;
-  // Packed bytes have their top bit set, so this takes none of them.
-  while (!isBinary && (content.ends_with('\r') || content.ends_with('\n'))) content.remove_suffix(1);
-  bytes.append(content).append(isBinary ? "" : "\r\n");
+  // NMEA 0183 requires CR LF, but not every receiver sends both. The line ends of other protocols decide whether some of
+  // their frames can be decoded, so these are completed only.
+  while (frame.protocol == C_RawDataMessage::eNMEA0183 && (content.ends_with('\r') || content.ends_with('\n')))
+    content.remove_suffix(1);
+  bytes += content;
+  if (isBinary || content.ends_with('\n')) return;
+  bytes += content.ends_with('\r') ? "\n" : "\r\n";
 }
 
 }  // namespace Host

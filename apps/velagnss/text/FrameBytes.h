@@ -8,8 +8,8 @@
 
 namespace Host {
 
-// Appends the frame as it came. What ends with a line end gets both characters of it: a frame holds the first at most,
-// and not every receiver sends the CR that the standard requires.
+// Appends the frame as it came, and the rest of its line end, of which a frame holds the first character at most. An
+// NMEA 0183 sentence ends with CR LF then, whatever its receiver sent.
 void AppendFrame(const velagnss::Frame& frame, std::string& bytes);
 
 }  // namespace Host
