@@ -56,7 +56,7 @@ class Manual : public Program {
 // The texts for zsh and fish are looked at everywhere; the shells themselves are asked below, where they are.
 TEST_F(Manual, ManPageAndShellsKnowEachOptionOfEachCommand) {
   const std::vector<S_Help> helps = Helps();
-  ASSERT_EQ(helps.size(), 10u);  // the program, five commands, four calculations
+  ASSERT_EQ(helps.size(), 11u);  // the program, five commands, four calculations
   EXPECT_THAT(helps[1].options, IsSupersetOf({"--output", "-n"}));
   const std::string page = Slurp(kManual / "velagnss.1");
   const std::string zsh = Slurp(kManual / "_velagnss");
@@ -101,6 +101,8 @@ const S_OfferCase kOffers[] = {
     {"SecondOfAList",       "decode --proto nmea,rt",   {"nmea,rtcm3"}},
     {"SideOfConvert",       "geo convert --from e",     {"ecef"}},
     {"SideOfTime",          "geo time --from m",        {"mjd"}},
+    {"TimesAreNoWords",     "decode --from 1 --to ''",   {}},
+    {"OneWord",             "extract --split-by ''",     {"protocol"}},
     {"CommandBehindFlag",   "-v geo l",                 {"look"}},
     {"FilesAreTheShells",   "decode -o ''",             {}},
     {"NothingForANumber",   "decode -n ''",             {}},

@@ -266,9 +266,24 @@ TEST_ROWS_F(ProgramInput, IsUnpacked, Program, kPackers, row) {
         pack + "$S | gzip | velagnss decode",
         "head -c 9999 $S > b; tail -c +10000 $S > c; (" + pack + "b; " + pack + "c) > a; velagnss decode a"})
     EXPECT_EQ(Run("(" + input + ") | md5sum").output, plain) << input;
-  const Outcome cut = Run(pack + "$S | head -c 140000 > a; velagnss decode a");
+}
+
+// What the packer itself gets out of data that is cut off is in the output, and so is most of what comes before damage.
+TEST_ROWS_F(ProgramFaultyInput, IsUsedAsFarAsItGoes, Program, kPackers, row) {
+  const std::string pack = std::string(row.command);
+  const Outcome cut = Run("(" + pack + " -c $S; " + pack + " -c $S) > w; head -c 310000 w > a; velagnss decode a");
   EXPECT_EQ(cut.code, 3);
-  EXPECT_THAT(cut.messages, HasSubstr("damaged or cut short"));
+  EXPECT_THAT(cut.messages, HasSubstr(" are cut off after byte 310000;"));
+  EXPECT_EQ(cut.output, Run(pack + " -dc a 2> e | velagnss decode").output);
+  for (const int place : {100000, 250000}) {
+    const Outcome damaged = Run("(head -c " + std::to_string(place) + " w; printf XYZ; tail -c +" +
+                                std::to_string(place + 4) + " w) > b; velagnss decode b");
+    EXPECT_EQ(damaged.code, 3) << place;
+    EXPECT_THAT(damaged.messages, HasSubstr(" data are damaged before byte ")) << place;
+  }
+  // The last bytes are a checksum, of gzip the length after it, of xz the end of its stream.
+  const Outcome checksum = Run("(head -c -7 w; printf XYZ; tail -c 4 w) > b; velagnss decode b");
+  EXPECT_EQ(checksum.code, 3);
 }
 
 TEST_F(Program, KeepsInputsApart) {

@@ -26,6 +26,7 @@ constexpr S_WordRule kWordRules[] = {
     {"--to", [](const std::string&) { return Host::FormatNames(); }},
     {"--system", [](const std::string&) { return Host::NavSystemNames(); }},
     {"--from", &SidesOf},
+    {"--split-by", [](const std::string&) { return std::string("protocol"); }},
 };
 
 std::vector<std::string> WordsOf(const std::string& command, const S_Option& option) {

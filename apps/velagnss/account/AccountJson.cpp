@@ -55,11 +55,15 @@ void WritePosition(C_JsonWriter& json, const C_StreamAccount& account) {
   json.EndObject();
 }
 
-void WriteIntegrity(C_JsonWriter& json, const C_StreamAccount& account) {
-  json.Key("integrity").BeginObject();
+void WriteIntegrityCounts(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("checksum_errors").Integer(account.ChecksumErrors());
   json.Key("rejected_starts").Integer(account.RejectedStarts());
   json.Key("skipped_ranges").Integer(account.Skipped().Count());
+}
+
+void WriteIntegrity(C_JsonWriter& json, const C_StreamAccount& account) {
+  json.Key("integrity").BeginObject();
+  WriteIntegrityCounts(json, account);
   json.Key("false_starts").BeginArray();
   for (const S_FalseStart& start : account.FalseStarts().Entries()) {
     json.BeginObject();
@@ -80,13 +84,7 @@ void WriteIntegrity(C_JsonWriter& json, const C_StreamAccount& account) {
   json.EndObject();
 }
 
-}  // namespace
-
-void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
-  json.BeginObject();
-  json.Key("schema").Integer(kSchemaVersion);
-  json.Key("report").String("stat");
-  json.Key("input").String(account.Input());
+void WriteCounts(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("bytes").BeginObject();
   json.Key("total").Integer(account.Bytes());
   json.Key("accepted").Integer(account.AtEnd().bytesAccepted);
@@ -104,6 +102,29 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("recovered_at_end").Integer(account.FramesGood() - account.AtEnd().framesGood);
   json.EndObject();
   WriteMessages(json, account);
+}
+
+}  // namespace
+
+void WriteTotal(C_JsonWriter& json, const C_StreamAccount& total, std::size_t inputs) {
+  json.BeginObject();
+  json.Key("schema").Integer(kSchemaVersion);
+  json.Key("report").String("total");
+  json.Key("inputs").Integer(inputs);
+  WriteCounts(json, total);
+  json.Key("integrity").BeginObject();
+  WriteIntegrityCounts(json, total);
+  json.EndObject();
+  json.EndObject();
+  json.EndLine();
+}
+
+void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
+  json.BeginObject();
+  json.Key("schema").Integer(kSchemaVersion);
+  json.Key("report").String("stat");
+  json.Key("input").String(account.Input());
+  WriteCounts(json, account);
   WriteTime(json, account);
   WritePosition(json, account);
   WriteObservations(json, account);

@@ -10,6 +10,9 @@ namespace Host {
 // A line.
 void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account);
 
+// A line, the counts of a total of so many inputs.
+void WriteTotal(C_JsonWriter& json, const C_StreamAccount& total, std::size_t inputs);
+
 }  // namespace Host
 
 #endif  // VELAGNSS_APPS_ACCOUNT_JSON_H

@@ -79,12 +79,7 @@ void AppendIntegrity(std::string& table, const C_StreamAccount& account, std::si
   AppendRest(table, account.Skipped().Count(), std::min<std::size_t>(maxRows, account.Skipped().Entries().size()));
 }
 
-}  // namespace
-
-std::string AccountTable(const C_StreamAccount& account, bool isLong) {
-  const std::size_t maxRows = isLong ? account.Skipped().kCapacity : kShortList;
-  std::string table;
-  Line(table, "{}", Printable(account.Input()));
+void AppendCounts(std::string& table, const C_StreamAccount& account) {
   Line(table, "  {:<16}{:>14}", "bytes", account.Bytes());
   Line(table, "  {:<16}{:>14}  {:6.2f} %", "accepted", account.AtEnd().bytesAccepted,
        Percent(account.AtEnd().bytesAccepted, account.Bytes()));
@@ -103,6 +98,21 @@ std::string AccountTable(const C_StreamAccount& account, bool isLong) {
   Line(table, "  {:<16}{:>14}", "skipped ranges", account.Skipped().Count());
   AppendMessages(table, account, true);
   AppendMessages(table, account, false);
+}
+
+}  // namespace
+
+std::string TotalTable(const C_StreamAccount& total, std::size_t inputs) {
+  std::string table = fmt::format("total of {} inputs\n", inputs);
+  AppendCounts(table, total);
+  return table;
+}
+
+std::string AccountTable(const C_StreamAccount& account, bool isLong) {
+  const std::size_t maxRows = isLong ? account.Skipped().kCapacity : kShortList;
+  std::string table;
+  Line(table, "{}", Printable(account.Input()));
+  AppendCounts(table, account);
   AppendTime(table, account, maxRows);
   AppendPosition(table, account);
   AppendObservations(table, account, maxRows);

@@ -8,6 +8,9 @@
 
 namespace Host {
 
+// The counts of a total of so many inputs.
+std::string TotalTable(const C_StreamAccount& total, std::size_t inputs);
+
 // `isLong`: all entries of the lists, not only the first few.
 std::string AccountTable(const C_StreamAccount& account, bool isLong);
 

@@ -16,6 +16,9 @@ class C_BoundedList {
     if (m_entries.size() < kCapacity) m_entries.push_back(entry);
     ++m_count;
   }
+  // Entries of another list, which are counted only.
+  void AddCount(std::uint64_t count) { m_count += count; }
+
   const std::vector<Entry>& Entries() const { return m_entries; }
   std::uint64_t Count() const { return m_count; }
 

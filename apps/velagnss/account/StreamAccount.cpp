@@ -52,17 +52,44 @@ void C_StreamAccount::OnSkipped(const velagnss::SkippedRange& range) { m_skipped
 
 void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_clock = end.clock;
-  m_bytes = end.reader.BytesFed();
-  m_queued = end.reader.QueuedAtFinish();
+  m_bytes = end.totals.bytes;
+  m_queued = end.totals.queued;
   // The byte counts are those before the queue was searched again at the end of the input; the frame counts include
   // what that search recovered.
-  m_atEnd = end.reader.TotalsAtFinish();
-  m_framesGood = end.reader.Totals().framesGood;
-  m_framesBad = end.reader.Totals().framesBad;
-  m_bytesDamaged = end.reader.Totals().bytesDiscarded;
+  m_atEnd = end.totals.atEnd;
+  m_framesGood = end.totals.overall.framesGood;
+  m_framesBad = end.totals.overall.framesBad;
+  m_bytesDamaged = end.totals.overall.bytesDiscarded;
+  SortMessages();
+}
+
+void C_StreamAccount::SortMessages() {
   std::sort(m_messages.begin(), m_messages.end(), [](const S_MessageCount& a, const S_MessageCount& b) {
     return std::tie(a.key.protocol, a.key.type, a.name) < std::tie(b.key.protocol, b.key.type, b.name);
   });
+}
+
+void C_StreamAccount::AddCounts(const C_StreamAccount& other) {
+  for (const auto count :
+       {&C_StreamAccount::m_checksumErrors, &C_StreamAccount::m_rejectedStarts, &C_StreamAccount::m_bytes,
+        &C_StreamAccount::m_queued, &C_StreamAccount::m_framesGood, &C_StreamAccount::m_framesBad,
+        &C_StreamAccount::m_framesDecoded, &C_StreamAccount::m_bytesDamaged})
+    this->*count += other.*count;
+  for (const auto count : {&velagnss::StreamTotals::bytesAccepted, &velagnss::StreamTotals::bytesDiscarded,
+                           &velagnss::StreamTotals::framesGood, &velagnss::StreamTotals::framesBad})
+    m_atEnd.*count += other.m_atEnd.*count;
+  for (const S_MessageCount& from : other.m_messages) {
+    const auto found = std::find_if(m_messages.begin(), m_messages.end(),
+                                    [&](const S_MessageCount& entry) { return entry.key == from.key; });
+    S_MessageCount& entry =
+        found != m_messages.end() ? *found : m_messages.emplace_back(S_MessageCount{from.key, from.name, from.number});
+    entry.count += from.count;
+    entry.decoded += from.decoded;
+    entry.faults += from.faults;
+  }
+  SortMessages();
+  m_skipped.AddCount(other.m_skipped.Count());
+  m_durationOfOthers += other.Duration() > 0 ? other.Duration() : std::nan("");
 }
 
 double C_StreamAccount::BadPercent() const { return Percent(m_framesBad, m_framesGood + m_framesBad); }
@@ -70,7 +97,7 @@ double C_StreamAccount::BadPercent() const { return Percent(m_framesBad, m_frame
 // From the first epoch to the end of the last one: n epochs cover n intervals. Without the last
 // one the rates would be too high.
 double C_StreamAccount::Duration() const {
-  if (!m_epochs.First()) return 0;
+  if (!m_epochs.First()) return m_durationOfOthers;
   return *m_epochs.Last() - *m_epochs.First() + m_epochs.Interval();
 }
 

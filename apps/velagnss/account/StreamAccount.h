@@ -47,6 +47,10 @@ class C_StreamAccount : public C_RecordConsumer {
   void OnSkipped(const velagnss::SkippedRange& range) override;
   void EndInput(const S_InputEnd& end) override;
 
+  // Takes the counts of another complete account: this one becomes a total. Times, positions and places are left out,
+  // because those of different inputs have nothing in common.
+  void AddCounts(const C_StreamAccount& other);
+
   const std::string& Input() const { return m_input; }
 
   std::uint64_t Bytes() const { return m_bytes; }
@@ -70,7 +74,8 @@ class C_StreamAccount : public C_RecordConsumer {
   const C_EpochSteps& Epochs() const { return m_epochs; }
   C_TimeText TimeText(double seconds) const { return C_TimeText::StreamTime(m_clock, seconds); }
 
-  // Seconds, with one interval for each epoch: ten epochs a second apart last ten seconds.
+  // Seconds, with one interval for each epoch: ten epochs a second apart last ten seconds. Of a total the sum; NaN when
+  // one of the inputs has no duration.
   double Duration() const;
 
   // Per second; NaN where the stream has no duration.
@@ -86,6 +91,7 @@ class C_StreamAccount : public C_RecordConsumer {
 
  private:
   S_MessageCount& CountOf(const velagnss::Frame& frame);
+  void SortMessages();
 
   std::string m_input;
   velagnss::StreamClock m_clock;  // at the end
@@ -104,6 +110,7 @@ class C_StreamAccount : public C_RecordConsumer {
   std::uint64_t m_framesBad = 0;
   std::uint64_t m_framesDecoded = 0;
   std::uint64_t m_bytesDamaged = 0;
+  double m_durationOfOthers = 0;  // s
 };
 
 // 100 * part / whole; 0 of nothing.

@@ -3,12 +3,12 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <chrono>
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/MessageNames.h"
+#include "apps/velagnss/text/TimeRead.h"
 #include "apps/velagnss/text/Units.h"
 #include "stream/Names.h"
 
@@ -20,17 +20,10 @@ constexpr std::uint64_t kMaxReadSize = std::uint64_t{1} << 30;
 
 // "2024-05-18": its noon, in GPS time.
 std::optional<C_GnssTime> SeedOfDate(std::string_view text) {
-  unsigned short year = 0;
-  unsigned char month = 0;
-  unsigned char day = 0;
-  const bool hasForm = text.size() == 10 && text[4] == '-' && text[7] == '-' && ParseWhole(text.substr(0, 4), year) &&
-                       ParseWhole(text.substr(5, 2), month) && ParseWhole(text.substr(8), day);
-  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
-  if (!hasForm || !date.ok()) return std::nullopt;
-  const auto mjd = (std::chrono::sys_days(date) - std::chrono::sys_days(std::chrono::year(1858) / 11 / 17)).count();
-  if (mjd < kMjdOfGpsEpoch + 7 || mjd > kLastMjd) return std::nullopt;
+  const std::optional<unsigned int> mjd = ParseDate(text);
+  if (!mjd || *mjd < kMjdOfGpsEpoch + 7 || *mjd > kLastMjd) return std::nullopt;
   C_GnssTime noon;
-  noon.Set_MJD(static_cast<unsigned int>(mjd), 0.5, ALGO::GNSS_GPS);
+  noon.Set_MJD(*mjd, 0.5, ALGO::GNSS_GPS);
   return noon;
 }
 
@@ -43,6 +36,29 @@ std::string CheckSearch(const std::string& list) {
   if (list.empty()) return "no protocol named; known: " + ProtocolNames();
   if (ParseSearchList(list, false)) return {};
   return "'" + list + "' names an unknown protocol; known: " + ProtocolNames();
+}
+
+// These depend on each other, so they are checked together.
+void ReadSelection(S_StreamArguments& stream) {
+  const auto check = [](const std::optional<std::string>& error) {
+    if (error) throw CLI::ValidationError(*error);
+  };
+  check(stream.selection.SetWindow(stream.from, stream.until));
+  for (const std::string& list : stream.talkers) check(stream.selection.AddTalkers(list));
+}
+
+// --to is the format of `convert`.
+void DeclareSelection(CLI::App& app, S_StreamArguments& stream) {
+  app.add_option("--from", stream.from, "only from this time of the stream on, 2024-05-18T12:00:00 or 12:00:00, UTC")
+      ->option_text("TIME");
+  app.add_option(app.get_name() == "convert" ? "--until" : "--to,--until", stream.until,
+                 "only up to this time, which is excluded; times of day mean every day")
+      ->option_text("TIME");
+  app.add_option("--talker", stream.talkers,
+                 "of NMEA 0183 sentences only those of these talkers, GP,GN; P means proprietary")
+      ->option_text("LIST")
+      ->allow_extra_args(false);
+  app.parse_complete_callback([&stream] { ReadSelection(stream); });
 }
 
 }  // namespace
@@ -91,6 +107,7 @@ void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
                  "bytes to read at once (default: 262144); the output does not depend on it")
       ->option_text("BYTES")
       ->check(NumberBetween(std::uint64_t{1}, kMaxReadSize, "a whole number from 1 to 1073741824"));
+  DeclareSelection(app, stream);
 }
 
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
@@ -102,8 +119,28 @@ void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
       ->check(&CheckSeed);
 }
 
+void DeclareFilter(CLI::App& app, S_FilterArguments& arguments) {
+  app.add_option("--proto", arguments.protocols, "only these protocols, named as for --search, and what --msg names")
+      ->option_text("LIST")
+      ->allow_extra_args(false);
+  app.add_option("--msg", arguments.messages,
+                 "only these messages, and what --proto names: GGA,PGRME,BIN95,1077,\nor one every 10 s: GGA:10")
+      ->option_text("LIST")
+      ->allow_extra_args(false);
+}
+
+std::string FillFilter(const S_FilterArguments& arguments, const S_StreamArguments& stream, C_MessageFilter& filter) {
+  filter.AcceptUnlisted(!stream.listedOnly);
+  for (const std::string& list : arguments.protocols)
+    if (const std::optional<std::string> error = filter.AddProtocols(list)) return "--proto: " + *error;
+  for (const std::string& list : arguments.messages)
+    if (const std::optional<std::string> error = filter.AddMessages(list)) return "--msg: " + *error;
+  return {};
+}
+
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
-  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly};
+  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly,
+          stream.selection};
 }
 
 void DeclareOutput(CLI::App& app, std::string& output) {

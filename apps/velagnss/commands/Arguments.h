@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "apps/velagnss/input/Inputs.h"
+#include "apps/velagnss/pipeline/MessageFilter.h"
 #include "apps/velagnss/pipeline/RecordRun.h"
 #include "apps/velagnss/text/Numbers.h"
 
@@ -49,9 +50,23 @@ struct S_StreamArguments {
   bool acknowledgements = false;
   bool listedOnly = false;
   std::string seed;  // empty or a text that `ParseSeed` understands
+  std::string from;  // UTC
+  std::string until;
+  std::vector<std::string> talkers;
+  C_FrameSelection selection;  // made of these three once the command line has been read
 };
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream);
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream);
+
+// Which frames a command that writes frames writes.
+struct S_FilterArguments {
+  std::vector<std::string> protocols;  // lists with commas
+  std::vector<std::string> messages;
+};
+void DeclareFilter(CLI::App& app, S_FilterArguments& arguments);
+
+// Returns an error text, empty when the lists are understood.
+std::string FillFilter(const S_FilterArguments& arguments, const S_StreamArguments& stream, C_MessageFilter& filter);
 
 // How the arguments, which have been checked, want streams to be read.
 S_RunOptions RunOptions(const S_StreamArguments& stream);

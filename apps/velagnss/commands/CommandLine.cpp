@@ -14,6 +14,7 @@
 #include "apps/velagnss/commands/ConvertCommand.h"
 #include "apps/velagnss/commands/DecodeCommand.h"
 #include "apps/velagnss/commands/EncodeCommand.h"
+#include "apps/velagnss/commands/ExtractCommand.h"
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
@@ -24,7 +25,7 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kEncodeCommand, &kGeoCommand,
+    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kExtractCommand, &kEncodeCommand, &kGeoCommand,
 };
 
 constexpr char kDescription[] =

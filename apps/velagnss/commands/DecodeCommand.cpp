@@ -22,11 +22,9 @@ class C_DecodeCommand : public C_Command {
  private:
   int Decode(const S_JsonLinesOptions& options) const;
   eExitCode Judge(const C_JsonLines& lines, const C_RecordRun& run) const;
-  std::string FillFilter(C_MessageFilter& filter) const;
 
   S_StreamArguments m_stream;
-  std::vector<std::string> m_protocols;
-  std::vector<std::string> m_messages;
+  S_FilterArguments m_filter;
   std::string m_output = "-";
   S_JsonLinesOptions m_lines;
   bool m_isStrict = false;
@@ -35,13 +33,7 @@ class C_DecodeCommand : public C_Command {
 void C_DecodeCommand::Declare(CLI::App& app) {
   DeclareStreamArguments(app, m_stream);
   DeclareOutput(app, m_output);
-  app.add_option("--proto", m_protocols, "show only these protocols, named as for --search, and what --msg names")
-      ->option_text("LIST")
-      ->allow_extra_args(false);
-  app.add_option("--msg", m_messages,
-                 "show only these messages, and what --proto names: GGA,PGRME,BIN95,1077,\nor one every 10 s: GGA:10")
-      ->option_text("LIST")
-      ->allow_extra_args(false);
+  DeclareFilter(app, m_filter);
   app.add_option("-n", m_lines.count, "stop after this many frames")
       ->option_text("COUNT")
       ->check(NumberBetween(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max(), "a whole number, 1 or more"));
@@ -54,18 +46,10 @@ void C_DecodeCommand::Declare(CLI::App& app) {
 
 int C_DecodeCommand::Run() {
   S_JsonLinesOptions options = m_lines;
-  if (const std::string error = FillFilter(options.filter); !error.empty()) return ReportUsage("decode", error);
+  if (const std::string error = FillFilter(m_filter, m_stream, options.filter); !error.empty())
+    return ReportUsage("decode", error);
   options.namesInput = m_stream.input.names.size() > 1;
   return Decode(options);
-}
-
-std::string C_DecodeCommand::FillFilter(C_MessageFilter& filter) const {
-  filter.AcceptUnlisted(!m_stream.listedOnly);
-  for (const std::string& list : m_protocols)
-    if (const std::optional<std::string> error = filter.AddProtocols(list)) return "--proto: " + *error;
-  for (const std::string& list : m_messages)
-    if (const std::optional<std::string> error = filter.AddMessages(list)) return "--msg: " + *error;
-  return {};
 }
 
 int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
@@ -81,9 +65,9 @@ eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& ru
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
                            lines.FramesWritten(), lines.DataErrors()));
   if (lines.FramesWritten() == 0) {
-    if (run.FramesFound() > 0)
-      ReportWarning(fmt::format("none of {} frames passed --proto and --msg", run.FramesFound()));
-    else if (run.BytesRead() > 0)
+    if (run.FramesSelected() > 0)
+      ReportWarning(fmt::format("none of {} frames passed --proto and --msg", run.FramesSelected()));
+    else if (run.FramesFound() == 0 && run.BytesRead() > 0)
       ReportNoFrame(InputsText(m_stream.input), run.BytesRead());
     return eExitData;
   }

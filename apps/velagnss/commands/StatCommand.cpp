@@ -15,7 +15,8 @@
 namespace Host {
 namespace {
 
-// Shows the account of an input when it has ended. It comes after the account among the consumers.
+// Shows the account of an input when it has ended, and the total after several. It comes after the account among the
+// consumers.
 class C_AccountWriter : public C_TextConsumer {
  public:
   C_AccountWriter(const C_StreamAccount& account, bool isJson, double maxBadPercent, C_Output& output)
@@ -23,48 +24,60 @@ class C_AccountWriter : public C_TextConsumer {
 
   void OnFrame(const S_FrameRecord&) override {}
   void EndInput(const S_InputEnd&) override;
+  void Finish() override;
   eExitCode Judge() const override { return m_isAllGood ? eExitOk : eExitData; }
 
  private:
   void Show();
-  void JudgeInput();
+  void JudgeInput(const velagnss::FrameReader& reader);
 
   const C_StreamAccount& m_account;
   bool m_isJson;
   double m_maxBadPercent;
   C_Output& m_output;
-  bool m_isFirst = true;
+  C_StreamAccount m_total;
+  std::size_t m_inputs = 0;
   bool m_isAllGood = true;
 };
 
 // The account is on the screen before a message about it.
-void C_AccountWriter::EndInput(const S_InputEnd&) {
+void C_AccountWriter::EndInput(const S_InputEnd& end) {
   Show();
   m_output.Flush(*this);
-  JudgeInput();
+  JudgeInput(end.reader);
 }
 
 void C_AccountWriter::Show() {
-  if (m_isJson) {
-    C_JsonWriter json;
-    WriteAccount(json, m_account);
-    m_text += json.Text();
+  m_total.AddCounts(m_account);
+  ++m_inputs;
+  if (!m_isJson) {
+    m_text += m_inputs == 1 ? "" : "\n";
+    m_text += AccountTable(m_account, Verbosity() == eVerbosity::Verbose);
     return;
   }
-  m_text += m_isFirst ? "" : "\n";
-  m_text += AccountTable(m_account, Verbosity() == eVerbosity::Verbose);
-  m_isFirst = false;
+  C_JsonWriter json;
+  WriteAccount(json, m_account);
+  m_text += json.Text();
 }
 
-void C_AccountWriter::JudgeInput() {
-  if (m_account.FramesGood() == 0 && m_account.Bytes() > 0) ReportNoFrame(m_account.Input(), m_account.Bytes());
+void C_AccountWriter::Finish() {
+  if (m_inputs < 2) return;
+  if (!m_isJson) return void(m_text += "\n" + TotalTable(m_total, m_inputs));
+  C_JsonWriter json;
+  WriteTotal(json, m_total, m_inputs);
+  m_text += json.Text();
+}
+
+void C_AccountWriter::JudgeInput(const velagnss::FrameReader& reader) {
+  const bool hasFrames = reader.Totals().framesGood > 0;
+  if (!hasFrames && reader.BytesFed() > 0) ReportNoFrame(m_account.Input(), reader.BytesFed());
   const bool isTooBad = m_account.BadPercent() > m_maxBadPercent;
   if (isTooBad) {
     ReportError(fmt::format("{}: {:.2f} % of the frames are damaged, more than --max-bad {} %; -v shows where",
                             m_account.Input(), m_account.BadPercent(), m_maxBadPercent));
   }
   // One bad input among several decides the exit code.
-  m_isAllGood = m_isAllGood && !isTooBad && m_account.FramesGood() > 0;
+  m_isAllGood = m_isAllGood && !isTooBad && hasFrames;
 }
 
 class C_StatCommand : public C_Command {
@@ -72,7 +85,7 @@ class C_StatCommand : public C_Command {
   void Declare(CLI::App& app) override {
     DeclareStreamArguments(app, m_stream);
     DeclareOutput(app, m_output);
-    app.add_flag("--json", m_isJson, "one JSON object per input instead of a table");
+    app.add_flag("--json", m_isJson, "one JSON object per input instead of a table, and one for the total of several");
     app.add_option("--max-bad", m_maxBadPercent,
                    "exit with 1 when more than this percentage of an input's frames is damaged")
         ->option_text("PERCENT")

@@ -7,31 +7,34 @@ namespace {
 
 using namespace std::string_view_literals;
 
+constexpr std::string_view kFirst = "unpack it first";
 constexpr std::string_view kUnpack = "unpack it, and name the files in it";
 constexpr std::string_view kDecompress = "decompress it first";
 constexpr std::string_view kPackets = "save the payload of its packets as raw bytes first";
 
 // clang-format off
 constexpr S_FileKind kKinds[] = {
-    {"\x1f\x8b\x08"sv,                         0,   "gzip data",              ""},  // RFC 1952, 2.3: deflate is the only method
-    {"BZh?1AY&SY"sv,                           0,   "bzip2 data",             ""},
-    {"BZh?\x17rE8P\x90"sv,                     0,   "bzip2 data",             ""},  // of nothing
-    {"\xfd" "7zXZ\0"sv,                        0,   "xz data",                ""},
-    {"\x28\xb5\x2f\xfd"sv,                     0,   "Zstandard data",         ""},  // RFC 8878, 3.1.1
-    {"\x04\x22\x4d\x18"sv,                     0,   "LZ4 data",               kDecompress},
-    {"LZIP\x01"sv,                             0,   "lzip data",              kDecompress},
-    {"\x1f\x9d\x90"sv,                         0,   "compress (.Z) data",     kDecompress},
-    {"PK\x03\x04"sv,                           0,   "a zip archive",          kUnpack},
-    {"PK\x05\x06"sv,                           0,   "an empty zip archive",   kUnpack},
-    {"7z\xbc\xaf\x27\x1c"sv,                   0,   "a 7z archive",           kUnpack},
-    {"Rar!\x1a\x07"sv,                         0,   "a rar archive",          kUnpack},
-    {"ustar"sv,                                257, "a tar archive",          kUnpack},
-    {"\xd4\xc3\xb2\xa1"sv,                     0,   "a pcap packet capture",  kPackets},
-    {"\xa1\xb2\xc3\xd4"sv,                     0,   "a pcap packet capture",  kPackets},
-    {"\x4d\x3c\xb2\xa1"sv,                     0,   "a pcap packet capture",  kPackets},  // times in nanoseconds
-    {"\xa1\xb2\x3c\x4d"sv,                     0,   "a pcap packet capture",  kPackets},
-    {"\n\r\r\n????\x4d\x3c\x2b\x1a"sv,         0,   "a pcapng packet capture", kPackets},
-    {"\n\r\r\n????\x1a\x2b\x3c\x4d"sv,         0,   "a pcapng packet capture", kPackets},
+    {"\x1f\x8b\x08"sv,                         0,   "gzip data",              eCodec::Gzip, kFirst},  // RFC 1952, 2.3: deflate is the only method
+    {"BZh?1AY&SY"sv,                           0,   "bzip2 data",             eCodec::Bzip2, kFirst},
+    {"BZh?\x17rE8P\x90"sv,                     0,   "bzip2 data",             eCodec::Bzip2, kFirst},  // of nothing
+    {"\xfd" "7zXZ\0"sv,                        0,   "xz data",                eCodec::Xz, kFirst},
+    {"\x28\xb5\x2f\xfd"sv,                     0,   "Zstandard data",         eCodec::Zstd, kFirst},  // RFC 8878, 3.1.1
+    {"\x50\x2a\x4d\x18"sv,                     0,   "Zstandard data",         eCodec::Zstd, kFirst},  // 3.1.2: a frame to be skipped
+    {"\x5e\x2a\x4d\x18"sv,                     0,   "Zstandard data",         eCodec::Zstd, kFirst},  // likewise, a table of frames
+    {"\x04\x22\x4d\x18"sv,                     0,   "LZ4 data",               eCodec::None, kDecompress},
+    {"LZIP\x01"sv,                             0,   "lzip data",              eCodec::None, kDecompress},
+    {"\x1f\x9d\x90"sv,                         0,   "compress (.Z) data",     eCodec::None, kDecompress},
+    {"PK\x03\x04"sv,                           0,   "a zip archive",          eCodec::None, kUnpack},
+    {"PK\x05\x06"sv,                           0,   "an empty zip archive",   eCodec::None, kUnpack},
+    {"7z\xbc\xaf\x27\x1c"sv,                   0,   "a 7z archive",           eCodec::None, kUnpack},
+    {"Rar!\x1a\x07"sv,                         0,   "a rar archive",          eCodec::None, kUnpack},
+    {"ustar"sv,                                257, "a tar archive",          eCodec::None, kUnpack},
+    {"\xd4\xc3\xb2\xa1"sv,                     0,   "a pcap packet capture",  eCodec::None, kPackets},
+    {"\xa1\xb2\xc3\xd4"sv,                     0,   "a pcap packet capture",  eCodec::None, kPackets},
+    {"\x4d\x3c\xb2\xa1"sv,                     0,   "a pcap packet capture",  eCodec::None, kPackets},  // times in nanoseconds
+    {"\xa1\xb2\x3c\x4d"sv,                     0,   "a pcap packet capture",  eCodec::None, kPackets},
+    {"\n\r\r\n????\x4d\x3c\x2b\x1a"sv,         0,   "a pcapng packet capture", eCodec::None, kPackets},
+    {"\n\r\r\n????\x1a\x2b\x3c\x4d"sv,         0,   "a pcapng packet capture", eCodec::None, kPackets},
 };
 // clang-format on
 

@@ -7,11 +7,15 @@
 
 namespace Host {
 
+// How compressed data is packed; none: it cannot be unpacked here.
+enum class eCodec { None, Gzip, Bzip2, Xz, Zstd };
+
 struct S_FileKind {
   std::string_view signature;  // a '?' is any byte
   std::size_t offset;
-  std::string_view name;    // "gzip data"
-  std::string_view advice;  // how to get at the stream in it; empty when it can be unpacked here
+  std::string_view name;  // "gzip data"
+  eCodec codec;
+  std::string_view advice;  // how to get at the stream in it
 };
 
 struct S_KindGuess {

@@ -16,7 +16,9 @@ bool RunInput(const std::string& name, C_SourceLoop& loop, C_StreamJob& job) {
   C_FileSource source;
   if (!source.Open(name)) return false;
   C_UnpackingSource unpacked(source);
-  const S_SourceAndJob stream = {unpacked, job};
+  C_UnpackingSource again(unpacked, C_UnpackingSource::eLayer::Inner);  // compressed twice
+  C_UnpackingSource checked(again, C_UnpackingSource::eLayer::Last);
+  const S_SourceAndJob stream = {checked, job};
   return loop.Run({&stream, 1});
 }
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/text/FrameBytes.h"
 
 namespace Host {
 namespace {
@@ -20,9 +21,7 @@ class C_SentenceConverter : public C_TextConsumer {
 
 void C_SentenceConverter::OnFrame(const S_FrameRecord& record) {
   if (record.frame.protocol != C_RawDataMessage::eNMEA0183) return;
-  const std::string_view sentence(reinterpret_cast<const char*>(record.frame.data), record.frame.length);
-  // A frame ends with the first CR or LF of its line end; NMEA 0183 requires CR LF.
-  m_text.append(sentence.substr(0, sentence.find_first_of("\r\n"))).append("\r\n");
+  AppendFrame(record.frame, m_text);
   ++m_sentences;
 }
 

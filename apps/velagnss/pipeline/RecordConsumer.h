@@ -4,6 +4,7 @@
 #ifndef VELAGNSS_APPS_RECORD_CONSUMER_H
 #define VELAGNSS_APPS_RECORD_CONSUMER_H
 
+#include <cstdint>
 #include <string>
 
 #include "apps/velagnss/os/ExitCodes.h"
@@ -20,10 +21,19 @@ struct S_FrameRecord {
   const velagnss::StreamClock& clock;     // has noted this frame already
 };
 
+// What became of the selected part of an input.
+struct S_InputTotals {
+  std::uint64_t bytes;
+  std::uint64_t queued;            // at the end of the input, before waiting bytes were searched again
+  velagnss::StreamTotals atEnd;    // likewise
+  velagnss::StreamTotals overall;  // after that
+};
+
 // An input that has ended.
 struct S_InputEnd {
-  const velagnss::FrameReader& reader;  // finished, with its totals
+  const velagnss::FrameReader& reader;  // finished, with the totals of all of the input
   const velagnss::StreamClock& clock;
+  S_InputTotals totals;
 };
 
 // The calls come in this order: for each input `BeginInput`, the items in the order of the stream, `EndInput`; after

@@ -1,12 +1,20 @@
 #include "apps/velagnss/pipeline/RecordRun.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <cmath>
+
+#include "apps/velagnss/os/Diagnostics.h"
 
 namespace Host {
 
 C_RecordRun::C_RecordRun(const S_RunOptions& options, std::initializer_list<C_RecordConsumer*> consumers)
     : m_consumers(consumers),
-      m_needsRecords(std::any_of(consumers.begin(), consumers.end(), [](auto* c) { return c->NeedsRecords(); })) {
+      m_needsRecords(options.selection.Window().IsSet() ||
+                     std::any_of(consumers.begin(), consumers.end(), [](auto* c) { return c->NeedsRecords(); })),
+      m_selection(options.selection),
+      m_selectsAll(options.selection.IsEverything()) {
   m_reader.DisableProtocol(C_RawDataMessage::eAllProtocols);
   for (const C_RawDataMessage::eProtocols protocol : options.search) m_reader.EnableProtocol(protocol);
   m_reader.AcceptUnlisted(options.acceptsUnlisted);
@@ -17,6 +25,8 @@ C_RecordRun::C_RecordRun(const S_RunOptions& options, std::initializer_list<C_Re
 void C_RecordRun::BeginInput(const std::string& name) {
   m_reader.Restart();
   m_decoder.Restart();
+  m_part = {};
+  m_isInWindow = m_selection.Window().Includes(m_decoder.Clock());
   for (C_RecordConsumer* consumer : m_consumers) consumer->BeginInput(name);
   SelectActive();
 }
@@ -34,32 +44,58 @@ void C_RecordRun::Feed(const S_Chunk& chunk) {
 
 // After `-n` frames the rest of the queue is left alone: no consumer wants its frames.
 void C_RecordRun::EndInput() {
+  m_part.NoteGap(m_reader.Totals(), m_isInWindow);
+  m_partAtEnd = m_part.Selected();
+  m_endsInWindow = m_isInWindow;
   if (WantsMore()) {
     m_reader.Finish();
     Pump();
   }
+  m_part.NoteGap(m_reader.Totals(), m_isInWindow);
   m_bytesRead += m_reader.BytesFed();
-  for (C_RecordConsumer* consumer : m_consumers) consumer->EndInput({m_reader, m_decoder.Clock()});
+  const velagnss::StreamClock& clock = m_decoder.Clock();
+  m_hasTime = m_hasTime || (m_selection.Window().HasDates() ? clock.KnowsDate() : !std::isnan(clock.Seconds()));
+  for (C_RecordConsumer* consumer : m_consumers) consumer->EndInput({m_reader, clock, Totals()});
+}
+
+S_InputTotals C_RecordRun::Totals() const {
+  if (m_selectsAll)
+    return {m_reader.BytesFed(), m_reader.QueuedAtFinish(), m_reader.TotalsAtFinish(), m_reader.Totals()};
+  const std::uint64_t queued = m_endsInWindow ? m_reader.QueuedAtFinish() : 0;
+  return {m_partAtEnd.bytesAccepted + m_partAtEnd.bytesDiscarded + queued, queued, m_partAtEnd, m_part.Selected()};
 }
 
 void C_RecordRun::Pump() {
   while (!m_active.empty()) {
     const velagnss::StreamItem& item = m_reader.Next();
     if (const auto* frame = std::get_if<velagnss::Frame>(&item))
-      HandOut(*frame);
+      Take(*frame);
+    else if (std::holds_alternative<std::monostate>(item))
+      return;
+    else if (!m_isInWindow)
+      continue;
     else if (const auto* start = std::get_if<velagnss::RejectedStart>(&item))
       ForEachActive([start](C_RecordConsumer& consumer) { consumer.OnRejection(*start); });
     else if (const auto* range = std::get_if<velagnss::SkippedRange>(&item))
       ForEachActive([range](C_RecordConsumer& consumer) { consumer.OnSkipped(*range); });
-    else
-      return;
   }
 }
 
-void C_RecordRun::HandOut(const velagnss::Frame& frame) {
+// Frames that are left out are decoded as well: they may carry the time of those that are not.
+void C_RecordRun::Take(const velagnss::Frame& frame) {
   ++m_framesFound;
   const S_FrameRecord record = {frame, m_needsRecords ? m_decoder.Decode(frame) : m_notDecoded, m_decoder.Clock()};
+  if (!m_selectsAll && !Select(frame)) return;
+  ++m_framesSelected;
   ForEachActive([&record](C_RecordConsumer& consumer) { consumer.OnFrame(record); });
+}
+
+bool C_RecordRun::Select(const velagnss::Frame& frame) {
+  const bool wasInWindow = m_isInWindow;
+  m_isInWindow = m_selection.Window().Includes(m_decoder.Clock());
+  const bool isSelected = m_isInWindow && m_selection.HasTalker(frame);
+  m_part.NoteFrame(m_reader.Totals(), wasInWindow, frame.length, isSelected);
+  return isSelected;
 }
 
 // The list of active consumers changes only after the loop over it.
@@ -83,10 +119,19 @@ void C_RecordRun::BeforeWait() {
 
 void C_RecordRun::Finish() {
   for (C_RecordConsumer* consumer : m_consumers) consumer->Finish();
+  if (m_framesFound > 0 && !m_selectsAll) ReportSelection();
+}
+
+void C_RecordRun::ReportSelection() const {
+  if (m_selection.Window().IsSet() && !m_hasTime)
+    ReportWarning(fmt::format("--from and --until have nothing to go by: the input carries no {}",
+                              m_selection.Window().HasDates() ? "date" : "time"));
+  else if (m_framesSelected == 0)
+    ReportWarning(fmt::format("none of {} frames is within --from, --until and --talker", m_framesFound));
 }
 
 eExitCode C_RecordRun::Judge() const {
-  eExitCode worst = eExitOk;
+  eExitCode worst = m_framesFound > 0 && m_framesSelected == 0 ? eExitData : eExitOk;
   for (C_RecordConsumer* consumer : m_consumers) worst = std::max(worst, consumer->Judge());
   return worst;
 }

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "apps/velagnss/input/StreamJob.h"
+#include "apps/velagnss/pipeline/FrameSelection.h"
+#include "apps/velagnss/pipeline/PartTotals.h"
 #include "apps/velagnss/pipeline/RecordConsumer.h"
 
 namespace Host {
@@ -17,9 +19,11 @@ struct S_RunOptions {
   std::vector<C_RawDataMessage::eProtocols> search;  // protocols to look for
   std::optional<C_GnssTime> seed;                    // the user's
   bool acceptsUnlisted = true;                       // checked frames that are not listed, too
+  C_FrameSelection selection = {};                   // of what is found
 };
 
-// Each input is searched for frames, each frame is decoded once, and the consumers get both in their order.
+// Each input is searched for frames, each frame is decoded once, and the consumers get both in their order. What the
+// selection leaves out reaches none of them, but the time and the date in it are known all the same.
 class C_RecordRun : public C_StreamJob {
  public:
   // The consumers must outlive the run.
@@ -38,10 +42,14 @@ class C_RecordRun : public C_StreamJob {
   // Of all inputs so far.
   std::uint64_t BytesRead() const { return m_bytesRead; }
   std::uint64_t FramesFound() const { return m_framesFound; }
+  std::uint64_t FramesSelected() const { return m_framesSelected; }
 
  private:
   void Pump();
-  void HandOut(const velagnss::Frame& frame);
+  void Take(const velagnss::Frame& frame);
+  bool Select(const velagnss::Frame& frame);
+  void ReportSelection() const;
+  S_InputTotals Totals() const;
   template <class Give>
   void ForEachActive(const Give& give);
   void SelectActive();
@@ -54,6 +62,15 @@ class C_RecordRun : public C_StreamJob {
   const velagnss::DecodedFrame m_notDecoded;
   std::uint64_t m_bytesRead = 0;
   std::uint64_t m_framesFound = 0;
+
+  const C_FrameSelection m_selection;
+  const bool m_selectsAll;
+  std::uint64_t m_framesSelected = 0;
+  bool m_isInWindow = true;  // the stream is, at this point
+  bool m_hasTime = false;    // an input had one, with a date if the window has dates
+  C_PartTotals m_part;
+  velagnss::StreamTotals m_partAtEnd;
+  bool m_endsInWindow = true;
 };
 
 }  // namespace Host

@@ -58,12 +58,16 @@ bool IsProgressWanted(S_InputOptions::eProgress progress, const C_Output& output
 
 }  // namespace
 
-eExitCode C_OutputRun::Open(const std::string& name, const S_InputOptions& input) {
+eExitCode CheckOutput(const std::string& name, const S_InputOptions& input) {
   if (IsAnInput(input, name)) {
     ReportError(fmt::format("{}: is also an input; write to another file", name == "-" ? "standard output" : name));
     return eExitUsage;
   }
-  if (name != "-" && !CanBeOpened(input)) return eExitInput;
+  return name != "-" && !CanBeOpened(input) ? eExitInput : eExitOk;
+}
+
+eExitCode C_OutputRun::Open(const std::string& name, const S_InputOptions& input) {
+  if (const eExitCode code = CheckOutput(name, input); code != eExitOk) return code;
   return Open(name) ? eExitOk : eExitOutput;
 }
 

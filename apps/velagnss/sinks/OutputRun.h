@@ -11,6 +11,10 @@
 
 namespace Host {
 
+// Whether `name` ("-" for standard output) can be an output of `input`: not when it is an input itself, nor when it is
+// a file and an input cannot be opened. Both are reported.
+eExitCode CheckOutput(const std::string& name, const S_InputOptions& input);
+
 //   C_OutputRun run;
 //   if (const eExitCode code = run.Open(name, input); code != eExitOk) return code;
 //   C_SomeJob job(...);
@@ -20,8 +24,7 @@ class C_OutputRun {
   // "-" is standard output. False, reported, when it cannot be written to.
   bool Open(const std::string& name) { return m_output.Open(name); }
 
-  // The same for an output of `input`. It is left alone when it is an input itself, or a file while an input cannot be
-  // opened; both are reported.
+  // The same for an output of `input`, after `CheckOutput`.
   eExitCode Open(const std::string& name, const S_InputOptions& input);
 
   C_Output& Output() { return m_output; }

@@ -1,4 +1,7 @@
+#include <fmt/format.h>
+
 #include "apps/velagnss/track/TrackFormat.h"
+#include "apps/velagnss/track/XmlText.h"
 
 namespace Host {
 namespace {
@@ -44,15 +47,33 @@ class C_GpxTrack : public C_TrackFormat {
     text +=
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
         "<gpx version=\"1.1\" creator=\"velagnss\" xmlns=\"http://www.topografix.com/GPX/1/1\""
+        " xmlns:gpxtpx=\"http://www.garmin.com/xmlschemas/TrackPointExtension/v2\""
         " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
-        " xsi:schemaLocation=\"http://www.topografix.com/GPX/1/1 http://www.topografix.com/GPX/1/1/gpx.xsd\">\n"
-        "<trk>\n";
+        " xsi:schemaLocation=\"http://www.topografix.com/GPX/1/1 http://www.topografix.com/GPX/1/1/gpx.xsd\">\n";
+  }
+  void BeginTrack(std::string_view name, std::string& text) override {
+    text.append("<trk>\n<name>").append(XmlText(name)).append("</name>\n");
   }
   void BeginSegment(std::string& text) override { text += "<trkseg>\n"; }
   void Add(const S_TrackPoint& point, std::string& text) override;
   void EndSegment(std::string& text) override { text += "</trkseg>\n"; }
-  void End(std::string& text) override { text += "</trk>\n</gpx>\n"; }
+  void EndTrack(std::string& text) override { text += "</trk>\n"; }
+  void End(std::string& text) override { text += "</gpx>\n"; }
 };
+
+// GPX 1.1 has no speed of its own; this extension is the one that programs know. Speeds are in m/s, courses from 0 to
+// 360 degrees.
+void AppendMotion(const S_TrackPoint& point, std::string& text) {
+  constexpr double kMetersPerSecond = 1852.0 / 3600;  // of a knot
+  const bool hasSpeed = IsKnown(point.speedKnots) && point.speedKnots >= 0;
+  const bool hasCourse = IsKnown(point.courseTrue) && point.courseTrue >= 0 && point.courseTrue <= 360;
+  if (!hasSpeed && !hasCourse) return;
+  text += "<extensions><gpxtpx:TrackPointExtension>";
+  if (hasSpeed)
+    AppendElement(text, "gpxtpx:speed", std::string_view(fmt::format("{:.3f}", point.speedKnots * kMetersPerSecond)));
+  AppendElement(text, "gpxtpx:course", hasCourse ? point.courseTrue : NA_DOUBLE);
+  text += "</gpxtpx:TrackPointExtension></extensions>";
+}
 
 // The order of the elements is part of the format.
 void C_GpxTrack::Add(const S_TrackPoint& point, std::string& text) {
@@ -67,6 +88,7 @@ void C_GpxTrack::Add(const S_TrackPoint& point, std::string& text) {
   AppendElement(text, "fix", FixText(point));
   if (!IsNotAvailable(point.satellites)) AppendElement(text, "sat", std::to_string(point.satellites));
   AppendElement(text, "hdop", point.hdop);
+  AppendMotion(point, text);
   text += "</trkpt>\n";
 }
 

@@ -1,7 +1,11 @@
 #include <fmt/format.h>
 
+#include <array>
+#include <iterator>
+
 #include "apps/velagnss/text/ModeNames.h"
 #include "apps/velagnss/track/TrackFormat.h"
+#include "apps/velagnss/track/XmlText.h"
 
 namespace Host {
 namespace {
@@ -13,14 +17,45 @@ struct S_RunForm {
   friend bool operator==(const S_RunForm&, const S_RunForm&) = default;
 };
 
-// A segment is one Placemark or several: a new one begins where dates or altitudes appear or disappear. With dates it
-// is a gx:Track, which lists all times, then all positions, then the rest, so it is kept until it is complete. A
-// gx:Track needs a date for each position; without dates the segment is a line.
+// What is known of a point beside its time and place, as an array of its track.
+struct S_PointArray {
+  std::string_view name;
+  std::string_view type;
+  std::string (*value)(const S_TrackPoint& point);  // empty when it is not known
+};
+
+template <double S_TrackPoint::*Member>
+std::string Decimal(const S_TrackPoint& point) {
+  std::string text;
+  if (IsKnown(point.*Member)) AppendDecimal(text, point.*Member);
+  return text;
+}
+std::string Fix(const S_TrackPoint& point) { return std::string(ModeName(point.fix)); }
+std::string Satellites(const S_TrackPoint& point) {
+  return IsNotAvailable(point.satellites) ? "" : std::to_string(point.satellites);
+}
+
+constexpr S_PointArray kArrays[] = {
+    {"fix", "string", &Fix},
+    {"satellites", "int", &Satellites},
+    {"hdop", "double", &Decimal<&S_TrackPoint::hdop>},
+    {"speed_knots", "double", &Decimal<&S_TrackPoint::speedKnots>},
+    {"course_true_deg", "double", &Decimal<&S_TrackPoint::courseTrue>},
+};
+
+// An input is a Folder. A segment is one Placemark or several: a new one begins where dates or altitudes appear or
+// disappear. With dates it is a gx:Track, which lists all times, then all positions, then the rest, so it is kept until
+// it is complete. A gx:Track needs a date for each position; without dates the segment is a line.
 class C_KmlTrack : public C_TrackFormat {
  public:
   void Begin(std::string& text) override;
+  void BeginTrack(std::string_view name, std::string& text) override {
+    text.append("<Folder>\n<name>").append(XmlText(name)).append("</name>\n");
+  }
+  void BeginSegment(std::string&) override { ++m_segment; }
   void Add(const S_TrackPoint& point, std::string& text) override;
   void EndSegment(std::string& text) override { WriteRun(text); }
+  void EndTrack(std::string& text) override { text += "</Folder>\n"; }
   void End(std::string& text) override { text += "</Document>\n</kml>\n"; }
 
  private:
@@ -28,13 +63,12 @@ class C_KmlTrack : public C_TrackFormat {
   void WriteTrack(std::string& text);
   void WriteLine(std::string& text);
 
+  unsigned int m_segment = 0;
   S_RunForm m_form;
   std::size_t m_count = 0;
   C_SpilledText m_times;
   C_SpilledText m_positions;
-  C_SpilledText m_fixes;
-  C_SpilledText m_satellites;
-  C_SpilledText m_hdops;
+  std::array<C_SpilledText, std::size(kArrays)> m_arrays;
 };
 
 void C_KmlTrack::Begin(std::string& text) {
@@ -42,11 +76,11 @@ void C_KmlTrack::Begin(std::string& text) {
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
       "<kml xmlns=\"http://www.opengis.net/kml/2.2\" xmlns:gx=\"http://www.google.com/kml/ext/2.2\">\n"
       "<Document>\n"
-      "<Schema id=\"point\">\n"
-      "<gx:SimpleArrayField name=\"fix\" type=\"string\"/>\n"
-      "<gx:SimpleArrayField name=\"satellites\" type=\"int\"/>\n"
-      "<gx:SimpleArrayField name=\"hdop\" type=\"double\"/>\n"
-      "</Schema>\n";
+      "<Schema id=\"point\">\n";
+  for (const S_PointArray& array : kArrays)
+    fmt::format_to(std::back_inserter(text), "<gx:SimpleArrayField name=\"{}\" type=\"{}\"/>\n", array.name,
+                   array.type);
+  text += "</Schema>\n";
 }
 
 void C_KmlTrack::Add(const S_TrackPoint& point, std::string& text) {
@@ -63,20 +97,14 @@ void C_KmlTrack::Add(const S_TrackPoint& point, std::string& text) {
   AppendDecimal(position, form.hasAltitude ? point.altitude : 0);
   m_positions.Append(position + (form.isDated ? "</gx:coord>\n" : "\n"));
   if (!form.isDated) return;
-  const auto append = [](C_SpilledText& to, std::string_view value) {
-    to.Append(fmt::format("<gx:value>{}</gx:value>\n", value));
-  };
   m_times.Append(fmt::format("<when>{}</when>\n", point.time.Text()));
-  append(m_fixes, ModeName(point.fix));
-  append(m_satellites, IsNotAvailable(point.satellites) ? "" : std::to_string(point.satellites));
-  std::string hdop;
-  if (IsKnown(point.hdop)) AppendDecimal(hdop, point.hdop);
-  append(m_hdops, hdop);
+  for (std::size_t i = 0; i < m_arrays.size(); ++i)
+    m_arrays[i].Append(fmt::format("<gx:value>{}</gx:value>\n", kArrays[i].value(point)));
 }
 
 void C_KmlTrack::WriteRun(std::string& text) {
   if (m_count == 0) return;
-  text += "<Placemark>\n";
+  fmt::format_to(std::back_inserter(text), "<Placemark>\n<name>segment {}</name>\n", m_segment);
   if (m_form.isDated)
     WriteTrack(text);
   else
@@ -95,14 +123,11 @@ void C_KmlTrack::WriteTrack(std::string& text) {
   AppendSpilled(m_times, text);
   AppendSpilled(m_positions, text);
   text += "<ExtendedData><SchemaData schemaUrl=\"#point\">\n";
-  const auto appendArray = [&](std::string_view name, C_SpilledText& values) {
-    fmt::format_to(std::back_inserter(text), "<gx:SimpleArrayData name=\"{}\">\n", name);
-    AppendSpilled(values, text);
+  for (std::size_t i = 0; i < m_arrays.size(); ++i) {
+    fmt::format_to(std::back_inserter(text), "<gx:SimpleArrayData name=\"{}\">\n", kArrays[i].name);
+    AppendSpilled(m_arrays[i], text);
     text += "</gx:SimpleArrayData>\n";
-  };
-  appendArray("fix", m_fixes);
-  appendArray("satellites", m_satellites);
-  appendArray("hdop", m_hdops);
+  }
   text += "</SchemaData></ExtendedData>\n</gx:Track>\n";
 }
 

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
+#include <utility>
+
 #include "apps/velagnss/os/Diagnostics.h"
 
 namespace Host {
@@ -15,7 +18,8 @@ class C_TrackConverter : public C_TextConsumer, private C_TrackSink {
   }
 
   void OnFrame(const S_FrameRecord& record) override { m_builder.Take(record.decoded.record, record.clock); }
-  void EndInput(const S_InputEnd& end) override { m_builder.Finish(end.clock); }
+  void BeginInput(const std::string& name) override;
+  void EndInput(const S_InputEnd& end) override;
   void Finish() override;
   eExitCode Judge() const override { return m_points > 0 ? eExitOk : eExitData; }
 
@@ -24,21 +28,34 @@ class C_TrackConverter : public C_TextConsumer, private C_TrackSink {
 
   std::unique_ptr<C_TrackFormat> m_format;
   C_TrackBuilder m_builder;
+  std::string m_name;     // of the input
+  bool m_isOpen = false;  // a track of this input, and a segment of it
   std::uint64_t m_segments = 0;
   std::uint64_t m_points = 0;
 };
 
 void C_TrackConverter::OnPoint(const S_TrackPoint& point) {
-  if (point.startsSegment && m_points > 0) m_format->EndSegment(m_text);
+  if (point.startsSegment && m_isOpen) m_format->EndSegment(m_text);
+  if (!m_isOpen) m_format->BeginTrack(m_name, m_text);
+  m_isOpen = true;
   if (point.startsSegment) m_format->BeginSegment(m_text);
   m_segments += point.startsSegment ? 1 : 0;
   ++m_points;
   m_format->Add(point, m_text);
 }
 
+void C_TrackConverter::BeginInput(const std::string& name) { m_name = std::filesystem::path(name).filename().string(); }
+
+// The builder begins a segment with each input.
+void C_TrackConverter::EndInput(const S_InputEnd& end) {
+  m_builder.Finish(end.clock);
+  if (!std::exchange(m_isOpen, false)) return;
+  m_format->EndSegment(m_text);
+  m_format->EndTrack(m_text);
+}
+
 // Without any point the document is still closed, so that its readers find an empty track and not a broken file.
 void C_TrackConverter::Finish() {
-  if (m_points > 0) m_format->EndSegment(m_text);
   m_format->End(m_text);
   ReportDetail(fmt::format("{} positions in {} segments written", m_points, m_segments));
   if (m_points == 0) ReportWarning("no position: no GGA, GNS, RMC or GLL with a fix");

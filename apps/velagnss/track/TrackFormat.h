@@ -1,13 +1,14 @@
 // The file formats of a track. docs/convert.md describes them.
 //
-// The text holds only numbers, times and fixed words, never a byte of the input: no input can break the syntax of a
-// document.
+// The text holds only numbers, times, fixed words and names of inputs, which are escaped, never a byte of the input: no
+// input can break the syntax of a document.
 #ifndef VELAGNSS_APPS_TRACK_FORMAT_H
 #define VELAGNSS_APPS_TRACK_FORMAT_H
 
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "apps/velagnss/text/Numbers.h"
@@ -16,7 +17,8 @@
 
 namespace Host {
 
-// The calls come in this order: `Begin`; for each segment `BeginSegment`, `Add` for each point, `EndSegment`; `End`.
+// The calls come in this order: `Begin`; for each input that has positions `BeginTrack`, for each of its segments
+// `BeginSegment`, `Add` for each point, `EndSegment`, then `EndTrack`; `End`.
 // Each appends whole lines to `text`, or none; all of them together are a valid document.
 class C_TrackFormat {
  public:
@@ -26,9 +28,11 @@ class C_TrackFormat {
   void SetDrain(std::function<void()> drain) { m_drain = std::move(drain); }
 
   virtual void Begin(std::string& text) = 0;
+  virtual void BeginTrack(std::string_view /*name*/, std::string& /*text*/) {}
   virtual void BeginSegment(std::string& /*text*/) {}
   virtual void Add(const S_TrackPoint& point, std::string& text) = 0;
   virtual void EndSegment(std::string& /*text*/) {}
+  virtual void EndTrack(std::string& /*text*/) {}
   virtual void End(std::string& /*text*/) {}
 
  protected:
