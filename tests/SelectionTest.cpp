@@ -167,7 +167,8 @@ const S_ExtractCase kExtracts[] = {
 };
 TEST_ROWS_F(Extract, DecodesToTheSame, Program, kExtracts, row) {
   const std::string options = row.options;
-  const std::string records = " | sed 's/\"offset\":[0-9]*,//'";
+  // What earlier frames say of a record may be gone with them.
+  const std::string records = " | sed 's/\"offset\":[0-9]*,//; s/\"\\(lock\\|utc\\)\":[^,]*,//g'";
   const std::string input = row.name == std::string("OddLineEnds") ? "<(sed 's/\\r$//' $S)" : "$S";
   const std::string search = options.starts_with("--acks") ? options : "";
   const std::string expected = Run("velagnss decode --seed 2024-05-18 " + input + " " + options + records).output;
