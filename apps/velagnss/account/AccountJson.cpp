@@ -95,7 +95,7 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
   json.BeginObject();
   json.Key("schema").Integer(kSchemaVersion);
   json.Key("report").String("stat");
-  json.Key("input").String(account.Input());
+  json.Key("input").Utf8(account.Input());
   json.Key("bytes").BeginObject();
   json.Key("total").Integer(account.Bytes());
   json.Key("accepted").Integer(account.AtEnd().bytesAccepted);
