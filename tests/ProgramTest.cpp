@@ -77,6 +77,8 @@ const S_ExitCase kExits[] = {
     {"NothingPassed",       "velagnss decode --msg ACK $S",                     1, "passed"},
     {"Strict",              "velagnss decode --strict $S",                      1, "faults in the data"},
     {"StrictAndGood",       "head -c 171 $S | velagnss decode --strict",        0, kNone},
+    {"PeriodWithoutTime",   "velagnss decode --search jrox --msg JROX:10 $S",    0, "no time came before"},
+    {"PeriodWithTime",      "velagnss decode --msg JROX:10,GGA:10 $S",          0, kNone},
     {"StatNoise",           "head -c 1000 /dev/zero | velagnss stat",           1, "no frame in 1000 bytes"},
     {"TooBad",              "velagnss stat --max-bad 0.1 $S",                   1, "--max-bad"},
     {"NotTooBad",           "velagnss stat --max-bad 5 $S",                     0, kNone},

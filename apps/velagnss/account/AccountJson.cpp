@@ -46,9 +46,12 @@ void WriteTime(C_JsonWriter& json, const C_StreamAccount& account) {
   json.EndObject();
 }
 
+constexpr std::string_view kNoPositions[] = {"no position", "no fix", "no altitude"};  // eNoPosition
+
 void WritePosition(C_JsonWriter& json, const C_StreamAccount& account) {
-  json.Key("position");
   const std::optional<S_PositionSummary> position = account.Position();
+  if (!position) json.Key("no_position").String(kNoPositions[static_cast<std::size_t>(account.WhyNoPosition())]);
+  json.Key("position");
   if (!position) return json.Null();
   json.BeginObject();
   json.Key("fixes").Integer(position->fixes);

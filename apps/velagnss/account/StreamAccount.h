@@ -76,6 +76,7 @@ class C_StreamAccount : public C_RecordConsumer {
   double RateOf(std::uint64_t count) const;
 
   std::optional<S_PositionSummary> Position() const { return m_position.Summary(); }
+  eNoPosition WhyNoPosition() const { return m_position.Reason(); }
 
   const C_BoundedList<S_FalseStart>& FalseStarts() const { return m_falseStarts; }
   const C_BoundedList<S_SkippedBytes>& Skipped() const { return m_skipped; }

@@ -80,6 +80,8 @@ int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
 eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& run) const {
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
                            lines.FramesWritten(), lines.DataErrors()));
+  if (lines.HasIgnoredPeriod())
+    ReportWarning("no time came before the messages that --msg gives a period: all of them are shown");
   if (lines.FramesWritten() == 0) {
     if (run.FramesFound() > 0)
       ReportWarning(fmt::format("none of {} frames passed --proto and --msg", run.FramesFound()));

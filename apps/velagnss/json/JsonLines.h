@@ -32,6 +32,8 @@ class C_JsonLines : public C_RecordConsumer {
   // Frames whose contents are wrong, rejected starts and skipped ranges.
   std::uint64_t DataErrors() const { return m_dataErrors; }
 
+  bool HasIgnoredPeriod() const { return m_options.filter.HasIgnoredPeriod(); }
+
   bool NeedsRecords() const override { return !m_options.framesOnly || m_options.filter.UsesTime(); }
   bool NeedsEvents() const override { return true; }
   void BeginInput(const std::string& name) override;
