@@ -1,14 +1,9 @@
 #include "apps/velagnss/account/PositionSummary.h"
 
-#include <gmock/gmock.h>
-
 #include <cmath>
 #include <numbers>
 
 #include "Cases.h"
-#include "Streams.h"
-#include "apps/velagnss/account/AccountTable.h"
-#include "apps/velagnss/pipeline/RecordRun.h"
 #include "geo/Geodesy.h"
 #include "geo/NotAvailable.h"
 
@@ -129,28 +124,6 @@ TEST_ROWS(PositionSentence, CountsOnlyAFix, kSentences, row) {
   gga.altitude = row.altitude;
   positions.Note(gga);
   EXPECT_EQ(positions.Summary()->fixes, row.isCounted ? 2 : 1);
-}
-
-struct S_ReasonCase {
-  const char* name;
-  std::string stream;
-  const char* text;  // part of the table
-};
-const std::string kFix = Sentence("GPGLL,4916.45,N,12311.12,W,225444,A,A");
-const std::string kVoid = Sentence("GPRMC,225446,V,4916.45,N,12311.12,W,,,191124,,,N");
-const S_ReasonCase kReasons[] = {
-    {"OnlyGll", kVoid + kFix + kVoid, "no fix has an altitude"},
-    {"GgaWithoutAltitude", Sentence("GPGGA,225444,4916.45,N,12311.12,W,1,04,1.0,,M,,M,,"), "no fix has an altitude"},
-    {"OnlyVoid", kVoid, "all positions are marked as invalid"},
-    {"DeadReckoning", Sentence("GPGGA,225444,4916.45,N,12311.12,W,6,04,1.0,5,M,,M,,"), "marked as invalid, estimated"},
-};
-TEST_ROWS(PositionReason, IsInTheTable, kReasons, row) {
-  Host::C_StreamAccount account;
-  Host::C_RecordRun run({{C_RawDataMessage::eNMEA0183}, std::nullopt}, {&account});
-  run.BeginInput("");
-  run.Feed({{reinterpret_cast<const unsigned char*>(row.stream.data()), row.stream.size()}, {}});
-  run.EndInput();
-  EXPECT_THAT(Host::AccountTable(account, false), testing::HasSubstr(row.text));
 }
 
 }  // namespace
