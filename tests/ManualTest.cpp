@@ -30,9 +30,10 @@ class Manual : public Program {
   // The help of a command and of all below it.
   std::vector<S_Help> Helps(const std::string& command = "") const {
     std::vector<S_Help> helps{{command, {}, {}}};
-    std::istringstream lines(Run("velagnss " + command + " --help").output);
+    std::istringstream lines(Run("COLUMNS=79 velagnss " + command + " --help").output);
     bool isCommands = false;
     for (std::string line; std::getline(lines, line);) {
+      EXPECT_LE(line.size(), 79) << command;
       std::smatch found;
       if (std::regex_search(line, found, std::regex("^  (-\\w|--[-\\w]+)(?:,(--[-\\w]+))?\\b")))
         for (std::size_t i = 1; i < found.size(); ++i)

@@ -11,6 +11,7 @@
 #include "ProgramRun.h"
 #include "Streams.h"
 #include "apps/velagnss/input/Progress.h"
+#include "apps/velagnss/os/Diagnostics.h"
 
 namespace {
 
@@ -206,6 +207,18 @@ TEST_ROWS_F(ProgramTerminal, Shows, Program, kTerminals, row) {
           "TERM=xterm SHELL=$BASH script -qec '" +
           std::string(row.command) + "' /dev/null");
   EXPECT_THAT(outcome.output, testing::MatchesRegex(row.shown)) << outcome.messages;
+}
+
+// On 80 columns it is whole; the last column stays free.
+TEST(ProgressText, LosesNoDigitOnANarrowTerminal) {
+  const std::string line = "long.bin: 45 %, 120.3 MB/s, 12 s left";
+  EXPECT_EQ(Host::CutToColumns(line, 80), line);
+  EXPECT_EQ(Host::CutToColumns(line, line.size()), line.substr(1));
+  EXPECT_EQ(Host::CutToColumns(line, 30), "45 %, 120.3 MB/s, 12 s left");
+  EXPECT_EQ(Host::CutToColumns(line, 27), "120.3 MB/s, 12 s left");
+  EXPECT_EQ(Host::CutToColumns(line, 20), "12 s left");
+  EXPECT_EQ(Host::CutToColumns(line, 9), "");
+  EXPECT_EQ(Host::CutToColumns(line, 0), "");
 }
 
 TEST(ProgressText, TellsTheTimeLeft) {

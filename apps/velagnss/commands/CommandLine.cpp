@@ -15,6 +15,7 @@
 #include "apps/velagnss/commands/DecodeCommand.h"
 #include "apps/velagnss/commands/EncodeCommand.h"
 #include "apps/velagnss/commands/GeoCommand.h"
+#include "apps/velagnss/commands/HelpText.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -62,7 +63,7 @@ class C_HelpText : public C_TextBuffer {
 };
 
 int ShowText(const std::string& text) {
-  C_HelpText help(text);
+  C_HelpText help(WrapHelp(text, HelpWidth()));
   C_OutputRun output;
   return output.Open("-") ? output.Write(help) : eExitOutput;
 }

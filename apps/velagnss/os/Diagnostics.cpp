@@ -96,10 +96,24 @@ bool IsErrorATerminal() {
   return terminal;
 }
 
+std::string_view CutToColumns(std::string_view line, std::size_t columns) {
+  if (line.size() < columns) return line;
+  const std::size_t cut = line.size() + 1 - std::min(line.size() + 1, columns);
+  const std::size_t nameEnd = line.rfind(": ");
+  if (nameEnd == std::string_view::npos || cut < nameEnd) return line.substr(cut);
+  // A number without its first digit would be a wrong one.
+  std::size_t figure = nameEnd + 2;
+  while (figure < cut) {
+    const std::size_t comma = line.find(", ", figure);
+    if (comma == std::string_view::npos) return {};
+    figure = comma + 2;
+  }
+  return line.substr(figure);
+}
+
 void ShowProgressLine(std::string_view line) {
   if (line.empty() && !g_progressShown) return;
-  if (const std::size_t columns = Columns(); line.size() >= columns) line.remove_prefix(line.size() - columns + 1);
-  WriteToError(fmt::format("\r\x1b[K{}", line));  // back to the first column, clear to the end
+  WriteToError(fmt::format("\r\x1b[K{}", CutToColumns(line, Columns())));  // back to the first column, clear to the end
   g_progressShown = !line.empty();
 }
 

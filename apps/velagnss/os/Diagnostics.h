@@ -28,8 +28,11 @@ std::string Printable(std::string_view text);
 // progress line.
 bool IsErrorATerminal();
 
-// A line that overwrites itself, cut at its beginning where the terminal is too narrow; empty clears it. Only for a
-// terminal.
+// The end of "name: figures" that fits into `columns` with a column to spare: the name may lose its beginning, but no
+// figure does. A figure that does not fit is left out.
+std::string_view CutToColumns(std::string_view line, std::size_t columns);
+
+// A line that overwrites itself, cut as above where the terminal is too narrow; empty clears it. Only for a terminal.
 void ShowProgressLine(std::string_view line);
 
 }  // namespace Host
