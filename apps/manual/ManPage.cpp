@@ -43,9 +43,9 @@ constexpr S_Term kEnvironment[] = {
 };
 
 constexpr S_Term kFiles[] = {
-    {"/usr/share/doc/velagnss/json.md", "what decode, stat and geo write as JSON"},
-    {"/usr/share/doc/velagnss/velagnss.schema.json", "the same as a JSON Schema"},
-    {"/usr/share/doc/velagnss/convert.md", "the formats of convert; encode.md and geo.md are beside it"},
+    {"/usr/share/doc/velagnss/docs/json.md", "what decode, stat and geo write as JSON"},
+    {"/usr/share/doc/velagnss/docs/velagnss.schema.json", "the same as a JSON Schema"},
+    {"/usr/share/doc/velagnss/docs/convert.md", "the formats of convert; encode.md and geo.md are beside it"},
 };
 
 constexpr char kSeeAlso[] = ".BR jq (1),\n.BR stty (1),\n.BR gzip (1)\n";
