@@ -1,10 +1,21 @@
 # Installation in three components, which are also the Debian packages:
 #
 #   library        the shared library, for programs at run time
-#   development    headers, archive, CMake package, pkg-config file
+#   development    headers, archive, CMake package, pkg-config file, documents and examples
 #   program        velagnss, its man page, completions and documents (by apps/)
 
 include(CMakePackageConfigHelpers)
+
+# The documents as they lie in the source tree, so that their links to each other hold. For developers and for users of
+# the program alike: either package may be the only one.
+function(velagnss_install_documents component)
+  foreach(name README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md)
+    install(FILES ${PROJECT_SOURCE_DIR}/${name} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT ${component})
+  endforeach()
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT ${component} FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.cpp")
+endfunction()
+velagnss_install_documents(development)
 
 set(velagnss_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/velagnss)
 set(velagnss_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/velagnss)

@@ -46,7 +46,13 @@ set_target_properties(velagnss PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}
   VERIFY_INTERFACE_HEADER_SETS ON)
-generate_export_header(velagnss EXPORT_MACRO_NAME VELAGNSS_API EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/velagnss_export.h)
+# Every public class needs this header, so it is the place to say what would otherwise be a hundred errors.
+set(velagnss_least_standard [[
+#if __cplusplus < 201703L && !(defined(_MSVC_LANG) && _MSVC_LANG >= 201703L)
+#error "velagnss needs C++17: compile with -std=c++17 or later"
+#endif
+]])
+generate_export_header(velagnss CUSTOM_CONTENT_FROM_VARIABLE velagnss_least_standard EXPORT_MACRO_NAME VELAGNSS_API EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/velagnss_export.h)
 # Two sets, because the base directories of one set must not nest.
 target_sources(velagnss PUBLIC
   FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}

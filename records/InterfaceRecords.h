@@ -84,8 +84,11 @@ struct S_IFPvaEphRec {
   std::uint16_t RefWeek;    // week of the reference time; empty 0
   double RefTime;           // s, reference time of week (GLONASS: from tb); empty 0.0
 
-  double TauN;              // s, clock bias; invalid
-  double GammaN;            // relative frequency bias; invalid
+  // The satellite's clock. GLONASS: tau_n is added to its reading, so it is the clock bias with the other sign; gamma_n
+  // is the relative bias of its frequency. SBAS: a_Gf0 and a_Gf1, bias and drift, which are subtracted.
+  double TauN;    // s; invalid
+  double GammaN;  // s/s; invalid
+
   double PosX, PosY, PosZ;  // m; invalid
   double VelX, VelY, VelZ;  // m/s; invalid
   double AccX, AccY, AccZ;  // m/s^2; invalid

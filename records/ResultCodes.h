@@ -14,7 +14,7 @@ enum eResult : unsigned int {
   eResultNull = 1,            // null buffer or argument
   eResultWrongSentence = 2,   // wrong or unknown sentence id
   eResultBadSync = 3,         // bad sync bytes or prefix
-  eResultChecksum = 4,        // checksum mismatch
+  eResultChecksum = 4,        // checksum missing or wrong
   eResultUnknownMessage = 5,  // unknown or unsupported message
   eResultNotText = 6,         // packed binary where text is decoded
   eResultWrongMessage = 7,    // not the message of the operation called

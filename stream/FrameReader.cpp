@@ -7,6 +7,7 @@
 #include <array>
 
 #include "framing/FrameRecognizer.h"
+#include "framing/UnlistedSentence.h"
 
 namespace velagnss {
 namespace {
@@ -141,12 +142,14 @@ class FrameReader::Impl {
  private:
   bool Advance();
   bool TakePiece();
-  bool GiveUpOneByte();
+  bool TakeTheRest();
+  bool EndLine(std::size_t queued);
+  void GiveUpOneByte(std::size_t queued);
   void Step(const unsigned char* bytes, std::size_t count);
   void StepAndReport(const unsigned char* bytes, std::size_t count);
   void Note(eRecognitionResult result, std::size_t count);
   void NoteSkipped(eRecognitionResult result, std::uint64_t before, std::uint64_t lineEnds);
-  void NoteFrame();
+  void NoteFrame(unsigned short length, std::uint64_t offset);
   void NoteRejection(eRecognitionResult result, std::uint64_t offset);
   void CloseSkippedRun();
   void Push(const StreamItem& item) { m_items[m_numItems++] = item; }
@@ -183,7 +186,7 @@ FrameReader::Impl::Impl()
     : m_capacity(m_recognizer.GetFreeSpace()),
       m_buffer(new unsigned char[m_recognizer.GetMaxFrameLength()]),
       m_message(m_buffer.get(), m_recognizer.GetMaxFrameLength()),
-      m_tail(new unsigned char[m_capacity]),
+      m_tail(new unsigned char[m_capacity + 1]),  // and a line end
       m_window(m_capacity) {
   // Patience makes the frames independent of how the input is cut. An acknowledgement is "$>" and any text up to a line
   // end: searching for it turns noise into frames and hides other replies, so callers must ask for it.
@@ -236,7 +239,7 @@ bool FrameReader::Impl::Advance() {
   }
   if (TakePiece()) return true;
   if (!m_isFinishing) return false;
-  if (GiveUpOneByte()) return true;
+  if (TakeTheRest()) return true;
   m_isFinishing = m_isSearchedAgain = false;
   CloseSkippedRun();
   return m_numItems > 0;
@@ -260,8 +263,8 @@ bool FrameReader::Impl::TakePiece() {
   return true;
 }
 
-// The oldest byte is a false start that waits for bytes that will not come: what follows it is searched afresh.
-bool FrameReader::Impl::GiveUpOneByte() {
+// What waits when the stream has ended: a sentence that lacks only its line end, or a false start.
+bool FrameReader::Impl::TakeTheRest() {
   const auto queued = static_cast<std::size_t>(Queued());
   TakeCounters();
   if (!m_isSearchedAgain) {
@@ -271,19 +274,41 @@ bool FrameReader::Impl::GiveUpOneByte() {
     m_isSearchedAgain = true;
   }
   if (queued == 0) return false;
-  const std::uint64_t head = Head();
+  m_recognizer.CopyQueuedBytes(m_tail.get(), m_capacity);
+  if (!EndLine(queued)) GiveUpOneByte(queued);
+  return true;
+}
+
+// The end of the stream is taken for the line end of its last sentence. The recognizer gets it as a byte, which counts
+// neither as part of the frame nor in the totals. If that makes no frame, the recognizer is reset next.
+bool FrameReader::Impl::EndLine(std::size_t queued) {
+  unsigned char* const lineEnd = m_tail.get() + queued;
+  *lineEnd = '\r';
+  const auto length = static_cast<unsigned int>(queued + 1);
+  if (framing::JudgeSentence(m_tail.get(), length) != framing::eSentence::Checked) return false;
+  eRecognitionResult result = m_recognizer.DoRecognition(lineEnd, 1, m_message);
+  while (result != eRecNoNewData && Queued() == length) result = m_recognizer.DoRecognition(nullptr, 0, m_message);
+  if (result != eRecFrameComplete) return false;
+  NoteFrame(std::min(m_message.length, static_cast<unsigned short>(queued)), m_fed - queued);
+  // Of some protocols the line end is not in the frame: it is still queued.
+  while (Queued() > 0) m_recognizer.DoRecognition(nullptr, 0, m_message);
+  --m_totals.bytesAccepted;
+  return true;
+}
+
+// The oldest byte is a false start that waits for bytes that will not come: what follows it is searched afresh.
+void FrameReader::Impl::GiveUpOneByte(std::size_t queued) {
+  const std::uint64_t head = m_fed - queued;
   if (m_areEventsReported) {
     m_skipped.Extend(head, head + 1, m_window);
     m_skipped.SetReason(SkippedRange::Reason::EndOfStream);
   }
-  m_recognizer.CopyQueuedBytes(m_tail.get(), m_capacity);
   ResetRecognizer(head + 1);
   // The reset drops the byte without counting it.
   ++m_totals.bytesDiscarded;
   m_rest = m_tail.get() + 1;
   m_restSize = queued - 1;
   m_window.SetPiece(m_rest, m_restSize);
-  return true;
 }
 
 void FrameReader::Impl::Step(const unsigned char* bytes, std::size_t count) {
@@ -303,13 +328,13 @@ void FrameReader::Impl::StepAndReport(const unsigned char* bytes, std::size_t co
 void FrameReader::Impl::Note(eRecognitionResult result, std::size_t count) {
   m_fed += count;
   if (result == eRecNoNewData) m_isPumping = false;
-  if (result == eRecFrameComplete) NoteFrame();
+  // The frame is what has just left the queue.
+  if (result == eRecFrameComplete) NoteFrame(m_message.length, Head() - m_message.length);
 }
 
-// The frame is what has just left the queue.
-void FrameReader::Impl::NoteFrame() {
+void FrameReader::Impl::NoteFrame(unsigned short length, std::uint64_t offset) {
   CloseSkippedRun();
-  Push(Frame{m_message.data, m_message.length, m_message.protocol, m_message.messageType, Head() - m_message.length});
+  Push(Frame{m_message.data, length, m_message.protocol, m_message.messageType, offset});
 }
 
 // What left the queue without a frame: first line ends that belong to the frame before, then what is skipped.

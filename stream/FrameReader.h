@@ -11,8 +11,9 @@
 // The reader drives a `C_FrameRecognizer` so that no checked frame of the stream is lost and none is invented: the
 // search is patient, the queue is never given more bytes than fit, every piece is pumped until nothing new comes, and
 // at the end of the input whatever still waits after a false start is searched again from one byte later. No byte is
-// ever made up to complete a frame: a binary header followed by zeros can be a valid one. The frames do not depend on
-// how the stream was cut into pieces, unless acknowledgements are searched for.
+// ever made up to complete a frame: a binary header followed by zeros can be a valid one. Only a line end may be
+// missing: the end of the stream serves as that of its last sentence, if it has a checksum and the checksum is right.
+// The frames do not depend on how the stream was cut into pieces, unless acknowledgements are searched for.
 #ifndef VELAGNSS_STREAM_FRAME_READER_H
 #define VELAGNSS_STREAM_FRAME_READER_H
 
@@ -115,9 +116,9 @@ class VELAGNSS_API FrameReader {
   // have not been used up.
   bool Feed(const unsigned char* bytes, std::size_t count);
 
-  // Declares the end of the stream: `Next` then also hands out what waits after a false start. Call it until it answers
-  // `std::monostate`. After that the stream may go on with another `Feed`, at the offset reached; a frame that was cut
-  // off is not completed by it.
+  // Declares the end of the stream: `Next` then also hands out what waits after a false start, and a last sentence
+  // that lacks nothing but its line end. Call it until it answers `std::monostate`. After that the stream may go on
+  // with another `Feed`, at the offset reached; a frame that was cut off is not completed by it.
   //
   // A program that reads from a port may call this when the port has been silent for a while: the last frames of a
   // burst then come out although a false start is waiting.

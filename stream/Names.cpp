@@ -76,7 +76,7 @@ constexpr S_ResultRow kResults[] = {
     {eResultNull, "no data"},
     {eResultWrongSentence, "wrong sentence"},
     {eResultBadSync, "bad prefix or line end"},
-    {eResultChecksum, "checksum mismatch"},
+    {eResultChecksum, "checksum missing or wrong"},
     {eResultUnknownMessage, "message not supported"},
     {eResultNotText, "packed, not text"},
     {eResultWrongMessage, "message cannot be converted"},

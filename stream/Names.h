@@ -51,8 +51,8 @@ class VELAGNSS_API MessageName {
   unsigned char m_size = 0;
 };
 
-// A code of `records/ResultCodes.h` in words: "checksum mismatch"; "not decoded" for a number that is no code. 0 is
-// "ok".
+// A code of `records/ResultCodes.h` in words: "checksum missing or wrong"; "not decoded" for a number that is no code.
+// 0 is "ok".
 VELAGNSS_API std::string_view ResultText(unsigned int result);
 
 // Why a start was rejected, and what a skipped range held.

@@ -21,6 +21,10 @@ bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {
   return day <= kDays[month - 1] + leapDay;
 }
 
+// No date of a stream is earlier, see above, and none that the calendar can show is later.
+constexpr int kFirstMjd = 45335;  // 1 January 1983
+constexpr int kLastMjd = 88433;   // 31 December 2100
+
 // Without a fix the date is that of the receiver's own clock, which may be years off.
 bool IsVoid(eNmeaRmcStatus status) { return status >= eNmeaRmcNotValid; }
 
@@ -122,7 +126,9 @@ StreamClock::Utc StreamClock::UtcOf(double seconds) const {
   // Rounded down: times before day 0 belong to the day before, not to day 0.
   const double day = std::floor(seconds / kSecondsPerDay);
   Utc utc{std::nullopt, seconds - day * kSecondsPerDay};
-  if (m_mjdOfDay0) utc.mjd = *m_mjdOfDay0 + static_cast<unsigned int>(static_cast<int>(day));
+  if (!m_mjdOfDay0) return utc;
+  const int mjd = static_cast<int>(*m_mjdOfDay0) + static_cast<int>(day);
+  if (mjd >= kFirstMjd && mjd <= kLastMjd) utc.mjd = static_cast<unsigned int>(mjd);
   return utc;
 }
 

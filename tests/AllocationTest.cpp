@@ -15,6 +15,7 @@
 #include "tests/Rtcm3Bits.h"
 #include "tests/Streams.h"
 #include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/NmeaSentenceCodec.h"
 
 namespace {
 
@@ -62,7 +63,9 @@ std::string EveryKindOfFrame() {
          Sentence("GPRMC,123519,A,4807.038,N,01131.000,E,0.1,84.4,230394,3.1,W") + RtcmFrame(RtcmPayload(1005, 19)) +
          BinFrame(97, std::string(28, 'a')) + "\r\n" + BinFrame(93, std::string(56, '\1')) + "\r\n" +
          Sentence("PKVN,HPR,123519.00,271.5,-1.25,0.5,N") + "$RD1,1000.0,3,1575.42,0,12-34,45.5,1,2,F,F,1,F\r\n" +
-         "$JROX," + Packed("abcdef") + "\r\n" + RtcmFrame(RtcmPayload(1067, 9) + Sentence("GPTXT,1")) + "$>JI,";
+         "$JROX," + Packed("abcdef") + "\r\n" + RtcmFrame(RtcmPayload(1067, 9) + Sentence("GPTXT,1")) +
+         Sentence("IITXT,01,01,02,ANTENNA OK") + Sentence("PGRME,15.0,M,45.0,M,25.0,M") + RtcmFrame(RtcmPayload(1, 9)) +
+         "$>JI,";
 }
 
 // The classes below reader and decoder: a host that encodes again what it received.
@@ -126,6 +129,26 @@ TEST(Allocation, NothingInReaderAndDecoder) {
   }
   EXPECT_EQ(allocations, before);
   EXPECT_EQ(frames, 29U * 2 * 10);
+}
+
+TEST(Allocation, NothingInSentencesOfAnyAddress) {
+  const std::string sentences[] = {Sentence("GPHDT,274.07,T"),
+                                   Sentence("GNTXT,01,01,02,ANTENNA OK"),
+                                   Sentence("GPGRS,024603.00,1,-1.8,-2.7,0.3,,,,,,,,,"),
+                                   Sentence("PGRME,15.0,M,45.0,M,25.0,M"),
+                                   Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,"),
+                                   "$GPTXT,1*00\r\n"};
+  velagnss::NmeaRecord record;
+  char text[velagnss::kMaxSentenceLength];
+  unsigned int encoded = 0;
+  const std::size_t before = allocations;
+  for (const std::string& sentence : sentences) {
+    std::size_t length = 0;
+    if (velagnss::DecodeSentence(sentence, record) == 0)
+      encoded += velagnss::EncodeSentence(record, text, sizeof text, length) == 0;
+  }
+  EXPECT_EQ(allocations, before);
+  EXPECT_EQ(encoded, 5U);
 }
 
 TEST(Allocation, NothingInContentsOfRtcm3) {

@@ -104,6 +104,12 @@ const S_TellCase kTells[] = {
      "\xD3\x03\xE8\x3E\xD0" + std::string(kHdt) + "\xD3\x03\xE8\x3E\xD0" + std::string(kHdt),
      {"skipped 0+5 end", "frame 5+19", "skipped 25+5 end", "frame 30+19"}},
     {"CutOffAtTheEnd", std::string(kHdt) + "$GPZDA,2015", {"frame 0+19", "skipped 20+11 end"}},
+    {"LastLineWithoutItsEnd", std::string(kZda) + "$GPHDT,274.07,T*03", {"frame 0+37", "frame 38+18"}},
+    {"LastLineAfterAFalseStart", "\xD3\x03\xE8\x3E\xD0$GPHDT,274.07,T*03", {"skipped 0+5 end", "frame 5+18"}},
+    {"LastLineWithAWrongSum", "x$GPHDT,274.07,T*04", {"skipped 0+19 end"}},
+    {"LastLineWithHalfItsSum", "$GPHDT,274.07,T*0", {"skipped 0+17 end"}},
+    {"LastLineNotListed", "$GPTXT,01*62", {"skipped 0+12 end"}},
+    {"LastLineOfAnotherProtocol", "$PKVN,TEMPERATURE,1*7E", {"frame 0+22"}},
     // With zeros behind it this header would be a frame: none may be made up.
     {"HeaderWithoutItsBody", std::string("$BIN\x3E\x00\x28\x00\x00\x00", 10), {"skipped 0+10 end"}},
 };
@@ -128,11 +134,13 @@ TEST(FrameReader, EveryByteHasOnePlace) {
   for (int round = 0; round < 40; ++round) {
     std::string damaged = session.substr(random() % 1000);
     for (int i = 0; i < 60; ++i) damaged[random() % damaged.size()] = static_cast<char>(random());
+    damaged += round % 2 == 0 ? "$GPHDT,274.07,T*03" : "$PKVN,TEMPERATURE,1*7E";  // the file ends before the line does
     const Reading reading(damaged, 1 + random() % 5000);
     const velagnss::StreamTotals totals = reading.reader.Totals();
     EXPECT_EQ(totals.bytesAccepted + totals.bytesDiscarded, damaged.size());
     EXPECT_EQ(reading.skipped, totals.bytesDiscarded);
     EXPECT_GT(totals.framesGood, 300);
+    EXPECT_EQ(reading.frames.back()[0], damaged.rfind('$'));
   }
 }
 

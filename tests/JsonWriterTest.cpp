@@ -28,6 +28,32 @@ TEST(JsonWriter, EveryByteReadsBack) {
   }
 }
 
+struct S_NameCase {
+  const char* name;
+  std::string_view text;
+  const char* json;
+};
+constexpr S_NameCase kNames[] = {
+    {"Ascii", "a\"b\n", R"("a\"b\n")"},
+    {"TwoBytes",
+     "Stra\xC3\x9F"
+     "e",
+     R"("Stra\u00dfe")"},
+    {"ThreeBytes", "\xE6\xB8\xAC.bin", R"("\u6e2c.bin")"},
+    {"FourBytes", "\xF0\x9F\x9B\xB0", R"("\ud83d\udef0")"},
+    {"ControlOfUnicode", "\xC2\x9B", R"("\u009b")"},
+    {"Latin1", "\xDF\xC3\x9F", R"("\u00df\u00c3\u009f")"},
+    {"CutOff", "a\xC3", R"("a\u00c3")"},
+    {"Overlong", "\xC0\xAF", R"("\u00c0\u00af")"},
+    {"Surrogate", "\xED\xA0\x80", R"("\u00ed\u00a0\u0080")"},
+    {"BeyondUnicode", "\xF4\x90\x80\x80", R"("\u00f4\u0090\u0080\u0080")"},
+};
+TEST_ROWS(JsonUtf8, Text, kNames, row) {
+  Host::C_JsonWriter writer;
+  writer.Utf8(row.text);
+  EXPECT_EQ(writer.Text(), row.json);
+}
+
 struct S_NumberCase {
   const char* name;
   double value;

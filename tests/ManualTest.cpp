@@ -30,9 +30,10 @@ class Manual : public Program {
   // The help of a command and of all below it.
   std::vector<S_Help> Helps(const std::string& command = "") const {
     std::vector<S_Help> helps{{command, {}, {}}};
-    std::istringstream lines(Run("velagnss " + command + " --help").output);
+    std::istringstream lines(Run("COLUMNS=79 velagnss " + command + " --help").output);
     bool isCommands = false;
     for (std::string line; std::getline(lines, line);) {
+      EXPECT_LE(line.size(), 79) << command;
       std::smatch found;
       if (std::regex_search(line, found, std::regex("^  (-\\w|--[-\\w]+)(?:,(--[-\\w]+))?\\b")))
         for (std::size_t i = 1; i < found.size(); ++i)
@@ -86,6 +87,14 @@ TEST_F(Manual, ManPageAndShellsKnowEachOptionOfEachCommand) {
   }
 }
 
+TEST_F(Manual, ManPageExplainsEachProtocol) {
+  const std::string message = Run("velagnss stat --search x").messages;
+  const std::size_t list = message.find("known: ") + 7;
+  const std::string page = Slurp(kManual / "velagnss.1");
+  for (const std::string& name : Words(message.substr(list, message.find(';', list) - list)))
+    EXPECT_NE(page.find(".TP\n\\fB" + name + "\\fR", page.find(".SH PROTOCOLS")), std::string::npos) << name;
+}
+
 struct S_OfferCase {
   const char* name;
   const char* words;  // after the program's name; the last one is completed
@@ -99,6 +108,8 @@ const S_OfferCase kOffers[] = {
     {"FormatAfterSign",     "convert --to = k",         {"kml"}},
     {"EmptyAfterSign",      "convert --run-date =",     {"stream", "now"}},
     {"SecondOfAList",       "decode --proto nmea,rt",   {"nmea,rtcm3"}},
+    {"Message",             "decode --msg BIN9",        {"BIN93", "BIN95"}},
+    {"MessageOfSentences",  "decode --msg GGA,TEMP",    {"GGA,TEMPERATURE"}},
     {"SideOfConvert",       "geo convert --from e",     {"ecef"}},
     {"SideOfTime",          "geo time --from m",        {"mjd"}},
     {"TimesAreNoWords",     "decode --from 1 --to ''",   {}},
@@ -124,6 +135,7 @@ const S_ToolCase kTools[] = {
     {"Groff",       "groff",  "groff -man -ww -T utf8 velagnss.1 2>&1 >/dev/null", ""},
     {"ZshSyntax",   "zsh",    "zsh -n _velagnss", ""},
     {"FishValue",   "fish",   "fish -c \"source velagnss.fish; complete -C 'velagnss convert --to gp'\" | cut -f 1", "gpx\n"},
+    {"FishMeaning", "fish",   "fish -c \"source velagnss.fish; complete -C 'velagnss convert --to gp'\" | cut -f 2", "track, GPX 1.1\n"},
     {"FishOption",  "fish",   "fish -c \"source velagnss.fish; complete -C 'velagnss geo time --fr'\" | cut -f 1", "--from\n"},
     {"FishCommand", "fish",   "fish -c \"source velagnss.fish; complete -C 'velagnss de'\" | cut -f 1", "decode\n"},
 };

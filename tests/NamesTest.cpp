@@ -80,7 +80,7 @@ TEST(Names, OfNumbersOutOfRangeAreEmpty) {
   EXPECT_EQ(velagnss::FrequencyName(ALGO::FREQ_ALL), "");
   EXPECT_EQ(velagnss::TrackTypeName(ALGO::TRACK_BC), "BC");
   EXPECT_EQ(velagnss::TrackTypeName(ALGO::TRACK_UNKNOWN), "");
-  EXPECT_EQ(velagnss::ResultText(4), "checksum mismatch");
+  EXPECT_EQ(velagnss::ResultText(4), "checksum missing or wrong");
   for (const unsigned int unused : {10U, 12U, 15U, 23U}) EXPECT_EQ(velagnss::ResultText(unused), "not decoded");
   for (const unsigned int code : {1U, 6U, 16U, 22U}) EXPECT_NE(velagnss::ResultText(code), "not decoded");
 }

@@ -11,6 +11,7 @@
 #include "ProgramRun.h"
 #include "Streams.h"
 #include "apps/velagnss/input/Progress.h"
+#include "apps/velagnss/os/Diagnostics.h"
 
 namespace {
 
@@ -77,6 +78,8 @@ const S_ExitCase kExits[] = {
     {"NothingPassed",       "velagnss decode --msg ACK $S",                     1, "passed"},
     {"Strict",              "velagnss decode --strict $S",                      1, "faults in the data"},
     {"StrictAndGood",       "head -c 171 $S | velagnss decode --strict",        0, kNone},
+    {"PeriodWithoutTime",   "velagnss decode --search jrox --msg JROX:10 $S",    0, "no time came before"},
+    {"PeriodWithTime",      "velagnss decode --msg JROX:10,GGA:10 $S",          0, kNone},
     {"StatNoise",           "head -c 1000 /dev/zero | velagnss stat",           1, "no frame in 1000 bytes"},
     {"TooBad",              "velagnss stat --max-bad 0.1 $S",                   1, "--max-bad"},
     {"NotTooBad",           "velagnss stat --max-bad 5 $S",                     0, kNone},
@@ -204,6 +207,18 @@ TEST_ROWS_F(ProgramTerminal, Shows, Program, kTerminals, row) {
           "TERM=xterm SHELL=$BASH script -qec '" +
           std::string(row.command) + "' /dev/null");
   EXPECT_THAT(outcome.output, testing::MatchesRegex(row.shown)) << outcome.messages;
+}
+
+// On 80 columns it is whole; the last column stays free.
+TEST(ProgressText, LosesNoDigitOnANarrowTerminal) {
+  const std::string line = "long.bin: 45 %, 120.3 MB/s, 12 s left";
+  EXPECT_EQ(Host::CutToColumns(line, 80), line);
+  EXPECT_EQ(Host::CutToColumns(line, line.size()), line.substr(1));
+  EXPECT_EQ(Host::CutToColumns(line, 30), "45 %, 120.3 MB/s, 12 s left");
+  EXPECT_EQ(Host::CutToColumns(line, 27), "120.3 MB/s, 12 s left");
+  EXPECT_EQ(Host::CutToColumns(line, 20), "12 s left");
+  EXPECT_EQ(Host::CutToColumns(line, 9), "");
+  EXPECT_EQ(Host::CutToColumns(line, 0), "");
 }
 
 TEST(ProgressText, TellsTheTimeLeft) {

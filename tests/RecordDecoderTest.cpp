@@ -276,6 +276,11 @@ TEST(StreamClock, CountsDaysByTheStepsAcrossMidnight) {
   EXPECT_EQ(clock.UtcOf(-1).mjd, 60446);
   EXPECT_EQ(clock.UtcOf(-1).secondsOfDay, 86399);
   EXPECT_TRUE(std::isnan(clock.UtcOf(1e300).secondsOfDay));
+  // Counted back, no day is before 1983; counted on, none is after 2100.
+  EXPECT_EQ(clock.UtcOf((45335 - 60447) * 86400.0).mjd, 45335);
+  EXPECT_EQ(clock.UtcOf((45334 - 60447) * 86400.0).mjd, std::nullopt);
+  EXPECT_EQ(clock.UtcOf((88433 - 60447) * 86400.0).mjd, 88433);
+  EXPECT_EQ(clock.UtcOf((88434 - 60447) * 86400.0).mjd, std::nullopt);
   ASSERT_TRUE(clock.FirstDate());
   EXPECT_EQ(clock.FirstDate()->m_week, 2314);
 }

@@ -85,6 +85,7 @@ const S_Case kCases[] = {
     {"ListedBeginsInsideAndEndsAfter",
      RtcmFrame(RtcmPayload(1067, 2) + "$BIN\x61\0\x1C\0"s) + std::string(99, 'x'),
      {0}},
+    {"LastLineWithoutItsEnd", kHdt + "$GPTXT,01*62", {0, 20}},
     {"WaitsForNoLongerPattern", kHdt + Sentence("A,1"), {0, 20}},
 };
 TEST_ROWS(UnlistedFrames, WholeAndInEveryCut, kCases, row) {

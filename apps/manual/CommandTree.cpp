@@ -20,9 +20,18 @@ struct S_WordRule {
   std::string (*words)(const std::string& command);
 };
 
+// The sentences by name, and the decoded blocks and usual RTCM messages by number: thousands of numbers would be no
+// help.
+std::string UsualMessages() {
+  return Host::SentenceNames() +
+         " BIN25 BIN65 BIN93 BIN95 1005 1006 1019 1020 1033 1042 1046 1074 1077 1084 1087 1094 "
+         "1097 1124 1127 1230";
+}
+
 constexpr S_WordRule kWordRules[] = {
     {"--search", [](const std::string&) { return Host::ProtocolNames(); }},
     {"--proto", [](const std::string&) { return Host::ProtocolNames(); }},
+    {"--msg", [](const std::string&) { return UsualMessages(); }},
     {"--to", [](const std::string&) { return Host::FormatNames(); }},
     {"--system", [](const std::string&) { return Host::NavSystemNames(); }},
     {"--from", &SidesOf},
@@ -44,6 +53,8 @@ S_Option Describe(const std::string& command, const CLI::Option& option) {
   if (option.get_items_expected_max() > 0) described.value = option.get_option_text();
   described.description = option.get_description();
   described.words = WordsOf(command, described);
+  if (described.names.back() == "--to")
+    for (const std::string& format : described.words) described.meanings.push_back(Host::FormatContents(format));
   return described;
 }
 

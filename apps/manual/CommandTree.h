@@ -16,7 +16,10 @@ struct S_Option {
   std::vector<std::string> names;  // "-o", "--output"; of an argument "INPUT"
   std::string value;               // placeholder of its value, "FILE"; empty for a flag, "..." for many arguments
   std::string description;         // the lines of the help
-  std::vector<std::string> words;  // all possible values, where they are known
+  std::vector<std::string> words;  // all possible values, where they are known; of messages the usual ones
+
+  // What each of `words` means; empty where the words speak for themselves.
+  std::vector<std::string> meanings;
 };
 
 struct S_Command {

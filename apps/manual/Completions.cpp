@@ -150,6 +150,16 @@ std::string FishQuote(const std::string& text) {
   return '\'' + Replace(Replace(text, "\\", "\\\\"), "'", "\\'") + '\'';
 }
 
+// Each word with its own meaning after a tab; otherwise all of them would show that of the option.
+std::string FishWords(const S_Option& option) {
+  std::string words;
+  for (std::size_t i = 0; i < option.words.size(); ++i) {
+    words += (i == 0 ? "" : " ") + option.words[i];
+    if (!option.meanings.empty()) words += "\\t" + FishQuote(option.meanings[i]);
+  }
+  return words;
+}
+
 std::string FishOption(const S_Command& command, const S_Option& option) {
   std::string line = fmt::format("complete -c velagnss -n \"__velagnss_at '{}'\"", command.path);
   for (const std::string& name : option.names)
@@ -158,7 +168,7 @@ std::string FishOption(const S_Command& command, const S_Option& option) {
   if (!option.words.empty() && option.value == "LIST")
     line += " -a '(__fish_complete_list , \"string split , " + Join(option.words, ",") + "\")'";
   else if (!option.words.empty())
-    line += " -a " + FishQuote(Join(option.words, " "));
+    line += " -a " + FishQuote(FishWords(option));
   return line + " -d " + FishQuote(Summary(option.description)) + '\n';
 }
 

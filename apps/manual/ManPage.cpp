@@ -11,6 +11,45 @@ namespace {
 
 constexpr std::size_t kWidth = 78;  // of a line of source
 
+struct S_Term {
+  std::string_view term;
+  std::string_view meaning;
+};
+
+constexpr char kSearchAndProto[] =
+    "--search says which protocols are looked for at all: bytes of others are skipped and reported as noise, and what "
+    "looks like the start of another protocol cannot hide a frame. --proto and --msg of decode only choose which of "
+    "the "
+    "frames found are shown: damage, counts and times are still those of the whole input. The names are:";
+
+constexpr S_Term kProtocols[] = {
+    {"rtcm3", "RTCM 3 frames (0xD3), checked by CRC-24Q"},
+    {"nmea", "NMEA 0183 sentences, from $ or ! to *hh"},
+    {"bin", "frames of the receiver's binary protocol ($BIN), by block number"},
+    {"pkvn", "$PKVN sentences of the receiver: attitude, status, raw data"},
+    {"rd", "$RD1 sentences: signal diagnostics"},
+    {"jrox", "$JROX frames: packed bytes with a checksum"},
+    {"site", "site records, $>JSITERECORD"},
+    {"ack", "acknowledgements of commands, $>; without checksum, and only searched for when named, or with --acks"},
+    {"ji", "replies $>JI"},
+    {"jquery", "replies $>JQUERY"},
+    {"geo", "replies $>JGEO"},
+};
+
+constexpr S_Term kEnvironment[] = {
+    {"NO_COLOR", "if set and not empty, messages are without color"},
+    {"TERM", "if it is dumb or not set, there is neither color nor progress"},
+    {"COLUMNS", "width of the help in characters, 80 by default"},
+};
+
+constexpr S_Term kFiles[] = {
+    {"/usr/share/doc/velagnss/docs/json.md", "what decode, stat and geo write as JSON"},
+    {"/usr/share/doc/velagnss/docs/velagnss.schema.json", "the same as a JSON Schema"},
+    {"/usr/share/doc/velagnss/docs/convert.md", "the formats of convert; encode.md and geo.md are beside it"},
+};
+
+constexpr char kSeeAlso[] = ".BR jq (1),\n.BR stty (1),\n.BR gzip (1)\n";
+
 // Text escaped for roff: what users copy to a shell stays unchanged, and no line is taken for a request.
 std::string Escape(std::string_view text) {
   std::string escaped;
@@ -63,7 +102,7 @@ std::string Examples(const std::vector<std::string>& lines) {
   for (const std::string& line : lines) {
     const std::size_t begin = line.find_first_not_of(' ');
     if (begin == std::string::npos) continue;
-    const std::size_t gap = line.find("   ", begin);
+    const std::size_t gap = line.find("  ", begin);
     page += ".TP\n" + Bold(line.substr(begin, gap - begin)) + '\n';
     page += gap == std::string::npos ? "\n" : Fill(line.substr(gap));
   }
@@ -111,6 +150,10 @@ std::string Usage(const S_Command& command) {
   return usage + '\n';
 }
 
+std::string Entry(std::string_view term, std::string_view meaning) {
+  return ".TP\n" + Bold(std::string(term)) + '\n' + Fill(std::string(meaning));
+}
+
 std::string CommandSection(const S_Command& command) {
   std::string page =
       ".SS velagnss " + Escape(command.path) + '\n' + Usage(command) + ".PP\n" + Prose(command.description);
@@ -132,7 +175,14 @@ std::string ManPage(const std::vector<S_Command>& commands, const std::string& f
   page += ".SH COMMANDS\n";
   for (const S_Command& command : commands)
     if (!command.path.empty()) page += CommandSection(command);
-  page += ".SH EXIT STATUS\n" + Fill(footer.substr(footer.find(": ") + 2));
+  page += ".SH PROTOCOLS\n" + Fill(kSearchAndProto);
+  for (const auto& [name, meaning] : kProtocols) page += Entry(name, meaning);
+  page += ".SH EXIT STATUS\n" + Examples(Split(footer.substr(footer.find(":\n") + 2), "\n"));
+  page += ".SH ENVIRONMENT\n";
+  for (const auto& [name, meaning] : kEnvironment) page += Entry(name, meaning);
+  page += ".SH FILES\n";
+  for (const auto& [name, meaning] : kFiles) page += Entry(name, meaning);
+  page += ".SH SEE ALSO\n" + std::string(kSeeAlso);
   return page;
 }
 

@@ -37,9 +37,12 @@ void WriteTime(C_JsonWriter& json, const C_StreamAccount& account) {
   json.EndObject();
 }
 
+constexpr std::string_view kNoPositions[] = {"no position", "no fix", "no altitude"};  // eNoPosition
+
 void WritePosition(C_JsonWriter& json, const C_StreamAccount& account) {
-  json.Key("position");
   const std::optional<S_PositionSummary> position = account.Position();
+  if (!position) json.Key("no_position").String(kNoPositions[static_cast<std::size_t>(account.WhyNoPosition())]);
+  json.Key("position");
   if (!position) return json.Null();
   json.BeginObject();
   json.Key("fixes").Integer(position->fixes);
@@ -123,7 +126,7 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
   json.BeginObject();
   json.Key("schema").Integer(kSchemaVersion);
   json.Key("report").String("stat");
-  json.Key("input").String(account.Input());
+  json.Key("input").Utf8(account.Input());
   WriteCounts(json, account);
   WriteTime(json, account);
   WritePosition(json, account);

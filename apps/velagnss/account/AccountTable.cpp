@@ -50,9 +50,16 @@ void AppendTime(std::string& table, const C_StreamAccount& account, std::size_t 
   AppendGaps(table, account, account.Epochs(), maxRows);
 }
 
+void AppendWhyNoPosition(std::string& table, eNoPosition why) {
+  if (why == eNoPosition::NoAltitude)
+    Line(table, "\n  mean position  none: no fix has an altitude, which only GGA and GNS carry");
+  if (why == eNoPosition::NoFix)
+    Line(table, "\n  mean position  none: all positions are marked as invalid, estimated, manual or simulated");
+}
+
 void AppendPosition(std::string& table, const C_StreamAccount& account) {
   const std::optional<S_PositionSummary> position = account.Position();
-  if (!position) return;
+  if (!position) return AppendWhyNoPosition(table, account.WhyNoPosition());
   Line(table, "\n  fixes          {}", position->fixes);
   Line(table, "  mean position  {} {} deg", NumberText(position->latitude * kDegreesPerRadian, 9),
        NumberText(position->longitude * kDegreesPerRadian, 9));

@@ -23,6 +23,9 @@ bool IsFix(const S_GNS_Data& gns) {
                      [](eNmeaModeIndicator mode) { return mode >= eNmeaModeAutonomous && mode <= eNmeaModeRtkFloat; });
 }
 
+bool IsFix(const S_RMC_Data& rmc) { return rmc.status < eNmeaRmcNotValid; }
+bool IsFix(const S_GLL_Data& gll) { return gll.status < eNmeaGllNotValid || gll.status == eNmeaGllEmpty; }
+
 // The marker of a missing value is outside as well.
 bool IsWithin(double value, double limit) { return value >= -limit && value <= limit; }
 
@@ -38,10 +41,19 @@ double Quantile(std::vector<double>& values, double share) {
 
 void C_PositionSummary::Note(const velagnss::Record& record) {
   const auto add = [&](const auto& fix) {
+    NoteReason(fix);
     if (IsFix(fix) && IsNewEpoch(fix.timeOfDay)) Add(fix.latitude, fix.longitude, fix.altitude, fix.geoidSeparation);
   };
   if (const auto* gga = std::get_if<S_GGA_Data>(&record)) add(*gga);
   if (const auto* gns = std::get_if<S_GNS_Data>(&record)) add(*gns);
+  if (const auto* rmc = std::get_if<S_RMC_Data>(&record)) NoteReason(*rmc);
+  if (const auto* gll = std::get_if<S_GLL_Data>(&record)) NoteReason(*gll);
+}
+
+template <class Sentence>
+void C_PositionSummary::NoteReason(const Sentence& sentence) {
+  if (!IsWithin(sentence.latitude, 90) || !IsWithin(sentence.longitude, 180)) return;
+  m_reason = std::max(m_reason, IsFix(sentence) ? eNoPosition::NoAltitude : eNoPosition::NoFix);
 }
 
 // Fixes without a time are all taken as different ones.

@@ -30,6 +30,9 @@ struct S_PositionSummary {
   double radius95 = kNotKnown;     // m, the same with 95 % of them
 };
 
+// Why a stream has no fix. A later one says more: a position that lacks only its altitude outweighs one that is no fix.
+enum class eNoPosition : unsigned char { NoPosition, NoFix, NoAltitude };
+
 // A fix is a GGA of quality 1 to 5 or a GNS with a satellite mode (A, D, P, R, F) that has latitude, longitude and
 // altitude; dead reckoning, manual input and simulation do not count. Of several sentences with one time of day only
 // the first counts.
@@ -40,7 +43,8 @@ struct S_PositionSummary {
 // radii are exact up to that number, and beyond it those of at least 65,536 evenly chosen fixes.
 class C_PositionSummary {
  public:
-  // Takes a GGA or GNS and ignores every other record.
+  // Takes a GGA or GNS. Positions of GLL and RMC are not used, because they have no altitude; other records are
+  // ignored.
   void Note(const velagnss::Record& record);
 
   // A fix: latitude and longitude in degrees, m above the sea, m from the ellipsoid to the sea (or NA_DOUBLE).
@@ -49,13 +53,19 @@ class C_PositionSummary {
   // Nothing without fixes.
   std::optional<S_PositionSummary> Summary() const;
 
+  // Why there is no fix, if there is none.
+  eNoPosition Reason() const { return m_reason; }
+
  private:
   static constexpr std::size_t kMaxKept = std::size_t{1} << 17;
 
+  template <class Sentence>
+  void NoteReason(const Sentence& sentence);
   bool IsNewEpoch(double timeOfDay);
   void Keep(const C_Vector3& position);
   void SetRadii(S_PositionSummary& summary) const;
 
+  eNoPosition m_reason = eNoPosition::NoPosition;
   std::optional<double> m_timeOfDay;  // of the last fix
   std::uint64_t m_count = 0;
   C_Vector3 m_mean;                    // ECEF, m

@@ -98,7 +98,8 @@ double C_StreamAccount::BadPercent() const { return Percent(m_framesBad, m_frame
 // one the rates would be too high.
 double C_StreamAccount::Duration() const {
   if (!m_epochs.First()) return m_durationOfOthers;
-  return *m_epochs.Last() - *m_epochs.First() + m_epochs.Interval();
+  // Whole milliseconds: the sum of times of day has rounding errors in its last digits.
+  return std::round((*m_epochs.Last() - *m_epochs.First() + m_epochs.Interval()) * 1000) / 1000;
 }
 
 double C_StreamAccount::RateOf(std::uint64_t count) const {

@@ -83,6 +83,7 @@ class C_StreamAccount : public C_RecordConsumer {
 
   std::optional<S_PositionSummary> Position() const { return m_position.Summary(); }
   const C_ObservationSummary& Observations() const { return m_observations; }
+  eNoPosition WhyNoPosition() const { return m_position.Reason(); }
 
   const C_BoundedList<S_FalseStart>& FalseStarts() const { return m_falseStarts; }
   const C_BoundedList<S_SkippedBytes>& Skipped() const { return m_skipped; }

@@ -96,7 +96,8 @@ std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::st
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
   app.add_option("INPUT", stream.input.names, "files or devices; '-' or nothing for standard input")
       ->option_text("...");
-  app.add_option("--search", stream.search, "search for these protocols only, of:\n" + ProtocolNames())
+  app.add_option("--search", stream.search,
+                 "search for these protocols only: others are noise; of:\n" + ProtocolNames())
       ->option_text("LIST")
       ->check(&CheckSearch);
   app.add_flag("--acks", stream.acknowledgements,

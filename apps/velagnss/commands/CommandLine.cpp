@@ -16,6 +16,7 @@
 #include "apps/velagnss/commands/EncodeCommand.h"
 #include "apps/velagnss/commands/ExtractCommand.h"
 #include "apps/velagnss/commands/GeoCommand.h"
+#include "apps/velagnss/commands/HelpText.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -41,9 +42,14 @@ constexpr char kDescription[] =
     "progress of long inputs is shown.\n";
 
 constexpr char kFooter[] =
-    "\nExit codes: 0 success, 1 damaged data with --strict or --max-bad, nothing recognized, something left out\n"
-    "of a conversion, or a line that cannot be parsed, 2 wrong arguments, 3 an input failed,\n"
-    "4 the output failed, 128 + N ended by signal N.";
+    "\nExit codes:\n"
+    "  0        success\n"
+    "  1        damaged data with --strict or --max-bad, nothing recognized, something left out of a conversion, or a "
+    "line that cannot be parsed\n"
+    "  2        wrong arguments\n"
+    "  3        an input failed\n"
+    "  4        the output failed\n"
+    "  128 + N  ended by signal N";
 
 // The list of commands shows only the first line of each description, without its examples.
 class C_HelpFormatter : public CLI::Formatter {
@@ -63,7 +69,7 @@ class C_HelpText : public C_TextBuffer {
 };
 
 int ShowText(const std::string& text) {
-  C_HelpText help(text);
+  C_HelpText help(WrapHelp(text, HelpWidth()));
   C_OutputRun output;
   return output.Open("-") ? output.Write(help) : eExitOutput;
 }

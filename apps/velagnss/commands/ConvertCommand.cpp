@@ -41,10 +41,10 @@ std::unique_ptr<C_TextConsumer> RinexNav(const S_ConvertOptions& options) { retu
 constexpr S_Format kFormats[] = {
     {"rinex-nav", "broadcast ephemerides, RINEX 3.05", kRinexNavGroup,  &RinexNav},
     {"nmea",      "the checked NMEA 0183 sentences",   "",              &Sentences},
-    {"csv",       "a position per epoch, RFC 4180",    "",              &Track<&MakeCsvTrack>},
-    {"gpx",       "the same, GPX 1.1",                 "",              &Track<&MakeGpxTrack>},
-    {"kml",       "the same, KML 2.2",                 "",              &Track<&MakeKmlTrack>},
-    {"geojson",   "the same, RFC 7946",                "",              &Track<&MakeGeoJsonTrack>},
+    {"csv",       "track, RFC 4180",    "",              &Track<&MakeCsvTrack>},
+    {"gpx",       "track, GPX 1.1",                 "",              &Track<&MakeGpxTrack>},
+    {"kml",       "track, KML 2.2",                 "",              &Track<&MakeKmlTrack>},
+    {"geojson",   "track, RFC 7946",                "",              &Track<&MakeGeoJsonTrack>},
 };
 // clang-format on
 
@@ -62,7 +62,7 @@ std::string FormatHelp() {
   std::string help = "what to write:\n";
   for (const S_Format& format : kFormats) help += fmt::format("  {:<10} {}\n", format.name, format.contents);
   return help +
-         "the position comes from GGA, else GNS, RMC or GLL, in this order,\n"
+         "a track has a position per epoch; it comes from GGA, else GNS, RMC or GLL, in this order,\n"
          "completed from the others of its epoch; without a fix there is none";
 }
 
@@ -117,6 +117,8 @@ int C_ConvertCommand::Convert(C_TextConsumer& converter) const {
 }
 
 }  // namespace
+
+std::string FormatContents(std::string_view format) { return std::string(FindFormat(format)->contents); }
 
 std::string FormatNames() { return JoinNames(kFormats, &S_Format::name); }
 

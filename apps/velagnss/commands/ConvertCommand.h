@@ -3,6 +3,7 @@
 #define VELAGNSS_APPS_CONVERT_COMMAND_H
 
 #include <string>
+#include <string_view>
 
 #include "apps/velagnss/commands/Command.h"
 
@@ -10,6 +11,9 @@ namespace Host {
 
 // The formats that --to takes, separated by spaces.
 std::string FormatNames();
+
+// What a format of `--to` holds, in a few words.
+std::string FormatContents(std::string_view format);
 
 extern const S_CommandEntry kConvertCommand;
 

@@ -39,7 +39,7 @@ void C_DecodeCommand::Declare(CLI::App& app) {
       ->check(NumberBetween(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max(), "a whole number, 1 or more"));
   DeclareSeed(app, m_stream);
   app.add_flag("--frames", m_lines.framesOnly, "envelopes only: decode nothing");
-  app.add_flag("--hex", m_lines.hex, "add the bytes of each frame");
+  app.add_flag("--hex", m_lines.hex, "add the bytes of frames and events");
   app.add_flag("--events", m_lines.events, "add an object for each rejected start and each skipped range");
   app.add_flag("--strict", m_isStrict, "exit with 1 when anything in the inputs is damaged or skipped");
 }
@@ -64,6 +64,8 @@ int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
 eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& run) const {
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
                            lines.FramesWritten(), lines.DataErrors()));
+  if (lines.HasIgnoredPeriod())
+    ReportWarning("no time came before the messages that --msg gives a period: all of them are shown");
   if (lines.FramesWritten() == 0) {
     if (run.FramesSelected() > 0)
       ReportWarning(fmt::format("none of {} frames passed --proto and --msg", run.FramesSelected()));

@@ -109,6 +109,11 @@ constexpr S_JsonField<S_IFPvaEphRec> kGlonassOnly[] = {
     {"p4",             &Plain<&S_IFPvaEphRec::P4>},
     {"l_n",            &Plain<&S_IFPvaEphRec::Ln>},
 };
+// What SBAS calls them (RTCA DO-229). a_Gf0 is a clock bias, of which tau_n of GLONASS is the negative.
+constexpr S_JsonField<S_IFPvaEphRec> kSbasOnly[] = {
+    {"a_gf0_s",        &Value<&S_IFPvaEphRec::TauN>},
+    {"a_gf1_s_per_s",  &Value<&S_IFPvaEphRec::GammaN>},
+};
 // clang-format on
 
 // A time of week: its week, its seconds, and both as a date. Without a resolved week, only the seconds mean anything.
@@ -168,6 +173,7 @@ void WriteMembers(C_JsonWriter& json, const S_IFPvaEphRec& record, WeekSource we
   times.Write(kFrame, record.FrameWeek, hasFrameTime ? record.FrameTime : NA_DOUBLE);
   WriteFields(json, kPvaBody, record);
   if (record.System == ALGO::GNSS_GLONASS) WriteFields(json, kGlonassOnly, record);
+  if (record.System == ALGO::GNSS_SBAS) WriteFields(json, kSbasOnly, record);
 }
 
 void WriteMembers(C_JsonWriter& json, const VelaBIN_Messages::S_BinMsg209& record) {

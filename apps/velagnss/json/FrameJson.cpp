@@ -32,7 +32,7 @@ std::string_view SentenceOf(const velagnss::Frame& frame) {
 void C_FrameJson::Begin() {
   m_json.BeginObject();
   m_json.Key("schema").Integer(kSchemaVersion);
-  if (!m_input.empty()) m_json.Key("input").String(m_input);
+  if (!m_input.empty()) m_json.Key("input").Utf8(m_input);
 }
 
 void C_FrameJson::End() {
@@ -55,15 +55,17 @@ void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::Decod
   End();
 }
 
-void C_FrameJson::WriteRejection(const velagnss::RejectedStart& start) {
+void C_FrameJson::WriteRejections(const velagnss::RejectedStart& first, std::uint64_t lastOffset, std::uint64_t count) {
   Begin();
   m_json.Key("event").String("rejected");
-  m_json.Key("offset").Integer(start.offset);
+  m_json.Key("offset").Integer(first.offset);
   // A rejected start gives up its first byte only; the search goes on with the next one.
-  m_json.Key("length").Integer(1);
-  m_json.Key("result").Integer(RejectionNumber(start.reason));
-  m_json.Key("why").String(velagnss::ReasonText(start.reason));
-  m_json.Key("start").String({reinterpret_cast<const char*>(start.data), start.size});
+  m_json.Key("length").Integer(lastOffset + 1 - first.offset);
+  m_json.Key("count").Integer(count);
+  m_json.Key("result").Integer(RejectionNumber(first.reason));
+  m_json.Key("why").String(velagnss::ReasonText(first.reason));
+  m_json.Key("start").String({reinterpret_cast<const char*>(first.data), first.size});
+  if (m_hex) m_json.Key("hex").Hex({first.data, first.size});
   End();
 }
 
@@ -73,6 +75,7 @@ void C_FrameJson::WriteSkipped(const velagnss::SkippedRange& range) {
   m_json.Key("offset").Integer(range.offset);
   m_json.Key("length").Integer(range.length);
   m_json.Key("why").String("bytes of no frame");
+  if (m_hex) m_json.Key("hex").Hex({range.data, range.size});
   End();
 }
 

@@ -18,13 +18,14 @@ class C_FrameJson {
   // The name of the input, for every object; empty to leave it out.
   void SetInput(std::string name) { m_input = std::move(name); }
 
-  // Adds the frame's bytes as hexadecimal digits to every frame.
+  // Adds the bytes of frames and events as hexadecimal digits.
   void SetHex(bool isWanted) { m_hex = isWanted; }
 
   // A frame and what was decoded of it; null for the envelope alone.
   void WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded);
 
-  void WriteRejection(const velagnss::RejectedStart& start);
+  // `count` starts, the last of which is at `lastOffset`; their first bytes are those of `first`.
+  void WriteRejections(const velagnss::RejectedStart& first, std::uint64_t lastOffset, std::uint64_t count);
   void WriteSkipped(const velagnss::SkippedRange& range);
 
  private:

@@ -23,12 +23,17 @@ void C_JsonLines::OnFrame(const S_FrameRecord& record) {
 
 void C_JsonLines::OnRejection(const velagnss::RejectedStart& start) {
   ++m_dataErrors;
-  if (m_options.events) m_lines.WriteRejection(start);
+  if (m_options.events) m_rejections.Add(start);
 }
 
 void C_JsonLines::OnSkipped(const velagnss::SkippedRange& range) {
   ++m_dataErrors;
-  if (m_options.events) m_lines.WriteSkipped(range);
+  if (!m_options.events) return;
+  m_rejections.EndRange();
+  m_lines.WriteSkipped(range);
 }
+
+// A range has no end when the last frame wanted comes before it.
+void C_JsonLines::EndInput(const S_InputEnd&) { m_rejections.EndRange(); }
 
 }  // namespace Host

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "apps/velagnss/json/FrameJson.h"
+#include "apps/velagnss/json/RejectionLines.h"
 #include "apps/velagnss/pipeline/MessageFilter.h"
 #include "apps/velagnss/pipeline/RecordConsumer.h"
 
@@ -31,18 +32,22 @@ class C_JsonLines : public C_RecordConsumer {
   // Frames whose contents are wrong, rejected starts and skipped ranges.
   std::uint64_t DataErrors() const { return m_dataErrors; }
 
+  bool HasIgnoredPeriod() const { return m_options.filter.HasIgnoredPeriod(); }
+
   bool NeedsRecords() const override { return !m_options.framesOnly || m_options.filter.UsesTime(); }
   bool NeedsEvents() const override { return true; }
   void BeginInput(const std::string& name) override;
   void OnFrame(const S_FrameRecord& record) override;
   void OnRejection(const velagnss::RejectedStart& start) override;
   void OnSkipped(const velagnss::SkippedRange& range) override;
+  void EndInput(const S_InputEnd& end) override;
   bool WantsMore() const override { return m_framesWritten < m_options.count; }
 
  private:
   S_JsonLinesOptions m_options;
   C_JsonWriter m_json;
   C_FrameJson m_lines;
+  C_RejectionLines m_rejections{m_lines};
   std::uint64_t m_framesWritten = 0;
   std::uint64_t m_dataErrors = 0;
 };

@@ -62,30 +62,6 @@ void Report(std::string_view kind, const S_Color& color, std::string_view messag
                            Printable(message)));
 }
 
-// The bytes that a lead byte of UTF-8 announces, with itself; 0 for other bytes. 0xC0, 0xC1 and those from 0xF5 on are
-// never used (RFC 3629).
-std::size_t SequenceSize(unsigned char lead) {
-  if (lead < 0x80) return 1;
-  if (lead >= 0xC2 && lead <= 0xDF) return 2;
-  if (lead >= 0xE0 && lead <= 0xEF) return 3;
-  return lead >= 0xF0 && lead <= 0xF4 ? 4 : 0;
-}
-
-// The size of the harmless character at the front of `text`; 0 when there is none.
-std::size_t PlainSize(std::string_view text) {
-  const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const std::size_t size = SequenceSize(byte(0));
-  if (size == 1) {
-    const bool isLayout = byte(0) == '\n' || byte(0) == '\r' || byte(0) == '\t';
-    return isLayout || (byte(0) >= 0x20 && byte(0) < 0x7F) ? 1 : 0;
-  }
-  if (size > text.size()) return 0;
-  for (std::size_t i = 1; i < size; ++i)
-    if ((byte(i) & 0xC0) != 0x80) return 0;
-  const bool isControl = byte(0) == 0xC2 && byte(1) < 0xA0;
-  return isControl ? 0 : size;
-}
-
 }  // namespace
 
 void SetVerbosity(eVerbosity verbosity) { g_verbosity = verbosity; }
@@ -112,17 +88,6 @@ std::string Printable(std::string_view text) {
   return printable;
 }
 
-std::string PrintableText(std::string_view text) {
-  std::string printable;
-  while (!text.empty()) {
-    const std::size_t size = PlainSize(text);
-    printable += size > 0 ? std::string(text.substr(0, size))
-                          : fmt::format("\\x{:02x}", static_cast<unsigned char>(text.front()));
-    text.remove_prefix(std::max<std::size_t>(size, 1));
-  }
-  return printable;
-}
-
 bool IsErrorATerminal() {
   static const bool terminal = [] {
     const char* type = std::getenv("TERM");
@@ -131,10 +96,24 @@ bool IsErrorATerminal() {
   return terminal;
 }
 
+std::string_view CutToColumns(std::string_view line, std::size_t columns) {
+  if (line.size() < columns) return line;
+  const std::size_t cut = line.size() + 1 - std::min(line.size() + 1, columns);
+  const std::size_t nameEnd = line.rfind(": ");
+  if (nameEnd == std::string_view::npos || cut < nameEnd) return line.substr(cut);
+  // A number without its first digit would be a wrong one.
+  std::size_t figure = nameEnd + 2;
+  while (figure < cut) {
+    const std::size_t comma = line.find(", ", figure);
+    if (comma == std::string_view::npos) return {};
+    figure = comma + 2;
+  }
+  return line.substr(figure);
+}
+
 void ShowProgressLine(std::string_view line) {
   if (line.empty() && !g_progressShown) return;
-  if (const std::size_t columns = Columns(); line.size() >= columns) line.remove_prefix(line.size() - columns + 1);
-  WriteToError(fmt::format("\r\x1b[K{}", line));  // back to the first column, clear to the end
+  WriteToError(fmt::format("\r\x1b[K{}", CutToColumns(line, Columns())));  // back to the first column, clear to the end
   g_progressShown = !line.empty();
 }
 

@@ -24,17 +24,15 @@ void ReportOutOfMemory() noexcept;             // without allocating any
 // `text` made safe for a terminal: control characters and bytes from 0x7F on as "\xNN".
 std::string Printable(std::string_view text);
 
-// `text` for a terminal: as it is, but for what the terminal could take for a control sequence. Control characters
-// other than tab and line ends, those of Unicode (U+0080 to U+009F) and bytes that are not UTF-8 become "\xNN", byte by
-// byte.
-std::string PrintableText(std::string_view text);
-
 // True when standard error is a terminal that obeys control sequences, not one of TERM=dumb: for colors and the
 // progress line.
 bool IsErrorATerminal();
 
-// A line that overwrites itself, cut at its beginning where the terminal is too narrow; empty clears it. Only for a
-// terminal.
+// The end of "name: figures" that fits into `columns` with a column to spare: the name may lose its beginning, but no
+// figure does. A figure that does not fit is left out.
+std::string_view CutToColumns(std::string_view line, std::size_t columns);
+
+// A line that overwrites itself, cut as above where the terminal is too narrow; empty clears it. Only for a terminal.
 void ShowProgressLine(std::string_view line);
 
 }  // namespace Host

@@ -57,6 +57,8 @@ std::optional<std::string> C_MessageFilter::AddMessage(std::string_view item) {
 
 void C_MessageFilter::Restart() {
   for (S_Rule& rule : m_rules) rule.lastPassed = kNever;
+  m_hasIgnoredPeriod = HasIgnoredPeriod();
+  m_isTimeMissing = false;
 }
 
 bool C_MessageFilter::Passes(const velagnss::Frame& frame, double streamSeconds) {
@@ -64,6 +66,7 @@ bool C_MessageFilter::Passes(const velagnss::Frame& frame, double streamSeconds)
   const S_MessageKey key = KeyOf(frame);
   for (S_Rule& rule : m_rules) {
     if (!(rule.key == key)) continue;
+    m_isTimeMissing = rule.period > 0 ? std::isnan(streamSeconds) : m_isTimeMissing;
     // After a step back in time the stream starts over: nothing comes too early then.
     if (streamSeconds > rule.lastPassed && streamSeconds < rule.lastPassed + rule.period - kTimeTolerance) continue;
     // Without a time no period can be kept, so nothing is held back.

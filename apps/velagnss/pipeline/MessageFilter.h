@@ -32,6 +32,9 @@ class C_MessageFilter {
   // Whether `Passes` depends on the stream's time.
   bool UsesTime() const { return m_usesTime; }
 
+  // Whether all frames of an input that a period was given for came before its first time, so that all of them passed.
+  bool HasIgnoredPeriod() const { return m_hasIgnoredPeriod || m_isTimeMissing; }
+
   // `streamSeconds`: the stream's time on any scale without jumps, NaN while there is none.
   bool Passes(const velagnss::Frame& frame, double streamSeconds);
 
@@ -48,6 +51,8 @@ class C_MessageFilter {
   bool m_isEmpty = true;
   bool m_acceptsUnlisted = true;
   bool m_usesTime = false;
+  bool m_isTimeMissing = false;     // in this input
+  bool m_hasIgnoredPeriod = false;  // in one before
 };
 
 }  // namespace Host

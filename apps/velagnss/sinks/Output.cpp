@@ -10,6 +10,7 @@
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/Signals.h"
+#include "apps/velagnss/text/Utf8.h"
 
 namespace Host {
 namespace {

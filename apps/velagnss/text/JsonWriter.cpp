@@ -2,6 +2,9 @@
 
 #include <array>
 #include <cmath>
+#include <string>
+
+#include "apps/velagnss/text/Utf8.h"
 
 namespace Host {
 namespace {
@@ -38,24 +41,42 @@ void C_JsonWriter::Number(double value) {
 void C_JsonWriter::String(std::string_view bytes) {
   Separate(kEscapeSize * bytes.size() + 2);
   m_buffer[m_size++] = '"';
-  for (const char character : bytes) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (kEscapes[byte] == '\0') {
-      m_buffer[m_size++] = character;
-    } else {
-      AppendEscape(byte);
+  for (const char byte : bytes) AppendByte(static_cast<unsigned char>(byte));
+  m_buffer[m_size++] = '"';
+}
+
+void C_JsonWriter::Utf8(std::string_view text) {
+  std::u32string characters;
+  for (std::string_view rest = text; !rest.empty(); rest.remove_prefix(FirstCharacter(rest).size)) {
+    if (FirstCharacter(rest).size == 0) return String(text);
+    characters += FirstCharacter(rest).code;
+  }
+  Separate(2 * kEscapeSize * characters.size() + 2);
+  m_buffer[m_size++] = '"';
+  for (const char32_t character : characters) {
+    if (character <= 0xFF) {
+      AppendByte(static_cast<unsigned char>(character));
+    } else if (character <= 0xFFFF) {
+      AppendUnit(character);
+    } else {  // two surrogates (RFC 8259, 7)
+      AppendUnit(0xD800 + ((character - 0x10000) >> 10));
+      AppendUnit(0xDC00 + (character & 0x3FF));
     }
   }
   m_buffer[m_size++] = '"';
 }
 
-void C_JsonWriter::AppendEscape(unsigned char byte) {
-  m_buffer[m_size++] = '\\';
-  m_buffer[m_size++] = kEscapes[byte];
-  if (kEscapes[byte] != 'u') return;
-  Append("00");
-  m_buffer[m_size++] = kHexDigits[byte >> 4];
-  m_buffer[m_size++] = kHexDigits[byte & 0x0F];
+// The character of the same number.
+void C_JsonWriter::AppendByte(unsigned char byte) {
+  const char escape = kEscapes[byte];
+  if (escape == 'u') return AppendUnit(byte);
+  if (escape != '\0') m_buffer[m_size++] = '\\';
+  m_buffer[m_size++] = escape != '\0' ? escape : static_cast<char>(byte);
+}
+
+void C_JsonWriter::AppendUnit(char32_t unit) {
+  Append("\\u");
+  for (int shift = 12; shift >= 0; shift -= 4) m_buffer[m_size++] = kHexDigits[unit >> shift & 0x0F];
 }
 
 void C_JsonWriter::Hex(std::span<const unsigned char> bytes) {

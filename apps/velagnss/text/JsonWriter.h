@@ -63,6 +63,9 @@ class C_JsonWriter final : public C_TextMaker {
   // reader can recover the bytes whatever their encoding was.
   void String(std::string_view bytes);
 
+  // Text in UTF-8, such as a file name, by its characters. Text that is not UTF-8 is written byte by byte, as above.
+  void Utf8(std::string_view text);
+
   // The bytes as lower-case hexadecimal digits.
   void Hex(std::span<const unsigned char> bytes);
 
@@ -103,7 +106,8 @@ class C_JsonWriter final : public C_TextMaker {
     Separate(text.size());
     Append(text);
   }
-  void AppendEscape(unsigned char byte);
+  void AppendByte(unsigned char byte);
+  void AppendUnit(char32_t unit);  // of UTF-16, as "\uXXXX"
 
   std::vector<char> m_buffer;
   std::size_t m_size = 0;

@@ -46,6 +46,17 @@ std::string ProtocolNames() {
   return names;
 }
 
+std::string SentenceNames() {
+  std::string names;
+  for (const eProtocols protocol : {C_RawDataMessage::eNMEA0183, C_RawDataMessage::ePKVN}) {
+    for (unsigned int type = 0; type < velagnss::NumMessages(protocol); ++type) {
+      const velagnss::MessageName name(protocol, type);
+      if (!name.Text().empty()) names.append(names.empty() ? "" : " ").append(name.Text());
+    }
+  }
+  return names;
+}
+
 // One name can belong to messages of several protocols; all of them are meant.
 std::vector<S_MessageKey> FindMessages(std::string_view nameOrNumber) {
   std::vector<S_MessageKey> found;

@@ -17,6 +17,9 @@ inline constexpr unsigned int kNumProtocols = C_RawDataMessage::eAllProtocols;
 // All protocols by name, separated by spaces; for messages and help.
 std::string ProtocolNames();
 
+// All sentences that have a name of their own, NMEA 0183 and "$PKVN,", separated by spaces; for completions.
+std::string SentenceNames();
+
 // One message of one protocol, as the frame search numbers them; 0 where a protocol numbers none. Sentences that are
 // not listed share a number, so they have a name as well; it is empty for every other message.
 struct S_MessageKey {

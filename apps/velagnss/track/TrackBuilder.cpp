@@ -131,7 +131,7 @@ void C_TrackBuilder::CloseEpoch(const velagnss::StreamClock& clock) {
   if (point) {
     point->startsSegment = m_isBroken;
     point->time = C_TimeText::StreamTime(clock, m_seconds);
-    point->isDated = clock.KnowsDate() && !point->time.IsEmpty();
+    point->isDated = clock.UtcOf(m_seconds).mjd.has_value();
     m_sink.OnPoint(*point);
   }
   const bool wasEmpty =
