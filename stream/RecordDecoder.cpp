@@ -69,6 +69,7 @@ class RecordDecoder::Impl {
   void Decode(const Frame& frame);
 
   std::optional<C_GnssTime> m_seed;  // the caller's
+  TimeDigits m_timeDigits = TimeDigits::Hundredths;
   StreamClock m_clock;
   C_VelaBin_Decode m_binaryDecoder{nullptr};
   DecodedFrame m_decoded;
@@ -230,7 +231,8 @@ void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
 
 void RecordDecoder::Impl::DecodeOneOfEight(const Frame& frame, const S_NmeaRow& row) {
   char variation = 0;
-  const unsigned int result = textproto::DecodeCheckedSentence(frame.data, frame.length, row.type, m_nmea, variation);
+  const unsigned int result =
+      textproto::DecodeCheckedSentence(frame.data, frame.length, row.type, m_nmea, variation, m_timeDigits);
   SetResult(result);
   if (result != eResultOk) return KeepText(frame);
   // The sentence decoder does not keep the letter, and without it the variation has no sign.
@@ -239,7 +241,7 @@ void RecordDecoder::Impl::DecodeOneOfEight(const Frame& frame, const S_NmeaRow& 
 }
 
 void RecordDecoder::Impl::DecodeByAddress(const Frame& frame) {
-  const unsigned int result = DecodeSentence(TextOf(frame), m_sentence);
+  const unsigned int result = DecodeSentence(TextOf(frame), m_sentence, m_timeDigits);
   SetResult(result);
   if (result != eResultOk) return KeepText(frame);
   std::visit([this](const auto& record) { KeepSentenceRecord(record); }, m_sentence);
@@ -334,6 +336,8 @@ const DecodedFrame& RecordDecoder::Decode(const Frame& frame) {
 }
 
 void RecordDecoder::SeedTime(const C_GnssTime& time) { m_impl->SeedTime(time); }
+
+void RecordDecoder::KeepTimeDigits(TimeDigits digits) { m_impl->m_timeDigits = digits; }
 
 void RecordDecoder::Restart() { m_impl->Restart(); }
 

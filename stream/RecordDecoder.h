@@ -60,6 +60,10 @@ class VELAGNSS_API RecordDecoder {
   // survives `Restart`.
   void SeedTime(const C_GnssTime& time);
 
+  // How many digits the times of NMEA sentences keep. `Hundredths` at first, so that the records are those of
+  // `C_NMEA_EncodeDecode`; it survives `Restart` and `Reset`.
+  void KeepTimeDigits(TimeDigits digits);
+
   // Ready for another stream: forgets its dates and GLONASS channels. The seed stays.
   void Restart();
 

@@ -64,6 +64,10 @@ const S_EpochCase kEpochs[] = {
      "GPGLL,4900.00,N,12300.00,W\nGPGLL,4930.00,N,12330.00,W",
      "1,,49.000000000,-123.000000000,,,,,,,\n"
      "1,,49.500000000,-123.500000000,,,,,,,\n"},
+    {"TwoInAHundredthOfASecond",
+     "GPGGA,120000.250,0700.00,N,00800.00,E,1,,,,M,,M,,\nGPGGA,120000.255,0700.00,N,00800.00,E,1,,,,M,,M,,",
+     "1,12:00:00.25,7.000000000,8.000000000,,,autonomous,,,,\n"
+     "1,12:00:00.255,7.000000000,8.000000000,,,autonomous,,,,\n"},
     {"PositionBeyondThePole", "GPGGA,120000,9100.00,N,00800.00,E,1,,,,M,,M,,", ""},
     {"PositionMissing",       "GPGGA,120000,,,,,1,,,,M,,M,,",                  ""},
     {"LateSentence",  // tells its date, and no more
