@@ -69,6 +69,7 @@ class RecordDecoder::Impl {
   void Decode(const Frame& frame);
 
   std::optional<C_GnssTime> m_seed;  // the caller's
+  std::optional<unsigned int> m_firstDay;
   TimeDigits m_timeDigits = TimeDigits::Hundredths;
   StreamClock m_clock;
   C_VelaBin_Decode m_binaryDecoder{nullptr};
@@ -168,6 +169,7 @@ constexpr RecordDecoder::Impl::S_PkvnRow RecordDecoder::Impl::kPkvnRows[] = {  /
 // The caller's time survives a restart: it does not come from the stream that ended.
 void RecordDecoder::Impl::Restart() {
   m_clock = StreamClock();
+  if (m_firstDay) m_clock.AssumeFirstDay(*m_firstDay);
   m_weekSource = WeekSource::None;
   m_binaryDecoder.Reset();
   if (m_seed) SeedTime(*m_seed);
@@ -337,12 +339,18 @@ const DecodedFrame& RecordDecoder::Decode(const Frame& frame) {
 
 void RecordDecoder::SeedTime(const C_GnssTime& time) { m_impl->SeedTime(time); }
 
+void RecordDecoder::AssumeFirstDay(unsigned int mjd) {
+  m_impl->m_firstDay = mjd;
+  m_impl->m_clock.AssumeFirstDay(mjd);
+}
+
 void RecordDecoder::KeepTimeDigits(TimeDigits digits) { m_impl->m_timeDigits = digits; }
 
 void RecordDecoder::Restart() { m_impl->Restart(); }
 
 void RecordDecoder::Reset() {
   m_impl->m_seed.reset();
+  m_impl->m_firstDay.reset();
   m_impl->Restart();
 }
 
