@@ -53,7 +53,7 @@ class JsonSchema {
       return First(rule, [&](const std::string& key, const Json& part) {
         return value.contains(key) ? Check(value.at(key), part) : "";
       });
-    if (name == "required") return First(rule, isMissing);
+    if (name == "required") return value.is_object() ? First(rule, isMissing) : "";
     if (name == "additionalProperties")
       return First(value, [&](const std::string& key, const Json&) {
         return schema.at("properties").contains(key) ? "" : key + " is not in the schema";

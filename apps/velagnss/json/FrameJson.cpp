@@ -1,5 +1,6 @@
 #include "apps/velagnss/json/FrameJson.h"
 
+#include "apps/velagnss/json/EpochJson.h"
 #include "apps/velagnss/json/RecordJson.h"
 #include "apps/velagnss/pipeline/RecordTime.h"
 #include "apps/velagnss/text/RejectionNumber.h"
@@ -64,6 +65,12 @@ void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::Decod
   if (decoded != nullptr) WriteUtc(m_json, decoded->record, clock);
   if (frame.protocol == C_RawDataMessage::eNMEA0183) m_json.Key("text").String(SentenceOf(frame));
   if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});
+  End();
+}
+
+void C_FrameJson::WriteEpoch(const S_Epoch& epoch) {
+  Begin();
+  Host::WriteEpoch(m_json, epoch);
   End();
 }
 

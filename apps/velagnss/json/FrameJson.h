@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "apps/velagnss/epoch/Epoch.h"
 #include "apps/velagnss/text/JsonWriter.h"
 #include "stream/FrameReader.h"
 #include "stream/RecordDecoder.h"
@@ -26,6 +27,7 @@ class C_FrameJson {
   void WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded,
                   const velagnss::StreamClock& clock);
 
+  void WriteEpoch(const S_Epoch& epoch);
   void WriteRejection(const velagnss::RejectedStart& start);
   void WriteSkipped(const velagnss::SkippedRange& range);
 

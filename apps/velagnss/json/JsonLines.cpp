@@ -16,9 +16,21 @@ void C_JsonLines::OnFrame(const S_FrameRecord& record) {
   const velagnss::Frame& frame = record.frame;
   // Counted before the filter: --strict judges the whole input, not only what is shown.
   if (record.decoded.hasDataError) ++m_dataErrors;
-  if (!m_options.filter.Passes(frame, record.clock.Seconds())) return;
+  // The sentences of an epoch make it whether they are shown or not.
+  if (m_options.epochs) m_epochs.Take(frame, record.decoded.record, record.clock);
+  if (m_options.epochsOnly || !WantsMore() || !m_options.filter.Passes(frame, record.clock.Seconds())) return;
   ++m_framesWritten;
   m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded, record.clock);
+}
+
+void C_JsonLines::OnEpoch(const S_Epoch& epoch) {
+  if (m_options.epochsOnly && m_framesWritten++ >= m_options.count) return;
+  m_lines.WriteEpoch(epoch);
+}
+
+// Of an input that was not read to its end the last epoch may be incomplete.
+void C_JsonLines::EndInput(const S_InputEnd& end) {
+  if (m_options.epochs && WantsMore()) m_epochs.Finish(end.clock);
 }
 
 void C_JsonLines::OnRejection(const velagnss::RejectedStart& start) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "apps/velagnss/epoch/EpochBuilder.h"
 #include "apps/velagnss/json/FrameJson.h"
 #include "apps/velagnss/pipeline/MessageFilter.h"
 #include "apps/velagnss/pipeline/RecordConsumer.h"
@@ -13,11 +14,13 @@ namespace Host {
 
 struct S_JsonLinesOptions {
   C_MessageFilter filter;
-  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // frames to write
+  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // objects to write
   bool namesInput = false;                                          // in every object
   bool framesOnly = false;                                          // envelopes, nothing decoded
   bool hex = false;
   bool events = false;
+  bool epochs = false;      // an object for each epoch
+  bool epochsOnly = false;  // and no others
 };
 
 class C_JsonLines : public C_RecordConsumer {
@@ -31,18 +34,24 @@ class C_JsonLines : public C_RecordConsumer {
   // Frames whose contents are wrong, rejected starts and skipped ranges.
   std::uint64_t DataErrors() const { return m_dataErrors; }
 
-  bool NeedsRecords() const override { return !m_options.framesOnly || m_options.filter.UsesTime(); }
+  bool NeedsRecords() const override {
+    return !m_options.framesOnly || m_options.filter.UsesTime() || m_options.epochs;
+  }
   bool NeedsEvents() const override { return true; }
   void BeginInput(const std::string& name) override;
   void OnFrame(const S_FrameRecord& record) override;
   void OnRejection(const velagnss::RejectedStart& start) override;
   void OnSkipped(const velagnss::SkippedRange& range) override;
+  void EndInput(const S_InputEnd& end) override;
   bool WantsMore() const override { return m_framesWritten < m_options.count; }
 
  private:
+  void OnEpoch(const S_Epoch& epoch);
+
   S_JsonLinesOptions m_options;
   C_JsonWriter m_json;
   C_FrameJson m_lines;
+  C_EpochBuilder m_epochs{[this](const S_Epoch& epoch) { OnEpoch(epoch); }};
   std::uint64_t m_framesWritten = 0;
   std::uint64_t m_dataErrors = 0;
 };

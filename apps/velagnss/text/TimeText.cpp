@@ -70,14 +70,15 @@ C_TimeText C_TimeText::TimeOfDay(double secondsOfDay, unsigned int decimals) {
   return text;
 }
 
-C_TimeText C_TimeText::WeekTime(unsigned short week, double secOfWeek, ALGO::eGNSSSystem system) {
+C_TimeText C_TimeText::WeekTime(unsigned short week, double secOfWeek, ALGO::eGNSSSystem system,
+                                unsigned int decimals) {
   if (!(secOfWeek >= 0 && secOfWeek < kSecondsPerWeek)) return {};
   const auto dayOfWeek = static_cast<unsigned int>(secOfWeek / kSecondsPerDay);
   const S_GregorianTime date = DateOf(week, dayOfWeek);
   C_TimeText text = Date(date.year, date.month, date.day);
   if (text.IsEmpty()) return {};
   text.Append("T");
-  text.Append(TimeOfDay(secOfWeek - dayOfWeek * kSecondsPerDay).Text());
+  text.Append(TimeOfDay(secOfWeek - dayOfWeek * kSecondsPerDay, decimals).Text());
   if (system == ALGO::GNSS_GLONASS) text.Append("+03:00");
   return text;
 }

@@ -27,7 +27,8 @@ class C_TimeText {
 
   // "2024-05-06T12:34:56", in the time scale of `system`. GLONASS time is UTC + 3 h, shown by its offset "+03:00"; text
   // without an offset is GPS time, also for Galileo, QZSS and SBAS. Empty for seconds outside [0, 604800).
-  static C_TimeText WeekTime(unsigned short week, double secOfWeek, ALGO::eGNSSSystem system);
+  static C_TimeText WeekTime(unsigned short week, double secOfWeek, ALGO::eGNSSSystem system,
+                             unsigned int decimals = kMilliseconds);
 
   // "2024-05-06T12:34:56Z" of a Modified Julian Date and UTC seconds of the day; empty where either part would be
   // empty.
