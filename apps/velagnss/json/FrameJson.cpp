@@ -2,6 +2,7 @@
 
 #include "apps/velagnss/json/EpochJson.h"
 #include "apps/velagnss/json/RecordJson.h"
+#include "apps/velagnss/json/TagJson.h"
 #include "apps/velagnss/pipeline/RecordTime.h"
 #include "apps/velagnss/text/RejectionNumber.h"
 #include "apps/velagnss/text/TimeText.h"
@@ -52,7 +53,7 @@ void C_FrameJson::End() {
 }
 
 void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded,
-                             const velagnss::StreamClock& clock) {
+                             const velagnss::StreamClock& clock, const S_TagBlocks& tag) {
   Begin();
   m_json.Key("offset").Integer(frame.offset);
   m_json.Key("length").Integer(frame.length);
@@ -64,6 +65,10 @@ void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::Decod
   if (decoded != nullptr) WriteDecoded(m_json, *decoded);
   if (decoded != nullptr) WriteUtc(m_json, decoded->record, clock);
   if (frame.protocol == C_RawDataMessage::eNMEA0183) m_json.Key("text").String(SentenceOf(frame));
+  if (!tag.text.empty()) {
+    m_json.Key("tag");
+    WriteTag(m_json, tag);
+  }
   if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});
   End();
 }

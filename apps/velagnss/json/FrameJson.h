@@ -5,6 +5,7 @@
 #include <string>
 
 #include "apps/velagnss/epoch/Epoch.h"
+#include "apps/velagnss/pipeline/TagBlock.h"
 #include "apps/velagnss/text/JsonWriter.h"
 #include "stream/FrameReader.h"
 #include "stream/RecordDecoder.h"
@@ -23,9 +24,9 @@ class C_FrameJson {
   void SetHex(bool isWanted) { m_hex = isWanted; }
 
   // A frame and what was decoded of it; null for the envelope alone.
-  // `clock` has noted the frame already.
+  // `clock` has noted the frame already. `tag`: the TAG blocks before it.
   void WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded,
-                  const velagnss::StreamClock& clock);
+                  const velagnss::StreamClock& clock, const S_TagBlocks& tag = {});
 
   void WriteEpoch(const S_Epoch& epoch);
   void WriteRejection(const velagnss::RejectedStart& start);

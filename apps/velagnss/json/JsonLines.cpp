@@ -9,6 +9,7 @@ C_JsonLines::C_JsonLines(const S_JsonLinesOptions& options) : m_options(options)
 // Periods such as GGA:10 start again with each input, whose times are unrelated to those of the previous one.
 void C_JsonLines::BeginInput(const std::string& name) {
   m_options.filter.Restart();
+  m_skipped.clear();
   if (m_options.namesInput) m_lines.SetInput(name);
 }
 
@@ -20,7 +21,7 @@ void C_JsonLines::OnFrame(const S_FrameRecord& record) {
   if (m_options.epochs) m_epochs.Take(frame, record.decoded.record, record.clock);
   if (m_options.epochsOnly || !WantsMore() || !m_options.filter.Passes(frame, record.clock.Seconds())) return;
   ++m_framesWritten;
-  m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded, record.clock);
+  m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded, record.clock, TagOf(frame));
 }
 
 void C_JsonLines::OnEpoch(const S_Epoch& epoch) {
@@ -38,9 +39,19 @@ void C_JsonLines::OnRejection(const velagnss::RejectedStart& start) {
   if (m_options.events) m_lines.WriteRejection(start);
 }
 
+// A run that consists of TAG blocks is no fault. Of a long run the end is not there.
 void C_JsonLines::OnSkipped(const velagnss::SkippedRange& range) {
-  ++m_dataErrors;
+  const bool isWhole = range.size == range.length && range.data[range.size - 1] == '\\';
+  m_skipped.assign(reinterpret_cast<const char*>(range.data), isWhole ? range.size : 0);
+  m_skippedEnd = range.offset + range.length;
+  const S_TagBlocks tag = TagBlocksBefore(m_skipped);
+  if (!tag.areChecked || tag.text.size() != range.length) ++m_dataErrors;
   if (m_options.events) m_lines.WriteSkipped(range);
+}
+
+S_TagBlocks C_JsonLines::TagOf(const velagnss::Frame& frame) const {
+  if (frame.protocol != C_RawDataMessage::eNMEA0183 || frame.offset != m_skippedEnd) return {};
+  return TagBlocksBefore(m_skipped);
 }
 
 }  // namespace Host

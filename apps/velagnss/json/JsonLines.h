@@ -47,11 +47,14 @@ class C_JsonLines : public C_RecordConsumer {
 
  private:
   void OnEpoch(const S_Epoch& epoch);
+  S_TagBlocks TagOf(const velagnss::Frame& frame) const;
 
   S_JsonLinesOptions m_options;
   C_JsonWriter m_json;
   C_FrameJson m_lines;
   C_EpochBuilder m_epochs{[this](const S_Epoch& epoch) { OnEpoch(epoch); }};
+  std::string m_skipped;           // the last run of bytes of no frame, if it may end with a TAG block
+  std::uint64_t m_skippedEnd = 0;  // where it ends
   std::uint64_t m_framesWritten = 0;
   std::uint64_t m_dataErrors = 0;
 };
