@@ -21,9 +21,10 @@ set(rows
   "apps/velagnss/sinks/"     "${app}(sinks|input|os|text)/"
   "apps/velagnss/pipeline/"  "${app}(pipeline|input|os|text)/|public"
   "apps/velagnss/geo/"       "${app}(geo|text)/|public"
-  "apps/velagnss/json/"      "${app}(json|pipeline|os|text)/|public"  # from here on: formats, which do not know each other
+  "apps/velagnss/epoch/"     "${app}(epoch|pipeline|text)/|public"
+  "apps/velagnss/json/"      "${app}(json|epoch|pipeline|os|text)/|public"  # from here on: formats, which do not know each other
   "apps/velagnss/account/"   "${app}(account|pipeline|os|text)/|public"
-  "apps/velagnss/track/"     "${app}(track|pipeline|os|text)/|public"
+  "apps/velagnss/track/"     "${app}(track|epoch|pipeline|os|text)/|public"
   "apps/velagnss/rinex/"     "${app}(rinex|pipeline|os|text)/|public"
   "apps/velagnss/nmea/"      "${app}(nmea|pipeline|os|text)/|public"
   "apps/"                    "apps/|public"  # commands and main

@@ -39,7 +39,7 @@ class VELAGNSS_API StreamClock {
   double Seconds() const;
 
   // The UTC of a value of `Seconds`. The date is the modified Julian date (MJD), and missing as long as the stream has
-  // carried no date. Days counted back from the first date end at 1983: where two receivers share a stream, there seem
+  // carried no date and none was assumed. Days counted back from the first date end at 1983: where two receivers share a stream, there seem
   // to be midnights without number.
   struct Utc {
     std::optional<unsigned int> mjd;  // the day
@@ -49,7 +49,13 @@ class VELAGNSS_API StreamClock {
   // As `Utc` says.
   Utc UtcOf(double seconds) const;
 
-  // Whether the stream has carried a date.
+  // The UTC of a time of day, on the day that brings it nearest to the last time of the stream.
+  Utc UtcOfTimeOfDay(double secondsOfDay) const;
+
+  // Takes a day (MJD) for that of the first time of the stream, until the stream carries a date of its own.
+  void AssumeFirstDay(unsigned int mjd);
+
+  // Whether a date is known: the stream has carried one, or one was assumed.
   bool KnowsDate() const { return m_mjdOfDay0.has_value(); }
 
   // The first date and time, taken as GPS time: a seed for decoders. It is behind GPS time by the leap seconds, which
@@ -66,6 +72,7 @@ class VELAGNSS_API StreamClock {
   int m_day = 0;  // days since the first time came
   std::optional<double> m_secondsOfDay;
   std::optional<unsigned int> m_mjdOfDay0;
+  bool m_isDayAssumed = false;
   std::optional<C_GnssTime> m_firstDate;
 };
 

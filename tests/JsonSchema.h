@@ -61,7 +61,7 @@ class JsonSchema {
         return value.contains(key) ? Check(value.at(key), part) : "";
       });
     }
-    if (name == "required") return First(rule, isMissing);
+    if (name == "required") return value.is_object() ? First(rule, isMissing) : "";
     if (name == "dependentRequired")
       return First(rule, [&](const std::string& key, const Json& names) {
         return value.contains(key) ? First(names, isMissing) : "";

@@ -45,6 +45,9 @@ const S_ExitCase kExits[] = {
     {"HelpAsCommand",       "velagnss help && velagnss help stat",              0, kNone},
     {"VersionAsCommand",    "velagnss version",                                 0, kNone},
     {"SeedAsDate",          "velagnss decode --seed 2024-05-18 $S",             0, kNone},
+    {"SeedAsTime",          "velagnss decode --seed 2024-05-18T12:30:00Z $S",   0, kNone},
+    {"SeedOfATrack",        "velagnss convert --to csv --seed 2024-05-18 $S",   2, "--seed is not an option of --to csv"},
+    {"NoSuchDate",          "velagnss decode --date 2024-13-01 $S",             2, "--date"},
     {"SeedNotADate",        "velagnss decode --seed 2023-02-29 $S",             2, "--seed"},
     {"SearchForNothing",    "velagnss decode --search '' $S",                   2, "no protocol named"},
     {"UnknownOption",       "velagnss decode --nonsense $S",                    2, "velagnss decode --help"},
@@ -395,11 +398,16 @@ std::string Damaged(std::string bytes) {
 TEST_F(Program, WritesWhatTheSchemaAllows) {
   const JsonSchema schema(json::parse(ReadHostFile("docs/velagnss.schema.json")));
   Write("damaged", Damaged(ReadHostFile("samples/session.bin")));
-  const std::string runs[] = {"velagnss decode --events $S damaged",  "velagnss decode --acks --hex --seed 2314:0 $S",
-                              "velagnss decode --frames --hex $S",    "velagnss decode --msg BIN95,BIN25,BIN93 $S",
-                              "tail -c 5000 $S | velagnss decode",    "velagnss stat --json $S damaged",
-                              "velagnss geo convert --json 1 2 3",    "velagnss geo inverse --json --radians 1 0 1 1",
-                              "velagnss geo look --json 1 2 3 4 5 6", "echo 2024-05-06 | velagnss geo time --json"};
+  const std::string runs[] = {"velagnss decode --events --epochs $S damaged",
+                              "velagnss decode --acks --hex --seed 2314:0 $S",
+                              "velagnss decode --frames --hex $S",
+                              "velagnss decode --msg BIN95,BIN25,BIN93 $S",
+                              "tail -c 5000 $S | velagnss decode",
+                              "velagnss stat --json $S damaged",
+                              "velagnss geo convert --json 1 2 3",
+                              "velagnss geo inverse --json --radians 1 0 1 1",
+                              "velagnss geo look --json 1 2 3 4 5 6",
+                              "echo 2024-05-06 | velagnss geo time --json"};
   for (const std::string& run : runs)
     for (const json& line : Lines(Run(run).output)) ASSERT_EQ(schema.Check(line), "") << run << "\n" << line;
 }

@@ -4,12 +4,14 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/velagnss/geo/GeoForms.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/MessageNames.h"
 #include "apps/velagnss/text/TimeRead.h"
 #include "apps/velagnss/text/Units.h"
+#include "geo/LeapSeconds.h"
 #include "stream/Names.h"
 
 namespace Host {
@@ -18,18 +20,26 @@ namespace {
 // 1 GiB: the buffer is allocated at once.
 constexpr std::uint64_t kMaxReadSize = std::uint64_t{1} << 30;
 
-// "2024-05-18": its noon, in GPS time.
+bool IsInCalendar(unsigned int mjd) { return mjd >= kMjdOfGpsEpoch + 7 && mjd <= kLastMjd; }
+
+// A date alone is taken at noon.
 std::optional<C_GnssTime> SeedOfDate(std::string_view text) {
+  S_UtcTime utc{ParseDate(text), kMicrosecondsPerDay / 2};
+  if (!utc.mjd) utc = ParseUtc(text).value_or(S_UtcTime{});
+  if (!utc.mjd || !IsInCalendar(*utc.mjd)) return std::nullopt;
+  return velagnss::GpsOfUtc({*utc.mjd, static_cast<double>(utc.ofDay) / 1e6});
+}
+
+std::string CheckDate(const std::string& text) {
   const std::optional<unsigned int> mjd = ParseDate(text);
-  if (!mjd || *mjd < kMjdOfGpsEpoch + 7 || *mjd > kLastMjd) return std::nullopt;
-  C_GnssTime noon;
-  noon.Set_MJD(*mjd, 0.5, ALGO::GNSS_GPS);
-  return noon;
+  return mjd && IsInCalendar(*mjd) ? "" : "'" + text + "' is not a date from 1980-01-13 on, as in 2024-05-18";
 }
 
 std::string CheckSeed(const std::string& text) {
   if (ParseSeed(text)) return {};
-  return "'" + text + "' is not a date from 1980-01-13 on, nor a GPS week from 1 on and its seconds, as in 2300:345600";
+  return "'" + text +
+         "' is not a date from 1980-01-13 on, with or without a time, nor a GPS week from 1 on and its seconds, as in "
+         "2300:345600";
 }
 
 std::string CheckSearch(const std::string& list) {
@@ -70,7 +80,7 @@ int ReportUsage(std::string_view command, std::string_view message) {
 
 std::optional<C_GnssTime> ParseSeed(std::string_view text) {
   const std::size_t colon = text.find(':');
-  if (colon == std::string_view::npos) return SeedOfDate(text);
+  if (colon == std::string_view::npos || text.find('-') != std::string_view::npos) return SeedOfDate(text);
   unsigned short week = 0;
   double seconds = 0;
   if (!ParseWhole(text.substr(0, colon), week) || !ParseWhole(text.substr(colon + 1), seconds)) return std::nullopt;
@@ -115,9 +125,13 @@ void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
   app.add_option(
          "--seed", stream.seed,
          "date of the recording, 2024-05-18, or its GPS week and seconds,\n2314:604638, to complete broadcast weeks\n"
-         "(default: the first date in the stream)")
+         "(default: --date, or the first date in the stream)")
       ->option_text("TIME")
       ->check(&CheckSeed);
+  app.add_option("--date", stream.date,
+                 "UTC date of each input's first time, 2024-05-18, until it carries\na date of its own")
+      ->option_text("DATE")
+      ->check(&CheckDate);
 }
 
 void DeclareFilter(CLI::App& app, S_FilterArguments& arguments) {
@@ -140,8 +154,9 @@ std::string FillFilter(const S_FilterArguments& arguments, const S_StreamArgumen
 }
 
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
-  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly,
-          stream.selection};
+  return {ParseSearchList(stream.search, stream.acknowledgements).value(),
+          ParseSeed(stream.seed.empty() ? stream.date : stream.seed), !stream.listedOnly, stream.selection,
+          ParseDate(stream.date)};
 }
 
 void DeclareOutput(CLI::App& app, std::string& output) {

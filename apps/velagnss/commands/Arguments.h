@@ -34,8 +34,8 @@ auto NumberBetween(Number least, Number greatest, const char* range) {
   };
 }
 
-// "2024-05-18", taken at noon, or "WEEK:SECONDS": a GPS week without roll-over and the seconds of that week. Nothing
-// for any other text.
+// "2024-05-18", taken at noon, "2024-05-18T12:34:56Z", or "WEEK:SECONDS": a GPS week without roll-over and the seconds
+// of that week. Nothing for any other text.
 std::optional<C_GnssTime> ParseSeed(std::string_view text);
 
 // The protocols of `list` (names with commas), or all of them when it is empty. Acknowledgements are only among them
@@ -50,6 +50,7 @@ struct S_StreamArguments {
   bool acknowledgements = false;
   bool listedOnly = false;
   std::string seed;  // empty or a text that `ParseSeed` understands
+  std::string date;  // empty, or a date as in 2024-05-18
   std::string from;  // UTC
   std::string until;
   std::vector<std::string> talkers;

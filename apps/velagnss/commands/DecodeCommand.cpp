@@ -41,6 +41,8 @@ void C_DecodeCommand::Declare(CLI::App& app) {
   app.add_flag("--frames", m_lines.framesOnly, "envelopes only: decode nothing");
   app.add_flag("--hex", m_lines.hex, "add the bytes of frames and events");
   app.add_flag("--events", m_lines.events, "add an object for each rejected start and each skipped range");
+  app.add_flag("--epochs", m_lines.epochs, "add an object for each epoch: time, position, accuracy, satellites");
+  app.add_flag("--epochs-only", m_lines.epochsOnly, "write only these; -n counts them");
   app.add_flag("--strict", m_isStrict, "exit with 1 when anything in the inputs is damaged or skipped");
 }
 
@@ -48,6 +50,7 @@ int C_DecodeCommand::Run() {
   S_JsonLinesOptions options = m_lines;
   if (const std::string error = FillFilter(m_filter, m_stream, options.filter); !error.empty())
     return ReportUsage("decode", error);
+  options.epochs = options.epochs || options.epochsOnly;
   options.namesInput = m_stream.input.names.size() > 1;
   return Decode(options);
 }

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "apps/velagnss/epoch/Epoch.h"
+#include "apps/velagnss/pipeline/TagBlock.h"
 #include "apps/velagnss/text/JsonWriter.h"
 #include "stream/FrameReader.h"
 #include "stream/RecordDecoder.h"
@@ -22,8 +24,11 @@ class C_FrameJson {
   void SetHex(bool isWanted) { m_hex = isWanted; }
 
   // A frame and what was decoded of it; null for the envelope alone.
-  void WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded);
+  // `clock` has noted the frame already. `tag`: the TAG blocks before it.
+  void WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded,
+                  const velagnss::StreamClock& clock, const S_TagBlocks& tag = {});
 
+  void WriteEpoch(const S_Epoch& epoch);
   // `count` starts, the last of which is at `lastOffset`; their first bytes are those of `first`.
   void WriteRejections(const velagnss::RejectedStart& first, std::uint64_t lastOffset, std::uint64_t count);
   void WriteSkipped(const velagnss::SkippedRange& range);

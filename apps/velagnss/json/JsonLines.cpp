@@ -9,6 +9,7 @@ C_JsonLines::C_JsonLines(const S_JsonLinesOptions& options) : m_options(options)
 // Periods such as GGA:10 start again with each input, whose times are unrelated to those of the previous one.
 void C_JsonLines::BeginInput(const std::string& name) {
   m_options.filter.Restart();
+  m_skipped.clear();
   if (m_options.namesInput) m_lines.SetInput(name);
 }
 
@@ -16,9 +17,21 @@ void C_JsonLines::OnFrame(const S_FrameRecord& record) {
   const velagnss::Frame& frame = record.frame;
   // Counted before the filter: --strict judges the whole input, not only what is shown.
   if (record.decoded.hasDataError) ++m_dataErrors;
-  if (!m_options.filter.Passes(frame, record.clock.Seconds())) return;
+  // The sentences of an epoch make it whether they are shown or not.
+  if (m_options.epochs) m_epochs.Take(frame, record.decoded.record, record.clock);
+  if (m_options.epochsOnly || !WantsMore() || !m_options.filter.Passes(frame, record.clock.Seconds())) return;
   ++m_framesWritten;
-  m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded);
+  m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded, record.clock, TagOf(frame));
+}
+
+void C_JsonLines::OnEpoch(const S_Epoch& epoch) {
+  if (m_options.epochsOnly && m_framesWritten++ >= m_options.count) return;
+  m_lines.WriteEpoch(epoch);
+}
+
+// Of an input that was not read to its end the last epoch may be incomplete.
+void C_JsonLines::EndInput(const S_InputEnd& end) {
+  if (m_options.epochs && WantsMore()) m_epochs.Finish(end.clock);
 }
 
 void C_JsonLines::OnRejection(const velagnss::RejectedStart& start) {
@@ -26,14 +39,21 @@ void C_JsonLines::OnRejection(const velagnss::RejectedStart& start) {
   if (m_options.events) m_rejections.Add(start);
 }
 
+// A run that consists of TAG blocks is no fault. Of a long run the end is not there.
 void C_JsonLines::OnSkipped(const velagnss::SkippedRange& range) {
-  ++m_dataErrors;
+  const bool isWhole = range.size == range.length && range.data[range.size - 1] == '\\';
+  m_skipped.assign(reinterpret_cast<const char*>(range.data), isWhole ? range.size : 0);
+  m_skippedEnd = range.offset + range.length;
+  const S_TagBlocks tag = TagBlocksBefore(m_skipped);
+  if (!tag.areChecked || tag.text.size() != range.length) ++m_dataErrors;
   if (!m_options.events) return;
   m_rejections.EndRange();
   m_lines.WriteSkipped(range);
 }
 
-// A range has no end when the last frame wanted comes before it.
-void C_JsonLines::EndInput(const S_InputEnd&) { m_rejections.EndRange(); }
+S_TagBlocks C_JsonLines::TagOf(const velagnss::Frame& frame) const {
+  if (frame.protocol != C_RawDataMessage::eNMEA0183 || frame.offset != m_skippedEnd) return {};
+  return TagBlocksBefore(m_skipped);
+}
 
 }  // namespace Host

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "apps/velagnss/epoch/EpochBuilder.h"
 #include "apps/velagnss/json/FrameJson.h"
 #include "apps/velagnss/json/RejectionLines.h"
 #include "apps/velagnss/pipeline/MessageFilter.h"
@@ -14,11 +15,13 @@ namespace Host {
 
 struct S_JsonLinesOptions {
   C_MessageFilter filter;
-  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // frames to write
+  std::uint64_t count = std::numeric_limits<std::uint64_t>::max();  // objects to write
   bool namesInput = false;                                          // in every object
   bool framesOnly = false;                                          // envelopes, nothing decoded
   bool hex = false;
   bool events = false;
+  bool epochs = false;      // an object for each epoch
+  bool epochsOnly = false;  // and no others
 };
 
 class C_JsonLines : public C_RecordConsumer {
@@ -34,7 +37,9 @@ class C_JsonLines : public C_RecordConsumer {
 
   bool HasIgnoredPeriod() const { return m_options.filter.HasIgnoredPeriod(); }
 
-  bool NeedsRecords() const override { return !m_options.framesOnly || m_options.filter.UsesTime(); }
+  bool NeedsRecords() const override {
+    return !m_options.framesOnly || m_options.filter.UsesTime() || m_options.epochs;
+  }
   bool NeedsEvents() const override { return true; }
   void BeginInput(const std::string& name) override;
   void OnFrame(const S_FrameRecord& record) override;
@@ -44,10 +49,16 @@ class C_JsonLines : public C_RecordConsumer {
   bool WantsMore() const override { return m_framesWritten < m_options.count; }
 
  private:
+  void OnEpoch(const S_Epoch& epoch);
+  S_TagBlocks TagOf(const velagnss::Frame& frame) const;
+
   S_JsonLinesOptions m_options;
   C_JsonWriter m_json;
   C_FrameJson m_lines;
   C_RejectionLines m_rejections{m_lines};
+  C_EpochBuilder m_epochs{[this](const S_Epoch& epoch) { OnEpoch(epoch); }};
+  std::string m_skipped;           // the last run of bytes of no frame, if it may end with a TAG block
+  std::uint64_t m_skippedEnd = 0;  // where it ends
   std::uint64_t m_framesWritten = 0;
   std::uint64_t m_dataErrors = 0;
 };

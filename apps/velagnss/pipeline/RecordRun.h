@@ -20,6 +20,7 @@ struct S_RunOptions {
   std::optional<C_GnssTime> seed;                    // the user's
   bool acceptsUnlisted = true;                       // checked frames that are not listed, too
   C_FrameSelection selection = {};                   // of what is found
+  std::optional<unsigned int> firstDay = {};         // MJD of the first time of each input, the user's
 };
 
 // Each input is searched for frames, each frame is decoded once, and the consumers get both in their order. What the

@@ -41,6 +41,7 @@ class C_JsonWriter final : public C_TextMaker {
   C_JsonWriter& Key(std::string_view name);
 
   void Null() { Literal("null"); }
+  void Boolean(bool value) { Literal(value ? "true" : "false"); }
 
   template <std::integral Number>
   void Integer(Number value) {

@@ -1,0 +1,54 @@
+// What a receiver said of one epoch: position, quality, and the sky.
+//
+// Nothing here depends on where the values came from, so that sentences and RTCM 3 can both fill it.
+#ifndef VELAGNSS_APPS_EPOCH_H
+#define VELAGNSS_APPS_EPOCH_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/velagnss/epoch/BestPosition.h"
+#include "geo/GnssEnums.h"
+#include "geo/NotAvailable.h"
+#include "textproto/NmeaMoreRecords.h"
+
+namespace Host {
+
+// A signal of a satellite as it was received.
+struct S_EpochSignal {
+  std::string name;              // "L1 C/A"; empty when it is not known
+  unsigned char nmeaId = NA_U8;  // NMEA signal id
+  double cn0 = NA_DOUBLE;        // dB-Hz
+};
+
+struct S_EpochSatellite {
+  ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;
+  unsigned int number = 0;          // of its system: PRN (SBAS 120 to 158, QZSS from 193 on), GLONASS slot
+  unsigned char nmeaId = NA_U8;     // as NMEA 0183 numbers it
+  unsigned char elevation = NA_U8;  // degrees
+  unsigned short azimuth = NA_U16;  // degrees
+  std::optional<bool> isUsed;       // in the position; nothing when no sentence of the epoch says so
+  std::vector<S_EpochSignal> signals;
+};
+
+struct S_Epoch {
+  std::uint64_t offset = 0;         // of its first frame
+  double timeOfDay = NA_DOUBLE;     // s of the UTC day
+  std::optional<unsigned int> mjd;  // the day; nothing when the date is not known
+
+  bool hasPosition = false;            // a sentence with a position was there, with a fix or without one
+  std::optional<S_Position> position;  // with a fix
+  char fixType = '\0';                 // of GSA: '1' none, '2' 2D, '3' 3D
+  double pdop = NA_DOUBLE;
+  double hdop = NA_DOUBLE;
+  double vdop = NA_DOUBLE;
+  std::optional<velagnss::GstRecord> accuracy;
+
+  std::vector<S_EpochSatellite> satellites;  // by system and number
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_EPOCH_H

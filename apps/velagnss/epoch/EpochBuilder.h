@@ -1,0 +1,75 @@
+// From the sentences of a stream to its epochs.
+#ifndef VELAGNSS_APPS_EPOCH_BUILDER_H
+#define VELAGNSS_APPS_EPOCH_BUILDER_H
+
+#include <functional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "apps/velagnss/epoch/Epoch.h"
+#include "stream/FrameReader.h"
+#include "stream/Record.h"
+#include "stream/StreamClock.h"
+
+namespace Host {
+
+// Sentences with the same time of day form one epoch: GGA, GNS, RMC, GLL, ZDA and GST. GSA, GSV and VTG have no time
+// and belong to the epoch before them. If that has the same sentence already, they begin the next one, and so do all
+// that follow up to its time: some receivers send the sky first. The end of an input ends its last epoch.
+//
+// Sentences before the first time of an input belong to its first epoch if the input begins with them. If it begins
+// within a sentence or a group of GSV, they are what is left of an epoch without a time.
+//
+// A sentence that is late by up to 10 s belongs to no epoch, as in tracks, and a ZDA of another time is none within
+// 0.5 s.
+class C_EpochBuilder {
+ public:
+  using t_Sink = std::function<void(const S_Epoch& epoch)>;
+
+  explicit C_EpochBuilder(t_Sink sink) : m_sink(std::move(sink)) {}
+
+  // Takes a frame and its record, which `clock` has noted already. The sink is called first if the frame ends an epoch.
+  void Take(const velagnss::Frame& frame, const velagnss::Record& record, const velagnss::StreamClock& clock);
+
+  // The end of an input.
+  void Finish(const velagnss::StreamClock& clock);
+
+ private:
+  // A sentence without a time.
+  using t_Untimed = std::variant<S_GSA_Data, S_GSV_Data, S_VTG_Data>;
+  struct S_Pending {
+    std::uint64_t offset;
+    t_Untimed record;
+  };
+
+  void TakeTimed(const velagnss::Frame& frame, const velagnss::Record& record, const velagnss::StreamClock& clock);
+  void TakeUntimed(std::uint64_t offset, const t_Untimed& record, const velagnss::StreamClock& clock);
+  bool Repeats(const std::string& key, std::string_view formatter) const;
+  bool IsOfThisEpoch(const std::string& key, double timeOfDay) const;
+  void Apply(std::uint64_t offset, const t_Untimed& record);
+  void Begin(std::uint64_t offset);
+  void AddPending();
+  void Add(const S_GSA_Data& gsa);
+  void Add(const S_GSV_Data& gsv);
+  void Add(const S_VTG_Data& vtg);
+  static void AddSignal(S_EpochSatellite& satellite, unsigned char signalId, double cn0);
+  S_EpochSatellite* Satellite(ALGO::eGNSSSystem system, unsigned char id);
+  void Close(const velagnss::StreamClock& clock);
+
+  t_Sink m_sink;
+  S_Epoch m_epoch;
+  C_BestPosition m_position;         // of the epoch
+  std::vector<std::string> m_keys;   // the sentences that the epoch has
+  std::string m_last;                // formatter of the last of them
+  bool m_isOpen = false;             // it has a sentence
+  bool m_hasTimed = false;           // one of those that carry a time
+  bool m_isRest = false;             // of an epoch that began before the input
+  bool m_saysWhatIsUsed = false;     // there was a GSA
+  bool m_isFirstFrame = true;        // of the input
+  std::vector<S_Pending> m_pending;  // the beginning of the next epoch
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_EPOCH_BUILDER_H

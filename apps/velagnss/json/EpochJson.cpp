@@ -1,0 +1,120 @@
+#include "apps/velagnss/json/EpochJson.h"
+
+#include "apps/velagnss/json/FieldTable.h"
+#include "apps/velagnss/text/ModeNames.h"
+#include "apps/velagnss/text/TimeText.h"
+#include "geo/LeapSeconds.h"
+#include "stream/Names.h"
+
+namespace Host {
+namespace {
+
+using velagnss::GstRecord;
+
+constexpr std::string_view kFixTypes[] = {"none", "2d", "3d"};  // GSA: '1', '2', '3'
+
+// clang-format off
+constexpr S_JsonField<S_Position> kPosition[] = {
+    {"latitude_deg",       &Value<&S_Position::latitude>},
+    {"longitude_deg",      &Value<&S_Position::longitude>},
+    {"altitude_m",         &Value<&S_Position::altitude>},
+    {"geoid_separation_m", &Value<&S_Position::geoidSeparation>},
+    {"mode",               &Name<&S_Position::fix, kModeNames>},
+    {"satellites_used",    &Value<&S_Position::satellites>},
+    {"speed_knots",        &Value<&S_Position::speedKnots>},
+    {"course_true_deg",    &Value<&S_Position::courseTrue>},
+};
+constexpr S_JsonField<S_Epoch> kQuality[] = {
+    {"pdop", &Value<&S_Epoch::pdop>},
+    {"hdop", &Value<&S_Epoch::hdop>},
+    {"vdop", &Value<&S_Epoch::vdop>},
+};
+constexpr S_JsonField<GstRecord> kAccuracy[] = {
+    {"range_rms_m",           &Value<&GstRecord::rangeRms>},
+    {"semi_major_m",          &Value<&GstRecord::semiMajor>},
+    {"semi_minor_m",          &Value<&GstRecord::semiMinor>},
+    {"orientation_deg",       &Value<&GstRecord::orientation>},
+    {"latitude_deviation_m",  &Value<&GstRecord::latitudeDeviation>},
+    {"longitude_deviation_m", &Value<&GstRecord::longitudeDeviation>},
+    {"altitude_deviation_m",  &Value<&GstRecord::altitudeDeviation>},
+};
+// clang-format on
+
+void WriteTextOrNull(C_JsonWriter& json, std::string_view text) {
+  if (text.empty()) return json.Null();
+  json.String(text);
+}
+
+void WriteTimes(C_JsonWriter& json, const S_Epoch& epoch) {
+  constexpr unsigned int kDecimals = 6;  // a second of the week has no nanoseconds in a double
+  C_TimeText utc;
+  C_TimeText gps;
+  if (epoch.mjd) {
+    const C_GnssTime time = velagnss::GpsOfUtc({*epoch.mjd, epoch.timeOfDay});
+    utc = C_TimeText::Utc(*epoch.mjd, epoch.timeOfDay, C_TimeText::kAllDigits);
+    gps = C_TimeText::WeekTime(time.m_week, time.m_secOfWeek, time.m_system, kDecimals);
+  }
+  json.Key("utc");
+  WriteTextOrNull(json, utc.Text());
+  json.Key("gps_time");
+  WriteTextOrNull(json, gps.Text());
+  json.Key("time_of_day_s");
+  WriteOrNull(json, epoch.timeOfDay);
+}
+
+void WriteSignal(C_JsonWriter& json, const S_EpochSignal& signal) {
+  json.BeginObject();
+  json.Key("signal");
+  WriteTextOrNull(json, signal.name);
+  json.Key("signal_id");
+  WriteOrNull(json, signal.nmeaId);
+  json.Key("cn0_dbhz");
+  WriteOrNull(json, signal.cn0);
+  json.EndObject();
+}
+
+void WriteSatellite(C_JsonWriter& json, const S_EpochSatellite& satellite) {
+  json.BeginObject();
+  json.Key("system");
+  WriteTextOrNull(json, velagnss::SystemName(satellite.system));
+  json.Key("number").Integer(satellite.number);
+  json.Key("nmea_id");
+  WriteOrNull(json, satellite.nmeaId);
+  json.Key("elevation_deg");
+  WriteOrNull(json, satellite.elevation);
+  json.Key("azimuth_deg");
+  WriteOrNull(json, satellite.azimuth);
+  json.Key("used");
+  satellite.isUsed ? json.Boolean(*satellite.isUsed) : json.Null();
+  json.Key("signals").BeginArray();
+  for (const S_EpochSignal& signal : satellite.signals) WriteSignal(json, signal);
+  json.EndArray();
+  json.EndObject();
+}
+
+}  // namespace
+
+void WriteEpoch(C_JsonWriter& json, const S_Epoch& epoch) {
+  json.Key("event").String("epoch");
+  json.Key("offset").Integer(epoch.offset);
+  WriteTimes(json, epoch);
+  S_Position none;
+  if (epoch.hasPosition) none.fix = eNmeaModeNotValid;
+  WriteFields(json, kPosition, epoch.position.value_or(none));
+  json.Key("fix_type");
+  WriteName<kFixTypes>(json, static_cast<unsigned int>(epoch.fixType - '1'));
+  WriteFields(json, kQuality, epoch);
+  json.Key("accuracy");
+  if (epoch.accuracy) {
+    json.BeginObject();
+    WriteFields(json, kAccuracy, *epoch.accuracy);
+    json.EndObject();
+  } else {
+    json.Null();
+  }
+  json.Key("satellites").BeginArray();
+  for (const S_EpochSatellite& satellite : epoch.satellites) WriteSatellite(json, satellite);
+  json.EndArray();
+}
+
+}  // namespace Host
