@@ -5,6 +5,7 @@
 #include <tuple>
 #include <utility>
 
+#include "apps/velagnss/pipeline/TagBlock.h"
 #include "stream/Names.h"
 
 namespace Host {
@@ -47,7 +48,13 @@ void C_StreamAccount::OnRejection(const velagnss::RejectedStart& start) {
   m_falseStarts.Add({start.offset, start.reason});
 }
 
-void C_StreamAccount::OnSkipped(const velagnss::SkippedRange& range) { m_skipped.Add({range.offset, range.length}); }
+// TAG blocks belong to the sentence after them, although the frame search passes over them.
+void C_StreamAccount::OnSkipped(const velagnss::SkippedRange& range) {
+  if (IsTagOnly(range))
+    m_bytesOfTags += range.length;
+  else
+    m_skipped.Add({range.offset, range.length});
+}
 
 void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_clock = end.clock;
@@ -58,7 +65,7 @@ void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_atEnd = end.reader.TotalsAtFinish();
   m_framesGood = end.reader.Totals().framesGood;
   m_framesBad = end.reader.Totals().framesBad;
-  m_bytesDamaged = end.reader.Totals().bytesDiscarded;
+  m_bytesDamaged = end.reader.Totals().bytesDiscarded - m_bytesOfTags;
   std::sort(m_messages.begin(), m_messages.end(), [](const S_MessageCount& a, const S_MessageCount& b) {
     return std::tie(a.key.protocol, a.key.type, a.name) < std::tie(b.key.protocol, b.key.type, b.name);
   });
