@@ -51,7 +51,7 @@ S_Options TakeOptions(Fuzz::C_Input& input) {
   if (input.Below(8) == 0) options.lines.filter.AddProtocols("nmea,bin");
   options.lines.framesOnly = input.Below(8) == 0;
   options.lines.hex = input.Below(4) == 0;
-  options.lines.events = input.Below(2) == 0;
+  options.lines.events = options.lines.epochs = input.Below(2) == 0;
   options.format = input.Below(6);
   return options;
 }

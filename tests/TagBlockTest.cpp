@@ -56,4 +56,10 @@ TEST_ROWS_F(TagBlock, IsShownWithItsSentence, Program, kTags, row) {
   EXPECT_EQ(second["tag"], json::parse(row.tag));
 }
 
+TEST_F(Program, DoesNotCountTagBlocksAsDamage) {
+  Write("in", Tag("s:r1") + Sentence("GPHDT,1.5,T") + "noise" + Sentence("GPHDT,1.5,T"));
+  const json stat = json::parse(Run("velagnss stat --json in").output);
+  EXPECT_EQ(stat["bytes"]["damaged"], 5);
+}
+
 }  // namespace

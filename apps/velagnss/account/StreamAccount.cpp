@@ -5,6 +5,7 @@
 #include <tuple>
 #include <utility>
 
+#include "apps/velagnss/pipeline/TagBlock.h"
 #include "stream/Names.h"
 
 namespace Host {
@@ -48,7 +49,13 @@ void C_StreamAccount::OnRejection(const velagnss::RejectedStart& start) {
   m_falseStarts.Add({start.offset, start.reason});
 }
 
-void C_StreamAccount::OnSkipped(const velagnss::SkippedRange& range) { m_skipped.Add({range.offset, range.length}); }
+// TAG blocks belong to the sentence after them, although the frame search passes over them.
+void C_StreamAccount::OnSkipped(const velagnss::SkippedRange& range) {
+  if (IsTagOnly(range))
+    m_bytesOfTags += range.length;
+  else
+    m_skipped.Add({range.offset, range.length});
+}
 
 void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_clock = end.clock;
@@ -59,7 +66,7 @@ void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_atEnd = end.totals.atEnd;
   m_framesGood = end.totals.overall.framesGood;
   m_framesBad = end.totals.overall.framesBad;
-  m_bytesDamaged = end.totals.overall.bytesDiscarded;
+  m_bytesDamaged = end.totals.overall.bytesDiscarded - m_bytesOfTags;
   SortMessages();
 }
 

@@ -112,6 +112,7 @@ class C_StreamAccount : public C_RecordConsumer {
   std::uint64_t m_framesDecoded = 0;
   std::uint64_t m_bytesDamaged = 0;
   double m_durationOfOthers = 0;  // s
+  std::uint64_t m_bytesOfTags = 0;
 };
 
 // 100 * part / whole; 0 of nothing.

@@ -4,7 +4,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/velagnss/geo/GeoForms.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/text/Lists.h"

@@ -44,8 +44,7 @@ void C_JsonLines::OnSkipped(const velagnss::SkippedRange& range) {
   const bool isWhole = range.size == range.length && range.data[range.size - 1] == '\\';
   m_skipped.assign(reinterpret_cast<const char*>(range.data), isWhole ? range.size : 0);
   m_skippedEnd = range.offset + range.length;
-  const S_TagBlocks tag = TagBlocksBefore(m_skipped);
-  if (!tag.areChecked || tag.text.size() != range.length) ++m_dataErrors;
+  if (!IsTagOnly(range)) ++m_dataErrors;
   if (!m_options.events) return;
   m_rejections.EndRange();
   m_lines.WriteSkipped(range);

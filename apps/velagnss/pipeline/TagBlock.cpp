@@ -45,6 +45,12 @@ void AddParameters(std::string_view block, std::vector<S_TagParameter>& paramete
 
 }  // namespace
 
+bool IsTagOnly(const velagnss::SkippedRange& range) {
+  if (range.size != range.length || range.data[range.size - 1] != kDelimiter) return false;
+  const S_TagBlocks blocks = TagBlocksBefore({reinterpret_cast<const char*>(range.data), range.size});
+  return blocks.areChecked && blocks.text.size() == range.size;
+}
+
 // Blocks are found from the last one to the first.
 S_TagBlocks TagBlocksBefore(std::string_view skipped) {
   S_TagBlocks blocks;

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "stream/FrameReader.h"
+
 namespace Host {
 
 struct S_TagParameter {
@@ -21,6 +23,9 @@ struct S_TagBlocks {
   bool areChecked = true;                  // each has the right checksum
   std::vector<S_TagParameter> parameters;  // of all blocks if they are checked
 };
+
+// Whether a skipped range holds nothing but TAG blocks with the right checksum: such bytes are not damaged.
+bool IsTagOnly(const velagnss::SkippedRange& range);
 
 // The TAG blocks that end where `skipped` ends.
 S_TagBlocks TagBlocksBefore(std::string_view skipped);
