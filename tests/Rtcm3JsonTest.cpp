@@ -162,7 +162,8 @@ TEST_ROWS(Rtcm3Json, ShowsTheFields, kRecords, row) {
   decoded.result = 0;
   decoded.depth = Depth::Full;
   Host::C_JsonWriter writer;
-  Host::C_FrameJson(writer).WriteFrame({bytes, sizeof bytes, key.protocol, key.type, 0}, &decoded);
+  Host::C_FrameJson(writer).WriteFrame({bytes, sizeof bytes, key.protocol, key.type, 0}, &decoded,
+                                       velagnss::StreamClock());
   const json line = json::parse(writer.Text());
   EXPECT_EQ(schema.Check(line), "") << line;
   const json expected = json::parse(row.fields);

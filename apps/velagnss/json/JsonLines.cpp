@@ -29,8 +29,9 @@ void C_JsonLines::OnEpoch(const S_Epoch& epoch) {
   m_lines.WriteEpoch(epoch);
 }
 
-// Of an input that was not read to its end the last epoch may be incomplete.
+// A run of skipped bytes has no end when the last frame wanted comes before it, and the last epoch may be incomplete.
 void C_JsonLines::EndInput(const S_InputEnd& end) {
+  m_rejections.EndRange();
   if (m_options.epochs && WantsMore()) m_epochs.Finish(end.clock);
 }
 

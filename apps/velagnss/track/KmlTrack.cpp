@@ -24,7 +24,7 @@ struct S_PointArray {
   std::string (*value)(const S_TrackPoint& point);  // empty when it is not known
 };
 
-template <double S_TrackPoint::*Member>
+template <auto Member>
 std::string Decimal(const S_TrackPoint& point) {
   std::string text;
   if (IsKnown(point.*Member)) AppendDecimal(text, point.*Member);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/text/Utf8.h"
 
 namespace Host {
 namespace {
