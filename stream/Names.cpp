@@ -90,7 +90,7 @@ constexpr S_ResultRow kResults[] = {
 };
 
 // By enumerator of geo/GnssEnums.h. A gap is a component that has no name of its own.
-constexpr std::string_view kSystems[] = {"gps", "glonass", "beidou", "galileo", "sbas", "qzss"};
+constexpr std::string_view kSystems[] = {"gps", "glonass", "beidou", "galileo", "sbas", "qzss", "navic"};
 constexpr std::string_view kFrequencies[] = {"L1", "L2", "L5", "G1", "G2", "B1", "E5b", "B3", "E5", "E6"};
 constexpr std::string_view kTrackTypes[] = {"C/A", "P", "X", "AltBOC", "", "M", "L", "L1C", "I", "Q",
                                             "",    "",  "",  "P(Y)",   "", "A", "",  "",    "BC"};

@@ -59,7 +59,7 @@ VELAGNSS_API std::string_view ResultText(unsigned int result);
 VELAGNSS_API std::string_view ReasonText(RejectedStart::Reason reason);
 VELAGNSS_API std::string_view ReasonText(SkippedRange::Reason reason);
 
-// "gps", "glonass", "beidou", "galileo", "sbas", "qzss"; empty for any other number.
+// "gps", "glonass", "beidou", "galileo", "sbas", "qzss", "navic" (6); empty for any other number.
 VELAGNSS_API std::string_view SystemName(ALGO::eGNSSSystem system);
 
 // A carrier band as receivers call it, "L1", "E5b"; and the component of a signal on it, "C/A", "P(Y)", "I". Empty for

@@ -1,17 +1,22 @@
 #include "apps/velagnss/json/BinaryJson.h"
 
-#include <limits>
-
 #include "apps/velagnss/json/FieldTable.h"
 #include "apps/velagnss/text/TimeText.h"
+#include "stream/Names.h"
 
 namespace Host {
 namespace {
 
 using velagnss::WeekSource;
 
-constexpr std::string_view kSystems[] = {"gps", "glonass", "beidou", "galileo", "sbas", "qzss"};  // ALGO::eGNSSSystem
 constexpr std::string_view kWeekSources[] = {"", "seed", "stream"};  // velagnss::WeekSource
+
+template <class Record>
+void System(C_JsonWriter& json, const Record& record) {
+  const std::string_view name = velagnss::SystemName(ALGO::eGNSSSystem{record.System});
+  if (name.empty()) return json.Null();
+  json.String(name);
+}
 
 constexpr double kNoAccuracy = 1e99;  // m: accuracy index 15, "no prediction" (IS-GPS-200, 20.3.3.3.1.3)
 
@@ -32,7 +37,7 @@ void FitIntervalFlag(C_JsonWriter& json, const S_IFKeplerEphRec& record) {
 
 // clang-format off
 constexpr S_JsonField<S_IFKeplerEphRec> kKeplerHead[] = {
-    {"system",  &Name<&S_IFKeplerEphRec::System, kSystems>},
+    {"system",  &System<S_IFKeplerEphRec>},
     {"sv",      &Value<&S_IFKeplerEphRec::SvId>},
     {"health",  &Value<&S_IFKeplerEphRec::Health>},
     {"iode",    &Plain<&S_IFKeplerEphRec::Iode>},
@@ -56,17 +61,17 @@ constexpr S_JsonField<S_IFKeplerEphRec> kKeplerBody[] = {
     {"crs_m",                 &Value<&S_IFKeplerEphRec::Crs>},
     {"cic_rad",               &Value<&S_IFKeplerEphRec::Cic>},
     {"cis_rad",               &Value<&S_IFKeplerEphRec::Cis>},
-    {"code_on_l2",            &Plain<&S_IFKeplerEphRec::CodeOnL2>},
-    {"l2p_data_flag",         &Plain<&S_IFKeplerEphRec::L2PDataFlag>},
+    {"code_on_l2",            &Value<&S_IFKeplerEphRec::CodeOnL2>},
+    {"l2p_data_flag",         &Value<&S_IFKeplerEphRec::L2PDataFlag>},
     {"ura_m",                 &Ura},
     {"tgd_s",                 &Value<&S_IFKeplerEphRec::Tgd>},
-    {"iodc",                  &Plain<&S_IFKeplerEphRec::Iodc>},
+    {"iodc",                  &Value<&S_IFKeplerEphRec::Iodc>},
     {"fit_interval_h",        &FitInterval},
     {"fit_interval_flag",     &FitIntervalFlag},
 };
 
 constexpr S_JsonField<S_IFPvaEphRec> kPvaHead[] = {
-    {"system",  &Name<&S_IFPvaEphRec::System, kSystems>},
+    {"system",  &System<S_IFPvaEphRec>},
     {"sv",      &Value<&S_IFPvaEphRec::SvId>},
     {"health",  &Value<&S_IFPvaEphRec::Health>},
     {"iod",     &Plain<&S_IFPvaEphRec::Iod>},
@@ -125,7 +130,7 @@ class C_TimeWriter {
 
   void Write(const S_TimeNames& names, unsigned short week, double seconds) {
     m_json.Key(names.week).IntegerOrNull(m_isResolved ? std::optional(week) : std::nullopt);
-    m_json.Key(names.seconds).Number(seconds);
+    WriteOrNull(m_json.Key(names.seconds), seconds);
     m_json.Key(names.date);
     const C_TimeText date = C_TimeText::WeekTime(week, seconds, m_system);
     if (!m_isResolved || date.IsEmpty()) return m_json.Null();
@@ -156,10 +161,11 @@ void WriteMembers(C_JsonWriter& json, const S_IFPvaEphRec& record, WeekSource we
   WriteFields(json, kPvaHead, record);
   WritWeekSource(json, week);
   C_TimeWriter times(json, week, record.TimeSystem);
-  times.Write(kReference, record.RefWeek, record.RefTime);
-  // The frame time of an SBAS message is only known together with its week.
+  // Without its week the frame time of an SBAS message is not known, and of GLONASS only the times of day are.
   const bool hasFrameTime = week != WeekSource::None;
-  times.Write(kFrame, record.FrameWeek, hasFrameTime ? record.FrameTime : std::numeric_limits<double>::quiet_NaN());
+  const bool hasRefTime = hasFrameTime || record.System != ALGO::GNSS_GLONASS;
+  times.Write(kReference, record.RefWeek, hasRefTime ? record.RefTime : NA_DOUBLE);
+  times.Write(kFrame, record.FrameWeek, hasFrameTime ? record.FrameTime : NA_DOUBLE);
   WriteFields(json, kPvaBody, record);
   if (record.System == ALGO::GNSS_GLONASS) WriteFields(json, kGlonassOnly, record);
 }

@@ -1,11 +1,10 @@
 #include "apps/velagnss/json/RecordJson.h"
 
-#include <type_traits>
-
 #include "apps/velagnss/json/BinaryJson.h"
 #include "apps/velagnss/json/MoreNmeaJson.h"
 #include "apps/velagnss/json/NmeaJson.h"
 #include "apps/velagnss/json/ProprietaryJson.h"
+#include "apps/velagnss/json/Rtcm3Json.h"
 
 namespace Host {
 namespace {
@@ -18,19 +17,13 @@ void WriteMembers(C_JsonWriter& json, const velagnss::PackedPayload& packed) {
   json.Key("payload_length").Integer(packed.length);
   json.Key("payload").Hex({packed.bytes, packed.length});
 }
-void WriteMembers(C_JsonWriter& json, const velagnss::Rtcm3Payload& raw) {
-  json.Key("payload").Hex({raw.data, raw.size});
-}
 void WriteMembers(C_JsonWriter&, std::monostate) {}
-template <class T>
-void WriteMembers(C_JsonWriter&, const T&) {}
 
 }  // namespace
 
 void WriteFields(C_JsonWriter& json, const velagnss::DecodedFrame& decoded) {
   const auto write = [&](const auto& record) {
-    using t_Record = std::remove_cvref_t<decltype(record)>;
-    if constexpr (std::is_same_v<t_Record, S_IFKeplerEphRec> || std::is_same_v<t_Record, S_IFPvaEphRec>)
+    if constexpr (requires { WriteMembers(json, record, decoded.week); })
       WriteMembers(json, record, decoded.week);
     else
       WriteMembers(json, record);
