@@ -1,5 +1,6 @@
 #include "apps/velagnss/account/AccountJson.h"
 
+#include "apps/velagnss/account/PointReportJson.h"
 #include "apps/velagnss/text/RejectionNumber.h"
 #include "apps/velagnss/text/Units.h"
 #include "stream/Names.h"
@@ -91,7 +92,7 @@ void WriteIntegrity(C_JsonWriter& json, const C_StreamAccount& account) {
 
 }  // namespace
 
-void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
+void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account, const C_PointReport* points) {
   json.BeginObject();
   json.Key("schema").Integer(kSchemaVersion);
   json.Key("report").String("stat");
@@ -116,6 +117,7 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
   WriteTime(json, account);
   WritePosition(json, account);
   WriteIntegrity(json, account);
+  if (points != nullptr) WritePoints(json, *points);
   json.EndObject();
   json.EndLine();
 }
