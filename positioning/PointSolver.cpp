@@ -78,6 +78,8 @@ class PointSolver::Impl {
   PointSolution m_solution;
 
  private:
+  enum class Verdict : unsigned char { Consistent, Rejected, Contradictory };
+
   void FindStates(const PointEpoch& epoch, const EphemerisStore& ephemerides);
   void ChooseCombinations(const PointEpoch& epoch);
   void SetRanges(const PointEpoch& epoch);
@@ -90,7 +92,7 @@ class PointSolver::Impl {
   void Weigh(std::size_t i, double elevation, double height, double latitude);
   bool IsReached(double limit, double& step);
   void Accumulate(bool isWeighted);
-  bool RejectWorst();
+  Verdict RejectWorst();
   double StandardDeviationLeft(std::size_t i) const;
   PointResult SetPrecision();
   void SetSatellites();
@@ -190,9 +192,12 @@ void PointSolver::Impl::Combine(const PointRanges& ranges, const PointSystem& sy
 
 PointResult PointSolver::Impl::Locate() {
   if (const PointResult result = Approach(kNear, true); result != PointResult::Ok) return result;
-  do {
+  Verdict verdict = Verdict::Rejected;
+  while (verdict == Verdict::Rejected) {
     if (const PointResult result = Approach(kSettled, false); result != PointResult::Ok) return result;
-  } while (RejectWorst());
+    verdict = RejectWorst();
+  }
+  if (verdict == Verdict::Contradictory) return PointResult::Contradictory;
   return SetPrecision();
 }
 
@@ -312,23 +317,20 @@ double PointSolver::Impl::StandardDeviationLeft(std::size_t i) const {
   return std::sqrt(std::max(equation.variance - fitted, kLeast * equation.variance));
 }
 
-bool PointSolver::Impl::RejectWorst() {
-  std::array<double, PointEpochs::kMaxSatellites> sizes;
-  std::size_t count = 0;
+// Removes the range that contradicts the others most. With a single range too many, a contradiction shows, but not who
+// is wrong.
+PointSolver::Impl::Verdict PointSolver::Impl::RejectWorst() {
   double greatest = 0;
   PointSatellite* worst = nullptr;
   ForUsed([&](std::size_t i, PointSatellite& satellite) {
     const double size = std::fabs(m_equations[i].misfit) / StandardDeviationLeft(i);
-    sizes[count++] = size;
     if (size > greatest) worst = &satellite;
     greatest = std::max(size, greatest);
   });
-  if (count < m_unknowns + 2) return false;
-  constexpr double kNormal = 1.4826;  // standard deviation / median of the absolute values of a normal distribution
-  std::nth_element(sizes.begin(), sizes.begin() + count / 2, sizes.begin() + count);
-  if (greatest <= kOutlier * std::max(1.0, kNormal * sizes[count / 2])) return false;
+  if (m_solution.numUsed == m_unknowns || greatest <= kOutlier) return Verdict::Consistent;
+  if (m_solution.numUsed < m_unknowns + 2) return Verdict::Contradictory;
   worst->use = PointUse::Outlier;
-  return true;
+  return Verdict::Rejected;
 }
 
 PointResult PointSolver::Impl::SetPrecision() {

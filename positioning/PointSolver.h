@@ -21,9 +21,10 @@ namespace velagnss {
 // Whether an epoch has a position.
 enum class PointResult : unsigned char {
   Ok,
-  TooFew,        // satellites: each system needs one more for its clock
-  PoorGeometry,  // PDOP above 50
-  Diverged,      // no position within 20 steps
+  TooFew,         // satellites: each system needs one more for its clock
+  PoorGeometry,   // PDOP above 50
+  Contradictory,  // a range is wrong, and too few are left to tell which
+  Diverged,       // no position within 20 steps
 };
 
 // What a satellite did in a solution.
@@ -84,8 +85,9 @@ struct PointSolution {
 // - Elevation mask 10 degrees. Variance of a range: e^2 + (k a)^2 (1 + 1 / sin^2 elevation), a = 0.3 m of code noise
 //   and multipath, k the noise factor of the combination, e the errors of orbits, clocks and codes: 1 m, 1.5 m for
 //   BeiDou, 4 m for GLONASS; with one frequency 4 m / sin(elevation) more for the ionosphere.
-// - Outliers: Baarda's test. As long as there are two ranges more than unknowns, the one with the greatest residual in
-//   units of its own standard deviation is removed if this exceeds four times the median-based spread of all, and four.
+// - Outliers: Baarda's data snooping (A testing procedure for use in geodetic networks, 1968). The range with the
+//   greatest residual in units of that residual's standard deviation is removed if this exceeds 4; then the rest is
+//   solved again.
 class VELAGNSS_API PointSolver {
  public:
   PointSolver();

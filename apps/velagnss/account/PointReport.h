@@ -125,7 +125,7 @@ class C_PointReport : public C_RecordConsumer {
   std::optional<S_PointStation> m_station;
   std::uint64_t m_epochs = 0;
   std::uint64_t m_otherStations = 0;
-  std::array<std::uint64_t, 4> m_results{};  // by `velagnss::PointResult`
+  std::array<std::uint64_t, 5> m_results{};  // by `velagnss::PointResult`
   C_PositionSummary m_positions;
   C_EvenSample<C_Vector3> m_errors;  // m: north, east, up
   std::uint64_t m_errorCount = 0;

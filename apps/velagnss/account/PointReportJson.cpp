@@ -89,8 +89,9 @@ void WritePoints(C_JsonWriter& json, const C_PointReport& report) {
   json.Key("epochs").Integer(report.Epochs());
   json.Key("solved").Integer(report.EpochsOf(velagnss::PointResult::Ok));
   json.Key("too_few_satellites").Integer(report.EpochsOf(velagnss::PointResult::TooFew));
-  json.Key("poor_geometry")
-      .Integer(report.EpochsOf(velagnss::PointResult::PoorGeometry) + report.EpochsOf(velagnss::PointResult::Diverged));
+  json.Key("poor_geometry").Integer(report.EpochsOf(velagnss::PointResult::PoorGeometry));
+  json.Key("contradictory").Integer(report.EpochsOf(velagnss::PointResult::Contradictory));
+  json.Key("diverged").Integer(report.EpochsOf(velagnss::PointResult::Diverged));
   json.Key("other_stations").Integer(report.OtherStations());
   WriteStation(json, report);
   WriteMean(json, report);
