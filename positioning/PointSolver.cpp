@@ -83,7 +83,7 @@ class PointSolver::Impl {
   void FindStates(const PointEpoch& epoch, const EphemerisStore& ephemerides);
   void ChooseCombinations(const PointEpoch& epoch);
   void SetRanges(const PointEpoch& epoch);
-  void Combine(const PointRanges& ranges, const PointSystem& system, Equation& equation) const;
+  void Combine(const PointRanges& ranges, bool isSingle, Equation& equation) const;
   PointResult Locate();
   PointResult Approach(double limit, bool isRough);
   bool CountUsed();
@@ -154,35 +154,41 @@ void PointSolver::Impl::FindStates(const PointEpoch& epoch, const EphemerisStore
   }
 }
 
+// The second band that most satellites of a system have, if four or half of them have it.
 void PointSolver::Impl::ChooseCombinations(const PointEpoch& epoch) {
   constexpr unsigned int kEnough = 4;
-  std::array<unsigned int, kSystems> one{};
-  std::array<unsigned int, kSystems> both{};
+  constexpr unsigned int kDigits = 10;
+  std::array<std::array<unsigned int, kDigits>, kSystems> pairs{};
+  std::array<unsigned int, kSystems> satellites{};
   ForUsed([&](std::size_t i, const PointSatellite& satellite) {
-    one[satellite.system] += Has(epoch.satellites[i].first) ? 1 : 0;
-    both[satellite.system] += HasBoth(epoch.satellites[i]) ? 1 : 0;
+    const PointRanges& ranges = epoch.satellites[i];
+    ++satellites[satellite.system];
+    if (HasBoth(ranges)) ++pairs[satellite.system][static_cast<unsigned int>(ranges.second.code[0] - '0') % kDigits];
   });
-  for (unsigned int s = 0; s < kSystems; ++s)
-    m_solution.systems[s].isIonosphereFree = both[s] >= kEnough || (both[s] > 0 && 2 * both[s] >= one[s]);
+  for (unsigned int s = 0; s < kSystems; ++s) {
+    const auto* const most = std::max_element(pairs[s].begin(), pairs[s].end());
+    if (*most >= kEnough || (*most > 0 && 2 * *most >= satellites[s]))
+      m_solution.systems[s].secondBand = static_cast<char>('0' + (most - pairs[s].begin()));
+  }
 }
 
 void PointSolver::Impl::SetRanges(const PointEpoch& epoch) {
   ForUsed([&](std::size_t i, PointSatellite& satellite) {
     const PointRanges& ranges = epoch.satellites[i];
-    const PointSystem& system = m_solution.systems[satellite.system];
-    const bool isComplete = system.isIonosphereFree ? HasBoth(ranges) : Has(ranges.first);
+    const char band = m_solution.systems[satellite.system].secondBand;
+    const bool isComplete = Has(ranges.first) && (band == '\0' || ranges.second.code[0] == band);
     if (!isComplete) satellite.use = PointUse::NoRange;
-    if (isComplete) Combine(ranges, system, m_equations[i]);
+    if (isComplete) Combine(ranges, band == '\0', m_equations[i]);
   });
 }
 
-void PointSolver::Impl::Combine(const PointRanges& ranges, const PointSystem& system, Equation& equation) const {
+void PointSolver::Impl::Combine(const PointRanges& ranges, bool isSingle, Equation& equation) const {
   const double clock = kSpeedOfLight * equation.orbit.state.clockOffset;
   const double first = Corrected(ranges.first, equation.orbit);
-  equation.isSingle = !system.isIonosphereFree;
+  equation.isSingle = isSingle;
   equation.noise = 1;
   equation.range = first + clock;
-  if (equation.isSingle) return;
+  if (isSingle) return;
   const double f1 = Square(ranges.first.frequency);
   const double f2 = Square(ranges.second.frequency);
   const double second = Corrected(ranges.second, equation.orbit);

@@ -53,7 +53,7 @@ struct PointSatellite {
 // How the ranges of a system were used.
 struct PointSystem {
   unsigned char numUsed = 0;       // satellites
-  bool isIonosphereFree = false;   // a combination of two frequencies
+  char secondBand = '\0';          // digit of the RINEX band that the ranges were combined with; 0: one frequency
   double clockOffset = NA_DOUBLE;  // s, receiver clock - system time as the ranges show it
 };
 
@@ -77,9 +77,10 @@ struct PointSolution {
 //
 // - Time of transmission: receiver time minus pseudorange / c minus the satellite's clock offset. The Earth turns
 //   during the flight: positions are rotated by the travel time, which the iteration improves.
-// - Two frequencies: the ionosphere-free combination (IS-GPS-200, 20.3.3.3.3.3), if four satellites of the system or
-//   half of them have it; the others of the system are then unused, as the receiver delays its bands differently. One
-//   frequency: without correction of the ionosphere, as the messages carry no model of it.
+// - Two frequencies: the ionosphere-free combination (IS-GPS-200, 20.3.3.3.3.3) with the second band that most
+//   satellites of the system have, if four or half of them have it. The others of the system are then unused, as the
+//   receiver delays each band differently. One frequency: no correction of the ionosphere, as the messages carry no
+//   model of it.
 // - Group delays as `GroupDelay` says. Troposphere: Saastamoinen's zenith delay for a standard atmosphere, mapped by
 //   Black and Eisner's function.
 // - Elevation mask 10 degrees. Variance of a range: e^2 + (k a)^2 (1 + 1 / sin^2 elevation), a = 0.3 m of code noise

@@ -96,7 +96,7 @@ void C_PointReport::NoteSolution(const velagnss::PointSolution& solution) {
   for (auto& [system, known] : m_systems) {
     const velagnss::PointSystem& used = solution.systems[system];
     known.epochs += used.numUsed > 0 ? 1 : 0;
-    known.ionosphereFree += used.numUsed > 0 && used.isIonosphereFree ? 1 : 0;
+    known.ionosphereFree += used.numUsed > 0 && used.secondBand != '\0' ? 1 : 0;
     known.satellites += used.numUsed;
   }
   m_pdop.Add(solution.pdop);
