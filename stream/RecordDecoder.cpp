@@ -133,6 +133,8 @@ class RecordDecoder::Impl {
 
   template <class T>
   void NoteTime(const T& record);
+  template <class T>
+  void NoteRtcmTime(const T& record);
   void UseTime(const C_GnssTime& time, WeekSource source);
   void SetResult(unsigned int result);
   bool LacksWeek(unsigned int blockId, unsigned int result) const;
@@ -306,6 +308,15 @@ void RecordDecoder::Impl::ShareChannel(unsigned char slot) {
   m_rtcmDecoder.SetGlonassChannel(slot, m_binaryDecoder.GetGlonassSvChannelId(slot));
 }
 
+// The decoder of RTCM 3 knows these dates and judges them itself.
+template <class T>
+void RecordDecoder::Impl::NoteRtcmTime(const T& record) {
+  m_clock.Note(record);
+  if (m_weekSource != WeekSource::None || !m_clock.FirstDate()) return;
+  m_binaryDecoder.SeedTime(*m_clock.FirstDate());
+  m_weekSource = WeekSource::Stream;
+}
+
 void RecordDecoder::Impl::DecodeRtcm(const Frame& frame) {
   const Rtcm3Decoded& decoded = m_rtcmDecoder.Decode(frame.data, frame.length);
   SetResult(decoded.result);
@@ -324,6 +335,7 @@ template <class T>
 void RecordDecoder::Impl::KeepRtcm(const T& record) {
   constexpr bool isEphemeris = std::is_same_v<T, Rtcm3KeplerEphemeris> || std::is_same_v<T, Rtcm3PvaEphemeris>;
   if (isEphemeris && !m_decoded.isWeekUnresolved) m_decoded.week = m_seed ? WeekSource::Seed : WeekSource::Stream;
+  if constexpr (requires { m_clock.Note(record); }) NoteRtcmTime(record);
   Keep(Depth::Full, record);
 }
 

@@ -44,8 +44,8 @@ struct DecodedFrame {
 // NMEA sentences of older and shorter forms are completed as `C_NMEA_EncodeDecode::MakeDecodable` does it before they
 // are decoded.
 //
-// The time comes from `SeedTime` or else from the first date that the stream carries in sentences; RTCM 3 has dates of
-// its own as well, see `Rtcm3Decoder`. An ephemeris that comes before any keeps its week unresolved.
+// The time comes from `SeedTime` or else from the first date that the stream carries, in sentences or in RTCM 3 (see
+// `Rtcm3Decoder`). An ephemeris that comes before any keeps its week unresolved.
 class VELAGNSS_API RecordDecoder {
  public:
   RecordDecoder();

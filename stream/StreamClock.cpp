@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "geo/LeapSeconds.h"
+
 namespace velagnss {
 namespace {
 
@@ -34,6 +36,56 @@ void StreamClock::Note(const S_ZDA_Data& record) { NoteDate(record.year, record.
 void StreamClock::Note(const S_RMC_Data& record) {
   if (IsVoid(record.status)) return NoteTimeOfDay(record.timeOfDay);
   NoteDate(record.year, record.month, record.day, record.timeOfDay);
+}
+
+void StreamClock::Note(const Rtcm3Observations& record) {
+  constexpr double kGlonassAhead = 10800;  // s, GLONASS time - UTC (GLONASS ICD, 3.3.3)
+  const Rtcm3Time& time = record.time;
+  const bool hasWeek = !IsNotAvailable(time.week) && !IsNotAvailable(time.seconds);
+  if (hasWeek && !m_firstDate) {
+    const UtcTime utc = UtcOfGps(C_GnssTime(time.week, time.seconds, ALGO::GNSS_GPS));
+    return NoteDay(utc.mjd, utc.secondsOfDay);
+  }
+  if (!IsNotAvailable(time.seconds)) return NoteTimeOfWeek(time.seconds);
+  if (record.system != ALGO::GNSS_GLONASS || IsNotAvailable(time.sent)) return;
+  const double utc = time.sent / 1000.0 - kGlonassAhead;  // its day is not known
+  NoteTimeOfDay(utc < 0 ? utc + kSecondsPerDay : utc);
+}
+
+void StreamClock::Note(const Rtcm3SystemParameters& record) { NoteWholeSeconds(record.mjd, record.secondOfDay); }
+void StreamClock::Note(const Rtcm3Message& record) { NoteWholeSeconds(record.mjd, record.secondOfDay); }
+
+void StreamClock::NoteWholeSeconds(unsigned int mjd, double secondsOfDay) {
+  constexpr double kMaxLate = 10;
+  if (m_firstDate) {
+    const int day = static_cast<int>(mjd) - static_cast<int>(*m_mjdOfDay0);
+    const double late = Seconds() - (day * kSecondsPerDay + secondsOfDay);
+    if (late > 0 && late < kMaxLate) return;
+  }
+  NoteDay(mjd, secondsOfDay);
+}
+
+void StreamClock::NoteDay(unsigned int mjd, double secondsOfDay) {
+  unsigned short week = 0, dayOfYear = 0;
+  double secOfWeek = 0, fractionOfDay = 0;
+  S_GregorianTime date;
+  C_GnssTime::MjdToGPS(mjd, 0, week, secOfWeek);
+  C_GnssTime::GpsToOthers(week, secOfWeek, date, dayOfYear, mjd, fractionOfDay);
+  NoteDate(date.year, date.month, date.day, secondsOfDay);
+}
+
+// The day of the week is that within three days of the last one.
+void StreamClock::NoteTimeOfWeek(double gpsSeconds) {
+  constexpr int kDays = 7;
+  const unsigned int today = m_firstDate ? *m_mjdOfDay0 + static_cast<unsigned int>(m_day) : kLastLeapSecondMjd;
+  double utc = gpsSeconds - LeapSecondsOn(today);
+  if (utc < 0) utc += kDays * kSecondsPerDay;
+  const int dayOfWeek = static_cast<int>(utc / kSecondsPerDay);
+  const double secondsOfDay = utc - dayOfWeek * kSecondsPerDay;
+  if (!m_firstDate) return NoteTimeOfDay(secondsOfDay);
+  const int dayOfToday = static_cast<int>((today + 3) % kDays);  // MJD 4 is a Sunday
+  m_day += (dayOfWeek - dayOfToday + kDays + 3) % kDays - 3;
+  m_secondsOfDay = secondsOfDay;
 }
 
 void StreamClock::NoteTimeOfDay(double secondsOfDay) {

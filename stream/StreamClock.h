@@ -1,17 +1,20 @@
-// The time of a stream, from the sentences that carry one. The machine's clock has no part in it.
+// The time of a stream, from the sentences and RTCM 3 messages that carry one. The machine's clock has no part in it.
 #ifndef VELAGNSS_STREAM_STREAM_CLOCK_H
 #define VELAGNSS_STREAM_STREAM_CLOCK_H
 
 #include <optional>
 
 #include "geo/GnssTime.h"
+#include "rtcm3/Rtcm3Records.h"
 #include "textproto/NMEA_Records.h"
 #include "velagnss_export.h"
 
 namespace velagnss {
 
 // The time of day comes from GGA, GNS, GLL, RMC and ZDA, the date from ZDA and from an RMC that is not marked void (a
-// receiver without a fix may send any date). Between dates, days are counted by the steps across midnight.
+// receiver without a fix may send any date). Between dates, days are counted by the steps across midnight. Of RTCM 3,
+// observations carry the time of day or week, once their week is known also the date, and the messages 1013 and 1029
+// both. GPS time is converted to UTC with the table of geo/LeapSeconds.h.
 class VELAGNSS_API StreamClock {
  public:
   // Whether a number of seconds can be a time of day: from 0 to the end of a leap second.
@@ -23,6 +26,13 @@ class VELAGNSS_API StreamClock {
   void Note(const S_GLL_Data& record);
   void Note(const S_RMC_Data& record);
   void Note(const S_ZDA_Data& record);
+
+  // The same from a message of RTCM 3. Once the stream has carried a date, only the time of week of observations
+  // counts: the week that a decoder has completed for them may come from a rough seed. 1013 and 1029 have whole seconds
+  // and do not set the clock back by less than 10 s.
+  void Note(const Rtcm3Observations& record);
+  void Note(const Rtcm3SystemParameters& record);
+  void Note(const Rtcm3Message& record);
 
   // UTC seconds since the midnight before the first time of the stream, on a scale that knows no midnight; NaN before
   // the first time.
@@ -47,6 +57,9 @@ class VELAGNSS_API StreamClock {
 
  private:
   void NoteTimeOfDay(double secondsOfDay);
+  void NoteDay(unsigned int mjd, double secondsOfDay);
+  void NoteWholeSeconds(unsigned int mjd, double secondsOfDay);
+  void NoteTimeOfWeek(double gpsSeconds);
   void NoteDate(unsigned short year, unsigned char month, unsigned char day, double secondsOfDay);
 
   int m_day = 0;  // days since the first time came

@@ -1,5 +1,6 @@
 #include "apps/velagnss/account/AccountJson.h"
 
+#include "apps/velagnss/account/ObservationReport.h"
 #include "apps/velagnss/account/PointReportJson.h"
 #include "apps/velagnss/text/RejectionNumber.h"
 #include "apps/velagnss/text/Units.h"
@@ -33,17 +34,7 @@ void WriteTime(C_JsonWriter& json, const C_StreamAccount& account) {
   json.Key("duration_s").Number(account.Duration());
   json.Key("usual_step_s").Number(account.Epochs().Interval());
   json.Key("gap_count").Integer(account.Epochs().GapCount());
-  json.Key("gaps").BeginArray();
-  for (const S_TimeGap& gap : account.Epochs().Gaps()) {
-    json.BeginObject();
-    json.Key("offset").Integer(gap.offset);
-    json.Key("from").String(account.TimeText(gap.from).Text());
-    json.Key("to").String(account.TimeText(gap.to).Text());
-    // Whole milliseconds: the difference of two times of day has rounding errors in its last digits.
-    json.Key("seconds").Number(static_cast<double>(gap.Milliseconds()) / 1000);
-    json.EndObject();
-  }
-  json.EndArray();
+  WriteGaps(json, account, account.Epochs());
   json.EndObject();
 }
 
@@ -116,6 +107,7 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account, const C_Po
   WriteMessages(json, account);
   WriteTime(json, account);
   WritePosition(json, account);
+  WriteObservations(json, account);
   WriteIntegrity(json, account);
   if (points != nullptr) WritePoints(json, *points);
   json.EndObject();

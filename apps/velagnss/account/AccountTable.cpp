@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "apps/velagnss/account/ObservationReport.h"
+#include "apps/velagnss/account/TableLine.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/text/Units.h"
 #include "stream/Names.h"
@@ -14,16 +16,6 @@ namespace {
 
 // Rows of gaps and of skipped ranges without -v.
 constexpr std::size_t kShortList = 10;
-
-template <class... Arguments>
-void Line(std::string& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-  fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
-  text += '\n';
-}
-
-std::string NumberText(double value, int decimals) {
-  return std::isfinite(value) ? fmt::format("{:.{}f}", value, decimals) : "-";
-}
 
 void AppendRest(std::string& table, std::uint64_t count, std::size_t shown) {
   if (count > shown) Line(table, "  and {} more", count - shown);
@@ -52,16 +44,10 @@ void AppendMessages(std::string& table, const C_StreamAccount& account, bool are
 
 void AppendTime(std::string& table, const C_StreamAccount& account, std::size_t maxRows) {
   if (!account.Epochs().First()) return;
-  const std::vector<S_TimeGap> gaps = account.Epochs().Gaps();
   Line(table, "\n  first time  {}", account.TimeText(*account.Epochs().First()).Text());
   Line(table, "  last time   {}", account.TimeText(*account.Epochs().Last()).Text());
   Line(table, "  interval    {} s, gaps {}", account.Epochs().Interval(), account.Epochs().GapCount());
-  const std::size_t shown = std::min(maxRows, gaps.size());
-  for (std::size_t i = 0; i < shown; ++i) {
-    const S_TimeGap& gap = gaps[i];
-    Line(table, "  {:>14}  gap of {:.3f} s after {}", gap.offset, gap.to - gap.from, account.TimeText(gap.from).Text());
-  }
-  AppendRest(table, account.Epochs().GapCount(), shown);
+  AppendGaps(table, account, account.Epochs(), maxRows);
 }
 
 void AppendPosition(std::string& table, const C_StreamAccount& account) {
@@ -119,6 +105,7 @@ std::string AccountTable(const C_StreamAccount& account, bool isLong) {
   AppendMessages(table, account, false);
   AppendTime(table, account, maxRows);
   AppendPosition(table, account);
+  AppendObservations(table, account, maxRows);
   AppendIntegrity(table, account, maxRows);
   return table;
 }

@@ -6,18 +6,19 @@ namespace {
 constexpr double kGapFactor = 1.5;        // of the interval
 constexpr std::size_t kMaxSteps = 10000;  // different lengths that are counted
 constexpr long kMaxLate = 10000;          // ms that a sentence may be late, as in tracks
+constexpr long kMaxApart = 4;             // ms between the times of one epoch in messages of different systems
 constexpr std::size_t kMaxStepsKept = 1000;
 
 }  // namespace
 
 void C_EpochSteps::Note(std::uint64_t offset, double seconds) {
   if (std::isnan(seconds)) return;
-  if (!m_first) m_first = seconds;
-  const S_TimeGap step{offset, m_last.value_or(seconds), seconds};
+  if (!m_first) m_first = m_last = seconds;
+  const S_TimeGap step{offset, *m_last, seconds};
   const long length = step.Milliseconds();
-  if (length < 0 && length >= -kMaxLate) return;
+  if (length >= -kMaxLate && length <= kMaxApart) return;
   m_last = seconds;
-  if (length <= 0) return;
+  if (length < 0) return;
   Count(length);
   Keep(step);
 }

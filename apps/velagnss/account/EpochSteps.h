@@ -18,7 +18,8 @@ struct S_TimeGap {
   long Milliseconds() const { return std::lround((to - from) * 1000); }
 };
 
-// A sentence that is late by up to 10 s is not a step.
+// A message that is late by up to 10 s is not a step, nor are up to 4 ms: receivers give the systems of one epoch times
+// that differ by some milliseconds.
 class C_EpochSteps {
  public:
   void Note(std::uint64_t offset, double seconds);

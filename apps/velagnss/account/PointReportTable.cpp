@@ -5,21 +5,12 @@
 #include <cmath>
 
 #include "apps/velagnss/account/PointNames.h"
+#include "apps/velagnss/account/TableLine.h"
 #include "apps/velagnss/text/Units.h"
 #include "stream/Names.h"
 
 namespace Host {
 namespace {
-
-template <class... Arguments>
-void Line(std::string& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-  fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
-  text += '\n';
-}
-
-std::string Fixed(double value, int decimals) {
-  return std::isfinite(value) ? fmt::format("{:.{}f}", value, decimals) : "-";
-}
 
 std::string Place(double latitude, double longitude, double height) {
   return fmt::format("{} {} deg, {} m", Fixed(latitude * kDegreesPerRadian, 8), Fixed(longitude * kDegreesPerRadian, 8),

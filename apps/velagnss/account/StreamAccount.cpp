@@ -28,6 +28,7 @@ void C_StreamAccount::OnFrame(const S_FrameRecord& record) {
   if (record.decoded.hasDataError) ++entry.faults;
   m_epochs.Note(record.frame.offset, record.clock.Seconds());
   m_position.Note(record.decoded.record);
+  m_observations.Note(record);
 }
 
 // A linear search: a stream carries some tens of message types at most.

@@ -10,6 +10,7 @@
 
 #include "apps/velagnss/account/BoundedList.h"
 #include "apps/velagnss/account/EpochSteps.h"
+#include "apps/velagnss/account/ObservationSummary.h"
 #include "apps/velagnss/account/PositionSummary.h"
 #include "apps/velagnss/pipeline/RecordConsumer.h"
 #include "apps/velagnss/text/MessageNames.h"
@@ -76,6 +77,7 @@ class C_StreamAccount : public C_RecordConsumer {
   double RateOf(std::uint64_t count) const;
 
   std::optional<S_PositionSummary> Position() const { return m_position.Summary(); }
+  const C_ObservationSummary& Observations() const { return m_observations; }
 
   const C_BoundedList<S_FalseStart>& FalseStarts() const { return m_falseStarts; }
   const C_BoundedList<S_SkippedBytes>& Skipped() const { return m_skipped; }
@@ -90,6 +92,7 @@ class C_StreamAccount : public C_RecordConsumer {
   std::vector<S_MessageCount> m_messages;
   C_EpochSteps m_epochs;
   C_PositionSummary m_position;
+  C_ObservationSummary m_observations;
   C_BoundedList<S_FalseStart> m_falseStarts;
   C_BoundedList<S_SkippedBytes> m_skipped;
   std::uint64_t m_checksumErrors = 0;
