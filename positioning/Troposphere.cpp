@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace velagnss::positioning {
+namespace velagnss {
 namespace {
 
 constexpr double kSeaLevelPressure = 1013.25;    // hPa
@@ -33,4 +33,4 @@ double TroposphericDelay(double latitude, double height, double elevation) {
   return (dry + wet) * 1.001 / std::sqrt(0.002001 + sine * sine);
 }
 
-}  // namespace velagnss::positioning
+}  // namespace velagnss

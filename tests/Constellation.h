@@ -131,7 +131,7 @@ class Receiver {
     place.ElevationAndAzimuth(orbit.state.position, false, elevation, azimuth);
     if (elevation < mask) return;
     const double range =
-        (flight + clock - orbit.state.clockOffset) * kC + velagnss::positioning::TroposphericDelay(0.8, 400, elevation);
+        (flight + clock - orbit.state.clockOffset) * kC + velagnss::TroposphericDelay(0.8, 400, elevation);
     const auto measured = [&](const char* code, double f) {
       velagnss::PointRange result;
       result.code[0] = code[0], result.code[1] = code[1];

@@ -218,7 +218,6 @@ TEST(SolvedSatellites, MaskAnglesAndSystems) {
 // Saastamoinen's hydrostatic delay of a standard atmosphere is 2.31 m at the sea, the rest is vapor; at 10 degrees the
 // path is 5.6 times as long as at the zenith (Niell's functions give 5.59).
 TEST(Troposphere, HasTheKnownSize) {
-  using positioning::TroposphericDelay;
   EXPECT_NEAR(TroposphericDelay(kPi / 4, 0, kPi / 2), 2.307 + 0.08, 0.03);
   EXPECT_NEAR(TroposphericDelay(kPi / 4, 0, 10 * kPi / 180) / TroposphericDelay(kPi / 4, 0, kPi / 2), 5.59, 0.03);
   EXPECT_NEAR(TroposphericDelay(kPi / 4, 5500, kPi / 2), 2.307 / 2, 0.03);  // half of the pressure

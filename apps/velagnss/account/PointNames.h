@@ -12,7 +12,7 @@ namespace Host {
 // As RINEX names it: "G05", "J02" for QZSS 194.
 std::string PointSatelliteName(unsigned int system, unsigned int svId);
 
-// The most frequent reason, in words; empty if it was always used, or if no epoch was solved.
+// The most frequent reason, in words; empty if there is none.
 std::string_view WhyUnused(const S_PointSatellite& satellite);
 
 }  // namespace Host

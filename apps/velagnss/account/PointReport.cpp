@@ -84,11 +84,12 @@ void C_PointReport::NoteSolution(const velagnss::PointSolution& solution) {
     const velagnss::PointSatellite& satellite = solution.satellites[i];
     S_PointSatellite& known = m_satellites[{satellite.system, satellite.svId}];
     ++known.epochs;
+    const bool isUsed = satellite.use == velagnss::PointUse::Used;
+    if (isSolved || !isUsed) ++known.uses[static_cast<std::size_t>(satellite.use)];
     if (!isSolved) continue;
-    ++known.uses[static_cast<std::size_t>(satellite.use)];
     if (!IsNotAvailable(satellite.azimuth)) known.azimuth = satellite.azimuth;
     if (!IsNotAvailable(satellite.elevation)) known.elevation = satellite.elevation;
-    if (satellite.use != velagnss::PointUse::Used) continue;
+    if (!isUsed) continue;
     for (S_MeanSquare* residuals : {&known.residuals, &m_systems[satellite.system].residuals, &m_residuals})
       residuals->Add(satellite.residual);
   }
