@@ -38,13 +38,19 @@ std::string Sample() {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The sample's frames of one protocol, each with a whole line end.
-std::string OnlyOf(C_RawDataMessage::eProtocols protocol) {
+bool IsMsm7(const Frame& frame) {
+  return frame.protocol == C_RawDataMessage::eRTCM3_x && frame.message % 10 == 7 && frame.message >= 1077 &&
+         frame.message <= 1137;
+}
+
+// The sample's frames for which `isWanted` holds, each with a whole line end.
+template <class Wanted>
+std::string OnlyThose(const Wanted& isWanted) {
   std::string kept;
   FrameReader reader;
   ReadAll(reader, Sample(), 4096, [&](FrameReader& source) {
     while (const Frame* frame = source.NextFrame())
-      if (frame->protocol == protocol) kept.append(frame->data, frame->data + frame->length) += '\n';
+      if (isWanted(*frame)) kept.append(frame->data, frame->data + frame->length) += '\n';
   });
   return kept;
 }
@@ -83,12 +89,15 @@ void Decoding(benchmark::State& state, const std::string& unit) {
 
 int main(int argc, char** argv) {
   const std::string mixed = Sample();
-  const std::string sentences = OnlyOf(C_RawDataMessage::eNMEA0183);
+  const std::string sentences =
+      OnlyThose([](const Frame& frame) { return frame.protocol == C_RawDataMessage::eNMEA0183; });
+  const std::string observations = OnlyThose(&IsMsm7);
   benchmark::RegisterBenchmark("ReadMixed", Reading, mixed, false)->Arg(1)->Arg(32)->Arg(1024)->Arg(1 << 18);
   benchmark::RegisterBenchmark("ReadMixedAndEvents", Reading, mixed, true)->Arg(1 << 18);
   benchmark::RegisterBenchmark("ReadSentences", Reading, sentences, false)->Arg(1024);
   benchmark::RegisterBenchmark("DecodeMixed", Decoding, mixed)->Arg(1 << 18);
   benchmark::RegisterBenchmark("DecodeSentences", Decoding, sentences)->Arg(1024);
+  benchmark::RegisterBenchmark("DecodeMsm7", Decoding, observations)->Arg(1 << 18);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
 }

@@ -322,7 +322,11 @@ void RecordDecoder::Impl::DecodeRtcm(const Frame& frame) {
   SetResult(decoded.result);
   m_decoded.isWeekUnresolved = decoded.result == eResultNoSeed;
   m_decoded.hasDataError = decoded.result != eResultOk && !m_decoded.isWeekUnresolved;
-  std::visit([this](const auto& record) { KeepRtcm(record); }, decoded.record);
+  const auto keep = [this](const auto* record) {
+    if (record != nullptr) KeepRtcm(*record);
+  };
+  // std::visit would bring exceptions into the library.
+  [&keep]<class... T>(const std::variant<T...>& record) { (keep(std::get_if<T>(&record)), ...); }(decoded.record);
 }
 
 // A message that has no decoder has no result either.

@@ -125,7 +125,7 @@ TEST(Allocation, NothingInReaderAndDecoder) {
     decoder.Restart();
   }
   EXPECT_EQ(allocations, before);
-  EXPECT_EQ(frames, 29U * 2 * 8);
+  EXPECT_EQ(frames, 29U * 2 * 10);
 }
 
 TEST(Allocation, NothingInContentsOfRtcm3) {

@@ -68,7 +68,7 @@ TEST(RecordDecoder, GivesEachMessageItsRecord) {
     return names;
   };
   const std::map<std::string, std::set<std::string>> expected = {
-      {"rtcm raw", {"RTCM1021", "RTCM4072"}},
+      {"rtcm raw", {"RTCM4072"}},
       {"station full 0", {"RTCM1005", "RTCM1006"}},
       {"observations full 0", {"RTCM1077", "RTCM1087", "RTCM1097", "RTCM1127"}},
       {"rtcm kepler full 0", {"RTCM1019"}},

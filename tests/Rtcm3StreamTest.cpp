@@ -95,7 +95,7 @@ TEST_ROWS(Rtcm3Frame, HasItsResult, kFrames, row) {
 TEST(Rtcm3InAStream, SharesDates) {
   const auto week = [](Stream& stream) {
     const DecodedFrame& decoded = stream.Rtcm(kEphemeris);
-    return std::pair(decoded.week, stream.Get<Rtcm3KeplerEphemeris>(decoded).ephemeris.ToeWeek);
+    return std::pair(decoded.week, stream.Get<Rtcm3KeplerEphemeris>(decoded).ephemeris.TxWeek);
   };
   Stream stream;
   stream.Zda();
