@@ -114,7 +114,7 @@ TEST(PointReport, JsonAndTable) {
   ALGO::LocalToEcefDelta(3, 4, -2, 0.8, 0.2, dx, dy, dz);
   stream.GiveStation(receiver.place.Cartesian() + C_Vector3(dx, dy, dz));
   for (int i = 0; i < 3; ++i) {
-    auto ranges = receiver.Measure(kToe + 600 + i);
+    auto ranges = receiver.Measure(kToe + 600 + i, 0.25);
     ranges[0].first.range += 200;
     stream.GiveEpoch(ranges, kToe + 600 + i);
   }

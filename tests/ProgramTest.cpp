@@ -367,7 +367,7 @@ TEST_F(Program, WritesWhatTheSchemaAllows) {
   Write("damaged", Damaged(ReadHostFile("samples/session.bin")));
   const std::string runs[] = {"velagnss decode --events $S damaged",  "velagnss decode --acks --hex --seed 2314:0 $S",
                               "velagnss decode --frames --hex $S",    "velagnss decode --msg BIN95,BIN25,BIN93 $S",
-                              "tail -c 5000 $S | velagnss decode",    "velagnss stat --json $S damaged",
+                              "tail -c 5000 $S | velagnss decode",    "velagnss stat --json --positions $S damaged",
                               "velagnss geo convert --json 1 2 3",    "velagnss geo inverse --json --radians 1 0 1 1",
                               "velagnss geo look --json 1 2 3 4 5 6", "echo 2024-05-06 | velagnss geo time --json"};
   for (const std::string& run : runs)
