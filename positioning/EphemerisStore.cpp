@@ -47,6 +47,14 @@ struct Entry {
   bool isWeekKnown = false;
 };
 
+// Like std::visit, which would bring an exception with it.
+template <class Visit>
+auto Apply(const Ephemeris& ephemeris, const Visit& visit) {
+  if (const auto* const kepler = std::get_if<Rtcm3KeplerEphemeris>(&ephemeris)) return visit(*kepler);
+  if (const auto* const pva = std::get_if<S_IFPvaEphRec>(&ephemeris)) return visit(*pva);
+  return visit(std::monostate());
+}
+
 struct Satellite {
   std::array<Entry, kKept> entries;
   std::size_t next = 0;  // the oldest one
@@ -105,7 +113,7 @@ struct Question {
 
 double AgeOf(const Entry& entry, const C_GnssTime& time, unsigned char leapSeconds) {
   const Question question{time, leapSeconds, entry.isWeekKnown};
-  return std::visit([&question](const auto& e) { return question.Age(e); }, entry.ephemeris);
+  return Apply(entry.ephemeris, [&question](const auto& e) { return question.Age(e); });
 }
 
 }  // namespace
@@ -161,7 +169,7 @@ OrbitResult EphemerisStore::Find(ALGO::eGNSSSystem system, unsigned char svId, c
     return AgeOf(a, time, leapSeconds) < AgeOf(b, time, leapSeconds);
   });
   const Question question{time, leapSeconds, nearest.isWeekKnown};
-  return std::visit([&](const auto& e) { return question.Answer(e, orbit); }, nearest.ephemeris);
+  return Apply(nearest.ephemeris, [&](const auto& e) { return question.Answer(e, orbit); });
 }
 
 void EphemerisStore::Clear() {

@@ -32,9 +32,9 @@ constexpr Choice kChoices[kSystems] = {
     {"5A", "9A"},
 };
 
-std::size_t RankOf(std::string_view codes, std::string_view code) {
+std::size_t RankOf(std::string_view codes, const char* code) {
   for (std::size_t i = 0; i + 1 < codes.size(); i += 2)
-    if (codes.substr(i, 2) == code) return i;
+    if (codes[i] == code[0] && codes[i + 1] == code[1]) return i;
   return codes.npos;
 }
 

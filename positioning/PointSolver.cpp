@@ -50,6 +50,14 @@ double Corrected(const PointRange& range, const SatelliteOrbit& orbit) {
   return range.range - kSpeedOfLight * GroupDelay(*orbit.kepler, range.code[0], range.frequency);
 }
 
+// From the time that the satellite's clock shows to the true one, less than a millisecond apart.
+void CorrectTime(SatelliteState& state) {
+  C_Vector3 way = state.velocity;
+  way.Scale(-state.clockOffset);
+  state.position += way;
+  state.clockOffset -= state.clockDrift * state.clockOffset;
+}
+
 PointUse UseBy(OrbitResult result) {
   switch (result) {
     case OrbitResult::Ok:
@@ -135,22 +143,16 @@ void PointSolver::Impl::Solve(const PointEpoch& epoch, const EphemerisStore& eph
 // A signal leaves when the satellite's clock shows receiver time minus pseudorange / c, whatever the receiver's clock
 // error is: it is in both.
 void PointSolver::Impl::FindStates(const PointEpoch& epoch, const EphemerisStore& ephemerides) {
-  const bool hasWeek = !IsNotAvailable(epoch.time.m_week);
   for (std::size_t i = 0; i < m_solution.numSatellites; ++i) {
     const PointRanges& ranges = epoch.satellites[i];
     PointSatellite& satellite = m_solution.satellites[i];
     SatelliteOrbit& orbit = m_equations[i].orbit;
     satellite.system = ranges.system;
     satellite.svId = ranges.svId;
-    const double flight = (Has(ranges.first) ? ranges.first : ranges.second).range / kSpeedOfLight;
-    const auto find = [&](double before) {
-      C_GnssTime time = epoch.time;
-      time.m_secOfWeek -= before;
-      if (hasWeek) time = time - 0.0;
-      return ephemerides.Find(ranges.system, ranges.svId, time, epoch.leapSeconds, orbit);
-    };
-    satellite.use = UseBy(find(flight));
-    if (satellite.use == PointUse::Used) satellite.use = UseBy(find(flight + orbit.state.clockOffset));
+    C_GnssTime sent = epoch.time;
+    sent.m_secOfWeek -= (Has(ranges.first) ? ranges.first : ranges.second).range / kSpeedOfLight;
+    satellite.use = UseBy(ephemerides.Find(ranges.system, ranges.svId, sent, epoch.leapSeconds, orbit));
+    if (satellite.use == PointUse::Used) CorrectTime(orbit.state);
   }
 }
 

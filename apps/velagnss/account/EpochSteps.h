@@ -18,8 +18,8 @@ struct S_TimeGap {
   long Milliseconds() const { return std::lround((to - from) * 1000); }
 };
 
-// A message that is late by up to 10 s is not a step, nor are up to 4 ms: receivers give the systems of one epoch times
-// that differ by some milliseconds.
+// A message that is up to 10 s late is not a step. Nor is a difference of up to 4 ms: receivers send the systems of one
+// epoch with times that differ by some milliseconds.
 class C_EpochSteps {
  public:
   void Note(std::uint64_t offset, double seconds);
