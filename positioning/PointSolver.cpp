@@ -26,6 +26,7 @@ constexpr double kMaxPdop = 50;
 constexpr double kSettled = 1e-4;  // m, of the last step
 constexpr double kNear = 1000;     // m, of a step after which elevations are known well enough
 constexpr unsigned int kMaxSteps = 20;
+constexpr double kFarthest = 1e8;  // m, from the Earth's center
 
 // The unknowns: three coordinates and a clock for each system that is used.
 constexpr unsigned int kAxes = 3;
@@ -217,6 +218,7 @@ PointResult PointSolver::Impl::Approach(double limit, bool isRough) {
     Linearize(isRough);
     if (!CountUsed()) return PointResult::TooFew;
     if (IsReached(limit, step)) return PointResult::Ok;
+    if (!(Position().Norm() < kFarthest)) return PointResult::Diverged;
   }
   return PointResult::Diverged;
 }
@@ -294,10 +296,12 @@ void PointSolver::Impl::Accumulate(bool isWeighted) {
       for (unsigned int b = 0; b < 4; ++b) m_normal(places[a], places[b]) += weight * values[a] * values[b];
     }
   });
-  // Satellites in one direction would make the matrix singular. This keeps it regular, far below what a usable geometry
-  // has, and slows the iteration by nothing that can be seen.
+  // Satellites in one direction would make the matrix singular. This keeps it regular, is far below what a usable
+  // geometry has, and slows the iteration by nothing that can be seen.
   constexpr double kRegular = 1e-9;
-  for (unsigned int k = 0; k < m_unknowns; ++k) m_normal(k, k) *= 1 + kRegular;
+  double greatest = 0;
+  for (unsigned int k = 0; k < m_unknowns; ++k) greatest = std::max(greatest, m_normal(k, k));
+  for (unsigned int k = 0; k < m_unknowns; ++k) m_normal(k, k) += kRegular * greatest;
 }
 
 bool PointSolver::Impl::IsReached(double limit, double& step) {
