@@ -38,6 +38,10 @@ std::size_t RankOf(std::string_view codes, const char* code) {
   return codes.npos;
 }
 
+bool IsChosen(const Choice& choice, const char* code) {
+  return RankOf(choice.first, code) != choice.first.npos || RankOf(choice.second, code) != choice.second.npos;
+}
+
 // Keeps the better one of two signals.
 void Prefer(std::string_view codes, const Rtcm3Signal& signal, PointRange& range) {
   const std::size_t rank = RankOf(codes, signal.code);
@@ -104,7 +108,8 @@ void PointEpochs::Impl::Add(const Rtcm3Observations& observations) {
     const Rtcm3Satellite& satellite = observations.satellites[signal.satellite];
     if (satellite.system >= kSystems || IsNotAvailable(satellite.svId) || !IsUsable(signal)) continue;
     const Choice& choice = kChoices[satellite.system];
-    PointRanges* const ranges = choice.first.empty() ? nullptr : RangesOf(satellite.system, satellite.svId);
+    if (!IsChosen(choice, signal.code)) continue;
+    PointRanges* const ranges = RangesOf(satellite.system, satellite.svId);
     if (ranges == nullptr) continue;
     Prefer(choice.first, signal, ranges->first);
     Prefer(choice.second, signal, ranges->second);

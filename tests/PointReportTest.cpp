@@ -149,16 +149,4 @@ TEST(PointReport, JsonAndTable) {
     EXPECT_NE(table.find(part), std::string::npos) << part << '\n' << table;
 }
 
-TEST(PointReport, OfNothing) {
-  Stream stream;
-  stream.End();
-  Host::C_JsonWriter writer;
-  writer.BeginObject();
-  Host::WritePoints(writer, stream.report);
-  writer.EndObject();
-  const json points = json::parse(writer.Text())["positions"];
-  EXPECT_TRUE(points["mean"].is_null() && points["errors"].is_null() && points["station"].is_null());
-  EXPECT_TRUE(points["pdop"].is_null());
-}
-
 }  // namespace

@@ -52,8 +52,6 @@ Record Text() {
   return record;
 }
 
-Record Biases() { return Numbered<Rtcm3GlonassBiases>(1230); }
-
 Record Residuals() {
   auto record = Numbered<Rtcm3Residuals>(1031);
   record.system = ALGO::GNSS_GLONASS;
@@ -122,12 +120,6 @@ Record Corrections() {
   return record;
 }
 
-Record Station() {
-  auto record = Numbered<Rtcm3Station>(1005);
-  record.servesGps = 1;
-  return record;
-}
-
 struct S_RecordCase {
   const char* name;
   const char* message;
@@ -136,11 +128,9 @@ struct S_RecordCase {
 };
 // clang-format off
 const S_RecordCase kRecords[] = {
-    {"Station", "1005", &Station, R"({"serves_gps":1,"serves_glonass":null,"x_m":null,"physical_station":null,"antenna_height_m":null})"},
     {"Antenna", "1033", &Antenna, R"({"station":7,"antenna":"TRM55971.00     NONE","receiver":"N\u00c4VI \"2\"","firmware":null})"},
     {"Parameters", "1013", &Parameters, R"({"mjd":60448,"second_of_day_s":86399,"leap_seconds_s":null,"announcements":[{"number":1077,"regular":1,"interval_s":0.5}]})"},
     {"Text", "1029", &Text, R"({"characters":1,"text":"\u00c3\u00a4"})"},
-    {"Biases", "1230", &Biases, R"({"aligned":null,"bias_1c_m":null})"},
     {"Residuals", "1031", &Residuals,
      R"({"system":"glonass","satellites":[{"sv":3,"constant_mm":null,"distance_ppm":null,"height_ppm":0.25,"iono_constant_mm":null,"iono_distance_ppm":null}]})"},
     {"Observations", "1084", &Observations,
@@ -156,7 +146,7 @@ const S_RecordCase kRecords[] = {
     {"Orbits", "1258", &Corrections<1258>, R"({"satellites":[
        {"sv":5,"ephemeris_issue":null,"ephemeris_toe_s":null,"radial_m":-0.1,"along_track_m":null,"cross_track_m":null,"radial_m_per_s":null,"along_track_m_per_s":null,"cross_track_m_per_s":null},
        {"sv":0,"ephemeris_issue":null,"ephemeris_toe_s":null,"radial_m":null,"along_track_m":null,"cross_track_m":null,"radial_m_per_s":null,"along_track_m_per_s":null,"cross_track_m_per_s":null}]})"},
-    {"Biases2", "1260", &Corrections<1260>, R"({"satellites":[{"sv":5,"biases":[]},{"sv":0,"biases":[{"signal":null,"number":9,"bias_m":1.25}]}]})"},
+    {"Biases", "1260", &Corrections<1260>, R"({"satellites":[{"sv":5,"biases":[]},{"sv":0,"biases":[{"signal":null,"number":9,"bias_m":1.25}]}]})"},
     {"Accuracy", "1262", &Corrections<1262>, R"({"satellites":[{"sv":5,"accuracy_index":null,"accuracy_m":null},{"sv":0,"accuracy_index":null,"accuracy_m":null}]})"},
     {"HighRate", "1263", &Corrections<1263>, R"({"satellites":[{"sv":5,"high_rate_clock_m":null},{"sv":0,"high_rate_clock_m":null}]})"},
     {"Clocks", "1259", &Corrections<1259>, R"({"satellites":[{"sv":5,"clock_m":0.5,"clock_m_per_s":null,"clock_m_per_s2":null},{"sv":0,"clock_m":null,"clock_m_per_s":null,"clock_m_per_s2":null}]})"},

@@ -27,7 +27,7 @@ double ReferenceOf(const S_IFKeplerEphRec& record) {
 double ReferenceOf(const S_IFPvaEphRec& record) {
   const double time = SecondsOf(record.RefWeek, record.RefTime);
   if (record.TimeSystem != ALGO::GNSS_GLONASS) return time;
-  const double utc = time - kGlonassAhead;
+  const double utc = std::max(time - kGlonassAhead, 0.0);  // a wrong date may lie before the GPS epoch
   return utc + LeapSecondsOn(kMjdOfGpsEpoch + static_cast<unsigned int>(utc / kSecondsPerDay));
 }
 

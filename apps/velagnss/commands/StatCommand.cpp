@@ -113,7 +113,7 @@ const S_CommandEntry kStatCommand = {
     "stat",
     "What is in the inputs, how much of it is damaged, and where.\n\n"
     "Examples:\n"
-    "  velagnss stat session.bin                   counts, rates, gaps, mean position, damage\n"
+    "  velagnss stat session.bin                   counts, rates, gaps, stations, positions, damage\n"
     "  velagnss stat --positions base.rtcm3        is the base station where it says it is?\n"
     "  velagnss -v stat session.bin                also where each piece of damage is\n"
     "  velagnss stat --json --max-bad 1 *.bin      for scripts: exit code 1 when more than 1 % is damaged\n",
