@@ -20,9 +20,9 @@ namespace velagnss {
 
 // A state and where it comes from.
 struct SatelliteOrbit {
-  SatelliteState state;
-  // For `GroupDelay`; null for GLONASS and SBAS. Valid until the next ephemeris is noted.
-  const Rtcm3KeplerEphemeris* kepler = nullptr;
+  SatelliteState state;                          // at the time asked for
+  const Rtcm3KeplerEphemeris* kepler = nullptr;  // for `GroupDelay`; null for GLONASS and SBAS; valid until the next
+                                                 // ephemeris is noted
 };
 
 // Keeps the last four different ephemerides of each satellite, so that it also serves times shortly before the present:

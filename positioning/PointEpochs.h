@@ -1,8 +1,8 @@
 // From observation messages to the pseudoranges of whole epochs.
 //
-//   if (const velagnss::PointEpoch* epoch = epochs.Note(observations)) Use(*epoch);  // the epoch before
+//   const velagnss::PointEpoch* before = epochs.Note(observations);  // null, or the epoch before
 //   ...
-//   if (const velagnss::PointEpoch* epoch = epochs.Flush()) Use(*epoch);             // the last one
+//   const velagnss::PointEpoch* last = epochs.Flush();
 #ifndef VELAGNSS_POSITIONING_POINT_EPOCHS_H
 #define VELAGNSS_POSITIONING_POINT_EPOCHS_H
 
@@ -24,19 +24,19 @@ struct PointRange {
 
 // The pseudoranges of a satellite on one or two frequencies.
 struct PointRanges {
-  ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;
-  unsigned char svId = NA_U8;  // as in `Rtcm3Satellite`
-  PointRange first;
-  PointRange second;
+  ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;  // of the satellite
+  unsigned char svId = NA_U8;                     // as in `Rtcm3Satellite`
+  PointRange first;                               // see `PointEpochs`
+  PointRange second;                              // likewise
 };
 
 // The pseudoranges of an epoch.
 struct PointEpoch {
-  C_GnssTime time;                // GPS time; the week is NA_U16 as long as no date is known
-  unsigned char leapSeconds = 0;  // GPS time - UTC, from a GLONASS message of the epoch; 18 without one
-  unsigned short station = 0;
-  const PointRanges* satellites = nullptr;
-  std::size_t numSatellites = 0;
+  C_GnssTime time;                          // GPS time; the week is NA_U16 as long as no date is known
+  unsigned char leapSeconds = 0;            // GPS time - UTC, from a GLONASS message of the epoch; 18 without one
+  unsigned short station = 0;               // reference station
+  const PointRanges* satellites = nullptr;  // `numSatellites` of them
+  std::size_t numSatellites = 0;            // at most `PointEpochs::kMaxSatellites`
 };
 
 // Collects the messages of an epoch and chooses two signals of each satellite:

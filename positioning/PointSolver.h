@@ -20,7 +20,7 @@ namespace velagnss {
 
 // Whether an epoch has a position.
 enum class PointResult : unsigned char {
-  Ok,
+  Ok,             // it has
   TooFew,         // satellites: each system needs one more for its clock
   PoorGeometry,   // PDOP above 50
   Contradictory,  // a range is wrong, and too few are left to tell which
@@ -29,7 +29,7 @@ enum class PointResult : unsigned char {
 
 // What a satellite did in a solution.
 enum class PointUse : unsigned char {
-  Used,
+  Used,          // in the solution
   NoEphemeris,   // neither valid nor outdated
   Outdated,      // the nearest ephemeris is too old or too new
   Unhealthy,     // by its ephemeris
@@ -42,12 +42,12 @@ enum class PointUse : unsigned char {
 
 // A satellite of an epoch. Angles are available if the epoch has a position and the satellite a state.
 struct PointSatellite {
-  ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;
-  unsigned char svId = NA_U8;
-  PointUse use = PointUse::NoEphemeris;
-  double azimuth = NA_DOUBLE;    // rad, from north through east
-  double elevation = NA_DOUBLE;  // rad
-  double residual = NA_DOUBLE;   // m, measured - computed range; if used
+  ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;  // as in the epoch
+  unsigned char svId = NA_U8;                     // likewise
+  PointUse use = PointUse::NoEphemeris;           // in this solution
+  double azimuth = NA_DOUBLE;                     // rad, from north through east
+  double elevation = NA_DOUBLE;                   // rad
+  double residual = NA_DOUBLE;                    // m, measured - computed range; if used
 };
 
 // How the ranges of a system were used.
@@ -59,16 +59,16 @@ struct PointSystem {
 
 // The answer to an epoch.
 struct PointSolution {
-  PointResult result = PointResult::TooFew;
-  C_Vector3 position;              // m, ECEF: the phase center of the antenna, roughly
-  double pdop = NA_DOUBLE;         // dilution of precision: in space
-  double hdop = NA_DOUBLE;         // horizontal
-  double vdop = NA_DOUBLE;         // vertical
-  double tdop = NA_DOUBLE;         // of the clock of the first system that is used
-  double residualRms = NA_DOUBLE;  // m, root mean square of the residuals of the used satellites
-  unsigned char numUsed = 0;       // satellites
-  PointSystem systems[7];          // by `ALGO::eGNSSSystem`
-  std::size_t numSatellites = 0;   // set in `satellites`
+  PointResult result = PointResult::TooFew;  // unless Ok, only `satellites` are meaningful
+  C_Vector3 position;                        // m, ECEF: the phase center of the antenna, roughly
+  double pdop = NA_DOUBLE;                   // dilution of precision: in space
+  double hdop = NA_DOUBLE;                   // horizontal
+  double vdop = NA_DOUBLE;                   // vertical
+  double tdop = NA_DOUBLE;                   // of the clock of the first system that is used
+  double residualRms = NA_DOUBLE;            // m, root mean square of the residuals of the used satellites
+  unsigned char numUsed = 0;                 // satellites
+  PointSystem systems[7];                    // by `ALGO::eGNSSSystem`
+  std::size_t numSatellites = 0;             // set in `satellites`
   PointSatellite satellites[PointEpochs::kMaxSatellites];  // in the order of the epoch
 };
 
