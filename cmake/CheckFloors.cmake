@@ -13,6 +13,7 @@ set(rows
   "binproto/"       "binproto/|records/|geo/|${leaves}\\."
   "textproto/"      "textproto/|records/|geo/|${leaves}\\."
   "rtcm3/"          "rtcm3/|records/|geo/|${leaves}\\."
+  "positioning/"    "positioning/|rtcm3/|records/|geo/"
   "framing/"        "framing/|binproto/|textproto/|records/|geo/"
   "stream/"         "stream/|framing/|binproto/|textproto/|rtcm3/|records/|geo/"
   "apps/velagnss/os/"        "${app}os/"
@@ -32,7 +33,7 @@ set(rows
 
 # The installed headers, from the lists that the build uses.
 set(public)
-foreach(folder stream framing binproto textproto rtcm3 geo records)
+foreach(folder stream framing binproto textproto rtcm3 positioning geo records)
   file(READ ${ROOT}/${folder}/CMakeLists.txt lists)
   string(REGEX MATCH "PUBLIC_HEADERS([^A-Z_]|[A-Z][a-zA-Z0-9_]*\\.h)*" headers "${lists}")
   string(REGEX MATCHALL "[A-Za-z0-9_]+\\.h" headers "${headers}")
@@ -57,7 +58,7 @@ function(floor_of file result)
 endfunction()
 
 set(faults 0)
-file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/framing/* ${ROOT}/binproto/* ${ROOT}/textproto/* ${ROOT}/rtcm3/*
+file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/framing/* ${ROOT}/binproto/* ${ROOT}/textproto/* ${ROOT}/rtcm3/* ${ROOT}/positioning/*
   ${ROOT}/geo/* ${ROOT}/records/* ${ROOT}/stream/* ${ROOT}/apps/* ${ROOT}/examples/*)
 list(FILTER files INCLUDE REGEX "\\.(h|cpp)$")
 foreach(file ${files})

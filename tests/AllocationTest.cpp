@@ -10,8 +10,10 @@
 #include "framing/CallbackFrameRecognizer.h"
 #include "geo/Geodesy.h"
 #include "geo/PointCoordinate.h"
+#include "positioning/PointSolver.h"
 #include "rtcm3/Rtcm3Decoder.h"
 #include "stream/RecordDecoder.h"
+#include "tests/Constellation.h"
 #include "tests/Rtcm3Bits.h"
 #include "tests/Streams.h"
 #include "textproto/NMEA_EncodeDecode.h"
@@ -149,6 +151,19 @@ TEST(Allocation, NothingInSentencesOfAnyAddress) {
   }
   EXPECT_EQ(allocations, before);
   EXPECT_EQ(encoded, 5U);
+}
+
+TEST(Allocation, NothingInPositions) {
+  using namespace constellation;
+  Receiver receiver;
+  const auto ephemeris = Kepler(ALGO::GNSS_GPS, 1);
+  receiver.NoteAll();
+  const auto ranges = receiver.Measure(kToe + 600);
+  velagnss::PointSolver solver;
+  const std::size_t before = allocations;
+  receiver.store.Note(ephemeris);
+  EXPECT_EQ(solver.Solve(EpochOf(ranges, kToe + 600), receiver.store).result, velagnss::PointResult::Ok);
+  EXPECT_EQ(allocations, before);
 }
 
 TEST(Allocation, NothingInContentsOfRtcm3) {

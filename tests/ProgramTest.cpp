@@ -403,7 +403,7 @@ TEST_F(Program, WritesWhatTheSchemaAllows) {
                               "velagnss decode --frames --hex $S",
                               "velagnss decode --msg BIN95,BIN25,BIN93 $S",
                               "tail -c 5000 $S | velagnss decode",
-                              "velagnss stat --json $S damaged",
+                              "velagnss stat --json --positions $S damaged",
                               "velagnss geo convert --json 1 2 3",
                               "velagnss geo inverse --json --radians 1 0 1 1",
                               "velagnss geo look --json 1 2 3 4 5 6",

@@ -1,6 +1,7 @@
 #include "apps/velagnss/account/AccountJson.h"
 
 #include "apps/velagnss/account/ObservationReport.h"
+#include "apps/velagnss/account/PointReportJson.h"
 #include "apps/velagnss/text/RejectionNumber.h"
 #include "apps/velagnss/text/Units.h"
 #include "stream/Names.h"
@@ -122,7 +123,7 @@ void WriteTotal(C_JsonWriter& json, const C_StreamAccount& total, std::size_t in
   json.EndLine();
 }
 
-void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
+void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account, const C_PointReport* points) {
   json.BeginObject();
   json.Key("schema").Integer(kSchemaVersion);
   json.Key("report").String("stat");
@@ -132,6 +133,7 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account) {
   WritePosition(json, account);
   WriteObservations(json, account);
   WriteIntegrity(json, account);
+  if (points != nullptr) WritePoints(json, *points);
   json.EndObject();
   json.EndLine();
 }

@@ -2,13 +2,14 @@
 #ifndef VELAGNSS_APPS_ACCOUNT_JSON_H
 #define VELAGNSS_APPS_ACCOUNT_JSON_H
 
+#include "apps/velagnss/account/PointReport.h"
 #include "apps/velagnss/account/StreamAccount.h"
 #include "apps/velagnss/text/JsonWriter.h"
 
 namespace Host {
 
-// A line.
-void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account);
+// A line. `points` may be null: then there is no member "positions".
+void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account, const C_PointReport* points = nullptr);
 
 // A line, the counts of a total of so many inputs.
 void WriteTotal(C_JsonWriter& json, const C_StreamAccount& total, std::size_t inputs);

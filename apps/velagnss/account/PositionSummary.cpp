@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "apps/velagnss/text/Units.h"
 #include "geo/Geodesy.h"
@@ -28,14 +29,6 @@ bool IsFix(const S_GLL_Data& gll) { return gll.status < eNmeaGllNotValid || gll.
 
 // The marker of a missing value is outside as well.
 bool IsWithin(double value, double limit) { return value >= -limit && value <= limit; }
-
-// The smallest value that `share` of the values do not exceed.
-double Quantile(std::vector<double>& values, double share) {
-  const auto rank = static_cast<std::size_t>(std::ceil(share * static_cast<double>(values.size())));
-  const auto place = values.begin() + static_cast<std::ptrdiff_t>(std::max<std::size_t>(rank, 1) - 1);
-  std::nth_element(values.begin(), place, values.end());
-  return *place;
-}
 
 }  // namespace
 
@@ -83,17 +76,7 @@ void C_PositionSummary::Add(double latitude, double longitude, double altitude, 
   for (std::size_t i = 0; i < m_products.size(); ++i) m_products[i] += products[i];
   m_meanAltitude += (altitude - m_meanAltitude) / static_cast<double>(m_count);
   m_hasHeight = m_hasHeight && hasSeparation;
-  Keep(point.Cartesian());
-}
-
-void C_PositionSummary::Keep(const C_Vector3& position) {
-  if ((m_count - 1) % m_stride != 0) return;
-  if (m_kept.size() == kMaxKept) {
-    for (std::size_t i = 0; i < kMaxKept / 2; ++i) m_kept[i] = m_kept[2 * i];
-    m_kept.resize(kMaxKept / 2);
-    m_stride *= 2;
-  }
-  m_kept.push_back(position);  // the fix after an even number of kept ones: also a multiple of the doubled stride
+  m_kept.Add(point.Cartesian());
 }
 
 std::optional<S_PositionSummary> C_PositionSummary::Summary() const {
@@ -117,8 +100,8 @@ std::optional<S_PositionSummary> C_PositionSummary::Summary() const {
 void C_PositionSummary::SetRadii(S_PositionSummary& summary) const {
   C_PointCoordinate mean(C_PointCoordinate::COORD_CARTESIAN, m_mean);
   std::vector<double> distances;
-  distances.reserve(m_kept.size());
-  for (const C_Vector3& position : m_kept) distances.push_back(mean.RangeLocal(position).Norm2());
+  distances.reserve(m_kept.Kept().size());
+  for (const C_Vector3& position : m_kept.Kept()) distances.push_back(mean.RangeLocal(position).Norm2());
   summary.radius50 = Quantile(distances, 0.50);
   summary.radius95 = Quantile(distances, 0.95);
 }

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <vector>
 
+#include "apps/velagnss/account/EvenSample.h"
 #include "geo/Vector3.h"
 #include "stream/Record.h"
 
@@ -57,12 +57,9 @@ class C_PositionSummary {
   eNoPosition Reason() const { return m_reason; }
 
  private:
-  static constexpr std::size_t kMaxKept = std::size_t{1} << 17;
-
   template <class Sentence>
   void NoteReason(const Sentence& sentence);
   bool IsNewEpoch(double timeOfDay);
-  void Keep(const C_Vector3& position);
   void SetRadii(S_PositionSummary& summary) const;
 
   eNoPosition m_reason = eNoPosition::NoPosition;
@@ -72,8 +69,7 @@ class C_PositionSummary {
   std::array<double, 6> m_products{};  // sums of the products of deviations from the mean: xx yy zz xy xz yz
   double m_meanAltitude = 0;           // m
   bool m_hasHeight = true;             // all fixes so far had a geoid separation
-  std::vector<C_Vector3> m_kept;       // every `m_stride`th fix, from the first
-  std::uint64_t m_stride = 1;
+  C_EvenSample<C_Vector3> m_kept;
 };
 
 }  // namespace Host

@@ -6,6 +6,7 @@
 
 #include "apps/velagnss/account/AccountJson.h"
 #include "apps/velagnss/account/AccountTable.h"
+#include "apps/velagnss/account/PointReportTable.h"
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/pipeline/NoFrameWarning.h"
@@ -15,12 +16,14 @@
 namespace Host {
 namespace {
 
-// Shows the account of an input when it has ended, and the total after several. It comes after the account among the
-// consumers.
+// Shows the account of an input, and its positions, when it has ended, and the total after several. It comes last among
+// the consumers.
 class C_AccountWriter : public C_TextConsumer {
  public:
-  C_AccountWriter(const C_StreamAccount& account, bool isJson, double maxBadPercent, C_Output& output)
-      : m_account(account), m_isJson(isJson), m_maxBadPercent(maxBadPercent), m_output(output) {}
+  // `points` may be null.
+  C_AccountWriter(const C_StreamAccount& account, const C_PointReport* points, bool isJson, double maxBadPercent,
+                  C_Output& output)
+      : m_account(account), m_points(points), m_isJson(isJson), m_maxBadPercent(maxBadPercent), m_output(output) {}
 
   void OnFrame(const S_FrameRecord&) override {}
   void EndInput(const S_InputEnd&) override;
@@ -32,6 +35,7 @@ class C_AccountWriter : public C_TextConsumer {
   void JudgeInput(const velagnss::FrameReader& reader);
 
   const C_StreamAccount& m_account;
+  const C_PointReport* m_points;
   bool m_isJson;
   double m_maxBadPercent;
   C_Output& m_output;
@@ -52,11 +56,13 @@ void C_AccountWriter::Show() {
   ++m_inputs;
   if (!m_isJson) {
     m_text += m_inputs == 1 ? "" : "\n";
-    m_text += AccountTable(m_account, Verbosity() == eVerbosity::Verbose);
+    const bool isLong = Verbosity() == eVerbosity::Verbose;
+    m_text += AccountTable(m_account, isLong);
+    if (m_points != nullptr) m_text += PointTable(*m_points, isLong);
     return;
   }
   C_JsonWriter json;
-  WriteAccount(json, m_account);
+  WriteAccount(json, m_account, m_points);
   m_text += json.Text();
 }
 
@@ -86,6 +92,8 @@ class C_StatCommand : public C_Command {
     DeclareStreamArguments(app, m_stream);
     DeclareOutput(app, m_output);
     app.add_flag("--json", m_isJson, "one JSON object per input instead of a table, and one for the total of several");
+    app.add_flag("--positions", m_hasPositions,
+                 "also positions computed from the observations and ephemerides of RTCM 3, and their errors");
     app.add_option("--max-bad", m_maxBadPercent,
                    "exit with 1 when more than this percentage of an input's frames is damaged")
         ->option_text("PERCENT")
@@ -97,8 +105,10 @@ class C_StatCommand : public C_Command {
     C_OutputRun output;
     if (const eExitCode code = output.Open(m_output, m_stream.input); code != eExitOk) return code;
     C_StreamAccount account;
-    C_AccountWriter writer(account, m_isJson, m_maxBadPercent, output.Output());
-    C_RecordRun run(RunOptions(m_stream), {&account, &writer});
+    C_PointReport points;
+    C_AccountWriter writer(account, m_hasPositions ? &points : nullptr, m_isJson, m_maxBadPercent, output.Output());
+    C_RecordRun run = m_hasPositions ? C_RecordRun(RunOptions(m_stream), {&account, &points, &writer})
+                                     : C_RecordRun(RunOptions(m_stream), {&account, &writer});
     return output.Run(m_stream.input, run, writer, [&] { return run.Judge(); });
   }
 
@@ -106,6 +116,7 @@ class C_StatCommand : public C_Command {
   S_StreamArguments m_stream;
   std::string m_output = "-";
   bool m_isJson = false;
+  bool m_hasPositions = false;
   double m_maxBadPercent = 100;
 };
 
@@ -116,6 +127,7 @@ const S_CommandEntry kStatCommand = {
     "What is in the inputs, how much of it is damaged, and where.\n\n"
     "Examples:\n"
     "  velagnss stat session.bin                   counts, rates, gaps, stations, positions, damage\n"
+    "  velagnss stat --positions base.rtcm3        is the base station where it says it is?\n"
     "  velagnss -v stat session.bin                also where each piece of damage is\n"
     "  velagnss stat --json --max-bad 1 *.bin      for scripts: exit code 1 when more than 1 % is damaged\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_StatCommand>(); }};

@@ -1,0 +1,28 @@
+// Constants of the satellite systems, each as its own interface document prints it.
+//
+// Internal.
+#ifndef VELAGNSS_POSITIONING_CONSTANTS_H
+#define VELAGNSS_POSITIONING_CONSTANTS_H
+
+#include "geo/GnssEnums.h"
+#include "rtcm3/Rtcm3Records.h"
+
+namespace velagnss::positioning {
+
+inline constexpr double kSpeedOfLight = 299792458.0;  // m/s
+inline constexpr unsigned int kSystems = 7;           // `ALGO::eGNSSSystem` 0 to 6, NavIC being 6
+
+// WGS-84; in the rotation of the Earth during the flight of a signal the systems differ by less than a micrometer.
+inline constexpr double kEarthRotation = 7.2921151467e-5;  // rad/s
+
+// GLONASS time is UTC + 3 h (GLONASS ICD, 3.3.3); BeiDou time is GPS time - 14 s (BDS-SIS-ICD, 3.3).
+inline constexpr double kGlonassAhead = 10800;
+inline constexpr double kBeidouBehind = 14;
+
+// A radius that no navigation satellite in use has. Some senders fill ephemerides with test patterns.
+inline constexpr double kLeastRadius = 20e6;     // m
+inline constexpr double kGreatestRadius = 50e6;  // m
+
+}  // namespace velagnss::positioning
+
+#endif  // VELAGNSS_POSITIONING_CONSTANTS_H
