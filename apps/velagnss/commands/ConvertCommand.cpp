@@ -20,13 +20,13 @@ struct S_ConvertOptions {
   S_StreamArguments stream;
   std::string format;
   std::string output = "-";
-  S_RinexNavOptions rinexNav;
+  S_RinexOptions rinex;
 };
 
 struct S_Format {
   std::string_view name;
   std::string_view contents;     // for the help
-  std::string_view optionGroup;  // the heading above its own options in the help; empty when it has none
+  std::vector<std::string_view> optionGroups;  // the headings above its own options in the help
   std::unique_ptr<C_TextConsumer> (*make)(const S_ConvertOptions& options);
 };
 
@@ -35,16 +35,16 @@ std::unique_ptr<C_TextConsumer> Track(const S_ConvertOptions&) {
   return MakeTrackConverter(Make());
 }
 std::unique_ptr<C_TextConsumer> Sentences(const S_ConvertOptions&) { return MakeSentenceConverter(); }
-std::unique_ptr<C_TextConsumer> RinexNav(const S_ConvertOptions& options) { return MakeNavConverter(options.rinexNav); }
+std::unique_ptr<C_TextConsumer> RinexNav(const S_ConvertOptions& options) { return MakeNavConverter(options.rinex); }
 
 // clang-format off
-constexpr S_Format kFormats[] = {
-    {"rinex-nav", "broadcast ephemerides, RINEX 3.05", kRinexNavGroup,  &RinexNav},
-    {"nmea",      "the checked NMEA 0183 sentences",   "",              &Sentences},
-    {"csv",       "a position per epoch, RFC 4180",    "",              &Track<&MakeCsvTrack>},
-    {"gpx",       "the same, GPX 1.1",                 "",              &Track<&MakeGpxTrack>},
-    {"kml",       "the same, KML 2.2",                 "",              &Track<&MakeKmlTrack>},
-    {"geojson",   "the same, RFC 7946",                "",              &Track<&MakeGeoJsonTrack>},
+const S_Format kFormats[] = {
+    {"rinex-nav", "broadcast ephemerides, RINEX",    {kRinexGroup, kRinexNavGroup},  &RinexNav},
+    {"nmea",      "the checked NMEA 0183 sentences", {},  &Sentences},
+    {"csv",       "a position per epoch, RFC 4180",  {},  &Track<&MakeCsvTrack>},
+    {"gpx",       "the same, GPX 1.1",               {},  &Track<&MakeGpxTrack>},
+    {"kml",       "the same, KML 2.2",               {},  &Track<&MakeKmlTrack>},
+    {"geojson",   "the same, RFC 7946",              {},  &Track<&MakeGeoJsonTrack>},
 };
 // clang-format on
 
@@ -66,9 +66,13 @@ std::string FormatHelp() {
          "completed from the others of its epoch; without a fix there is none";
 }
 
+bool HasGroup(const S_Format& format, std::string_view group) {
+  return std::find(format.optionGroups.begin(), format.optionGroups.end(), group) != format.optionGroups.end();
+}
+
 bool IsFormatGroup(std::string_view group) {
-  return !group.empty() && std::any_of(std::begin(kFormats), std::end(kFormats),
-                                       [group](const S_Format& format) { return format.optionGroup == group; });
+  return std::any_of(std::begin(kFormats), std::end(kFormats),
+                     [group](const S_Format& format) { return HasGroup(format, group); });
 }
 
 class C_ConvertCommand : public C_Command {
@@ -90,13 +94,13 @@ void C_ConvertCommand::Declare(CLI::App& app) {
   app.add_option("--to", m_options.format, FormatHelp())->option_text("FORMAT")->required()->check(&CheckFormat);
   DeclareOutput(app, m_options.output);
   DeclareSeed(app, m_options.stream);
-  DeclareRinexNavOptions(app, m_options.rinexNav);
+  DeclareRinexOptions(app, m_options.rinex);
 }
 
 // The first option given that belongs to other formats; empty when there is none.
 std::string C_ConvertCommand::OptionOfOtherFormat(const S_Format& format) const {
   for (const CLI::Option* option : m_app->get_options())
-    if (option->count() > 0 && option->get_group() != format.optionGroup && IsFormatGroup(option->get_group()))
+    if (option->count() > 0 && !HasGroup(format, option->get_group()) && IsFormatGroup(option->get_group()))
       return option->get_name();
   return {};
 }

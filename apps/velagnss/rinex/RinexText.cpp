@@ -22,11 +22,13 @@ std::string EpochText(double seconds) {
   return text;
 }
 
-void AppendRinexNumber(std::string& text, const std::optional<double>& value) {
+// The exponent has two digits: what is smaller is as good as 0.
+void AppendRinexNumber(std::string& text, double value) {
   constexpr std::size_t kWidth = 19;
+  constexpr double kLeast = 1e-99;
   const std::size_t start = text.size();
-  if (!value) return text.resize(start + kWidth, ' ');
-  text += fmt::format("{:{}.12E}", *value + 0.0, kWidth);
+  if (!(std::fabs(value) < 1 / kLeast)) return text.resize(start + kWidth, ' ');
+  text += fmt::format("{:{}.12E}", std::fabs(value) < kLeast ? 0.0 : value, kWidth);
   text[text.find('E', start)] = 'D';
 }
 

@@ -3,7 +3,6 @@
 #define VELAGNSS_APPS_RINEX_TEXT_H
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,8 +15,10 @@ double WeekStart(double seconds);
 // "2024 05 18 22 00 00".
 std::string EpochText(double seconds);
 
-// D19.12 of Fortran with the first digit before the point; 0 has no sign. Blank without a value.
-void AppendRinexNumber(std::string& text, const std::optional<double>& value);
+// D19.12 of Fortran with the first digit before the point; 0 has no sign. Blank for a value that is not finite.
+void AppendRinexNumber(std::string& text, double value);
+
+inline constexpr std::size_t kNavLineWidth = 80;
 
 // Ends a line of data, which has no trailing spaces.
 void EndRinexLine(std::string& text);

@@ -1,4 +1,4 @@
-#include "apps/velagnss/rinex/NavOptions.h"
+#include "apps/velagnss/rinex/RinexOptions.h"
 
 #include <fmt/format.h>
 
@@ -28,18 +28,18 @@ std::string CheckSystems(const std::string& list) {
 
 }  // namespace
 
-void DeclareRinexNavOptions(CLI::App& app, S_RinexNavOptions& options) {
-  const std::string group(kRinexNavGroup);
+void DeclareRinexOptions(CLI::App& app, S_RinexOptions& options) {
+  const std::string group(kRinexGroup);
   app.add_option("--system", options.systems, "only these systems, of: " + NavSystemNames())
       ->option_text("LIST")
       ->allow_extra_args(false)
       ->check(&CheckSystems)
       ->group(group);
-  app.add_option("--marker", options.marker, "name of the marker, for a comment in the header")
+  app.add_option("--marker", options.marker, "name of the marker, for the header")
       ->option_text("NAME")
       ->check(HeaderText(kHeaderWidth - kMarkerComment.size()))
       ->group(group);
-  app.add_option("--agency", options.agency, "name of the observing agency, for a comment in the header")
+  app.add_option("--agency", options.agency, "name of the observing agency, for the header")
       ->option_text("NAME")
       ->check(HeaderText(kHeaderWidth - kAgencyComment.size()))
       ->group(group);
@@ -53,6 +53,10 @@ void DeclareRinexNavOptions(CLI::App& app, S_RinexNavOptions& options) {
       ->option_text("stream|now")
       ->check(CLI::IsMember({"stream", "now"}))
       ->group(group);
+  app.add_option("--rinex", options.version, fmt::format("version of the format (default: {})", kRinex3))
+      ->option_text("3.05|4.00")
+      ->check(CLI::IsMember({std::string(kRinex3), std::string(kRinex4)}))
+      ->group(std::string(kRinexNavGroup));
 }
 
 std::array<bool, kNumNavSystems> SelectNavSystems(const std::vector<std::string>& lists) {

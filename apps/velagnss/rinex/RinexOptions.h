@@ -1,6 +1,6 @@
-// The options of `convert --to rinex-nav`.
-#ifndef VELAGNSS_APPS_NAV_OPTIONS_H
-#define VELAGNSS_APPS_NAV_OPTIONS_H
+// The options of `convert --to rinex-nav` and `--to rinex-obs`.
+#ifndef VELAGNSS_APPS_RINEX_OPTIONS_H
+#define VELAGNSS_APPS_RINEX_OPTIONS_H
 
 #include <array>
 #include <string>
@@ -15,21 +15,27 @@ class App;
 
 namespace Host {
 
+// Headings in the help.
+inline constexpr std::string_view kRinexGroup = "Options of rinex-nav and rinex-obs";
 inline constexpr std::string_view kRinexNavGroup = "Options of rinex-nav";
 
-// RINEX 3.05 has header lines for marker and agency in observation files only: here they are comments.
+// RINEX has header lines for marker and agency in observation files only: in navigation files they are comments.
 inline constexpr std::string_view kMarkerComment = "MARKER NAME: ";
 inline constexpr std::string_view kAgencyComment = "AGENCY: ";
 
-struct S_RinexNavOptions {
+inline constexpr std::string_view kRinex3 = "3.05";
+inline constexpr std::string_view kRinex4 = "4.00";
+
+struct S_RinexOptions {
   std::vector<std::string> systems;  // lists with commas; none: all of them
   std::string marker;
   std::string runBy;
   std::string agency;
-  std::string runDate = "stream";  // or "now"
+  std::string runDate = "stream";      // or "now"
+  std::string version{kRinex3};  // of navigation files
 };
 
-void DeclareRinexNavOptions(CLI::App& app, S_RinexNavOptions& options);
+void DeclareRinexOptions(CLI::App& app, S_RinexOptions& options);
 
 // The systems that `lists`, which have been checked, name; all of them without a list.
 std::array<bool, kNumNavSystems> SelectNavSystems(const std::vector<std::string>& lists);
@@ -39,4 +45,4 @@ std::string NavSystemNames();
 
 }  // namespace Host
 
-#endif  // VELAGNSS_APPS_NAV_OPTIONS_H
+#endif  // VELAGNSS_APPS_RINEX_OPTIONS_H
