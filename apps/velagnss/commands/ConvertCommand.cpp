@@ -9,6 +9,7 @@
 #include "apps/velagnss/nmea/SentenceConverter.h"
 #include "apps/velagnss/pipeline/NoFrameWarning.h"
 #include "apps/velagnss/rinex/NavConverter.h"
+#include "apps/velagnss/rinex/ObsConverter.h"
 #include "apps/velagnss/sinks/OutputRun.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/track/TrackConverter.h"
@@ -25,7 +26,7 @@ struct S_ConvertOptions {
 
 struct S_Format {
   std::string_view name;
-  std::string_view contents;     // for the help
+  std::string_view contents;                   // for the help
   std::vector<std::string_view> optionGroups;  // the headings above its own options in the help
   std::unique_ptr<C_TextConsumer> (*make)(const S_ConvertOptions& options);
 };
@@ -36,10 +37,12 @@ std::unique_ptr<C_TextConsumer> Track(const S_ConvertOptions&) {
 }
 std::unique_ptr<C_TextConsumer> Sentences(const S_ConvertOptions&) { return MakeSentenceConverter(); }
 std::unique_ptr<C_TextConsumer> RinexNav(const S_ConvertOptions& options) { return MakeNavConverter(options.rinex); }
+std::unique_ptr<C_TextConsumer> RinexObs(const S_ConvertOptions& options) { return MakeObsConverter(options.rinex); }
 
 // clang-format off
 const S_Format kFormats[] = {
     {"rinex-nav", "broadcast ephemerides, RINEX",    {kRinexGroup, kRinexNavGroup},  &RinexNav},
+    {"rinex-obs", "observations, RINEX 3.05",        {kRinexGroup, kRinexObsGroup},  &RinexObs},
     {"nmea",      "the checked NMEA 0183 sentences", {},  &Sentences},
     {"csv",       "a position per epoch, RFC 4180",  {},  &Track<&MakeCsvTrack>},
     {"gpx",       "the same, GPX 1.1",               {},  &Track<&MakeGpxTrack>},
@@ -109,6 +112,8 @@ int C_ConvertCommand::Run() {
   const S_Format& format = *FindFormat(m_options.format);
   if (const std::string option = OptionOfOtherFormat(format); !option.empty())
     return ReportUsage("convert", fmt::format("{} is not an option of --to {}", option, format.name));
+  if (const std::string objection = ObjectionForObs(m_options.rinex); format.make == &RinexObs && !objection.empty())
+    return ReportUsage("convert", objection);
   return Convert(*format.make(m_options));
 }
 

@@ -170,13 +170,13 @@ constexpr std::size_t Keplers(const t_Field<Kepler> (&)[N]) {
 
 // clang-format off
 constexpr S_NavSystem kSystems[kNumNavSystems] = {
-    {"gps",      'G',  "G: GPS",             0,  Keplers(kGpsFields),        kKeplerSent,  false},
-    {"glonass",  'R',  "R: GLONASS",         0,  std::size(kGlonassFields),  kPvaSent,     false},
-    {"galileo",  'E',  "E: Galileo",         0,  Keplers(kGalileoFields),    kKeplerSent,  true},
-    {"beidou",   'C',  "C: BDS",             0,  Keplers(kBeidouFields),     kKeplerSent,  true},
-    {"qzss",     'J',  "J: QZSS",          192,  Keplers(kQzssFields),       kKeplerSent,  false},
-    {"navic",    'I',  "I: NavIC/IRNSS",     0,  Keplers(kNavicFields),      kKeplerSent,  true},
-    {"sbas",     'S',  "S: SBAS Payload",  100,  std::size(kSbasFields),     kPvaSent,     false},
+    {"gps",      'G',  ALGO::GNSS_GPS,      "G: GPS",             0,  Keplers(kGpsFields),        kKeplerSent,  false},
+    {"glonass",  'R',  ALGO::GNSS_GLONASS,  "R: GLONASS",         0,  std::size(kGlonassFields),  kPvaSent,     false},
+    {"galileo",  'E',  ALGO::GNSS_GALILEO,  "E: Galileo",         0,  Keplers(kGalileoFields),    kKeplerSent,  true},
+    {"beidou",   'C',  ALGO::GNSS_BEIDOU,   "C: BDS",             0,  Keplers(kBeidouFields),     kKeplerSent,  true},
+    {"qzss",     'J',  ALGO::GNSS_QZSS,     "J: QZSS",          192,  Keplers(kQzssFields),       kKeplerSent,  false},
+    {"navic",    'I',  velagnss::kNavic,    "I: NavIC/IRNSS",     0,  Keplers(kNavicFields),      kKeplerSent,  true},
+    {"sbas",     'S',  ALGO::GNSS_SBAS,     "S: SBAS Payload",  100,  std::size(kSbasFields),     kPvaSent,     false},
 };
 constexpr std::span<const t_Field<Kepler>> kTails[kNumNavSystems] = {  // after kOrbitFields
     kGpsFields, {}, kGalileoFields, kBeidouFields, kQzssFields, kNavicFields, {}};
@@ -248,10 +248,19 @@ void FillFrom(const P& record, S_NavRecord& nav) {
 }
 
 template <class Record>
-concept IsEphemeris = requires(const Record& record, S_NavRecord& nav) { FillFrom(record, nav); };
+concept IsEphemeris = requires(const Record& record, S_NavRecord& nav) {
+  FillFrom(record, nav);
+};
 
 std::string_view BeidouMessage(int satellite) {  // BDS-SIS-ICD, table 4-1: geostationary satellites send D2
   return satellite <= 5 || satellite >= 59 ? "D2" : "D1";
+}
+
+template <class Value>
+std::size_t FindSystem(Value S_NavSystem::*column, const Value& value) {
+  std::size_t row = 0;
+  while (row < kNumNavSystems && kSystems[row].*column != value) ++row;
+  return row;
 }
 
 }  // namespace
@@ -263,10 +272,9 @@ void Complete(S_NavRecord& record, const S_NavRecord& other) {
 
 std::span<const S_NavSystem, kNumNavSystems> NavSystems() { return kSystems; }
 
-std::size_t NavSystemNamed(std::string_view name) {
-  const auto isIt = [name](const S_NavSystem& row) { return row.name == name; };
-  return static_cast<std::size_t>(std::find_if(std::begin(kSystems), std::end(kSystems), isIt) - kSystems);
-}
+std::size_t NavSystemNamed(std::string_view name) { return FindSystem(&S_NavSystem::name, name); }
+std::size_t NavSystemOf(ALGO::eGNSSSystem gnss) { return FindSystem(&S_NavSystem::gnss, gnss); }
+std::size_t NavSystemWith(char letter) { return FindSystem(&S_NavSystem::letter, letter); }
 
 std::size_t NavSystemOf(const velagnss::Frame& frame) {
   for (const S_NavMessage& row : kMessages)

@@ -46,11 +46,12 @@ void Complete(S_NavRecord& record, const S_NavRecord& other);
 struct S_NavSystem {
   std::string_view name;  // for --system
   char letter;
-  std::string_view title;  // in the header
-  int satelliteOffset;     // number that a satellite 0 of RINEX would have in the records
-  std::size_t numValues;   // after the epoch, spare fields at the end left out
+  ALGO::eGNSSSystem gnss;
+  std::string_view title;    // in the header
+  int satelliteOffset;       // number that a satellite 0 of RINEX would have in the records
+  std::size_t numValues;     // after the epoch, spare fields at the end left out
   std::size_t transmission;  // index of the transmission time
-  bool fillsLines;  // with blanks up to column 80, without which readers fail on records of few fields
+  bool fillsLines;           // with blanks up to column 80, without which readers fail on records of few fields
 };
 
 inline constexpr std::size_t kNumNavSystems = 7;
@@ -61,6 +62,8 @@ std::span<const S_NavSystem, kNumNavSystems> NavSystems();
 // Rows of NavSystems(); kNumNavSystems when there is none.
 std::size_t NavSystemNamed(std::string_view name);
 std::size_t NavSystemOf(const velagnss::Frame& frame);
+std::size_t NavSystemOf(ALGO::eGNSSSystem gnss);
+std::size_t NavSystemWith(char letter);
 
 // The record of an ephemeris of a system, its satellite numbered as in RINEX.
 S_NavRecord NavRecordOf(std::size_t system, const velagnss::Record& ephemeris);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include "apps/velagnss/text/TimeText.h"
@@ -22,6 +23,22 @@ std::string EpochText(double seconds) {
   return text;
 }
 
+// By the calendar of whole days, so that no second can become 60.
+S_RinexTime RinexTime(std::int64_t ms) {
+  constexpr std::int64_t kDay = 86'400'000, kHour = 3'600'000, kMinute = 60'000;
+  const std::chrono::sys_days epoch{std::chrono::year(1980) / 1 / 6};
+  const std::chrono::year_month_day date{epoch + std::chrono::days(ms / kDay)};
+  const auto part = [ms](std::int64_t whole, std::int64_t unit) {
+    return static_cast<unsigned int>(ms % whole / unit);
+  };
+  return {static_cast<unsigned int>(static_cast<int>(date.year())),
+          static_cast<unsigned int>(date.month()),
+          static_cast<unsigned int>(date.day()),
+          part(kDay, kHour),
+          part(kHour, kMinute),
+          static_cast<double>(ms % kMinute) / 1000};
+}
+
 // The exponent has two digits: what is smaller is as good as 0.
 void AppendRinexNumber(std::string& text, double value) {
   constexpr std::size_t kWidth = 19;
@@ -30,6 +47,11 @@ void AppendRinexNumber(std::string& text, double value) {
   if (!(std::fabs(value) < 1 / kLeast)) return text.resize(start + kWidth, ' ');
   text += fmt::format("{:{}.12E}", std::fabs(value) < kLeast ? 0.0 : value, kWidth);
   text[text.find('E', start)] = 'D';
+}
+
+bool IsRinexObservation(double value) {
+  constexpr double kHalf = 0.0005;  // of the last decimal
+  return std::fabs(value) >= kHalf && value < 1e10 - kHalf && value > -1e9 + kHalf;
 }
 
 void EndRinexLine(std::string& text) {

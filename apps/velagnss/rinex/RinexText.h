@@ -3,6 +3,7 @@
 #define VELAGNSS_APPS_RINEX_TEXT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -15,8 +16,18 @@ double WeekStart(double seconds);
 // "2024 05 18 22 00 00".
 std::string EpochText(double seconds);
 
+// The parts of a time in ms since 6 January 1980.
+struct S_RinexTime {
+  unsigned int year, month, day, hour, minute;
+  double second;
+};
+S_RinexTime RinexTime(std::int64_t ms);
+
 // D19.12 of Fortran with the first digit before the point; 0 has no sign. Blank for a value that is not finite.
 void AppendRinexNumber(std::string& text, double value);
+
+// Whether a value can be an observation, F14.3: 0.000 would mean that there is none.
+bool IsRinexObservation(double value);
 
 inline constexpr std::size_t kNavLineWidth = 80;
 

@@ -11,7 +11,7 @@ void C_SpilledText::Append(std::string_view text) {
   if (m_rest.size() >= kMemory && m_file.Append(m_rest)) m_rest.clear();
 }
 
-void C_SpilledText::MoveTo(const std::function<void(std::string_view piece)>& take) {
+void C_SpilledText::ForEach(const t_Take& take) {
   constexpr std::uint64_t kPiece = 1 << 16;
   std::string piece;
   for (std::uint64_t at = 0; at < m_file.Size(); at += piece.size()) {
@@ -20,6 +20,10 @@ void C_SpilledText::MoveTo(const std::function<void(std::string_view piece)>& ta
     take(piece);
   }
   take(m_rest);
+}
+
+void C_SpilledText::MoveTo(const t_Take& take) {
+  ForEach(take);
   m_rest.clear();
   m_file.Close();
 }

@@ -18,8 +18,11 @@ class C_SpilledText {
   bool IsEmpty() const { return m_file.Size() == 0 && m_rest.empty(); }
   char Last() const { return m_last; }  // character, when it is not empty
 
-  // Hands over the text piece by piece, in its order, and clears it.
-  void MoveTo(const std::function<void(std::string_view piece)>& take);
+  using t_Take = std::function<void(std::string_view piece)>;
+
+  // Hands over the text piece by piece, in its order; the second one clears it.
+  void ForEach(const t_Take& take);
+  void MoveTo(const t_Take& take);
 
  private:
   static constexpr std::size_t kMemory = 1 << 18;  // bytes kept in memory
