@@ -85,7 +85,7 @@ std::string SbasText(const std::string& health, const std::string& accuracy) {
 }
 
 // IS-GPS-200, tables 20-I and 20-III. Sent at 100799 * 6 = 604794 s of week 265 + 2 * 1024 = 2313, 6 s before the week
-// of t_oe, 8000 s into 12 May 2024; t_oc is 600000 s of week 2313. Accuracy 15: 32767 m. Fit interval flag and IODC
+// of t_oe, 8000 s into 12 May 2024; t_oc is 600000 s of week 2313. Accuracy 15: 8192 m. Fit interval flag and IODC
 // 757: 98 h (table 20-XII); QZSS has the flag itself. T_GD 128 is -128 * 2^-31 s, for QZSS "not available".
 std::string KeplerFrame(unsigned int message, unsigned int prn) {
   // clang-format off
@@ -112,7 +112,7 @@ std::string KeplerText(const std::string& satellite, const std::string& delay, c
          "     8.000000000000D+03 1.303851604462D-08-3.141592653590D+00-1.490116119385D-08\n"
          "     7.853981633974D-01 3.000000000000D+02-7.853981633974D-01-7.143154683922D-09\n"
          "     1.071473202588D-10 2.000000000000D+00 2.314000000000D+03 1.000000000000D+00\n"
-         "     3.276700000000D+04 6.300000000000D+01" +
+         "     8.192000000000D+03 6.300000000000D+01" +
          delay + " 7.570000000000D+02\n    -6.000000000000D+00" + fit + "\n";
 }
 
@@ -216,7 +216,8 @@ TEST_F(Program, RinexHeaderTellsWhatWasAsked) {
   EXPECT_EQ(file.substr(0, file.find(RecordsOf(file))),
             line("     3.05           N: GNSS NAV DATA    M: Mixed", "RINEX VERSION / TYPE") +
                 line(program + "me                  20240519 000223 UTC", "PGM / RUN BY / DATE") +
-                line("MARKER NAME: A 1", "COMMENT") + line("AGENCY: An agency", "COMMENT") + line("", "END OF HEADER"));
+                line("MARKER NAME: A 1", "COMMENT") + line("AGENCY: An agency", "COMMENT") + line("    18", "LEAP SECONDS") +
+                line("", "END OF HEADER"));
 }
 
 // Without a sentence that tells the date it is the last reference time.

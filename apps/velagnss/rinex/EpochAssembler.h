@@ -21,6 +21,9 @@ class C_EpochAssembler {
 
   void Add(const velagnss::Rtcm3Observations& message);
 
+  // Whether an epoch has begun and may go on.
+  bool IsOpen() const { return !m_epoch.signals.empty(); }
+
   // Ends the input: the epoch that is open is handed over.
   void EndInput();
 

@@ -42,7 +42,8 @@ void AppendRecord(std::string& text, const S_NavRecord& record) {
 
 // The line that RINEX 4 has before a record.
 void AppendRecordHead(std::string& text, const S_NavRecord& record) {
-  text += fmt::format("> EPH {}{:02} {}\n", NavSystems()[record.system].letter, record.satellite, NavMessageName(record));
+  text +=
+      fmt::format("> EPH {}{:02} {}\n", NavSystems()[record.system].letter, record.satellite, NavMessageName(record));
 }
 
 // Whether a GLONASS satellite sends no four-year interval or no day in it: both count from 1 (GLONASS ICD, table 4.5).

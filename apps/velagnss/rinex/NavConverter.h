@@ -10,8 +10,9 @@
 namespace Host {
 
 // Takes the ephemerides of the binary protocol (messages 95, 25, 65 and 93) and of RTCM 3 (1019, 1020, 1041, 1042,
-// 1044, 1045, 1046 and 63) and writes them at the end, in the order of their reference times and each only once, however
-// it came. Values that an ephemeris carries in fractions of its own units are exact to the 13 digits of a field.
+// 1044, 1045, 1046 and 63) and writes them at the end, in the order of their reference times and each only once,
+// however it came. Values that an ephemeris carries in fractions of its own units are exact to the 13 digits of a
+// field.
 //
 // Ephemerides whose week or date is not known, those that the decoder refuses, and satellites that have no number in
 // RINEX are left out, each with its reason reported. Without a single ephemeris nothing is written.

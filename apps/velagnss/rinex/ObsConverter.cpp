@@ -78,6 +78,7 @@ class C_ObsConverter : public C_TextConsumer {
   S_ObsContext m_context;
   C_ObsSpool m_spool;
   C_EpochAssembler m_assembler;
+  std::map<std::string, std::string> m_laterChanges;  // of header lines, after the open epoch
 
   // When the file is written.
   C_ObsContents m_contents;
@@ -141,7 +142,10 @@ void C_ObsConverter::NoteStation(const velagnss::Record& record) {
   if (const auto* const station = std::get_if<velagnss::Rtcm3Station>(&record))
     m_hasQuarterCycles = station->quarterCycle == 1;
   m_stationLines.Note(record, [this](std::string_view label, std::string_view content) {
-    m_spool.Add(C_ObsSpool::S_Change{label, content});
+    if (m_assembler.IsOpen())
+      m_laterChanges[std::string(label)] = content;
+    else
+      m_spool.Add(C_ObsSpool::S_Change{label, content});
   });
 }
 
@@ -149,6 +153,8 @@ void C_ObsConverter::AddEpoch(const S_ObsEpoch& epoch) {
   std::optional<std::int64_t>& first = m_context.firstDated[epoch.input];
   if (epoch.hasDate && !first) first = epoch.time;
   m_spool.Add(epoch);
+  for (const auto& [label, content] : std::exchange(m_laterChanges, {}))
+    m_spool.Add(C_ObsSpool::S_Change{label, content});
 }
 
 void C_ObsConverter::LeaveOut(const std::string& reason) { m_leftOut.Add(m_where, reason); }

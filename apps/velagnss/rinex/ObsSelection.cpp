@@ -44,7 +44,10 @@ bool C_ObsSelection::Take(S_ObsEpoch& epoch) {
   std::erase_if(epoch.signals, [&](S_ObsSignal& signal) {
     if (!m_isSelected[signal.system]) return true;
     FlagSlip(signal, epoch.input, isWritten);
-    return !isWritten || !Finish(signal) || !KeepTypes(signal);
+    if (isWritten && LacksChannel(signal)) LeaveOut(epoch, "a GLONASS satellite whose frequency channel is not known");
+    if (!isWritten || LacksChannel(signal)) return true;
+    Finish(signal);
+    return !KeepTypes(signal);
   });
   return !epoch.signals.empty();
 }
@@ -90,20 +93,20 @@ void C_ObsSelection::FlagSlip(S_ObsSignal& signal, std::uint32_t input, bool isW
   history.isSlipPending = false;
 }
 
-// Converts what was kept in meters, once the channel is known, and aligns the phases of GLONASS with its codes. False
-// for a satellite whose channel never became known: its phases are of no use, and the header must name the channel.
-bool C_ObsSelection::Finish(S_ObsSignal& signal) const {
-  if (NavSystems()[signal.system].letter != 'R') return true;
-  const signed char channel = m_context.channels[signal.number];
-  if (IsNotAvailable(channel)) return false;
-  const double perMeter = GlonassFrequency(signal.code[0], channel) / kLightSpeed;
+// A satellite whose channel never became known: its phases are of no use, and the header must name the channel.
+bool C_ObsSelection::LacksChannel(const S_ObsSignal& signal) const {
+  return NavSystems()[signal.system].letter == 'R' && IsNotAvailable(m_context.channels[signal.number]);
+}
+
+// Converts what was kept in meters, as the channel is known now, and aligns the phases of GLONASS with its codes.
+void C_ObsSelection::Finish(S_ObsSignal& signal) const {
+  if (NavSystems()[signal.system].letter != 'R') return;
+  const double perMeter = GlonassFrequency(signal.code[0], m_context.channels[signal.number]) / kLightSpeed;
   if ((signal.flags & S_ObsSignal::eInMeters) != 0) {
     signal.values[ePhase] *= perMeter;
-    signal.values[eDoppler] *= -perMeter;
-    if (!std::isfinite(signal.values[eDoppler])) signal.values[eDoppler] = kNotKnown;
+    if (signal.values[eDoppler] != kNotKnown) signal.values[eDoppler] *= -perMeter;
   }
   signal.values[ePhase] += BiasOf(m_context, signal.code) * perMeter;
-  return true;
 }
 
 // With a list of types only these remain. Zero means the same as a missing value.

@@ -44,7 +44,8 @@ class C_ObsSelection {
   bool Date(S_ObsEpoch& epoch) const;
   std::string Objection(S_ObsEpoch& epoch) const;
   bool IsInInterval(std::int64_t time) const;
-  bool Finish(S_ObsSignal& signal) const;
+  bool LacksChannel(const S_ObsSignal& signal) const;
+  void Finish(S_ObsSignal& signal) const;
   bool KeepTypes(S_ObsSignal& signal) const;
   void FlagSlip(S_ObsSignal& signal, std::uint32_t input, bool isWritten);
   void LeaveOut(const S_ObsEpoch& epoch, const std::string& reason) const;
