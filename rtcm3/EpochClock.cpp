@@ -3,28 +3,17 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "geo/LeapSeconds.h"
+
 namespace velagnss::rtcm3 {
 namespace {
 
 constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
 constexpr unsigned int kMjdOfRtcm3 = 53005;     // 1 January 2004: no message is older
+constexpr unsigned int kMjdOf1999 = 51179;      // 1 January
 constexpr std::int64_t kGlonassAhead = 10800 * kSecond;
 constexpr std::int64_t kBeidouBehind = 14 * kSecond;  // BeiDou time - GPS time (BDS-SIS-ICD, 3.3)
 constexpr std::uint32_t kSecondsPerDay = 86400;
-
-// GPS time - UTC since the first day of each row (IERS Bulletin C).
-struct LeapRow {
-  unsigned int mjd;
-  unsigned char seconds;
-};
-constexpr LeapRow kLeapSeconds[] = {
-    {57754, 18},  // 1 January 2017; the last one as of 2026
-    {57204, 17},  // 1 July 2015
-    {56109, 16},  // 1 July 2012
-    {54832, 15},  // 1 January 2009
-    {53736, 14},  // 1 January 2006
-    {51179, 13},  // 1 January 1999
-};
 
 constexpr std::int64_t FloorMod(std::int64_t value, std::int64_t period) {
   const std::int64_t rest = value % period;
@@ -136,9 +125,9 @@ std::int64_t EpochClock::GpsToGlonass(std::int64_t time) const {
 
 std::int64_t EpochClock::LeapOfDay(std::int64_t day) const {
   if (m_leapSeconds) return *m_leapSeconds * kSecond;
-  for (const LeapRow& row : kLeapSeconds)
-    if (day + kMjdOfGpsEpoch >= row.mjd) return row.seconds * kSecond;
-  return kLeapSeconds[0].seconds * kSecond;  // no date is known, or one that no RTCM 3 message can have
+  // Without a date, or with one that no RTCM 3 message can have, the latest number is the best guess.
+  const std::int64_t mjd = day + kMjdOfGpsEpoch;
+  return LeapSecondsOn(mjd < kMjdOf1999 ? kLastLeapSecondMjd : static_cast<unsigned int>(mjd)) * kSecond;
 }
 
 }  // namespace velagnss::rtcm3

@@ -70,8 +70,8 @@ class VELAGNSS_API Rtcm3Decoder {
   // ignored.
   void SeedTime(const C_GnssTime& time);
 
-  // GPS time - UTC, in seconds. If neither this call nor a message 1013 has set it, it follows from the date, by a
-  // table that ends with the 18 s of 2017; without a date it is 18.
+  // GPS time - UTC, in seconds. If neither this call nor a message 1013 has set it, it follows from the date, by
+  // `LeapSecondsOn`; without a date it is 18.
   void SetLeapSeconds(unsigned char seconds);
 
   // Frequency channel of a GLONASS slot 1 to 24: -7 to +13, or -128 for unknown. False, and nothing changed, for any

@@ -70,6 +70,8 @@ class RecordDecoder::Impl {
   void Decode(const Frame& frame);
 
   std::optional<C_GnssTime> m_seed;  // the caller's
+  std::optional<unsigned int> m_firstDay;
+  TimeDigits m_timeDigits = TimeDigits::Hundredths;
   StreamClock m_clock;
   C_VelaBin_Decode m_binaryDecoder{nullptr};
   Rtcm3Decoder m_rtcmDecoder;  // has the channels of both decoders
@@ -176,6 +178,7 @@ constexpr RecordDecoder::Impl::S_PkvnRow RecordDecoder::Impl::kPkvnRows[] = {  /
 // The caller's time survives a restart: it does not come from the stream that ended.
 void RecordDecoder::Impl::Restart() {
   m_clock = StreamClock();
+  if (m_firstDay) m_clock.AssumeFirstDay(*m_firstDay);
   m_weekSource = WeekSource::None;
   m_binaryDecoder.Reset();
   m_rtcmDecoder.Reset();
@@ -240,7 +243,8 @@ void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
 
 void RecordDecoder::Impl::DecodeOneOfEight(const Frame& frame, const S_NmeaRow& row) {
   char variation = 0;
-  const unsigned int result = textproto::DecodeCheckedSentence(frame.data, frame.length, row.type, m_nmea, variation);
+  const unsigned int result =
+      textproto::DecodeCheckedSentence(frame.data, frame.length, row.type, m_nmea, variation, m_timeDigits);
   SetResult(result);
   if (result != eResultOk) return KeepText(frame);
   // The sentence decoder does not keep the letter, and without it the variation has no sign.
@@ -249,7 +253,7 @@ void RecordDecoder::Impl::DecodeOneOfEight(const Frame& frame, const S_NmeaRow& 
 }
 
 void RecordDecoder::Impl::DecodeByAddress(const Frame& frame) {
-  const unsigned int result = DecodeSentence(TextOf(frame), m_sentence);
+  const unsigned int result = DecodeSentence(TextOf(frame), m_sentence, m_timeDigits);
   SetResult(result);
   if (result != eResultOk) return KeepText(frame);
   std::visit([this](const auto& record) { KeepSentenceRecord(record); }, m_sentence);
@@ -372,10 +376,18 @@ const DecodedFrame& RecordDecoder::Decode(const Frame& frame) {
 
 void RecordDecoder::SeedTime(const C_GnssTime& time) { m_impl->SeedTime(time); }
 
+void RecordDecoder::AssumeFirstDay(unsigned int mjd) {
+  m_impl->m_firstDay = mjd;
+  m_impl->m_clock.AssumeFirstDay(mjd);
+}
+
+void RecordDecoder::KeepTimeDigits(TimeDigits digits) { m_impl->m_timeDigits = digits; }
+
 void RecordDecoder::Restart() { m_impl->Restart(); }
 
 void RecordDecoder::Reset() {
   m_impl->m_seed.reset();
+  m_impl->m_firstDay.reset();
   m_impl->Restart();
 }
 

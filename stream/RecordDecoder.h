@@ -61,10 +61,18 @@ class VELAGNSS_API RecordDecoder {
   // survives `Restart`.
   void SeedTime(const C_GnssTime& time);
 
+  // The day (MJD) of the first time of each stream, until the stream carries a date of its own. Weeks are not resolved
+  // with it: `SeedTime` does that. It survives `Restart`.
+  void AssumeFirstDay(unsigned int mjd);
+
+  // How many digits the times of NMEA sentences keep. `Hundredths` at first, so that the records are those of
+  // `C_NMEA_EncodeDecode`; it survives `Restart` and `Reset`.
+  void KeepTimeDigits(TimeDigits digits);
+
   // Ready for another stream: forgets its dates and GLONASS channels. The seed stays.
   void Restart();
 
-  // As constructed: the seed is forgotten as well.
+  // As constructed: the seed and the first day are forgotten as well.
   void Reset();
 
   // The frequency channel of a GLONASS slot, 1 to 24: -7 to +6, or -128 for unknown. Message 65 of the binary protocol

@@ -49,7 +49,8 @@ void StreamClock::NoteDate(unsigned short year, unsigned char month, unsigned ch
   if (!IsTimeOfDay(secondsOfDay) || !IsRealDate(year, month, day)) return;
   const unsigned int mjd = C_GnssTime::GregorianToMJD(year, month, day);
   // Days may have been counted before the first date: day 0 is where the stream began.
-  if (!m_mjdOfDay0) m_mjdOfDay0 = mjd - static_cast<unsigned int>(m_day);
+  if (!m_mjdOfDay0 || m_isDayAssumed) m_mjdOfDay0 = mjd - static_cast<unsigned int>(m_day);
+  m_isDayAssumed = false;
   // A gap of more than a day shows no midnight crossing, but its date shows it.
   m_day = static_cast<int>(mjd - *m_mjdOfDay0);
   // Resolving a week takes a date that is right within years; the first one is as good as any.
@@ -57,6 +58,12 @@ void StreamClock::NoteDate(unsigned short year, unsigned char month, unsigned ch
   C_GnssTime time;
   C_GnssTime::GregorianToGps(year, month, day, 0, 0, secondsOfDay, time.m_week, time.m_secOfWeek);
   m_firstDate = C_GnssTime(time.m_week, time.m_secOfWeek, ALGO::GNSS_GPS);
+}
+
+void StreamClock::AssumeFirstDay(unsigned int mjd) {
+  if (m_mjdOfDay0 && !m_isDayAssumed) return;
+  m_mjdOfDay0 = mjd;
+  m_isDayAssumed = true;
 }
 
 double StreamClock::Seconds() const {
@@ -71,6 +78,16 @@ StreamClock::Utc StreamClock::UtcOf(double seconds) const {
   const double day = std::floor(seconds / kSecondsPerDay);
   Utc utc{std::nullopt, seconds - day * kSecondsPerDay};
   if (m_mjdOfDay0) utc.mjd = *m_mjdOfDay0 + static_cast<unsigned int>(static_cast<int>(day));
+  return utc;
+}
+
+StreamClock::Utc StreamClock::UtcOfTimeOfDay(double secondsOfDay) const {
+  if (!IsTimeOfDay(secondsOfDay)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
+  Utc utc{std::nullopt, secondsOfDay};
+  if (!m_mjdOfDay0) return utc;
+  const double step = secondsOfDay - m_secondsOfDay.value_or(secondsOfDay);
+  const int neighbor = step < -kSecondsPerDay / 2 ? 1 : step > kSecondsPerDay / 2 ? -1 : 0;
+  utc.mjd = *m_mjdOfDay0 + static_cast<unsigned int>(m_day + neighbor);
   return utc;
 }
 

@@ -29,7 +29,7 @@ class VELAGNSS_API StreamClock {
   double Seconds() const;
 
   // The UTC of a value of `Seconds`. The date is the modified Julian date (MJD), and missing as long as the stream has
-  // carried no date.
+  // carried no date and none was assumed.
   struct Utc {
     std::optional<unsigned int> mjd;  // the day
     double secondsOfDay;  // 0 to 86400; NaN for a value that is not a time: not finite, or beyond a million days
@@ -38,7 +38,13 @@ class VELAGNSS_API StreamClock {
   // As `Utc` says.
   Utc UtcOf(double seconds) const;
 
-  // Whether the stream has carried a date.
+  // The UTC of a time of day, on the day that brings it nearest to the last time of the stream.
+  Utc UtcOfTimeOfDay(double secondsOfDay) const;
+
+  // Takes a day (MJD) for that of the first time of the stream, until the stream carries a date of its own.
+  void AssumeFirstDay(unsigned int mjd);
+
+  // Whether a date is known: the stream has carried one, or one was assumed.
   bool KnowsDate() const { return m_mjdOfDay0.has_value(); }
 
   // The first date and time, taken as GPS time: a seed for decoders. It is behind GPS time by the leap seconds, which
@@ -52,6 +58,7 @@ class VELAGNSS_API StreamClock {
   int m_day = 0;  // days since the first time came
   std::optional<double> m_secondsOfDay;
   std::optional<unsigned int> m_mjdOfDay0;
+  bool m_isDayAssumed = false;
   std::optional<C_GnssTime> m_firstDate;
 };
 

@@ -7,6 +7,7 @@
 
 #include "Cases.h"
 #include "NmeaMoreRecords.h"
+#include "RecordLine.h"
 #include "Streams.h"
 #include "records/ResultCodes.h"
 
@@ -115,6 +116,53 @@ TEST_ROWS(SentenceCodec, DecodesToTheRecord, kCases, row) {
   EXPECT_EQ(decoded.result, row.result);
   if (row.line != nullptr) {
     EXPECT_EQ(decoded.line, row.line);
+  }
+}
+
+struct S_DigitsCase {
+  const char* name;
+  const char* sent;        // time of a GST
+  const char* hundredths;  // as decoded with hundredths, in s
+  const char* whole;       // with all digits
+  const char* written;
+};
+// clang-format off
+const S_DigitsCase kDigits[] = {
+    {"Thousandths",       "074150.799",          "27710.79", "27710.799",       "074150.799"},
+    {"EighthsOfASecond",  "074150.125",          "27710.12", "27710.125",       "074150.125"},
+    {"TrailingZeros",     "074150.7000",         "27710.7",  "27710.7",         "074150.70"},
+    {"WholeSeconds",      "123519",              "45319",    "45319",           "123519.00"},
+    {"PointAlone",        "123519.",             "45319",    "45319",           "123519.00"},
+    {"Nanoseconds",       "235959.123456789",    "86399.12", "86399.123456789", "235959.123456789"},
+    {"BeyondNanoseconds", "000000.0000000019",   "0",        "1e-09",           "000000.000000001"},
+    {"OtherCharacters",   "123519.25x",          "45319.25", "45319.25",        "123519.25"},
+    {"SignedSecond",      "1235+9.256",          "45309.25", "45309.25",        "123509.25"},
+    {"NoTime",            "",                    "-",        "-",               ""},
+};
+// clang-format on
+
+TEST_ROWS(TimeDigitsOf, AreKeptWhenAskedFor, kDigits, row) {
+  const std::string sentence = Sentence(std::string("GPGST,") + row.sent + ",,,,,,,");
+  NmeaRecord record;
+  ASSERT_EQ(DecodeSentence(sentence, record), 0U);
+  EXPECT_EQ(RecordLine(std::get<GstRecord>(record).timeOfDay), row.hundredths);
+  ASSERT_EQ(DecodeSentence(sentence, record, TimeDigits::All), 0U);
+  EXPECT_EQ(RecordLine(std::get<GstRecord>(record).timeOfDay), row.whole);
+  char out[kMaxSentenceLength];
+  std::size_t length = 0;
+  ASSERT_EQ(EncodeSentence(record, out, sizeof out, length, TimeDigits::All), 0U);
+  EXPECT_EQ(std::string(out, length), Sentence(std::string("GPGST,") + row.written + ",,,,,,,"));
+}
+
+// A ZDA of two digits and an RMC of the same day have the same date.
+TEST(SentenceCodec, CompletesAYearOfTwoDigits) {
+  for (const auto& [sent, year] : {std::pair{"14", 2014}, {"99", 2099}, {"2014", 2014}, {"", NA_U16}}) {
+    NmeaRecord record;
+    const std::string sentence = Sentence(std::string("GPZDA,160012.71,11,03,") + sent + ",00,00");
+    ASSERT_EQ(DecodeSentence(sentence, record, TimeDigits::All), 0U);
+    EXPECT_EQ(std::get<S_ZDA_Data>(record).year, year);
+    ASSERT_EQ(DecodeSentence(sentence, record), 0U);
+    EXPECT_EQ(std::get<S_ZDA_Data>(record).year, *sent == 0 ? NA_U16 : std::atoi(sent));
   }
 }
 

@@ -26,7 +26,7 @@ json Line(velagnss::RecordDecoder& decoder, std::string_view message, std::strin
   const velagnss::Frame frame = {reinterpret_cast<const unsigned char*>(bytes.data()),
                                  static_cast<unsigned short>(bytes.size()), key.protocol, key.type, 0};
   Host::C_JsonWriter writer;
-  Host::C_FrameJson(writer).WriteFrame(frame, &decoder.Decode(frame));
+  Host::C_FrameJson(writer).WriteFrame(frame, &decoder.Decode(frame), decoder.Clock());
   return json::parse(writer.Text());
 }
 

@@ -37,7 +37,7 @@ char VariationLetter(std::string_view sentence, std::string_view text, const t_N
 }  // namespace
 
 unsigned int DecodeCheckedSentence(const unsigned char* sentence, unsigned short length, t_SentenceType type,
-                                   U_EcdDcdData& record, char& variationLetter) {
+                                   U_EcdDcdData& record, char& variationLetter, TimeDigits digits) {
   std::memset(&record, 0, sizeof record);
   variationLetter = '\0';
   if (sentence == nullptr) return eResultNull;
@@ -56,7 +56,7 @@ unsigned int DecodeCheckedSentence(const unsigned char* sentence, unsigned short
   fields.FillUpTo(std::min(fields.Size() + 1, t_NmeaFields::kLimits.fields));
   result = VisitSentence(type, [&](const auto& rules, auto member) {
     SetEmpty(rules, record.*member);
-    return DecodeFields(rules, fields, checked.type, record.*member);
+    return DecodeFields(rules, fields, checked.type, record.*member, digits);
   });
   if (result == eResultOk) variationLetter = letter;
   return result;

@@ -2,6 +2,7 @@
 // character and for the full scan.
 #include "textproto/FieldValues.h"
 
+#include <cstdint>
 #include <limits>
 
 #include "geo/NotAvailable.h"
@@ -125,6 +126,25 @@ bool ParseTimeOfDaySeconds(std::string_view field, double& secondsOfDay) {
   if (!ParseTimeOfDay(field, hours, minutes, seconds)) return false;
   // No check of ranges: 235960 is a leap second.
   secondsOfDay = IsNotAvailable(seconds) ? NA_DOUBLE : hours * 3600 + minutes * 60 + seconds;
+  return true;
+}
+
+bool ParseTimeOfDayDigits(std::string_view field, double& secondsOfDay) {
+  constexpr std::size_t kPoint = 6;
+  constexpr std::size_t kMaxDecimals = 9;  // with the seconds of a day 15 digits: exact in a double
+  if (!ParseTimeOfDaySeconds(field, secondsOfDay)) return false;
+  unsigned int digits = 0;
+  if (field.size() <= kPoint || field[kPoint] != '.' || !NumberText::ReadPlainInteger(field.substr(0, kPoint), digits))
+    return true;
+  // As one integer and one division: the number is then the one nearest to the text.
+  std::uint64_t number = digits / 10000 * 3600 + digits / 100 % 100 * 60 + digits % 100;
+  double scale = 1;
+  for (const char c : field.substr(kPoint + 1, kMaxDecimals)) {
+    if (c < '0' || c > '9') break;
+    number = number * 10 + static_cast<unsigned int>(c - '0');
+    scale *= 10;
+  }
+  secondsOfDay = static_cast<double>(number) / scale;
   return true;
 }
 

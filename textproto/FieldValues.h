@@ -44,6 +44,9 @@ bool ParseTimeOfDay(std::string_view field, unsigned int& hours, unsigned int& m
 // The same in seconds of the day; NA_DOUBLE for an empty field, 0.0 after a failure. Ranges are not checked.
 bool ParseTimeOfDaySeconds(std::string_view field, double& secondsOfDay);
 
+// Accepts the same, and reads all decimals of the seconds, up to nine.
+bool ParseTimeOfDayDigits(std::string_view field, double& secondsOfDay);
+
 // (d)ddmm.mmmm in degrees, without sign. The last two digits before the first "." and everything after them are
 // minutes; the "." must be at index 3 or later. 0.0 after a failure, NA_DOUBLE for an empty field; a field of 1 to 5
 // characters fails.

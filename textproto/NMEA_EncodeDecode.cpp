@@ -42,15 +42,7 @@ template <class Record>
   // A record that was reset and never filled has no talker; its sentence would not be recognized.
   if (record.talker[0] == '\0' || record.talker[1] == '\0') return eResultOutOfRange;
   C_SentenceText sentence(buffer);
-  // Room for the address is not a question: the buffer is empty.
-  sentence.AppendUnchecked("$");
-  sentence.AppendUnchecked({record.talker, sizeof record.talker});
-  sentence.AppendUnchecked(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[rules.type]);
-  for (const S_FieldRule<Record>& rule : rules.rules) {
-    const unsigned int result = rule.kind.write(sentence, record);
-    if (result != eResultOk) return result;
-  }
-  return eResultOk;
+  return AppendSentence(sentence, rules, record);
 }
 
 // A sentence of the record in the buffer, checksum and CR LF included.

@@ -123,7 +123,7 @@ struct S_ZDA_Data {
 //
 //   $GPGLL,3723.2475,N,12158.3416,W,161229.487,A,A*41
 //
-// is 37.387458 and -121.972360 degrees at 58349.48 s (five characters of the seconds are read), valid, autonomous.
+// is 37.387458 and -121.972360 degrees at 58349.48 s (five characters of the seconds are read, unless all digits are asked for), valid, autonomous.
 struct S_GLL_Data {
   char talker[2];           // of the sentence id
   double timeOfDay;         // s of the UTC day

@@ -49,6 +49,23 @@ void AddDegreesAndMinutes(C_FieldText& field, const S_AngleStyle& style, const C
   minutesFormat.Print(field, (magnitude - wholeDegrees) * 60);
 }
 
+// The digits that read back as the same number, which is rounded to nanoseconds: the fraction needs no calculation.
+void AddTimeWithAllDigits(C_FieldText& field, double secondsOfDay) {
+  constexpr unsigned int kMaxDecimals = 9;
+  constexpr std::size_t kMinDecimals = 2;
+  char text[NumberText::kMaxFixedLength + kMaxDecimals];
+  std::string_view digits(text,
+                          static_cast<std::size_t>(NumberText::WriteFixed(text, secondsOfDay, kMaxDecimals) - text));
+  const std::size_t point = digits.find('.');
+  while (digits.ends_with('0') && digits.size() > point + 1 + kMinDecimals) digits.remove_suffix(1);
+  unsigned int seconds = 0;
+  static_cast<void>(NumberText::ReadPlainInteger(digits.substr(0, point), seconds));  // below 86401
+  AddPadded(field, seconds / 3600, 2);
+  AddPadded(field, seconds / 60 % 60, 2);
+  AddPadded(field, seconds % 60, 2);
+  field.Add(digits.substr(point));
+}
+
 }  // namespace
 
 // "123519.00". The negated condition refuses NaN as well.
@@ -57,6 +74,10 @@ unsigned int AppendTime(C_SentenceText& sentence, double notAvailable, double se
   if (leadingComma) field.Add(',');
   if (secondsOfDay == notAvailable) return sentence.Append(field);
   if (!(secondsOfDay >= 0 && secondsOfDay < kSecondsPerDay)) return eResultOutOfRange;
+  if (sentence.DigitsOfTimes() == TimeDigits::All) {
+    AddTimeWithAllDigits(field, secondsOfDay);
+    return sentence.Append(field);
+  }
   unsigned char hours = 0;
   unsigned char minutes = 0;
   double seconds = 0.0;

@@ -82,11 +82,11 @@ constexpr t_KindOf<Member> NumberAs = {Number<Member>, WriteNumber<Member, Forma
 
 // --- Times and dates: a field that is not one leaves the record as it is ---
 
-template <auto Member, class Record>
+template <auto Member, bool (*Parse)(std::string_view, double&), class Record>
 // "123519.00"
 unsigned int ReadTime(std::string_view field, unsigned int, Record& record) {
   double secondsOfDay = 0.0;
-  const bool isRead = ParseTimeOfDaySeconds(field, secondsOfDay);
+  const bool isRead = Parse(field, secondsOfDay);
   if (isRead) record.*Member = secondsOfDay;
   return ResultOf(isRead);
 }
@@ -97,7 +97,8 @@ unsigned int WriteTime(C_SentenceText& sentence, const Record& record) {
 }
 
 template <auto Member>
-constexpr t_KindOf<Member> Time = {ReadTime<Member>, WriteTime<Member>};
+constexpr t_KindOf<Member> Time = {ReadTime<Member, ParseTimeOfDaySeconds>, WriteTime<Member>,
+                                   ReadTime<Member, ParseTimeOfDayDigits>};
 
 // ddmmyy
 template <class Record>

@@ -17,6 +17,13 @@
 
 namespace velagnss {
 
+// How many digits of a time are read and written. `All` is nanoseconds; it also completes a year of two digits in ZDA
+// as that of RMC, from 2000 on.
+enum class TimeDigits : unsigned char {
+  Hundredths,  // of a second, as `C_NMEA_EncodeDecode` does
+  All,         // as sent; at least two decimals are written
+};
+
 // GST: statistics of the position error.
 //
 //   $GPGST,172814.0,0.006,0.023,0.020,273.6,0.023,0.020,0.031*6A

@@ -346,10 +346,10 @@ void ExtendText(std::string_view sentence, TxtRecord& record) {
 }
 
 template <class Record>
-unsigned int DecodeMoreSentence(std::string_view text, NmeaRecord& record) {
+unsigned int DecodeMoreSentence(std::string_view text, NmeaRecord& record, TimeDigits digits) {
   Record& decoded = record.emplace<Record>();
   text.copy(decoded.talker, sizeof decoded.talker, 1);
-  const unsigned int result = ReadFields(t_MoreFields(text), kSentence<Record>.rules, decoded);
+  const unsigned int result = ReadFields(t_MoreFields(text), kSentence<Record>.rules, decoded, digits);
   ExtendText(text, decoded);
   return result;
 }

@@ -14,7 +14,7 @@
 namespace velagnss::textproto {
 
 // Decodes a text from "$" up to its "*", whose address has five characters, into its record. 0 or 11.
-using t_MoreDecoder = unsigned int (*)(std::string_view text, NmeaRecord& record);
+using t_MoreDecoder = unsigned int (*)(std::string_view text, NmeaRecord& record, TimeDigits digits);
 
 // Null for a formatter without a record.
 t_MoreDecoder FindMoreDecoder(std::string_view formatter);

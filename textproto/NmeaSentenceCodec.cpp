@@ -50,12 +50,12 @@ bool IsChecksumRight(std::string_view text, std::string_view checksum) {
   return std::equal(checksum.begin(), checksum.end(), expected.begin(), isEqual);
 }
 
-unsigned int DecodeOneOfEight(std::string_view sentence, t_SentenceType type, NmeaRecord& record) {
+unsigned int DecodeOneOfEight(std::string_view sentence, t_SentenceType type, NmeaRecord& record, TimeDigits digits) {
   U_EcdDcdData data;
   char variation = '\0';
   const unsigned int result =
       DecodeCheckedSentence(reinterpret_cast<const unsigned char*>(sentence.data()),
-                            static_cast<unsigned short>(sentence.size()), type, data, variation);
+                            static_cast<unsigned short>(sentence.size()), type, data, variation, digits);
   if (result != eResultOk) return result;
   if (type == C_RawDataMessage::eNmeaRMC) data.rmc.variationDirection = static_cast<unsigned char>(variation);
   return VisitSentence(type, [&](const auto&, auto member) {
@@ -68,7 +68,7 @@ bool IsOneOfEight(t_SentenceType type) {
   return VisitSentence(type, [](const auto&, auto) { return static_cast<unsigned int>(eResultOk); }) == eResultOk;
 }
 
-unsigned int DecodeAny(std::string_view sentence, NmeaRecord& record) {
+unsigned int DecodeAny(std::string_view sentence, NmeaRecord& record, TimeDigits digits) {
   if (sentence.size() > kMaxSentenceLength) return eResultTooLong;
   sentence = WithoutLineEnd(sentence);
   const std::string_view address = AddressOf(sentence);
@@ -80,8 +80,8 @@ unsigned int DecodeAny(std::string_view sentence, NmeaRecord& record) {
 
   const std::string_view formatter = PlainFormatter(sentence[0], address);
   const t_SentenceType type = formatter.empty() ? C_RawDataMessage::eNmeaUnknown : SentenceIds::Find(formatter.data());
-  if (IsOneOfEight(type)) return DecodeOneOfEight(sentence, type, record);
-  if (const t_MoreDecoder decode = FindMoreDecoder(formatter)) return decode(text, record);
+  if (IsOneOfEight(type)) return DecodeOneOfEight(sentence, type, record, digits);
+  if (const t_MoreDecoder decode = FindMoreDecoder(formatter)) return decode(text, record, digits);
   record = OtherSentence{sentence[0], address, FieldList(text.substr(1 + address.size()))};
   return eResultOk;
 }
@@ -103,50 +103,41 @@ constexpr t_SentenceType kEight[] = {C_RawDataMessage::eNmeaGGA, C_RawDataMessag
                                      C_RawDataMessage::eNmeaGLL, C_RawDataMessage::eNmeaGSV, C_RawDataMessage::eNmeaGSA,
                                      C_RawDataMessage::eNmeaRMC, C_RawDataMessage::eNmeaVTG};
 
-unsigned int EncodeOneOfEight(const NmeaRecord& record, unsigned char* out, unsigned short& length) {
-  const void* const held = std::visit([](const auto& any) { return static_cast<const void*>(&any); }, record);
-  const std::string_view talker = std::visit(
-      [](const auto& any) {
-        if constexpr (requires { any.talker; }) return std::string_view(any.talker, sizeof any.talker);
-        return std::string_view();
-      },
-      record);
-  if (!IsAddress(talker) || talker[0] == 'P') return eResultOutOfRange;
-  return C_NMEA_EncodeDecode().Encode(held, kEight[record.index() - 1], out, length);
+unsigned int AppendOneOfEight(C_SentenceText& sentence, const NmeaRecord& record) {
+  return VisitSentence(kEight[record.index() - 1], [&]<class Record>(const S_NmeaSentence<Record>& rules, auto) {
+    const Record& held = std::get<Record>(record);
+    const std::string_view talker(held.talker, sizeof held.talker);
+    const bool isAddress = IsAddress(talker) && talker[0] != 'P';  // "$P" would make it proprietary
+    return isAddress ? AppendSentence(sentence, rules, held) : static_cast<unsigned int>(eResultOutOfRange);
+  });
 }
 
-unsigned int EncodeAnyOther(const NmeaRecord& record, char* out, unsigned short& length) {
-  C_SentenceText sentence(out);
-  const auto* const other = std::get_if<OtherSentence>(&record);
-  const unsigned int result = other != nullptr ? AppendOther(sentence, *other) : AppendMoreSentence(sentence, record);
-  if (result != eResultOk) return result;
-  const std::array<char, kChecksumLength> checksum = ChecksumText(sentence.View());
-  sentence.AppendUnchecked({checksum.data(), checksum.size()});
-  sentence.AppendUnchecked(kLineEnd);
-  length = static_cast<unsigned short>(sentence.View().size());
-  return eResultOk;
+unsigned int AppendAny(C_SentenceText& sentence, const NmeaRecord& record) {
+  if (const auto* const other = std::get_if<OtherSentence>(&record)) return AppendOther(sentence, *other);
+  return record.index() - 1 < std::size(kEight) ? AppendOneOfEight(sentence, record)
+                                                : AppendMoreSentence(sentence, record);
 }
 
 }  // namespace
 
-unsigned int DecodeSentence(std::string_view sentence, NmeaRecord& record) {
-  const unsigned int result = sentence.data() == nullptr ? eResultNull : DecodeAny(sentence, record);
+unsigned int DecodeSentence(std::string_view sentence, NmeaRecord& record, TimeDigits digits) {
+  const unsigned int result = sentence.data() == nullptr ? eResultNull : DecodeAny(sentence, record, digits);
   if (result != eResultOk) record.emplace<OtherSentence>();
   return result;
 }
 
-unsigned int EncodeSentence(const NmeaRecord& record, char* out, std::size_t capacity, std::size_t& length) {
+unsigned int EncodeSentence(const NmeaRecord& record, char* out, std::size_t capacity, std::size_t& length,
+                            TimeDigits digits) {
   if (out == nullptr) return eResultNull;
   char text[kMaxSentenceLength] = {};
-  unsigned short textLength = 0;
-  const bool isOneOfEight = record.index() - 1 < std::size(kEight);
-  const unsigned int result = isOneOfEight
-                                  ? EncodeOneOfEight(record, reinterpret_cast<unsigned char*>(text), textLength)
-                                  : EncodeAnyOther(record, text, textLength);
+  C_SentenceText sentence(text, digits);
+  const unsigned int result = AppendAny(sentence, record);
   if (result != eResultOk) return result;
-  if (textLength > capacity) return eResultPastEnd;
-  std::copy_n(text, textLength, out);
-  length = textLength;
+  const std::array<char, kChecksumLength> checksum = ChecksumText(sentence.View());
+  sentence.AppendUnchecked({checksum.data(), checksum.size()});
+  sentence.AppendUnchecked(kLineEnd);
+  if (sentence.View().size() > capacity) return eResultPastEnd;
+  length = sentence.View().copy(out, capacity);
   return eResultOk;
 }
 

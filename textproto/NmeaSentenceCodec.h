@@ -28,11 +28,12 @@ inline constexpr std::size_t kMaxSentenceLength = 1024;
 //   0 decoded; 1 null; 2 no address; 4 checksum absent or wrong; 20 longer than 1024 bytes;
 //   11 a field that cannot be parsed, or a unit other than that of the standard
 //   For GGA, GLL, GNS, GSA, GSV, RMC, VTG and ZDA also 8 and 9, as `C_NMEA_EncodeDecode::MakeDecodable` and `Decode`.
-VELAGNSS_API unsigned int DecodeSentence(std::string_view sentence, NmeaRecord& record);
+VELAGNSS_API unsigned int DecodeSentence(std::string_view sentence, NmeaRecord& record,
+                                         TimeDigits digits = TimeDigits::Hundredths);
 
 // Encodes a record as a sentence with its checksum, CR and LF, without a NUL. A value at its marker is an empty field,
-// trailing ones included; numbers have the digits that read back as the same number, times two decimals and minutes of
-// arc eight. After a failure nothing is written.
+// trailing ones included; numbers have the digits that read back as the same number, times those of `digits` and
+// minutes of arc eight. After a failure nothing is written.
 //
 //   0 done; 1 null `out`; 2 an address that is none
 //   9 more than 1018 characters before the checksum, or more than `capacity` in all
@@ -40,8 +41,8 @@ VELAGNSS_API unsigned int DecodeSentence(std::string_view sentence, NmeaRecord& 
 //     that is not finite, a time, latitude or longitude beyond its limits, a talker that is not two capital letters or
 //     digits or begins with P
 //   16 GNS with mode letters whose talker's second character is not "N"
-VELAGNSS_API unsigned int EncodeSentence(const NmeaRecord& record, char* out, std::size_t capacity,
-                                         std::size_t& length);
+VELAGNSS_API unsigned int EncodeSentence(const NmeaRecord& record, char* out, std::size_t capacity, std::size_t& length,
+                                         TimeDigits digits = TimeDigits::Hundredths);
 
 // What a sentence is called: "GBS" for "$GPGBS,...", "VDM" for "!AIVDM,...", all of the address of a proprietary
 // sentence, "PGRME". Empty where there is no address. The checksum is not looked at.

@@ -61,6 +61,16 @@ unsigned int WriteZoneHours(C_SentenceText& sentence, const S_ZDA_Data& record) 
   return AppendValue<int>(sentence, kTwoDigits, kNoZoneHours, record.zoneHours, true);
 }
 
+// ZDA: two digits do not say which century; RMC has the same.
+unsigned int ReadFullYear(std::string_view field, unsigned int index, S_ZDA_Data& record) {
+  const unsigned int result = Number<&S_ZDA_Data::year>(field, index, record);
+  if (record.year < 100) record.year = static_cast<unsigned short>(record.year + 2000);
+  return result;
+}
+
+constexpr S_FieldKind<S_ZDA_Data> Year = {Number<&S_ZDA_Data::year>, WriteNumber<&S_ZDA_Data::year, kFourDigits>,
+                                          ReadFullYear};
+
 // GSV: number, elevation, azimuth and signal to noise of one satellite.
 template <unsigned int I>
 unsigned int ReadSatellite(std::string_view field, unsigned int index, S_GSV_Data& record) {
@@ -137,7 +147,7 @@ constexpr S_FieldRule<S_ZDA_Data> kZdaRules[] = {
     {1, 1, Time<&S_ZDA_Data::timeOfDay>},
     {2, 1, NumberAs<&S_ZDA_Data::day, kTwoDigits>},
     {3, 1, NumberAs<&S_ZDA_Data::month, kTwoDigits>},
-    {4, 1, NumberAs<&S_ZDA_Data::year, kFourDigits>},
+    {4, 1, Year},
     {5, 1, {ReadZoneHours, WriteZoneHours}},
     {6, 1, NumberAs<&S_ZDA_Data::zoneMinutes, kTwoDigits>},
 };

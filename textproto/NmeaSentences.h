@@ -13,6 +13,7 @@
 #include "textproto/SentenceFields.h"
 #include "textproto/SentenceIds.h"
 #include "textproto/SentenceRules.h"
+#include "textproto/SentenceText.h"
 
 namespace velagnss::textproto {
 
@@ -102,14 +103,30 @@ void SetEmpty(const S_NmeaSentence<Record>& sentence, Record& record) {
 // soon as field 0 can be one, whatever its id.
 template <class Record>
 [[nodiscard]] unsigned int DecodeFields(const S_NmeaSentence<Record>& sentence, const t_NmeaFields& fields,
-                                        t_SentenceType type, Record& record) {
+                                        t_SentenceType type, Record& record,
+                                        TimeDigits digits = TimeDigits::Hundredths) {
   // Longer ids pass as long as they begin with a known one.
   constexpr std::size_t kMinId = 6;
   if (fields.Count() < sentence.minFields) return eResultBadField;
   const std::string_view id = fields[0];
   if (fields.Readable() == 0 || id.size() < kMinId || id[0] != '$') return eResultWrongSentence;
   std::memcpy(record.talker, id.data() + 1, sizeof record.talker);
-  return type == sentence.type ? ReadFields(fields, sentence.rules, record) : eResultWrongSentence;
+  return type == sentence.type ? ReadFields(fields, sentence.rules, record, digits) : eResultWrongSentence;
+}
+
+// Appends the sentence of a record to an empty text, up to its last field. The talker must have two characters.
+template <class Record>
+[[nodiscard]] unsigned int AppendSentence(C_SentenceText& sentence, const S_NmeaSentence<Record>& rules,
+                                          const Record& record) {
+  // Room for the address is not a question: the text is empty.
+  sentence.AppendUnchecked("$");
+  sentence.AppendUnchecked({record.talker, sizeof record.talker});
+  sentence.AppendUnchecked(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[rules.type]);
+  for (const S_FieldRule<Record>& rule : rules.rules) {
+    const unsigned int result = rule.kind.write(sentence, record);
+    if (result != eResultOk) return result;
+  }
+  return eResultOk;
 }
 
 }  // namespace velagnss::textproto

@@ -15,6 +15,7 @@
 #include "geo/NotAvailable.h"
 #include "records/ResultCodes.h"
 #include "textproto/FieldValues.h"
+#include "textproto/NmeaMoreRecords.h"
 
 namespace velagnss::textproto {
 
@@ -31,11 +32,13 @@ using t_FieldWriter = unsigned int (*)(C_SentenceText& sentence, const Record& r
 // Both directions of one kind of field. Sentences that are not encoded have readers only.
 template <class Record>
 struct S_FieldKind {
-  constexpr S_FieldKind(t_FieldReader<Record> reader, t_FieldWriter<Record> writer = nullptr)
-      : read(reader), write(writer) {}
+  constexpr S_FieldKind(t_FieldReader<Record> reader, t_FieldWriter<Record> writer = nullptr,
+                        t_FieldReader<Record> readerOfAll = nullptr)
+      : read(reader), write(writer), readAll(readerOfAll == nullptr ? reader : readerOfAll) {}
 
   t_FieldReader<Record> read;  // null: the field is not looked at
   t_FieldWriter<Record> write;
+  t_FieldReader<Record> readAll;  // for `TimeDigits::All`
 };
 
 // A run of fields that are handled alike: mostly one.
@@ -50,15 +53,16 @@ struct S_FieldRule {
 // The interpreter. A sentence may end early: what it does not have is left as it is, without an error. A field that is
 // too long ends it as well.
 template <class Fields, class Record>
-[[nodiscard]] unsigned int ReadFields(const Fields& fields, std::span<const S_FieldRule<Record>> rules,
-                                      Record& record) {
+[[nodiscard]] unsigned int ReadFields(const Fields& fields, std::span<const S_FieldRule<Record>> rules, Record& record,
+                                      TimeDigits digits = TimeDigits::Hundredths) {
   // Both are found once: they do not change while fields are read.
   const std::size_t readable = fields.Readable();
   const std::size_t count = fields.Count();
   for (const S_FieldRule<Record>& rule : rules) {
-    if (rule.kind.read == nullptr || count <= rule.moreThan) continue;
+    const t_FieldReader<Record> read = digits == TimeDigits::All ? rule.kind.readAll : rule.kind.read;
+    if (read == nullptr || count <= rule.moreThan) continue;
     for (unsigned int i = 0; i < rule.count && rule.first + i < readable; ++i) {
-      const unsigned int result = rule.kind.read(fields[rule.first + i], i, record);
+      const unsigned int result = read(fields[rule.first + i], i, record);
       if (result != eResultOk) return result;
     }
   }

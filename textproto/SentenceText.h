@@ -8,6 +8,7 @@
 
 #include "records/ResultCodes.h"
 #include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/NmeaMoreRecords.h"
 #include "textproto/PrintFormat.h"
 
 namespace velagnss::textproto {
@@ -15,7 +16,11 @@ namespace velagnss::textproto {
 // A NUL-terminated text in a buffer of 1024 bytes that someone else owns.
 class C_SentenceText {
  public:
-  explicit C_SentenceText(char* text) : m_text(text), m_length(std::strlen(text)) {}
+  explicit C_SentenceText(char* text, TimeDigits timeDigits = TimeDigits::Hundredths)
+      : m_text(text), m_length(std::strlen(text)), m_timeDigits(timeDigits) {}
+
+  // Of the times to be appended.
+  TimeDigits DigitsOfTimes() const { return m_timeDigits; }
 
   // Appends a field, NUL-terminated; refuses one that makes the sentence too long. Both as a result code.
   [[nodiscard]] unsigned int Append(std::string_view field) {
@@ -40,6 +45,7 @@ class C_SentenceText {
   // The buffer has room for more than the limit: units, checksum and line end come on top of it.
   char* m_text;
   std::size_t m_length;
+  TimeDigits m_timeDigits;
 };
 
 // How an angle is written: degrees, minutes, letter.

@@ -3,13 +3,14 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <chrono>
 
+#include "apps/velagnss/geo/GeoForms.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/MessageNames.h"
 #include "apps/velagnss/text/Units.h"
+#include "geo/LeapSeconds.h"
 #include "stream/Names.h"
 
 namespace Host {
@@ -18,25 +19,36 @@ namespace {
 // 1 GiB: the buffer is allocated at once.
 constexpr std::uint64_t kMaxReadSize = std::uint64_t{1} << 30;
 
-// "2024-05-18": its noon, in GPS time.
+constexpr std::size_t kDateLength = 10;  // 2024-05-18
+
+// A date, or a date and time in ISO 8601, in all forms of `geo time`.
+std::optional<t_GeoOutputs> ReadDate(std::string_view text) {
+  if (text.size() < kDateLength || text[4] != '-' || text[7] != '-') return std::nullopt;
+  const S_GeoForm& form = *FindGeoForm("time", "utc");
+  t_GeoInputs in{};
+  t_GeoOutputs out{};
+  if (!ReadGeoValues(form, text, false, in).empty() || form.compute(in, out) != eGeoOutcome::Done) return std::nullopt;
+  return out;
+}
+
+// A date alone is taken at noon. The order of the values is that of `geo time`: week and seconds are the second and
+// third.
 std::optional<C_GnssTime> SeedOfDate(std::string_view text) {
-  unsigned short year = 0;
-  unsigned char month = 0;
-  unsigned char day = 0;
-  const bool hasForm = text.size() == 10 && text[4] == '-' && text[7] == '-' && ParseWhole(text.substr(0, 4), year) &&
-                       ParseWhole(text.substr(5, 2), month) && ParseWhole(text.substr(8), day);
-  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
-  if (!hasForm || !date.ok()) return std::nullopt;
-  const auto mjd = (std::chrono::sys_days(date) - std::chrono::sys_days(std::chrono::year(1858) / 11 / 17)).count();
-  if (mjd < kMjdOfGpsEpoch + 7 || mjd > kLastMjd) return std::nullopt;
-  C_GnssTime noon;
-  noon.Set_MJD(static_cast<unsigned int>(mjd), 0.5, ALGO::GNSS_GPS);
-  return noon;
+  const std::optional<t_GeoOutputs> date = ReadDate(text);
+  if (!date || (*date)[1] < 1) return std::nullopt;
+  const C_GnssTime time(static_cast<unsigned short>((*date)[1]), (*date)[2], ALGO::GNSS_GPS);
+  return text.size() == kDateLength ? time + kSecondsPerDay / 2 : time;
+}
+
+std::string CheckDate(const std::string& text) {
+  return ParseDate(text) ? "" : "'" + text + "' is not a date from 1980-01-13 on, as in 2024-05-18";
 }
 
 std::string CheckSeed(const std::string& text) {
   if (ParseSeed(text)) return {};
-  return "'" + text + "' is not a date from 1980-01-13 on, nor a GPS week from 1 on and its seconds, as in 2300:345600";
+  return "'" + text +
+         "' is not a date from 1980-01-13 on, with or without a time, nor a GPS week from 1 on and its seconds, as in "
+         "2300:345600";
 }
 
 std::string CheckSearch(const std::string& list) {
@@ -54,13 +66,19 @@ int ReportUsage(std::string_view command, std::string_view message) {
 
 std::optional<C_GnssTime> ParseSeed(std::string_view text) {
   const std::size_t colon = text.find(':');
-  if (colon == std::string_view::npos) return SeedOfDate(text);
+  if (colon == std::string_view::npos || text.find('-') != std::string_view::npos) return SeedOfDate(text);
   unsigned short week = 0;
   double seconds = 0;
   if (!ParseWhole(text.substr(0, colon), week) || !ParseWhole(text.substr(colon + 1), seconds)) return std::nullopt;
   // Week 0 means "no seed" to the decoder.
   if (week == 0 || !(seconds >= 0 && seconds < kSecondsPerWeek)) return std::nullopt;
   return C_GnssTime(week, seconds, ALGO::GNSS_GPS);
+}
+
+std::optional<unsigned int> ParseDate(std::string_view text) {
+  const std::optional<C_GnssTime> noon = text.size() == kDateLength ? SeedOfDate(text) : std::nullopt;
+  if (!noon) return std::nullopt;
+  return velagnss::UtcOfGps(*noon).mjd;
 }
 
 std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::string_view list, bool acknowledgements) {
@@ -97,13 +115,18 @@ void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
   app.add_option(
          "--seed", stream.seed,
          "date of the recording, 2024-05-18, or its GPS week and seconds,\n2314:604638, to complete broadcast weeks\n"
-         "(default: the first date in the stream)")
+         "(default: --date, or the first date in the stream)")
       ->option_text("TIME")
       ->check(&CheckSeed);
+  app.add_option("--date", stream.date,
+                 "UTC date of each input's first time, 2024-05-18, until it carries\na date of its own")
+      ->option_text("DATE")
+      ->check(&CheckDate);
 }
 
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
-  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly};
+  return {ParseSearchList(stream.search, stream.acknowledgements).value(),
+          ParseSeed(stream.seed.empty() ? stream.date : stream.seed), !stream.listedOnly, ParseDate(stream.date)};
 }
 
 void DeclareOutput(CLI::App& app, std::string& output) {

@@ -33,9 +33,12 @@ auto NumberBetween(Number least, Number greatest, const char* range) {
   };
 }
 
-// "2024-05-18", taken at noon, or "WEEK:SECONDS": a GPS week without roll-over and the seconds of that week. Nothing
-// for any other text.
+// "2024-05-18", taken at noon, "2024-05-18T12:34:56Z", or "WEEK:SECONDS": a GPS week without roll-over and the seconds
+// of that week. Nothing for any other text.
 std::optional<C_GnssTime> ParseSeed(std::string_view text);
+
+// The Modified Julian Date of "2024-05-18". Nothing for any other text.
+std::optional<unsigned int> ParseDate(std::string_view text);
 
 // The protocols of `list` (names with commas), or all of them when it is empty. Acknowledgements are only among them
 // when named or asked for: they have no checksum and take the text up to the next line end with them. Nothing when a
@@ -49,6 +52,7 @@ struct S_StreamArguments {
   bool acknowledgements = false;
   bool listedOnly = false;
   std::string seed;  // empty or a text that `ParseSeed` understands
+  std::string date;  // empty or a text that `ParseDate` understands
 };
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream);
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream);

@@ -57,6 +57,12 @@ const S_Format* FindFormat(std::string_view name) {
   return format == std::end(kFormats) ? nullptr : format;
 }
 
+// A seed completes weeks, and these formats have none.
+bool IsWithoutWeeks(const S_Format& format) {
+  constexpr std::string_view kNames[] = {"nmea", "csv", "gpx", "kml", "geojson"};
+  return std::find(std::begin(kNames), std::end(kNames), format.name) != std::end(kNames);
+}
+
 std::string CheckFormat(const std::string& name) {
   return FindFormat(name) != nullptr ? "" : "unknown format '" + name + "'; known: " + FormatNames();
 }
@@ -102,6 +108,7 @@ void C_ConvertCommand::Declare(CLI::App& app) {
 
 // The first option given that belongs to other formats; empty when there is none.
 std::string C_ConvertCommand::OptionOfOtherFormat(const S_Format& format) const {
+  if (!m_options.stream.seed.empty() && IsWithoutWeeks(format)) return "--seed";
   for (const CLI::Option* option : m_app->get_options())
     if (option->count() > 0 && !HasGroup(format, option->get_group()) && IsFormatGroup(option->get_group()))
       return option->get_name();

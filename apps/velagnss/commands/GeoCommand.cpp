@@ -180,13 +180,16 @@ constexpr char kLookHelp[] =
     "  velagnss geo look --json < pairs.txt               one pair per line\n\n"
     "North, east and up are meters from the station; the elevation is above the plane tangent to the ellipsoid.\n";
 constexpr char kTimeHelp[] =
-    "Calendar date, GPS week and seconds, and Modified Julian Date, each computed from any other.\n\n"
+    "Calendar date, UTC, GPS week and seconds, and Modified Julian Date, each computed from any other.\n\n"
     "Examples:\n"
     "  velagnss geo time 2024-05-06T12:34:56.5            also '2024-05-06 12:34:56.5' or 2024 5 6 12 34 56.5\n"
+    "  velagnss geo time --from utc 2024-05-06T12:34:56Z  leap seconds are added\n"
     "  velagnss geo time --from gps 2313 131696.5         full week number, seconds of the week\n"
     "  velagnss geo time --from mjd 60436 0.52426504      day and fraction, as two numbers or one\n"
     "  velagnss geo time --json < times.txt               one time per line\n\n"
-    "All times are GPS time: no leap seconds are added or removed. GPS time has been ahead of UTC by 18 s since 2017.\n"
+    "All times but those in UTC are GPS time. GPS time - UTC comes from a built-in table of leap seconds; its last "
+    "entry\n"
+    "is 1 January 2017, 18 s.\n"
     "Dates from 6 January 1980 to 31 December 2100 are accepted.\n";
 
 class C_GeoCommand : public C_Command {

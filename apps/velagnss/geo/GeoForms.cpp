@@ -12,6 +12,7 @@
 #include "apps/velagnss/text/Units.h"
 #include "geo/Geodesy.h"
 #include "geo/GnssTime.h"
+#include "geo/LeapSeconds.h"
 #include "geo/NotAvailable.h"
 #include "geo/PointCoordinate.h"
 
@@ -73,6 +74,14 @@ constexpr S_GeoColumn kCalendarDate[] = {
     {"minute",         Whole,     0, 59},
     {"seconds",        Seconds,   0, 60},
 };
+constexpr S_GeoColumn kUtcDate[] = {
+    {"year",           Whole,     1980, 2100},
+    {"month",          Whole,     1, 12},
+    {"day",            Whole,     1, 31},
+    {"hour",           Whole,     0, 23},
+    {"minute",         Whole,     0, 59},
+    {"seconds",        Seconds,   0, 61},
+};
 constexpr S_GeoColumn kGpsWeek[] = {
     {"week",           Whole,     0, kLastWeek},
     {"seconds",        Seconds,   0, kSecondsPerWeek},
@@ -89,6 +98,8 @@ constexpr S_GeoColumn kTimes[] = {
     {"fraction_of_day", Fraction},
     {"day_of_year",    Whole},
     {"day_of_week",    Whole},
+    {"utc",            Utc},
+    {"leap_seconds",   Whole},
 };
 // clang-format on
 
@@ -140,19 +151,36 @@ eGeoOutcome AllTimesOf(const C_GnssTime& time, t_GeoOutputs& out) {
          static_cast<double>(mjd),
          fraction,
          static_cast<double>(dayOfYear),
-         static_cast<double>(dayOfWeek)};
+         static_cast<double>(dayOfWeek),
+         seconds,
+         static_cast<double>(velagnss::LeapSecondsOn(velagnss::UtcOfGps(time).mjd))};
   return eGeoOutcome::Done;
 }
 
-eGeoOutcome TimeFromCalendar(const t_GeoInputs& in, t_GeoOutputs& out) {
-  const auto number = [&](std::size_t i) { return static_cast<unsigned char>(in[i]); };
-  const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(in[0])), std::chrono::month(number(1)),
-                                         std::chrono::day(number(2))};
+bool IsDate(const t_GeoInputs& in) {
+  const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(in[0])),
+                                         std::chrono::month(static_cast<unsigned int>(in[1])),
+                                         std::chrono::day(static_cast<unsigned int>(in[2]))};
   using namespace std::chrono_literals;
-  if (!date.ok() || date < 1980y / 1 / 6) return eGeoOutcome::BadInput;
+  return date.ok() && date >= 1980y / 1 / 6;
+}
+
+eGeoOutcome TimeFromCalendar(const t_GeoInputs& in, t_GeoOutputs& out) {
+  if (!IsDate(in)) return eGeoOutcome::BadInput;
+  const auto number = [&](std::size_t i) { return static_cast<unsigned char>(in[i]); };
   C_GnssTime time;
   time.Set(static_cast<unsigned short>(in[0]), number(1), number(2), number(3), number(4), in[5], ALGO::GNSS_GPS);
   return AllTimesOf(time + 0.0, out);
+}
+
+eGeoOutcome TimeFromUtc(const t_GeoInputs& in, t_GeoOutputs& out) {
+  if (!IsDate(in)) return eGeoOutcome::BadInput;
+  const unsigned int mjd = C_GnssTime::GregorianToMJD(
+      static_cast<unsigned short>(in[0]), static_cast<unsigned char>(in[1]), static_cast<unsigned char>(in[2]));
+  const double secondsOfDay = in[3] * 3600 + in[4] * 60 + in[5];
+  const bool hasLeapSecond = velagnss::LeapSecondsOn(mjd + 1) > velagnss::LeapSecondsOn(mjd);
+  if (in[5] >= 60 && !(hasLeapSecond && secondsOfDay >= kSecondsPerDay)) return eGeoOutcome::BadInput;
+  return AllTimesOf(velagnss::GpsOfUtc({mjd, secondsOfDay}), out);
 }
 
 eGeoOutcome TimeFromWeek(const t_GeoInputs& in, t_GeoOutputs& out) {
@@ -172,6 +200,7 @@ constexpr char kNoGeodetic[] = "no result: nearer than 500 km to the Earth's cen
 constexpr char kNoGeodesic[] =
     "no result: the points are almost opposite each other on the Earth, where the method does not converge";
 constexpr char kNoDate[] = "not a day from 6 January 1980 to 31 December 2100";
+constexpr char kNoUtc[] = "not a day from 6 January 1980 to 31 December 2100, or there was no leap second";
 constexpr char kNoMjd[] = "the fraction is given twice: in the Modified Julian Date and after it";
 
 // clang-format off
@@ -182,6 +211,7 @@ constexpr S_GeoForm kForms[] = {
     {"inverse", "",         kTwoPoints,                       4, kGeodesic,   &Inverse,              kNoGeodesic},
     {"look",    "",         kStationAndTarget,                6, kLookAngles, &Look,                 ""},
     {"time",    "calendar", kCalendarDate,                    3, kTimes,      &TimeFromCalendar,     kNoDate},
+    {"time",    "utc",      kUtcDate,                         3, kTimes,      &TimeFromUtc,          kNoUtc},
     {"time",    "gps",      kGpsWeek,                         2, kTimes,      &TimeFromWeek,         kNoDate},
     {"time",    "mjd",      kModifiedJulianDate,              1, kTimes,      &TimeFromMjd,          kNoMjd},
 };
@@ -199,9 +229,13 @@ constexpr std::size_t kShownSize = 40;  // of a text that is not a number
 
 bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
-// Turns the separators of ISO 8601 into spaces: '-', ':' and 'T' between two digits, where no other number has them.
-std::string WithoutIsoSeparators(std::string_view line) {
+// Turns the separators of ISO 8601 into spaces: '-', ':' and 'T' between two digits, where no other number has them. Of
+// a time in UTC also the 'Z' at its end.
+std::string WithoutIsoSeparators(std::string_view line, bool isUtc) {
   std::string plain(line);
+  const std::size_t last = line.find_last_not_of(kSeparators);
+  if (isUtc && last != std::string_view::npos && last > 0 && line[last] == 'Z' && IsDigit(line[last - 1]))
+    plain[last] = ' ';
   for (std::size_t i = 1; i + 1 < line.size(); ++i) {
     const bool isBetweenDigits = IsDigit(line[i - 1]) && IsDigit(line[i + 1]);
     if (isBetweenDigits && (line[i] == '-' || line[i] == ':' || line[i] == 'T')) plain[i] = ' ';
@@ -265,7 +299,8 @@ std::vector<std::string_view> SidesOfGeo(std::string_view command) {
 }
 
 std::string ReadGeoValues(const S_GeoForm& form, std::string_view line, bool radians, t_GeoInputs& values) {
-  const std::string plain = form.from == "calendar" ? WithoutIsoSeparators(line) : std::string(line);
+  const bool isUtc = form.from == "utc";
+  const std::string plain = isUtc || form.from == "calendar" ? WithoutIsoSeparators(line, isUtc) : std::string(line);
   const std::vector<std::string_view> texts = SplitValues(plain);
   values.fill(0);
   std::string error = ReadCount(form, texts.size());

@@ -1,7 +1,7 @@
 // The calculations of `velagnss geo`: what each takes, what it gives, and how a line of text is read for it.
 //
 // A calculation has one or more forms, one for each kind of input: `geo convert` from geodetic and from Cartesian
-// coordinates, `geo time` from a calendar date, a GPS week or a Modified Julian Date.
+// coordinates, `geo time` from a calendar date, UTC, a GPS week or a Modified Julian Date.
 #ifndef VELAGNSS_APPS_GEO_FORMS_H
 #define VELAGNSS_APPS_GEO_FORMS_H
 
@@ -22,7 +22,8 @@ enum class eGeoQuantity {
   Fraction,   // of a day; below the limit
   Days,       // whole or not; below the limit
   Whole,      // a whole number
-  Calendar,   // seconds since 6 January 1980, written as date and time of day
+  Calendar,   // seconds of GPS time since 6 January 1980, written as date and time of day
+  Utc,        // the same, written in UTC
 };
 
 // An input or output value. Limits are in degrees where the value is an angle, and mean nothing for results.
@@ -34,7 +35,7 @@ struct S_GeoColumn {
 };
 
 inline constexpr std::size_t kMaxGeoInputs = 6;
-inline constexpr std::size_t kMaxGeoOutputs = 7;
+inline constexpr std::size_t kMaxGeoOutputs = 9;
 using t_GeoInputs = std::array<double, kMaxGeoInputs>;
 using t_GeoOutputs = std::array<double, kMaxGeoOutputs>;
 

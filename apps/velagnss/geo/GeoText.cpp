@@ -8,6 +8,7 @@
 #include "apps/velagnss/text/JsonWriter.h"
 #include "apps/velagnss/text/TimeText.h"
 #include "apps/velagnss/text/Units.h"
+#include "geo/LeapSeconds.h"
 
 namespace Host {
 namespace {
@@ -44,10 +45,15 @@ S_Style StyleOf(eGeoQuantity quantity, bool radians) {
 
 // Seconds since 6 January 1980 as date and time of day. Week and second of week are exact, fractions are to some 0.5
 // us: enough for the milliseconds shown.
-C_TimeText CalendarText(double seconds) {
+C_TimeText CalendarText(double seconds, bool isUtc) {
   const double week = std::floor(seconds / kSecondsPerWeek);
-  return C_TimeText::WeekTime(static_cast<unsigned short>(week), seconds - week * kSecondsPerWeek, ALGO::GNSS_GPS);
+  const C_GnssTime time(static_cast<unsigned short>(week), seconds - week * kSecondsPerWeek, ALGO::GNSS_GPS);
+  if (!isUtc) return C_TimeText::WeekTime(time.m_week, time.m_secOfWeek, time.m_system);
+  const velagnss::UtcTime utc = velagnss::UtcOfGps(time);
+  return C_TimeText::Utc(utc.mjd, utc.secondsOfDay);
 }
+
+bool IsCalendar(eGeoQuantity quantity) { return quantity == eGeoQuantity::Calendar || quantity == eGeoQuantity::Utc; }
 
 // What rounds to nothing has no sign: -0.00001 m is "0.0000".
 std::string FixedText(double value, int decimals) {
@@ -57,7 +63,7 @@ std::string FixedText(double value, int decimals) {
 }
 
 std::string ValueText(eGeoQuantity quantity, double value, const S_Style& style) {
-  if (quantity == eGeoQuantity::Calendar) return std::string(CalendarText(value).Text());
+  if (IsCalendar(quantity)) return std::string(CalendarText(value, quantity == eGeoQuantity::Utc).Text());
   const std::string text = FixedText(value * style.scale, style.decimals);
   const bool isWholeTurn = style.turn != 0 && text == FixedText(style.turn, style.decimals);
   return isWholeTurn ? FixedText(0, style.decimals) : text;
@@ -100,8 +106,8 @@ std::string GeoJson(const S_GeoResult& result, std::optional<std::uint64_t> line
     json.Key(std::string(column.name) + std::string(style.suffix));
     if (!result.hasValues)
       json.Null();
-    else if (column.quantity == eGeoQuantity::Calendar)
-      json.String(CalendarText(result.values[i]).Text());
+    else if (IsCalendar(column.quantity))
+      json.String(CalendarText(result.values[i], column.quantity == eGeoQuantity::Utc).Text());
     else
       json.Number(result.values[i] * style.scale);
   }

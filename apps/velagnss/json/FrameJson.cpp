@@ -1,7 +1,9 @@
 #include "apps/velagnss/json/FrameJson.h"
 
 #include "apps/velagnss/json/RecordJson.h"
+#include "apps/velagnss/pipeline/RecordTime.h"
 #include "apps/velagnss/text/RejectionNumber.h"
+#include "apps/velagnss/text/TimeText.h"
 #include "records/ResultCodes.h"
 #include "stream/Names.h"
 
@@ -19,6 +21,14 @@ void WriteDecoded(C_JsonWriter& json, const velagnss::DecodedFrame& decoded) {
   json.BeginObject();
   WriteFields(json, decoded);
   json.EndObject();
+}
+
+// The date of a time of day comes from the stream.
+void WriteUtc(C_JsonWriter& json, const velagnss::Record& record, const velagnss::StreamClock& clock) {
+  const velagnss::StreamClock::Utc utc = clock.UtcOfTimeOfDay(TimeOfDayOf(record));
+  if (!utc.mjd) return;
+  const C_TimeText text = C_TimeText::Utc(*utc.mjd, utc.secondsOfDay, C_TimeText::kAllDigits);
+  if (!text.IsEmpty()) json.Key("utc").String(text.Text());
 }
 
 std::string_view SentenceOf(const velagnss::Frame& frame) {
@@ -40,7 +50,8 @@ void C_FrameJson::End() {
   m_json.EndLine();
 }
 
-void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded) {
+void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded,
+                             const velagnss::StreamClock& clock) {
   Begin();
   m_json.Key("offset").Integer(frame.offset);
   m_json.Key("length").Integer(frame.length);
@@ -50,6 +61,7 @@ void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::Decod
   m_json.Key("message").String(unlisted.empty() ? listed.Text() : unlisted);
   m_json.Key("number").IntegerOrNull(velagnss::MessageNumber(frame));
   if (decoded != nullptr) WriteDecoded(m_json, *decoded);
+  if (decoded != nullptr) WriteUtc(m_json, decoded->record, clock);
   if (frame.protocol == C_RawDataMessage::eNMEA0183) m_json.Key("text").String(SentenceOf(frame));
   if (m_hex) m_json.Key("hex").Hex({frame.data, frame.length});
   End();

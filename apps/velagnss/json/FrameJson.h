@@ -22,7 +22,9 @@ class C_FrameJson {
   void SetHex(bool isWanted) { m_hex = isWanted; }
 
   // A frame and what was decoded of it; null for the envelope alone.
-  void WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded);
+  // `clock` has noted the frame already.
+  void WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded,
+                  const velagnss::StreamClock& clock);
 
   void WriteRejection(const velagnss::RejectedStart& start);
   void WriteSkipped(const velagnss::SkippedRange& range);

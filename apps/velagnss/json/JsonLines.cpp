@@ -18,7 +18,7 @@ void C_JsonLines::OnFrame(const S_FrameRecord& record) {
   if (record.decoded.hasDataError) ++m_dataErrors;
   if (!m_options.filter.Passes(frame, record.clock.Seconds())) return;
   ++m_framesWritten;
-  m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded);
+  m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded, record.clock);
 }
 
 void C_JsonLines::OnRejection(const velagnss::RejectedStart& start) {

@@ -113,7 +113,7 @@ bool C_LineEncoder::IsTextOf(const nlohmann::json& object) {
   m_text = text.get<std::string>();
   if (std::any_of(m_text.begin(), m_text.end(), IsControl)) return false;
   velagnss::NmeaRecord record;
-  const unsigned int result = velagnss::DecodeSentence(m_text, record);
+  const unsigned int result = velagnss::DecodeSentence(m_text, record, velagnss::TimeDigits::All);
   const bool isSentence = result == eResultOk || result == eResultOutOfRange || result == eResultPastEnd ||
                           result == eResultBadField;  // those of a sentence whose checksum is right
   if (!isSentence || !HasItsName(object, m_text, record)) return false;
@@ -141,38 +141,36 @@ C_LineEncoder::eOutcome C_LineEncoder::EncodeMoreFields(nlohmann::json& fields, 
   velagnss::NmeaRecord record;
   const std::string problem =
       IsOtherSentence(fields) ? ReadOtherFields(fields, m_text, record) : ReadMoreFields(fields, name, record);
-  if (!problem.empty()) return Refuse("fields: " + problem);
-  std::size_t length = 0;
-  char* const out = reinterpret_cast<char*>(m_buffer.data());
-  const unsigned int result = velagnss::EncodeSentence(record, out, m_buffer.size(), length);
-  if (result != eResultOk) return Refuse(fmt::format("fields: cannot be encoded: {}", velagnss::ResultText(result)));
-  m_sentence = {out, length};
-  return eOutcome::Encoded;
+  return problem.empty() ? EncodeRecord(record) : Refuse("fields: " + problem);
 }
 
 C_LineEncoder::eOutcome C_LineEncoder::EncodeFields(const nlohmann::json& fields,
                                                     C_RawDataMessage::eNMEA0183Messages type) {
-  const std::string problem = ReadNmeaFields(fields, type, m_record);
+  velagnss::NmeaRecord record;
+  const std::string problem = ReadNmeaFields(fields, type, record);
   if (!problem.empty()) return Refuse("fields: " + problem);
-  if (type == C_RawDataMessage::eNmeaGNS) DropModes();
-  return EncodeRecord(type);
+  if (auto* const gns = std::get_if<S_GNS_Data>(&record)) DropModes(*gns);
+  const eOutcome outcome = EncodeRecord(record);
+  if (outcome == eOutcome::Encoded && !IsRecognized())
+    return Refuse(
+        fmt::format("fields: the sentence would have {} characters, more than its kind allows", m_sentence.size()));
+  return outcome;
 }
 
 // Only the talker of a combined solution ("GN") has modes, and the encoder refuses them for any other talker. Without
 // them the rest of the sentence is still useful.
-void C_LineEncoder::DropModes() {
-  if (m_record.gns.talker[1] == 'N' || m_record.gns.mode[0] == eNmeaModeEmpty) return;
-  std::fill(std::begin(m_record.gns.mode), std::end(m_record.gns.mode), eNmeaModeEmpty);
+void C_LineEncoder::DropModes(S_GNS_Data& gns) {
+  if (gns.talker[1] == 'N' || gns.mode[0] == eNmeaModeEmpty) return;
+  std::fill(std::begin(gns.mode), std::end(gns.mode), eNmeaModeEmpty);
   ++m_modesLeftOut;
 }
 
-C_LineEncoder::eOutcome C_LineEncoder::EncodeRecord(C_RawDataMessage::eNMEA0183Messages type) {
-  unsigned short length = 0;
-  const unsigned int result = m_nmea.Encode(&m_record, type, m_buffer.data(), length);
+C_LineEncoder::eOutcome C_LineEncoder::EncodeRecord(const velagnss::NmeaRecord& record) {
+  std::size_t length = 0;
+  char* const out = reinterpret_cast<char*>(m_buffer.data());
+  const unsigned int result = velagnss::EncodeSentence(record, out, m_buffer.size(), length, velagnss::TimeDigits::All);
   if (result != eResultOk) return Refuse(fmt::format("fields: cannot be encoded: {}", velagnss::ResultText(result)));
-  m_sentence = {reinterpret_cast<const char*>(m_buffer.data()), length};
-  if (!IsRecognized())
-    return Refuse(fmt::format("fields: the sentence would have {} characters, more than its kind allows", length));
+  m_sentence = {out, length};
   return eOutcome::Encoded;
 }
 

@@ -10,7 +10,6 @@
 
 #include "apps/velagnss/text/JsonWriter.h"
 #include "framing/FrameRecognizer.h"
-#include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/NmeaMoreRecords.h"
 
 namespace Host {
@@ -47,14 +46,12 @@ class C_LineEncoder {
   eOutcome EncodeMoreFields(nlohmann::json& fields, std::string_view name);
   bool IsTextOf(const nlohmann::json& object);
   bool AreFieldsOfText(const nlohmann::json& object, const velagnss::NmeaRecord& record);
-  eOutcome EncodeRecord(C_RawDataMessage::eNMEA0183Messages type);
-  void DropModes();
+  eOutcome EncodeRecord(const velagnss::NmeaRecord& record);
+  void DropModes(S_GNS_Data& gns);
   bool IsRecognized();
 
   C_JsonWriter m_fieldsOfText{4096};
   std::string m_text;  // of the sentence as it was received, with CR LF; or of the fields that a record points to
-  C_NMEA_EncodeDecode m_nmea;
-  U_EcdDcdData m_record;
   std::array<unsigned char, 1024> m_buffer{};
   C_FrameRecognizer m_recognizer;
   std::vector<unsigned char> m_frameBuffer;

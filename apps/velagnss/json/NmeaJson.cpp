@@ -11,6 +11,7 @@
 #include "apps/velagnss/text/Numbers.h"
 #include "apps/velagnss/text/TimeText.h"
 #include "apps/velagnss/text/Units.h"
+#include "textproto/NMEA_EncodeDecode.h"
 
 namespace Host {
 namespace {
@@ -229,29 +230,30 @@ constexpr S_Member<S_VTG_Data> kVtg[] = {
 };
 // clang-format on
 
-template <auto Member, const auto& Fields, auto Reset>
-t_Problem ReadSentence(const nlohmann::json& fields, U_EcdDcdData& record) {
-  Reset(record.*Member);
-  t_Problem problem = ReadMembers(fields, Fields, record.*Member);
-  if (problem.empty() && (record.*Member).talker[0] == '\0') problem = "talker: missing";
+template <class Record, const auto& Fields, auto Reset>
+t_Problem ReadSentence(const nlohmann::json& fields, velagnss::NmeaRecord& record) {
+  Record& read = record.emplace<Record>();
+  Reset(read);
+  t_Problem problem = ReadMembers(fields, Fields, read);
+  if (problem.empty() && read.talker[0] == '\0') problem = "talker: missing";
   return problem;
 }
 
 struct S_Sentence {
   t_SentenceType type;
-  t_Problem (*read)(const nlohmann::json& fields, U_EcdDcdData& record);
+  t_Problem (*read)(const nlohmann::json& fields, velagnss::NmeaRecord& record);
 };
 
 using t_Nmea = C_NMEA_EncodeDecode;
 constexpr S_Sentence kSentences[] = {
-    {C_RawDataMessage::eNmeaGSV, &ReadSentence<&U_EcdDcdData::gsv, kGsv, &t_Nmea::Reset_GSV>},
-    {C_RawDataMessage::eNmeaGSA, &ReadSentence<&U_EcdDcdData::gsa, kGsa, &t_Nmea::Reset_GSA>},
-    {C_RawDataMessage::eNmeaGGA, &ReadSentence<&U_EcdDcdData::gga, kGga, &t_Nmea::Reset_GGA>},
-    {C_RawDataMessage::eNmeaRMC, &ReadSentence<&U_EcdDcdData::rmc, kRmc, &t_Nmea::Reset_RMC>},
-    {C_RawDataMessage::eNmeaGLL, &ReadSentence<&U_EcdDcdData::gll, kGll, &t_Nmea::Reset_GLL>},
-    {C_RawDataMessage::eNmeaVTG, &ReadSentence<&U_EcdDcdData::vtg, kVtg, &t_Nmea::Reset_VTG>},
-    {C_RawDataMessage::eNmeaZDA, &ReadSentence<&U_EcdDcdData::zda, kZda, &t_Nmea::Reset_ZDA>},
-    {C_RawDataMessage::eNmeaGNS, &ReadSentence<&U_EcdDcdData::gns, kGns, &t_Nmea::Reset_GNS>},
+    {C_RawDataMessage::eNmeaGSV, &ReadSentence<S_GSV_Data, kGsv, &t_Nmea::Reset_GSV>},
+    {C_RawDataMessage::eNmeaGSA, &ReadSentence<S_GSA_Data, kGsa, &t_Nmea::Reset_GSA>},
+    {C_RawDataMessage::eNmeaGGA, &ReadSentence<S_GGA_Data, kGga, &t_Nmea::Reset_GGA>},
+    {C_RawDataMessage::eNmeaRMC, &ReadSentence<S_RMC_Data, kRmc, &t_Nmea::Reset_RMC>},
+    {C_RawDataMessage::eNmeaGLL, &ReadSentence<S_GLL_Data, kGll, &t_Nmea::Reset_GLL>},
+    {C_RawDataMessage::eNmeaVTG, &ReadSentence<S_VTG_Data, kVtg, &t_Nmea::Reset_VTG>},
+    {C_RawDataMessage::eNmeaZDA, &ReadSentence<S_ZDA_Data, kZda, &t_Nmea::Reset_ZDA>},
+    {C_RawDataMessage::eNmeaGNS, &ReadSentence<S_GNS_Data, kGns, &t_Nmea::Reset_GNS>},
 };
 
 std::string_view NameOf(const S_Sentence& sentence) { return C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[sentence.type]; }
@@ -275,7 +277,7 @@ void WriteMembers(C_JsonWriter& json, const S_GSA_Data& record) { WriteFields(js
 void WriteMembers(C_JsonWriter& json, const S_RMC_Data& record) { WriteFields(json, kRmc, record); }
 void WriteMembers(C_JsonWriter& json, const S_VTG_Data& record) { WriteFields(json, kVtg, record); }
 
-std::string ReadNmeaFields(const nlohmann::json& fields, t_SentenceType type, U_EcdDcdData& record) {
+std::string ReadNmeaFields(const nlohmann::json& fields, t_SentenceType type, velagnss::NmeaRecord& record) {
   for (const S_Sentence& sentence : kSentences)
     if (sentence.type == type) return sentence.read(fields, record);
   return "this sentence cannot be encoded";

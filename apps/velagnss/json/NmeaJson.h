@@ -9,7 +9,7 @@
 
 #include "apps/velagnss/text/JsonWriter.h"
 #include "framing/RawDataMessage.h"
-#include "textproto/NMEA_EncodeDecode.h"
+#include "textproto/NmeaMoreRecords.h"
 
 namespace Host {
 
@@ -31,7 +31,7 @@ std::string EncodableSentenceNames();
 
 // The reverse of `WriteMembers`: a record fit for encoding from the object "fields". What the object leaves out, or
 // gives as null, gets its marker; the talker must be there. Returns what is wrong, member first, or nothing.
-std::string ReadNmeaFields(const nlohmann::json& fields, t_SentenceType type, U_EcdDcdData& record);
+std::string ReadNmeaFields(const nlohmann::json& fields, t_SentenceType type, velagnss::NmeaRecord& record);
 
 }  // namespace Host
 

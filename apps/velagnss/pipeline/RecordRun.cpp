@@ -11,6 +11,8 @@ C_RecordRun::C_RecordRun(const S_RunOptions& options, std::initializer_list<C_Re
   for (const C_RawDataMessage::eProtocols protocol : options.search) m_reader.EnableProtocol(protocol);
   m_reader.AcceptUnlisted(options.acceptsUnlisted);
   m_reader.ReportEvents(std::any_of(consumers.begin(), consumers.end(), [](auto* c) { return c->NeedsEvents(); }));
+  m_decoder.KeepTimeDigits(velagnss::TimeDigits::All);
+  if (options.firstDay) m_decoder.AssumeFirstDay(*options.firstDay);
   if (options.seed) m_decoder.SeedTime(*options.seed);
 }
 

@@ -17,6 +17,7 @@ struct S_RunOptions {
   std::vector<C_RawDataMessage::eProtocols> search;  // protocols to look for
   std::optional<C_GnssTime> seed;                    // the user's
   bool acceptsUnlisted = true;                       // checked frames that are not listed, too
+  std::optional<unsigned int> firstDay = {};         // MJD of the first time of each input, the user's
 };
 
 // Each input is searched for frames, each frame is decoded once, and the consumers get both in their order.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 
 #include "apps/velagnss/text/Units.h"
@@ -10,8 +11,8 @@
 namespace Host {
 namespace {
 
-constexpr unsigned int kMsPerSecond = 1000;
-constexpr unsigned int kMsPerDay = 86400 * kMsPerSecond;
+constexpr std::int64_t kWholeSecondsPerDay = 86400;
+constexpr unsigned int kStreamDecimals = 6;  // days of a stream are added to its seconds: nanoseconds would be rounding
 
 // The civil date of a day, taken at noon, where rounding cannot reach another day.
 S_GregorianTime DateOf(unsigned short week, unsigned int dayOfWeek) {
@@ -46,21 +47,25 @@ C_TimeText C_TimeText::Date(unsigned int year, unsigned int month, unsigned int 
   return text;
 }
 
-C_TimeText C_TimeText::TimeOfDay(double secondsOfDay) {
+C_TimeText C_TimeText::TimeOfDay(double secondsOfDay, unsigned int decimals) {
   C_TimeText text;
   if (!(secondsOfDay >= 0 && secondsOfDay < kSecondsPerDay + 1)) return text;
-  auto ms = static_cast<unsigned int>(std::lround(secondsOfDay * kMsPerSecond));
-  if (secondsOfDay < kSecondsPerDay) ms = std::min(ms, kMsPerDay - 1);  // rounding must not make a leap second
-  const unsigned int leap = ms >= kMsPerDay ? kMsPerSecond : 0;         // counted as the 61st second of the last minute
-  const unsigned int seconds = (ms - leap) / kMsPerSecond;
+  std::int64_t second = 1;  // in units of the last decimal
+  for (unsigned int i = 0; i < decimals; ++i) second *= 10;
+  std::int64_t time = std::llround(secondsOfDay * static_cast<double>(second));
+  // Rounding must not make a leap second, nor a second one.
+  const std::int64_t end = (secondsOfDay < kSecondsPerDay ? kWholeSecondsPerDay : kWholeSecondsPerDay + 1) * second;
+  time = std::min(time, end - 1);
+  const std::int64_t leap = time / second == kWholeSecondsPerDay ? 1 : 0;  // the 61st second of the last minute
+  const auto seconds = static_cast<unsigned int>(time / second - leap);
   text.AppendNumber(seconds / 3600, 2);
   text.Append(":");
   text.AppendNumber(seconds / 60 % 60, 2);
   text.Append(":");
-  text.AppendNumber(seconds % 60 + leap / kMsPerSecond, 2);
-  if (ms % kMsPerSecond == 0) return text;
+  text.AppendNumber(seconds % 60 + static_cast<unsigned int>(leap), 2);
+  if (time % second == 0) return text;
   text.Append(".");
-  text.AppendNumber(ms % kMsPerSecond, 3);
+  text.AppendNumber(static_cast<unsigned int>(time % second), decimals);
   while (text.m_text[text.m_size - 1] == '0') --text.m_size;
   return text;
 }
@@ -77,8 +82,8 @@ C_TimeText C_TimeText::WeekTime(unsigned short week, double secOfWeek, ALGO::eGN
   return text;
 }
 
-C_TimeText C_TimeText::Utc(unsigned int mjd, double secondsOfDay) {
-  const C_TimeText time = TimeOfDay(secondsOfDay);
+C_TimeText C_TimeText::Utc(unsigned int mjd, double secondsOfDay, unsigned int decimals) {
+  const C_TimeText time = TimeOfDay(secondsOfDay, decimals);
   if (mjd < kMjdOfGpsEpoch || time.IsEmpty()) return {};
   const unsigned int days = mjd - kMjdOfGpsEpoch;
   const S_GregorianTime date = DateOf(static_cast<unsigned short>(days / 7), days % 7);
@@ -92,7 +97,7 @@ C_TimeText C_TimeText::Utc(unsigned int mjd, double secondsOfDay) {
 
 C_TimeText C_TimeText::StreamTime(const velagnss::StreamClock& clock, double seconds) {
   const velagnss::StreamClock::Utc utc = clock.UtcOf(seconds);
-  return utc.mjd ? Utc(*utc.mjd, utc.secondsOfDay) : TimeOfDay(utc.secondsOfDay);
+  return utc.mjd ? Utc(*utc.mjd, utc.secondsOfDay, kStreamDecimals) : TimeOfDay(utc.secondsOfDay, kStreamDecimals);
 }
 
 }  // namespace Host

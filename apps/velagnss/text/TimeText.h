@@ -18,9 +18,12 @@ class C_TimeText {
   // "2024-05-06"; empty for an impossible date.
   static C_TimeText Date(unsigned int year, unsigned int month, unsigned int day);
 
-  // "12:34:56", with up to three decimals when they are not 0. `secondsOfDay` is rounded to milliseconds; from 86400 on
-  // the surplus is a leap second, "23:59:60". Empty outside [0, 86401).
-  static C_TimeText TimeOfDay(double secondsOfDay);
+  static constexpr unsigned int kMilliseconds = 3;  // decimals
+  static constexpr unsigned int kAllDigits = 9;     // that a sentence can have
+
+  // "12:34:56", with up to so many decimals when they are not 0: `secondsOfDay` is rounded to them. From 86400 on the
+  // surplus is a leap second, "23:59:60". Empty outside [0, 86401).
+  static C_TimeText TimeOfDay(double secondsOfDay, unsigned int decimals = kMilliseconds);
 
   // "2024-05-06T12:34:56", in the time scale of `system`. GLONASS time is UTC + 3 h, shown by its offset "+03:00"; text
   // without an offset is GPS time, also for Galileo, QZSS and SBAS. Empty for seconds outside [0, 604800).
@@ -28,9 +31,9 @@ class C_TimeText {
 
   // "2024-05-06T12:34:56Z" of a Modified Julian Date and UTC seconds of the day; empty where either part would be
   // empty.
-  static C_TimeText Utc(unsigned int mjd, double secondsOfDay);
+  static C_TimeText Utc(unsigned int mjd, double secondsOfDay, unsigned int decimals = kMilliseconds);
 
-  // The UTC of a time of `clock`: with its date once the stream has carried one, else the time of day alone.
+  // The UTC of a time of `clock`, to microseconds: with its date where that is known, else the time of day alone.
   static C_TimeText StreamTime(const velagnss::StreamClock& clock, double seconds);
 
  private:

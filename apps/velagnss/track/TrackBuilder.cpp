@@ -78,6 +78,17 @@ S_TrackSolution FromRmc(const S_RMC_Data& rmc) {
   return solution;
 }
 
+// Only for epochs whose position comes with another sentence. Either unit may be missing.
+S_TrackPoint FromVtg(const S_VTG_Data& vtg) {
+  constexpr double kKmhPerKnot = 1.852;
+  S_TrackPoint point;
+  if (!IsFix(vtg.mode)) return point;
+  point.speedKnots =
+      IsNotAvailable(vtg.speedKnots) && !IsNotAvailable(vtg.speedKmh) ? vtg.speedKmh / kKmhPerKnot : vtg.speedKnots;
+  point.courseTrue = vtg.courseTrue;
+  return point;
+}
+
 // A GLL of the first versions of the standard has no status.
 S_TrackSolution FromGll(const S_GLL_Data& gll) {
   const bool isVoid = gll.status >= eNmeaGllNotValid && gll.status != eNmeaGllEmpty;
@@ -91,6 +102,7 @@ void C_TrackBuilder::Take(const velagnss::Record& record, const velagnss::Stream
   if (const auto* gns = std::get_if<S_GNS_Data>(&record)) return Add(eSource::Gns, FromGns(*gns), clock);
   if (const auto* rmc = std::get_if<S_RMC_Data>(&record)) return Add(eSource::Rmc, FromRmc(*rmc), clock);
   if (const auto* gll = std::get_if<S_GLL_Data>(&record)) return Add(eSource::Gll, FromGll(*gll), clock);
+  if (const auto* vtg = std::get_if<S_VTG_Data>(&record)) m_velocity = FromVtg(*vtg);
 }
 
 void C_TrackBuilder::Add(eSource source, const S_TrackSolution& solution, const velagnss::StreamClock& clock) {
@@ -123,6 +135,7 @@ std::optional<S_TrackPoint> C_TrackBuilder::BestPoint() const {
     else
       best = solution->point;
   }
+  if (best) FillAll(*best, m_velocity);
   return best;
 }
 
@@ -138,6 +151,7 @@ void C_TrackBuilder::CloseEpoch(const velagnss::StreamClock& clock) {
       std::none_of(m_solutions.begin(), m_solutions.end(), [](const auto& s) { return s.has_value(); });
   m_isBroken = !point && (m_isBroken || !wasEmpty);
   m_solutions = {};
+  m_velocity = {};
   m_timeOfDay = m_seconds = kNoTime;
 }
 

@@ -44,13 +44,14 @@ class C_TrackSink {
 
 // Sentences with the same time of day form one epoch, and one without a time belongs to those before it. The position
 // of an epoch comes from the first of GGA, GNS, RMC and GLL that has a fix; values that it lacks are filled in from the
-// next. An epoch without any fix makes no point, and a new segment of the track begins after it, as at the beginning of
-// an input and where the time steps back. A sentence that is late by up to 10 s is left out.
+// next, speed and course also from VTG. An epoch without any fix makes no point, and a new segment of the track begins
+// after it, as at the beginning of an input and where the time steps back. A sentence that is late by up to 10 s is
+// left out.
 class C_TrackBuilder {
  public:
   explicit C_TrackBuilder(C_TrackSink& sink) : m_sink(sink) {}
 
-  // Takes one of the four sentences, which `clock` has noted already, and ignores every other record.
+  // Takes one of the sentences, which `clock` has noted already, and ignores every other record.
   void Take(const velagnss::Record& record, const velagnss::StreamClock& clock);
 
   // The end of an input.
@@ -67,6 +68,7 @@ class C_TrackBuilder {
 
   C_TrackSink& m_sink;
   std::array<std::optional<S_TrackSolution>, kNumSources> m_solutions;  // of the epoch, by source
+  S_TrackPoint m_velocity;                                              // of the epoch, from VTG
   double m_timeOfDay = kNoTime;                                         // of the epoch
   double m_seconds = kNoTime;                                           // the same on the clock's scale
   double m_latest = kNoTime;                                            // of any epoch, on the clock's scale
