@@ -10,6 +10,7 @@
 #include "apps/velagnss/rinex/RinexText.h"
 #include "apps/velagnss/text/TimeText.h"
 #include "apps/velagnss/text/Units.h"
+#include "geo/LeapSeconds.h"
 
 namespace Host {
 
@@ -29,6 +30,12 @@ std::string C_StreamFacts::RunDate(const S_RinexOptions& options, double lastEpo
   std::string date = m_lastDate.empty() ? EpochText(lastEpoch) : m_lastDate;
   std::erase_if(date, [](char c) { return c < '0' || c > '9'; });
   return fmt::format("{} {} UTC", date.substr(0, 8), date.substr(8, 6));
+}
+
+// By the day of GPS time, which begins some seconds before that of UTC.
+unsigned int C_StreamFacts::LeapSeconds(double epoch) const {
+  if (m_leapSeconds) return *m_leapSeconds;
+  return velagnss::LeapSecondsOn(kMjdOfGpsEpoch + static_cast<unsigned int>(epoch / kSecondsPerDay));
 }
 
 void C_LeftOut::Add(std::string_view where, const std::string& reason) {
