@@ -143,7 +143,8 @@ const S_CommandEntry kConvertCommand = {
     "  velagnss convert --to gpx -o track.gpx session.bin                   its track: gpx, kml, geojson, csv\n"
     "  velagnss convert --to nmea session.bin > session.nmea                only its NMEA sentences\n"
     "  velagnss convert --to rinex-nav -o brdc.rnx session.bin              ephemerides of all systems\n"
-    "  velagnss convert --to rinex-nav --system glonass a.bin b.bin         of one system, from two inputs\n",
+    "  velagnss convert --to rinex-nav --system glonass a.bin b.bin         of one system, from two inputs\n"
+    "  velagnss convert --to rinex-obs --interval 30 -o obs.rnx base.rtcm   observations, every 30 s\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_ConvertCommand>(); }};
 
 }  // namespace Host
