@@ -54,11 +54,6 @@ bool LacksDate(const velagnss::Record& ephemeris) {
   return record->N4 == 0 || record->Nt == 0 || record->Nt > kDaysInFourYears;
 }
 
-bool IsInCalendar(double epoch) {
-  constexpr unsigned int kDays = kLastMjd + 1 - kMjdOfGpsEpoch;
-  return epoch >= 0 && epoch < kDays * kSecondsPerDay;
-}
-
 class C_NavConverter : public C_TextConsumer {
  public:
   explicit C_NavConverter(const S_RinexOptions& options)
@@ -102,7 +97,7 @@ void C_NavConverter::OnFrame(const S_FrameRecord& record) {
   if (system == kNumNavSystems || !m_isSelected[system]) return;
   if (const std::string reason = Objection(record.decoded); !reason.empty()) return LeaveOut(record.frame, reason);
   const S_NavRecord nav = NavRecordOf(system, record.decoded.record);
-  if (!IsInCalendar(nav.epoch)) return LeaveOut(record.frame, "its date is not within 1980 to 2100");
+  if (!IsInCalendar(nav.epoch)) return LeaveOut(record.frame, std::string(kNotInCalendar));
   if (nav.satellite < 1 || nav.satellite > kMaxNumber) {
     const S_NavSystem& row = NavSystems()[system];
     return LeaveOut(record.frame,

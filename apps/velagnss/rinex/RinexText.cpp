@@ -13,6 +13,11 @@ namespace Host {
 
 double RinexSeconds(unsigned short week, double secOfWeek) { return week * kSecondsPerWeek + secOfWeek; }
 
+bool IsInCalendar(double seconds) {
+  constexpr unsigned int kDays = kLastMjd + 1 - kMjdOfGpsEpoch;
+  return seconds >= 0 && seconds < kDays * kSecondsPerDay;
+}
+
 double WeekStart(double seconds) { return std::floor(seconds / kSecondsPerWeek) * kSecondsPerWeek; }
 
 std::string EpochText(double seconds) {

@@ -13,6 +13,10 @@ namespace Host {
 double RinexSeconds(unsigned short week, double secOfWeek);
 double WeekStart(double seconds);
 
+// Whether the program knows the date of a time.
+bool IsInCalendar(double seconds);
+inline constexpr std::string_view kNotInCalendar = "its date is not within 1980 to 2100";
+
 // "2024 05 18 22 00 00".
 std::string EpochText(double seconds);
 
