@@ -1,6 +1,7 @@
 // RINEX observation files of `velagnss convert`, compared with lines worked out by hand.
 #include <gmock/gmock.h>
 
+#include <sstream>
 #include <vector>
 
 #include "Cases.h"
@@ -151,6 +152,8 @@ const S_ObsCase kObsCases[] = {
     {"NoSuchCode",              "", "", 2, "'C1Q' is not", "--obs-types G:C1Q"},
     {"NoSuchPlace",             "", "", 2, "on the Earth", "--position 1,2,3"},
     {"OptionOfNav",             "", "", 2, "--rinex is not", "--rinex 4.00"},
+    {"SplitWithoutNames", "", "", 2, "needs --auto-name", "--split 1h"},
+    {"NoSuchDirectory", Date(), "", 4, "not a directory", "--auto-name -o none"},
     {"AgencyTooLong",           "", "", 2, "at most 40", "--agency $(printf %041d 0)"},
 };
 // clang-format on
@@ -239,6 +242,40 @@ TEST_ROWS_F(RinexFiles, AreFaultless, Program, kFiles, row) {
   EXPECT_EQ(file.satellites.size(), row.satellites);
   EXPECT_EQ(file.epochs, row.epochs);
   EXPECT_EQ(outcome.code, 0);
+}
+
+// --- Several files, compressed files ---
+
+struct S_NameCase {
+  const char* name;
+  std::string stream;
+  const char* arguments;
+  const char* names;
+};
+const S_NameCase kNames[] = {
+    {"Whole", kStream, "", "000700XXX_S_20241371200_01M_01S_MO.rnx\n"},
+    {"Station", Date() + Gps(0) + Gps(30), "--marker exmp01deu", "EXMP01DEU_S_20241371200_01M_30S_GO.rnx\n"},
+    {"OneEpoch", Date() + Gps(0), "--marker 'A b-c'", "ABC000XXX_S_20241371200_00U_00U_GO.rnx\n"},
+    {"Hours", Date() + Gps(0) + Gps(1) + Gps(3600) + Glonass(3600), "--split 1h",
+     "000700XXX_S_20241371200_01H_01S_GO.rnx\n000700XXX_S_20241371300_01H_00U_MO.rnx\n"},
+    {"Days", Date() + Gps(0) + Gps(1) + Gps(43200), "--split 1d",
+     "000700XXX_S_20241370000_01D_01S_GO.rnx\n000700XXX_S_20241380000_01D_00U_GO.rnx\n"},
+};
+
+TEST_ROWS_F(RinexNames, AreTheStandardOnes, Program, kNames, row) {
+  Write("in", row.stream);
+  const std::string convert = "mkdir out; velagnss convert --to rinex-obs --auto-name -o out in ";
+  EXPECT_EQ(Run(convert + row.arguments + " && ls out").output, row.names);
+  std::istringstream names(row.names);
+  for (std::string name; std::getline(names, name);)
+    EXPECT_THAT(RinexReader(Slurp(m_directory / "out" / name)).faults, IsEmpty());
+}
+
+TEST_F(Program, RinexIsCompressed) {
+  const std::string plain = Run("velagnss convert --to rinex-nav $S").output;
+  EXPECT_EQ(Run("velagnss convert --to rinex-nav --gzip $S | gzip -dc").output, plain);
+  EXPECT_EQ(Run("velagnss convert --to rinex-nav -o a.gz $S; gzip -dc a.gz").output, plain);
+  EXPECT_EQ(Run("velagnss convert --to rinex-nav --gzip -o /dev/full $S").code, 4);
 }
 
 // The session has the same GPS and GLONASS ephemerides in both protocols. Left out of the comparison is what depends on

@@ -91,6 +91,7 @@ class C_ConvertCommand : public C_Command {
 
  private:
   std::string OptionOfOtherFormat(const S_Format& format) const;
+  eExitCode Open(C_OutputRun& output) const;
   int Convert(C_TextConsumer& converter) const;
 
   S_ConvertOptions m_options;
@@ -124,9 +125,19 @@ int C_ConvertCommand::Run() {
   return Convert(*format.make(m_options));
 }
 
+eExitCode C_ConvertCommand::Open(C_OutputRun& output) const {
+  const S_RinexOptions& rinex = m_options.rinex;
+  const std::string& name = m_options.output;
+  if (rinex.hasAutoNames) return output.OpenFiles(name == "-" ? "." : name, rinex.isCompressed, m_options.stream.input);
+  const eExitCode code = output.Open(name, m_options.stream.input);
+  const bool isRinex = HasGroup(*FindFormat(m_options.format), kRinexGroup);
+  if (code == eExitOk && isRinex && (rinex.isCompressed || name.ends_with(".gz"))) output.Output().Compress();
+  return code;
+}
+
 int C_ConvertCommand::Convert(C_TextConsumer& converter) const {
   C_OutputRun output;
-  if (const eExitCode code = output.Open(m_options.output, m_options.stream.input); code != eExitOk) return code;
+  if (const eExitCode code = Open(output); code != eExitOk) return code;
   C_NoFrameWarning warning(InputsText(m_options.stream.input));
   C_RecordRun run(RunOptions(m_options.stream), {&warning, &converter});
   return output.Run(m_options.stream.input, run, converter, [&] { return run.Judge(); });

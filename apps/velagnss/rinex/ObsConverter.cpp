@@ -8,6 +8,7 @@
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/rinex/EpochAssembler.h"
+#include "apps/velagnss/rinex/FileName.h"
 #include "apps/velagnss/rinex/ObsHeader.h"
 #include "apps/velagnss/rinex/ObsSelection.h"
 #include "apps/velagnss/rinex/ObsSpool.h"
@@ -46,6 +47,12 @@ void AppendCell(std::string& text, const S_ObsSignal& signal, std::size_t kind) 
                  hasDigit ? StrengthDigit(signal.values[eStrength]) : ' ');
 }
 
+// ms.
+std::int64_t SplitLength(const std::string& split) {
+  constexpr std::int64_t kHour = 3600 * kMsPerSecond;
+  return split == "1h" ? kHour : 24 * kHour;
+}
+
 class C_ObsConverter : public C_TextConsumer {
  public:
   explicit C_ObsConverter(const S_RinexOptions& options);
@@ -54,7 +61,7 @@ class C_ObsConverter : public C_TextConsumer {
   void OnFrame(const S_FrameRecord& record) override;
   void EndInput(const S_InputEnd& end) override;
   void Finish() override;
-  eExitCode Judge() const override { return m_contents.IsEmpty() || !m_leftOut.IsEmpty() ? eExitData : eExitOk; }
+  eExitCode Judge() const override { return m_pieces.empty() || !m_leftOut.IsEmpty() ? eExitData : eExitOk; }
 
  private:
   bool IsOfOtherStation(const S_FrameRecord& record);
@@ -62,7 +69,9 @@ class C_ObsConverter : public C_TextConsumer {
   void NoteStation(const velagnss::Record& record);
   void AddEpoch(const S_ObsEpoch& epoch);
   void LeaveOut(const std::string& reason);
-  void AppendHeader();
+  std::int64_t PieceOf(std::int64_t time) const;
+  void AppendToPiece(const S_ObsEpoch& epoch);
+  void BeginPiece(std::int64_t piece);
   void AppendChanges();
   void AppendEpoch(const S_ObsEpoch& epoch);
   void AppendSatellite(const S_ObsSignal* begin, const S_ObsSignal* end);
@@ -80,10 +89,12 @@ class C_ObsConverter : public C_TextConsumer {
   C_EpochAssembler m_assembler;
   std::map<std::string, std::string> m_laterChanges;  // of header lines, after the open epoch
 
-  // When the file is written.
-  C_ObsContents m_contents;
-  t_ObsTypes m_types;                            // the columns
-  std::map<std::string, std::string> m_changes;  // that wait for the next epoch
+  // When the files are written, one for each piece of time.
+  std::map<std::int64_t, C_ObsContents> m_pieces;
+  std::optional<std::int64_t> m_piece;           // the one that is being written
+  t_ObsTypes m_types;                            // its columns
+  std::map<std::string, std::string> m_lines;    // of the station, now
+  std::map<std::string, std::string> m_changes;  // of them, since the last epoch
 };
 
 C_ObsConverter::C_ObsConverter(const S_RinexOptions& options)
@@ -168,29 +179,50 @@ void C_ObsConverter::Finish() {
   C_ObsSelection first(m_options, m_context, &m_leftOut);
   m_spool.ForEach(
       [&](S_ObsEpoch& epoch) {
-        if (first.Take(epoch)) m_contents.Note(epoch);
+        if (first.Take(epoch)) m_pieces[PieceOf(epoch.time)].Note(epoch);
       },
       [](const C_ObsSpool::S_Change&) {});
   m_leftOut.Report("observations");
-  if (m_contents.IsEmpty()) return ReportWarning("no observation to write");
-  AppendHeader();
+  if (m_pieces.empty()) return ReportWarning("no observation to write");
+  m_lines = m_stationLines.First();
   C_ObsSelection second(m_options, m_context, nullptr);
   m_spool.ForEach(
       [&](S_ObsEpoch& epoch) {
-        if (!second.Take(epoch)) return;
-        AppendChanges();
-        AppendEpoch(epoch);
-        Drain();
+        if (second.Take(epoch)) AppendToPiece(epoch);
       },
       [this](const C_ObsSpool::S_Change& change) { m_changes[std::string(change.label)] = change.content; });
 }
 
-void C_ObsConverter::AppendHeader() {
-  const t_ObsTypes wanted = ReadObsTypes(m_options.obsTypes);
-  for (std::size_t system = 0; system < kNumNavSystems; ++system) m_types[system] = m_contents.Types(system, wanted);
+std::int64_t C_ObsConverter::PieceOf(std::int64_t time) const {
+  return m_options.split.empty() ? 0 : time / SplitLength(m_options.split);
+}
+
+void C_ObsConverter::AppendToPiece(const S_ObsEpoch& epoch) {
+  const std::int64_t piece = PieceOf(epoch.time);
+  const bool begins = !m_piece || *m_piece != piece;
+  for (const auto& [label, content] : m_changes) m_lines[label] = content;
+  if (begins)
+    BeginPiece(piece);
+  else
+    AppendChanges();
+  m_changes.clear();
+  AppendEpoch(epoch);
+  Drain();
+}
+
+// The nominal start of a file that is not split is that of its first minute.
+void C_ObsConverter::BeginPiece(std::int64_t piece) {
+  constexpr std::int64_t kMinute = 60 * kMsPerSecond;
+  const C_ObsContents& contents = m_pieces.at(piece);
+  const std::int64_t length = m_options.split.empty() ? 0 : SplitLength(m_options.split);
+  const std::int64_t start = length > 0 ? piece * length : contents.First() / kMinute * kMinute;
+  const std::int64_t duration = length > 0 ? length : contents.Last() + contents.Interval() - start;
   const std::string marker = m_options.marker.empty() ? fmt::format("{:04}", *m_station) : m_options.marker;
-  AppendObsHeader(
-      m_text, {m_options, m_facts, m_context, m_contents, m_types, m_stationLines.First(), marker, m_hasQuarterCycles});
+  m_piece = piece;
+  BeginFile(RinexFileName({marker, start, duration, contents.Interval(), SystemLetter(contents)}));
+  const t_ObsTypes wanted = ReadObsTypes(m_options.obsTypes);
+  for (std::size_t system = 0; system < kNumNavSystems; ++system) m_types[system] = contents.Types(system, wanted);
+  AppendObsHeader(m_text, {m_options, m_facts, m_context, contents, m_types, m_lines, marker, m_hasQuarterCycles});
 }
 
 // An event of header lines that hold from the next epoch on; it has no time of its own.
@@ -199,7 +231,6 @@ void C_ObsConverter::AppendChanges() {
   if (m_changes.empty()) return;
   m_text += fmt::format(">{:31}{:3}\n", kHeaderRecords, m_changes.size());
   for (const auto& [label, content] : m_changes) AppendHeaderLine(m_text, content, label);
-  m_changes.clear();
 }
 
 void C_ObsConverter::AppendEpoch(const S_ObsEpoch& epoch) {

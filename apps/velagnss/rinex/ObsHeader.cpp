@@ -144,6 +144,8 @@ bool C_ObsContents::IsLegacyPhase(std::size_t system, t_SignalCode code) const {
   return place != m_signals[system].end() && place->second.isLegacyPhase;
 }
 
+char SystemLetter(const C_ObsContents& contents) { return TitleOf(contents)[0]; }
+
 void AppendObsHeader(std::string& text, const S_ObsHeader& header) {
   const double last = static_cast<double>(header.contents.Last()) / double{kMsPerSecond};
   const unsigned int leapSeconds = header.facts.LeapSeconds(last);

@@ -18,7 +18,6 @@ class C_ObsContents {
  public:
   void Note(const S_ObsEpoch& epoch);
 
-  bool IsEmpty() const { return m_numEpochs == 0; }
   std::int64_t First() const { return m_first; }
   std::int64_t Last() const { return m_last; }
 
@@ -58,6 +57,9 @@ struct S_ObsHeader {
   std::string marker;
   bool hasQuarterCycles;  // phases of 1001 to 1012 are aligned
 };
+// 'M' for several systems.
+char SystemLetter(const C_ObsContents& contents);
+
 void AppendObsHeader(std::string& text, const S_ObsHeader& header);
 
 }  // namespace Host

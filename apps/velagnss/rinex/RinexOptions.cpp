@@ -100,6 +100,13 @@ void DeclareObsOptions(CLI::App& app, S_RinexOptions& options) {
       ->allow_extra_args(false)
       ->check(&CheckObsTypes)
       ->group(group);
+  app.add_flag("--auto-name", options.hasAutoNames,
+               "write to a file with the standard name, in the directory given by -o\n(default: the current one)")
+      ->group(group);
+  app.add_option("--split", options.split, "with --auto-name: a file for each hour or day of GPS time")
+      ->option_text("1h|1d")
+      ->check(CLI::IsMember({"1h", "1d"}))
+      ->group(group);
   app.add_option("--interval", options.interval, "only epochs at multiples of so many seconds")
       ->option_text("SECONDS")
       ->check(&CheckInterval)
@@ -129,6 +136,7 @@ t_ObsTypes ReadObsTypes(const std::vector<std::string>& lists) {
 
 std::string ObjectionForObs(const S_RinexOptions& options) {
   constexpr std::size_t kAgencyWidth = 40;
+  if (!options.split.empty() && !options.hasAutoNames) return "--split needs --auto-name";
   return options.agency.size() <= kAgencyWidth ? "" : fmt::format("--agency: at most {} characters", kAgencyWidth);
 }
 
@@ -156,6 +164,8 @@ void DeclareRinexOptions(CLI::App& app, S_RinexOptions& options) {
                  "which differs on every run (default: stream)")
       ->option_text("stream|now")
       ->check(CLI::IsMember({"stream", "now"}))
+      ->group(group);
+  app.add_flag("--gzip", options.isCompressed, "compress the output, as with a name after -o that ends with .gz")
       ->group(group);
   app.add_option("--rinex", options.version, fmt::format("version of the format (default: {})", kRinex3))
       ->option_text("3.05|4.00")

@@ -44,6 +44,10 @@ struct S_RinexOptions {
   std::vector<std::string> obsTypes;  // "G:C1C,L1C"; systems that are not named: all types that come
   std::string station;                // number of the reference station; empty: the first one that comes
   double interval = 0;                // s between epochs; 0: all
+  std::string split;                  // "1h", "1d": a file for each
+  bool hasAutoNames = false;          // the files name themselves
+
+  bool isCompressed = false;  // gzip
 };
 
 void DeclareRinexOptions(CLI::App& app, S_RinexOptions& options);

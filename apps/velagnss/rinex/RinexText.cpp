@@ -32,7 +32,9 @@ std::string EpochText(double seconds) {
 S_RinexTime RinexTime(std::int64_t ms) {
   constexpr std::int64_t kDay = 86'400'000, kHour = 3'600'000, kMinute = 60'000;
   const std::chrono::sys_days epoch{std::chrono::year(1980) / 1 / 6};
-  const std::chrono::year_month_day date{epoch + std::chrono::days(ms / kDay)};
+  const std::chrono::sys_days today = epoch + std::chrono::days(ms / kDay);
+  const std::chrono::year_month_day date{today};
+  const auto dayOfYear = (today - std::chrono::sys_days(date.year() / 1 / 1)).count() + 1;
   const auto part = [ms](std::int64_t whole, std::int64_t unit) {
     return static_cast<unsigned int>(ms % whole / unit);
   };
@@ -41,7 +43,8 @@ S_RinexTime RinexTime(std::int64_t ms) {
           static_cast<unsigned int>(date.day()),
           part(kDay, kHour),
           part(kHour, kMinute),
-          static_cast<double>(ms % kMinute) / 1000};
+          static_cast<double>(ms % kMinute) / 1000,
+          static_cast<unsigned int>(dayOfYear)};
 }
 
 // The exponent has two digits: what is smaller is as good as 0.

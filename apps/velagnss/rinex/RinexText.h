@@ -24,6 +24,7 @@ std::string EpochText(double seconds);
 struct S_RinexTime {
   unsigned int year, month, day, hour, minute;
   double second;
+  unsigned int dayOfYear;  // from 1
 };
 S_RinexTime RinexTime(std::int64_t ms);
 
