@@ -15,6 +15,7 @@ class RinexReader {
  public:
   explicit RinexReader(const std::string& file) {
     Split(file);
+    if (m_lines.empty()) return;
     ReadHeader();
     if (type == 'O') ReadObservations();
     if (type == 'N') ReadNavigation();

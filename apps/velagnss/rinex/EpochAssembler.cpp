@@ -8,7 +8,7 @@
 namespace Host {
 namespace {
 
-double KnownOr(double value) { return IsNotAvailable(value) ? kNotKnown : value; }
+double KnownOr(double value) { return IsNotAvailable(value) ? kNoNumber : value; }
 
 std::int64_t InWeek(const velagnss::Rtcm3Time& time) {
   return std::llround(time.seconds * static_cast<double>(kMsPerSecond));

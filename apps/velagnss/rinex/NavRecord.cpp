@@ -26,14 +26,14 @@ using t_Field = double (*)(const Record& record);
 
 template <class Value>
 double Known(Value value) {
-  return IsNotAvailable(value) ? kNotKnown : static_cast<double>(value);
+  return IsNotAvailable(value) ? kNoNumber : static_cast<double>(value);
 }
 
 // A member of the ephemeris, as it is or in other units.
 template <auto Member, int Sign = 1, int Unit = 1, class Record>
 double Number(const Record& record) {
   const double value = Known(record.ephemeris.*Member);
-  return value == kNotKnown ? value : Sign * value / Unit;
+  return value == kNoNumber ? value : Sign * value / Unit;
 }
 template <auto Member>
 constexpr auto Kep = &Number<Member, 1, 1, Kepler>;
@@ -46,7 +46,7 @@ template <int Value, class Record>
 double Always(const Record&) {
   return Value;
 }
-double Blank(const Kepler&) { return kNotKnown; }
+double Blank(const Kepler&) { return kNoNumber; }
 
 // The nominal values of the indices 1, 3 and 5 are rounded to 2.8, 5.7 and 11.3 m (IS-GPS-200, 20.3.3.3.1.3). The index
 // 15, "no prediction", has a number of its own.
@@ -67,7 +67,7 @@ double Sisa(const Kepler& record) {
 double QzssGroupDelay(const Kepler& record) {
   constexpr double kNotAvailable = -128 * 0x1p-31;
   const double delay = Known(record.ephemeris.Tgd);
-  return delay == kNotAvailable ? kNotKnown : delay;
+  return delay == kNotAvailable ? kNoNumber : delay;
 }
 
 double BeidouWeek(const Kepler& record) { return record.ephemeris.ToeWeek - kFirstBeidouWeek; }
@@ -102,7 +102,7 @@ double SbasHealth(const Pva& record) {
 // The place of the transmission time, which is kept apart from the contents: repetitions differ in nothing else.
 template <class Record>
 double Sent(const Record&) {
-  return kNotKnown;
+  return kNoNumber;
 }
 
 // The numbers in the order of RINEX 3.05, appendix A: three after the epoch, then lines of four.
@@ -267,7 +267,7 @@ std::size_t FindSystem(Value S_NavSystem::*column, const Value& value) {
 
 void Complete(S_NavRecord& record, const S_NavRecord& other) {
   for (const auto member : {&S_NavRecord::transmission, &S_NavRecord::almanacHealth})
-    if (record.*member == kNotKnown) record.*member = other.*member;
+    if (record.*member == kNoNumber) record.*member = other.*member;
 }
 
 std::span<const S_NavSystem, kNumNavSystems> NavSystems() { return kSystems; }
@@ -300,11 +300,11 @@ double PrintedValue(const S_NavRecord& record, std::size_t index) {
   constexpr double kDelayUnknown = 0.999999999999E9;
   const double value = record.values[index];
   if (index == kSystems[record.system].transmission)
-    return record.transmission == kNotKnown ? kSentUnknown : record.transmission;
+    return record.transmission == kNoNumber ? kSentUnknown : record.transmission;
   if (record.system != eGlonass) return value;
-  if (index == kHealthFlags && record.almanacHealth != kNotKnown) return value + record.almanacHealth;
+  if (index == kHealthFlags && record.almanacHealth != kNoNumber) return value + record.almanacHealth;
   constexpr std::size_t kDelay = std::size(kGlonassFields) - 3;
-  return index == kDelay && value == kNotKnown ? kDelayUnknown : value;
+  return index == kDelay && value == kNoNumber ? kDelayUnknown : value;
 }
 
 std::string_view NavMessageName(const S_NavRecord& record) {

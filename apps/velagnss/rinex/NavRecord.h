@@ -19,7 +19,7 @@ inline constexpr std::size_t kFieldsPerLine = 4;
 inline constexpr std::size_t kMaxNavValues = kFieldsBesideEpoch + 7 * kFieldsPerLine;
 
 // A number that is not known. Unlike NaN it has a place in an order.
-inline constexpr double kNotKnown = std::numeric_limits<double>::infinity();
+inline constexpr double kNoNumber = std::numeric_limits<double>::infinity();
 
 // One ephemeris: its place in the file, and what distinguishes it from another one. Plain bytes, so that it can be put
 // aside into a file.
@@ -30,10 +30,10 @@ struct S_NavRecord {
   std::array<double, kMaxNavValues> values;
 
   // What only some messages carry, which does not make it another ephemeris.
-  double transmission = kNotKnown;   // s, as it is printed
-  double almanacHealth = kNotKnown;  // the low two of the health flags of GLONASS
+  double transmission = kNoNumber;   // s, as it is printed
+  double almanacHealth = kNoNumber;  // the low two of the health flags of GLONASS
 
-  S_NavRecord() { values.fill(kNotKnown); }
+  S_NavRecord() { values.fill(kNoNumber); }
 
   friend bool operator<(const S_NavRecord& a, const S_NavRecord& b) {
     return std::tie(a.epoch, a.system, a.satellite, a.values) < std::tie(b.epoch, b.system, b.satellite, b.values);
@@ -68,7 +68,7 @@ std::size_t NavSystemWith(char letter);
 // The record of an ephemeris of a system, its satellite numbered as in RINEX.
 S_NavRecord NavRecordOf(std::size_t system, const velagnss::Record& ephemeris);
 
-// What is printed at `index`; kNotKnown for a blank.
+// What is printed at `index`; kNoNumber for a blank.
 double PrintedValue(const S_NavRecord& record, std::size_t index);
 
 // The name of the message that RINEX 4 has in the line before a record: "LNAV".

@@ -24,7 +24,7 @@ constexpr std::size_t kCellWidth = 16;  // F14.3, loss of lock, signal strength
 
 // A digit for the strength in dB-Hz, 1 to 9; a blank without one.
 char StrengthDigit(double strength) {
-  if (strength == kNotKnown) return ' ';
+  if (strength == kNoNumber) return ' ';
   return static_cast<char>('0' + std::clamp(static_cast<int>(strength / 6), 1, 9));
 }
 
@@ -40,9 +40,9 @@ char LockDigit(const S_ObsSignal& signal) {
 }
 
 void AppendCell(std::string& text, const S_ObsSignal& signal, std::size_t kind) {
-  if (signal.values[kind] == kNotKnown) return text.append(kCellWidth, ' '), void();
+  if (signal.values[kind] == kNoNumber) return text.append(kCellWidth, ' '), void();
   const bool isPhase = kind == ePhase;
-  const bool hasDigit = isPhase || (kind == ePseudorange && signal.values[ePhase] == kNotKnown);
+  const bool hasDigit = isPhase || (kind == ePseudorange && signal.values[ePhase] == kNoNumber);
   fmt::format_to(std::back_inserter(text), "{:14.3f}{}{}", signal.values[kind], isPhase ? LockDigit(signal) : ' ',
                  hasDigit ? StrengthDigit(signal.values[eStrength]) : ' ');
 }

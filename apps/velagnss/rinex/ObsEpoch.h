@@ -36,7 +36,7 @@ struct S_ObsSignal {
   unsigned char flags = 0;
   unsigned char rank = 0;  // of two observations of a signal, that of the higher rank counts
   std::array<unsigned char, 2> spare{};
-  std::array<double, kNumObsKinds> values{kNotKnown, kNotKnown, kNotKnown, kNotKnown};  // m, cycles, Hz, dB-Hz
+  std::array<double, kNumObsKinds> values{kNoNumber, kNoNumber, kNoNumber, kNoNumber};  // m, cycles, Hz, dB-Hz
 
   auto Key() const { return std::tie(system, number, code); }
 };

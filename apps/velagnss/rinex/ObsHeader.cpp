@@ -114,7 +114,7 @@ void C_ObsContents::Note(const S_ObsEpoch& epoch) {
   for (const S_ObsSignal& signal : epoch.signals) {
     S_Signal& row = m_signals[signal.system][signal.code];
     for (std::size_t kind = 0; kind < kNumObsKinds; ++kind)
-      row.occurs[kind] = row.occurs[kind] || signal.values[kind] != kNotKnown;
+      row.occurs[kind] = row.occurs[kind] || signal.values[kind] != kNoNumber;
     row.isLegacyPhase = row.isLegacyPhase || (signal.flags & S_ObsSignal::eIsLegacy) != 0;
     if (NavSystems()[signal.system].letter == 'R') m_slots.insert(signal.number);
   }

@@ -89,7 +89,7 @@ void C_ObsSelection::FlagSlip(S_ObsSignal& signal, std::uint32_t input, bool isW
   const bool hasSlipped =
       (signal.flags & S_ObsSignal::eLockLost) != 0 || history.isLegacy != isLegacy || history.input != input;
   history = {history.isSlipPending || hasSlipped, isLegacy, input};
-  if (!history.isSlipPending || !isWritten || signal.values[ePhase] == kNotKnown) return;
+  if (!history.isSlipPending || !isWritten || signal.values[ePhase] == kNoNumber) return;
   signal.flags |= S_ObsSignal::eLockLost;
   history.isSlipPending = false;
 }
@@ -105,7 +105,7 @@ void C_ObsSelection::Finish(S_ObsSignal& signal) const {
   const double perMeter = GlonassFrequency(signal.code[0], m_context.channels[signal.number]) / kLightSpeed;
   if ((signal.flags & S_ObsSignal::eInMeters) != 0) {
     signal.values[ePhase] *= perMeter;
-    if (signal.values[eDoppler] != kNotKnown) signal.values[eDoppler] *= -perMeter;
+    if (signal.values[eDoppler] != kNoNumber) signal.values[eDoppler] *= -perMeter;
   }
   signal.values[ePhase] += BiasOf(m_context, signal.code) * perMeter;
 }
@@ -116,9 +116,9 @@ bool C_ObsSelection::KeepTypes(S_ObsSignal& signal) const {
   for (std::size_t kind = 0; kind < kNumObsKinds; ++kind) {
     const std::string name = {kObsKindLetters[kind], signal.code[0], signal.code[1]};
     const bool isListed = types.empty() || std::find(types.begin(), types.end(), name) != types.end();
-    if (!isListed || !IsRinexObservation(signal.values[kind])) signal.values[kind] = kNotKnown;
+    if (!isListed || !IsRinexObservation(signal.values[kind])) signal.values[kind] = kNoNumber;
   }
-  return std::any_of(signal.values.begin(), signal.values.end(), [](double value) { return value != kNotKnown; });
+  return std::any_of(signal.values.begin(), signal.values.end(), [](double value) { return value != kNoNumber; });
 }
 
 void C_ObsSelection::LeaveOut(const S_ObsEpoch& epoch, const std::string& reason) const {
