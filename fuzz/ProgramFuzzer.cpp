@@ -17,12 +17,14 @@
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/pipeline/RecordRun.h"
 #include "apps/velagnss/rinex/NavConverter.h"
+#include "apps/velagnss/rinex/ObsConverter.h"
 #include "apps/velagnss/text/MessageNames.h"
 #include "apps/velagnss/track/TrackConverter.h"
 #include "fuzz/GoodFrames.h"
 #include "records/ResultCodes.h"
 #include "tests/ExactCopy.h"
 #include "tests/JsonSchema.h"
+#include "tests/RinexReader.h"
 #include "textproto/NmeaSentenceCodec.h"
 
 namespace {
@@ -52,7 +54,7 @@ S_Options TakeOptions(Fuzz::C_Input& input) {
   options.lines.framesOnly = input.Below(8) == 0;
   options.lines.hex = input.Below(4) == 0;
   options.lines.events = options.lines.epochs = input.Below(2) == 0;
-  options.format = input.Below(6);
+  options.format = input.Below(8);
   return options;
 }
 
@@ -85,7 +87,10 @@ std::unique_ptr<Host::C_TextConsumer> MakeConverter(unsigned int format) {
   if (format == 2) return Host::MakeTrackConverter(Host::MakeKmlTrack());
   if (format == 3) return Host::MakeTrackConverter(Host::MakeGeoJsonTrack());
   if (format == 4) return Host::MakeSentenceConverter();
-  return Host::MakeNavConverter({});
+  if (format == 5) return Host::MakeNavConverter({});
+  Host::S_RinexOptions rinex;
+  rinex.version = Host::kRinex4;
+  return format == 6 ? Host::MakeNavConverter(rinex) : Host::MakeObsConverter(rinex);
 }
 
 std::string Convert(const S_Options& options, std::string_view stream, std::size_t piece) {
@@ -165,8 +170,9 @@ void RequireFormat(const std::string& text, unsigned int format) {
   if (format == 3) Fuzz::Require(json::accept(text), "GeoJSON is valid");
   if (format == 4)
     for (const std::string& line : Lines(text, "\r\n")) RequireSentence(line);
-  if (format == 5)
-    for (const std::string& line : Lines(text, "\n")) Fuzz::Require(line.size() <= 80, "RINEX has 80 columns");
+  if (format < 5 || text.empty()) return;
+  const RinexReader rinex(text);
+  Fuzz::Require(rinex.faults.empty(), rinex.faults.empty() ? "" : rinex.faults[0].c_str());
 }
 
 // Encode takes what decode writes of a sentence, or gives a reason; so it does with any text.

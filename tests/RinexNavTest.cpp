@@ -8,6 +8,8 @@
 #include "BinaryFrames.h"
 #include "Cases.h"
 #include "ProgramRun.h"
+#include "RinexReader.h"
+#include "Rtcm3Bits.h"
 
 namespace {
 
@@ -85,7 +87,7 @@ std::string SbasText(const std::string& health, const std::string& accuracy) {
 }
 
 // IS-GPS-200, tables 20-I and 20-III. Sent at 100799 * 6 = 604794 s of week 265 + 2 * 1024 = 2313, 6 s before the week
-// of t_oe, 8000 s into 12 May 2024; t_oc is 600000 s of week 2313. Accuracy 15: 32767 m. Fit interval flag and IODC
+// of t_oe, 8000 s into 12 May 2024; t_oc is 600000 s of week 2313. Accuracy 15: 8192 m. Fit interval flag and IODC
 // 757: 98 h (table 20-XII); QZSS has the flag itself. T_GD 128 is -128 * 2^-31 s, for QZSS "not available".
 std::string KeplerFrame(unsigned int message, unsigned int prn) {
   // clang-format off
@@ -112,11 +114,67 @@ std::string KeplerText(const std::string& satellite, const std::string& delay, c
          "     8.000000000000D+03 1.303851604462D-08-3.141592653590D+00-1.490116119385D-08\n"
          "     7.853981633974D-01 3.000000000000D+02-7.853981633974D-01-7.143154683922D-09\n"
          "     1.071473202588D-10 2.000000000000D+00 2.314000000000D+03 1.000000000000D+00\n"
-         "     3.276700000000D+04 6.300000000000D+01" +
+         "     8.192000000000D+03 6.300000000000D+01" +
          delay + " 7.570000000000D+02\n    -6.000000000000D+00" + fit + "\n";
 }
 
 const std::string kSbasText = SbasText(" 6.300000000000D+01", " 3.276700000000D+04");
+
+// Ephemerides of RTCM 3 for 6000 s of week 2314, 12 May 2024, in the order of RTCM 10403; most elements are 0. Galileo:
+// week 1290 of its own, a_f0 -2^30 * 2^-34 s, t_oc and t_oe in minutes, accuracy 107: 3.12 m. Group delays -512 and 256
+// times 2^-32 s. Signal health 1 of E5b (bit 7) and invalid data of E1-B (bit 0).
+std::string GalileoFrame(unsigned int number) {
+  Rtcm3Bits bits{{number, 12}, {11, 6}, {1290, 12}, {77, 10}, {107, 8}, {0, 14}, {100, 14}, {0, 6 + 21}};
+  bits.Put({{-(1 << 30), 31}, {0, 16 + 16 + 32 + 16 + 32 + 16 + 32}, {100, 14}, {0, 16 + 32 + 16 + 32 + 16 + 32 + 24}});
+  bits.Put(-512, 10);
+  if (number == 1046) bits.Put({{256, 10}, {1, 2}, {0, 1}, {0, 2}, {1, 1}, {0, 2}});
+  if (number == 1045) bits.Put({{2, 2}, {1, 1}, {0, 7}});
+  return RtcmFrame(bits.Payload());
+}
+
+// Week 958 of BeiDou time; accuracy 1: 2.8 m. Delays in units of 0.1 ns.
+std::string BeidouFrame(unsigned int satellite = 21) {
+  Rtcm3Bits bits{{1042, 12}, {satellite, 6}, {958, 13},         {1, 4}, {0, 14},
+                 {17, 5},    {750, 17},      {0, 11 + 22 + 24}, {30, 5}};
+  bits.Put({{0, 18 + 16 + 32 + 18 + 32 + 18 + 32}, {750, 17}, {0, 18 + 32 + 18 + 32 + 18 + 32 + 24}});
+  return RtcmFrame(bits.Put({{-511, 10}, {10, 10}, {1, 1}}).Payload());
+}
+
+// Accuracy 15: 8192 m. L5 is unhealthy.
+std::string NavicFrame() {
+  Rtcm3Bits bits{{1041, 12}, {6, 6},    {266, 10}, {0, 22 + 16 + 8}, {15, 4},
+                 {375, 16},  {-128, 8}, {0, 22},   {9, 8},           {0, 10}};
+  bits.Put({{1, 1}, {0, 1}, {0, 6 * 15 + 14 + 32}, {375, 16}, {0, 32 + 32 + 32 + 32 + 22 + 32 + 4}});
+  return RtcmFrame(bits.Payload());
+}
+
+std::string RtcmText(const std::string& satellite, const std::string& clock, const std::string& issue,
+                     const std::string& tail) {
+  const std::string zero = " 0.000000000000D+00";
+  return satellite + " 2024 05 12 01 40 00" + clock + zero + zero + "\n    " + issue + zero + zero + zero + "\n    " +
+         zero + zero + zero + zero + "\n     6.000000000000D+03" + zero + zero + zero + "\n    " + zero + zero + zero +
+         zero + "\n    " + zero + tail;
+}
+const std::string kBlank(19, ' ');
+std::string GalileoText(const std::string& source, const std::string& healthAndDelays) {
+  return RtcmText("E11", "-6.250000000000D-02", " 7.700000000000D+01",
+                  source + " 2.314000000000D+03" + kBlank + "\n     3.120000000000D+00" + healthAndDelays +
+                      "\n     9.999000000000D+08" + kBlank + kBlank + kBlank + "\n");
+}
+const std::string kInavText =
+    GalileoText(" 5.170000000000D+02", " 1.290000000000D+02-1.192092895508D-07 5.960464477539D-08");
+const std::string kFnavText =
+    GalileoText(" 2.580000000000D+02", " 4.000000000000D+01-1.192092895508D-07 0.000000000000D+00");
+const std::string kBeidouText =
+    RtcmText("C21", " 0.000000000000D+00", " 1.700000000000D+01",
+             kBlank + " 9.580000000000D+02" + kBlank +
+                 "\n     2.800000000000D+00 1.000000000000D+00-5.110000000000D-08 1.000000000000D-09\n"
+                 "     9.999000000000D+08 3.000000000000D+01" +
+                 kBlank + kBlank + "\n");
+const std::string kNavicText = RtcmText("I06", " 0.000000000000D+00", " 9.000000000000D+00",
+                                        kBlank + " 2.314000000000D+03" + kBlank +
+                                            "\n     8.192000000000D+03 2.000000000000D+00-5.960464477539D-08" + kBlank +
+                                            "\n     9.999000000000D+08" + kBlank + kBlank + kBlank + "\n");
 
 struct S_HandCase {
   const char* name;
@@ -136,6 +194,11 @@ const S_HandCase kHandCases[] = {
     {"Glonass",                 GlonassFrame(),                              kGlonassText},
     {"Sbas",                    SbasFrame(),                                 kSbasText},
     {"SbasAccuracy5",           SbasFrame(120, 2315, 5),     SbasText(" 3.100000000000D+01", " 1.130000000000D+01")},
+    {"Galileo",                 GalileoFrame(1046) + GalileoFrame(1045),         kFnavText + kInavText},
+    {"Beidou",                  BeidouFrame(),                               kBeidouText},
+    {"Navic",                   NavicFrame(),                                kNavicText},
+    {"RtcmWeekUnknown",         NavicFrame(),                                "", 1, "(result 22); give", ""},
+    {"Version4",                BeidouFrame(3),  "> EPH C03 D2\nC03" + kBeidouText.substr(3), 0, "", "--seed 2314:0 --rinex 4.00"},
     {"Once",                    SbasFrame() + SbasFrame(),                   kSbasText},
     {"InTimeOrder",             SbasFrame() + GlonassFrame() + KeplerFrame(95, 5), kGps + kGlonassText + kSbasText},
     {"GlonassNeedsNoSeed",      GlonassFrame(),                              kGlonassText, 0, "", ""},
@@ -167,6 +230,8 @@ TEST_ROWS_F(RinexByHand, GivesTheTextAndTheExitCode, Program, kHandCases, row) {
   EXPECT_EQ(outcome.code, row.code);
   EXPECT_THAT(outcome.messages, HasSubstr(row.message));
   EXPECT_EQ(outcome.messages.empty(), row.code == 0) << outcome.messages;
+  if (outcome.output.empty()) return;
+  EXPECT_THAT(RinexReader(outcome.output).faults, testing::IsEmpty());
 }
 
 // --- The sample session ---
@@ -216,7 +281,8 @@ TEST_F(Program, RinexHeaderTellsWhatWasAsked) {
   EXPECT_EQ(file.substr(0, file.find(RecordsOf(file))),
             line("     3.05           N: GNSS NAV DATA    M: Mixed", "RINEX VERSION / TYPE") +
                 line(program + "me                  20240519 000223 UTC", "PGM / RUN BY / DATE") +
-                line("MARKER NAME: A 1", "COMMENT") + line("AGENCY: An agency", "COMMENT") + line("", "END OF HEADER"));
+                line("MARKER NAME: A 1", "COMMENT") + line("AGENCY: An agency", "COMMENT") +
+                line("    18", "LEAP SECONDS") + line("", "END OF HEADER"));
 }
 
 // Without a sentence that tells the date it is the last reference time.

@@ -4,7 +4,7 @@
 
 #include "apps/velagnss/commands/ConvertCommand.h"
 #include "apps/velagnss/geo/GeoForms.h"
-#include "apps/velagnss/rinex/NavOptions.h"
+#include "apps/velagnss/rinex/RinexOptions.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/MessageNames.h"
 

@@ -3,7 +3,7 @@
 #define VELAGNSS_APPS_RINEX_TEXT_H
 
 #include <cstddef>
-#include <optional>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -13,11 +13,28 @@ namespace Host {
 double RinexSeconds(unsigned short week, double secOfWeek);
 double WeekStart(double seconds);
 
+// Whether the program knows the date of a time.
+bool IsInCalendar(double seconds);
+inline constexpr std::string_view kNotInCalendar = "its date is not within 1980 to 2100";
+
 // "2024 05 18 22 00 00".
 std::string EpochText(double seconds);
 
-// D19.12 of Fortran with the first digit before the point; 0 has no sign. Blank without a value.
-void AppendRinexNumber(std::string& text, const std::optional<double>& value);
+// The parts of a time in ms since 6 January 1980.
+struct S_RinexTime {
+  unsigned int year, month, day, hour, minute;
+  double second;
+  unsigned int dayOfYear;  // from 1
+};
+S_RinexTime RinexTime(std::int64_t ms);
+
+// D19.12 of Fortran with the first digit before the point; 0 has no sign. Blank for a value that is not finite.
+void AppendRinexNumber(std::string& text, double value);
+
+// Whether a value can be an observation, F14.3: 0.000 would mean that there is none.
+bool IsRinexObservation(double value);
+
+inline constexpr std::size_t kNavLineWidth = 80;
 
 // Ends a line of data, which has no trailing spaces.
 void EndRinexLine(std::string& text);

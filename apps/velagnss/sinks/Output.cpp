@@ -67,7 +67,12 @@ C_FileDescriptor C_Output::OpenFile(const std::string& name) {
   return C_FileDescriptor(::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
 }
 
+void C_Output::Compress() {
+  m_gzip = std::make_unique<C_GzipStream>([this](std::string_view bytes) { return WriteBytes(bytes); });
+}
+
 bool C_Output::Write(std::string_view text) {
+  if (m_gzip != nullptr) return m_gzip->Write(text) && !HasFailed();
   return m_isTerminal ? WriteBytes(PrintableText(text)) : WriteBytes(text);
 }
 
@@ -93,6 +98,7 @@ void C_Output::Flush(C_TextMaker& text) {
 }
 
 bool C_Output::Close() {
+  if (m_gzip != nullptr && !HasFailed() && !m_gzip->Finish() && !HasFailed()) return Fail(ENOMEM);
   if (m_replacement != nullptr && !HasFailed() && !m_replacement->Commit(m_descriptor)) Fail(errno);
   if (!m_descriptor.Close() && !HasFailed()) return Fail(errno);
   return !HasFailed();

@@ -9,6 +9,7 @@
 
 #include "apps/velagnss/os/FileDescriptor.h"
 #include "apps/velagnss/sinks/FileReplacement.h"
+#include "apps/velagnss/sinks/GzipStream.h"
 #include "apps/velagnss/text/TextMaker.h"
 
 namespace Host {
@@ -21,6 +22,9 @@ class C_Output {
   // without `Close` and after a failure nothing has changed. Anything else, such as a device or a pipe, is written to
   // directly, and so is a file in a directory where none can be created. False, reported, when it cannot be written.
   bool Open(const std::string& name);
+
+  // Compresses everything from here on, gzip. Called after `Open`, before the first byte.
+  void Compress();
 
   // True when the operating system has taken all of `text`. What a terminal could take for a control sequence is
   // written to it as "\xNN" (`PrintableText`).
@@ -48,6 +52,7 @@ class C_Output {
 
   C_FileDescriptor m_descriptor;
   std::unique_ptr<C_FileReplacement> m_replacement;  // none: written directly
+  std::unique_ptr<C_GzipStream> m_gzip;              // none: as it is
   bool m_isTerminal = false;
   std::string m_name;
   std::uint64_t m_written = 0;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "apps/velagnss/os/Diagnostics.h"
 
@@ -71,10 +72,31 @@ eExitCode C_OutputRun::Open(const std::string& name, const S_InputOptions& input
   return Open(name) ? eExitOk : eExitOutput;
 }
 
+// Until the first file begins there is no text.
+eExitCode C_OutputRun::OpenFiles(const std::string& directory, bool areCompressed, const S_InputOptions& input) {
+  m_directory = directory;
+  m_areCompressed = areCompressed;
+  if (!std::filesystem::is_directory(directory)) {
+    ReportError(fmt::format("{}: is not a directory", directory));
+    return eExitOutput;
+  }
+  return Open("/dev/null", input);
+}
+
+void C_OutputRun::BeginFile(C_TextMaker& text, const std::string& name) {
+  m_output.Flush(text);
+  m_output.Close();
+  if (m_output.HasFailed()) return;
+  m_output = C_Output();
+  const std::string path = (std::filesystem::path(m_directory) / (name + (m_areCompressed ? ".gz" : ""))).native();
+  if (m_output.Open(path) && m_areCompressed) m_output.Compress();
+}
+
 // When the reader of the output has gone, nobody wants to know what the data came to.
 int C_OutputRun::Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge) {
   C_WritingJob writing(job, text, m_output);
   text.SetDrain([&] { m_output.Flush(text); });
+  if (!m_directory.empty()) text.SetNextFile([&](const std::string& name) { BeginFile(text, name); });
   const eExitCode inputCode = RunInputs(input, IsProgressWanted(input.progress, m_output), writing);
   if (!writing.HasBegun() && m_output.IsReplacement()) return inputCode;
   job.Finish();

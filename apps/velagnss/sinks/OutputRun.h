@@ -27,6 +27,10 @@ class C_OutputRun {
   // The same for an output of `input`, after `CheckOutput`.
   eExitCode Open(const std::string& name, const S_InputOptions& input);
 
+  // For a maker of several files: they get their names from it, in `directory`, and end with ".gz" when they are
+  // compressed.
+  eExitCode OpenFiles(const std::string& directory, bool areCompressed, const S_InputOptions& input);
+
   C_Output& Output() { return m_output; }
 
   // What the data came to, once all of it has been read and written; reports to the user what is wrong with it.
@@ -41,7 +45,11 @@ class C_OutputRun {
   int Write(C_TextMaker& text);
 
  private:
+  void BeginFile(C_TextMaker& text, const std::string& name);
+
   C_Output m_output;
+  std::string m_directory;  // of several files
+  bool m_areCompressed = false;
 };
 
 }  // namespace Host

@@ -23,16 +23,25 @@ class C_TextMaker {
   using t_Drain = std::function<void()>;
   void SetDrain(t_Drain drain) { m_drain = std::move(drain); }
 
+  // Puts what comes from here on into a file of this name, for makers of several files.
+  using t_NextFile = std::function<void(const std::string& name)>;
+  void SetNextFile(t_NextFile nextFile) { m_nextFile = std::move(nextFile); }
+
  protected:
   // Where a lot of text may have come together.
   void Drain() {
     if (m_drain && Text().size() >= kDrainSize) m_drain();
   }
 
+  void BeginFile(const std::string& name) {
+    if (m_nextFile) m_nextFile(name);
+  }
+
  private:
   static constexpr std::size_t kDrainSize = 1 << 16;
 
   t_Drain m_drain;
+  t_NextFile m_nextFile;
 };
 
 // The usual one: a string.

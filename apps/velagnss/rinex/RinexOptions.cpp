@@ -1,0 +1,187 @@
+#include "apps/velagnss/rinex/RinexOptions.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+
+#include "apps/velagnss/rinex/ObsEpoch.h"
+#include "apps/velagnss/rinex/RinexText.h"
+#include "apps/velagnss/text/Lists.h"
+#include "apps/velagnss/text/Numbers.h"
+#include "apps/velagnss/text/Units.h"
+
+namespace Host {
+namespace {
+
+// A check for an option's text: fits its place in the header.
+auto HeaderText(std::size_t width) {
+  return [width](const std::string& text) -> std::string {
+    const bool isPrintable = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+    return isPrintable && text.size() <= width ? "" : fmt::format("at most {} printable ASCII characters", width);
+  };
+}
+
+std::string CheckSystems(const std::string& list) {
+  for (const std::string_view item : SplitList(list))
+    if (NavSystemNamed(item) == kNumNavSystems)
+      return fmt::format("unknown system '{}'; known: {}", item, NavSystemNames());
+  return {};
+}
+
+// "NUMBER,TYPE": texts of up to 20 characters.
+auto HeaderTexts(std::size_t count) {
+  return [count](const std::string& list) -> std::string {
+    const std::vector<std::string_view> items = SplitList(list);
+    if (items.size() > count) return fmt::format("at most {} texts, separated by commas", count);
+    for (const std::string_view item : items)
+      if (std::string error = HeaderText(kHeaderNameWidth)(std::string(item)); !error.empty()) return error;
+    return {};
+  };
+}
+
+std::string CheckPosition(const std::string& list) {
+  constexpr double kLeast = 6.3e6, kGreatest = 6.5e6;  // m from the center of the Earth
+  const std::optional<std::array<double, 3>> xyz = ReadPosition(list);
+  const double radius = xyz ? std::hypot((*xyz)[0], (*xyz)[1], (*xyz)[2]) : 0;
+  return radius > kLeast && radius < kGreatest ? "" : "must be X,Y,Z of a place on the Earth, in meters";
+}
+
+std::string CheckObsTypes(const std::string& list) {
+  const std::size_t system = list.size() > 1 && list[1] == ':' ? NavSystemWith(list[0]) : kNumNavSystems;
+  if (system == kNumNavSystems) return "must begin with the letter of a system, as in G:C1C,L1C";
+  for (const std::string_view code : SplitList(std::string_view(list).substr(2)))
+    if (code.size() != 3 || kObsKindLetters.find(code[0]) == std::string_view::npos ||
+        !IsSignal(list[0], {code[1], code[2]}))
+      return fmt::format("'{}' is not an observation code of {}", code, NavSystems()[system].name);
+  return {};
+}
+
+// Epochs of less than a tenth of a second cannot be selected by whole milliseconds without doubt.
+std::string CheckInterval(const std::string& text) {
+  double seconds = 0;
+  const bool isNumber = ParseWhole(text, seconds) && seconds >= 0.1 && seconds <= kSecondsPerDay;
+  return isNumber ? "" : "must be a number of seconds from 0.1 to 86400";
+}
+
+std::string CheckStation(const std::string& text) {
+  unsigned int number = 0;
+  return ParseWhole(text, number) && number <= 4095 ? "" : "must be a whole number from 0 to 4095";
+}
+
+void DeclareObsOptions(CLI::App& app, S_RinexOptions& options) {
+  const std::string group(kRinexObsGroup);
+  app.add_option("--observer", options.observer, "name of the observer, for the header")
+      ->option_text("NAME")
+      ->check(HeaderText(kHeaderNameWidth))
+      ->group(group);
+  app.add_option("--receiver", options.receiver,
+                 "number, type and firmware of the receiver, separated by commas\n(default: those in the stream)")
+      ->option_text("TEXTS")
+      ->check(HeaderTexts(3))
+      ->group(group);
+  app.add_option("--antenna", options.antenna, "number and type of the antenna, likewise")
+      ->option_text("TEXTS")
+      ->check(HeaderTexts(2))
+      ->group(group);
+  app.add_option("--position", options.position,
+                 "approximate position, Earth-centered, in meters (default: the one in\nthe stream)")
+      ->option_text("X,Y,Z")
+      ->check(&CheckPosition)
+      ->group(group);
+  app.add_option("--station", options.station, "number of the reference station (default: the first one)")
+      ->option_text("NUMBER")
+      ->check(&CheckStation)
+      ->group(group);
+  app.add_option("--obs-types", options.obsTypes,
+                 "these observation types of a system, as in G:C1C,L1C; repeatable\n(default: all that occur)")
+      ->option_text("LIST")
+      ->allow_extra_args(false)
+      ->check(&CheckObsTypes)
+      ->group(group);
+  app.add_flag("--auto-name", options.hasAutoNames,
+               "write to a file with the standard name, in the directory given by -o\n(default: the current one)")
+      ->group(group);
+  app.add_option("--split", options.split, "with --auto-name: a file for each hour or day of GPS time")
+      ->option_text("1h|1d")
+      ->check(CLI::IsMember({"1h", "1d"}))
+      ->group(group);
+  app.add_option("--interval", options.interval, "only epochs at multiples of so many seconds")
+      ->option_text("SECONDS")
+      ->check(&CheckInterval)
+      ->group(group);
+}
+
+}  // namespace
+
+std::optional<std::array<double, 3>> ReadPosition(std::string_view list) {
+  const std::vector<std::string_view> items = SplitList(list);
+  std::array<double, 3> xyz{};
+  if (items.size() != xyz.size()) return std::nullopt;
+  for (std::size_t i = 0; i < xyz.size(); ++i)
+    if (!ParseWhole(items[i], xyz[i])) return std::nullopt;
+  return xyz;
+}
+
+t_ObsTypes ReadObsTypes(const std::vector<std::string>& lists) {
+  t_ObsTypes types;
+  for (const std::string& list : lists)
+    for (const std::string_view code : SplitList(std::string_view(list).substr(2))) {
+      std::vector<std::string>& row = types[NavSystemWith(list[0])];
+      if (std::find(row.begin(), row.end(), code) == row.end()) row.emplace_back(code);
+    }
+  return types;
+}
+
+std::string ObjectionForObs(const S_RinexOptions& options) {
+  constexpr std::size_t kAgencyWidth = 40;
+  if (!options.split.empty() && !options.hasAutoNames) return "--split needs --auto-name";
+  return options.agency.size() <= kAgencyWidth ? "" : fmt::format("--agency: at most {} characters", kAgencyWidth);
+}
+
+void DeclareRinexOptions(CLI::App& app, S_RinexOptions& options) {
+  const std::string group(kRinexGroup);
+  app.add_option("--system", options.systems, "only these systems, of: " + NavSystemNames())
+      ->option_text("LIST")
+      ->allow_extra_args(false)
+      ->check(&CheckSystems)
+      ->group(group);
+  app.add_option("--marker", options.marker, "name of the marker, for the header")
+      ->option_text("NAME")
+      ->check(HeaderText(kHeaderWidth - kMarkerComment.size()))
+      ->group(group);
+  app.add_option("--agency", options.agency, "name of the observing agency, for the header")
+      ->option_text("NAME")
+      ->check(HeaderText(kHeaderWidth - kAgencyComment.size()))
+      ->group(group);
+  app.add_option("--run-by", options.runBy, "who made the file, for the header")
+      ->option_text("NAME")
+      ->check(HeaderText(kHeaderNameWidth))
+      ->group(group);
+  app.add_option("--run-date", options.runDate,
+                 "date in the header: the last one of the stream, or the current one,\n"
+                 "which differs on every run (default: stream)")
+      ->option_text("stream|now")
+      ->check(CLI::IsMember({"stream", "now"}))
+      ->group(group);
+  app.add_flag("--gzip", options.isCompressed, "compress the output, as with a name after -o that ends with .gz")
+      ->group(group);
+  app.add_option("--rinex", options.version, fmt::format("version of the format (default: {})", kRinex3))
+      ->option_text("3.05|4.00")
+      ->check(CLI::IsMember({std::string(kRinex3), std::string(kRinex4)}))
+      ->group(std::string(kRinexNavGroup));
+  DeclareObsOptions(app, options);
+}
+
+std::array<bool, kNumNavSystems> SelectNavSystems(const std::vector<std::string>& lists) {
+  std::array<bool, kNumNavSystems> selected{};
+  if (lists.empty()) selected.fill(true);
+  for (const std::string& list : lists)
+    for (const std::string_view item : SplitList(list)) selected[NavSystemNamed(item)] = true;
+  return selected;
+}
+
+std::string NavSystemNames() { return JoinNames(NavSystems(), &S_NavSystem::name); }
+
+}  // namespace Host
