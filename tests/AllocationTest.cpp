@@ -130,7 +130,7 @@ TEST(Allocation, NothingInReaderAndDecoder) {
     decoder.Restart();
   }
   EXPECT_EQ(allocations, before);
-  EXPECT_EQ(frames, 29U * 2 * 10);
+  EXPECT_EQ(frames, 29U * 2 * 13);
 }
 
 TEST(Allocation, NothingInSentencesOfAnyAddress) {
