@@ -82,8 +82,8 @@ constexpr t_KindOf<Member> NumberAs = {Number<Member>, WriteNumber<Member, Forma
 
 // --- Times and dates: a field that is not one leaves the record as it is ---
 
-template <auto Member, bool (*Parse)(std::string_view, double&), class Record>
 // "123519.00"
+template <auto Member, bool (*Parse)(std::string_view, double&), class Record>
 unsigned int ReadTime(std::string_view field, unsigned int, Record& record) {
   double secondsOfDay = 0.0;
   const bool isRead = Parse(field, secondsOfDay);

@@ -32,9 +32,10 @@ using t_FieldWriter = unsigned int (*)(C_SentenceText& sentence, const Record& r
 // Both directions of one kind of field. Sentences that are not encoded have readers only.
 template <class Record>
 struct S_FieldKind {
-  constexpr S_FieldKind(t_FieldReader<Record> reader, t_FieldWriter<Record> writer = nullptr,
-                        t_FieldReader<Record> readerOfAll = nullptr)
-      : read(reader), write(writer), readAll(readerOfAll == nullptr ? reader : readerOfAll) {}
+  constexpr S_FieldKind(t_FieldReader<Record> reader, t_FieldWriter<Record> writer = nullptr)
+      : S_FieldKind(reader, writer, reader) {}
+  constexpr S_FieldKind(t_FieldReader<Record> reader, t_FieldWriter<Record> writer, t_FieldReader<Record> readerOfAll)
+      : read(reader), write(writer), readAll(readerOfAll) {}
 
   t_FieldReader<Record> read;  // null: the field is not looked at
   t_FieldWriter<Record> write;

@@ -49,7 +49,7 @@ struct S_ObsEpoch {
 };
 
 inline constexpr std::int64_t kMsPerSecond = 1000;
-inline constexpr std::int64_t kMsPerWeek = 7 * 86400 * kMsPerSecond;
+inline constexpr std::int64_t kMsPerWeek = std::int64_t{7} * 86400 * kMsPerSecond;
 
 // Messages of an epoch differ in time by less than this, ms: the clocks of the systems are converted in whole ones.
 inline constexpr std::int64_t kSameEpoch = 5;

@@ -29,9 +29,10 @@ void AppendList(std::string& text, std::string_view label, std::string line, std
 void AppendTypes(std::string& text, const S_ObsHeader& header) {
   for (std::size_t system = 0; system < kNumNavSystems; ++system) {
     const std::vector<std::string>& types = header.types[system];
-    std::vector<std::string> entries;
-    for (const std::string& type : types) entries.push_back(" " + type);
     if (types.empty()) continue;
+    std::vector<std::string> entries;
+    entries.reserve(types.size());
+    for (const std::string& type : types) entries.push_back(" " + type);
     AppendList(text, "SYS / # / OBS TYPES", fmt::format("{}  {:3}", NavSystems()[system].letter, types.size()), 13, 6,
                entries);
   }
