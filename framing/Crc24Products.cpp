@@ -16,8 +16,8 @@ namespace velagnss::framing {
 
 namespace {
 
-constexpr int kBlock = 16;          // bytes
-constexpr unsigned int kLanes = 4;  // blocks that are folded side by side, as a product takes several cycles
+constexpr std::size_t kBlock = 16;  // bytes
+constexpr std::size_t kLanes = 4;   // blocks that are folded side by side, as a product takes several cycles
 
 // x to that power, modulo the generator.
 constexpr unsigned int PowerOfX(unsigned int power) {
@@ -35,13 +35,15 @@ VELAGNSS_WITH_PRODUCTS inline __m128i Powers() {
 
 // The first `count` bytes of a block in reverse order, after zeros: the first byte of the stream has the highest
 // powers, that of a register the lowest.
-VELAGNSS_WITH_PRODUCTS inline __m128i Reversed(__m128i block, int count) {
-  const __m128i places = _mm_set_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+VELAGNSS_WITH_PRODUCTS inline __m128i Reversed(__m128i block, std::size_t count) {
   // A negative place gives a zero.
-  return _mm_shuffle_epi8(block, _mm_sub_epi8(_mm_set1_epi8(static_cast<char>(count - 1)), places));
+  static constexpr signed char kPlaces[] = {15, 14, 13, 12, 11, 10, 9,  8,  7,  6,   5,   4,   3,   2,   1,   0,
+                                            -1, -2, -3, -4, -5, -6, -7, -8, -9, -10, -11, -12, -13, -14, -15, -16};
+  const auto* const places = reinterpret_cast<const __m128i*>(kPlaces + kBlock - count);
+  return _mm_shuffle_epi8(block, _mm_loadu_si128(places));
 }
 
-VELAGNSS_WITH_PRODUCTS inline __m128i Load(const unsigned char* bytes, int count = kBlock) {
+VELAGNSS_WITH_PRODUCTS inline __m128i Load(const unsigned char* bytes, std::size_t count = kBlock) {
   return Reversed(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)), count);
 }
 
@@ -60,7 +62,7 @@ bool CanSumByProducts() { return __builtin_cpu_supports("pclmul") && __builtin_c
 VELAGNSS_WITH_PRODUCTS unsigned int SumByProducts(const unsigned char* data, std::size_t count) {
   const unsigned char* const end = data + count;
   // The bytes that make no whole block come first: zeros in front of them change nothing.
-  const int head = static_cast<int>(count % kBlock);
+  const std::size_t head = count % kBlock;
   __m128i sum = Load(data, head);
   data += head;
   // Blocks until what is left is a multiple of the lanes.
@@ -69,10 +71,10 @@ VELAGNSS_WITH_PRODUCTS unsigned int SumByProducts(const unsigned char* data, std
     __m128i lanes[kLanes] = {Folded(sum, Powers<1>(), Load(data)), Load(data + kBlock), Load(data + 2 * kBlock),
                              Load(data + 3 * kBlock)};
     while ((data += kLanes * kBlock) != end)
-      for (unsigned int lane = 0; lane < kLanes; ++lane)
+      for (std::size_t lane = 0; lane < kLanes; ++lane)
         lanes[lane] = Folded(lanes[lane], Powers<kLanes>(), Load(data + lane * kBlock));
     sum = lanes[0];
-    for (unsigned int lane = 1; lane < kLanes; ++lane) sum = Folded(sum, Powers<1>(), lanes[lane]);
+    for (std::size_t lane = 1; lane < kLanes; ++lane) sum = Folded(sum, Powers<1>(), lanes[lane]);
   }
   unsigned char bytes[kBlock];
   _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), Reversed(sum, kBlock));
