@@ -139,6 +139,7 @@ void PointSolver::Impl::Solve(const PointEpoch& epoch, const EphemerisStore& eph
   m_hasPosition = m_solution.result == PointResult::Ok;
   if (m_hasPosition) return SetSatellites();
   m_solution.position.Set(NA_DOUBLE, NA_DOUBLE, NA_DOUBLE);
+  for (PointSatellite& satellite : m_solution.satellites) satellite.azimuth = satellite.elevation = NA_DOUBLE;
 }
 
 // A signal leaves when the satellite's clock shows receiver time minus pseudorange / c, whatever the receiver's clock
@@ -345,8 +346,10 @@ PointSolver::Impl::Verdict PointSolver::Impl::RejectWorst() {
   return Verdict::Rejected;
 }
 
+// The last step may have moved a satellite below the mask.
 PointResult PointSolver::Impl::SetPrecision() {
   Linearize(false);
+  if (!CountUsed()) return PointResult::TooFew;
   Accumulate(false);
   m_normal.SymInv();
   const double ecef[] = {m_normal(0, 0), m_normal(1, 1), m_normal(2, 2),
