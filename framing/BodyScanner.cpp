@@ -141,7 +141,7 @@ unsigned int C_BodyScanner::FirstMark(const S_Rule& rule, const unsigned char* b
   return at;
 }
 
-// All that is queued is looked at, however little of it the sentence may have.
+// The whole queue is scanned, even beyond the longest sentence: the answer then serves later starts as well.
 bool C_BodyScanner::LooksForSentenceEnd() {
   std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(eMark::Control)];
   const std::uint64_t position = m_queue.Position();
@@ -224,7 +224,7 @@ eVerdict C_BodyScanner::CheckUnlistedSentence() {
   }
 }
 
-// Judged at its first line end only: a line that holds another one is none.
+// Judged at its first line end only: a sentence contains no other.
 bool C_BodyScanner::IsShortLine(const S_Rule& rule, const unsigned char* bytes, unsigned int length) const {
   return rule.check == &C_BodyScanner::CheckNmeaSum && m_frame.message.protocol == C_RawDataMessage::eNMEA0183 &&
          JudgeSentence(bytes, length) == eSentence::Checked;

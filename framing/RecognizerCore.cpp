@@ -262,8 +262,8 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
   return eRecSearching;
 }
 
-// The question of BeginsUnlisted, answered at once for nearly all false starts. If `result` is a failure already, that
-// of the unlisted frame would not be another one.
+// A quick filter for BeginsUnlisted that rules out nearly all false starts. `result` is that of the listed frame: where
+// it is a failure already, a look that is bound to fail as well would not change it.
 inline bool C_RecognizerCore::MayBeUnlisted(eRecognitionResult result) {
   const unsigned char* const bytes = m_queue.Bytes(2);
   if (!kSecondOfUnlisted[bytes[1]]) return false;

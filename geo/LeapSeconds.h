@@ -1,8 +1,8 @@
 // GPS time and UTC: GPS time knows no leap seconds, so it runs ahead of UTC by those inserted since 1980.
 //
 // The table is built in. Its last entry is that of 1 January 2017, 18 s, which holds until the International Earth
-// Rotation Service announces another leap second in its Bulletin C, half a year ahead: for later days this library then
-// has to be renewed.
+// Rotation Service announces another leap second in its Bulletin C, half a year ahead. The table then has to be
+// extended in a new version of this library.
 #ifndef VELAGNSS_GEO_LEAP_SECONDS_H
 #define VELAGNSS_GEO_LEAP_SECONDS_H
 

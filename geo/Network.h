@@ -73,7 +73,7 @@ class VELAGNSS_API C_Network {
   // nodes the cheapest is used, of equally cheap ones the one added first. A network of several parts gets a tree for
   // each. False for a network without nodes or links (code 2).
   //
-  // Time grows with nodes^2 + links.
+  // Time grows with nodes + links * log(links); with weights that are infinite or NaN, with nodes^2 + links.
   bool BuildTree();
 
   // Copies the links of the tree to `buffer`, in the order in which they were added; `count` is their number. `buffer`

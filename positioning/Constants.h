@@ -19,7 +19,7 @@ inline constexpr double kEarthRotation = 7.2921151467e-5;  // rad/s
 inline constexpr double kGlonassAhead = 10800;
 inline constexpr double kBeidouBehind = 14;
 
-// A radius that no navigation satellite in use has. Some senders fill ephemerides with test patterns.
+// No navigation satellite in use has an orbit radius outside these limits, but test patterns in ephemerides do.
 inline constexpr double kLeastRadius = 20e6;     // m
 inline constexpr double kGreatestRadius = 50e6;  // m
 

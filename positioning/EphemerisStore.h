@@ -7,7 +7,6 @@
 #ifndef VELAGNSS_POSITIONING_EPHEMERIS_STORE_H
 #define VELAGNSS_POSITIONING_EPHEMERIS_STORE_H
 
-#include <cstddef>
 #include <memory>
 
 #include "geo/GnssTime.h"
@@ -37,8 +36,8 @@ class VELAGNSS_API EphemerisStore {
   EphemerisStore(const EphemerisStore&) = delete;
   EphemerisStore& operator=(const EphemerisStore&) = delete;
 
-  // Takes an ephemeris. `isWeekKnown`: its weeks were resolved, result `eResultOk`. A satellite that no system has is
-  // ignored. One with the same reference time and issue of data as an earlier one takes its place.
+  // Takes an ephemeris. `isWeekKnown`: its weeks were resolved, result `eResultOk`. A satellite number outside the
+  // range of its system is ignored. One with the same reference time and issue of data as an earlier one replaces it.
   void Note(const Rtcm3KeplerEphemeris& ephemeris, bool isWeekKnown = true);
   void Note(const S_IFKeplerEphRec& ephemeris, bool isWeekKnown = true);
   void Note(const S_IFPvaEphRec& ephemeris, bool isWeekKnown = true);

@@ -21,7 +21,7 @@ constexpr double kGlonassValidity = 1800;  // s
 constexpr double kSbasValidity = 360;      // s
 constexpr double kStep = 60;               // s; the error of a step is a fraction of a millimeter
 
-// All that the formulas use.
+// Whether all values are there and the satellite is at a plausible height.
 bool IsComplete(const P& eph) {
   constexpr double P::*kMembers[] = {&P::TauN, &P::GammaN, &P::PosX, &P::PosY, &P::PosZ, &P::VelX,
                                      &P::VelY, &P::VelZ,   &P::AccX, &P::AccY, &P::AccZ};

@@ -39,7 +39,7 @@ const SystemRow* RowOf(unsigned int system) {
   return row == std::end(kSystemRows) ? nullptr : row;
 }
 
-// All that the formulas use. An Af0, say, that is not available is as far from any clock as the marker is from 0.
+// Whether all elements are there and describe an orbit. A marker used as a number would give a state as well.
 bool IsComplete(const K& eph) {
   constexpr double K::*kMembers[] = {&K::Af0, &K::Af1, &K::Af2,  &K::M0,       &K::DeltaN, &K::Omega0, &K::I0,
                                      &K::Cuc, &K::Cus, &K::Crc,  &K::Crs,      &K::Cic,    &K::Cis,    &K::Omega,
@@ -109,7 +109,7 @@ Plane PlaneAt(const K& eph, const SystemRow& row, double tk) {
           {anomaly, anomalyRate}};
 }
 
-// From the plane into the frame whose x axis is `node` behind the ascending node.
+// From the orbital plane into the frame in which the ascending node has the longitude `node`.
 void TurnFromPlane(const Plane& plane, const Moving& node, SatelliteState& state) {
   const auto [u, uRate] = plane.latitude;
   const auto [r, rRate] = plane.radius;
@@ -186,7 +186,7 @@ C_GnssTime ReferenceTime(const S_IFKeplerEphRec& ephemeris) {
   return C_GnssTime(ephemeris.ToeWeek, ephemeris.Toe, ALGO::GNSS_GPS) + (row == nullptr ? 0 : row->behindGps);
 }
 
-// Galileo sends no accuracy for satellites that are in good order, too.
+// Galileo sends "no accuracy prediction" for healthy satellites, too.
 bool IsHealthy(const S_IFKeplerEphRec& ephemeris) {
   constexpr double kNoPrediction = 1e9;  // m
   const SystemRow* const row = RowOf(ephemeris.System);

@@ -139,6 +139,7 @@ void PointSolver::Impl::Solve(const PointEpoch& epoch, const EphemerisStore& eph
   m_hasPosition = m_solution.result == PointResult::Ok;
   if (m_hasPosition) return SetSatellites();
   m_solution.position.Set(NA_DOUBLE, NA_DOUBLE, NA_DOUBLE);
+  for (PointSatellite& satellite : m_solution.satellites) satellite.azimuth = satellite.elevation = NA_DOUBLE;
 }
 
 // A signal leaves when the satellite's clock shows receiver time minus pseudorange / c, whatever the receiver's clock
@@ -297,7 +298,7 @@ void PointSolver::Impl::Accumulate(bool isWeighted) {
     }
   });
   // Satellites in one direction would make the matrix singular. This keeps it regular, is far below what a usable
-  // geometry has, and slows the iteration by nothing that can be seen.
+  // geometry has, and does not slow the iteration noticeably.
   constexpr double kRegular = 1e-9;
   double greatest = 0;
   for (unsigned int k = 0; k < m_unknowns; ++k) greatest = std::max(greatest, m_normal(k, k));
@@ -316,7 +317,7 @@ bool PointSolver::Impl::IsReached(double limit, double& step) {
   return step < limit;
 }
 
-// The standard deviation of a residual: that of its range, less what the range itself had to do with the solution.
+// The standard deviation of a residual: that of its range, less the range's own part in the solution.
 double PointSolver::Impl::StandardDeviationLeft(std::size_t i) const {
   const Equation& equation = m_equations[i];
   const C_Vector3& u = equation.toReceiver;
@@ -329,8 +330,8 @@ double PointSolver::Impl::StandardDeviationLeft(std::size_t i) const {
   return std::sqrt(std::max(equation.variance - fitted, kLeast * equation.variance));
 }
 
-// Removes the range that contradicts the others most. With a single range too many, a contradiction shows, but not who
-// is wrong.
+// Removes the range that contradicts the others most. With a single range too many, a contradiction shows, but not
+// which range is wrong.
 PointSolver::Impl::Verdict PointSolver::Impl::RejectWorst() {
   double greatest = 0;
   PointSatellite* worst = nullptr;
@@ -345,8 +346,10 @@ PointSolver::Impl::Verdict PointSolver::Impl::RejectWorst() {
   return Verdict::Rejected;
 }
 
+// The last step may have moved a satellite below the mask.
 PointResult PointSolver::Impl::SetPrecision() {
   Linearize(false);
+  if (!CountUsed()) return PointResult::TooFew;
   Accumulate(false);
   m_normal.SymInv();
   const double ecef[] = {m_normal(0, 0), m_normal(1, 1), m_normal(2, 2),

@@ -20,7 +20,7 @@ namespace velagnss {
 
 // Whether an epoch has a position.
 enum class PointResult : unsigned char {
-  Ok,             // it has
+  Ok,             // the epoch has a position
   TooFew,         // satellites: each system needs one more for its clock
   PoorGeometry,   // PDOP above 50
   Contradictory,  // a range is wrong, and too few are left to tell which
@@ -30,10 +30,10 @@ enum class PointResult : unsigned char {
 // What a satellite did in a solution.
 enum class PointUse : unsigned char {
   Used,          // in the solution
-  NoEphemeris,   // neither valid nor outdated
+  NoEphemeris,   // none is known
   Outdated,      // the nearest ephemeris is too old or too new
   Unhealthy,     // by its ephemeris
-  Implausible,   // its ephemeris is no orbit
+  Implausible,   // its ephemeris does not describe an orbit
   NoRange,       // a signal is missing that the solution uses of this system
   BelowMask,     // lower than the elevation mask
   Outlier,       // its range contradicts the others

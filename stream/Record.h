@@ -39,9 +39,9 @@ struct PackedPayload {
 // The record of one frame. An NMEA sentence that has no record of its own is an OtherSentence. Values that the frame
 // does not carry hold their markers (geo/NotAvailable.h).
 //
-// An RTCM 3 message that is not decoded is an Rtcm3Payload. `std::monostate` is a frame of nothing. The RMC record
-// differs from what `C_NMEA_EncodeDecode::Decode` gives in one member: `variationDirection` is the letter that was
-// sent, 'E' or 'W', and 0 where none was.
+// An RTCM 3 message that is not decoded is an Rtcm3Payload. `std::monostate` means that there is no record: the frame
+// has no bytes, or its RTCM 3 envelope is not valid. The RMC record differs from what `C_NMEA_EncodeDecode::Decode`
+// gives in one member: `variationDirection` is the letter that was sent, 'E' or 'W', and 0 where none was.
 using Record =
     std::variant<std::monostate, RawText, RawBody, PackedPayload,                                                 //
                  S_GGA_Data, S_GNS_Data, S_ZDA_Data, S_GLL_Data, S_GSV_Data, S_GSA_Data, S_RMC_Data, S_VTG_Data,  //
@@ -57,7 +57,7 @@ using Record =
 
 // How far a frame has been decoded.
 enum class Depth : unsigned char {
-  None,     // not at all: there are no bytes
+  None,     // not at all: there is no record
   Raw,      // its text, or the bytes of its body or payload, as received
   Partial,  // some fields; the rest as text, or numbers whose meaning is not known
   Full,     // every field

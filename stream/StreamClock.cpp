@@ -25,6 +25,12 @@ bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {
 constexpr int kFirstMjd = 45335;  // 1 January 1983
 constexpr int kLastMjd = 88433;   // 31 December 2100
 
+// A day counted from day 0; missing where no stream has a date.
+std::optional<unsigned int> DateOf(unsigned int mjdOfDay0, int day) {
+  const int mjd = static_cast<int>(mjdOfDay0) + day;
+  return mjd >= kFirstMjd && mjd <= kLastMjd ? std::optional(static_cast<unsigned int>(mjd)) : std::nullopt;
+}
+
 // Without a fix the date is that of the receiver's own clock, which may be years off.
 bool IsVoid(eNmeaRmcStatus status) { return status >= eNmeaRmcNotValid; }
 
@@ -133,9 +139,7 @@ StreamClock::Utc StreamClock::UtcOf(double seconds) const {
   // Rounded down: times before day 0 belong to the day before, not to day 0.
   const double day = std::floor(seconds / kSecondsPerDay);
   Utc utc{std::nullopt, seconds - day * kSecondsPerDay};
-  if (!m_mjdOfDay0) return utc;
-  const int mjd = static_cast<int>(*m_mjdOfDay0) + static_cast<int>(day);
-  if (mjd >= kFirstMjd && mjd <= kLastMjd) utc.mjd = static_cast<unsigned int>(mjd);
+  if (m_mjdOfDay0) utc.mjd = DateOf(*m_mjdOfDay0, static_cast<int>(day));
   return utc;
 }
 
@@ -145,7 +149,7 @@ StreamClock::Utc StreamClock::UtcOfTimeOfDay(double secondsOfDay) const {
   if (!m_mjdOfDay0) return utc;
   const double step = secondsOfDay - m_secondsOfDay.value_or(secondsOfDay);
   const int neighbor = step < -kSecondsPerDay / 2 ? 1 : step > kSecondsPerDay / 2 ? -1 : 0;
-  utc.mjd = *m_mjdOfDay0 + static_cast<unsigned int>(m_day + neighbor);
+  utc.mjd = DateOf(*m_mjdOfDay0, m_day + neighbor);
   return utc;
 }
 

@@ -180,6 +180,7 @@ TEST_ROWS(SolvedEpoch, IsThatOfTheReceiver, kSolved, row) {
     EXPECT_EQ(solution.satellites[0].use, row.use);
     if (row.result != PointResult::Ok) {
       EXPECT_EQ(solution.position.X(), NA_DOUBLE);
+      EXPECT_EQ(solution.satellites[0].elevation, NA_DOUBLE);
       continue;
     }
     EXPECT_LT((solution.position - receiver.place.Cartesian()).Norm(), row.error);

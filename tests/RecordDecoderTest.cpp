@@ -281,6 +281,12 @@ TEST(StreamClock, CountsDaysByTheStepsAcrossMidnight) {
   EXPECT_EQ(clock.UtcOf((45334 - 60447) * 86400.0).mjd, std::nullopt);
   EXPECT_EQ(clock.UtcOf((88433 - 60447) * 86400.0).mjd, 88433);
   EXPECT_EQ(clock.UtcOf((88434 - 60447) * 86400.0).mjd, std::nullopt);
+  velagnss::StreamClock before = clock;
+  before.AssumeFirstDay(0);  // has a date already
+  EXPECT_EQ(before.UtcOfTimeOfDay(1).mjd, 60448);
+  before = velagnss::StreamClock();
+  before.AssumeFirstDay(45334);
+  EXPECT_EQ(before.UtcOfTimeOfDay(1).mjd, std::nullopt);
   ASSERT_TRUE(clock.FirstDate());
   EXPECT_EQ(clock.FirstDate()->m_week, 2314);
 }

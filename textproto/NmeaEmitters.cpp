@@ -1,5 +1,6 @@
 // The field emitters of the sentence encoder. Each composes its field first and appends it whole or not at all, so that
 // a failed emitter leaves the message as it was.
+#include <algorithm>
 #include <cmath>
 
 #include "textproto/FieldParsers.h"
@@ -12,6 +13,7 @@ namespace velagnss::textproto {
 namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
+constexpr unsigned int kMinutesPerDay = 1440;
 
 // With leading zeros: fields such as hours have a fixed width.
 void AddPadded(C_FieldText& field, unsigned int value, unsigned int digits) {
@@ -59,10 +61,11 @@ void AddTimeWithAllDigits(C_FieldText& field, double secondsOfDay) {
   const std::size_t point = digits.find('.');
   while (digits.ends_with('0') && digits.size() > point + 1 + kMinDecimals) digits.remove_suffix(1);
   unsigned int seconds = 0;
-  static_cast<void>(NumberText::ReadPlainInteger(digits.substr(0, point), seconds));  // below 86401
-  AddPadded(field, seconds / 3600, 2);
-  AddPadded(field, seconds / 60 % 60, 2);
-  AddPadded(field, seconds % 60, 2);
+  static_cast<void>(NumberText::ReadPlainInteger(digits.substr(0, point), seconds));
+  const unsigned int minutes = std::min(seconds / 60, kMinutesPerDay - 1);  // a leap second is 23:59:60
+  AddPadded(field, minutes / 60, 2);
+  AddPadded(field, minutes % 60, 2);
+  AddPadded(field, seconds - 60 * minutes, 2);
   field.Add(digits.substr(point));
 }
 
@@ -73,8 +76,10 @@ unsigned int AppendTime(C_SentenceText& sentence, double notAvailable, double se
   C_FieldText field;
   if (leadingComma) field.Add(',');
   if (secondsOfDay == notAvailable) return sentence.Append(field);
-  if (!(secondsOfDay >= 0 && secondsOfDay < kSecondsPerDay)) return eResultOutOfRange;
-  if (sentence.DigitsOfTimes() == TimeDigits::All) {
+  const bool hasAllDigits = sentence.DigitsOfTimes() == TimeDigits::All;
+  const double limit = hasAllDigits ? kSecondsPerDay + 1 : kSecondsPerDay;
+  if (!(secondsOfDay >= 0 && secondsOfDay < limit)) return eResultOutOfRange;
+  if (hasAllDigits) {
     AddTimeWithAllDigits(field, secondsOfDay);
     return sentence.Append(field);
   }

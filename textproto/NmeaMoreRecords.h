@@ -21,7 +21,7 @@ namespace velagnss {
 // as that of RMC, from 2000 on.
 enum class TimeDigits : unsigned char {
   Hundredths,  // of a second, as `C_NMEA_EncodeDecode` does
-  All,         // as sent; at least two decimals are written
+  All,         // as sent; at least two decimals are written, and a leap second as 23:59:60
 };
 
 // GST: statistics of the position error.
