@@ -127,26 +127,25 @@ double StreamClock::Seconds() const {
   return m_day * kSecondsPerDay + *m_secondsOfDay;
 }
 
+std::optional<unsigned int> StreamClock::DateOf(int day) const {
+  if (!m_mjdOfDay0) return std::nullopt;
+  const int mjd = static_cast<int>(*m_mjdOfDay0) + day;
+  return mjd >= kFirstMjd && mjd <= kLastMjd ? std::optional(static_cast<unsigned int>(mjd)) : std::nullopt;
+}
+
 StreamClock::Utc StreamClock::UtcOf(double seconds) const {
   constexpr double kMaxSeconds = 1e6 * kSecondsPerDay;  // beyond any stream, and its days fit an int
   if (!(std::abs(seconds) <= kMaxSeconds)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
   // Rounded down: times before day 0 belong to the day before, not to day 0.
   const double day = std::floor(seconds / kSecondsPerDay);
-  Utc utc{std::nullopt, seconds - day * kSecondsPerDay};
-  if (!m_mjdOfDay0) return utc;
-  const int mjd = static_cast<int>(*m_mjdOfDay0) + static_cast<int>(day);
-  if (mjd >= kFirstMjd && mjd <= kLastMjd) utc.mjd = static_cast<unsigned int>(mjd);
-  return utc;
+  return {DateOf(static_cast<int>(day)), seconds - day * kSecondsPerDay};
 }
 
 StreamClock::Utc StreamClock::UtcOfTimeOfDay(double secondsOfDay) const {
   if (!IsTimeOfDay(secondsOfDay)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
-  Utc utc{std::nullopt, secondsOfDay};
-  if (!m_mjdOfDay0) return utc;
   const double step = secondsOfDay - m_secondsOfDay.value_or(secondsOfDay);
   const int neighbor = step < -kSecondsPerDay / 2 ? 1 : step > kSecondsPerDay / 2 ? -1 : 0;
-  utc.mjd = *m_mjdOfDay0 + static_cast<unsigned int>(m_day + neighbor);
-  return utc;
+  return {DateOf(m_day + neighbor), secondsOfDay};
 }
 
 }  // namespace velagnss
