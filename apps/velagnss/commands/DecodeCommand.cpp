@@ -67,8 +67,7 @@ int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
 eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& run) const {
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
                            lines.FramesWritten(), lines.DataErrors()));
-  if (lines.HasIgnoredPeriod())
-    ReportWarning("no time came before the messages that --msg gives a period: all of them are shown");
+  ReportIgnoredPeriod(lines.Filter());
   if (lines.FramesWritten() == 0) {
     constexpr std::string_view kNoEpoch = "is a sentence that epochs are made of, such as GGA, RMC or GSV";
     if (run.FramesSelected() > 0)
