@@ -337,10 +337,11 @@ PointSolver::Impl::Verdict PointSolver::Impl::RejectWorst() {
   PointSatellite* worst = nullptr;
   ForUsed([&](std::size_t i, PointSatellite& satellite) {
     const double size = std::fabs(m_equations[i].misfit) / StandardDeviationLeft(i);
-    if (size > greatest) worst = &satellite;
-    greatest = std::max(size, greatest);
+    if (!(size > greatest)) return;
+    greatest = size;
+    worst = &satellite;
   });
-  if (m_solution.numUsed == m_unknowns || greatest <= kOutlier) return Verdict::Consistent;
+  if (m_solution.numUsed == m_unknowns || worst == nullptr || greatest <= kOutlier) return Verdict::Consistent;
   if (m_solution.numUsed < m_unknowns + 2) return Verdict::Contradictory;
   worst->use = PointUse::Outlier;
   return Verdict::Rejected;

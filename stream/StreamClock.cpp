@@ -25,12 +25,6 @@ bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {
 constexpr int kFirstMjd = 45335;  // 1 January 1983
 constexpr int kLastMjd = 88433;   // 31 December 2100
 
-// A day counted from day 0; missing where no stream has a date.
-std::optional<unsigned int> DateOf(unsigned int mjdOfDay0, int day) {
-  const int mjd = static_cast<int>(mjdOfDay0) + day;
-  return mjd >= kFirstMjd && mjd <= kLastMjd ? std::optional(static_cast<unsigned int>(mjd)) : std::nullopt;
-}
-
 // Without a fix the date is that of the receiver's own clock, which may be years off.
 bool IsVoid(eNmeaRmcStatus status) { return status >= eNmeaRmcNotValid; }
 
@@ -133,24 +127,25 @@ double StreamClock::Seconds() const {
   return m_day * kSecondsPerDay + *m_secondsOfDay;
 }
 
+std::optional<unsigned int> StreamClock::DateOf(int day) const {
+  if (!m_mjdOfDay0) return std::nullopt;
+  const int mjd = static_cast<int>(*m_mjdOfDay0) + day;
+  return mjd >= kFirstMjd && mjd <= kLastMjd ? std::optional(static_cast<unsigned int>(mjd)) : std::nullopt;
+}
+
 StreamClock::Utc StreamClock::UtcOf(double seconds) const {
   constexpr double kMaxSeconds = 1e6 * kSecondsPerDay;  // beyond any stream, and its days fit an int
   if (!(std::abs(seconds) <= kMaxSeconds)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
   // Rounded down: times before day 0 belong to the day before, not to day 0.
   const double day = std::floor(seconds / kSecondsPerDay);
-  Utc utc{std::nullopt, seconds - day * kSecondsPerDay};
-  if (m_mjdOfDay0) utc.mjd = DateOf(*m_mjdOfDay0, static_cast<int>(day));
-  return utc;
+  return {DateOf(static_cast<int>(day)), seconds - day * kSecondsPerDay};
 }
 
 StreamClock::Utc StreamClock::UtcOfTimeOfDay(double secondsOfDay) const {
   if (!IsTimeOfDay(secondsOfDay)) return {std::nullopt, std::numeric_limits<double>::quiet_NaN()};
-  Utc utc{std::nullopt, secondsOfDay};
-  if (!m_mjdOfDay0) return utc;
   const double step = secondsOfDay - m_secondsOfDay.value_or(secondsOfDay);
   const int neighbor = step < -kSecondsPerDay / 2 ? 1 : step > kSecondsPerDay / 2 ? -1 : 0;
-  utc.mjd = DateOf(*m_mjdOfDay0, m_day + neighbor);
-  return utc;
+  return {DateOf(m_day + neighbor), secondsOfDay};
 }
 
 }  // namespace velagnss

@@ -63,6 +63,7 @@ class VELAGNSS_API StreamClock {
   const std::optional<C_GnssTime>& FirstDate() const { return m_firstDate; }
 
  private:
+  std::optional<unsigned int> DateOf(int day) const;
   void NoteTimeOfDay(double secondsOfDay);
   void NoteDay(unsigned int mjd, double secondsOfDay);
   void NoteWholeSeconds(unsigned int mjd, double secondsOfDay);

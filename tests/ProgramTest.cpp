@@ -82,6 +82,9 @@ const S_ExitCase kExits[] = {
     {"Strict",              "velagnss decode --strict $S",                      1, "faults in the data"},
     {"StrictAndGood",       "head -c 171 $S | velagnss decode --strict",        0, kNone},
     {"PeriodWithoutTime",   "velagnss decode --search jrox --msg JROX:10 $S",    0, "no time came before"},
+    {"ExtractsWithoutTime", "velagnss extract --search jrox --msg JROX:10 $S",   0, "no time came before"},
+    {"NoEpoch",             "velagnss decode --epochs-only --talker XX $S",     1, "that epochs are made of"},
+    {"NotAChoice",          "velagnss extract --split-by day -o o $S",          2, "must be protocol, not 'day'"},
     {"PeriodWithTime",      "velagnss decode --msg JROX:10,GGA:10 $S",          0, kNone},
     {"StatNoise",           "head -c 1000 /dev/zero | velagnss stat",           1, "no frame in 1000 bytes"},
     {"TooBad",              "velagnss stat --max-bad 0.1 $S",                   1, "--max-bad"},
@@ -105,6 +108,7 @@ const S_ExitCase kExits[] = {
     {"FileSizeLimit",       "ulimit -f 8; velagnss decode $S -o limited",       4, "ulimit"},
     {"NoSuchFolder",        "velagnss decode $S -o missing/out",                4, "cannot be written"},
     {"ClosedPipe",          "velagnss decode $S | head -n 1 > one; exit ${PIPESTATUS[0]}", 0, kNone},
+    {"ClosedPipeEncode",    "velagnss decode $S > j; velagnss encode j | head -n 1 > one; exit ${PIPESTATUS[0]}", 0, kNone},
     {"ClosedFromTheStart",  "velagnss decode $S | true; exit ${PIPESTATUS[0]}", 0, kNone},
 };
 // clang-format on

@@ -289,6 +289,16 @@ TEST(StreamClock, CountsDaysByTheStepsAcrossMidnight) {
   EXPECT_EQ(before.UtcOfTimeOfDay(1).mjd, std::nullopt);
   ASSERT_TRUE(clock.FirstDate());
   EXPECT_EQ(clock.FirstDate()->m_week, 2314);
+  clock.AssumeFirstDay(1);
+  EXPECT_EQ(clock.UtcOfTimeOfDay(3).mjd, 60448);
+  velagnss::StreamClock ofLastDay;
+  ofLastDay.AssumeFirstDay(88433);
+  for (const double time : {86399, 1}) {
+    S_GGA_Data gga{};
+    gga.timeOfDay = time;
+    ofLastDay.Note(gga);
+    EXPECT_EQ(ofLastDay.UtcOfTimeOfDay(time).mjd.has_value(), time > 1);
+  }
 }
 
 }  // namespace

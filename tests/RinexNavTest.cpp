@@ -202,7 +202,7 @@ const S_HandCase kHandCases[] = {
     {"Once",                    SbasFrame() + SbasFrame(),                   kSbasText},
     {"InTimeOrder",             SbasFrame() + GlonassFrame() + KeplerFrame(95, 5), kGps + kGlonassText + kSbasText},
     {"GlonassNeedsNoSeed",      GlonassFrame(),                              kGlonassText, 0, "", ""},
-    {"GpsWeekUnknown",          KeplerFrame(95, 5),                          "", 1, "(result 22); give the time", ""},
+    {"GpsWeekUnknown",          KeplerFrame(95, 5),                          "", 1, "(result 22); give the date", ""},
     {"SbasWeekUnknown",         SbasFrame() + GlonassFrame(),                kGlonassText, 1, "(result 7); give", ""},
     {"UnknownButNotWanted",     SbasFrame() + GlonassFrame(),                kGlonassText, 0, "", "--system glonass"},
     {"GlonassSlot25",           GlonassFrame(25) + SbasFrame(),              kSbasText, 1, "ephemerides left out: 1; "},

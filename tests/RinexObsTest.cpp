@@ -134,6 +134,7 @@ const S_ObsCase kObsCases[] = {
     {"BiasAdded",               Date() + Glonass(0) + Biases(0), Epoch(k0, 1) + kR03Biased},
     {"Aligned",                 Date() + Glonass(0) + Biases(1), Epoch(k0, 1) + kR03},
     {"DateComesLater",          Gps(0) + Date() + Gps(1), Epoch(k0, 1) + kG05 + Epoch(k1, 1) + kG05},
+    {"DateComesLast",           Gps(0) + Date(), Epoch(k0, 1) + kG05},
     {"DateOfNextWeek",          Msm(1077, 604799000, {{}}) + Date(60449) + Msm(1077, 43200000, {{}}),
      "> 2024 05 18 23 59 59.0000000  0  1\n" + kG05 + "> 2024 05 19 12 00  0.0000000  0  1\n" + kG05Slip},
     {"DateFromSeed",            Gps(0), Epoch(k0, 1) + kG05, 0, "", "--seed 2314:345600"},

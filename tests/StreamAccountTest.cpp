@@ -35,6 +35,15 @@ TEST_ROWS(PositionReason, IsInTheTable, kReasons, row) {
   EXPECT_THAT(Host::AccountTable(AccountOf(row.stream), false), testing::HasSubstr(row.text));
 }
 
+// A checksum in lower case breaks a rule of the catalog.
+TEST(StreamAccount, HasARowForEachName) {
+  const std::string odd = "$GPHDT,8.0,T*3d\r\n";
+  const Host::C_StreamAccount account = AccountOf(odd + Sentence("GPHDT,8.0,T") + odd);
+  ASSERT_EQ(account.Messages().size(), 1);
+  EXPECT_EQ(account.Messages()[0].count, 3);
+  EXPECT_TRUE(account.Messages()[0].number);
+}
+
 // 7.3 - 7.1 is not 0.2 in binary.
 TEST(StreamAccount, DurationIsInWholeMilliseconds) {
   const auto at = [](const std::string& time) { return Sentence("GPGLL,4916.45,N,12311.12,W,0000" + time + ",A,A"); };

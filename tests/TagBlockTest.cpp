@@ -60,6 +60,8 @@ TEST_F(Program, DoesNotCountTagBlocksAsDamage) {
   Write("in", Tag("s:r1") + Sentence("GPHDT,1.5,T") + "noise" + Sentence("GPHDT,1.5,T"));
   const json stat = json::parse(Run("velagnss stat --json in").output);
   EXPECT_EQ(stat["bytes"]["damaged"], 5);
+  EXPECT_EQ(Run("velagnss decode --events in | grep -o '\"why\":.*\"'").output,
+            "\"why\":\"TAG blocks\"\n\"why\":\"noise\"\n");
 }
 
 }  // namespace

@@ -17,6 +17,23 @@ std::string Place(double latitude, double longitude, double height) {
                      NumberText(longitude * kDegreesPerRadian, 8), NumberText(height, 3));
 }
 
+struct S_FailureRow {
+  velagnss::PointResult result;
+  std::string_view text;
+};
+constexpr S_FailureRow kFailures[] = {
+    {velagnss::PointResult::TooFew, "too few satellites with range and ephemeris"},
+    {velagnss::PointResult::PoorGeometry, "poor geometry"},
+    {velagnss::PointResult::Contradictory, "contradictory ranges"},
+    {velagnss::PointResult::Diverged, "no solution found"},
+};
+
+void AppendFailures(std::string& table, const C_PointReport& report) {
+  for (const S_FailureRow& row : kFailures)
+    if (const std::uint64_t epochs = report.EpochsOf(row.result); epochs > 0)
+      Line(table, "  no position    {} epochs: {}", epochs, row.text);
+}
+
 void AppendErrors(std::string& table, const C_PointReport& report) {
   if (report.Station()) {
     const S_PointStation& station = *report.Station();
@@ -55,6 +72,7 @@ void AppendSatellites(std::string& table, const C_PointReport& report) {
 std::string PointTable(const C_PointReport& report, bool isLong) {
   std::string table;
   Line(table, "\n  positions      {} of {} epochs", report.EpochsOf(velagnss::PointResult::Ok), report.Epochs());
+  AppendFailures(table, report);
   if (report.OtherStations() > 0) Line(table, "  left out       {} epochs of other stations", report.OtherStations());
   if (const std::optional<S_PositionSummary> mean = report.Positions()) {
     Line(table, "  mean position  {}", Place(mean->latitude, mean->longitude, mean->height));

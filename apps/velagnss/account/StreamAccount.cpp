@@ -32,15 +32,31 @@ void C_StreamAccount::OnFrame(const S_FrameRecord& record) {
   m_observations.Note(record);
 }
 
-// A linear search: a stream carries some tens of message types at most.
 S_MessageCount& C_StreamAccount::CountOf(const velagnss::Frame& frame) {
   const S_MessageKey key = KeyOf(frame);
-  const auto found =
-      std::find_if(m_messages.begin(), m_messages.end(), [&](const S_MessageCount& entry) { return entry.key == key; });
-  if (found != m_messages.end()) return *found;
+  if (key.name.empty()) {
+    const auto found =
+        std::find_if(m_messages.begin(), m_messages.end(), [&](const auto& row) { return row.key == key; });
+    if (found != m_messages.end()) return *found;
+  }
   std::string name = key.name;
   if (name.empty()) name = velagnss::MessageName(frame.protocol, frame.message).Text();
-  return m_messages.emplace_back(S_MessageCount{key, std::move(name), velagnss::MessageNumber(frame)});
+  return RowOf({key, std::move(name), velagnss::MessageNumber(frame)});
+}
+
+// A linear search: a stream carries some tens of message types at most. A sentence that breaks a rule of the catalog
+// shares the row of those of the same name that keep it.
+S_MessageCount& C_StreamAccount::RowOf(const S_MessageCount& message) {
+  const auto found = std::find_if(m_messages.begin(), m_messages.end(), [&](const S_MessageCount& row) {
+    return row.key.protocol == message.key.protocol && row.name == message.name;
+  });
+  if (found == m_messages.end())
+    return m_messages.emplace_back(S_MessageCount{message.key, message.name, message.number});
+  if (!found->number && message.number) {
+    found->key = message.key;
+    found->number = message.number;
+  }
+  return *found;
 }
 
 // A failed checksum means a damaged frame; other rejections are mostly bytes that happen to look like a start.
@@ -86,10 +102,7 @@ void C_StreamAccount::AddCounts(const C_StreamAccount& other) {
                            &velagnss::StreamTotals::framesGood, &velagnss::StreamTotals::framesBad})
     m_atEnd.*count += other.m_atEnd.*count;
   for (const S_MessageCount& from : other.m_messages) {
-    const auto found = std::find_if(m_messages.begin(), m_messages.end(),
-                                    [&](const S_MessageCount& entry) { return entry.key == from.key; });
-    S_MessageCount& entry =
-        found != m_messages.end() ? *found : m_messages.emplace_back(S_MessageCount{from.key, from.name, from.number});
+    S_MessageCount& entry = RowOf(from);
     entry.count += from.count;
     entry.decoded += from.decoded;
     entry.faults += from.faults;

@@ -92,6 +92,7 @@ class C_StreamAccount : public C_RecordConsumer {
 
  private:
   S_MessageCount& CountOf(const velagnss::Frame& frame);
+  S_MessageCount& RowOf(const S_MessageCount& message);
   void SortMessages();
 
   std::string m_input;

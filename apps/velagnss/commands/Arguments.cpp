@@ -152,6 +152,11 @@ std::string FillFilter(const S_FilterArguments& arguments, const S_StreamArgumen
   return {};
 }
 
+void ReportIgnoredPeriod(const C_MessageFilter& filter) {
+  if (filter.HasIgnoredPeriod())
+    ReportWarning("no time came before the messages that --msg gives a period: all of them are in the output");
+}
+
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
   return {ParseSearchList(stream.search, stream.acknowledgements).value(),
           ParseSeed(stream.seed.empty() ? stream.date : stream.seed), !stream.listedOnly, stream.selection,

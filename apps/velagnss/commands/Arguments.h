@@ -69,6 +69,9 @@ void DeclareFilter(CLI::App& app, S_FilterArguments& arguments);
 // Returns an error text, empty when the lists are understood.
 std::string FillFilter(const S_FilterArguments& arguments, const S_StreamArguments& stream, C_MessageFilter& filter);
 
+// Warns when a period of `filter` had no effect.
+void ReportIgnoredPeriod(const C_MessageFilter& filter);
+
 // How the arguments, which have been checked, want streams to be read.
 S_RunOptions RunOptions(const S_StreamArguments& stream);
 

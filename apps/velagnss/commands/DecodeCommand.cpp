@@ -42,7 +42,7 @@ void C_DecodeCommand::Declare(CLI::App& app) {
   app.add_flag("--hex", m_lines.hex, "add the bytes of frames and events");
   app.add_flag("--events", m_lines.events, "add an object for each rejected start and each skipped range");
   app.add_flag("--epochs", m_lines.epochs, "add an object for each epoch: time, position, accuracy, satellites");
-  app.add_flag("--epochs-only", m_lines.epochsOnly, "write only these; -n counts them");
+  app.add_flag("--epochs-only", m_lines.epochsOnly, "write epochs instead of frames; -n counts them");
   app.add_flag("--strict", m_isStrict, "exit with 1 when anything in the inputs is damaged or skipped");
 }
 
@@ -67,11 +67,12 @@ int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
 eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& run) const {
   ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
                            lines.FramesWritten(), lines.DataErrors()));
-  if (lines.HasIgnoredPeriod())
-    ReportWarning("no time came before the messages that --msg gives a period: all of them are shown");
+  ReportIgnoredPeriod(lines.Filter());
   if (lines.FramesWritten() == 0) {
+    constexpr std::string_view kNoEpoch = "is a sentence that epochs are made of, such as GGA, RMC or GSV";
     if (run.FramesSelected() > 0)
-      ReportWarning(fmt::format("none of {} frames passed --proto and --msg", run.FramesSelected()));
+      ReportWarning(fmt::format("none of {} frames {}", run.FramesSelected(),
+                                m_lines.epochsOnly ? kNoEpoch : "passed --proto and --msg"));
     else if (run.FramesFound() == 0 && run.BytesRead() > 0)
       ReportNoFrame(InputsText(m_stream.input), run.BytesRead());
     return eExitData;

@@ -11,6 +11,7 @@
 #include "apps/velagnss/sinks/OutputRun.h"
 #include "apps/velagnss/sinks/SplitOutput.h"
 #include "apps/velagnss/text/FrameBytes.h"
+#include "apps/velagnss/text/Lists.h"
 #include "stream/Names.h"
 
 namespace Host {
@@ -46,6 +47,7 @@ void C_FrameExtractor::OnFrame(const S_FrameRecord& record) {
 
 eExitCode C_FrameExtractor::Judge() const {
   ReportDetail(fmt::format("{} of {} frames extracted", m_extracted, m_found));
+  ReportIgnoredPeriod(m_filter);
   if (m_extracted > 0) return eExitOk;
   if (m_found > 0) ReportWarning(fmt::format("none of {} frames passed --proto and --msg", m_found));
   return eExitData;
@@ -73,7 +75,7 @@ void C_ExtractCommand::Declare(CLI::App& app) {
   DeclareFilter(app, m_filter);
   app.add_option("--split-by", m_splitBy, "a file for each protocol: with -o out, out.nmea and out.rtcm3")
       ->option_text("WHAT")
-      ->check(CLI::IsMember({"protocol"}));
+      ->check(OneOf({"protocol"}));
 }
 
 int C_ExtractCommand::Run() {

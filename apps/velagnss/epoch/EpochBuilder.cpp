@@ -6,6 +6,7 @@
 
 #include "apps/velagnss/epoch/NmeaSatellites.h"
 #include "apps/velagnss/pipeline/RecordTime.h"
+#include "apps/velagnss/text/Units.h"
 
 namespace Host {
 namespace {
@@ -14,7 +15,6 @@ using velagnss::GstRecord;
 
 constexpr double kMaxLate = 10;  // s
 constexpr double kNear = 0.5;    // s
-constexpr double kSecondsPerDay = 86400;
 
 // More than any receiver sends, so that no stream takes memory without end.
 constexpr std::size_t kMaxSatellites = 512;

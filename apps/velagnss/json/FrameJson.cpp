@@ -98,7 +98,7 @@ void C_FrameJson::WriteSkipped(const velagnss::SkippedRange& range) {
   m_json.Key("event").String("skipped");
   m_json.Key("offset").Integer(range.offset);
   m_json.Key("length").Integer(range.length);
-  m_json.Key("why").String("bytes of no frame");
+  m_json.Key("why").String(IsTagOnly(range) ? "TAG blocks" : velagnss::ReasonText(range.reason));
   if (m_hex) m_json.Key("hex").Hex({range.data, range.size});
   End();
 }

@@ -35,7 +35,7 @@ class C_JsonLines : public C_RecordConsumer {
   // Frames whose contents are wrong, rejected starts and skipped ranges.
   std::uint64_t DataErrors() const { return m_dataErrors; }
 
-  bool HasIgnoredPeriod() const { return m_options.filter.HasIgnoredPeriod(); }
+  const C_MessageFilter& Filter() const { return m_options.filter; }
 
   bool NeedsRecords() const override {
     return !m_options.framesOnly || m_options.filter.UsesTime() || m_options.epochs;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <utility>
 
@@ -170,8 +171,14 @@ void C_ObsConverter::AddEpoch(const S_ObsEpoch& epoch) {
 
 void C_ObsConverter::LeaveOut(const std::string& reason) { m_leftOut.Add(m_where, reason); }
 
+// The first date may come after the last observation. A minute is more than the leap seconds, which `FirstDate` lacks,
+// and the seconds by which a message with a date may be late.
 void C_ObsConverter::EndInput(const S_InputEnd& end) {
+  constexpr std::int64_t kMargin = 60 * kMsPerSecond;
   m_assembler.EndInput();
+  std::optional<std::int64_t>& first = m_context.firstDated.back();
+  if (const std::optional<C_GnssTime>& date = end.clock.FirstDate(); date && !first)
+    first = date->m_week * kMsPerWeek + std::llround(date->m_secOfWeek * double{kMsPerSecond}) + kMargin;
   m_facts.EndInput(end);
 }
 

@@ -64,7 +64,7 @@ bool C_ObsSelection::Date(S_ObsEpoch& epoch) const {
 }
 
 std::string C_ObsSelection::Objection(S_ObsEpoch& epoch) const {
-  if (!Date(epoch)) return "the date is not known; give the time of the recording with --seed WEEK:SECONDS";
+  if (!Date(epoch)) return "the date is not known; give the date of the recording with --seed";
   if (!IsInCalendar(static_cast<double>(epoch.time) / double{kMsPerSecond})) return std::string(kNotInCalendar);
   if (m_last && epoch.time <= *m_last) return "not later than the epoch before";
   return {};

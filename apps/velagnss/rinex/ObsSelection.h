@@ -18,7 +18,7 @@ namespace Host {
 struct S_ObsContext {
   static constexpr std::size_t kSlots = 256;
 
-  std::vector<std::optional<std::int64_t>> firstDated;  // by input: time of its first epoch with a date, ms
+  std::vector<std::optional<std::int64_t>> firstDated;  // by input, ms: when its first date came
   std::array<signed char, kSlots> channels;             // of GLONASS, by slot
   std::optional<velagnss::Rtcm3GlonassBiases> biases;
 };

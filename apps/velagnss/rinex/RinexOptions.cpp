@@ -105,7 +105,7 @@ void DeclareObsOptions(CLI::App& app, S_RinexOptions& options) {
       ->group(group);
   app.add_option("--split", options.split, "with --auto-name: a file for each hour or day of GPS time")
       ->option_text("1h|1d")
-      ->check(CLI::IsMember({"1h", "1d"}))
+      ->check(OneOf({"1h", "1d"}))
       ->group(group);
   app.add_option("--interval", options.interval, "only epochs at multiples of so many seconds")
       ->option_text("SECONDS")
@@ -163,13 +163,13 @@ void DeclareRinexOptions(CLI::App& app, S_RinexOptions& options) {
                  "date in the header: the last one of the stream, or the current one,\n"
                  "which differs on every run (default: stream)")
       ->option_text("stream|now")
-      ->check(CLI::IsMember({"stream", "now"}))
+      ->check(OneOf({"stream", "now"}))
       ->group(group);
   app.add_flag("--gzip", options.isCompressed, "compress the output, as with a name after -o that ends with .gz")
       ->group(group);
   app.add_option("--rinex", options.version, fmt::format("version of the format (default: {})", kRinex3))
       ->option_text("3.05|4.00")
-      ->check(CLI::IsMember({std::string(kRinex3), std::string(kRinex4)}))
+      ->check(OneOf({std::string(kRinex3), std::string(kRinex4)}))
       ->group(std::string(kRinexNavGroup));
   DeclareObsOptions(app, options);
 }

@@ -25,7 +25,7 @@ class C_WritingJob : public C_StreamJob {
     m_job.BeginInput(name);
   }
   void Feed(const S_Chunk& chunk) override;
-  void EndInput() override { m_job.EndInput(); }
+  void EndInput() override;
   bool WantsMore() const override { return m_job.WantsMore() && !m_output.HasFailed(); }
   void BeforeWait() override {
     m_job.BeforeWait();
@@ -50,6 +50,11 @@ void C_WritingJob::Feed(const S_Chunk& chunk) {
     if (m_text.Text().size() >= kFlushSize) m_output.Flush(m_text);
     rest = rest.subspan(size);
   }
+}
+
+// An output that has failed ends an input early: its last line is not one that somebody cut off.
+void C_WritingJob::EndInput() {
+  if (!m_output.HasFailed()) m_job.EndInput();
 }
 
 bool IsProgressWanted(S_InputOptions::eProgress progress, const C_Output& output) {

@@ -1,5 +1,10 @@
 #include "apps/velagnss/text/Lists.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
 namespace Host {
 namespace {
 
@@ -19,6 +24,13 @@ std::vector<std::string_view> SplitList(std::string_view list) {
     if (comma == std::string_view::npos) return items;
     list.remove_prefix(comma + 1);
   }
+}
+
+std::function<std::string(const std::string&)> OneOf(std::vector<std::string> words) {
+  return [words = std::move(words)](const std::string& text) -> std::string {
+    if (std::find(words.begin(), words.end(), text) != words.end()) return {};
+    return fmt::format("must be {}, not '{}'", fmt::join(words, " or "), text);
+  };
 }
 
 }  // namespace Host

@@ -20,6 +20,9 @@ std::string JoinNames(const Rows& rows, NameOf nameOf, std::string_view separato
   return names;
 }
 
+// A check for an option's text: one of `words`. Its answer is what is wrong, or empty.
+std::function<std::string(const std::string&)> OneOf(std::vector<std::string> words);
+
 }  // namespace Host
 
 #endif  // VELAGNSS_APPS_LISTS_H
