@@ -4,6 +4,7 @@
 #define VELAGNSS_TESTS_RINEX_READER_H
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <map>
 #include <regex>
@@ -47,6 +48,14 @@ class RinexReader {
     field.resize(last - first + 1, ' ');
     return field;
   }
+  // The number after the blanks, with a decimal point in every locale; 0 where there is none.
+  static double NumberIn(const std::string& text) {
+    double number = 0;
+    const char* const begin = text.data() + std::min(text.find_first_not_of(' '), text.size());
+    std::from_chars(begin, text.data() + text.size(), number);
+    return number;
+  }
+
   static bool IsBlank(const std::string& text) { return text.find_first_not_of(' ') == std::string::npos; }
 
   void Split(const std::string& file) {
@@ -101,7 +110,7 @@ class RinexReader {
     Expect(label == "END OF HEADER", "no end of the header");
     const std::string first = Cut(m_lines[0], 1, 60);
     Expect(Fits(first, " {5}[34]\\.[0-9]{2} {11}[ON].{19}[GRECJISM].*"), "version line");
-    version = std::stod(first);
+    version = NumberIn(first);
     type = first[20];
     system = first[40];
     for (const char* once : {"LEAP SECONDS", "PGM / RUN BY / DATE"}) Expect(header[once].size() == 1, once);
@@ -182,7 +191,7 @@ class RinexReader {
       if (IsBlank(cell)) continue;
       Expect(Fits(cell, codes[i][0] == 'L' ? " *-?[0-9]+\\.[0-9]{3}[ 123][ 1-9]" : " *-?[0-9]+\\.[0-9]{3} [ 1-9]"),
              "cell " + cell);
-      Expect(std::stod(cell) != 0, "zero");
+      Expect(NumberIn(cell) != 0, "zero");
       m_seen.insert(satellite[0] + codes[i]);
     }
   }
