@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,8 @@ t_Bytes Repeated(std::string_view unit, std::size_t atLeast = kStreamBytes) {
 
 std::string Sample() {
   std::ifstream file(VELAGNSS_SAMPLE, std::ios::binary);
+  if (!file)
+    throw std::runtime_error("cannot read " VELAGNSS_SAMPLE);  // no number of repeats makes a stream of nothing
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

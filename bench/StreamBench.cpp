@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 
 #include "stream/RecordDecoder.h"
@@ -35,6 +36,8 @@ void ReadAll(FrameReader& reader, const std::string& stream, std::size_t piece, 
 
 std::string Sample() {
   std::ifstream file(VELAGNSS_SAMPLE, std::ios::binary);
+  if (!file)
+    throw std::runtime_error("cannot read " VELAGNSS_SAMPLE);  // no number of repeats makes a stream of nothing
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

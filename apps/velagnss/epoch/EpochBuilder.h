@@ -21,8 +21,8 @@ namespace Host {
 // Sentences before the first time of an input belong to its first epoch if the input begins with them. If it begins
 // within a sentence or a group of GSV, they are what is left of an epoch without a time.
 //
-// A sentence that is late by up to 10 s belongs to no epoch, as in tracks, and a ZDA of another time is none within
-// 0.5 s.
+// A sentence that is up to 10 s late belongs to no epoch, as in tracks. A ZDA within 0.5 s of the epoch does not begin
+// another one.
 class C_EpochBuilder {
  public:
   using t_Sink = std::function<void(const S_Epoch& epoch)>;

@@ -40,7 +40,7 @@ void C_JsonLines::OnRejection(const velagnss::RejectedStart& start) {
   if (m_options.events) m_rejections.Add(start);
 }
 
-// A run that consists of TAG blocks is no fault. Of a long run the end is not there.
+// A run of TAG blocks alone is not a fault. The end of a long run is not available, so its TAG blocks are not shown.
 void C_JsonLines::OnSkipped(const velagnss::SkippedRange& range) {
   const bool isWhole = range.size == range.length && range.data[range.size - 1] == '\\';
   m_skipped.assign(reinterpret_cast<const char*>(range.data), isWhole ? range.size : 0);

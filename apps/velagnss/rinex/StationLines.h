@@ -18,7 +18,7 @@ class C_StationLines {
   explicit C_StationLines(const S_RinexOptions& options);
 
   // Takes what a message of the station says. Each line that it changes is handed over; the first contents of a line
-  // are no change, they hold from the beginning.
+  // do not count as a change: they hold from the beginning.
   using t_OnChange = std::function<void(std::string_view label, std::string_view content)>;
   void Note(const velagnss::Record& record, const t_OnChange& onChange);
 
