@@ -11,6 +11,7 @@
 
 #include "apps/velagnss/account/AccountJson.h"
 #include "apps/velagnss/account/AccountTable.h"
+#include "apps/velagnss/account/PointReportTable.h"
 #include "apps/velagnss/json/JsonLines.h"
 #include "apps/velagnss/json/LineEncoder.h"
 #include "apps/velagnss/nmea/SentenceConverter.h"
@@ -35,8 +36,18 @@ struct S_Options {
   Host::S_RunOptions run;
   Host::S_JsonLinesOptions lines;
   bool dependsOnCut;
+  bool hasPositions;    // in stat
   unsigned int format;  // of convert
 };
+
+// A part of the stream: a window of times of day or with dates, and talkers.
+void TakeSelection(Fuzz::C_Input& input, Host::C_FrameSelection& selection) {
+  constexpr const char* kBounds[] = {"", "00:00:00", "12:00:00.5", "2014-03-11T00:00:00", "2026-03-01T23:59:60"};
+  const auto bound = [&] { return kBounds[input.Below(std::size(kBounds))]; };
+  const char* from = bound();
+  selection.SetWindow(from, bound());  // a pair that does not fit leaves nothing set
+  if (input.Below(2) == 0) selection.AddTalkers("GP,gn,P");
+}
 
 S_Options TakeOptions(Fuzz::C_Input& input) {
   S_Options options{};
@@ -48,12 +59,16 @@ S_Options TakeOptions(Fuzz::C_Input& input) {
     options.dependsOnCut = options.dependsOnCut || isAck;
   }
   if (input.Below(2) == 0) options.run.seed.emplace().Set(input.Value<std::uint16_t>(), 345600.0, ALGO::GNSS_GPS);
+  options.run.acceptsUnlisted = input.Below(8) != 0;
+  if (input.Below(4) == 0) options.run.firstDay = input.Value<std::uint16_t>();
+  if (input.Below(8) == 0) TakeSelection(input, options.run.selection);
   constexpr const char* kMessages[] = {"GGA", "GGA:10,RMC:1", "BIN95,1077", "HPR:0.5"};
   if (input.Below(4) == 0) options.lines.filter.AddMessages(kMessages[input.Below(std::size(kMessages))]);
   if (input.Below(8) == 0) options.lines.filter.AddProtocols("nmea,bin");
   options.lines.framesOnly = input.Below(8) == 0;
   options.lines.hex = input.Below(4) == 0;
   options.lines.events = options.lines.epochs = input.Below(2) == 0;
+  options.hasPositions = input.Below(2) == 0;
   options.format = input.Below(8);
   return options;
 }
@@ -102,11 +117,14 @@ std::string Convert(const S_Options& options, std::string_view stream, std::size
 
 std::string Report(const S_Options& options, std::string_view stream, std::size_t piece) {
   Host::C_StreamAccount account;
-  Host::C_RecordRun run(options.run, {&account});
+  Host::C_PointReport points;
+  Host::C_RecordRun run(options.run, {&account, &points});
   FeedAll(run, stream, piece);
-  if (!options.lines.hex) return Host::AccountTable(account, options.lines.events);
+  const bool isLong = options.lines.events;
+  if (!options.lines.hex)
+    return Host::AccountTable(account, isLong) + (options.hasPositions ? Host::PointTable(points, isLong) : "");
   Host::C_JsonWriter object;
-  Host::WriteAccount(object, account);
+  Host::WriteAccount(object, account, options.hasPositions ? &points : nullptr);
   return std::string(object.Text());
 }
 

@@ -9,8 +9,8 @@
 
 namespace {
 
-std::vector<S_Found> Read(const std::string& stream, std::size_t piece) {
-  CarefulHost host;
+std::vector<S_Found> Read(const std::string& stream, std::size_t piece, bool acceptsUnlisted) {
+  CarefulHost host(acceptsUnlisted);
   host.Feed(stream, piece);
   host.Finish();
   Fuzz::Require(host.isInOrder, "no overflow, no error, and each byte and frame counted");
@@ -44,10 +44,11 @@ void RequireOrder(const std::string& stream, const std::vector<S_Found>& found) 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Fuzz::C_Input input(data, size);
   const std::size_t piece = 1 + input.Below(input.Below(2) == 0 ? 32 : 3000);
+  const bool acceptsUnlisted = input.Below(2) == 0;
   const Fuzz::S_Stream stream = Fuzz::MakeStream(input);
-  const std::vector<S_Found> found = Read(stream.bytes, 4000);
+  const std::vector<S_Found> found = Read(stream.bytes, 4000, acceptsUnlisted);
   RequirePlanted(stream, found);
   RequireOrder(stream.bytes, found);
-  Fuzz::Require(Read(stream.bytes, piece) == found, "the same frames come however the stream is cut");
+  Fuzz::Require(Read(stream.bytes, piece, acceptsUnlisted) == found, "the same frames come however the stream is cut");
   return 0;
 }

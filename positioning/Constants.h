@@ -1,11 +1,13 @@
-// Constants of the satellite systems, each as its own interface document prints it.
+// Constants of the satellite systems, each as its own interface document prints it, and what is plausible.
 //
 // Internal.
 #ifndef VELAGNSS_POSITIONING_CONSTANTS_H
 #define VELAGNSS_POSITIONING_CONSTANTS_H
 
+#include <cmath>
+
 #include "geo/GnssEnums.h"
-#include "rtcm3/Rtcm3Records.h"
+#include "positioning/SatelliteOrbit.h"
 
 namespace velagnss::positioning {
 
@@ -22,6 +24,16 @@ inline constexpr double kBeidouBehind = 14;
 // No navigation satellite in use has an orbit radius outside these limits, but test patterns in ephemerides do.
 inline constexpr double kLeastRadius = 20e6;     // m
 inline constexpr double kGreatestRadius = 50e6;  // m
+
+// Whether a computed state is one of a navigation satellite: values that are complete, and each for itself possible,
+// can still lead far away.
+inline bool IsPlausible(const SatelliteState& state) {
+  constexpr double kGreatestSpeed = 10e3;  // m/s, relative to the Earth; in use up to 4 km/s
+  constexpr double kGreatestOffset = 1;    // s; broadcast are up to 31 ms
+  const double radius = state.position.Norm();
+  return radius > kLeastRadius && radius < kGreatestRadius && state.velocity.Norm() < kGreatestSpeed &&
+         std::fabs(state.clockOffset) < kGreatestOffset && std::fabs(state.clockDrift) < kGreatestOffset;
+}
 
 }  // namespace velagnss::positioning
 

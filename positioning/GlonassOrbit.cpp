@@ -108,7 +108,7 @@ OrbitResult StateAt(const S_IFPvaEphRec& ephemeris, const C_GnssTime& time, unsi
   // GLONASS sends system time - satellite time (GLONASS ICD, 4.4), SBAS the opposite (RTCA DO-229, A.4.4.11).
   state.clockOffset = (isGlonass ? -ephemeris.TauN : ephemeris.TauN) + ephemeris.GammaN * t;
   state.clockDrift = ephemeris.GammaN;
-  return OrbitResult::Ok;
+  return IsPlausible(state) ? OrbitResult::Ok : OrbitResult::Implausible;
 }
 
 }  // namespace velagnss

@@ -202,7 +202,7 @@ OrbitResult StateAt(const S_IFKeplerEphRec& ephemeris, const C_GnssTime& time, S
   const Plane plane = PlaneAt(ephemeris, *row, tk);
   SetOrbit(ephemeris, *row, tk, plane, state);
   SetClock(ephemeris, *row, tk, plane.anomaly, state);
-  return OrbitResult::Ok;
+  return IsPlausible(state) ? OrbitResult::Ok : OrbitResult::Implausible;
 }
 
 double GroupDelay(const Rtcm3KeplerEphemeris& ephemeris, char band, double frequency) {

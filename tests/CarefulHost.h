@@ -25,8 +25,9 @@ struct S_Found {
 
 class CarefulHost {
  public:
-  CarefulHost() {
+  explicit CarefulHost(bool acceptsUnlisted = false) {
     m_recognizer.SetPatientSearch(true);
+    m_recognizer.SetAcceptUnlisted(acceptsUnlisted);
     m_recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
   }
 

@@ -185,6 +185,8 @@ const RefusedCase kRefused[] = {
     {"Parabola", [](auto& e) { e.Ecc = 1; }, 0, OrbitResult::Implausible},
     {"NoClock", [](auto& e) { e.Af0 = NA_DOUBLE; }, 0, OrbitResult::Implausible},
     {"NotFinite", [](auto& e) { e.M0 = std::nan(""); }, 0, OrbitResult::Implausible},
+    {"FarAwayByItsCorrections", [](auto& e) { e.Crs = -3e7; }, 0, OrbitResult::Implausible},
+    {"ClockOfMinutes", [](auto& e) { e.Af0 = 100; }, 0, OrbitResult::Implausible},
     {"Glonass", [](auto& e) { e.System = ALGO::GNSS_GLONASS; }, 0, OrbitResult::Implausible},
 };
 TEST_ROWS(KeplerLimits, IsRefused, kRefused, row) {
@@ -198,6 +200,8 @@ TEST(GlonassOrbit, IsRefused) {
   SatelliteState state;
   S_IFPvaEphRec e = Glonass(3);
   EXPECT_EQ(StateAt(e, After(1801), kLeap, state), OrbitResult::Outdated);
+  e.VelX = 3e4;  // in half an hour it is beyond all satellites
+  EXPECT_EQ(StateAt(e, After(1800), kLeap, state), OrbitResult::Implausible);
   e.PosX = NA_DOUBLE;
   EXPECT_EQ(StateAt(e, After(0), kLeap, state), OrbitResult::Implausible);
 }
