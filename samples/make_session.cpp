@@ -117,6 +117,8 @@ constexpr S_Row kSchedule[] = {
     {eRtcmGroup, 4, 1, &Set<MakeMsmSet>},
     {eRtcmGroup, 7, 3, &One<MakeGpsEphemeris>},
     {eRtcmGroup, 9, 5, &One<MakeGlonassEphemeris>},
+    {eRtcmGroup, 20, 11, &One<MakeGalileoEphemeris>},
+    {eRtcmGroup, 12, 8, &One<MakeBeidouEphemeris>},
     {eRtcmGroup, 15, 6, &One<MakeCodePhaseBias>},
     {eRtcmGroup, 20, 7, &One<MakeProprietaryRtcm>},
 };
