@@ -10,6 +10,8 @@ constexpr double kSemicircle = 0x1p-31 * kPi;      // rad, of angles
 constexpr double kSemicircleRate = 0x1p-43 * kPi;  // rad/s
 constexpr int kHalfWeek = 302400;
 
+double Scaled(std::int64_t number, double unit) { return static_cast<double>(number) * unit; }
+
 // E - e sin E = M. Each round gains at least the digits of one more power of the eccentricity.
 S_Turn EccentricAnomaly(double meanAnomaly, double eccentricity) {
   S_Turn turn = TurnOf(meanAnomaly);
@@ -17,34 +19,51 @@ S_Turn EccentricAnomaly(double meanAnomaly, double eccentricity) {
   return turn;
 }
 
-// IS-GPS-200, 20.3.3.4.3; Galileo and BeiDou have the same algorithm with constants of their own.
-S_State KeplerState(const S_KeplerNumbers& numbers, const S_SystemScales& scales, double time) {
-  const auto toe = static_cast<double>(numbers.toe * scales.timeStep);
-  const double age = time - scales.behindGps - (toe > kHalfWeek ? toe - 2 * kHalfWeek : toe);
-  const double root = static_cast<double>(numbers.sqrtA) * 0x1p-19;
-  const double eccentricity = static_cast<double>(numbers.eccentricity) * 0x1p-33;
-  const double motion =
-      std::sqrt(scales.gravity) / (root * root * root) + static_cast<double>(numbers.deltaN) * kSemicircleRate;
-  const S_Turn anomaly = EccentricAnomaly(static_cast<double>(numbers.m0) * kSemicircle + motion * age, eccentricity);
-  const double share = 1 - eccentricity * anomaly.cosine;
+// A satellite in its orbit at `age` seconds from the reference time `toe`. The algorithm is that of IS-GPS-200,
+// 20.3.3.4.3; Galileo and BeiDou have the same one with constants of their own.
+struct S_InOrbit {
+  const S_KeplerNumbers& numbers;
+  const S_SystemScales& scales;
+  double toe;
+  double age;
+  double root;  // of the semi-major axis, sqrt(m)
+  double eccentricity;
+  S_Turn anomaly;  // eccentric
+};
 
-  const S_Turn fromPerigee{(anomaly.cosine - eccentricity) / share,
-                           std::sqrt(1 - eccentricity * eccentricity) * anomaly.sine / share};
-  const S_Turn uncorrected = fromPerigee * TurnOf(static_cast<double>(numbers.omega) * kSemicircle);
+S_InOrbit InOrbit(const S_KeplerNumbers& numbers, const S_SystemScales& scales, double time) {
+  const double toe = Scaled(numbers.toe, scales.timeStep);
+  const double age = time - scales.behindGps - (toe > kHalfWeek ? toe - 2 * kHalfWeek : toe);
+  const double root = Scaled(numbers.sqrtA, 0x1p-19);
+  const double eccentricity = Scaled(numbers.eccentricity, 0x1p-33);
+  const double motion = std::sqrt(scales.gravity) / (root * root * root) + Scaled(numbers.deltaN, kSemicircleRate);
+  const S_Turn anomaly = EccentricAnomaly(Scaled(numbers.m0, kSemicircle) + motion * age, eccentricity);
+  return {numbers, scales, toe, age, root, eccentricity, anomaly};
+}
+
+S_Vector KeplerPosition(const S_InOrbit& at) {
+  const S_KeplerNumbers& n = at.numbers;
+  const double share = 1 - at.eccentricity * at.anomaly.cosine;
+  const S_Turn fromPerigee{(at.anomaly.cosine - at.eccentricity) / share,
+                           std::sqrt(1 - at.eccentricity * at.eccentricity) * at.anomaly.sine / share};
+  const S_Turn uncorrected = fromPerigee * TurnOf(Scaled(n.omega, kSemicircle));
   const S_Turn twice = uncorrected * uncorrected;
-  const auto wave = [&twice](std::int64_t ofSine, std::int64_t ofCosine) {
-    return static_cast<double>(ofSine) * twice.sine + static_cast<double>(ofCosine) * twice.cosine;
+  const auto wave = [&twice](std::int64_t ofSine, std::int64_t ofCosine, double unit) {
+    return Scaled(ofSine, unit) * twice.sine + Scaled(ofCosine, unit) * twice.cosine;
   };
-  const S_Turn latitude = uncorrected * TurnOf(wave(numbers.cus, numbers.cuc) * 0x1p-29);
-  const double radius = root * root * share + wave(numbers.crs, numbers.crc) * 0x1p-5;
+  const S_Turn latitude = uncorrected * TurnOf(wave(n.cus, n.cuc, 0x1p-29));
+  const double radius = at.root * at.root * share + wave(n.crs, n.crc, 0x1p-5);
   const S_Turn inclination =
-      TurnOf(static_cast<double>(numbers.i0) * kSemicircle + static_cast<double>(numbers.iDot) * kSemicircleRate * age +
-             wave(numbers.cis, numbers.cic) * 0x1p-29);
-  const S_Turn node = TurnOf(static_cast<double>(numbers.omega0) * kSemicircle - scales.turnRate * toe +
-                             (static_cast<double>(numbers.omegaDot) * kSemicircleRate - scales.turnRate) * age);
-  const double relativity = -2 * std::sqrt(scales.gravity) / (kLight * kLight) * eccentricity * root * anomaly.sine;
-  return {FromPlane(radius * latitude.cosine, radius * latitude.sine, inclination, node),
-          static_cast<double>(numbers.af0) * 0x1p-31 + static_cast<double>(numbers.af1) * 0x1p-43 * age + relativity};
+      TurnOf(Scaled(n.i0, kSemicircle) + Scaled(n.iDot, kSemicircleRate) * at.age + wave(n.cis, n.cic, 0x1p-29));
+  const S_Turn node = TurnOf(Scaled(n.omega0, kSemicircle) - at.scales.turnRate * at.toe +
+                             (Scaled(n.omegaDot, kSemicircleRate) - at.scales.turnRate) * at.age);
+  return FromPlane(radius * latitude.cosine, radius * latitude.sine, inclination, node);
+}
+
+// With the effect of relativity; both reference times are the same.
+double KeplerClock(const S_InOrbit& at) {
+  const double relativity = -2 * std::sqrt(at.scales.gravity) / (kLight * kLight) * at.eccentricity * at.root;
+  return Scaled(at.numbers.af0, 0x1p-31) + Scaled(at.numbers.af1, 0x1p-43) * at.age + relativity * at.anomaly.sine;
 }
 
 struct S_Motion {
@@ -73,7 +92,7 @@ S_Motion Moved(const S_Motion& from, double seconds, const S_Motion& rate) {
   return {from.position + seconds * rate.position, from.velocity + seconds * rate.velocity};
 }
 
-// One step of Runge and Kutta. The session is within three minutes of the reference time: the error is below 1 mm.
+// Runge and Kutta's method. The session is within three minutes of the reference time: the error is below 1 mm.
 S_Motion Integrated(const S_Motion& start, const S_Vector& sunAndMoon, double seconds) {
   constexpr int kSteps = 4;
   const double step = seconds / kSteps;
@@ -90,8 +109,7 @@ S_Motion Integrated(const S_Motion& start, const S_Vector& sunAndMoon, double se
 }
 
 S_Vector Scaled(const std::int64_t (&numbers)[3], double unit) {
-  return {static_cast<double>(numbers[0]) * unit, static_cast<double>(numbers[1]) * unit,
-          static_cast<double>(numbers[2]) * unit};
+  return {Scaled(numbers[0], unit), Scaled(numbers[1], unit), Scaled(numbers[2], unit)};
 }
 
 S_State GlonassState(const S_GlonassNumbers& numbers, double time) {
@@ -99,7 +117,7 @@ S_State GlonassState(const S_GlonassNumbers& numbers, double time) {
   const S_Motion start{Scaled(numbers.position, kGlonassPosition), Scaled(numbers.velocity, kGlonassVelocity)};
   const S_Vector sunAndMoon = Scaled(numbers.acceleration, kGlonassAcceleration);
   return {Integrated(start, sunAndMoon, age).position,
-          static_cast<double>(numbers.gammaN) * 0x1p-40 * age - static_cast<double>(numbers.tauN) * 0x1p-30};
+          Scaled(numbers.gammaN, 0x1p-40) * age - Scaled(numbers.tauN, 0x1p-30)};
 }
 
 }  // namespace
@@ -126,5 +144,7 @@ double TimeOf(const S_Moment& now) { return (now.gpsWeek - kStartWeek - 1) * 2.0
 S_State StateOf(const S_Satellite& satellite, double time) {
   const S_Moment start = MomentAt(0);  // ephemerides are the same throughout the session
   if (satellite.system == eGlonass) return GlonassState(GlonassNumbersOf(satellite, start), time);
-  return KeplerState(KeplerNumbersOf(satellite, start), ScalesOf(satellite.system), time);
+  const S_KeplerNumbers numbers = KeplerNumbersOf(satellite, start);
+  const S_InOrbit at = InOrbit(numbers, ScalesOf(satellite.system), time);
+  return {KeplerPosition(at), KeplerClock(at)};
 }

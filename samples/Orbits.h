@@ -1,7 +1,8 @@
 // Where the satellites of the session are.
 //
-// Like the packing, computed without the library, so that a fault there has no twin here. Sines, cosines and square
-// roots are the only functions, and the sines are summed here: every machine computes the same bits.
+// Computed without the library, like the packing, so that a fault there has no twin here. Apart from square roots,
+// which IEEE 754 defines to the last bit, the only functions are sine and cosine, and those are here: every machine
+// computes the same bits.
 #ifndef VELAGNSS_SAMPLES_ORBITS_H
 #define VELAGNSS_SAMPLES_ORBITS_H
 
