@@ -3,7 +3,7 @@
 //
 //   make_session SESSION.bin MANIFEST.json
 //
-// The same bytes come out on every machine: whole numbers only, no clock, no locale.
+// The same bytes come out on every machine: no clock, no locale, and real numbers only where orbits need them.
 
 #include <cstdio>
 #include <cstdlib>
