@@ -62,6 +62,14 @@ void MakeGeosynchronous(S_KeplerNumbers& numbers) {
   numbers.fitFlag = 1;
 }
 
+void SetWeek(S_KeplerNumbers& numbers, const S_SystemScales& scales, const S_Moment& now) {
+  constexpr int kSubframesPerWeek = 604800 / 6;
+  const std::int64_t second = std::int64_t{now.gpsWeek - scales.firstWeek} * 604800 + now.gpsSecond - scales.behindGps;
+  const std::int64_t nextSubframe = second / 6 + 1;  // the count of a subframe is the time at which the next one begins
+  numbers.sixSecondCount = nextSubframe % kSubframesPerWeek;
+  numbers.week = nextSubframe / kSubframesPerWeek % scales.weekPeriod;
+}
+
 // Position and velocity on a circle of 25508.2 km with an inclination of 64.8 degrees.
 void PutOnCircle(S_GlonassNumbers& numbers, const S_Satellite& satellite) {
   constexpr double kRadius = 25508200;  // m
@@ -181,14 +189,9 @@ S_KeplerNumbers KeplerNumbersOf(const S_Satellite& satellite, const S_Moment& no
   if (satellite.system == eQzss) MakeGeosynchronous(numbers);
   if (satellite.use == eUnhealthy) numbers.health = 0x3F;
 
-  constexpr int kSubframesPerWeek = 604800 / 6;
-  const S_SystemScales& scales = ScalesOf(satellite.system);
-  const std::int64_t second = std::int64_t{now.gpsWeek - scales.firstWeek} * 604800 + now.gpsSecond - scales.behindGps;
-  const std::int64_t nextSubframe = second / 6 + 1;  // the count of a subframe is the time at which the next one begins
-  numbers.sixSecondCount = nextSubframe % kSubframesPerWeek;
-  numbers.week = nextSubframe / kSubframesPerWeek % scales.weekPeriod;
+  SetWeek(numbers, ScalesOf(satellite.system), now);
   // The week's start, or an hour before its end.
-  numbers.toe = satellite.number % 2 != 0 ? 0 : 601200 / scales.timeStep;
+  numbers.toe = satellite.number % 2 != 0 ? 0 : 601200 / ScalesOf(satellite.system).timeStep;
   numbers.toc = numbers.toe;
   return numbers;
 }

@@ -135,8 +135,7 @@ S_Turn TurnOf(double radians) {
 }
 
 S_Vector FromPlane(double x, double y, const S_Turn& inclination, const S_Turn& node) {
-  const double flat = y * inclination.cosine;
-  return {x * node.cosine - flat * node.sine, x * node.sine + flat * node.cosine, y * inclination.sine};
+  return Turned({x, y * inclination.cosine, y * inclination.sine}, node);
 }
 
 double TimeOf(const S_Moment& now) { return (now.gpsWeek - kStartWeek - 1) * 2.0 * kHalfWeek + now.gpsSecond; }

@@ -1,8 +1,7 @@
 // Where the satellites of the session are.
 //
-// Computed without the library, like the packing, so that a fault there has no twin here. Apart from square roots,
-// which IEEE 754 defines to the last bit, the only functions are sine and cosine, and those are here: every machine
-// computes the same bits.
+// Computed without the library, like the packing, so that a fault there has no twin here. Square roots and remainders
+// are exact to the last bit by IEEE 754, sines and cosines are computed here: every machine gets the same bits.
 #ifndef VELAGNSS_SAMPLES_ORBITS_H
 #define VELAGNSS_SAMPLES_ORBITS_H
 
@@ -34,6 +33,11 @@ struct S_Vector {
 inline S_Vector operator+(const S_Vector& a, const S_Vector& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
 inline S_Vector operator*(double factor, const S_Vector& v) { return {factor * v.x, factor * v.y, factor * v.z}; }
 inline double Product(const S_Vector& a, const S_Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+
+// About the axis of the Earth, eastwards.
+inline S_Vector Turned(const S_Vector& v, const S_Turn& turn) {
+  return {v.x * turn.cosine - v.y * turn.sine, v.x * turn.sine + v.y * turn.cosine, v.z};
+}
 
 // From an orbital plane into the frame of the Earth.
 S_Vector FromPlane(double x, double y, const S_Turn& inclination, const S_Turn& node);

@@ -39,9 +39,9 @@ constexpr S_Satellite kSatellites[] = {
     {eBeidou,   26, eUsed,          1,  -81,  0},
     {eBeidou,   33, eUsed,        -99,  121,  0},
     {eBeidou,   35, eUsed,         37,   54,  0},
-    {eQzss,    194, eUsed,        120,  -50,  0},
-    {eQzss,    195, eUsed,         -7,   85,  0},
-    {eQzss,    199, eUsed,       -115, -160,  0},
+    {eQzss,    194, eUsed,         85,   57,  0},
+    {eQzss,    195, eUsed,        -46,  125,  0},
+    {eQzss,    199, eUsed,        161,  -29,  0},
 };
 // clang-format on
 

@@ -26,6 +26,8 @@ constexpr S_Signal kSignals[][2] = {
 };
 // clang-format on
 
+constexpr double kMillisecond = 1000 / kLight;  // 1 m as the time of light, ms
+
 double Square(double value) { return value * value; }
 
 double FrequencyOf(const S_Satellite& satellite, int index) {
@@ -46,16 +48,23 @@ double Ionosphere(const S_Sight& sight, double frequency) {
 }
 
 // Delay in the satellite, s. Clocks are those of the combination of both signals that is free of the ionosphere, so
-// this must grow as the ionosphere does; those of BeiDou are of B3I.
+// that this delay grows with the wavelength as that of the ionosphere does. Those of BeiDou are of B3I.
 double GroupDelay(const S_Satellite& satellite, int index) {
+  const S_Moment start = MomentAt(0);
   const double ratio = Square(FrequencyOf(satellite, 0) / FrequencyOf(satellite, index));
-  if (satellite.system == eGlonass) {
-    const auto difference = static_cast<double>(GlonassNumbersOf(satellite, MomentAt(0)).deltaTauN);
-    return difference * 0x1p-30 / (Square(9.0 / 7) - 1) * ratio;
-  }
   if (satellite.system == eBeidou && index == 1) return 0;
-  const auto delay = static_cast<double>(KeplerNumbersOf(satellite, MomentAt(0)).tgd);
-  return delay * ScalesOf(satellite.system).groupDelay * ratio;
+  if (satellite.system != eGlonass)
+    return ratio * ScalesOf(satellite.system).groupDelay * static_cast<double>(KeplerNumbersOf(satellite, start).tgd);
+  const auto difference = static_cast<double>(GlonassNumbersOf(satellite, start).deltaTauN);  // between both signals
+  return ratio * difference * 0x1p-30 / (Square(9.0 / 7) - 1);
+}
+
+// East, north and up at the station.
+S_Vector LocalFrame(const S_Vector& v) {
+  const S_Turn latitude = TurnOf(kLatitude * kPi / 180);
+  const S_Vector fromMeridian = Turned(v, TurnOf(-kLongitude * kPi / 180));
+  return {fromMeridian.y, fromMeridian.z * latitude.cosine - fromMeridian.x * latitude.sine,
+          fromMeridian.x * latitude.cosine + fromMeridian.z * latitude.sine};
 }
 
 double ClockOf(eSystem system, double time) { return kClock + kClockDrift * time + kSystemDelays[system]; }
@@ -78,26 +87,14 @@ int AmbiguityOf(const S_Satellite& satellite, int index) { return (37 * satellit
 const S_Signal (&SignalsOf(eSystem system))[2] { return kSignals[system]; }
 
 S_Sight SightOf(const S_Satellite& satellite, double time) {
-  const S_Turn latitude = TurnOf(kLatitude * kPi / 180);
-  const S_Turn longitude = TurnOf(kLongitude * kPi / 180);
-  S_Sight sight{};
   double flight = 0.07;
-  for (int round = 0; round < 6; ++round) {  // the satellite moves by 4 km/s: each round gains five digits
-    const auto [sent, clock] = StateOf(satellite, time - flight);
-    const S_Turn turned = TurnOf(-kTurnRate * flight);
-    const S_Vector position{sent.x * turned.cosine - sent.y * turned.sine,
-                            sent.x * turned.sine + sent.y * turned.cosine, sent.z};
-    const S_Vector line = position + -1 * kStation;
-    sight.distance = std::sqrt(Product(line, line));
-    sight.clock = clock;
-    const double outward = line.x * longitude.cosine + line.y * longitude.sine;
-    sight.heading = 1 / sight.distance *
-                    S_Vector{line.y * longitude.cosine - line.x * longitude.sine,
-                             line.z * latitude.cosine - outward * latitude.sine,
-                             outward * latitude.cosine + line.z * latitude.sine};
-    flight = sight.distance / kLight;
+  for (int round = 0;; ++round) {  // the satellite moves by 4 km/s: each round gains five digits
+    const S_State sent = StateOf(satellite, time - flight);
+    const S_Vector line = Turned(sent.position, TurnOf(-kTurnRate * flight)) + -1 * kStation;
+    const double distance = std::sqrt(Product(line, line));
+    if (round == 5) return {distance, sent.clock, LocalFrame(1 / distance * line)};
+    flight = distance / kLight;
   }
-  return sight;
 }
 
 // Arcs come from the C library: in whole degrees the last bit of its result does not show.
@@ -110,7 +107,6 @@ int AzimuthOf(const S_Sight& sight) {
 double StrengthOf(const S_Sight& sight) { return 31 + 19 * sight.heading.z; }
 
 S_Measurement Measure(const S_Satellite& satellite, int index, double time, C_Random& random) {
-  const double toMilliseconds = 1000 / kLight;
   const double frequency = FrequencyOf(satellite, index);
   const S_Sight sight = SightOfReception(satellite, time);
   const double path = PathOf(satellite, time);
@@ -120,8 +116,8 @@ S_Measurement Measure(const S_Satellite& satellite, int index, double time, C_Ra
   const double rate = PathOf(satellite, time + 0.5) - PathOf(satellite, time - 0.5);
 
   S_Measurement measured{};
-  measured.range = std::llround(range * toMilliseconds * 0x1p29) + random.Between(-600, 600);
-  measured.phase = std::llround(phase * toMilliseconds * 0x1p31) + random.Between(-14, 14);
+  measured.range = std::llround(range * kMillisecond * 0x1p29) + random.Between(-600, 600);
+  measured.phase = std::llround(phase * kMillisecond * 0x1p31) + random.Between(-14, 14);
   measured.rate = std::llround(rate * 1e4) + random.Between(-200, 200);
   measured.strength = std::llround(StrengthOf(sight) * 16) - 40 * index + random.Between(-8, 8);
   return measured;
