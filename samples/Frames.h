@@ -34,6 +34,8 @@ std::vector<S_Frame> MakeGsaSetOfNmea2(S_Context& context);
 // --- RTCM 3 (RtcmFrames.cpp) ----------------------------------------------------------------------------------------
 
 constexpr int kStationId = 42;
+constexpr int kMsmPeriod = 4;  // s
+constexpr int kMsmPhase = 1;   // s, first epoch
 
 S_Frame RtcmFrame(std::string_view payload);  // the message number is read from the payload
 S_Frame MakeStation(S_Context& context);      // 1005 and 1006 in turn

@@ -95,6 +95,12 @@ std::string UsedCount(std::initializer_list<eSystem> systems) {
   return Fixed(static_cast<std::int64_t>(count), 0, 2);
 }
 
+// Age of the station's last observations, which come after the sentences of their second; number of the station.
+std::string CorrectionFields(const S_Moment& now) {
+  const int age = (now.second - kMsmPhase - 1 + kMsmPeriod) % kMsmPeriod + 1;
+  return Fixed(age) + ".0," + Fixed(kStationId, 0, 4);
+}
+
 std::string UsedCount() { return UsedCount({eGps, eGlonass, eGalileo, eBeidou}); }
 
 std::string GsaBody(const char* talker, const S_SystemView& view) {
@@ -121,7 +127,7 @@ S_Frame Sentence(const std::string& body) {
 S_Frame MakeGga(S_Context& context) {
   const S_Moment& now = context.now;
   S_Frame frame = Sentence("GNGGA," + TimeField(now) + ',' + PositionFields(now) + ",4," + UsedCount() + ",0.6," +
-                           Fixed(now.altitude, 3) + ",M,45.412,M,1.0,0042");
+                           Fixed(now.altitude, 3) + ",M,45.412,M," + CorrectionFields(now));
   frame.facts = "\"secondOfDay\": " + std::to_string(now.secondOfDay) +
                 ", \"latitude\": " + std::to_string(now.latitude) +
                 ", \"longitude\": " + std::to_string(now.longitude) + ", \"altitude\": " + std::to_string(now.altitude);
@@ -157,7 +163,7 @@ S_Frame MakeGns(S_Context& context) {
   const bool fourSystems = context.round % 2 == 0;
   return Sentence((fourSystems ? "GNGNS," : "GAGNS,") + TimeField(now) + ',' + PositionFields(now) +
                   (fourSystems ? ",RRAAN," + UsedCount() + ",0.6," : ",NNF," + UsedCount({eGalileo}) + ",1.1,") +
-                  Fixed(now.altitude, 3) + ",45.412,1.0,0042" + (fourSystems ? ",S" : ""));
+                  Fixed(now.altitude, 3) + ",45.412," + CorrectionFields(now) + (fourSystems ? ",S" : ""));
 }
 
 S_Frame MakeGll(S_Context& context) {

@@ -114,7 +114,7 @@ constexpr S_Row kSchedule[] = {
     {eBlockGroup, 25, 6, &SendAcknowledgement},
 
     {eRtcmGroup, 10, 0, &One<MakeStation>},
-    {eRtcmGroup, 4, 1, &Set<MakeMsmSet>},
+    {eRtcmGroup, kMsmPeriod, kMsmPhase, &Set<MakeMsmSet>},
     {eRtcmGroup, 7, 3, &One<MakeGpsEphemeris>},
     {eRtcmGroup, 9, 5, &One<MakeGlonassEphemeris>},
     {eRtcmGroup, 20, 11, &One<MakeGalileoEphemeris>},
