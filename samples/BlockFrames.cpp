@@ -129,8 +129,8 @@ std::string Subframe(int number, const S_KeplerNumbers& numbers) {
   return words;
 }
 
-S_Frame KeplerBlock(unsigned int id, int satellite, S_Context& context) {
-  const S_KeplerNumbers numbers = KeplerNumbersOf(satellite, context.now);
+S_Frame KeplerBlock(unsigned int id, eSystem system, S_Context& context) {
+  const S_KeplerNumbers numbers = KeplerNumbersOf(SatelliteOfRound(system, context.round), context.now);
   std::string data = Little16(numbers.satellite) + context.random.Bytes(6);
   for (int number = 1; number <= 3; ++number) data += Subframe(number, numbers);
   S_Frame frame = BlockFrame(id, data);
@@ -242,16 +242,12 @@ S_Frame BlockFrame(unsigned int id, std::string_view data) {
   return {eBlock, id, std::to_string(id), bytes, "\r\n", ""};
 }
 
-S_Frame MakeGpsBlock(S_Context& context) {
-  return KeplerBlock(95, kGpsSatellites[context.round % std::size(kGpsSatellites)], context);
-}
+S_Frame MakeGpsBlock(S_Context& context) { return KeplerBlock(95, eGps, context); }
 
-S_Frame MakeQzssBlock(S_Context& context) {
-  return KeplerBlock(25, kQzssSatellites[context.round % std::size(kQzssSatellites)], context);
-}
+S_Frame MakeQzssBlock(S_Context& context) { return KeplerBlock(25, eQzss, context); }
 
 S_Frame MakeGlonassBlock(S_Context& context) {
-  const S_GlonassNumbers numbers = GlonassNumbersOf(context.round, context.now);
+  const S_GlonassNumbers numbers = GlonassNumbersOf(SatelliteOfRound(eGlonass, context.round), context.now);
   std::string data = LittleEndian(static_cast<std::uint64_t>(numbers.slot), 1) +
                      LittleEndian(static_cast<std::uint64_t>(numbers.channel + 8), 1) + context.random.Bytes(2 + 4);
   for (int number = 1; number <= 5; ++number) data += GlonassString(number, numbers);
@@ -284,7 +280,8 @@ S_Frame MakeSbasBlock(S_Context& context) {
 
 S_Frame MakeRawWordsBlock(S_Context& context) {
   const bool first = context.round % 2 == 0;
-  std::string data = Little16(first ? 11 + context.round % 20 : 3 + context.round % 30) + context.random.Bytes(6);
+  const S_Satellite satellite = SatelliteOfRound(first ? eBeidou : eGalileo, context.round / 2);
+  std::string data = Little16(satellite.number) + context.random.Bytes(6);
   for (int word = 0; word < 30; ++word) data += LittleEndian(context.random.Next() >> 1, 4);
   return BlockFrame(first ? 35 : 45, data);
 }

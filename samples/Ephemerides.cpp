@@ -1,10 +1,22 @@
 #include "samples/Ephemerides.h"
 
-#include <algorithm>
+#include <cmath>
+
+#include "samples/Orbits.h"
 
 namespace {
 
-// Least and greatest value of each number that only has to be plausible, drawn once for each satellite.
+// By `eSystem`; the rows of GPS and QZSS are those of IS-GPS-200, the others of the systems' interface documents.
+constexpr S_SystemScales kScales[] = {
+    {0, 0, 1024, 16, 0x1p-31, 3.986005e14, 7.2921151467e-5},
+    {},  // GLONASS has no Keplerian elements
+    {0, 1024, 4096, 60, 0x1p-31, 3.986004418e14, 7.2921151467e-5},
+    {14, 1356, 8192, 8, 1e-10, 3.986004418e14, 7.292115e-5},
+    {0, 0, 1024, 16, 0x1p-31, 3.986005e14, 7.2921151467e-5},
+};
+
+// Least and greatest value of each number that only has to be plausible, drawn once for each satellite. Node and
+// anomaly are within half a degree of their place.
 struct S_Range {
   std::int64_t S_KeplerNumbers::*value;
   std::int64_t least;
@@ -20,13 +32,13 @@ constexpr S_Range kRanges[] = {
     {&S_KeplerNumbers::af0,           -1300000,    1300000},  // 2^-31 s: within 0.6 ms
     {&S_KeplerNumbers::crs,              -3200,       3200},  // 2^-5 m
     {&S_KeplerNumbers::deltaN,           11200,      14500},  // 2^-43 semicircles/s
-    {&S_KeplerNumbers::m0,         -1000000000, 1000000000},  // 2^-31 semicircles
+    {&S_KeplerNumbers::m0,            -5900000,    5900000},  // 2^-31 semicircles
     {&S_KeplerNumbers::cuc,              -2600,       2600},  // 2^-29 rad
     {&S_KeplerNumbers::eccentricity,   8000000,  170000000},  // 2^-33: 0.001 to 0.02
     {&S_KeplerNumbers::cus,               1500,       6200},
     {&S_KeplerNumbers::sqrtA,       2701860000, 2702080000},  // 2^-19 sqrt(m): 5153.4 to 5153.9
     {&S_KeplerNumbers::cic,               -120,        120},
-    {&S_KeplerNumbers::omega0,     -1000000000, 1000000000},
+    {&S_KeplerNumbers::omega0,        -5900000,    5900000},
     {&S_KeplerNumbers::cis,               -120,        120},
     {&S_KeplerNumbers::i0,           645000000,  668000000},  // 54 to 56 degrees
     {&S_KeplerNumbers::crc,               5500,      10500},
@@ -36,32 +48,45 @@ constexpr S_Range kRanges[] = {
 };
 // clang-format on
 
-constexpr int kFirstQzss = 193;
+// The height that gives QZSS one revolution a day, Galileo 17 in 10 days, and BeiDou 13 in 7 days.
+void MakeHigher(S_KeplerNumbers& numbers, eSystem system) {
+  if (system == eGalileo) numbers.sqrtA += 150470000;
+  if (system == eBeidou) numbers.sqrtA += 67630000;
+  if (system == eQzss) numbers.sqrtA = 3404200000 + numbers.satellite;
+}
 
-// QZSS: inclined, slightly eccentric, and at the height of one revolution a day.
+// QZSS: inclined, and slightly eccentric.
 void MakeGeosynchronous(S_KeplerNumbers& numbers) {
-  numbers.sqrtA = 3404200000 + numbers.satellite;
   numbers.eccentricity = 644000000 + 1000 * numbers.satellite;
   numbers.i0 = 477200000 + 100 * numbers.satellite;
   numbers.fitFlag = 1;
 }
 
-// States of six satellites, of orbits with 64.8 degrees of inclination and a radius of 25508.2 km.
-struct S_GlonassState {
-  int slot;
-  int channel;
-  std::int64_t position[3];
-  std::int64_t velocity[3];
-};
+void SetWeek(S_KeplerNumbers& numbers, const S_SystemScales& scales, const S_Moment& now) {
+  constexpr int kSubframesPerWeek = 604800 / 6;
+  const std::int64_t second = std::int64_t{now.gpsWeek - scales.firstWeek} * 604800 + now.gpsSecond - scales.behindGps;
+  const std::int64_t nextSubframe = second / 6 + 1;  // the count of a subframe is the time at which the next one begins
+  numbers.sixSecondCount = nextSubframe % kSubframesPerWeek;
+  numbers.week = nextSubframe / kSubframesPerWeek % scales.weekPeriod;
+}
 
-constexpr S_GlonassState kGlonassStates[kGlonassSatellites] = {
-    {3, 5, {32715290, 27122533, 30383853}, {-1953464, -862281, 2873085}},
-    {4, 6, {-3300121, 22379338, 47089011}, {-3097306, -1144539, 326882}},
-    {13, -2, {-27122533, -4526630, 44418221}, {2426788, -1953464, 1282762}},
-    {14, -7, {3954677, -29634136, 42840157}, {2250812, -1991032, -1585049}},
-    {19, 3, {-5129917, -51336251, 8208155}, {-80027, 598561, 3693567}},
-    {24, 2, {-23147591, -5129917, -46550763}, {-598561, -3209041, 651275}},
-};
+// Position and velocity on a circle of 25508.2 km with an inclination of 64.8 degrees.
+void PutOnCircle(S_GlonassNumbers& numbers, const S_Satellite& satellite) {
+  constexpr double kRadius = 25508200;  // m
+  constexpr double kSpeed = 3953;       // m/s
+  const S_Turn inclination = TurnOf(64.8 * kPi / 180);
+  const S_Turn node = TurnOf(satellite.node * kPi / 180);
+  const S_Turn along = TurnOf(satellite.anomaly * kPi / 180);
+  const S_Vector position = FromPlane(kRadius * along.cosine, kRadius * along.sine, inclination, node);
+  const S_Vector velocity = FromPlane(-kSpeed * along.sine, kSpeed * along.cosine, inclination, node) +
+                            kTurnRate * S_Vector{position.y, -position.x, 0};
+  const double positions[] = {position.x, position.y, position.z};
+  const double velocities[] = {velocity.x, velocity.y, velocity.z};
+  for (int axis = 0; axis < 3; ++axis) {
+    numbers.position[axis] = std::llround(positions[axis] / kGlonassPosition);
+    numbers.velocity[axis] = std::llround(velocities[axis] / kGlonassVelocity);
+  }
+}
 
 struct S_KeplerName {
   const char* name;
@@ -146,37 +171,40 @@ std::string VectorFact(const char* name, const std::int64_t (&vector)[3]) {
 
 }  // namespace
 
-S_KeplerNumbers KeplerNumbersOf(int satellite, const S_Moment& now) {
+const S_SystemScales& ScalesOf(eSystem system) { return kScales[system]; }
+
+S_KeplerNumbers KeplerNumbersOf(const S_Satellite& satellite, const S_Moment& now) {
+  constexpr std::int64_t kPerTurn = 1LL << 32;
   S_KeplerNumbers numbers{};
-  C_Random random(static_cast<std::uint64_t>(satellite) + 1000);  // the same at each call
+  C_Random random(static_cast<std::uint64_t>(satellite.number) +
+                  1000 * (1 + satellite.system));  // the same at each call
   random.Next();
-  numbers.satellite = satellite;
+  numbers.satellite = satellite.number;
   for (const S_Range& range : kRanges) numbers.*range.value = random.Between(range.least, range.most);
+  numbers.m0 += satellite.anomaly * kPerTurn / 360;
+  numbers.omega0 += satellite.node * kPerTurn / 360;
   numbers.iode = numbers.iodc & 0xFF;
   numbers.codeOnL2 = 1;
-  if (satellite >= kFirstQzss) MakeGeosynchronous(numbers);
-  if (satellite == kGpsSatellites[2]) numbers.health = 0x3F;
+  MakeHigher(numbers, satellite.system);
+  if (satellite.system == eQzss) MakeGeosynchronous(numbers);
+  if (satellite.use == eUnhealthy) numbers.health = 0x3F;
 
-  constexpr int kSubframesPerWeek = 604800 / 6;
-  const int nextSubframe = now.gpsSecond / 6 + 1;  // the count of a subframe is the time at which the next one begins
-  numbers.sixSecondCount = nextSubframe % kSubframesPerWeek;
-  numbers.week = (now.gpsWeek + nextSubframe / kSubframesPerWeek) % 1024;
-  numbers.toe = satellite % 2 != 0 ? 0 : 597600 / 16;  // in 16 s: the week's start, or two hours before its end
+  SetWeek(numbers, ScalesOf(satellite.system), now);
+  // The week's start, or an hour before its end.
+  numbers.toe = satellite.number % 2 != 0 ? 0 : 601200 / ScalesOf(satellite.system).timeStep;
   numbers.toc = numbers.toe;
   return numbers;
 }
 
-S_GlonassNumbers GlonassNumbersOf(unsigned int index, const S_Moment& now) {
-  const S_GlonassState& state = kGlonassStates[index % kGlonassSatellites];
+S_GlonassNumbers GlonassNumbersOf(const S_Satellite& satellite, const S_Moment& now) {
   S_GlonassNumbers numbers{};
-  numbers.slot = state.slot;
-  numbers.channel = state.channel;
-  std::copy_n(state.position, 3, numbers.position);
-  std::copy_n(state.velocity, 3, numbers.velocity);
-  for (int axis = 0; axis < 3; ++axis) numbers.acceleration[axis] = (state.slot + axis) % 5 - 2;
+  numbers.slot = satellite.number;
+  numbers.channel = satellite.channel;
+  PutOnCircle(numbers, satellite);
+  for (int axis = 0; axis < 3; ++axis) numbers.acceleration[axis] = (satellite.number + axis) % 5 - 2;
 
   // Moscow time is three hours ahead of UTC; the whole session falls on 19 May there, the 140th day of a leap year.
-  const int moscow = (now.secondOfDay + 3 * 3600) % 86400;
+  const int moscow = (now.secondOfDay + kMoscowAhead) % 86400;
   numbers.tk = moscow / 3600 << 7 | moscow / 60 % 60 << 1 | (moscow % 60 >= 30 ? 1 : 0);
   numbers.tb = (moscow + 900) / 1800 * 2;  // quarters of an hour: the middle of a half hour of validity
   numbers.nt = 31 + 29 + 31 + 30 + 19;
@@ -185,12 +213,12 @@ S_GlonassNumbers GlonassNumbersOf(unsigned int index, const S_Moment& now) {
   numbers.p2 = numbers.tb / 2 % 2;
   numbers.p3 = 1;
   numbers.p4 = 1;
-  numbers.bn = state.slot == 14 ? 4 : 0;  // one satellite is ill
+  numbers.bn = satellite.use == eUnhealthy ? 4 : 0;
   numbers.p = 3;
-  numbers.gammaN = 2 * state.channel - 3;
-  numbers.tauN = -71234 * state.channel + 5000 * state.slot;
-  numbers.deltaTauN = state.channel;
-  numbers.en = state.slot % 3;
+  numbers.gammaN = 2 * satellite.channel - 3;
+  numbers.tauN = -71234 * satellite.channel + 5000 * satellite.number;
+  numbers.deltaTauN = satellite.channel;
+  numbers.en = satellite.number % 3;
   numbers.ft = 2;
   numbers.m = 1;
   numbers.na = numbers.nt - 1;

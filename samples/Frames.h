@@ -33,11 +33,17 @@ std::vector<S_Frame> MakeGsaSetOfNmea2(S_Context& context);
 
 // --- RTCM 3 (RtcmFrames.cpp) ----------------------------------------------------------------------------------------
 
+constexpr int kStationId = 42;
+constexpr int kMsmPeriod = 4;  // s
+constexpr int kMsmPhase = 1;   // s, first epoch
+
 S_Frame RtcmFrame(std::string_view payload);  // the message number is read from the payload
 S_Frame MakeStation(S_Context& context);      // 1005 and 1006 in turn
 S_Frame MakeGpsEphemeris(S_Context& context);
+S_Frame MakeGalileoEphemeris(S_Context& context);
+S_Frame MakeBeidouEphemeris(S_Context& context);
 S_Frame MakeGlonassEphemeris(S_Context& context);
-std::vector<S_Frame> MakeMsmSet(S_Context& context);  // one epoch: 1077, 1087, 1097, 1127
+std::vector<S_Frame> MakeMsmSet(S_Context& context);  // one epoch: 1077, 1087, 1097, 1127 (MsmFrames.cpp)
 S_Frame MakeCodePhaseBias(S_Context& context);        // 1230
 S_Frame MakeProprietaryRtcm(S_Context& context);      // 4072
 

@@ -6,10 +6,8 @@ namespace {
 
 constexpr int kDaySeconds = 86400;
 constexpr int kWeekSeconds = 7 * kDaySeconds;
-constexpr int kLeapSeconds = 18;                        // GPS time minus UTC, 2017 to at least 2026
 constexpr int kStartDay = 18;                           // May 2024, a Saturday: the last day of a GPS week
 constexpr int kStartSecondOfDay = 23 * 3600 + 57 * 60;  // UTC
-constexpr int kStartWeek = 2314;
 constexpr int kStartGpsSecond = 6 * kDaySeconds + kStartSecondOfDay + kLeapSeconds;
 
 // One leg of the track: steps per second in 1e-7 minutes of arc. A knot is 1' of latitude per hour; longitude steps are

@@ -7,6 +7,9 @@
 
 // The session runs over the end of a GPS week: from Saturday, 18 May 2024, 23:57:00 UTC to 24 s past 00:02 on Sunday.
 constexpr int kSessionSeconds = 324;
+constexpr int kStartWeek = 2314;
+constexpr int kLeapSeconds = 18;     // GPS time minus UTC, 2017 to at least 2026
+constexpr int kMoscowAhead = 10800;  // s, of GLONASS time against UTC
 
 // One second of the session. Whole numbers only, so that every machine writes the same digits.
 struct S_Moment {

@@ -1,4 +1,7 @@
+#include <algorithm>
+
 #include "samples/Frames.h"
+#include "samples/Sky.h"
 
 namespace {
 
@@ -19,85 +22,92 @@ constexpr S_Formatter kFormatters[] = {
 };
 // clang-format on
 
-// Sentences that a receiver sends now and then, of all formatters without a builder of their own.
+// Sentences that a receiver sends now and then, of all formatters without a builder of their own. {time}, {heading} and
+// {magnetic} are filled in.
 constexpr const char* kRareSentences[] = {
-    "HEHDT,089.94,T",
-    "HCHDG,91.2,,,1.3,E",
-    "HCHDM,91.2,M",
+    "HEHDT,{heading},T",
+    "HCHDG,{magnetic},,,1.3,E",
+    "HCHDM,{magnetic},M",
     "TIROT,-0.4,A",
     "GPHEV,0.118",
     "GPDTM,W84,,0.0000,N,0.0000,E,0.0,W84",
-    "GPGRS,235718.00,1,0.4,-0.7,1.1,0.0,-0.2,0.9,-1.3,0.5,,,,",
-    "GPALM,1,1,15,938,00,4A31,48,0B2F,FD3C,A10D1B,5A28C7,7A4417,2E9B06,1F2,003",
+    "GPGRS,{time},1,0.4,-0.7,1.1,0.0,-0.2,0.9,-1.3,0.5,,,,",
+    "GPALM,1,1,15,266,00,4A31,48,0B2F,FD3C,A10D1B,5A28C7,7A4417,2E9B06,1F2,003",
     "GPXTE,A,A,0.03,R,N",
-    "GPRMA,A,5128.6700,N,00000.1000,E,,,20.0,090.0,1.3,E",
+    "GPRMA,A,5128.6700,N,00000.1000,E,,,20.0,{heading},1.3,E",
     "GPRMB,A,0.03,R,BRIDGE,QUAY,5128.7000,N,00002.5000,E,001.6,089.2,020.0,V",
-    "GPAPB,A,A,0.03,R,N,V,V,089.2,T,QUAY,089.5,T,090.0,T",
-    "GPBWC,235736.00,5128.7000,N,00002.5000,E,089.2,T,090.5,M,001.6,N,QUAY",
+    "GPAPB,A,A,0.03,R,N,V,V,089.2,T,QUAY,089.5,T,{heading},T",
+    "GPBWC,{time},5128.7000,N,00002.5000,E,089.2,T,090.5,M,001.6,N,QUAY",
     "GPRRE,04,05,-0.3,12,0.8,25,1.1,29,-0.6,1.4,2.2",
     "TIROT,12.5,V",
     "TIROT,,V",
 };
 
-struct S_Satellite {
-  int id;
-  int elevation;
-  int azimuth;
-  int signal;  // dB-Hz; 0 in view but not tracked
-};
+constexpr int kVariation = 130;  // 1/100 degrees, east: magnetic variation at Greenwich
 
-// What one talker sees, and the second signal that it reports besides the first.
+// What one talker reports.
 struct S_SystemView {
   const char* talker;
+  eSystem system;
   int systemId;
   int signalIds[2];  // 0: no second one
-  std::vector<S_Satellite> satellites;
+  int firstNumber;   // added to the satellite's own number
 };
 
-const std::vector<S_SystemView>& Views() {
-  // clang-format off
-  static const std::vector<S_SystemView> views = {
-      {"GP", 1, {1, 8}, {{4, 25, 61, 41}, {5, 67, 214, 49}, {7, 8, 331, 33}, {12, 44, 260, 46}, {13, 19, 127, 39},
-                         {15, 15, 184, 37}, {18, 10, 318, 0}, {20, 33, 301, 43}, {25, 58, 288, 48}, {29, 71, 97, 50}}},
-      {"GL", 2, {1, 3}, {{67, 31, 44, 42}, {68, 78, 305, 48}, {69, 29, 232, 40}, {77, 12, 21, 34}, {78, 40, 74, 45},
-                         {83, 9, 273, 0}, {88, 36, 316, 44}}},
-      {"GA", 3, {7, 0}, {{3, 22, 58, 40}, {5, 49, 75, 46}, {9, 63, 195, 49}, {31, 17, 246, 38}, {34, 28, 291, 0}}},
-      {"GB", 4, {1, 0}, {{11, 20, 36, 38}, {14, 55, 281, 46}, {19, 13, 327, 35}, {21, 47, 140, 45}, {22, 72, 247, 48},
-                         {26, 33, 183, 43}, {33, 14, 95, 36}, {35, 26, 63, 41}}},
-  };
-  // clang-format on
-  return views;
-}
+constexpr S_SystemView kViews[] = {
+    {"GP", eGps, 1, {1, 8}, 0},
+    {"GL", eGlonass, 2, {1, 3}, 64},
+    {"GA", eGalileo, 3, {7, 0}, 0},
+    {"GB", eBeidou, 4, {1, 0}, 0},
+};
 
-std::string SatelliteFields(const S_Satellite& satellite, S_Context& context) {
-  const int azimuth = satellite.azimuth + context.now.second / 100;
+std::string SatelliteFields(const S_Satellite& satellite, int number, S_Context& context) {
+  const S_Sight sight = SightOf(satellite, TimeOf(context.now));
   const auto fading = static_cast<int>(context.random.Below(4));
-  return ',' + Fixed(satellite.id, 0, 2) + ',' + Fixed(satellite.elevation, 0, 2) + ',' + Fixed(azimuth, 0, 3) + ',' +
-         (satellite.signal == 0 ? "" : Fixed(satellite.signal - fading, 0, 2));
+  const auto strength = static_cast<int>(StrengthOf(sight)) - fading;
+  return ',' + Fixed(number, 0, 2) + ',' + Fixed(ElevationOf(sight), 0, 2) + ',' + Fixed(AzimuthOf(sight), 0, 3) + ',' +
+         (satellite.use == eNotTracked ? "" : Fixed(strength, 0, 2));
 }
 
 // `signal`: the field of the signal id with its comma, or nothing.
 void AppendGsv(std::vector<S_Frame>& frames, const S_SystemView& view, const std::string& signal, S_Context& context) {
-  const std::size_t inView = view.satellites.size();
+  const std::vector<S_Satellite> satellites = SatellitesInView(view.system);
+  const std::size_t inView = satellites.size();
   const std::size_t sentences = (inView + 3) / 4;
   for (std::size_t sentence = 0; sentence < sentences; ++sentence) {
     std::string body = std::string(view.talker) + "GSV," + std::to_string(sentences) + ',' +
                        std::to_string(sentence + 1) + ',' + Fixed(static_cast<std::int64_t>(inView), 0, 2);
     for (std::size_t index = 4 * sentence; index < inView && index < 4 * sentence + 4; ++index)
-      body += SatelliteFields(view.satellites[index], context);
+      body += SatelliteFields(satellites[index], view.firstNumber + satellites[index].number, context);
     frames.push_back(Sentence(body + signal));
   }
 }
 
+std::vector<S_Satellite> UsedSatellites(eSystem system) {
+  std::vector<S_Satellite> satellites = TrackedSatellites(system);
+  std::erase_if(satellites, [](const S_Satellite& satellite) { return satellite.use != eUsed; });
+  return satellites;
+}
+
+std::string UsedCount(std::initializer_list<eSystem> systems) {
+  std::size_t count = 0;
+  for (const eSystem system : systems) count += UsedSatellites(system).size();
+  return Fixed(static_cast<std::int64_t>(count), 0, 2);
+}
+
+// Age of the station's last observations, which come after the sentences of their second; number of the station.
+std::string CorrectionFields(const S_Moment& now) {
+  const int age = (now.second - kMsmPhase - 1 + kMsmPeriod) % kMsmPeriod + 1;
+  return Fixed(age) + ".0," + Fixed(kStationId, 0, 4);
+}
+
+std::string UsedCount() { return UsedCount({eGps, eGlonass, eGalileo, eBeidou}); }
+
 std::string GsaBody(const char* talker, const S_SystemView& view) {
   std::string body = std::string(talker) + "GSA,A,3";
-  std::size_t used = 0;
-  for (const S_Satellite& satellite : view.satellites) {
-    if (satellite.signal == 0) continue;
-    body += ',' + Fixed(satellite.id, 0, 2);
-    ++used;
-  }
-  return body + std::string(12 - used, ',') + ",1.4,0.7,1.2";
+  const std::vector<S_Satellite> used = UsedSatellites(view.system);
+  for (const S_Satellite& satellite : used) body += ',' + Fixed(view.firstNumber + satellite.number, 0, 2);
+  return body + std::string(12 - used.size(), ',') + ",1.0,0.6,0.8";
 }
 
 }  // namespace
@@ -116,8 +126,8 @@ S_Frame Sentence(const std::string& body) {
 
 S_Frame MakeGga(S_Context& context) {
   const S_Moment& now = context.now;
-  S_Frame frame = Sentence("GNGGA," + TimeField(now) + ',' + PositionFields(now) + ",4,24,0.7," +
-                           Fixed(now.altitude, 3) + ",M,45.412,M,1.0,0042");
+  S_Frame frame = Sentence("GNGGA," + TimeField(now) + ',' + PositionFields(now) + ",4," + UsedCount() + ",0.6," +
+                           Fixed(now.altitude, 3) + ",M,45.412,M," + CorrectionFields(now));
   frame.facts = "\"secondOfDay\": " + std::to_string(now.secondOfDay) +
                 ", \"latitude\": " + std::to_string(now.latitude) +
                 ", \"longitude\": " + std::to_string(now.longitude) + ", \"altitude\": " + std::to_string(now.altitude);
@@ -139,7 +149,7 @@ S_Frame MakeRmcOfNmea2(S_Context& context) {
 S_Frame MakeVtg(S_Context& context) {
   const S_Moment& now = context.now;
   const std::int64_t kmh = std::int64_t{now.speed} * 1852 / 1000;
-  return Sentence("GNVTG," + Fixed(now.course, 2, 6) + ",T," + Fixed(now.course - 130, 2, 6) + ",M," +
+  return Sentence("GNVTG," + Fixed(now.course, 2, 6) + ",T," + Fixed(now.course - kVariation, 2, 6) + ",M," +
                   Fixed(now.speed, 3, 7) + ",N," + Fixed(kmh, 3, 7) + ",K,R");
 }
 
@@ -152,8 +162,8 @@ S_Frame MakeGns(S_Context& context) {
   const S_Moment& now = context.now;
   const bool fourSystems = context.round % 2 == 0;
   return Sentence((fourSystems ? "GNGNS," : "GAGNS,") + TimeField(now) + ',' + PositionFields(now) +
-                  (fourSystems ? ",RRAAN,24,0.7," : ",NNF,05,1.1,") + Fixed(now.altitude, 3) + ",45.412,1.0,0042" +
-                  (fourSystems ? ",S" : ""));
+                  (fourSystems ? ",RRAAN," + UsedCount() + ",0.6," : ",NNF," + UsedCount({eGalileo}) + ",1.1,") +
+                  Fixed(now.altitude, 3) + ",45.412," + CorrectionFields(now) + (fourSystems ? ",S" : ""));
 }
 
 S_Frame MakeGll(S_Context& context) {
@@ -178,12 +188,16 @@ S_Frame MakeGst(S_Context& context) {
 }
 
 S_Frame MakeRareSentence(S_Context& context) {
-  return Sentence(kRareSentences[context.round % std::size(kRareSentences)]);
+  std::string body = kRareSentences[context.round % std::size(kRareSentences)];
+  Replace(body, "{time}", TimeField(context.now));
+  Replace(body, "{heading}", Fixed(context.now.course, 2, 6));
+  Replace(body, "{magnetic}", Fixed(context.now.course - kVariation, 2, 6));
+  return Sentence(body);
 }
 
 std::vector<S_Frame> MakeGsvSet(S_Context& context) {
   std::vector<S_Frame> frames;
-  for (const S_SystemView& view : Views()) {
+  for (const S_SystemView& view : kViews) {
     for (const int signal : view.signalIds)
       if (signal != 0) AppendGsv(frames, view, ',' + std::to_string(signal), context);
   }
@@ -192,18 +206,18 @@ std::vector<S_Frame> MakeGsvSet(S_Context& context) {
 
 std::vector<S_Frame> MakeGsvSetOfNmea2(S_Context& context) {
   std::vector<S_Frame> frames;
-  AppendGsv(frames, Views()[context.round % 2], "", context);
+  AppendGsv(frames, kViews[context.round % 2], "", context);
   return frames;
 }
 
 std::vector<S_Frame> MakeGsaSet(S_Context&) {
   std::vector<S_Frame> frames;
-  for (const S_SystemView& view : Views())
+  for (const S_SystemView& view : kViews)
     frames.push_back(Sentence(GsaBody("GN", view) + ',' + std::to_string(view.systemId)));
   return frames;
 }
 
 std::vector<S_Frame> MakeGsaSetOfNmea2(S_Context& context) {
-  const S_SystemView& view = Views()[context.round % 2];
+  const S_SystemView& view = kViews[context.round % 2];
   return {Sentence(GsaBody(view.talker, view))};
 }

@@ -70,6 +70,11 @@ std::string Hex(std::uint64_t value, int digits) {
   return text;
 }
 
+void Replace(std::string& text, std::string_view mark, const std::string& by) {
+  for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + by.size()))
+    text.replace(at, mark.size(), by);
+}
+
 std::uint32_t Crc24(std::string_view bytes) {
   std::uint32_t sum = 0;
   for (const char byte : bytes) {

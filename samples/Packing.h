@@ -51,6 +51,9 @@ std::string LittleEndian(std::uint64_t value, int bytes);
 std::string Fixed(std::int64_t value, int decimals = 0, int width = 0);
 std::string Hex(std::uint64_t value, int digits);  // upper case
 
+// Every `mark` in the text by something else.
+void Replace(std::string& text, std::string_view mark, const std::string& by);
+
 // CRC-24Q (polynomial 0x1864CFB, start 0), the last 24 bits of an RTCM 3 frame.
 std::uint32_t Crc24(std::string_view bytes);
 // Sum of the bytes in 16 bits, the check of a binary block.

@@ -5,8 +5,8 @@
 namespace {
 
 // The receiver's own sentences in the order of their type numbers, with the lengths within which a reader accepts them,
-// from "$" to the first character of the line end, and a body each. {time}, {date} and {n} (a number with two decimals)
-// are filled in.
+// from "$" to the first character of the line end, and a body each. {time}, {date}, {heading} and {n} (a number of two
+// digits) are filled in.
 struct S_OwnSentence {
   std::string_view name;
   std::size_t least;
@@ -23,7 +23,7 @@ const std::vector<S_OwnSentence>& OwnSentences() {
        {"2,ROVER,1.253,1.25{n},N,0.4,-0.{n},P,9,L1,(5,9,9),L2,(4,8),G1,(5,5),E1B,(3,3)",
         "1,,,,,,,,0,L1,(0,0),G1,(0,0),B1,(0,0),E5a+b,(0,0)"}},
       {"GBS", 25, 100, {"{time},0.{n},0.{n},1.{n},13,0.001,-0.14{n},2.31,1,1,8", "{time},,,,,,,,,,"}},
-      {"HPR", 25, 70, {"{time},{n},-1.27,0.{n},N", "{time},{n},0.88,,G", "{time},,,,"}},
+      {"HPR", 25, 70, {"{time},{heading},-1.27,0.{n},N", "{time},{heading},0.88,,G", "{time},,,,"}},
       {"BLV", 20, 100, {"{time},{date},1.2{n},-0.118,0.04{n},42,14,4,0.012"}},
       {"FVI",
        40,
@@ -77,11 +77,6 @@ const std::string kLongestReplies[] = {
     Longest("$>JGEO,SAT=136,FREQ=1545.53,"),
 };
 
-void Replace(std::string& text, std::string_view mark, const std::string& by) {
-  for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + by.size()))
-    text.replace(at, mark.size(), by);
-}
-
 S_Frame Reply(const std::string& line) {
   const auto* const kind = std::find_if(std::begin(kReplyKinds), std::end(kReplyKinds),
                                         [&line](const S_ReplyKind& row) { return line.rfind(row.start, 0) == 0; });
@@ -126,6 +121,7 @@ S_Frame MakeOwnSentence(S_Context& context) {
   std::string body = sentence.bodies[context.round / kinds % sentence.bodies.size()];
   Replace(body, "{time}", TimeField(context.now));
   Replace(body, "{date}", DateField(context.now));
+  Replace(body, "{heading}", Fixed(context.now.course, 2));
   Replace(body, "{n0}", Digits(context));
   Replace(body, "{n}", Digits(context));
   return OwnSentence(std::string(sentence.name) + ',' + body);

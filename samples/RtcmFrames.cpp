@@ -1,12 +1,9 @@
 #include "samples/Ephemerides.h"
 #include "samples/Frames.h"
+#include "samples/Sky.h"
 
 namespace {
 
-constexpr int kStationId = 42;
-
-// Antenna reference point near the track's start, earth-centred, 0.1 mm.
-constexpr std::int64_t kAntenna[] = {39806906432, 8684520, 49668549230};
 constexpr int kAntennaHeight = 15000;  // 0.1 mm
 
 using K = S_KeplerNumbers;
@@ -48,6 +45,71 @@ const std::vector<S_BitField<K>> kGpsFields = {
     { 1, &K::fitFlag},
 };
 
+// Message 1046, I/NAV.
+const std::vector<S_BitField<K>> kGalileoFields = {
+    {12, nullptr, 0, 1046},  // message number
+    { 6, &K::satellite},
+    {12, &K::week},
+    {10, &K::iodc},
+    { 8, nullptr, 0, 107},   // accuracy: 3.12 m
+    {14, &K::iDot},
+    {14, &K::toc},
+    { 6, &K::af2},
+    {21, &K::af1, -3},       // 2^-46 s/s
+    {31, &K::af0, -3},       // 2^-34 s
+    {16, &K::crs},
+    {16, &K::deltaN},
+    {32, &K::m0},
+    {16, &K::cuc},
+    {32, &K::eccentricity},
+    {16, &K::cus},
+    {32, &K::sqrtA},
+    {14, &K::toe},
+    {16, &K::cic},
+    {32, &K::omega0},
+    {16, &K::cis},
+    {32, &K::i0},
+    {16, &K::crc},
+    {32, &K::omega},
+    {24, &K::omegaDot},
+    {10, &K::tgd, -1},       // 2^-32 s: E5a
+    {10, &K::tgd, -1},       // E5b
+    { 8, nullptr},           // both signals are healthy, their data valid; reserved
+};
+
+// Message 1042.
+const std::vector<S_BitField<K>> kBeidouFields = {
+    {12, nullptr, 0, 1042},  // message number
+    { 6, &K::satellite},
+    {13, &K::week},
+    { 4, &K::ura},
+    {14, &K::iDot},
+    { 5, nullptr, 0, 1},     // age of the data: less than two hours
+    {17, &K::toc},
+    {11, &K::af2},
+    {22, &K::af1, -7},       // 2^-50 s/s
+    {24, &K::af0, -2},       // 2^-33 s
+    { 5, nullptr, 0, 1},
+    {18, &K::crs, -1},       // 2^-6 m
+    {16, &K::deltaN},
+    {32, &K::m0},
+    {18, &K::cuc, -2},       // 2^-31 rad
+    {32, &K::eccentricity},
+    {18, &K::cus, -2},
+    {32, &K::sqrtA},
+    {17, &K::toe},
+    {18, &K::cic, -2},
+    {32, &K::omega0},
+    {18, &K::cis, -2},
+    {32, &K::i0},
+    {18, &K::crc, -1},
+    {32, &K::omega},
+    {24, &K::omegaDot},
+    {10, &K::tgd},           // of B1I
+    {10, nullptr},           // of B2I, which is not observed
+    { 1, nullptr},           // healthy
+};
+
 // Message 1020 up to the coordinates; what follows them is in PutGlonassTail.
 const std::vector<S_BitField<G>> kGlonassHead = {
     {12, nullptr, 0, 1020},  // message number
@@ -83,49 +145,9 @@ void PutGlonassTail(C_BitString& bits, const S_GlonassNumbers& numbers) {
   bits.Put(0, 7);
 }
 
-std::int64_t GpsEpoch(const S_Moment& now) { return std::int64_t{now.gpsSecond} * 1000; }
-
-std::int64_t BeidouEpoch(const S_Moment& now) { return (std::int64_t{now.gpsSecond} + 604800 - 14) % 604800 * 1000; }
-
-// Day of week in the top three bits, which are 0 as it is Sunday in Moscow throughout; time of day there below.
-std::int64_t GlonassEpoch(const S_Moment& now) { return (now.secondOfDay + 3 * 3600) % 86400 * std::int64_t{1000}; }
-
-// Which satellites and signals one MSM 7 holds, by their numbers in the masks, and its epoch in ms.
-struct S_Msm {
-  int number;
-  std::vector<int> satellites;
-  std::vector<int> signals;
-  std::int64_t (*epoch)(const S_Moment& now);
-};
-
-const std::vector<S_Msm> kMsms = {
-    {1077, {4, 5, 7, 12, 13, 15, 20, 25, 29}, {2, 23}, &GpsEpoch},
-    {1087, {3, 4, 5, 13, 14, 24}, {2, 9}, &GlonassEpoch},
-    {1097, {3, 5, 9, 31}, {2, 15}, &GpsEpoch},
-    {1127, {11, 14, 19, 21, 22, 26, 33, 35}, {2, 14}, &BeidouEpoch},
-};
-
-void PutMask(C_BitString& bits, int width, const std::vector<int>& numbers) {
-  const std::size_t first = bits.Size();
-  bits.Put(0, width);
-  for (const int number : numbers) bits.SetBit(first + static_cast<std::size_t>(number) - 1, true);
-}
-
-// Header as RTCM 10403 has it, all cells present; what the cells hold is made up.
-S_Frame MsmFrame(const S_Msm& msm, bool isLast, S_Context& context) {
-  const auto satellites = static_cast<int>(msm.satellites.size());
-  const int cells = satellites * static_cast<int>(msm.signals.size());
+S_Frame KeplerEphemeris(eSystem system, const std::vector<S_BitField<K>>& fields, S_Context& context) {
   C_BitString bits;
-  bits.Put(msm.number, 12);
-  bits.Put(kStationId, 12);
-  bits.Put(msm.epoch(context.now), 30);
-  bits.Put(isLast ? 0 : 1, 1);         // more messages of this epoch follow
-  bits.Put(0, 3 + 7 + 2 + 2 + 1 + 3);  // issue, reserved, steering, clock, smoothing
-  PutMask(bits, 64, msm.satellites);
-  PutMask(bits, 32, msm.signals);
-  bits.Put(-1, cells);
-  const int bodyBits = satellites * (8 + 4 + 10 + 14) + cells * (20 + 24 + 10 + 1 + 10 + 15);
-  for (int done = 0; done < bodyBits; ++done) bits.Put(context.random.Next(), 1);
+  PutFields(bits, fields, KeplerNumbersOf(SatelliteOfRound(system, context.round), context.now));
   return RtcmFrame(bits.Bytes());
 }
 
@@ -160,14 +182,14 @@ S_Frame MakeStation(S_Context& context) {
   return RtcmFrame(bits.Bytes());
 }
 
-S_Frame MakeGpsEphemeris(S_Context& context) {
-  C_BitString bits;
-  PutFields(bits, kGpsFields, KeplerNumbersOf(kGpsSatellites[context.round % std::size(kGpsSatellites)], context.now));
-  return RtcmFrame(bits.Bytes());
-}
+S_Frame MakeGpsEphemeris(S_Context& context) { return KeplerEphemeris(eGps, kGpsFields, context); }
+
+S_Frame MakeGalileoEphemeris(S_Context& context) { return KeplerEphemeris(eGalileo, kGalileoFields, context); }
+
+S_Frame MakeBeidouEphemeris(S_Context& context) { return KeplerEphemeris(eBeidou, kBeidouFields, context); }
 
 S_Frame MakeGlonassEphemeris(S_Context& context) {
-  const S_GlonassNumbers numbers = GlonassNumbersOf(context.round, context.now);
+  const S_GlonassNumbers numbers = GlonassNumbersOf(SatelliteOfRound(eGlonass, context.round), context.now);
   C_BitString bits;
   PutFields(bits, kGlonassHead, numbers);
   for (int axis = 0; axis < 3; ++axis) {
@@ -177,12 +199,6 @@ S_Frame MakeGlonassEphemeris(S_Context& context) {
   }
   PutGlonassTail(bits, numbers);
   return RtcmFrame(bits.Bytes());
-}
-
-std::vector<S_Frame> MakeMsmSet(S_Context& context) {
-  std::vector<S_Frame> frames;
-  for (const S_Msm& msm : kMsms) frames.push_back(MsmFrame(msm, &msm == &kMsms.back(), context));
-  return frames;
 }
 
 S_Frame MakeCodePhaseBias(S_Context&) {

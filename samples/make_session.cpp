@@ -3,7 +3,7 @@
 //
 //   make_session SESSION.bin MANIFEST.json
 //
-// The same bytes come out on every machine: whole numbers only, no clock, no locale.
+// The same bytes come out on every machine: no clock, no locale, and real numbers only where orbits need them.
 
 #include <cstdio>
 #include <cstdlib>
@@ -114,9 +114,11 @@ constexpr S_Row kSchedule[] = {
     {eBlockGroup, 25, 6, &SendAcknowledgement},
 
     {eRtcmGroup, 10, 0, &One<MakeStation>},
-    {eRtcmGroup, 4, 1, &Set<MakeMsmSet>},
+    {eRtcmGroup, kMsmPeriod, kMsmPhase, &Set<MakeMsmSet>},
     {eRtcmGroup, 7, 3, &One<MakeGpsEphemeris>},
     {eRtcmGroup, 9, 5, &One<MakeGlonassEphemeris>},
+    {eRtcmGroup, 20, 11, &One<MakeGalileoEphemeris>},
+    {eRtcmGroup, 12, 8, &One<MakeBeidouEphemeris>},
     {eRtcmGroup, 15, 6, &One<MakeCodePhaseBias>},
     {eRtcmGroup, 20, 7, &One<MakeProprietaryRtcm>},
 };

@@ -71,7 +71,7 @@ TEST(RecordDecoder, GivesEachMessageItsRecord) {
       {"rtcm raw", {"RTCM4072"}},
       {"station full 0", {"RTCM1005", "RTCM1006"}},
       {"observations full 0", {"RTCM1077", "RTCM1087", "RTCM1097", "RTCM1127"}},
-      {"rtcm kepler full 0", {"RTCM1019"}},
+      {"rtcm kepler full 0", {"RTCM1019", "RTCM1042", "RTCM1046"}},
       {"rtcm pva full 0", {"RTCM1020"}},
       {"biases full 0", {"RTCM1230"}},
       {"GGA full 0", {"GGA"}},

@@ -243,14 +243,14 @@ struct S_SessionCase {
   const char* title;
 };
 const S_SessionCase kSessions[] = {
-    {"AllSystems", "", {{'G', 9}, {'J', 3}, {'R', 6}, {'S', 27}}, "M: Mixed "},
+    {"AllSystems", "", {{'C', 8}, {'E', 4}, {'G', 9}, {'J', 3}, {'R', 6}, {'S', 27}}, "M: Mixed "},
     {"Gps", "--system gps", {{'G', 9}}, "G: GPS "},
     {"Glonass", "--system glonass", {{'R', 6}}, "R: GLONASS "},
     {"Qzss", "--system qzss", {{'J', 3}}, "J: QZSS "},
     {"Sbas", "--system sbas", {{'S', 27}}, "S: SBAS Payload "},
     {"ListOfTwo", "--system gps,sbas", {{'G', 9}, {'S', 27}}, "M: Mixed "},
     {"OptionTwice", "--system qzss --system glonass", {{'J', 3}, {'R', 6}}, "M: Mixed "},
-    {"SameInputTwice", "$S", {{'G', 9}, {'J', 3}, {'R', 6}, {'S', 27}}, "M: Mixed "},
+    {"SameInputTwice", "$S", {{'C', 8}, {'E', 4}, {'G', 9}, {'J', 3}, {'R', 6}, {'S', 27}}, "M: Mixed "},
 };
 
 TEST_ROWS_F(RinexSession, HoldsEachEphemerisOnce, Program, kSessions, row) {

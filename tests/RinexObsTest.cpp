@@ -232,8 +232,8 @@ struct S_FileCase {
 const S_FileCase kFiles[] = {
     {"Observations", "rinex-obs", 27, 81},
     {"EveryFiveSeconds", "rinex-obs --interval 5", 27, 16},
-    {"Navigation", "rinex-nav", 20, 0},
-    {"Version4", "rinex-nav --rinex 4.00", 20, 0},
+    {"Navigation", "rinex-nav", 32, 0},
+    {"Version4", "rinex-nav --rinex 4.00", 32, 0},
 };
 
 TEST_ROWS_F(RinexFiles, AreFaultless, Program, kFiles, row) {

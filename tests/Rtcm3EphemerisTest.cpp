@@ -272,7 +272,8 @@ class SampleSession {
     if (frame.protocol == C_RawDataMessage::eRTCM3_x) {
       const Rtcm3Decoded& decoded = m_rtcm.Decode(frame.data, frame.length);
       EXPECT_EQ(decoded.result, eResultOk);
-      if (const auto* k = std::get_if<Rtcm3KeplerEphemeris>(&decoded.record)) Add(k->ephemeris, keplerOfRtcm);
+      const auto* const k = std::get_if<Rtcm3KeplerEphemeris>(&decoded.record);
+      if (k != nullptr && k->ephemeris.System == ALGO::GNSS_GPS) Add(k->ephemeris, keplerOfRtcm);
       if (const auto* p = std::get_if<Rtcm3PvaEphemeris>(&decoded.record)) Add(p->ephemeris, pvaOfRtcm);
     }
     if (frame.protocol != C_RawDataMessage::eVelaBIN) return;

@@ -146,7 +146,7 @@ TEST_F(Program, StatAddsUpInputs) {
     const json::json_pointer at(path);
     EXPECT_EQ(total[at], reports[0][at].get<int>() + reports[1][at].get<int>()) << path;
   }
-  EXPECT_THAT(Run("velagnss stat a b").output, HasSubstr("\ntotal of 2 inputs\n  bytes                   369393\n"));
+  EXPECT_THAT(Run("velagnss stat a b").output, HasSubstr("\ntotal of 2 inputs\n  bytes                   372291\n"));
   EXPECT_THAT(Run("velagnss stat a -o o; cat o").output, testing::Not(HasSubstr("total")));
 }
 
