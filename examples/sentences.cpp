@@ -27,7 +27,7 @@ void Show(const velagnss::NmeaRecord& record) {
 
 int main() {
   constexpr std::string_view kSentences[] = {"$GPHDT,274.07,T*03", "$GPTXT,01,01,01,ANTENNA OK*35",
-                                             "$PSTMVER,GNSSLIB_9749c549631df_ARM*09", "$GPHDT,274.07,T*04"};
+                                             "$PABCV,RX-12 4.5,2024-05-18*65", "$GPHDT,274.07,T*04"};
   for (const std::string_view sentence : kSentences) {
     velagnss::NmeaRecord record;
     const unsigned int result = velagnss::DecodeSentence(sentence, record);

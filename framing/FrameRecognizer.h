@@ -1,4 +1,4 @@
-// From an arbitrary byte stream to whole, checked frames: the chief header of this directory.
+// From an arbitrary byte stream to whole, checked frames: the main header of this directory.
 //
 // A receiver's port carries up to eleven protocols interleaved, in pieces of any size, with noise in between. A host
 // hands each piece to the recognizer as it arrives and then pumps until nothing is left to do. Each result

@@ -1,8 +1,8 @@
-// GPS time and UTC: GPS time knows no leap seconds, so it runs ahead of UTC by those inserted since 1980.
+// GPS time and UTC: GPS time has no leap seconds, so it is ahead of UTC by those inserted since 1980.
 //
 // The table is built in. Its last entry is that of 1 January 2017, 18 s, which holds until the International Earth
-// Rotation Service announces another leap second in its Bulletin C, half a year ahead. The table then has to be
-// extended in a new version of this library.
+// Rotation and Reference Systems Service (IERS) announces another leap second in its Bulletin C, about half a year in
+// advance. The table then has to be extended in a new version of this library.
 #ifndef VELAGNSS_GEO_LEAP_SECONDS_H
 #define VELAGNSS_GEO_LEAP_SECONDS_H
 
@@ -25,7 +25,7 @@ struct UtcTime {
 };
 
 // Conversions for times from 6 January 1980 on; the result of an earlier one is meaningless, as is that of seconds that
-// are not finite. GPS times are normalized; their system is not looked at. The result of `GpsOfUtc` is labeled GPS.
+// are not finite. GPS times are normalized; their system is ignored. The result of `GpsOfUtc` is labeled GPS.
 VELAGNSS_API UtcTime UtcOfGps(const C_GnssTime& time);
 VELAGNSS_API C_GnssTime GpsOfUtc(const UtcTime& utc);
 

@@ -48,7 +48,7 @@ class VELAGNSS_API EphemerisStore {
   OrbitResult Find(ALGO::eGNSSSystem system, unsigned char svId, const C_GnssTime& time, unsigned char leapSeconds,
                    SatelliteOrbit& orbit) const;
 
-  // Forgets all.
+  // Forgets all ephemerides.
   void Clear();
 
  private:

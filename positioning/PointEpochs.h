@@ -60,10 +60,10 @@ class VELAGNSS_API PointEpochs {
   PointEpochs(const PointEpochs&) = delete;
   PointEpochs& operator=(const PointEpochs&) = delete;
 
-  // Takes a message. Null, or the epoch that ended with it, valid until the next call.
+  // Takes a message. Returns the epoch that ended with it, valid until the next call; null if none did.
   const PointEpoch* Note(const Rtcm3Observations& observations);
 
-  // Ends the current epoch. Null if there is none.
+  // Ends and returns the current epoch, valid until the next call; null if there is none.
   const PointEpoch* Flush();
 
  private:

@@ -21,7 +21,7 @@ namespace velagnss {
 // Whether an epoch has a position.
 enum class PointResult : unsigned char {
   Ok,             // the epoch has a position
-  TooFew,         // satellites: each system needs one more for its clock
+  TooFew,         // satellites: three are needed, and one more per system for its clock
   PoorGeometry,   // PDOP above 50
   Contradictory,  // a range is wrong, and too few are left to tell which
   Diverged,       // no position within 20 steps
@@ -34,10 +34,10 @@ enum class PointUse : unsigned char {
   Outdated,      // the nearest ephemeris is too old or too new
   Unhealthy,     // by its ephemeris
   Implausible,   // its ephemeris does not describe an orbit
-  NoRange,       // a signal is missing that the solution uses of this system
+  NoRange,       // it lacks a signal that the solution uses of this system
   BelowMask,     // lower than the elevation mask
   Outlier,       // its range contradicts the others
-  OnlyOfSystem,  // all others of the system are unused: it would only give the clock
+  OnlyOfSystem,  // all others of the system are unused: it would only determine the clock
 };
 
 // A satellite of an epoch. Angles are available if the epoch has a position and the satellite a state.
@@ -57,7 +57,7 @@ struct PointSystem {
   double clockOffset = NA_DOUBLE;  // s, receiver clock - system time as the ranges show it
 };
 
-// The answer to an epoch.
+// The solution for an epoch.
 struct PointSolution {
   PointResult result = PointResult::TooFew;  // unless Ok, only `satellites` are meaningful
   C_Vector3 position;                        // m, ECEF: the phase center of the antenna, roughly
@@ -81,8 +81,8 @@ struct PointSolution {
 //   satellites of the system have, if four or half of them have it. The others of the system are then unused, as the
 //   receiver delays each band differently. One frequency: no correction of the ionosphere, as the messages carry no
 //   model of it.
-// - Group delays as `GroupDelay` says. Troposphere: Saastamoinen's zenith delay for a standard atmosphere, mapped by
-//   Black and Eisner's function.
+// - Group delays as `GroupDelay` says. Troposphere: Saastamoinen's zenith delay for a standard atmosphere, with the
+//   mapping function of Black and Eisner.
 // - Elevation mask 10 degrees. Variance of a range: e^2 + (k a)^2 (1 + 1 / sin^2 elevation), a = 0.3 m of code noise
 //   and multipath, k the noise factor of the combination, e the errors of orbits, clocks and codes: 1 m, 1.5 m for
 //   BeiDou, 4 m for GLONASS; with one frequency 4 m / sin(elevation) more for the ionosphere.

@@ -44,7 +44,7 @@ struct Rtcm3Text {
 struct Rtcm3Station {
   unsigned short message = 0;               // number
   unsigned short station = 0;               // reference station, 0 to 4095
-  unsigned short physicalStation = NA_U16;  // 1032: the physical station of a computed one
+  unsigned short physicalStation = NA_U16;  // 1032: the physical station that a computed one is based on
   unsigned char itrfYear = 0;               // realization of the reference frame; reserved
   unsigned char servesGps = NA_U8;          // 1: the station provides this system
   unsigned char servesGlonass = NA_U8;      // likewise
@@ -139,12 +139,12 @@ struct Rtcm3Residuals {
 // Whether a signal has stayed in lock since its last observation by the same station.
 enum class Rtcm3Lock : unsigned char {
   Unknown,    // no earlier observation, or the indicator or time cannot be used
-  Kept,       // lock is at least as old as the last observation
+  Kept,       // continuous since the last observation
   MaybeLost,  // the indicator is too coarse to tell
-  Lost,       // lock is younger than the last observation
+  Lost,       // lost since the last observation
 };
 
-// A satellite of an epoch.
+// A satellite at one epoch.
 struct Rtcm3Satellite {
   ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;  // SBAS for the SBAS satellites in GPS messages
   unsigned char svId = NA_U8;        // GPS, Galileo, BeiDou, NavIC number; GLONASS slot, if known; SBAS, QZSS PRN
@@ -155,10 +155,11 @@ struct Rtcm3Satellite {
   double roughRate = NA_DOUBLE;      // m/s, common to the rates of all signals; MSM5, MSM7
 };
 
-// A signal of a satellite of an epoch.
+// A signal of a satellite at one epoch.
 struct Rtcm3Signal {
   // `Pseudorange`: m. `CarrierPhase`: cycles, increases with the range. `Measurement3`: Doppler in Hz, positive when
-  // the range decreases. `SignalStrength`: dB-Hz. `LockCount`: lock time indicator as sent. `Flags` is not available.
+  // the range decreases. `SignalStrength`: C/N0, dB-Hz. `LockCount`: lock time indicator as sent. `Flags` is not
+  // available.
   S_IFGnssObsData data{};
   unsigned char satellite = 0;      // index into `Rtcm3Observations::satellites`
   unsigned char number = NA_U8;     // MSM: signal 1 to 32; others: the code indicator

@@ -1,6 +1,6 @@
 // Signals of the satellite systems: RINEX codes, carrier frequencies, and the numbers by which messages name them.
 //
-// Internal. Sources: RTCM 10403, tables of the MSM signal masks; RINEX 3.05, table 4 to 10; IGS SSR 1.00 for the
+// Internal. Sources: RTCM 10403, tables of the MSM signal masks; RINEX 3.05, tables 4 to 10; IGS SSR 1.00 for the
 // numbers of code biases.
 #ifndef VELAGNSS_RTCM3_SIGNALS_H
 #define VELAGNSS_RTCM3_SIGNALS_H

@@ -17,35 +17,35 @@
 
 namespace velagnss {
 
-// What a frame came to.
+// The result of decoding a frame.
 struct DecodedFrame {
   // What the frame holds.
   Record record;
 
-  // The code of `records/ResultCodes.h`; missing for a frame that has no decoder. A frame with another code than 0 is
-  // handed out as text or as the bytes of its body, but for `isWeekUnresolved`.
+  // The code of `records/ResultCodes.h`; missing for a frame that has no decoder. A frame with a code other than 0
+  // is handed out as text or as the bytes of its body, unless `isWeekUnresolved` is set.
   std::optional<unsigned int> result;
 
   Depth depth = Depth::None;           // how far it has been decoded
   WeekSource week = WeekSource::None;  // of an ephemeris
 
-  // An ephemeris that was read in full, all but its week: no time was known to resolve it. Its result is not 0.
+  // An ephemeris that was decoded except for its week: no time was known to resolve it. Its result is not 0.
   bool isWeekUnresolved = false;
 
-  // The frame, though its checksum is right, holds something that it must not hold.
+  // The checksum is right, but the contents break a rule of the message.
   bool hasDataError = false;
 };
 
 // Keeps one decoder for each protocol, and the state that decoding needs from frame to frame: the time, to resolve the
 // weeks of ephemerides, the frequency channels of the GLONASS slots, and the locks of observed signals. One decoder
 // serves one stream at a time, on one thread. It allocates memory in its constructor only, throws nothing later, and
-// looks at no clock.
+// never reads the machine's clock.
 //
 // NMEA sentences of older and shorter forms are completed as `C_NMEA_EncodeDecode::MakeDecodable` does it before they
 // are decoded.
 //
 // The time comes from `SeedTime` or else from the first date that the stream carries, in sentences or in RTCM 3 (see
-// `Rtcm3Decoder`). An ephemeris that comes before any keeps its week unresolved.
+// `Rtcm3Decoder`). An ephemeris that comes before either keeps its week unresolved.
 class VELAGNSS_API RecordDecoder {
  public:
   RecordDecoder();
@@ -54,11 +54,11 @@ class VELAGNSS_API RecordDecoder {
   RecordDecoder& operator=(const RecordDecoder&) = delete;
 
   // Decodes one frame. The answer stays until the next call; its texts and bodies point into the frame. A null `data`
-  // is a frame of nothing: result 1.
+  // gives result 1.
   const DecodedFrame& Decode(const Frame& frame);
 
-  // The time to resolve weeks with, within about ten years of the data; it goes before the dates of the stream and
-  // survives `Restart`.
+  // The time to resolve weeks with, within about ten years of the data. It takes precedence over the dates of the
+  // stream and survives `Restart`.
   void SeedTime(const C_GnssTime& time);
 
   // The day (MJD) of the first time of each stream, until the stream carries a date of its own. Weeks are not resolved
@@ -69,10 +69,10 @@ class VELAGNSS_API RecordDecoder {
   // `C_NMEA_EncodeDecode`; it survives `Restart` and `Reset`.
   void KeepTimeDigits(TimeDigits digits);
 
-  // Ready for another stream: forgets its dates and GLONASS channels. The seed stays.
+  // Prepares for another stream: forgets dates and GLONASS channels. The seed stays.
   void Restart();
 
-  // As constructed: the seed and the first day are forgotten as well.
+  // Back to the state after construction: the seed and the first day are forgotten as well.
   void Reset();
 
   // The frequency channel of a GLONASS slot, 1 to 24: -7 to +6, or -128 for unknown. Message 65 of the binary protocol

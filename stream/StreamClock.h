@@ -1,4 +1,4 @@
-// The time of a stream, from the sentences and RTCM 3 messages that carry one. The machine's clock has no part in it.
+// The time of a stream, from the sentences and RTCM 3 messages that carry one. The machine's clock is not used.
 #ifndef VELAGNSS_STREAM_STREAM_CLOCK_H
 #define VELAGNSS_STREAM_STREAM_CLOCK_H
 
@@ -34,13 +34,13 @@ class VELAGNSS_API StreamClock {
   void Note(const Rtcm3SystemParameters& record);
   void Note(const Rtcm3Message& record);
 
-  // UTC seconds since the midnight before the first time of the stream, on a scale that knows no midnight; NaN before
-  // the first time.
+  // UTC seconds since the midnight before the first time of the stream, on a scale that does not restart at midnight;
+  // NaN before the first time.
   double Seconds() const;
 
-  // The UTC of a value of `Seconds`. The date is the modified Julian date (MJD), and missing as long as the stream has
-  // carried no date and none was assumed. Days counted back from the first date end at 1983: two receivers on one
-  // stream look like countless midnights.
+  // The UTC of a value of `Seconds`. The date is a Modified Julian Date (MJD), missing as long as the stream has
+  // carried no date and none was assumed. Days counted back from the first date end at 1983: two receivers
+  // in one stream look like countless midnights.
   struct Utc {
     std::optional<unsigned int> mjd;  // the day
     double secondsOfDay;  // 0 to 86400; NaN for a value that is not a time: not finite, or beyond a million days
@@ -52,7 +52,7 @@ class VELAGNSS_API StreamClock {
   // The UTC of a time of day, on the day that brings it nearest to the last time of the stream.
   Utc UtcOfTimeOfDay(double secondsOfDay) const;
 
-  // Takes a day (MJD) for that of the first time of the stream, until the stream carries a date of its own.
+  // Assumes a day (MJD) for the first time of the stream, until the stream carries a date of its own.
   void AssumeFirstDay(unsigned int mjd);
 
   // Whether a date is known: the stream has carried one, or one was assumed.
@@ -70,7 +70,7 @@ class VELAGNSS_API StreamClock {
   void NoteTimeOfWeek(double gpsSeconds);
   void NoteDate(unsigned short year, unsigned char month, unsigned char day, double secondsOfDay);
 
-  int m_day = 0;  // days since the first time came
+  int m_day = 0;  // days since the first time
   std::optional<double> m_secondsOfDay;
   std::optional<unsigned int> m_mjdOfDay0;
   bool m_isDayAssumed = false;

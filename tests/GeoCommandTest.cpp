@@ -29,7 +29,7 @@ const S_LineCase kLines[] = {
     {"NoMinusZero",      "convert --from ecef", "-6378137 0 -0.5e-5",  "0.000000000 180.000000000 0.0000"},
     {"EcefRadians",      "convert --from ecef --radians", "0 6378137 0", "0.00000000000 1.57079632679 0.0000"},
     {"EarthsCenter",     "convert --from ecef", "0 0 0",
-     "no result: nearer than 500 km to the Earth's center, latitude and height mean nothing"},
+     "no result: within 500 km of the Earth's center, latitude and height have no meaning"},
     {"NewYorkLondon",    "inverse", "40.6 -73.8 51.6 -0.5",      "5551759.4003 51.198882846 287.821776736"},
     // Vincenty's example (Flinders Peak to Buninyong), where 0.1 mm lie between its ellipsoid and WGS-84.
     {"Buninyong",        "inverse", "-37.951033416667 144.424867888889 -37.652821138889 143.926495527778",
@@ -83,7 +83,7 @@ const S_RefusalCase kRefusals[] = {
     {"BeforeTheEpoch",        "time",                "1980-01-05",        "not a day from"},
     {"AfterTheLastDay",       "time --from gps",     "6312 518400",       "not a day from"},
     {"LeapSecond",            "time",                "2016-12-31T23:59:60", "seconds '60' is outside 0 to below 60"},
-    {"NoLeapSecond",          "time --from utc",     "2015-12-31T23:59:60Z", "not a day from 6 January 1980 to 31 December 2100, or there was no leap second"},
+    {"NoLeapSecond",          "time --from utc",     "2015-12-31T23:59:60Z", "not a day from 6 January 1980 to 31 December 2100, or a second 60 that is not a leap second"},
     {"Utc",                   "time",                "2024-05-06T12:34:56Z", "seconds '56Z' is not a number"},
     {"NegativeMonth",         "time",                "2024 -5 6",         "month '-5' is outside 1 to 12"},
     {"HalfAWeek",             "time --from gps",     "2300.5 0",          "week '2300.5' is not a whole number"},

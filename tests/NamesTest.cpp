@@ -54,7 +54,7 @@ struct S_UnlistedCase {
 };
 const S_UnlistedCase kUnlisted[] = {
     {"Formatter", "$GPTXT,1*00", "TXT"},     {"Encapsulated", "!AIVDM,1*00", "VDM"},
-    {"Proprietary", "$PGRME,1*00", "PGRME"}, {"LongAddress", "$PSTMANTENNASTATUS,0*00", "PSTMANTENNASTATUS"},
+    {"Proprietary", "$PGRME,1*00", "PGRME"}, {"LongAddress", "$PABCANTENNASTATUS,0*00", "PABCANTENNASTATUS"},
     {"TalkerAlone", "$GP,1*00", "GP"},
 };
 TEST_ROWS(UnlistedNames, ComeFromTheAddress, kUnlisted, row) {

@@ -89,7 +89,7 @@ const S_Case kCases[] = {
     {"OtherEmpty",    "$GPAAM,,,,N,*38",                                              0, "$GPAAM||||N|"},
     {"Encapsulated",  "!AIVDM,1,1,1,,13aI8e?P00PGpU:NR6s00?vT2000,0,0*1C",            0, "!AIVDM|1|1|1||13aI8e?P00PGpU:NR6s00?vT2000|0|0"},
     {"NotInBang",     "!" + Sentence("GPHDT,274.07,T").substr(1),                     0, "!GPHDT|274.07|T"},
-    {"Proprietary",   "$PSTMVER,GNSSLIB_9749c549631df_ARM*09",                        0, "$PSTMVER|GNSSLIB_9749c549631df_ARM"},
+    {"Proprietary",   "$PABCV,RX-12 4.5,2024-05-18*65",                               0, "$PABCV|RX-12 4.5|2024-05-18"},
     {"NotGns",        Sentence("PMGNST,02.40,3,T,816,11.1,-00496,00"),                0, "$PMGNST|02.40|3|T|816|11.1|-00496|00"},
     {"NoFields",      Sentence("CCA"),                                                0, "$CCA"},
     {"ShortAddress",  Sentence("P,"),                                                 0, "$P|"},

@@ -114,7 +114,7 @@ struct RotRecord {
 //   $GPDTM,W84,,0.0,N,0.0,E,0.0,W84*6F
 struct DtmRecord {
   char talker[2] = {};                 // of the sentence id: "GP", "II", ...
-  std::string_view localDatum;         // W84 WGS-84, W72 WGS-72, S85 SGS-85, P90 PE-90, 999 user defined, or IHO code
+  std::string_view localDatum;         // W84 WGS-84, W72 WGS-72, S85 SGS-85, P90 PZ-90, 999 user defined, or IHO code
   std::string_view subdivision;        // of the local datum
   double latitudeOffset = NA_DOUBLE;   // minutes of arc, without sign
   char latitudeDirection = '\0';       // N, S
@@ -128,8 +128,8 @@ struct DtmRecord {
 //
 //   $GPTXT,01,01,02,ANTENNA OK*36
 //
-// Receivers put commas into the text though the standard forbids it: it goes on to the checksum. An escape "^hh" is
-// left as it is.
+// Receivers put commas into the text although the standard forbids it, so the text extends to the checksum. An escape
+// "^hh" is left as it is.
 struct TxtRecord {
   char talker[2] = {};                   // of the sentence id: "GP", "II", ...
   unsigned char totalSentences = NA_U8;  // of this text
@@ -200,7 +200,7 @@ struct VlwRecord {
   double tripGround = NA_DOUBLE;   // since reset; likewise
 };
 
-// RMB: recommended minimum, the way to a waypoint.
+// RMB: recommended minimum navigation information, to a waypoint.
 //
 //   $GPRMB,A,0.66,L,003,004,4917.24,N,12309.57,W,001.3,052.5,000.5,V*20
 struct RmbRecord {
@@ -322,21 +322,21 @@ class FieldList {
 // Any other sentence: its address and its fields as texts.
 //
 //   $IIXDR,C,19.5,C,TempAir*2B       talker II, formatter XDR
-//   $PGRME,15.0,M,45.0,M,25.0,M*1C   proprietary: maker GRM, sentence PGRME
+//   $PGRME,15.0,M,45.0,M,25.0,M*1C   proprietary: manufacturer GRM, sentence PGRME
 //   !AIVDM,1,1,,A,...                encapsulated data: talker AI, formatter VDM
 struct OtherSentence {
   char start = '$';          // '$', or '!' for encapsulated data
   std::string_view address;  // capital letters and digits up to the first comma
   FieldList fields;          // between the address and the checksum
 
-  // Whether the address is "P" and a maker's own.
+  // Whether the address begins with "P": proprietary.
   bool IsProprietary() const { return !address.empty() && address[0] == 'P'; }
 
   // The parts of the address of a sentence that is not proprietary.
   std::string_view Talker() const { return address.substr(0, 2); }
   std::string_view Formatter() const { return address.size() < 2 ? std::string_view() : address.substr(2); }
 
-  // The three letters of the maker in the address of a proprietary one.
+  // The three letters of the manufacturer in the address of a proprietary one.
   std::string_view Maker() const { return address.empty() ? std::string_view() : address.substr(1, 3); }
 };
 

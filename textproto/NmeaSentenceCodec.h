@@ -1,11 +1,11 @@
-// Any sentence of NMEA 0183 to a record, and back: 28 sentences with all their fields, every other one as texts.
+// Any sentence of NMEA 0183 to a record, and back: 28 sentences with all their fields, every other one as text fields.
 //
 //   velagnss::NmeaRecord record;
 //   if (velagnss::DecodeSentence(text, record) == eResultOk)
 //     if (const auto* hdt = std::get_if<velagnss::HdtRecord>(&record)) Use(hdt->headingTrue);
 //
 // The address in the sentence decides what it is. `C_NMEA_EncodeDecode` does the same for eight sentences by a type
-// that the caller gives. Nothing here allocates memory or keeps a state.
+// that the caller gives. Nothing here allocates memory or keeps state.
 #ifndef VELAGNSS_TEXTPROTO_NMEA_SENTENCE_CODEC_H
 #define VELAGNSS_TEXTPROTO_NMEA_SENTENCE_CODEC_H
 
@@ -35,7 +35,7 @@ VELAGNSS_API unsigned int DecodeSentence(std::string_view sentence, NmeaRecord& 
 // trailing ones included; numbers have the digits that read back as the same number, times those of `digits` and
 // minutes of arc eight. After a failure nothing is written.
 //
-//   0 done; 1 null `out`; 2 an address that is none
+//   0 done; 1 null `out`; 2 not an address
 //   9 more than 1018 characters before the checksum, or more than `capacity` in all
 //   8 a value out of range: a text with a control character, a comma or an asterisk (TXT may have commas), a number
 //     that is not finite, a time, latitude or longitude beyond its limits, a talker that is not two capital letters or

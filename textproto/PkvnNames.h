@@ -10,7 +10,7 @@
 
 namespace velagnss::textproto::PkvnSentences {
 
-// "P" for proprietary and the maker's three letters (NMEA 0183).
+// "P" for proprietary and the manufacturer's three letters (NMEA 0183).
 inline constexpr std::string_view kPrefix = "$PKVN,";
 
 // The row is the message type.

@@ -1,4 +1,4 @@
-// The maker's proprietary sentences: checking and decoding them.
+// The receiver manufacturer's proprietary sentences: checking and decoding them.
 //
 //   $PKVN,HPR,120000.00,271.50,-1.25,0.75,G*15
 //

@@ -1,7 +1,7 @@
-// The maker's proprietary sentences, "$PKVN," and a message name: their types and the records they are decoded into.
+// The manufacturer's proprietary sentences, "$PKVN," and a message name: their types and records.
 //
 // Fields are numbered by their position in the sentence: 0 is "$PKVN", 1 the message name. A position whose meaning the
-// receiver's maker does not tell is named after its number, and its value is passed on as sent. Doubles that a sentence
+// manufacturer has not published is named after its number, and its value is passed on as sent. Doubles that a sentence
 // leaves empty hold `NA_DOUBLE`, unsigned fields all ones (geo/NotAvailable.h).
 #ifndef VELAGNSS_TEXTPROTO_VELA_PKVN_MESSAGES_H
 #define VELAGNSS_TEXTPROTO_VELA_PKVN_MESSAGES_H

@@ -1,5 +1,5 @@
-// This sentence is scanned as the receiver's maker scans it, with the C library's rules: a number may be followed by
-// any text. There is no checksum, so ranges are what keeps noise out.
+// This sentence is scanned by the rules of the C library: a number may be followed by any text. There is no checksum,
+// so ranges are what keeps noise out.
 #include "textproto/VelaRD_Decode.h"
 
 #include <cstddef>

@@ -13,8 +13,8 @@ namespace VelaRD_Messages {
 // is 345600 s of the week, 12, 1575.42, 3 and 17, 44.5, -0.25, 1.5, 31, 160, 7, and 3735928559 for the last; position 4
 // is not looked at.
 //
-// Members are named after their position in the sentence, 0 being "$RD1"; what the numbers measure is known to the
-// receiver's maker only. A sentence may end early: what it does not carry is 0.
+// Members are named after their position in the sentence, 0 being "$RD1"; the manufacturer has not published what the
+// numbers measure. A sentence may end early: what it does not carry is 0.
 struct S_IntSignalDiagMsg {
   double timeOfWeek;      // s, 0 to below 604800
   std::int64_t field2;    // 0 and up

@@ -64,7 +64,8 @@ void DeclareSelection(CLI::App& app, S_StreamArguments& stream) {
                  "only up to this time, which is excluded; times of day mean every day")
       ->option_text("TIME");
   app.add_option("--talker", stream.talkers,
-                 "of NMEA 0183 sentences only those of these talkers, GP,GN; P means proprietary")
+                 "only NMEA 0183 sentences of these talkers, as in GP,GN; P means proprietary;\nother protocols are "
+                 "not affected")
       ->option_text("LIST")
       ->allow_extra_args(false);
   app.parse_complete_callback([&stream] { ReadSelection(stream); });
@@ -112,7 +113,7 @@ void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
   app.add_flag("--acks", stream.acknowledgements,
                "also search for command acknowledgements; they have no checksum\nand swallow text up to the line end");
   app.add_flag("--listed-only", stream.listedOnly,
-               "take checked sentences and RTCM messages that are not in the catalog for noise");
+               "treat checked sentences and RTCM 3 messages that are not in the catalog as noise");
   app.add_option("--read-size", stream.input.readSize,
                  "bytes to read at once (default: 262144); the output does not depend on it")
       ->option_text("BYTES")
@@ -154,7 +155,7 @@ std::string FillFilter(const S_FilterArguments& arguments, const S_StreamArgumen
 
 void ReportIgnoredPeriod(const C_MessageFilter& filter) {
   if (filter.HasIgnoredPeriod())
-    ReportWarning("no time came before the messages that --msg gives a period: all of them are in the output");
+    ReportWarning("no time came before the messages for which --msg sets a period: all of them are in the output");
 }
 
 S_RunOptions RunOptions(const S_StreamArguments& stream) {

@@ -30,7 +30,7 @@ const S_CommandEntry* const kCommands[] = {
 };
 
 constexpr char kDescription[] =
-    "From the raw bytes of a GNSS receiver to checked frames and decoded records.\n\n"
+    "Turns the raw bytes of a GNSS receiver into checked frames and decoded records.\n\n"
     "Examples:\n"
     "  velagnss decode session.bin                    every frame as a JSON object per line\n"
     "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
@@ -104,12 +104,12 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
 // What is wrong with the first argument, where neither a command nor an option of the program is.
 std::string WrongWord(std::string_view word) {
   if (word.starts_with('-')) return fmt::format("unknown option '{}'", word);
-  constexpr std::size_t kMaxTypos = 2;
+  const std::size_t maxTypos = std::min<std::size_t>(2, word.size() / 2);
   std::string text = fmt::format("unknown command '{}'", word);
   const S_CommandEntry* const nearest = *std::min_element(
       std::begin(kCommands), std::end(kCommands),
       [word](const auto* a, const auto* b) { return EditDistance(word, a->name) < EditDistance(word, b->name); });
-  if (EditDistance(word, nearest->name) <= kMaxTypos) text += fmt::format(", did you mean '{}'?", nearest->name);
+  if (EditDistance(word, nearest->name) <= maxTypos) text += fmt::format(" (did you mean '{}'?)", nearest->name);
   return text;
 }
 

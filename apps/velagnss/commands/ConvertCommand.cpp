@@ -71,8 +71,8 @@ std::string FormatHelp() {
   std::string help = "what to write:\n";
   for (const S_Format& format : kFormats) help += fmt::format("  {:<10} {}\n", format.name, format.contents);
   return help +
-         "a track has a position per epoch; it comes from GGA, else GNS, RMC or GLL, in this order,\n"
-         "completed from the others of its epoch; without a fix there is none";
+         "a track has a position per epoch, from GGA, else GNS, RMC or GLL, in this order,\n"
+         "completed from the other sentences of the epoch; epochs without a fix are left out";
 }
 
 bool HasGroup(const S_Format& format, std::string_view group) {
@@ -119,7 +119,8 @@ std::string C_ConvertCommand::OptionOfOtherFormat(const S_Format& format) const 
 int C_ConvertCommand::Run() {
   const S_Format& format = *FindFormat(m_options.format);
   if (const std::string option = OptionOfOtherFormat(format); !option.empty())
-    return ReportUsage("convert", fmt::format("{} is not an option of --to {}", option, format.name));
+    return ReportUsage("convert", fmt::format("{} is not an option of --to {}{}", option, format.name,
+                                              option == "--seed" ? "; --date dates a track" : ""));
   if (const std::string objection = ObjectionForObs(m_options.rinex); format.make == &RinexObs && !objection.empty())
     return ReportUsage("convert", objection);
   return Convert(*format.make(m_options));
@@ -151,7 +152,7 @@ std::string FormatNames() { return JoinNames(kFormats, &S_Format::name); }
 
 const S_CommandEntry kConvertCommand = {
     "convert",
-    "The inputs in another program's format.\n\n"
+    "Convert the inputs to the format of other programs.\n\n"
     "Examples:\n"
     "  velagnss convert --to gpx -o track.gpx session.bin                   its track: gpx, kml, geojson, csv\n"
     "  velagnss convert --to nmea session.bin > session.nmea                only its NMEA sentences\n"

@@ -72,7 +72,7 @@ eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& ru
     constexpr std::string_view kNoEpoch = "is a sentence that epochs are made of, such as GGA, RMC or GSV";
     if (run.FramesSelected() > 0)
       ReportWarning(fmt::format("none of {} frames {}", run.FramesSelected(),
-                                m_lines.epochsOnly ? kNoEpoch : "passed --proto and --msg"));
+                                m_lines.epochsOnly ? kNoEpoch : "matches --proto or --msg"));
     else if (run.FramesFound() == 0 && run.BytesRead() > 0)
       ReportNoFrame(InputsText(m_stream.input), run.BytesRead());
     return eExitData;
@@ -87,7 +87,7 @@ eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& ru
 
 const S_CommandEntry kDecodeCommand = {
     "decode",
-    "Every frame as one JSON object per line.\n\n"
+    "Decode every frame to one JSON object per line.\n\n"
     "Examples:\n"
     "  velagnss decode session.bin                        all frames, all fields\n"
     "  velagnss decode --msg RMC:60,BIN95 session.bin     a position per minute, and GPS ephemerides\n"

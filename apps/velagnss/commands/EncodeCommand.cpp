@@ -124,7 +124,7 @@ int C_EncodeCommand::Run() {
 
 const S_CommandEntry kEncodeCommand = {
     "encode",
-    "NMEA 0183 sentences from the JSON Lines that 'decode' writes.\n\n"
+    "Encode the JSON Lines that 'decode' writes as NMEA 0183 sentences.\n\n"
     "Examples:\n"
     "  velagnss decode session.bin | velagnss encode      its NMEA sentences, byte for byte\n"
     "  velagnss decode --msg GGA a.bin | jq -c '.fields.hdop = 1' | velagnss encode      edited\n"

@@ -49,7 +49,7 @@ eExitCode C_FrameExtractor::Judge() const {
   ReportDetail(fmt::format("{} of {} frames extracted", m_extracted, m_found));
   ReportIgnoredPeriod(m_filter);
   if (m_extracted > 0) return eExitOk;
-  if (m_found > 0) ReportWarning(fmt::format("none of {} frames passed --proto and --msg", m_found));
+  if (m_found > 0) ReportWarning(fmt::format("none of {} frames matches --proto or --msg", m_found));
   return eExitData;
 }
 
@@ -83,7 +83,7 @@ int C_ExtractCommand::Run() {
   if (const std::string error = FillFilter(m_filter, m_stream, filter); !error.empty())
     return ReportUsage("extract", error);
   if (m_splitBy.empty()) return ToOneFile(filter);
-  if (m_output == "-") return ReportUsage("extract", "--split-by needs -o, with which the names of the files begin");
+  if (m_output == "-") return ReportUsage("extract", "--split-by needs -o: the names of the files begin with it");
   return ToFiles(filter);
 }
 
@@ -122,7 +122,7 @@ eExitCode C_ExtractCommand::CheckNames(const C_SplitOutput& files) const {
 
 const S_CommandEntry kExtractCommand = {
     "extract",
-    "The bytes of chosen frames as they came, a stream again.\n\n"
+    "Copy the selected frames, byte for byte, to a new stream.\n\n"
     "Examples:\n"
     "  velagnss extract --proto rtcm3 -o out.rtcm3 session.bin             its corrections\n"
     "  velagnss extract --split-by protocol -o out session.bin             out.nmea, out.rtcm3, ...\n"

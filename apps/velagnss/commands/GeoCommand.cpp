@@ -171,7 +171,7 @@ constexpr char kInverseHelp[] =
     "Examples:\n"
     "  velagnss geo inverse 48.2 11.4 -33.9 151.2         latitude longitude, twice\n"
     "  velagnss geo inverse --json < pairs.txt            one pair per line\n\n"
-    "The azimuth is taken at the first point, the back azimuth at the second one, towards the first; both count from\n"
+    "The azimuth is taken at the first point, the back azimuth at the second one, toward the first; both count from\n"
     "north through east. Points almost opposite each other on the Earth have no result.\n";
 constexpr char kLookHelp[] =
     "Azimuth, elevation and range of a target, and the target in the station's local frame.\n\n"
@@ -189,7 +189,7 @@ constexpr char kTimeHelp[] =
     "  velagnss geo time --json < times.txt               one time per line\n\n"
     "All times but those in UTC are GPS time. GPS time - UTC comes from a built-in table of leap seconds; its last "
     "entry\n"
-    "is 1 January 2017, 18 s.\n"
+    "is 18 s, from 1 January 2017 on.\n"
     "Dates from 6 January 1980 to 31 December 2100 are accepted.\n";
 
 class C_GeoCommand : public C_Command {
@@ -215,7 +215,7 @@ class C_GeoCommand : public C_Command {
 
 const S_CommandEntry kGeoCommand = {
     "geo",
-    "Calculations with coordinates and times, on values or lines of values.\n\n"
+    "Calculate with coordinates and times, given as values or as lines of values.\n\n"
     "Examples:\n"
     "  velagnss geo convert 48.2 11.4 560                 latitude, longitude, height to X, Y, Z\n"
     "  velagnss geo inverse 48.2 11.4 -33.9 151.2         distance and azimuths between two points\n"

@@ -93,9 +93,9 @@ class C_StatCommand : public C_Command {
     DeclareOutput(app, m_output);
     app.add_flag("--json", m_isJson, "one JSON object per input instead of a table, and one for the total of several");
     app.add_flag("--positions", m_hasPositions,
-                 "also positions computed from the observations and ephemerides of RTCM 3, and their errors");
+                 "also positions computed from RTCM 3 observations and ephemerides, and their errors");
     app.add_option("--max-bad", m_maxBadPercent,
-                   "exit with 1 when more than this percentage of an input's frames is damaged")
+                   "exit with 1 if more than this percentage of an input's frames is damaged")
         ->option_text("PERCENT")
         ->check(NumberBetween(0.0, 100.0, "a number from 0 to 100"));
     m_stream.input.progress = S_InputOptions::eProgress::Always;
@@ -124,7 +124,7 @@ class C_StatCommand : public C_Command {
 
 const S_CommandEntry kStatCommand = {
     "stat",
-    "What is in the inputs, how much of it is damaged, and where.\n\n"
+    "Report what the inputs contain, how much of it is damaged, and where.\n\n"
     "Examples:\n"
     "  velagnss stat session.bin                   counts, rates, gaps, stations, positions, damage\n"
     "  velagnss stat --positions base.rtcm3        is the base station where it says it is?\n"

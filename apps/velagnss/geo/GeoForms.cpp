@@ -196,11 +196,11 @@ eGeoOutcome TimeFromMjd(const t_GeoInputs& in, t_GeoOutputs& out) {
   return AllTimesOf(time + 0.0, out);
 }
 
-constexpr char kNoGeodetic[] = "no result: nearer than 500 km to the Earth's center, latitude and height mean nothing";
+constexpr char kNoGeodetic[] = "no result: within 500 km of the Earth's center, latitude and height have no meaning";
 constexpr char kNoGeodesic[] =
     "no result: the points are almost opposite each other on the Earth, where the method does not converge";
 constexpr char kNoDate[] = "not a day from 6 January 1980 to 31 December 2100";
-constexpr char kNoUtc[] = "not a day from 6 January 1980 to 31 December 2100, or there was no leap second";
+constexpr char kNoUtc[] = "not a day from 6 January 1980 to 31 December 2100, or a second 60 that is not a leap second";
 constexpr char kNoMjd[] = "the fraction is given twice: in the Modified Julian Date and after it";
 
 // clang-format off

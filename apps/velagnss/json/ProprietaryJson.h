@@ -1,4 +1,4 @@
-// Decoded sentences of the receiver's maker, "$PKVN," and "$RD1", as JSON members.
+// Decoded proprietary sentences, "$PKVN," and "$RD1", as JSON members.
 //
 // A field whose meaning is not known is named after its number, "field4", and keeps its value as sent.
 #ifndef VELAGNSS_APPS_PROPRIETARY_JSON_H

@@ -64,7 +64,7 @@ std::optional<std::string> C_FrameSelection::AddTalkers(std::string_view list) {
 bool C_FrameSelection::HasTalker(const velagnss::Frame& frame) const {
   if (m_talkers.empty() || frame.protocol != C_RawDataMessage::eNMEA0183) return true;
   const std::string_view address(reinterpret_cast<const char*>(frame.data) + 1, frame.length - std::size_t{1});
-  // NMEA 0183 reserves the letter P for addresses of a maker's own.
+  // NMEA 0183 reserves the letter P for proprietary addresses.
   const std::string_view talker = address.substr(0, address.starts_with('P') ? 1 : kTalkerSize);
   return std::find(m_talkers.begin(), m_talkers.end(), talker) != m_talkers.end();
 }

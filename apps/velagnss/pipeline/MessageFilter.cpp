@@ -44,7 +44,7 @@ std::optional<std::string> C_MessageFilter::AddMessage(std::string_view item) {
   const std::size_t colon = item.find(':');
   double period = 0;
   if (colon != std::string_view::npos && !ParsePeriod(item.substr(colon + 1), period))
-    return fmt::format("'{}': after ':' comes a period, a number of seconds, as in GGA:10", item);
+    return fmt::format("'{}': what follows ':' must be a number of seconds, as in GGA:10", item);
   std::vector<S_MessageKey> keys = FindMessages(item.substr(0, colon));
   const auto unlisted = m_acceptsUnlisted ? FindUnlisted(item.substr(0, colon)) : std::nullopt;
   if (unlisted) keys.push_back(*unlisted);

@@ -126,10 +126,10 @@ void C_RecordRun::Finish() {
 
 void C_RecordRun::ReportSelection() const {
   if (m_selection.Window().IsSet() && !m_hasTime)
-    ReportWarning(fmt::format("--from and --until have nothing to go by: the input carries no {}",
+    ReportWarning(fmt::format("--from and --until cannot be applied: the input carries no {}",
                               m_selection.Window().HasDates() ? "date" : "time"));
   else if (m_framesSelected == 0)
-    ReportWarning(fmt::format("none of {} frames is within --from, --until and --talker", m_framesFound));
+    ReportWarning(fmt::format("--from, --until and --talker leave none of {} frames", m_framesFound));
 }
 
 eExitCode C_RecordRun::Judge() const {

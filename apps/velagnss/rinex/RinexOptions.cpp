@@ -19,7 +19,8 @@ namespace {
 auto HeaderText(std::size_t width) {
   return [width](const std::string& text) -> std::string {
     const bool isPrintable = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
-    return isPrintable && text.size() <= width ? "" : fmt::format("at most {} printable ASCII characters", width);
+    return isPrintable && text.size() <= width ? ""
+                                               : fmt::format("must be at most {} printable ASCII characters", width);
   };
 }
 
@@ -34,7 +35,7 @@ std::string CheckSystems(const std::string& list) {
 auto HeaderTexts(std::size_t count) {
   return [count](const std::string& list) -> std::string {
     const std::vector<std::string_view> items = SplitList(list);
-    if (items.size() > count) return fmt::format("at most {} texts, separated by commas", count);
+    if (items.size() > count) return fmt::format("must be at most {} texts, separated by commas", count);
     for (const std::string_view item : items)
       if (std::string error = HeaderText(kHeaderNameWidth)(std::string(item)); !error.empty()) return error;
     return {};
@@ -45,12 +46,13 @@ std::string CheckPosition(const std::string& list) {
   constexpr double kLeast = 6.3e6, kGreatest = 6.5e6;  // m from the center of the Earth
   const std::optional<std::array<double, 3>> xyz = ReadPosition(list);
   const double radius = xyz ? std::hypot((*xyz)[0], (*xyz)[1], (*xyz)[2]) : 0;
-  return radius > kLeast && radius < kGreatest ? "" : "must be X,Y,Z of a place on the Earth, in meters";
+  return radius > kLeast && radius < kGreatest ? ""
+                                               : "must be X,Y,Z of a place on the Earth, in meters, not '" + list + "'";
 }
 
 std::string CheckObsTypes(const std::string& list) {
   const std::size_t system = list.size() > 1 && list[1] == ':' ? NavSystemWith(list[0]) : kNumNavSystems;
-  if (system == kNumNavSystems) return "must begin with the letter of a system, as in G:C1C,L1C";
+  if (system == kNumNavSystems) return "must begin with the letter of a system, as in G:C1C,L1C, not '" + list + "'";
   for (const std::string_view code : SplitList(std::string_view(list).substr(2)))
     if (code.size() != 3 || kObsKindLetters.find(code[0]) == std::string_view::npos ||
         !IsSignal(list[0], {code[1], code[2]}))
@@ -62,12 +64,12 @@ std::string CheckObsTypes(const std::string& list) {
 std::string CheckInterval(const std::string& text) {
   double seconds = 0;
   const bool isNumber = ParseWhole(text, seconds) && seconds >= 0.1 && seconds <= kSecondsPerDay;
-  return isNumber ? "" : "must be a number of seconds from 0.1 to 86400";
+  return isNumber ? "" : "must be a number of seconds from 0.1 to 86400, not '" + text + "'";
 }
 
 std::string CheckStation(const std::string& text) {
   unsigned int number = 0;
-  return ParseWhole(text, number) && number <= 4095 ? "" : "must be a whole number from 0 to 4095";
+  return ParseWhole(text, number) && number <= 4095 ? "" : "must be a whole number from 0 to 4095, not '" + text + "'";
 }
 
 void DeclareObsOptions(CLI::App& app, S_RinexOptions& options) {
@@ -81,7 +83,8 @@ void DeclareObsOptions(CLI::App& app, S_RinexOptions& options) {
       ->option_text("TEXTS")
       ->check(HeaderTexts(3))
       ->group(group);
-  app.add_option("--antenna", options.antenna, "number and type of the antenna, likewise")
+  app.add_option("--antenna", options.antenna,
+                 "number and type of the antenna, separated by a comma\n(default: those in the stream)")
       ->option_text("TEXTS")
       ->check(HeaderTexts(2))
       ->group(group);
@@ -90,7 +93,8 @@ void DeclareObsOptions(CLI::App& app, S_RinexOptions& options) {
       ->option_text("X,Y,Z")
       ->check(&CheckPosition)
       ->group(group);
-  app.add_option("--station", options.station, "number of the reference station (default: the first one)")
+  app.add_option("--station", options.station,
+                 "number of the reference station (default: the first one that sends observations)")
       ->option_text("NUMBER")
       ->check(&CheckStation)
       ->group(group);
@@ -107,7 +111,7 @@ void DeclareObsOptions(CLI::App& app, S_RinexOptions& options) {
       ->option_text("1h|1d")
       ->check(OneOf({"1h", "1d"}))
       ->group(group);
-  app.add_option("--interval", options.interval, "only epochs at multiples of so many seconds")
+  app.add_option("--interval", options.interval, "only epochs at multiples of this many seconds of GPS time")
       ->option_text("SECONDS")
       ->check(&CheckInterval)
       ->group(group);
@@ -137,7 +141,8 @@ t_ObsTypes ReadObsTypes(const std::vector<std::string>& lists) {
 std::string ObjectionForObs(const S_RinexOptions& options) {
   constexpr std::size_t kAgencyWidth = 40;
   if (!options.split.empty() && !options.hasAutoNames) return "--split needs --auto-name";
-  return options.agency.size() <= kAgencyWidth ? "" : fmt::format("--agency: at most {} characters", kAgencyWidth);
+  return options.agency.size() <= kAgencyWidth ? ""
+                                               : fmt::format("--agency: must be at most {} characters", kAgencyWidth);
 }
 
 void DeclareRinexOptions(CLI::App& app, S_RinexOptions& options) {

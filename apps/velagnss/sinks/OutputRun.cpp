@@ -82,7 +82,7 @@ eExitCode C_OutputRun::OpenFiles(const std::string& directory, bool areCompresse
   m_directory = directory;
   m_areCompressed = areCompressed;
   if (!std::filesystem::is_directory(directory)) {
-    ReportError(fmt::format("{}: is not a directory", directory));
+    ReportError(fmt::format("{}: is not a directory; create it, or give another one with -o", directory));
     return eExitOutput;
   }
   return Open("/dev/null", input);
