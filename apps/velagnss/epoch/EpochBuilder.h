@@ -27,7 +27,7 @@ namespace Host {
 // Observations form epochs by station, see C_ObservationEpochs. If they are those of the receiver that sends the
 // sentences, they and the sentences of the same time are one epoch. They are not if their time is that of no sentence,
 // if a sentence names the station as the source of its corrections, or if the station's coordinates are farther than
-// 100 m from the position.
+// 100 m from the position, height aside.
 class C_EpochBuilder {
  public:
   using t_Sink = std::function<void(const S_Epoch& epoch)>;
