@@ -95,6 +95,13 @@ TEST_F(Program, ShowsAnEpoch) {
     {"system":"sbas","number":120,"nmea_id":33,"elevation_deg":null,"azimuth_deg":null,"used":true,"signals":[]}]})"));
 }
 
+TEST_F(Program, DatesTheEpochBeforeAGap) {
+  Write(
+      "in",
+      Stream("GNRMC,235900,A,0700.00,N,00800.00,E,,,311224,,,A,V|GNRMC,120000,A,0700.00,N,00800.00,E,,,050125,,,A,V|"));
+  EXPECT_THAT(Run("velagnss decode --epochs-only -n 1 in").output, testing::HasSubstr("2024-12-31T23:59:00Z"));
+}
+
 struct S_SatelliteCase {
   const char* name;
   const char* talker;
