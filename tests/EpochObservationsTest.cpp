@@ -135,6 +135,18 @@ TEST_F(Program, ShowsAnEpochOfAStation) {
 
 // --- Directions ---
 
+velagnss::Rtcm3Observations ObservedGps5() {
+  velagnss::Rtcm3Observations observations;
+  observations.time.week = constellation::kWeek;
+  observations.time.seconds = constellation::kToe;
+  observations.numSatellites = observations.numSignals = 1;
+  observations.satellites[0].system = ALGO::GNSS_GPS;
+  observations.satellites[0].svId = 5;
+  observations.signals[0].phaseRange = 2e7;
+  observations.signals[0].code[0] = '1', observations.signals[0].code[1] = 'C';
+  return observations;
+}
+
 // An antenna on the line from the center of the Earth to a satellite, `side` 1 below it and -1 on the other side.
 Host::S_Epoch SeenFrom(int side) {
   velagnss::StreamClock clock;
@@ -155,15 +167,7 @@ Host::S_Epoch SeenFrom(int side) {
   velagnss::Rtcm3Station station;
   station.x = scale * state.position.X(), station.y = scale * state.position.Y(),
   station.z = scale * state.position.Z();
-  velagnss::Rtcm3Observations observations;
-  observations.time.week = constellation::kWeek;
-  observations.time.seconds = constellation::kToe;
-  observations.numSatellites = observations.numSignals = 1;
-  observations.satellites[0].system = ALGO::GNSS_GPS;
-  observations.satellites[0].svId = 5;
-  observations.signals[0].phaseRange = 2e7;
-  observations.signals[0].code[0] = '1', observations.signals[0].code[1] = 'C';
-  take(observations);
+  take(ObservedGps5());
   take(ephemeris);
   take(station);
   epochs.Finish(clock);
