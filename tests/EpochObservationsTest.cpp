@@ -82,6 +82,7 @@ const S_StreamCase kStreams[] = {
     {"LeapSecondsOfTheDate", Gps(0) + Date(57485) + Gps(1), "59:43Z 7 gps5:1/1C/45\n59:44Z 7 gps5:1/1C/45\n"},
     {"ObservationsFirst", Gps(0) + Rmc(42) + kGsv + kGsv5 + Gps(1) + Rmc(43),
      "59:42Z 7 gps5:1/1C/45:8/-/41\n59:43Z 7 gps5:1/1C/45\n"},
+    {"GsvAfterBoth", Rmc(42) + Gps(0) + Gps(1) + kGsv, "59:42Z 7 gps5:1/1C/45\n59:43Z 7 gps5:1/1C/45\n"},
     {"SentencesFirst", Rmc(42) + kGsa + kGsv + Gps(0) + Rmc(43) + Gps(1),
      "59:42Z 7 gps5:1/1C/45\n59:43Z 7 gps5:1/1C/45\n"},
     {"SkyFirst", kGsv + Rmc(42) + Gps(0) + kGsv + Gps(1) + Rmc(43), "59:42Z 7 gps5:1/1C/45\n59:43Z 7 gps5:1/1C/45\n"},

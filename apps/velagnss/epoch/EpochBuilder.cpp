@@ -203,7 +203,7 @@ void C_EpochBuilder::AddSignal(S_EpochSatellite& satellite, unsigned char signal
   const auto found = std::find_if(signals.begin(), signals.end(),
                                   [signalId](const S_EpochSignal& signal) { return signal.nmeaId == signalId; });
   if (found != signals.end() && !IsNotAvailable(signalId)) {
-    found->cn0 = cn0;
+    if (found->code.empty() || IsNotAvailable(found->cn0)) found->cn0 = cn0;
   } else {
     Host::AddSignal(satellite, {std::string(NameOfSignal(satellite.system, signalId)), signalId, cn0, {}});
   }
