@@ -87,11 +87,19 @@ TEST_F(Program, ShowsAnEpoch) {
     "altitude_m":null,"geoid_separation_m":null,"mode":"differential","satellites_used":null,"speed_knots":5.5,
     "course_true_deg":90.5,"fix_type":"3d","pdop":1.5,"hdop":1.0,"vdop":1.1,"accuracy":{"range_rms_m":1.5,
     "semi_major_m":2.5,"semi_minor_m":3.5,"orientation_deg":4.5,"latitude_deviation_m":5.5,"longitude_deviation_m":6.5,
-    "altitude_deviation_m":7.5},"satellites":[
+    "altitude_deviation_m":7.5},"station":null,"satellites":[
     {"system":"gps","number":5,"nmea_id":5,"elevation_deg":40,"azimuth_deg":83,"used":true,"signals":[
-      {"signal":"L1 C/A","signal_id":1,"cn0_dbhz":46.0},{"signal":"L5-Q","signal_id":8,"cn0_dbhz":41.0}]},
+      {"signal":"L1 C/A","signal_id":1,"code":null,"cn0_dbhz":46.0},
+      {"signal":"L5-Q","signal_id":8,"code":null,"cn0_dbhz":41.0}]},
     {"system":"glonass","number":6,"nmea_id":70,"elevation_deg":null,"azimuth_deg":null,"used":true,"signals":[]},
     {"system":"sbas","number":120,"nmea_id":33,"elevation_deg":null,"azimuth_deg":null,"used":true,"signals":[]}]})"));
+}
+
+TEST_F(Program, DatesTheEpochBeforeAGap) {
+  Write(
+      "in",
+      Stream("GNRMC,235900,A,0700.00,N,00800.00,E,,,311224,,,A,V|GNRMC,120000,A,0700.00,N,00800.00,E,,,050125,,,A,V|"));
+  EXPECT_THAT(Run("velagnss decode --epochs-only -n 1 in").output, testing::HasSubstr("2024-12-31T23:59:00Z"));
 }
 
 struct S_SatelliteCase {

@@ -83,7 +83,7 @@ const S_ExitCase kExits[] = {
     {"StrictAndGood",       "head -c 171 $S | velagnss decode --strict",        0, kNone},
     {"PeriodWithoutTime",   "velagnss decode --search jrox --msg JROX:10 $S",    0, "no time came before"},
     {"ExtractsWithoutTime", "velagnss extract --search jrox --msg JROX:10 $S",   0, "no time came before"},
-    {"NoEpoch",             "velagnss decode --epochs-only --talker XX $S",     1, "that epochs are made of"},
+    {"NoEpoch",             "velagnss decode --epochs-only --search jrox $S",   1, "belongs to an epoch"},
     {"NotAChoice",          "velagnss extract --split-by day -o o $S",          2, "must be protocol, not 'day'"},
     {"PeriodWithTime",      "velagnss decode --msg JROX:10,GGA:10 $S",          0, kNone},
     {"StatNoise",           "head -c 1000 /dev/zero | velagnss stat",           1, "no frame in 1000 bytes"},

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "Cases.h"
+#include "ObservationFrames.h"
 #include "ProgramRun.h"
 #include "RinexReader.h"
-#include "Rtcm3Bits.h"
 
 namespace {
 
@@ -16,49 +16,6 @@ using testing::IsEmpty;
 
 // --- Streams ---
 
-constexpr std::uint32_t kNoon = 345600000 + 43200000;  // ms of the week: a Thursday, 16 May 2024 in week 2314
-
-struct S_Cell {
-  unsigned int satellite = 5;
-  unsigned int lock = 600;  // indicator of MSM7: more than an hour
-  unsigned int half = 0;
-  int phase = 0;    // 2^-31 ms, beside the rough range
-  int channel = 5;  // of GLONASS, as sent: plus 7
-};
-
-// MSM7 and MSM6 of one signal, every satellite at 75.5 light-milliseconds: 22634330.579 m, 118944210 cycles of
-// 1575.42 MHz. The range grows by -1000 m/s: a Doppler of 5255.035 Hz. 45 dB-Hz.
-std::string Msm(unsigned int number, std::uint32_t time, const std::vector<S_Cell>& cells, unsigned int signal = 2,
-                unsigned int station = 7) {
-  const bool isGlonass = number / 10 == 108;
-  const bool hasRate = number % 10 == 7;
-  Rtcm3Bits bits{{number, 12}, {station, 12}};
-  if (isGlonass) {  // Moscow time, leap seconds in
-    const std::uint32_t moscow = time + 10800000 - 18000;
-    bits.Put(moscow / 86400000, 3).Put(moscow % 86400000, 27);
-  } else {
-    bits.Put(time, 30);
-  }
-  std::uint64_t mask = 0;
-  for (const S_Cell& cell : cells) mask |= 1ULL << (64 - cell.satellite);
-  bits.Put(0, 1 + 18).Put(static_cast<std::int64_t>(mask), 64).Put(1U << (32 - signal), 32);
-  bits.Put(-1, static_cast<unsigned int>(cells.size()));
-  const auto column = [&](unsigned int width, auto value) {
-    for (const S_Cell& cell : cells) bits.Put(value(cell), width);
-  };
-  column(8, [](const S_Cell&) { return 75; });
-  if (hasRate) column(4, [](const S_Cell& c) { return c.channel; });
-  column(10, [](const S_Cell&) { return 512; });
-  if (hasRate) column(14, [](const S_Cell&) { return -1000; });
-  column(20, [](const S_Cell&) { return 0; });
-  column(24, [](const S_Cell& c) { return c.phase; });
-  column(10, [](const S_Cell& c) { return static_cast<int>(c.lock); });
-  column(1, [](const S_Cell& c) { return static_cast<int>(c.half); });
-  column(10, [](const S_Cell&) { return 45 * 16; });
-  if (hasRate) column(15, [](const S_Cell&) { return 0; });
-  return RtcmFrame(bits.Payload());
-}
-
 // GPS L1 of 1002, 75.5 light-milliseconds as well: 149896.22 m in units of 0.02 m beside the whole ones.
 std::string Legacy(std::uint32_t time) {
   Rtcm3Bits bits{{1002, 12}, {7, 12}, {time, 30}, {0, 1}, {1, 5}, {0, 4}};
@@ -66,14 +23,6 @@ std::string Legacy(std::uint32_t time) {
   return RtcmFrame(bits.Payload());
 }
 
-// 1013: 12:00:00 UTC of a day, 18 leap seconds.
-std::string Date(unsigned int mjd = 60446) {
-  return RtcmFrame(Rtcm3Bits{{1013, 12}, {7, 12}, {mjd, 16}, {43200, 17}, {0, 5}, {18, 8}}.Payload());
-}
-std::string Position(std::int64_t x = 63781370000, unsigned int station = 7) {
-  Rtcm3Bits bits{{1006, 12}, {station, 12}, {0, 6 + 4}};
-  return RtcmFrame(bits.Put({{x, 38}, {0, 2}, {1, 38}, {0, 2}, {-2, 38}, {15000, 16}}).Payload());
-}
 std::string Antenna(std::string_view name) {
   Rtcm3Bits bits{{1008, 12}, {7, 12}, {static_cast<std::int64_t>(name.size()), 8}};
   return RtcmFrame(bits.PutText(name).Put(0, 8).Put(2, 8).PutText("42").Payload());

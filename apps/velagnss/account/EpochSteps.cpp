@@ -1,12 +1,14 @@
 #include "apps/velagnss/account/EpochSteps.h"
 
+#include "apps/velagnss/pipeline/Observations.h"
+
 namespace Host {
 namespace {
 
 constexpr double kGapFactor = 1.5;        // of the interval
 constexpr std::size_t kMaxSteps = 10000;  // different lengths that are counted
 constexpr long kMaxLate = 10000;          // ms that a sentence may be late, as in tracks
-constexpr long kMaxApart = 4;             // ms between the times of one epoch in messages of different systems
+constexpr long kMaxApart = kSameEpoch - 1;
 constexpr std::size_t kMaxStepsKept = 1000;
 
 }  // namespace

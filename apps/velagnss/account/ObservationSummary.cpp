@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "apps/velagnss/pipeline/Observations.h"
 #include "apps/velagnss/text/Units.h"
 #include "geo/LeapSeconds.h"
 
@@ -88,8 +89,7 @@ void C_ObservationSummary::Add(const Rtcm3Observations& record) {
   for (unsigned int i = 0; i < record.numSignals; ++i) {
     const Rtcm3Signal& signal = record.signals[i];
     const Rtcm3Satellite& satellite = record.satellites[signal.satellite];
-    const bool isObserved = !IsNotAvailable(signal.data.Pseudorange) || !IsNotAvailable(signal.phaseRange);
-    if (!isObserved || signal.code[0] == '\0') continue;
+    if (!IsObserved(signal) || signal.code[0] == '\0') continue;
     S_SystemSummary& system = SystemOf(satellite.system);
     auto& entry =
         Find(system.signals, std::string_view(signal.code), [](const S_SignalSummary& s) { return s.Code(); });

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "apps/velagnss/pipeline/Ephemerides.h"
 #include "apps/velagnss/text/Units.h"
 #include "geo/NotAvailable.h"
 #include "geo/PointCoordinate.h"
@@ -18,19 +19,6 @@ S_PointStation StationOf(const velagnss::Rtcm3Station& record) {
   return {record.station, point.Cartesian(), geodetic.X(), geodetic.Y(), geodetic.Z()};
 }
 
-// What an ephemeris brings to the store. Other records bring nothing.
-struct S_EphemerisTaker {
-  velagnss::EphemerisStore& store;
-  bool isWeekKnown;
-
-  void operator()(const velagnss::Rtcm3KeplerEphemeris& record) const { store.Note(record, isWeekKnown); }
-  void operator()(const velagnss::Rtcm3PvaEphemeris& record) const { store.Note(record.ephemeris, isWeekKnown); }
-  void operator()(const S_IFKeplerEphRec& record) const { store.Note(record, isWeekKnown); }
-  void operator()(const S_IFPvaEphRec& record) const { store.Note(record, isWeekKnown); }
-  template <class Other>
-  void operator()(const Other&) const {}
-};
-
 }  // namespace
 
 void C_PointReport::BeginInput(const std::string&) {
@@ -40,7 +28,7 @@ void C_PointReport::BeginInput(const std::string&) {
 
 void C_PointReport::OnFrame(const S_FrameRecord& record) {
   const velagnss::Record& contents = record.decoded.record;
-  std::visit(S_EphemerisTaker{m_engine->ephemerides, !record.decoded.isWeekUnresolved}, contents);
+  NoteEphemeris(m_engine->ephemerides, record.decoded);
   if (const auto* station = std::get_if<velagnss::Rtcm3Station>(&contents)) Note(*station);
   if (const auto* observations = std::get_if<velagnss::Rtcm3Observations>(&contents))
     Wait(m_engine->epochs.Note(*observations));

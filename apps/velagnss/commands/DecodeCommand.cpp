@@ -69,7 +69,7 @@ eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& ru
                            lines.FramesWritten(), lines.DataErrors()));
   ReportIgnoredPeriod(lines.Filter());
   if (lines.FramesWritten() == 0) {
-    constexpr std::string_view kNoEpoch = "is a sentence that epochs are made of, such as GGA, RMC or GSV";
+    constexpr std::string_view kNoEpoch = "belongs to an epoch, as GGA, RMC, GSV and RTCM 3 observations do";
     if (run.FramesSelected() > 0)
       ReportWarning(fmt::format("none of {} frames {}", run.FramesSelected(),
                                 m_lines.epochsOnly ? kNoEpoch : "matches --proto or --msg"));

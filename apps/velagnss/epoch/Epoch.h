@@ -1,6 +1,6 @@
 // What a receiver said of one epoch: position, quality, and the sky.
 //
-// Nothing here depends on where the values came from, so that sentences and RTCM 3 can both fill it.
+// Nothing here depends on where the values came from: sentences and observations of RTCM 3 both fill it.
 #ifndef VELAGNSS_APPS_EPOCH_H
 #define VELAGNSS_APPS_EPOCH_H
 
@@ -21,16 +21,26 @@ struct S_EpochSignal {
   std::string name;              // "L1 C/A"; empty when it is not known
   unsigned char nmeaId = NA_U8;  // NMEA signal id
   double cn0 = NA_DOUBLE;        // dB-Hz
+  std::string code;              // RINEX band and attribute; empty when only sentences have the signal
 };
 
 struct S_EpochSatellite {
   ALGO::eGNSSSystem system = ALGO::GNSS_UNKNOWN;
   unsigned int number = 0;          // of its system: PRN (SBAS 120 to 158, QZSS from 193 on), GLONASS slot
-  unsigned char nmeaId = NA_U8;     // as NMEA 0183 numbers it
+  unsigned char nmeaId = NA_U8;     // as a sentence numbers it
   unsigned char elevation = NA_U8;  // degrees
   unsigned short azimuth = NA_U16;  // degrees
   std::optional<bool> isUsed;       // in the position; nothing when no sentence of the epoch says so
   std::vector<S_EpochSignal> signals;
+};
+
+// The reference station whose observations are in an epoch.
+struct S_EpochStation {
+  unsigned short number = 0;
+  double latitude = NA_DOUBLE;        // degrees, of the antenna reference point, as are the next two
+  double longitude = NA_DOUBLE;       // degrees, -180 to 180
+  double height = NA_DOUBLE;          // m above the ellipsoid
+  std::vector<std::string> messages;  // names of those with its observations, in their order
 };
 
 struct S_Epoch {
@@ -46,8 +56,22 @@ struct S_Epoch {
   double vdop = NA_DOUBLE;
   std::optional<velagnss::GstRecord> accuracy;
 
+  std::optional<S_EpochStation> station;     // nothing without observations
   std::vector<S_EpochSatellite> satellites;  // by system and number
 };
+
+// A satellite of an epoch, added if it is new; null when there are more than any receiver tracks, so that no stream
+// takes memory without end.
+S_EpochSatellite* SatelliteOf(S_Epoch& epoch, ALGO::eGNSSSystem system, unsigned int number);
+
+// Adds a signal, within the same limit.
+void AddSignal(S_EpochSatellite& satellite, const S_EpochSignal& signal);
+
+void SortSatellites(S_Epoch& epoch);
+
+// Adds what a receiver observed to the epoch of its sentences. C/N0 is that of the observations, which have fractions
+// where GSV has whole numbers; angles are those of the sentences.
+void AddObservations(S_Epoch& epoch, const S_Epoch& observed);
 
 }  // namespace Host
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
 
 #include "apps/velagnss/epoch/NmeaSatellites.h"
+#include "apps/velagnss/pipeline/Observations.h"
 #include "apps/velagnss/pipeline/RecordTime.h"
 #include "apps/velagnss/text/Units.h"
 
@@ -16,9 +16,10 @@ using velagnss::GstRecord;
 constexpr double kMaxLate = 10;  // s
 constexpr double kNear = 0.5;    // s
 
+// Farther than any fix is off, nearer than most reference stations are, m.
+constexpr double kMaxDistance = 100;
+
 // More than any receiver sends, so that no stream takes memory without end.
-constexpr std::size_t kMaxSatellites = 512;
-constexpr std::size_t kMaxSignals = 32;  // of a satellite
 constexpr std::size_t kMaxPending = 256;
 constexpr std::size_t kMaxKeys = 256;
 
@@ -61,10 +62,36 @@ double StepOf(double from, double to) {
   return step > kSecondsPerDay / 2 ? step - kSecondsPerDay : step;
 }
 
+// GST has a time that the clock has not noted. A leap second is beyond the end of its day.
+double MidnightBefore(double timeOfDay, const velagnss::StreamClock& clock) {
+  const double now = clock.Seconds();
+  return now + StepOf(clock.UtcOf(now).secondsOfDay, timeOfDay) - timeOfDay;
+}
+
+void NoteCorrections(const velagnss::Record& record, std::optional<unsigned short>& station) {
+  const auto note = [&station](const auto& sentence) {
+    if constexpr (requires { sentence.referenceStation; })
+      if (!IsNotAvailable(sentence.referenceStation)) station = sentence.referenceStation;
+  };
+  std::visit(note, record);
+}
+
+C_PointCoordinate PointAt(double latitude, double longitude, double height) {
+  C_PointCoordinate point(C_PointCoordinate::COORD_GEODETIC, latitude * kRadiansPerDegree,
+                          longitude * kRadiansPerDegree, height);
+  point.ConvertToAllInternal();
+  return point;
+}
+
 }  // namespace
 
-void C_EpochBuilder::Take(const velagnss::Frame& frame, const velagnss::Record& record,
-                          const velagnss::StreamClock& clock) {
+void C_EpochBuilder::Take(const S_FrameRecord& record) {
+  m_observations.Take(record);
+  TakeSentence(record.frame, record.decoded.record, record.clock);
+}
+
+void C_EpochBuilder::TakeSentence(const velagnss::Frame& frame, const velagnss::Record& record,
+                                  const velagnss::StreamClock& clock) {
   const auto take = [&](const auto& untimed) {
     m_isRest = m_isRest || (m_isFirstFrame && (frame.offset > 0 || IsLaterPage(untimed)));
     TakeUntimed(frame.offset, untimed, clock);
@@ -93,10 +120,14 @@ void C_EpochBuilder::TakeTimed(const velagnss::Frame& frame, const velagnss::Rec
   Begin(frame.offset);
   AddPending();
   m_hasTimed = true;
-  if (!IsNotAvailable(timeOfDay)) m_epoch.timeOfDay = timeOfDay;
+  if (!IsNotAvailable(timeOfDay)) {
+    m_epoch.timeOfDay = timeOfDay;
+    m_midnight = MidnightBefore(timeOfDay, clock);
+  }
   if (m_keys.size() < kMaxKeys) m_keys.push_back(key);
   m_last = key;
   m_position.Take(record);
+  NoteCorrections(record, m_corrections);
   if (const auto* gst = std::get_if<GstRecord>(&record); gst != nullptr && !m_epoch.accuracy) m_epoch.accuracy = *gst;
 }
 
@@ -172,9 +203,9 @@ void C_EpochBuilder::AddSignal(S_EpochSatellite& satellite, unsigned char signal
   const auto found = std::find_if(signals.begin(), signals.end(),
                                   [signalId](const S_EpochSignal& signal) { return signal.nmeaId == signalId; });
   if (found != signals.end() && !IsNotAvailable(signalId)) {
-    found->cn0 = cn0;
-  } else if (signals.size() < kMaxSignals) {
-    signals.push_back({std::string(NameOfSignal(satellite.system, signalId)), signalId, cn0});
+    if (found->code.empty() || IsNotAvailable(found->cn0)) found->cn0 = cn0;
+  } else {
+    Host::AddSignal(satellite, {std::string(NameOfSignal(satellite.system, signalId)), signalId, cn0, {}});
   }
 }
 
@@ -182,32 +213,49 @@ void C_EpochBuilder::AddSignal(S_EpochSatellite& satellite, unsigned char signal
 S_EpochSatellite* C_EpochBuilder::Satellite(ALGO::eGNSSSystem system, unsigned char id) {
   if (IsNotAvailable(id) || id == 0) return nullptr;
   const S_SatelliteName name = SatelliteOf(system, id);
-  std::vector<S_EpochSatellite>& satellites = m_epoch.satellites;
-  const auto isIt = [&name](const S_EpochSatellite& s) { return s.system == name.system && s.number == name.number; };
-  const auto found = std::find_if(satellites.begin(), satellites.end(), isIt);
-  if (found != satellites.end()) return &*found;
-  if (satellites.size() >= kMaxSatellites) return nullptr;
-  S_EpochSatellite& satellite = satellites.emplace_back();
-  satellite.system = name.system;
-  satellite.number = name.number;
-  satellite.nmeaId = id;
-  return &satellite;
+  S_EpochSatellite* const satellite = SatelliteOf(m_epoch, name.system, name.number);
+  if (satellite != nullptr && IsNotAvailable(satellite->nmeaId)) satellite->nmeaId = id;
+  return satellite;
+}
+
+void C_EpochBuilder::TakeObserved(const S_Epoch& observed) {
+  if (AreOfThisEpoch(observed)) return AddObservations(m_epoch, observed);
+  m_sink(observed);
+}
+
+bool C_EpochBuilder::AreOfThisEpoch(const S_Epoch& observed) const {
+  constexpr double kMsPerSecond = 1000;
+  if (m_epoch.station || IsNotAvailable(m_epoch.timeOfDay) || std::isnan(observed.timeOfDay)) return false;
+  const double step = StepOf(m_epoch.timeOfDay, observed.timeOfDay);
+  return std::abs(std::lround(step * kMsPerSecond)) < kSameEpoch && !AreOfAnotherReceiver(*observed.station);
+}
+
+// 0 is what receivers send that know no number.
+bool C_EpochBuilder::AreOfAnotherReceiver(const S_EpochStation& station) const {
+  if (station.number != 0 && m_corrections == station.number) return true;
+  const std::optional<S_Position> position = m_position.Best();
+  if (!position || IsNotAvailable(station.height)) return false;
+  C_PointCoordinate receiver = PointAt(position->latitude, position->longitude, station.height);
+  C_PointCoordinate antenna = PointAt(station.latitude, station.longitude, station.height);
+  return (receiver.Cartesian() - antenna.Cartesian()).Norm() > kMaxDistance;
 }
 
 void C_EpochBuilder::Close(const velagnss::StreamClock& clock) {
   if (m_isOpen) {
-    m_epoch.mjd = clock.UtcOfTimeOfDay(m_epoch.timeOfDay).mjd;
+    const auto fits = [this](const S_Epoch& observed) { return AreOfThisEpoch(observed); };
+    if (const auto observed = m_observations.TakeOut(fits, clock)) AddObservations(m_epoch, *observed);
+    if (!IsNotAvailable(m_epoch.timeOfDay)) m_epoch.mjd = clock.UtcOf(m_midnight + kSecondsPerDay / 2).mjd;
     m_epoch.hasPosition = !m_position.IsEmpty();
     m_epoch.position = m_position.Best();
     if (m_epoch.position && IsNotAvailable(m_epoch.hdop)) m_epoch.hdop = m_epoch.position->hdop;
     for (S_EpochSatellite& satellite : m_epoch.satellites)
       if (m_saysWhatIsUsed && !satellite.isUsed) satellite.isUsed = false;
-    std::sort(m_epoch.satellites.begin(), m_epoch.satellites.end(),
-              [](const auto& a, const auto& b) { return std::tie(a.system, a.number) < std::tie(b.system, b.number); });
+    SortSatellites(m_epoch);
     m_sink(m_epoch);
   }
   m_epoch = {};
   m_position = {};
+  m_corrections.reset();
   m_keys.clear();
   m_last.clear();
   m_isOpen = m_hasTimed = m_isRest = m_saysWhatIsUsed = false;
@@ -217,6 +265,7 @@ void C_EpochBuilder::Finish(const velagnss::StreamClock& clock) {
   Close(clock);
   AddPending();
   Close(clock);
+  m_observations.Finish(clock);
   m_isFirstFrame = true;
 }
 

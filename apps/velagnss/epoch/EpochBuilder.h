@@ -1,4 +1,4 @@
-// From the sentences of a stream to its epochs.
+// From the sentences and observations of a stream to its epochs.
 #ifndef VELAGNSS_APPS_EPOCH_BUILDER_H
 #define VELAGNSS_APPS_EPOCH_BUILDER_H
 
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "apps/velagnss/epoch/Epoch.h"
-#include "stream/FrameReader.h"
+#include "apps/velagnss/epoch/ObservationEpochs.h"
 #include "stream/Record.h"
 #include "stream/StreamClock.h"
 
@@ -23,14 +23,19 @@ namespace Host {
 //
 // A sentence that is up to 10 s late belongs to no epoch, as in tracks. A ZDA within 0.5 s of the epoch does not begin
 // another one.
+//
+// Observations form epochs by station, see C_ObservationEpochs. If they are those of the receiver that sends the
+// sentences, they and the sentences of the same time are one epoch. They are not if their time is that of no sentence,
+// if a sentence names the station as the source of its corrections, or if the station's coordinates are farther than
+// 100 m from the position, height aside.
 class C_EpochBuilder {
  public:
   using t_Sink = std::function<void(const S_Epoch& epoch)>;
 
   explicit C_EpochBuilder(t_Sink sink) : m_sink(std::move(sink)) {}
 
-  // Takes a frame and its record, which `clock` has noted already. The sink is called first if the frame ends an epoch.
-  void Take(const velagnss::Frame& frame, const velagnss::Record& record, const velagnss::StreamClock& clock);
+  // The sink is called first if the frame ends an epoch.
+  void Take(const S_FrameRecord& record);
 
   // The end of an input.
   void Finish(const velagnss::StreamClock& clock);
@@ -43,6 +48,7 @@ class C_EpochBuilder {
     t_Untimed record;
   };
 
+  void TakeSentence(const velagnss::Frame& frame, const velagnss::Record& record, const velagnss::StreamClock& clock);
   void TakeTimed(const velagnss::Frame& frame, const velagnss::Record& record, const velagnss::StreamClock& clock);
   void TakeUntimed(std::uint64_t offset, const t_Untimed& record, const velagnss::StreamClock& clock);
   bool Repeats(const std::string& key, std::string_view formatter) const;
@@ -55,10 +61,14 @@ class C_EpochBuilder {
   void Add(const S_VTG_Data& vtg);
   static void AddSignal(S_EpochSatellite& satellite, unsigned char signalId, double cn0);
   S_EpochSatellite* Satellite(ALGO::eGNSSSystem system, unsigned char id);
+  void TakeObserved(const S_Epoch& observed);
+  bool AreOfThisEpoch(const S_Epoch& observed) const;
+  bool AreOfAnotherReceiver(const S_EpochStation& station) const;
   void Close(const velagnss::StreamClock& clock);
 
   t_Sink m_sink;
   S_Epoch m_epoch;
+  double m_midnight = NA_DOUBLE;     // before the epoch: s on the scale of velagnss::StreamClock
   C_BestPosition m_position;         // of the epoch
   std::vector<std::string> m_keys;   // the sentences that the epoch has
   std::string m_last;                // formatter of the last of them
@@ -68,6 +78,9 @@ class C_EpochBuilder {
   bool m_saysWhatIsUsed = false;     // there was a GSA
   bool m_isFirstFrame = true;        // of the input
   std::vector<S_Pending> m_pending;  // the beginning of the next epoch
+
+  std::optional<unsigned short> m_corrections;  // station that a sentence of the epoch names as their source
+  C_ObservationEpochs m_observations{[this](const S_Epoch& observed) { TakeObserved(observed); }};
 };
 
 }  // namespace Host

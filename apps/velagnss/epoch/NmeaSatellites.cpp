@@ -54,6 +54,49 @@ constexpr std::string_view kBeidou[] = {"",      "B1I", "B1Q", "B1C", "B1A", "B2
 constexpr std::string_view kQzss[] = {"", "L1 C/A", "L1C-D", "L1C-P", "LIS", "L2C-M", "L2C-L", "L5-I", "L5-Q"};
 constexpr std::string_view kOfNavic[] = {"", "L5-SPS", "S-SPS", "L5-RS", "S-RS", "L1-SPS"};
 
+// Signals by the bands and attributes of RINEX 3.05, tables 4 to 10.
+struct S_CodeRow {
+  eGNSSSystem system;
+  char band;
+  std::string_view attributes;
+  unsigned char id;
+  unsigned char otherId = NA_U8;  // of the second component
+};
+// clang-format off
+constexpr S_CodeRow kCodes[] = {
+    {GNSS_GPS,     '1', "C",    1},     {GNSS_GPS,     '1', "PWY",  2},     {GNSS_GPS,     '1', "M",    3},
+    {GNSS_GPS,     '2', "PWYD", 4},     {GNSS_GPS,     '2', "S",    5},     {GNSS_GPS,     '2', "L",    6},
+    {GNSS_GPS,     '2', "X",    5, 6},  {GNSS_GPS,     '5', "I",    7},     {GNSS_GPS,     '5', "Q",    8},
+    {GNSS_GPS,     '5', "X",    7, 8},
+    {GNSS_GLONASS, '1', "C",    1},     {GNSS_GLONASS, '1', "P",    2},     {GNSS_GLONASS, '2', "C",    3},
+    {GNSS_GLONASS, '2', "P",    4},
+    {GNSS_GALILEO, '5', "IQX",  1},     {GNSS_GALILEO, '7', "IQX",  2},     {GNSS_GALILEO, '8', "IQX",  3},
+    {GNSS_GALILEO, '6', "A",    4},     {GNSS_GALILEO, '6', "BCX",  5},     {GNSS_GALILEO, '1', "A",    6},
+    {GNSS_GALILEO, '1', "BCX",  7},     {GNSS_GALILEO, '6', "Z",    4, 5},  {GNSS_GALILEO, '1', "Z",    6, 7},
+    {GNSS_BEIDOU,  '2', "I",    1},     {GNSS_BEIDOU,  '2', "Q",    2},     {GNSS_BEIDOU,  '2', "X",    1, 2},
+    {GNSS_BEIDOU,  '1', "DPX",  3},     {GNSS_BEIDOU,  '5', "DPX",  5},     {GNSS_BEIDOU,  '7', "D",    6},
+    {GNSS_BEIDOU,  '6', "I",    8},     {GNSS_BEIDOU,  '6', "Q",    9},     {GNSS_BEIDOU,  '6', "X",    8, 9},
+    {GNSS_BEIDOU,  '7', "I",   11},     {GNSS_BEIDOU,  '7', "Q",   12},     {GNSS_BEIDOU,  '7', "X",   11, 12},
+    {GNSS_QZSS,    '1', "C",    1},     {GNSS_QZSS,    '1', "S",    2},     {GNSS_QZSS,    '1', "L",    3},
+    {GNSS_QZSS,    '1', "X",    2, 3},  {GNSS_QZSS,    '2', "S",    5},     {GNSS_QZSS,    '2', "L",    6},
+    {GNSS_QZSS,    '2', "X",    5, 6},  {GNSS_QZSS,    '5', "I",    7},     {GNSS_QZSS,    '5', "Q",    8},
+    {GNSS_QZSS,    '5', "X",    7, 8},
+    {GNSS_SBAS,    '1', "C",    1},     {GNSS_SBAS,    '5', "I",    7},     {GNSS_SBAS,    '5', "Q",    8},
+    {GNSS_SBAS,    '5', "X",    7, 8},
+    {kNavic,       '5', "A",    1},     {kNavic,       '9', "A",    2},
+};
+// clang-format on
+
+// Null for a signal without an id.
+const S_CodeRow* RowOf(eGNSSSystem system, std::string_view code) {
+  const auto isIt = [&](const S_CodeRow& row) {
+    return code.size() == 2 && row.system == system && row.band == code[0] &&
+           row.attributes.find(code[1]) != std::string_view::npos;
+  };
+  const auto* const row = std::find_if(std::begin(kCodes), std::end(kCodes), isIt);
+  return row == std::end(kCodes) ? nullptr : row;
+}
+
 std::span<const std::string_view> SignalsOf(eGNSSSystem system) {
   switch (system) {
     case GNSS_GPS:
@@ -89,6 +132,16 @@ S_SatelliteName SatelliteOf(eGNSSSystem system, unsigned char id) {
     if (row.sentence == system && id >= row.first && id <= row.last)
       return {row.system, static_cast<unsigned int>(id + row.added)};
   return {system, id};
+}
+
+unsigned char SignalIdOf(eGNSSSystem system, std::string_view code) {
+  const S_CodeRow* const row = RowOf(system, code);
+  return row != nullptr && IsNotAvailable(row->otherId) ? row->id : NA_U8;
+}
+
+bool CanBeSignal(eGNSSSystem system, std::string_view code, unsigned char signalId) {
+  const S_CodeRow* const row = RowOf(system, code);
+  return row != nullptr && !IsNotAvailable(signalId) && (row->id == signalId || row->otherId == signalId);
 }
 
 std::string_view NameOfSignal(eGNSSSystem system, unsigned char signalId) {

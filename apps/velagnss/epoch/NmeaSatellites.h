@@ -20,6 +20,13 @@ struct S_SatelliteName {
 // of other systems: 33 to 64 are SBAS, 65 to 99 GLONASS, 193 and up QZSS.
 S_SatelliteName SatelliteOf(ALGO::eGNSSSystem system, unsigned char id);
 
+// The id of a signal (NMEA 0183 4.11) by its RINEX band and attribute, "1C". Not available where there is none, and for
+// two components tracked together, which have an id each.
+unsigned char SignalIdOf(ALGO::eGNSSSystem system, std::string_view code);
+
+// Whether the id is that of the signal, or of one of its components.
+bool CanBeSignal(ALGO::eGNSSSystem system, std::string_view code, unsigned char signalId);
+
 // The name of a signal by its id (NMEA 0183 4.11); empty for 0, "all signals", and for every id that is not in use.
 std::string_view NameOfSignal(ALGO::eGNSSSystem system, unsigned char signalId);
 

@@ -13,6 +13,12 @@ using velagnss::GstRecord;
 
 constexpr std::string_view kFixTypes[] = {"none", "2d", "3d"};  // GSA: '1', '2', '3'
 
+void Messages(C_JsonWriter& json, const S_EpochStation& station) {
+  json.BeginArray();
+  for (const std::string& name : station.messages) json.String(name);
+  json.EndArray();
+}
+
 // clang-format off
 constexpr S_JsonField<S_Position> kPosition[] = {
     {"latitude_deg",       &Value<&S_Position::latitude>},
@@ -38,11 +44,26 @@ constexpr S_JsonField<GstRecord> kAccuracy[] = {
     {"longitude_deviation_m", &Value<&GstRecord::longitudeDeviation>},
     {"altitude_deviation_m",  &Value<&GstRecord::altitudeDeviation>},
 };
+constexpr S_JsonField<S_EpochStation> kStation[] = {
+    {"number",        &Plain<&S_EpochStation::number>},
+    {"latitude_deg",  &Value<&S_EpochStation::latitude>},
+    {"longitude_deg", &Value<&S_EpochStation::longitude>},
+    {"height_m",      &Value<&S_EpochStation::height>},
+    {"messages",      &Messages},
+};
 // clang-format on
 
 void WriteTextOrNull(C_JsonWriter& json, std::string_view text) {
   if (text.empty()) return json.Null();
   json.String(text);
+}
+
+template <class Fields, class Record>
+void WriteObjectOrNull(C_JsonWriter& json, const Fields& fields, const std::optional<Record>& record) {
+  if (!record) return json.Null();
+  json.BeginObject();
+  WriteFields(json, fields, *record);
+  json.EndObject();
 }
 
 void WriteTimes(C_JsonWriter& json, const S_Epoch& epoch) {
@@ -68,6 +89,8 @@ void WriteSignal(C_JsonWriter& json, const S_EpochSignal& signal) {
   WriteTextOrNull(json, signal.name);
   json.Key("signal_id");
   WriteOrNull(json, signal.nmeaId);
+  json.Key("code");
+  WriteTextOrNull(json, signal.code);
   json.Key("cn0_dbhz");
   WriteOrNull(json, signal.cn0);
   json.EndObject();
@@ -105,13 +128,9 @@ void WriteEpoch(C_JsonWriter& json, const S_Epoch& epoch) {
   WriteName<kFixTypes>(json, static_cast<unsigned int>(epoch.fixType - '1'));
   WriteFields(json, kQuality, epoch);
   json.Key("accuracy");
-  if (epoch.accuracy) {
-    json.BeginObject();
-    WriteFields(json, kAccuracy, *epoch.accuracy);
-    json.EndObject();
-  } else {
-    json.Null();
-  }
+  WriteObjectOrNull(json, kAccuracy, epoch.accuracy);
+  json.Key("station");
+  WriteObjectOrNull(json, kStation, epoch.station);
   json.Key("satellites").BeginArray();
   for (const S_EpochSatellite& satellite : epoch.satellites) WriteSatellite(json, satellite);
   json.EndArray();

@@ -17,8 +17,8 @@ void C_JsonLines::OnFrame(const S_FrameRecord& record) {
   const velagnss::Frame& frame = record.frame;
   // Counted before the filter: --strict judges the whole input, not only what is shown.
   if (record.decoded.hasDataError) ++m_dataErrors;
-  // The sentences of an epoch make it whether they are shown or not.
-  if (m_options.epochs) m_epochs.Take(frame, record.decoded.record, record.clock);
+  // The frames of an epoch make it whether they are shown or not.
+  if (m_options.epochs) m_epochs.Take(record);
   if (m_options.epochsOnly || !WantsMore() || !m_options.filter.Passes(frame, record.clock.Seconds())) return;
   ++m_framesWritten;
   m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded, record.clock, TagOf(frame));

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "apps/velagnss/pipeline/Observations.h"
+
 namespace Host {
 namespace {
 
@@ -26,24 +28,18 @@ unsigned char FlagsOf(const velagnss::Rtcm3Observations& message, const velagnss
 
 }  // namespace
 
-// As long as the date is unknown, so are the leap seconds, and the decoder takes those of today. Then GLONASS needs
-// another system that has the same time.
-bool C_EpochAssembler::MayHaveWrongLeapSeconds(const velagnss::Rtcm3Observations& message) const {
-  if (message.system != ALGO::GNSS_GLONASS || !IsNotAvailable(message.time.week)) return false;
-  return m_epoch.signals.empty() || Apart(message.time) >= kSameEpoch;
-}
-
-std::int64_t C_EpochAssembler::Apart(const velagnss::Rtcm3Time& time) const {
-  const std::int64_t apart = std::abs(InWeek(time) - m_epoch.time % kMsPerWeek);
-  return std::min(apart, kMsPerWeek - apart);
+std::optional<double> C_EpochAssembler::OpenTime() const {
+  if (!IsOpen()) return std::nullopt;
+  return static_cast<double>(m_epoch.time % kMsPerWeek) / static_cast<double>(kMsPerSecond);
 }
 
 void C_EpochAssembler::Add(const velagnss::Rtcm3Observations& message) {
   if (message.numSignals == 0) return;
   if (IsNotAvailable(message.time.seconds)) return m_leaveOut("the time of GLONASS messages is not known yet");
   if (message.rangeModulus > 0) return m_leaveOut(fmt::format("{} has only parts of the ranges", message.message));
-  if (MayHaveWrongLeapSeconds(message)) return m_leaveOut("the leap seconds of GLONASS are not known yet");
-  if (!m_epoch.signals.empty() && Apart(message.time) >= kSameEpoch) Close();
+  const std::optional<double> open = OpenTime();
+  if (MayHaveWrongLeapSeconds(message, open)) return m_leaveOut("the leap seconds of GLONASS are not known yet");
+  if (open && std::abs(MillisecondsFrom(*open, message.time.seconds)) >= kSameEpoch) Close();
   if (m_epoch.signals.empty()) m_epoch = {InWeek(message.time), false, m_input, {}};
   if (!m_epoch.hasDate && !IsNotAvailable(message.time.week)) {
     m_epoch.time += message.time.week * kMsPerWeek;

@@ -3,6 +3,7 @@
 #define VELAGNSS_APPS_EPOCH_ASSEMBLER_H
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "apps/velagnss/rinex/ObsEpoch.h"
@@ -10,8 +11,7 @@
 
 namespace Host {
 
-// An epoch ends when the time changes. The flag "more messages follow" is not relied on: streams put together from
-// several sources have it wrong, and two epochs with the same time are more than readers of RINEX bear.
+// Two epochs with the same time are more than readers of RINEX bear, see pipeline/Observations.h.
 class C_EpochAssembler {
  public:
   using t_OnEpoch = std::function<void(const S_ObsEpoch& epoch)>;
@@ -28,8 +28,7 @@ class C_EpochAssembler {
   void EndInput();
 
  private:
-  std::int64_t Apart(const velagnss::Rtcm3Time& time) const;  // from the open epoch, ms
-  bool MayHaveWrongLeapSeconds(const velagnss::Rtcm3Observations& message) const;
+  std::optional<double> OpenTime() const;  // s of the week
   void Close();
   void AddSignal(const velagnss::Rtcm3Observations& message, const velagnss::Rtcm3Signal& signal);
   void Insert(const S_ObsSignal& signal);

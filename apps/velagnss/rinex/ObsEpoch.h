@@ -51,9 +51,6 @@ struct S_ObsEpoch {
 inline constexpr std::int64_t kMsPerSecond = 1000;
 inline constexpr std::int64_t kMsPerWeek = std::int64_t{7} * 86400 * kMsPerSecond;
 
-// Messages of an epoch differ in time by less than this, ms: the clocks of the systems are converted in whole ones.
-inline constexpr std::int64_t kSameEpoch = 5;
-
 // Whether RINEX 3.05 knows the tracking, and whether the phases of its band are aligned to it.
 bool IsSignal(char system, t_SignalCode code);
 bool IsReferenceSignal(char system, t_SignalCode code);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "apps/velagnss/pipeline/Observations.h"
 #include "apps/velagnss/rinex/RinexText.h"
 
 namespace Host {
