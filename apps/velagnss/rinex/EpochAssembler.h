@@ -30,6 +30,7 @@ class C_EpochAssembler {
  private:
   std::int64_t Apart(const velagnss::Rtcm3Time& time) const;  // from the open epoch, ms
   bool MayHaveWrongLeapSeconds(const velagnss::Rtcm3Observations& message) const;
+  void DateEpoch(const velagnss::Rtcm3Time& time);
   void Close();
   void AddSignal(const velagnss::Rtcm3Observations& message, const velagnss::Rtcm3Signal& signal);
   void Insert(const S_ObsSignal& signal);

@@ -163,7 +163,7 @@ void C_ObsConverter::NoteStation(const velagnss::Record& record) {
 
 void C_ObsConverter::AddEpoch(const S_ObsEpoch& epoch) {
   std::optional<std::int64_t>& first = m_context.firstDated[epoch.input];
-  if (epoch.hasDate && !first) first = epoch.time;
+  if (epoch.date == S_ObsEpoch::eDate::Known && !first) first = epoch.time;
   m_spool.Add(epoch);
   for (const auto& [label, content] : std::exchange(m_laterChanges, {}))
     m_spool.Add(C_ObsSpool::S_Change{label, content});

@@ -54,17 +54,17 @@ bool C_ObsSelection::Take(S_ObsEpoch& epoch) {
 
 // Epochs before the first date of their input are less than a week older than it.
 bool C_ObsSelection::Date(S_ObsEpoch& epoch) const {
-  if (epoch.hasDate) return true;
+  using eDate = S_ObsEpoch::eDate;
   const std::optional<std::int64_t>& first = m_context.firstDated[epoch.input];
-  if (!first) return false;
-  epoch.time += *first / kMsPerWeek * kMsPerWeek;
+  if (epoch.date == eDate::Known || !first) return epoch.date != eDate::None;
+  epoch.time = epoch.time % kMsPerWeek + *first / kMsPerWeek * kMsPerWeek;
   if (epoch.time > *first) epoch.time -= kMsPerWeek;
-  epoch.hasDate = true;
+  epoch.date = eDate::Known;
   return true;
 }
 
 std::string C_ObsSelection::Objection(S_ObsEpoch& epoch) const {
-  if (!Date(epoch)) return "the date is not known; give the date of the recording with --seed";
+  if (!Date(epoch)) return "the date is not known; give the date of the recording with --date";
   if (!IsInCalendar(static_cast<double>(epoch.time) / double{kMsPerSecond})) return std::string(kNotInCalendar);
   if (m_last && epoch.time <= *m_last) return "not later than the epoch before";
   return {};
