@@ -95,8 +95,8 @@ const S_RefusedCase kRefused[] = {
     {"DateAndTime", "velagnss stat --from 12:00:00 --to 2024-05-18T13:00:00 in", 2, "both have a date, or neither"},
     {"Backward", "velagnss decode --from 2024-05-18T12:00:00 --to 2024-05-18T11:00:00 in", 2, "later than --from"},
     {"NotATalker", "velagnss convert --to nmea --talker GPS in", 2, "'GPS' is not a talker"},
-    {"NothingWithin", "velagnss stat --from 05:00:00 --until 06:00:00 in", 1, "none of 8 frames is within"},
-    {"NothingConverted", "velagnss convert --to nmea --talker XX --from 23:59:58 in", 1, "none of 8 frames is within"},
+    {"NothingWithin", "velagnss stat --from 05:00:00 --until 06:00:00 in", 1, "8 frames found, none within"},
+    {"NothingConverted", "velagnss convert --to nmea --talker XX --from 23:59:58 in", 1, "8 frames found, none within"},
     {"NoTime", "tail -c 27 in | velagnss decode --until 12:00:00", 0, "the input carries no time"},
     {"NoDate", "head -c 60 in | velagnss decode --from 2024-05-18T12:00:00", 1, "the input carries no date"},
 };
@@ -192,7 +192,7 @@ const S_RefusedCase kExtractFaults[] = {
     {"OverAnInput", "cp in o.nmea; velagnss extract --split-by protocol -o o o.nmea", 2, "o.nmea: is also an input"},
     {"NoFolder", "velagnss extract --split-by protocol -o missing/o in", 4, "missing/o.nmea: cannot be written"},
     {"NoInput", "velagnss extract --split-by protocol -o o missing", 3, "missing: cannot be opened"},
-    {"NothingChosen", "velagnss extract --proto rd in", 1, "none of 8 frames passed"},
+    {"NothingChosen", "velagnss extract --proto rd in", 1, "8 frames found, none passed"},
     {"Noise", "head -c 99 /dev/zero | velagnss extract", 1, "no frame in 99 bytes"},
     {"FullDisk", "velagnss extract in > /dev/full", 4, "No space left"},
 };

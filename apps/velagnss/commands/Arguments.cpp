@@ -65,7 +65,9 @@ void DeclareDate(CLI::App& app, S_StreamArguments& stream) {
 
 // --to is the format of `convert`.
 void DeclareSelection(CLI::App& app, S_StreamArguments& stream) {
-  app.add_option("--from", stream.from, "only from this time of the stream on, 2024-05-18T12:00:00 or 12:00:00, UTC")
+  app.add_option(
+         "--from", stream.from,
+         "only from this time of the stream on, 2024-05-18T12:00:00, 2024-05-18\n(its 00:00:00) or 12:00:00, UTC")
       ->option_text("TIME");
   app.add_option(app.get_name() == "convert" ? "--until" : "--to,--until", stream.until,
                  "only up to this time, which is excluded; times of day mean every day")
@@ -162,8 +164,8 @@ void ReportIgnoredPeriod(const C_MessageFilter& filter) {
 }
 
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
-  return {ParseSearchList(stream.search, stream.acknowledgements).value(),
-          ParseSeed(stream.seed), !stream.listedOnly, stream.selection, ParseDate(stream.date)};
+  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly,
+          stream.selection, ParseDate(stream.date)};
 }
 
 void DeclareOutput(CLI::App& app, std::string& output) {
