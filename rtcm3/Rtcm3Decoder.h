@@ -41,8 +41,8 @@ struct Rtcm3Decoded {
 // uses the dates of the stream: each of 1013, 1029 and `NoteUtc`, or before these that of the first ephemeris of a
 // healthy BeiDou or Galileo satellite, whose weeks do not repeat before 2078. Before any of these it uses that of
 // `AssumeTime`. A seed must be within 9.8 years of the data to resolve ephemerides, within half a week to resolve
-// observations, and within half a day for GLONASS observations without a day of week. Gaps in the stream must be shorter
-// than that as well, unless a date of the stream follows them.
+// observations, and within half a day for GLONASS observations without a day of week. Gaps in the stream must be
+// shorter than that as well, unless a date of the stream follows them.
 class VELAGNSS_API Rtcm3Decoder {
  public:
   Rtcm3Decoder();
@@ -78,8 +78,8 @@ class VELAGNSS_API Rtcm3Decoder {
   // Whether the known date is that of `AssumeTime`.
   bool IsTimeAssumed() const;
 
-  // A date of the stream that came in another protocol, with the effect of a message 1013: day (MJD) and second of UTC. A
-  // day before 2004 is ignored: no message of RTCM 3 is older.
+  // A date of the stream that came in another protocol, with the effect of a message 1013: day (MJD) and second of UTC.
+  // A day before 2004 is ignored: no message of RTCM 3 is older.
   void NoteUtc(unsigned int mjd, std::uint32_t secondOfDay);
 
   // GPS time - UTC, in seconds. If neither this call nor a message 1013 has set it, it follows from the date, by

@@ -29,8 +29,8 @@ constexpr std::size_t kBinaryChecksum = 2;
 // A time of GLONASS, say, or an unset one, says nothing about the weeks of the binary protocol.
 bool SetsGpsTime(const C_GnssTime& time) {
   const bool isSet = time.m_week != 0 || time.m_secOfWeek != 0.0;
-  return isSet && (time.m_system == ALGO::GNSS_GPS || time.m_system == ALGO::GNSS_GALILEO ||
-                   time.m_system == ALGO::GNSS_BEIDOU);
+  return isSet &&
+         (time.m_system == ALGO::GNSS_GPS || time.m_system == ALGO::GNSS_GALILEO || time.m_system == ALGO::GNSS_BEIDOU);
 }
 
 // The text of a sentence without its line end.
