@@ -110,7 +110,7 @@ const S_OfferCase kOffers[] = {
     {"SecondOfAList",       "decode --proto nmea,rt",   {"nmea,rtcm3"}},
     {"Message",             "decode --msg BIN9",        {"BIN93", "BIN94", "BIN95"}},
     {"MessageOfRtcm",       "extract --msg GGA,104",    {"GGA,1041", "GGA,1042", "GGA,1044", "GGA,1045", "GGA,1046"}},
-    {"MessageByAddress",    "decode --msg HD",          {"HDT", "HDG"}},
+    {"MessageByAddress",    "decode --msg HD",          {"HDG", "HDM", "HDT"}},
     {"MessageOfSentences",  "decode --msg GGA,TEMP",    {"GGA,TEMPERATURE"}},
     {"SideOfConvert",       "geo convert --from e",     {"ecef"}},
     {"SideOfTime",          "geo time --from m",        {"mjd"}},

@@ -1,6 +1,7 @@
 #include "apps/manual/CommandTree.h"
 
 #include <CLI/CLI.hpp>
+#include <set>
 
 #include "apps/velagnss/commands/ConvertCommand.h"
 #include "apps/velagnss/geo/GeoForms.h"
@@ -46,7 +47,9 @@ bool IsSupportedBlock(unsigned int number) {
 // Every sentence with a name of its own, the supported blocks, and the decoded messages of RTCM 3 by number: thousands
 // of numbers would be no help.
 std::string MessagesToName() {
-  std::string names = Host::SentenceNames() + ' ' + Host::MoreSentenceNames();
+  const std::vector<std::string> sentences = Split(Host::SentenceNames() + ' ' + Host::MoreSentenceNames(), " ");
+  const std::set<std::string> sorted(sentences.begin(), sentences.end());  // some are in both lists
+  std::string names = Join({sorted.begin(), sorted.end()}, " ");
   for (unsigned int number = 0; number < velagnss::NumMessages(C_RawDataMessage::eVelaBIN); ++number)
     if (IsSupportedBlock(number))
       names.append(" ").append(velagnss::MessageName(C_RawDataMessage::eVelaBIN, number).Text());
