@@ -281,15 +281,18 @@ int WeekOfClock(int toeWeek, double toe, double toc) {
 
 unsigned int ResolveWeeks(EpochClock& clock, const KeplerSystem& row, Rtcm3KeplerEphemeris& out) {
   K& eph = out.ephemeris;
-  const auto nearest = clock.ResolveWeek(out.weekSent + row.firstWeek, row.weekPeriod);
-  const bool isKnown = nearest || row.weekPeriod > kRollOver;
+  const bool isOwnDate = row.weekPeriod > kRollOver;  // better than one that is only assumed
+  const auto nearest =
+      isOwnDate && clock.IsAssumed() ? std::nullopt : clock.ResolveWeek(out.weekSent + row.firstWeek, row.weekPeriod);
+  const bool isKnown = nearest || isOwnDate;
   const int week = nearest.value_or(isKnown ? out.weekSent + row.firstWeek : out.weekSent);
   const int toeWeek = isKnown ? WeekOfReference(clock, week, eph.Toe) : week;
   eph.TxWeek = static_cast<std::uint16_t>(week);
   eph.ToeWeek = static_cast<std::uint16_t>(toeWeek);
   eph.TocWeek = static_cast<std::uint16_t>(WeekOfClock(toeWeek, eph.Toe, eph.Toc));
   if (!isKnown) return eResultNoSeed;
-  if (eph.SvHealth == 0) clock.NoteReference(toeWeek * kWeek + static_cast<std::int64_t>(eph.Toe) * kSecond);
+  if (isOwnDate && eph.SvHealth == 0)
+    clock.NoteReference(toeWeek * kWeek + static_cast<std::int64_t>(eph.Toe) * kSecond);
   return eResultOk;
 }
 

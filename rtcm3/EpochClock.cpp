@@ -35,28 +35,38 @@ std::int64_t Nearest(std::int64_t reference, std::int64_t time, std::int64_t per
   return reference + (ahead > period / 2 ? ahead - period : ahead);
 }
 
-void EpochClock::Seed(const C_GnssTime& time) {
-  if (time.m_week == 0 && time.m_secOfWeek == 0.0) return;
-  if (!(std::fabs(time.m_secOfWeek) < 1e9)) return;
+std::optional<std::int64_t> EpochClock::GpsTimeOf(const C_GnssTime& time) const {
+  if (time.m_week == 0 && time.m_secOfWeek == 0.0) return std::nullopt;
+  if (!(std::fabs(time.m_secOfWeek) < 1e9)) return std::nullopt;
   const std::int64_t own = time.m_week * kWeek + std::llround(time.m_secOfWeek * static_cast<double>(kSecond));
   switch (time.m_system) {
     case ALGO::GNSS_GPS:
     case ALGO::GNSS_GALILEO:
     case ALGO::GNSS_QZSS:
     case kNavic:
-      m_now = own;
-      break;
+      return own;
     case ALGO::GNSS_BEIDOU:
-      m_now = own + kBeidouBehind;
-      break;
+      return own + kBeidouBehind;
     case ALGO::GNSS_GLONASS:
-      m_now = GlonassToGps(own);
-      break;
+      return GlonassToGps(own);
     default:
-      return;
+      return std::nullopt;
   }
+}
+
+void EpochClock::Seed(const C_GnssTime& time) {
+  const std::optional<std::int64_t> now = GpsTimeOf(time);
+  if (!now) return;
+  m_now = *now;
   m_known = Known::Date;
   m_isSeeded = true;
+}
+
+void EpochClock::Assume(const C_GnssTime& time) {
+  const std::optional<std::int64_t> now = GpsTimeOf(time);
+  if (!now || m_known == Known::Date) return;
+  m_now = *now;
+  m_known = Known::Assumed;
 }
 
 void EpochClock::NoteUtc(unsigned int mjd, std::uint32_t secondOfDay) {
@@ -69,7 +79,10 @@ void EpochClock::NoteUtc(unsigned int mjd, std::uint32_t secondOfDay) {
 void EpochClock::NoteReference(std::int64_t time) {
   constexpr std::int64_t kEarliest = (kMjdOfRtcm3 - kMjdOfGpsEpoch) * kDay;
   if (m_known == Known::Date || time < kEarliest) return;
-  m_now = m_known == Known::SecondsOfWeek ? Nearest(time, m_now, kWeek) : time;
+  if (m_known == Known::SecondsOfWeek)
+    m_now = Nearest(time, m_now, kWeek);
+  else if (std::abs(time - m_now) > kWeek / 2)
+    m_now = time;  // an assumed time this far off may be in another week, and on another day of it
   m_known = Known::Date;
 }
 
@@ -93,7 +106,9 @@ std::optional<std::int64_t> EpochClock::Resolve(TimeField field, std::uint32_t s
 void EpochClock::Describe(std::int64_t time, Rtcm3Time& out) const {
   const std::int64_t inWeek = FloorMod(time, kWeek);
   out.seconds = SecondsOf(inWeek);
-  if (m_known == Known::Date && time >= 0) out.week = static_cast<unsigned short>((time - inWeek) / kWeek);
+  if (!HasDate() || time < 0) return;
+  out.week = static_cast<unsigned short>((time - inWeek) / kWeek);
+  out.isWeekAssumed = IsAssumed();
 }
 
 void EpochClock::Advance(std::int64_t time) {
@@ -102,12 +117,12 @@ void EpochClock::Advance(std::int64_t time) {
 }
 
 std::optional<std::int64_t> EpochClock::Now() const {
-  if (m_known != Known::Date) return std::nullopt;
+  if (!HasDate()) return std::nullopt;
   return m_now;
 }
 
 std::optional<int> EpochClock::ResolveWeek(int week, int period) const {
-  if (m_known != Known::Date) return std::nullopt;
+  if (!HasDate()) return std::nullopt;
   const int now = static_cast<int>(m_now / kWeek);
   int resolved = week % period + now / period * period;
   if (std::abs(resolved - now) > period / 2) resolved += resolved < now ? period : -period;
@@ -116,11 +131,11 @@ std::optional<int> EpochClock::ResolveWeek(int week, int period) const {
 
 std::int64_t EpochClock::GlonassToGps(std::int64_t glonassTime) const {
   const std::int64_t utc = glonassTime - kGlonassAhead;
-  return utc + LeapOfDay(m_known == Known::Date ? m_now / kDay : utc / kDay);
+  return utc + LeapOfDay(HasDate() ? m_now / kDay : utc / kDay);
 }
 
 std::int64_t EpochClock::GpsToGlonass(std::int64_t time) const {
-  return time - LeapOfDay(m_known == Known::Date ? m_now / kDay : time / kDay) + kGlonassAhead;
+  return time - LeapOfDay(HasDate() ? m_now / kDay : time / kDay) + kGlonassAhead;
 }
 
 std::int64_t EpochClock::LeapOfDay(std::int64_t day) const {

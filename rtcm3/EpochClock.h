@@ -31,11 +31,13 @@ enum class TimeField : unsigned char {
 
 class EpochClock {
  public:
+  // A time that the stream cannot change, and one that counts only until the stream carries a date.
   void Seed(const C_GnssTime& time);
+  void Assume(const C_GnssTime& time);
   void SetLeapSeconds(unsigned char seconds) { m_leapSeconds = seconds; }
 
   // Dates of the stream, which count only without a seed: UTC as 1013 and 1029 carry it; the reference time of an
-  // ephemeris, only as long as nothing better is known, as it may be some hours off.
+  // ephemeris, only before any other date of the stream, as it may be some hours off.
   void NoteUtc(unsigned int mjd, std::uint32_t secondOfDay);
   void NoteReference(std::int64_t time);
 
@@ -49,6 +51,9 @@ class EpochClock {
   // Makes the time of an observation the known one.
   void Advance(std::int64_t time);
 
+  // Whether the date is the assumed one.
+  bool IsAssumed() const { return m_known == Known::Assumed; }
+
   // The known time; missing without a date.
   std::optional<std::int64_t> Now() const;
 
@@ -60,7 +65,10 @@ class EpochClock {
   std::int64_t GpsToGlonass(std::int64_t time) const;
 
  private:
-  enum class Known : unsigned char { Nothing, SecondsOfWeek, Date };
+  enum class Known : unsigned char { Nothing, SecondsOfWeek, Assumed, Date };
+
+  bool HasDate() const { return m_known >= Known::Assumed; }
+  std::optional<std::int64_t> GpsTimeOf(const C_GnssTime& time) const;
 
   // GPS time - UTC, in ms.
   std::int64_t LeapOfDay(std::int64_t day) const;

@@ -112,6 +112,11 @@ const Rtcm3Decoded& Rtcm3Decoder::Decode(const unsigned char* frame, std::size_t
 }
 
 void Rtcm3Decoder::SeedTime(const C_GnssTime& time) { m_impl->m_state.clock.Seed(time); }
+void Rtcm3Decoder::AssumeTime(const C_GnssTime& time) { m_impl->m_state.clock.Assume(time); }
+bool Rtcm3Decoder::IsTimeAssumed() const { return m_impl->m_state.clock.IsAssumed(); }
+void Rtcm3Decoder::NoteUtc(unsigned int mjd, std::uint32_t secondOfDay) {
+  m_impl->m_state.clock.NoteUtc(mjd, secondOfDay);
+}
 void Rtcm3Decoder::SetLeapSeconds(unsigned char seconds) { m_impl->m_state.clock.SetLeapSeconds(seconds); }
 
 bool Rtcm3Decoder::SetGlonassChannel(unsigned char slot, signed char channel) {

@@ -16,6 +16,7 @@
 #define VELAGNSS_RTCM3_RTCM3_DECODER_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 #include "geo/GnssTime.h"
@@ -37,10 +38,11 @@ struct Rtcm3Decoded {
 //
 // Time. Messages carry weeks modulo 1024 or not at all, and GLONASS messages often no day. The decoder picks the week
 // or day nearest to a known time: first that of `SeedTime`, then that of the latest observations. Without a seed it
-// uses the dates of the stream: those of 1013 and 1029, or of the first ephemeris of a healthy BeiDou or Galileo
-// satellite, whose weeks do not repeat before 2078. A seed must be within 9.8 years of the data to resolve ephemerides,
-// within half a week to resolve observations, and within half a day for GLONASS observations without a day of week.
-// Gaps in the stream must be shorter than that as well.
+// uses the dates of the stream: each of 1013, 1029 and `NoteUtc`, or before these that of the first ephemeris of a
+// healthy BeiDou or Galileo satellite, whose weeks do not repeat before 2078. Before any of these it uses that of
+// `AssumeTime`. A seed must be within 9.8 years of the data to resolve ephemerides, within half a week to resolve
+// observations, and within half a day for GLONASS observations without a day of week. Gaps in the stream must be
+// shorter than that as well, unless a date of the stream follows them.
 class VELAGNSS_API Rtcm3Decoder {
  public:
   Rtcm3Decoder();
@@ -69,6 +71,16 @@ class VELAGNSS_API Rtcm3Decoder {
   // time), BeiDou (GPS time - 14 s) or GLONASS (UTC + 3 h). A time of another system, or of week 0 and 0.0 s, is
   // ignored.
   void SeedTime(const C_GnssTime& time);
+
+  // As `SeedTime`, but only until the stream carries a date. No effect after `SeedTime` or a date of the stream.
+  void AssumeTime(const C_GnssTime& time);
+
+  // Whether the known date is that of `AssumeTime`.
+  bool IsTimeAssumed() const;
+
+  // A date of the stream that came in another protocol, with the effect of a message 1013: day (MJD) and second of UTC.
+  // A day before 2004 is ignored: no message of RTCM 3 is older.
+  void NoteUtc(unsigned int mjd, std::uint32_t secondOfDay);
 
   // GPS time - UTC, in seconds. If neither this call nor a message 1013 has set it, it follows from the date, by
   // `LeapSecondsOn`; without a date it is 18.

@@ -22,13 +22,14 @@ namespace velagnss {
 inline constexpr ALGO::eGNSSSystem kNavic = ALGO::GNSS_RESERVED6;
 
 // A point in time, as transmitted and as GPS time. The week is available once a date is known, from
-// `Rtcm3Decoder::SeedTime` or from a message of the stream. GLONASS messages often carry the time of day only; as long
-// as the day is unknown, `seconds` is not available either.
+// `Rtcm3Decoder::SeedTime`, a message of the stream, or `Rtcm3Decoder::AssumeTime`. GLONASS messages often carry the
+// time of day only; as long as the day is unknown, `seconds` is not available either.
 struct Rtcm3Time {
   std::uint32_t sent = NA_U32;      // time of week, GLONASS: time of day (UTC + 3 h); ms, corrections: s
   unsigned char dayOfWeek = NA_U8;  // GLONASS MSM: as sent, 0 Sunday to 6 Saturday, 7 unknown
   unsigned short week = NA_U16;     // GPS week since 6 January 1980
   double seconds = NA_DOUBLE;       // s of that week, GPS time
+  bool isWeekAssumed = false;       // the week is that of `Rtcm3Decoder::AssumeTime`; the stream may refute it later
 };
 
 // Text of up to 255 bytes.

@@ -66,8 +66,8 @@ enum class Depth : unsigned char {
 // Where the week numbers of an ephemeris come from. A message carries them modulo 1024 or not at all.
 enum class WeekSource : unsigned char {
   None,    // not resolved: weeks mean nothing
-  Seed,    // from the time given by `RecordDecoder::SeedTime`
-  Stream,  // from the first date in the stream, or from the message itself
+  Seed,    // from the time given by `RecordDecoder::SeedTime` or `RecordDecoder::AssumeFirstDay`
+  Stream,  // from a date in the stream, or from the message itself
 };
 
 }  // namespace velagnss

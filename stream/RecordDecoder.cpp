@@ -9,6 +9,7 @@
 #include "binproto/MessageContents.h"
 #include "binproto/VelaBin_Decode.h"
 #include "framing/FrameRecognizer.h"
+#include "geo/LeapSeconds.h"
 #include "records/ResultCodes.h"
 #include "rtcm3/Rtcm3Decoder.h"
 #include "textproto/CheckedSentence.h"
@@ -24,6 +25,13 @@ using namespace VelaPKVN_Messages;
 
 constexpr std::size_t kBinaryHeader = 4 + 2 + 2;  // sync, block id, data length
 constexpr std::size_t kBinaryChecksum = 2;
+
+// A time of GLONASS, say, or an unset one, says nothing about the weeks of the binary protocol.
+bool SetsGpsTime(const C_GnssTime& time) {
+  const bool isSet = time.m_week != 0 || time.m_secOfWeek != 0.0;
+  return isSet &&
+         (time.m_system == ALGO::GNSS_GPS || time.m_system == ALGO::GNSS_GALILEO || time.m_system == ALGO::GNSS_BEIDOU);
+}
 
 // The text of a sentence without its line end.
 std::string_view TextOf(const Frame& frame) {
@@ -66,6 +74,7 @@ class RecordDecoder::Impl {
   Impl() { Restart(); }
 
   void SeedTime(const C_GnssTime& time);
+  void AssumeFirstDay(unsigned int mjd);
   void Restart();
   void Decode(const Frame& frame);
 
@@ -137,11 +146,12 @@ class RecordDecoder::Impl {
   void NoteTime(const T& record);
   template <class T>
   void NoteRtcmTime(const T& record);
-  void UseTime(const C_GnssTime& time, WeekSource source);
+  void UseFirstDate();
   void SetResult(unsigned int result);
   bool LacksWeek(unsigned int blockId, unsigned int result) const;
 
-  WeekSource m_weekSource = WeekSource::None;
+  WeekSource m_weekSource = WeekSource::None;  // of the binary protocol
+  bool m_isWeekAssumed = false;                // it is the day of `AssumeFirstDay`
   C_VelaPKVN_Decode m_pkvnDecoder;
   C_VelaRD_Decode m_rdDecoder;
 
@@ -180,26 +190,35 @@ constexpr RecordDecoder::Impl::S_PkvnRow RecordDecoder::Impl::kPkvnRows[] = {  /
 // The caller's time survives a restart: it does not come from the stream that ended.
 void RecordDecoder::Impl::Restart() {
   m_clock = StreamClock();
-  if (m_firstDay) m_clock.AssumeFirstDay(*m_firstDay);
   m_weekSource = WeekSource::None;
+  m_isWeekAssumed = false;
   m_binaryDecoder.Reset();
   m_rtcmDecoder.Reset();
   if (m_seed) SeedTime(*m_seed);
+  if (m_firstDay) AssumeFirstDay(*m_firstDay);
 }
 
 void RecordDecoder::Impl::SeedTime(const C_GnssTime& time) {
   m_seed = time;
-  UseTime(time, WeekSource::Seed);
-}
-
-// A time of GLONASS, say, or an unset one, says nothing about GPS weeks and leaves their source as it is.
-void RecordDecoder::Impl::UseTime(const C_GnssTime& time, WeekSource source) {
-  const C_GnssTime before = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS);
   m_binaryDecoder.SeedTime(time);
   m_rtcmDecoder.SeedTime(time);
-  const C_GnssTime& now = m_binaryDecoder.GetSeedTime(ALGO::GNSS_GPS);
-  if (now.m_system != before.m_system || now.m_week != before.m_week || now.m_secOfWeek != before.m_secOfWeek)
-    m_weekSource = source;
+  if (!SetsGpsTime(time)) return;
+  m_weekSource = WeekSource::Seed;
+  m_isWeekAssumed = false;
+}
+
+// Nothing is known of the time of day: noon is never more than half a day off.
+void RecordDecoder::Impl::AssumeFirstDay(unsigned int mjd) {
+  m_firstDay = mjd;
+  m_clock.AssumeFirstDay(mjd);
+  const std::optional<unsigned int> firstDay = m_clock.UtcOf(0).mjd;
+  if (!firstDay) return;
+  const C_GnssTime noon = GpsOfUtc({*firstDay, ALGO::kSecondsPerDay / 2});
+  m_rtcmDecoder.AssumeTime(noon);
+  if (m_weekSource != WeekSource::None && !m_isWeekAssumed) return;
+  m_binaryDecoder.SeedTime(noon);
+  m_weekSource = WeekSource::Seed;
+  m_isWeekAssumed = true;
 }
 
 void RecordDecoder::Impl::Decode(const Frame& frame) {
@@ -262,10 +281,19 @@ void RecordDecoder::Impl::DecodeByAddress(const Frame& frame) {
 }
 
 // The first date that comes resolves weeks, unless the caller has given a time.
+void RecordDecoder::Impl::UseFirstDate() {
+  if (!m_clock.FirstDate() || (m_weekSource != WeekSource::None && !m_isWeekAssumed)) return;
+  m_binaryDecoder.SeedTime(*m_clock.FirstDate());
+  m_weekSource = WeekSource::Stream;
+  m_isWeekAssumed = false;
+}
+
 template <class T>
 void RecordDecoder::Impl::NoteTime(const T& record) {
-  m_clock.Note(record);
-  if (m_weekSource == WeekSource::None && m_clock.FirstDate()) UseTime(*m_clock.FirstDate(), WeekSource::Stream);
+  if (!m_clock.Note(record)) return;
+  UseFirstDate();
+  const StreamClock::Utc utc = m_clock.UtcOf(m_clock.Seconds());
+  if (utc.mjd) m_rtcmDecoder.NoteUtc(*utc.mjd, static_cast<std::uint32_t>(utc.secondsOfDay));
 }
 
 void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
@@ -316,9 +344,7 @@ void RecordDecoder::Impl::ShareChannel(unsigned char slot) {
 template <class T>
 void RecordDecoder::Impl::NoteRtcmTime(const T& record) {
   m_clock.Note(record);
-  if (m_weekSource != WeekSource::None || !m_clock.FirstDate()) return;
-  m_binaryDecoder.SeedTime(*m_clock.FirstDate());
-  m_weekSource = WeekSource::Stream;
+  UseFirstDate();
 }
 
 void RecordDecoder::Impl::DecodeRtcm(const Frame& frame) {
@@ -342,7 +368,8 @@ void RecordDecoder::Impl::KeepRtcm(const Rtcm3Payload& payload) {
 template <class T>
 void RecordDecoder::Impl::KeepRtcm(const T& record) {
   constexpr bool isEphemeris = std::is_same_v<T, Rtcm3KeplerEphemeris> || std::is_same_v<T, Rtcm3PvaEphemeris>;
-  if (isEphemeris && !m_decoded.isWeekUnresolved) m_decoded.week = m_seed ? WeekSource::Seed : WeekSource::Stream;
+  if (isEphemeris && !m_decoded.isWeekUnresolved)
+    m_decoded.week = m_seed || m_rtcmDecoder.IsTimeAssumed() ? WeekSource::Seed : WeekSource::Stream;
   if constexpr (requires { m_clock.Note(record); }) NoteRtcmTime(record);
   Keep(Depth::Full, record);
 }
@@ -392,10 +419,7 @@ const DecodedFrame& RecordDecoder::Decode(const Frame& frame) {
 
 void RecordDecoder::SeedTime(const C_GnssTime& time) { m_impl->SeedTime(time); }
 
-void RecordDecoder::AssumeFirstDay(unsigned int mjd) {
-  m_impl->m_firstDay = mjd;
-  m_impl->m_clock.AssumeFirstDay(mjd);
-}
+void RecordDecoder::AssumeFirstDay(unsigned int mjd) { m_impl->AssumeFirstDay(mjd); }
 
 void RecordDecoder::KeepTimeDigits(TimeDigits digits) { m_impl->m_timeDigits = digits; }
 

@@ -44,8 +44,10 @@ struct DecodedFrame {
 // NMEA sentences of older and shorter forms are completed as `C_NMEA_EncodeDecode::MakeDecodable` does it before they
 // are decoded.
 //
-// The time comes from `SeedTime` or else from the first date that the stream carries, in sentences or in RTCM 3 (see
-// `Rtcm3Decoder`). An ephemeris that comes before either keeps its week unresolved.
+// Weeks are completed with the time of `SeedTime`; without it, with the dates that the stream carries, in sentences or
+// in RTCM 3 (see `Rtcm3Decoder`); before the first of these, with the day of `AssumeFirstDay`. An ephemeris that comes
+// before any keeps its week unresolved. The binary protocol takes the first date of the stream, which is good for ten
+// years. RTCM 3 takes each, as its observations need the right week.
 class VELAGNSS_API RecordDecoder {
  public:
   RecordDecoder();
@@ -61,8 +63,8 @@ class VELAGNSS_API RecordDecoder {
   // stream and survives `Restart`.
   void SeedTime(const C_GnssTime& time);
 
-  // The day (MJD) of the first time of each stream, until the stream carries a date of its own. Weeks are not resolved
-  // with it: `SeedTime` does that. It survives `Restart`.
+  // The day (MJD) of the first time of each stream. It counts only until the stream carries a date of its own: a wrong
+  // day does no harm to what comes after. It survives `Restart`. A day before 1983 or after 2100 dates nothing.
   void AssumeFirstDay(unsigned int mjd);
 
   // How many digits the times of NMEA sentences keep. `Hundredths` at first, so that the records are those of

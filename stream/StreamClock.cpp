@@ -2,6 +2,7 @@
 // ties them to the calendar when the first date comes, so that the times before it get a date as well.
 #include "stream/StreamClock.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -33,19 +34,22 @@ bool IsVoid(eNmeaRmcStatus status) { return status >= eNmeaRmcNotValid; }
 // One second beyond the day: 23:59:60 is a leap second.
 bool StreamClock::IsTimeOfDay(double seconds) { return seconds >= 0 && seconds < kSecondsPerDay + 1; }
 
-void StreamClock::Note(const S_GGA_Data& record) { NoteTimeOfDay(record.timeOfDay); }
-void StreamClock::Note(const S_GNS_Data& record) { NoteTimeOfDay(record.timeOfDay); }
-void StreamClock::Note(const S_GLL_Data& record) { NoteTimeOfDay(record.timeOfDay); }
-void StreamClock::Note(const S_ZDA_Data& record) { NoteDate(record.year, record.month, record.day, record.timeOfDay); }
-void StreamClock::Note(const S_RMC_Data& record) {
+bool StreamClock::Note(const S_GGA_Data& record) { return NoteTimeOfDay(record.timeOfDay); }
+bool StreamClock::Note(const S_GNS_Data& record) { return NoteTimeOfDay(record.timeOfDay); }
+bool StreamClock::Note(const S_GLL_Data& record) { return NoteTimeOfDay(record.timeOfDay); }
+bool StreamClock::Note(const S_ZDA_Data& record) {
+  return NoteDate(record.year, record.month, record.day, record.timeOfDay);
+}
+bool StreamClock::Note(const S_RMC_Data& record) {
   if (IsVoid(record.status)) return NoteTimeOfDay(record.timeOfDay);
-  NoteDate(record.year, record.month, record.day, record.timeOfDay);
+  return NoteDate(record.year, record.month, record.day, record.timeOfDay);
 }
 
 void StreamClock::Note(const Rtcm3Observations& record) {
   constexpr double kGlonassAhead = 10800;  // s, GLONASS time - UTC (GLONASS ICD, 3.3.3)
   const Rtcm3Time& time = record.time;
   const bool hasWeek = !IsNotAvailable(time.week) && !IsNotAvailable(time.seconds);
+  if (hasWeek && time.isWeekAssumed) return NoteAssumedWeek(time);
   if (hasWeek && !m_firstDate) {
     const UtcTime utc = UtcOfGps(C_GnssTime(time.week, time.seconds, ALGO::GNSS_GPS));
     return NoteDay(utc.mjd, utc.secondsOfDay);
@@ -86,40 +90,54 @@ void StreamClock::NoteTimeOfWeek(double gpsSeconds) {
   if (utc < 0) utc += kDays * kSecondsPerDay;
   const int dayOfWeek = static_cast<int>(utc / kSecondsPerDay);
   const double secondsOfDay = utc - dayOfWeek * kSecondsPerDay;
-  if (!m_firstDate) return NoteTimeOfDay(secondsOfDay);
+  if (!m_firstDate) return void(NoteTimeOfDay(secondsOfDay));
   const int dayOfToday = static_cast<int>((today + 3) % kDays);  // MJD 4 is a Sunday
   m_day += (dayOfWeek - dayOfToday + kDays + 3) % kDays - 3;
   m_secondsOfDay = secondsOfDay;
 }
 
-void StreamClock::NoteTimeOfDay(double secondsOfDay) {
-  if (!IsTimeOfDay(secondsOfDay)) return;
+// The answer of `Note` for a record without a date: false.
+bool StreamClock::NoteTimeOfDay(double secondsOfDay) {
+  if (!IsTimeOfDay(secondsOfDay)) return false;
   const double step = m_secondsOfDay ? secondsOfDay - *m_secondsOfDay : 0;
   if (step < -kSecondsPerDay / 2) ++m_day;  // across midnight
   if (step > kSecondsPerDay / 2) --m_day;   // a late sentence of the day before
   m_secondsOfDay = secondsOfDay;
+  return false;
 }
 
-void StreamClock::NoteDate(unsigned short year, unsigned char month, unsigned char day, double secondsOfDay) {
-  NoteTimeOfDay(secondsOfDay);
-  if (!IsTimeOfDay(secondsOfDay) || !IsRealDate(year, month, day)) return;
-  const unsigned int mjd = C_GnssTime::GregorianToMJD(year, month, day);
-  // Days may have been counted before the first date: day 0 is where the stream began.
-  if (!m_mjdOfDay0 || m_isDayAssumed) m_mjdOfDay0 = mjd - static_cast<unsigned int>(m_day);
-  m_isDayAssumed = false;
-  // A gap of more than a day shows no midnight crossing, but its date shows it.
+// The day of the first time comes from the user, who may be wrong; the day of the week is that of the stream.
+void StreamClock::NoteAssumedWeek(const Rtcm3Time& time) {
+  if (m_firstDate) return NoteTimeOfWeek(time.seconds);
+  const UtcTime utc = UtcOfGps(C_GnssTime(time.week, time.seconds, ALGO::GNSS_GPS));
+  NoteTimeOfDay(utc.secondsOfDay);
+  SetDay(utc.mjd, Anchor::AssumedWeek);
+}
+
+// Days may have been counted before a better date comes: day 0 is where the stream began. A gap of more than a day
+// shows no midnight crossing, but its date shows it.
+void StreamClock::SetDay(unsigned int mjd, Anchor anchor) {
+  if (anchor > m_anchor) m_mjdOfDay0 = mjd - static_cast<unsigned int>(m_day);
+  m_anchor = std::max(anchor, m_anchor);
   m_day = static_cast<int>(mjd - *m_mjdOfDay0);
+}
+
+bool StreamClock::NoteDate(unsigned short year, unsigned char month, unsigned char day, double secondsOfDay) {
+  NoteTimeOfDay(secondsOfDay);
+  if (!IsTimeOfDay(secondsOfDay) || !IsRealDate(year, month, day)) return false;
+  SetDay(C_GnssTime::GregorianToMJD(year, month, day), Anchor::Date);
   // Resolving a week takes a date that is right within years; the first one is as good as any.
-  if (m_firstDate) return;
+  if (m_firstDate) return true;
   C_GnssTime time;
   C_GnssTime::GregorianToGps(year, month, day, 0, 0, secondsOfDay, time.m_week, time.m_secOfWeek);
   m_firstDate = C_GnssTime(time.m_week, time.m_secOfWeek, ALGO::GNSS_GPS);
+  return true;
 }
 
 void StreamClock::AssumeFirstDay(unsigned int mjd) {
-  if (m_mjdOfDay0 && !m_isDayAssumed) return;
+  if (m_anchor > Anchor::AssumedDay) return;
   m_mjdOfDay0 = mjd;
-  m_isDayAssumed = true;
+  m_anchor = Anchor::AssumedDay;
 }
 
 double StreamClock::Seconds() const {

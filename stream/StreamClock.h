@@ -20,16 +20,17 @@ class VELAGNSS_API StreamClock {
   // Whether a number of seconds can be a time of day: from 0 to the end of a leap second.
   static bool IsTimeOfDay(double seconds);
 
-  // Takes the time from a decoded sentence.
-  void Note(const S_GGA_Data& record);
-  void Note(const S_GNS_Data& record);
-  void Note(const S_GLL_Data& record);
-  void Note(const S_RMC_Data& record);
-  void Note(const S_ZDA_Data& record);
+  // Takes the time from a decoded sentence; returns whether it carried a date that counts.
+  bool Note(const S_GGA_Data& record);
+  bool Note(const S_GNS_Data& record);
+  bool Note(const S_GLL_Data& record);
+  bool Note(const S_RMC_Data& record);
+  bool Note(const S_ZDA_Data& record);
 
   // The same from a message of RTCM 3. Once the stream has carried a date, only the time of week of observations
-  // counts: the week that a decoder has completed for them may come from a rough seed. 1013 and 1029 have whole seconds
-  // and do not set the clock back by less than 10 s.
+  // counts: the week that a decoder has completed for them may come from a rough seed. A week that is only assumed
+  // replaces the day of `AssumeFirstDay`, but is not a date of the stream. 1013 and 1029 have whole seconds and do not
+  // set the clock back by less than 10 s.
   void Note(const Rtcm3Observations& record);
   void Note(const Rtcm3SystemParameters& record);
   void Note(const Rtcm3Message& record);
@@ -63,17 +64,22 @@ class VELAGNSS_API StreamClock {
   const std::optional<C_GnssTime>& FirstDate() const { return m_firstDate; }
 
  private:
+  // What ties the days to the calendar, in ascending order of trust.
+  enum class Anchor : unsigned char { None, AssumedDay, AssumedWeek, Date };
+
   std::optional<unsigned int> DateOf(int day) const;
-  void NoteTimeOfDay(double secondsOfDay);
+  bool NoteTimeOfDay(double secondsOfDay);
+  void NoteAssumedWeek(const Rtcm3Time& time);
+  void SetDay(unsigned int mjd, Anchor anchor);
   void NoteDay(unsigned int mjd, double secondsOfDay);
   void NoteWholeSeconds(unsigned int mjd, double secondsOfDay);
   void NoteTimeOfWeek(double gpsSeconds);
-  void NoteDate(unsigned short year, unsigned char month, unsigned char day, double secondsOfDay);
+  bool NoteDate(unsigned short year, unsigned char month, unsigned char day, double secondsOfDay);
 
   int m_day = 0;  // days since the first time
   std::optional<double> m_secondsOfDay;
   std::optional<unsigned int> m_mjdOfDay0;
-  bool m_isDayAssumed = false;
+  Anchor m_anchor = Anchor::None;
   std::optional<C_GnssTime> m_firstDate;
 };
 

@@ -159,7 +159,8 @@ struct S_WeekCase {
   std::optional<C_GnssTime> seed;
   bool hasDate;  // the stream carries one before the ephemeris: 2024-05-18
   WeekSource source;
-  unsigned int week;  // of the transmission; the session's is 2314
+  unsigned int week;          // of the transmission; the session's is 2314
+  unsigned int firstDay = 0;  // MJD that the caller assumes
 };
 const S_WeekCase kWeeks[] = {
     {"NoTime", std::nullopt, false, WeekSource::None, 2314 % 1024},
@@ -168,12 +169,18 @@ const S_WeekCase kWeeks[] = {
     {"SeedGoesFirst", C_GnssTime(1300, 0.0, ALGO::GNSS_GPS), true, WeekSource::Seed, 1290},
     {"SeedOfAnotherScale", C_GnssTime(1300, 0.0, ALGO::GNSS_GLONASS), true, WeekSource::Stream, 2314},
     {"SeedAfterTheDate", C_GnssTime(), true, WeekSource::Stream, 2314},
+    {"AssumedDay", std::nullopt, false, WeekSource::Seed, 2314, 60448},
+    {"WrongDay", std::nullopt, false, WeekSource::Seed, 1290, 53341},
+    {"DateGoesBeforeTheDay", std::nullopt, true, WeekSource::Stream, 2314, 53341},
+    {"SeedGoesBeforeTheDay", C_GnssTime(1300, 0.0, ALGO::GNSS_GPS), true, WeekSource::Seed, 1290, 60448},
+    {"DayBeyondTheCalendar", std::nullopt, false, WeekSource::None, 2314 % 1024, 1},
     {"SeedOfNothing", C_GnssTime(0, 0.0, ALGO::GNSS_GPS), false, WeekSource::None, 2314 % 1024},
 };
 TEST_ROWS(WeekOfAnEphemeris, ComesFromSeedOrStream, kWeeks, row) {
   const std::string gps = FirstBlock(95), sbas = FirstBlock(93), glonass = FirstBlock(65);
   RecordDecoder decoder;
   if (row.seed) decoder.SeedTime(*row.seed);
+  if (row.firstDay != 0) decoder.AssumeFirstDay(row.firstDay);
   for (int stream = 0; stream < 2; ++stream) {  // a restart forgets the dates, not the seed
     if (row.hasDate) decoder.Decode(kZdaFrame);
     const DecodedFrame& decoded = decoder.Decode(FrameOf(gps, C_RawDataMessage::eVelaBIN, 95));

@@ -8,6 +8,8 @@
 #include "ObservationFrames.h"
 #include "ProgramRun.h"
 #include "RinexReader.h"
+#include "Rtcm3Bits.h"
+#include "Streams.h"
 
 namespace {
 
@@ -88,10 +90,22 @@ const S_ObsCase kObsCases[] = {
      "> 2024 05 18 23 59 59.0000000  0  1\n" + kG05 + "> 2024 05 19 12 00  0.0000000  0  1\n" + kG05Slip},
     {"DateFromSeed",            Gps(0), Epoch(k0, 1) + kG05, 0, "", "--seed 2314:345600"},
     {"NoDate",                  Gps(0), "", 1, "date is not known"},
+    {"DateFromUser",            Gps(0), Epoch(k0, 1) + kG05, 0, "", "--date 2024-05-16"},
+    {"DateOfStreamWins",        Gps(0) + Date() + Gps(1), Epoch(k0, 1) + kG05 + Epoch(k1, 1) + kG05, 0, "", "--date 2019-05-16"},
+    {"DateOfStreamComesLast",   Gps(0) + Date(), Epoch(k0, 1) + kG05, 0, "", "--date 2019-05-16"},
+    {"SeedStaysHard",           Date() + Gps(0), "> 2019 05 16 12 00  0.0000000  0  1\n" + kG05, 0, "", "--seed 2019-05-16"},
+    {"SentencesGoOnAlone",      Sentence("GPZDA,120000,16,05,2024,00,00") + Gps(0) + Sentence("GPZDA,120000,28,05,2024,00,00") + Msm(1077, kNoon - 172800000, {{}}),
+     Epoch(k0, 1) + kG05 + "> 2024 05 28 12 00  0.0000000  0  1\n" + kG05Slip},
     {"GlonassFirstWithoutDate", Glonass(0) + Gps(0) + Date() + Gps(1), Epoch(k0, 1) + kG05 + Epoch(k1, 1) + kG05, 1, "leap seconds"},
     {"StationMoves",            Date() + Position() + Gps(0) + Position(63781380000) + Position(63781380000) + Gps(1),
      Epoch(k0, 1) + kG05 + ">                              4  1\n"
      "  6378138.0000        0.0001       -0.0002                  APPROX POSITION XYZ \n" + Epoch(k1, 1) + kG05},
+    {"NewSite",                 Date() + Position() + Gps(0) + Position(63783380000) + Gps(1),
+     Epoch(k0, 1) + kG05 + ">                              3  2\n"
+     "  6378338.0000        0.0001       -0.0002                  APPROX POSITION XYZ \n"
+     "Here                                                        MARKER NAME         \n" + Epoch(k1, 1) + kG05, 0, "", "--marker Here"},
+    {"SiteOfTheUser",           Date() + Position() + Gps(0) + Position(63783380000) + Gps(1),
+     Epoch(k0, 1) + kG05 + Epoch(k1, 1) + kG05, 0, "", "--position 6378137,0,0"},
     {"OtherStation",            Date() + Gps(0) + Msm(1077, kNoon, {{9}}, 2, 8), Epoch(k0, 1) + kG05, 1, "station 8"},
     {"ChosenStation",           Date() + Gps(0) + Msm(1077, kNoon, {{9}}, 2, 8), Epoch(k0, 1) + Line("G09"), 0, "", "--station 8"},
     {"SameEpochAgain",          Date() + Gps(1) + Gps(0), Epoch(k1, 1) + kG05, 1, "not later"},

@@ -154,8 +154,14 @@ class RinexReader {
     std::string last;
     while (m_at < m_lines.size()) {
       const std::string line = m_lines[m_at++];
-      if (Fits(line, "> {30}4 *[0-9]+")) {
-        for (int left = std::stoi(line.substr(32)); left > 0; --left) ++events[ReadHeaderLine()];
+      if (Fits(line, "> {30}[34] *[0-9]+")) {
+        bool hasMarker = false;
+        for (int left = std::stoi(line.substr(32)); left > 0; --left) {
+          const std::string label = ReadHeaderLine();
+          hasMarker = hasMarker || label == "MARKER NAME";
+          ++events[label];
+        }
+        Expect(hasMarker == (line[31] == '3'), "marker of an event");
         continue;
       }
       Expect(Fits(line, std::string("> ") + kDate + "[ 0-9]{3}\\.[0-9]{7}  0[ 0-9]{2}[0-9]"), "epoch: " + line);

@@ -115,6 +115,28 @@ TEST(Rtcm3InAStream, SharesDates) {
   EXPECT_EQ(week(stream).first, WeekSource::None);
 }
 
+// What the stream says of its date refutes the day that was assumed, and each date of the sentences is followed.
+TEST(Rtcm3InAStream, FollowsTheDates) {
+  Stream stream;
+  const auto week = [&stream] {
+    const Bits gps = Bits{{1002, 12}, {42, 12}, {43200000, 30}, {0, 1 + 5 + 4}};  // a Sunday at noon
+    const velagnss::Rtcm3Time time = stream.Get<Rtcm3Observations>(stream.Rtcm(gps)).time;
+    return std::pair(time.week, time.isWeekAssumed);
+  };
+  stream.decoder.AssumeFirstDay(53344);  // of week 1300
+  EXPECT_EQ(week(), std::pair(std::uint16_t{1300}, true));
+  EXPECT_FALSE(stream.decoder.Clock().FirstDate());
+  EXPECT_EQ(stream.decoder.Clock().UtcOf(stream.decoder.Clock().Seconds()).mjd, 53344U);
+  EXPECT_EQ(stream.Rtcm(kEphemeris).week, WeekSource::Seed);
+  stream.Zda();  // of week 2314, a Saturday
+  EXPECT_EQ(week(), std::pair(std::uint16_t{2315}, false));
+  EXPECT_EQ(stream.Rtcm(kEphemeris).week, WeekSource::Stream);
+  stream.Rtcm(Bits{{1013, 12}, {42, 12}, {60448 + 700, 16}, {43200, 17}, {0, 5}, {18, 8}});
+  EXPECT_EQ(week().first, 2415);
+  stream.Zda();
+  EXPECT_EQ(week().first, 2315) << "the latest date counts";
+}
+
 // MSM4 has phases in meters, but no channels.
 TEST(Rtcm3InAStream, TakesChannelsFromTheBinaryProtocol) {
   Stream stream;

@@ -1,12 +1,19 @@
 #include "apps/manual/CommandTree.h"
 
 #include <CLI/CLI.hpp>
+#include <set>
 
 #include "apps/velagnss/commands/ConvertCommand.h"
 #include "apps/velagnss/geo/GeoForms.h"
+#include "apps/velagnss/json/MoreNmeaJson.h"
 #include "apps/velagnss/rinex/RinexOptions.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/MessageNames.h"
+#include "binproto/VelaBin_Decode.h"
+#include "framing/CRC24.h"
+#include "records/ResultCodes.h"
+#include "rtcm3/Rtcm3Decoder.h"
+#include "stream/Names.h"
 
 namespace Manual {
 namespace {
@@ -20,18 +27,41 @@ struct S_WordRule {
   std::string (*words)(const std::string& command);
 };
 
-// The sentences by name, and the decoded blocks and usual RTCM messages by number: thousands of numbers would be no
-// help.
-std::string UsualMessages() {
-  return Host::SentenceNames() +
-         " BIN25 BIN65 BIN93 BIN95 1005 1006 1019 1020 1033 1042 1046 1074 1077 1084 1087 1094 "
-         "1097 1124 1127 1230";
+// Of a message with a decoder, a payload of nothing but the number is too short.
+bool IsDecodedRtcm(unsigned int number) {
+  unsigned char frame[] = {0xD3, 0, 2, static_cast<unsigned char>(number >> 4), static_cast<unsigned char>(number << 4),
+                           0,    0, 0};
+  const unsigned int crc = C_CRC24::ComputeCRC(frame, sizeof frame - 3);
+  for (unsigned int i = 0; i < 3; ++i) frame[5 + i] = static_cast<unsigned char>(crc >> (8 * (2 - i)));
+  return velagnss::Rtcm3Decoder().Decode(frame, sizeof frame).result == eResultPastEnd;
+}
+
+// A block without data is too short for each block that is supported.
+bool IsSupportedBlock(unsigned int number) {
+  unsigned char frame[] = {'$', 'B', 'I', 'N', static_cast<unsigned char>(number), 0, 0, 0, 0, 0};
+  static U_VelaBIN_EcdDcdData record;
+  unsigned short found = 0;
+  return C_VelaBin_Decode(nullptr).Decode(frame, sizeof frame, found, record) != eResultUnknownMessage;
+}
+
+// Every sentence with a name of its own, the supported blocks, and the decoded messages of RTCM 3 by number: thousands
+// of numbers would be no help.
+std::string MessagesToName() {
+  const std::vector<std::string> sentences = Split(Host::SentenceNames() + ' ' + Host::MoreSentenceNames(), " ");
+  const std::set<std::string> sorted(sentences.begin(), sentences.end());  // some are in both lists
+  std::string names = Join({sorted.begin(), sorted.end()}, " ");
+  for (unsigned int number = 0; number < velagnss::NumMessages(C_RawDataMessage::eVelaBIN); ++number)
+    if (IsSupportedBlock(number))
+      names.append(" ").append(velagnss::MessageName(C_RawDataMessage::eVelaBIN, number).Text());
+  for (unsigned int number = 0; number < velagnss::NumMessages(C_RawDataMessage::eRTCM3_x); ++number)
+    if (IsDecodedRtcm(number)) names += ' ' + std::to_string(number);
+  return names;
 }
 
 constexpr S_WordRule kWordRules[] = {
     {"--search", [](const std::string&) { return Host::ProtocolNames(); }},
     {"--proto", [](const std::string&) { return Host::ProtocolNames(); }},
-    {"--msg", [](const std::string&) { return UsualMessages(); }},
+    {"--msg", [](const std::string&) { return MessagesToName(); }},
     {"--to", [](const std::string&) { return Host::FormatNames(); }},
     {"--system", [](const std::string&) { return Host::NavSystemNames(); }},
     {"--from", &SidesOf},

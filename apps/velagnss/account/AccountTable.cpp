@@ -8,6 +8,7 @@
 #include "apps/velagnss/account/ObservationReport.h"
 #include "apps/velagnss/account/TableLine.h"
 #include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/text/Numbers.h"
 #include "apps/velagnss/text/Units.h"
 #include "stream/Names.h"
 
@@ -79,7 +80,7 @@ void AppendIntegrity(std::string& table, const C_StreamAccount& account, std::si
   std::size_t shown = 0;
   for (const S_SkippedBytes& range : account.Skipped().Entries()) {
     if (shown++ == maxRows) break;
-    Line(table, "  {:>14}  {} bytes", range.offset, range.length);
+    Line(table, "  {:>14}  {}", range.offset, Counted(range.length, "byte"));
     for (; start != account.FalseStarts().Entries().end() && start->offset < range.offset + range.length; ++start)
       Line(table, "  {:>14}    {}", start->offset, velagnss::ReasonText(start->reason));
   }

@@ -6,6 +6,7 @@
 
 #include "apps/velagnss/account/PointNames.h"
 #include "apps/velagnss/account/TableLine.h"
+#include "apps/velagnss/text/Numbers.h"
 #include "apps/velagnss/text/Units.h"
 #include "stream/Names.h"
 
@@ -31,7 +32,7 @@ constexpr S_FailureRow kFailures[] = {
 void AppendFailures(std::string& table, const C_PointReport& report) {
   for (const S_FailureRow& row : kFailures)
     if (const std::uint64_t epochs = report.EpochsOf(row.result); epochs > 0)
-      Line(table, "  no position    {} epochs: {}", epochs, row.text);
+      Line(table, "  no position    {}: {}", Counted(epochs, "epoch"), row.text);
 }
 
 void AppendErrors(std::string& table, const C_PointReport& report) {
@@ -71,9 +72,11 @@ void AppendSatellites(std::string& table, const C_PointReport& report) {
 
 std::string PointTable(const C_PointReport& report, bool isLong) {
   std::string table;
-  Line(table, "\n  positions      {} of {} epochs", report.EpochsOf(velagnss::PointResult::Ok), report.Epochs());
+  Line(table, "\n  positions      {} of {}", report.EpochsOf(velagnss::PointResult::Ok),
+       Counted(report.Epochs(), "epoch"));
   AppendFailures(table, report);
-  if (report.OtherStations() > 0) Line(table, "  left out       {} epochs of other stations", report.OtherStations());
+  if (report.OtherStations() > 0)
+    Line(table, "  left out       {} of other stations", Counted(report.OtherStations(), "epoch"));
   if (const std::optional<S_PositionSummary> mean = report.Positions()) {
     Line(table, "  mean position  {}", Place(mean->latitude, mean->longitude, mean->height));
     Line(table, "  spread         {} m north, {} m east, {} m up", NumberText(mean->spreadNorth, 2),

@@ -56,9 +56,18 @@ void ReadSelection(S_StreamArguments& stream) {
   for (const std::string& list : stream.talkers) check(stream.selection.AddTalkers(list));
 }
 
+void DeclareDate(CLI::App& app, S_StreamArguments& stream) {
+  app.add_option("--date", stream.date,
+                 "UTC date of each input's first time, 2024-05-18, until it carries\na date of its own")
+      ->option_text("DATE")
+      ->check(&CheckDate);
+}
+
 // --to is the format of `convert`.
 void DeclareSelection(CLI::App& app, S_StreamArguments& stream) {
-  app.add_option("--from", stream.from, "only from this time of the stream on, 2024-05-18T12:00:00 or 12:00:00, UTC")
+  app.add_option(
+         "--from", stream.from,
+         "only from this time of the stream on, 2024-05-18T12:00:00, 2024-05-18\n(its 00:00:00) or 12:00:00, UTC")
       ->option_text("TIME");
   app.add_option(app.get_name() == "convert" ? "--until" : "--to,--until", stream.until,
                  "only up to this time, which is excluded; times of day mean every day")
@@ -118,20 +127,17 @@ void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
                  "bytes to read at once (default: 262144); the output does not depend on it")
       ->option_text("BYTES")
       ->check(NumberBetween(std::uint64_t{1}, kMaxReadSize, "a whole number from 1 to 1073741824"));
+  DeclareDate(app, stream);
   DeclareSelection(app, stream);
 }
 
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
   app.add_option(
          "--seed", stream.seed,
-         "date of the recording, 2024-05-18, or its GPS week and seconds,\n2314:604638, to complete broadcast weeks\n"
-         "(default: --date, or the first date in the stream)")
+         "date of the recording, 2024-05-18, or its GPS week and seconds,\n2314:604638, to complete broadcast weeks,\n"
+         "whatever dates the stream carries (default: these, and before\nthe first of them --date)")
       ->option_text("TIME")
       ->check(&CheckSeed);
-  app.add_option("--date", stream.date,
-                 "UTC date of each input's first time, 2024-05-18, until it carries\na date of its own")
-      ->option_text("DATE")
-      ->check(&CheckDate);
 }
 
 void DeclareFilter(CLI::App& app, S_FilterArguments& arguments) {
@@ -159,9 +165,8 @@ void ReportIgnoredPeriod(const C_MessageFilter& filter) {
 }
 
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
-  return {ParseSearchList(stream.search, stream.acknowledgements).value(),
-          ParseSeed(stream.seed.empty() ? stream.date : stream.seed), !stream.listedOnly, stream.selection,
-          ParseDate(stream.date)};
+  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly,
+          stream.selection, ParseDate(stream.date)};
 }
 
 void DeclareOutput(CLI::App& app, std::string& output) {

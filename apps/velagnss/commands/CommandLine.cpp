@@ -82,6 +82,17 @@ std::string ChosenCommand(const CLI::App& app) {
   return name;
 }
 
+// What is wrong with an option that takes one value and was given several times; the parser only counts its values.
+std::optional<std::string> RepeatedOption(const CLI::App& app) {
+  for (const CLI::App* chosen : app.get_subcommands())
+    if (std::optional<std::string> repeated = RepeatedOption(*chosen)) return repeated;
+  for (const CLI::Option* option : app.get_options())
+    if (option->get_items_expected_max() == 1 && option->count() > 1)
+      return fmt::format("{} is given {}", option->get_name(),
+                         option->count() == 2 ? "twice" : fmt::format("{} times", option->count()));
+  return std::nullopt;
+}
+
 const S_CommandEntry* FindCommand(std::string_view name) {
   const auto* const* const found = std::find_if(std::begin(kCommands), std::end(kCommands),
                                                 [name](const auto* entry) { return entry->name == name; });
@@ -157,7 +168,9 @@ int C_CommandLine::Run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     const std::optional<std::string_view> unknown = FirstUnknown(*m_app, argc, argv);
     if (unknown) return ReportUsage("", WrongWord(*unknown));
-    return ReportUsage(ChosenCommand(*m_app), error.what());
+    const bool isCountWrong = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch);
+    return ReportUsage(ChosenCommand(*m_app),
+                       (isCountWrong ? RepeatedOption(*m_app) : std::nullopt).value_or(error.what()));
   }
   if (m_isQuiet) SetVerbosity(eVerbosity::Quiet);
   if (m_isVerbose) SetVerbosity(eVerbosity::Verbose);

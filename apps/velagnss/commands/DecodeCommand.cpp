@@ -10,6 +10,7 @@
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/pipeline/NoFrameWarning.h"
 #include "apps/velagnss/sinks/OutputRun.h"
+#include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 namespace {
@@ -65,21 +66,21 @@ int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
 
 // An empty output is explained: a filter that lets nothing pass and a wrong baud rate look alike otherwise.
 eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& run) const {
-  ReportDetail(fmt::format("{} frames found, {} written, {} faults in the data", run.FramesFound(),
-                           lines.FramesWritten(), lines.DataErrors()));
+  ReportDetail(fmt::format("{} found, {} written, {} in the data", Counted(run.FramesFound(), "frame"),
+                           lines.FramesWritten(), Counted(lines.DataErrors(), "fault")));
   ReportIgnoredPeriod(lines.Filter());
   if (lines.FramesWritten() == 0) {
     constexpr std::string_view kNoEpoch = "belongs to an epoch, as GGA, RMC, GSV and RTCM 3 observations do";
     if (run.FramesSelected() > 0)
-      ReportWarning(fmt::format("none of {} frames {}", run.FramesSelected(),
+      ReportWarning(fmt::format("{} found, none {}", Counted(run.FramesSelected(), "frame"),
                                 m_lines.epochsOnly ? kNoEpoch : "matches --proto or --msg"));
     else if (run.FramesFound() == 0 && run.BytesRead() > 0)
       ReportNoFrame(InputsText(m_stream.input), run.BytesRead());
     return eExitData;
   }
   if (!m_isStrict || lines.DataErrors() == 0) return eExitOk;
-  ReportError(fmt::format("{} faults in the data: --events shows what was skipped, \"error\" what cannot be decoded",
-                          lines.DataErrors()));
+  ReportError(fmt::format("{} in the data: --events shows what was skipped, \"error\" what cannot be decoded",
+                          Counted(lines.DataErrors(), "fault")));
   return eExitData;
 }
 

@@ -9,6 +9,7 @@
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/sinks/OutputRun.h"
 #include "apps/velagnss/text/LineSplitter.h"
+#include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 namespace {
@@ -85,14 +86,14 @@ void C_EncodeJob::NoteError(std::string_view what) {
 
 eExitCode C_EncodeJob::Judge() const {
   if (m_errors > kMaxErrorsShown)
-    ReportError(fmt::format("{} more lines cannot be encoded", m_errors - kMaxErrorsShown));
-  ReportDetail(
-      fmt::format("{} sentences written, {} objects skipped, {} lines rejected", m_encoded, m_skipped, m_errors));
+    ReportError(fmt::format("{} cannot be encoded", Counted(m_errors - kMaxErrorsShown, "more line")));
+  ReportDetail(fmt::format("{} written, {} skipped, {} rejected", Counted(m_encoded, "sentence"),
+                           Counted(m_skipped, "object"), Counted(m_errors, "line")));
   if (m_skipped > 0 && !m_isStrict)
-    ReportWarning(fmt::format("{} objects skipped: other protocols, or not decoded", m_skipped));
+    ReportWarning(Counted(m_skipped, "object") + " skipped: other protocols, or not decoded");
   if (m_encoder.ModesLeftOut() > 0)
-    ReportWarning(fmt::format("modes left out of {} GNS sentences: only talkers that end in N have them",
-                              m_encoder.ModesLeftOut()));
+    ReportWarning(fmt::format("modes left out of {}: only talkers that end in N have them",
+                              Counted(m_encoder.ModesLeftOut(), "GNS sentence")));
   return m_errors == 0 && m_encoded > 0 ? eExitOk : eExitData;
 }
 

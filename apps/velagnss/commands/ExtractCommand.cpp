@@ -12,6 +12,7 @@
 #include "apps/velagnss/sinks/SplitOutput.h"
 #include "apps/velagnss/text/FrameBytes.h"
 #include "apps/velagnss/text/Lists.h"
+#include "apps/velagnss/text/Numbers.h"
 #include "stream/Names.h"
 
 namespace Host {
@@ -46,10 +47,10 @@ void C_FrameExtractor::OnFrame(const S_FrameRecord& record) {
 }
 
 eExitCode C_FrameExtractor::Judge() const {
-  ReportDetail(fmt::format("{} of {} frames extracted", m_extracted, m_found));
+  ReportDetail(fmt::format("{} of {} extracted", m_extracted, Counted(m_found, "frame")));
   ReportIgnoredPeriod(m_filter);
   if (m_extracted > 0) return eExitOk;
-  if (m_found > 0) ReportWarning(fmt::format("none of {} frames matches --proto or --msg", m_found));
+  if (m_found > 0) ReportWarning(Counted(m_found, "frame") + " found, none matches --proto or --msg");
   return eExitData;
 }
 

@@ -7,6 +7,7 @@
 #include "apps/velagnss/input/Progress.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/Signals.h"
+#include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 namespace {
@@ -71,7 +72,7 @@ void C_Stream::Close() {
   m_progress.reset();
   if (!m_hasFailed) {
     if (m_total == 0 && SignalReceived() == 0) ReportWarning(fmt::format("{}: is empty", m_source.Name()));
-    ReportDetail(fmt::format("{}: {} bytes read", m_source.Name(), m_total));
+    ReportDetail(fmt::format("{}: {} read", m_source.Name(), Counted(m_total, "byte")));
   }
   m_job.EndInput();
 }

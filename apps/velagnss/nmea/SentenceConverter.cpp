@@ -4,6 +4,7 @@
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/text/FrameBytes.h"
+#include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 namespace {
@@ -26,7 +27,7 @@ void C_SentenceConverter::OnFrame(const S_FrameRecord& record) {
 }
 
 void C_SentenceConverter::Finish() {
-  ReportDetail(fmt::format("{} sentences written", m_sentences));
+  ReportDetail(Counted(m_sentences, "sentence") + " written");
   if (m_sentences == 0) ReportWarning("no NMEA 0183 sentence");
 }
 

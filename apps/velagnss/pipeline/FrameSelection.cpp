@@ -14,8 +14,14 @@ constexpr std::size_t kTalkerSize = 2;
 
 t_Microseconds Whole(const S_UtcTime& time) { return time.mjd.value_or(0) * kMicrosecondsPerDay + time.ofDay; }
 
+// A date alone is its beginning.
+std::optional<S_UtcTime> ReadBound(std::string_view text) {
+  if (const std::optional<unsigned int> mjd = ParseDate(text)) return S_UtcTime{mjd, 0};
+  return ParseUtc(text);
+}
+
 std::string NotATime(std::string_view option, std::string_view text) {
-  return fmt::format("{}: '{}' is not a time; write 2024-05-18T12:00:00 or 12:00:00", option, text);
+  return fmt::format("{}: '{}' is not a time; write 2024-05-18T12:00:00, 2024-05-18 or 12:00:00", option, text);
 }
 
 // Not the functions of the C library: they depend on the locale.
@@ -25,8 +31,8 @@ bool IsOfAnAddress(char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= 
 }  // namespace
 
 std::optional<std::string> C_TimeWindow::Set(std::string_view from, std::string_view until) {
-  const std::optional<S_UtcTime> begin = ParseUtc(from);
-  const std::optional<S_UtcTime> end = ParseUtc(until);
+  const std::optional<S_UtcTime> begin = ReadBound(from);
+  const std::optional<S_UtcTime> end = ReadBound(until);
   if (!from.empty() && !begin) return NotATime("--from", from);
   if (!until.empty() && !end) return NotATime("--until", until);
   if (begin && end && begin->mjd.has_value() != end->mjd.has_value())
@@ -34,7 +40,9 @@ std::optional<std::string> C_TimeWindow::Set(std::string_view from, std::string_
   if (begin) m_from = Whole(*begin);
   if (end) m_to = Whole(*end);
   m_hasDates = (begin && begin->mjd) || (end && end->mjd);
-  if (begin && end && (m_hasDates ? *m_from >= *m_to : *m_from == *m_to)) return "--until must be later than --from";
+  if (begin && end && (m_hasDates ? *m_from >= *m_to : *m_from == *m_to))
+    return std::string("--until must be later than --from") +
+           (ParseDate(until) ? "; a date alone is its 00:00:00" : "");
   return std::nullopt;
 }
 

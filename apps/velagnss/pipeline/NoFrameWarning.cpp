@@ -3,14 +3,15 @@
 #include <fmt/format.h>
 
 #include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 
 void ReportNoFrame(std::string_view where, std::uint64_t bytes) {
   ReportWarning(
-      fmt::format("{}: no frame in {} bytes: check that this is the output of a receiver and, for a serial port, its "
+      fmt::format("{}: no frame in {}: check that this is the output of a receiver and, for a serial port, its "
                   "speed",
-                  where, bytes));
+                  where, Counted(bytes, "byte")));
 }
 
 }  // namespace Host

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 
@@ -129,7 +130,7 @@ void C_RecordRun::ReportSelection() const {
     ReportWarning(fmt::format("--from and --until cannot be applied: the input carries no {}",
                               m_selection.Window().HasDates() ? "date" : "time"));
   else if (m_framesSelected == 0)
-    ReportWarning(fmt::format("--from, --until and --talker leave none of {} frames", m_framesFound));
+    ReportWarning(Counted(m_framesFound, "frame") + " found, none within --from, --until and --talker");
 }
 
 eExitCode C_RecordRun::Judge() const {

@@ -40,12 +40,17 @@ void C_EpochAssembler::Add(const velagnss::Rtcm3Observations& message) {
   const std::optional<double> open = OpenTime();
   if (MayHaveWrongLeapSeconds(message, open)) return m_leaveOut("the leap seconds of GLONASS are not known yet");
   if (open && std::abs(MillisecondsFrom(*open, message.time.seconds)) >= kSameEpoch) Close();
-  if (m_epoch.signals.empty()) m_epoch = {InWeek(message.time), false, m_input, {}};
-  if (!m_epoch.hasDate && !IsNotAvailable(message.time.week)) {
-    m_epoch.time += message.time.week * kMsPerWeek;
-    m_epoch.hasDate = true;
-  }
+  if (!IsOpen()) m_epoch = {InWeek(message.time), S_ObsEpoch::eDate::None, m_input, {}};
+  DateEpoch(message.time);
   for (unsigned int i = 0; i < message.numSignals; ++i) AddSignal(message, message.signals[i]);
+}
+
+void C_EpochAssembler::DateEpoch(const velagnss::Rtcm3Time& time) {
+  using eDate = S_ObsEpoch::eDate;
+  const eDate date = time.isWeekAssumed ? eDate::Assumed : eDate::Known;
+  if (IsNotAvailable(time.week) || date <= m_epoch.date) return;
+  m_epoch.time = m_epoch.time % kMsPerWeek + time.week * kMsPerWeek;
+  m_epoch.date = date;
 }
 
 void C_EpochAssembler::AddSignal(const velagnss::Rtcm3Observations& message, const velagnss::Rtcm3Signal& signal) {

@@ -29,6 +29,7 @@ class C_EpochAssembler {
 
  private:
   std::optional<double> OpenTime() const;  // s of the week
+  void DateEpoch(const velagnss::Rtcm3Time& time);
   void Close();
   void AddSignal(const velagnss::Rtcm3Observations& message, const velagnss::Rtcm3Signal& signal);
   void Insert(const S_ObsSignal& signal);

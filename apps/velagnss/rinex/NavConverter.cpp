@@ -85,7 +85,7 @@ class C_NavConverter : public C_TextConsumer {
 std::string Objection(const velagnss::DecodedFrame& decoded) {
   const unsigned int result = decoded.result.value_or(eResultOk);
   if (decoded.isWeekUnresolved)
-    return fmt::format("week unknown (result {}); give the date of the recording with --seed", result);
+    return fmt::format("week unknown (result {}); give the date of the recording with --date", result);
   if (result != eResultOk) return fmt::format("{} (result {})", velagnss::ResultText(result), result);
   if (LacksDate(decoded.record)) return "the satellite sends no date";
   return {};

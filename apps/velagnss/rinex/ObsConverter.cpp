@@ -163,7 +163,7 @@ void C_ObsConverter::NoteStation(const velagnss::Record& record) {
 
 void C_ObsConverter::AddEpoch(const S_ObsEpoch& epoch) {
   std::optional<std::int64_t>& first = m_context.firstDated[epoch.input];
-  if (epoch.hasDate && !first) first = epoch.time;
+  if (epoch.date == S_ObsEpoch::eDate::Known && !first) first = epoch.time;
   m_spool.Add(epoch);
   for (const auto& [label, content] : std::exchange(m_laterChanges, {}))
     m_spool.Add(C_ObsSpool::S_Change{label, content});
@@ -224,7 +224,7 @@ void C_ObsConverter::BeginPiece(std::int64_t piece) {
   const std::int64_t length = m_options.split.empty() ? 0 : SplitLength(m_options.split);
   const std::int64_t start = length > 0 ? piece * length : contents.First() / kMinute * kMinute;
   const std::int64_t duration = length > 0 ? length : contents.Last() + contents.Interval() - start;
-  const std::string marker = m_options.marker.empty() ? fmt::format("{:04}", *m_station) : m_options.marker;
+  const std::string marker = MarkerName(m_options.marker, *m_station);
   m_piece = piece;
   BeginFile(RinexFileName({marker, start, duration, contents.Interval(), SystemLetter(contents)}));
   const t_ObsTypes wanted = ReadObsTypes(m_options.obsTypes);
@@ -232,11 +232,13 @@ void C_ObsConverter::BeginPiece(std::int64_t piece) {
   AppendObsHeader(m_text, {m_options, m_facts, m_context, contents, m_types, m_lines, marker, m_hasQuarterCycles});
 }
 
-// An event of header lines that hold from the next epoch on; it has no time of its own.
+// An event of header lines that hold from the next epoch on; it has no time of its own. A new site must come with the
+// name of its marker.
 void C_ObsConverter::AppendChanges() {
-  constexpr int kHeaderRecords = 4;
+  constexpr int kNewSite = 3, kHeaderRecords = 4;
   if (m_changes.empty()) return;
-  m_text += fmt::format(">{:31}{:3}\n", kHeaderRecords, m_changes.size());
+  const int flag = m_changes.contains(std::string(kMarkerLabel)) ? kNewSite : kHeaderRecords;
+  m_text += fmt::format(">{:31}{:3}\n", flag, m_changes.size());
   for (const auto& [label, content] : m_changes) AppendHeaderLine(m_text, content, label);
 }
 

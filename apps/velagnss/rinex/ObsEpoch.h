@@ -42,8 +42,14 @@ struct S_ObsSignal {
 };
 
 struct S_ObsEpoch {
+  enum class eDate : std::uint32_t {
+    None,
+    Assumed,  // by the user; counts only if the input carries none
+    Known,
+  };
+
   std::int64_t time = 0;  // ms since 6 January 1980, GPS time; only within its week as long as it has no date
-  bool hasDate = false;
+  eDate date = eDate::None;
   std::uint32_t input = 0;           // that it came from, from 0
   std::vector<S_ObsSignal> signals;  // by their keys
 };

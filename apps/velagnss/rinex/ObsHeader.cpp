@@ -11,7 +11,8 @@
 namespace Host {
 namespace {
 
-constexpr std::size_t kMaxSteps = 1000;  // more different ones have nothing in common
+constexpr std::size_t kMaxSteps = 1000;                // more different ones have nothing in common
+constexpr std::int64_t kMaxInterval = 999'999 * 1000;  // ms: six digits of seconds fit
 
 // Entries of a line and its continuations, each of which begins with `indent` blanks.
 void AppendList(std::string& text, std::string_view label, std::string line, std::size_t perLine, std::size_t indent,
@@ -152,14 +153,14 @@ void AppendObsHeader(std::string& text, const S_ObsHeader& header) {
   const unsigned int leapSeconds = header.facts.LeapSeconds(last);
   AppendFirstLines(text, {3.05, "OBSERVATION DATA", TitleOf(header.contents)}, header.options,
                    header.facts.RunDate(header.options, std::floor(last) - leapSeconds));
-  AppendHeaderLine(text, header.marker, "MARKER NAME");
+  AppendHeaderLine(text, header.marker, kMarkerLabel);
   AppendHeaderLine(text, fmt::format("{:<20}{}", header.options.observer, header.options.agency), "OBSERVER / AGENCY");
   for (const std::string_view label : {kReceiverLabel, kAntennaLabel, kPositionLabel, kAntennaDeltaLabel})
     if (const auto line = header.stationLines.find(std::string(label)); line != header.stationLines.end())
       AppendHeaderLine(text, line->second, label);
   AppendTypes(text, header);
   if (HasStrengths(header)) AppendHeaderLine(text, "DBHZ", "SIGNAL STRENGTH UNIT");
-  if (const std::int64_t interval = header.contents.Interval(); interval > 0)
+  if (const std::int64_t interval = header.contents.Interval(); interval > 0 && interval <= kMaxInterval)
     AppendHeaderLine(text, fmt::format("{:10.3f}", static_cast<double>(interval) / double{kMsPerSecond}), "INTERVAL");
   AppendTime(text, header.contents.First(), "TIME OF FIRST OBS");
   AppendTime(text, header.contents.Last(), "TIME OF LAST OBS");

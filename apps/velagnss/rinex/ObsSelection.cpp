@@ -44,7 +44,7 @@ bool C_ObsSelection::Take(S_ObsEpoch& epoch) {
   if (isWritten) m_last = epoch.time;
   std::erase_if(epoch.signals, [&](S_ObsSignal& signal) {
     if (!m_isSelected[signal.system]) return true;
-    FlagSlip(signal, epoch.input, isWritten);
+    FlagSlip(signal, epoch, isWritten);
     if (isWritten && LacksChannel(signal)) LeaveOut(epoch, "a GLONASS satellite whose frequency channel is not known");
     if (!isWritten || LacksChannel(signal)) return true;
     Finish(signal);
@@ -55,17 +55,17 @@ bool C_ObsSelection::Take(S_ObsEpoch& epoch) {
 
 // Epochs before the first date of their input are less than a week older than it.
 bool C_ObsSelection::Date(S_ObsEpoch& epoch) const {
-  if (epoch.hasDate) return true;
+  using eDate = S_ObsEpoch::eDate;
   const std::optional<std::int64_t>& first = m_context.firstDated[epoch.input];
-  if (!first) return false;
-  epoch.time += *first / kMsPerWeek * kMsPerWeek;
+  if (epoch.date == eDate::Known || !first) return epoch.date != eDate::None;
+  epoch.time = epoch.time % kMsPerWeek + *first / kMsPerWeek * kMsPerWeek;
   if (epoch.time > *first) epoch.time -= kMsPerWeek;
-  epoch.hasDate = true;
+  epoch.date = eDate::Known;
   return true;
 }
 
 std::string C_ObsSelection::Objection(S_ObsEpoch& epoch) const {
-  if (!Date(epoch)) return "the date is not known; give the date of the recording with --seed";
+  if (!Date(epoch)) return "the date is not known; give the date of the recording with --date";
   if (!IsInCalendar(static_cast<double>(epoch.time) / double{kMsPerSecond})) return std::string(kNotInCalendar);
   if (m_last && epoch.time <= *m_last) return "not later than the epoch before";
   return {};
@@ -79,17 +79,18 @@ bool C_ObsSelection::IsInInterval(std::int64_t time) const {
 }
 
 // A slip is flagged at the next phase that is written. Another input goes on after a gap in which anything may have
-// happened, and so does a change between the two families of messages.
-void C_ObsSelection::FlagSlip(S_ObsSignal& signal, std::uint32_t input, bool isWritten) {
+// happened, and so does a change between the two families of messages. Times of week cannot measure longer gaps than
+// half a week, so that the lock after one is not known.
+void C_ObsSelection::FlagSlip(S_ObsSignal& signal, const S_ObsEpoch& epoch, bool isWritten) {
   const bool isLegacy = (signal.flags & S_ObsSignal::eIsLegacy) != 0;
   const auto [place, isNew] =
       m_signals.try_emplace({signal.system, signal.number, static_cast<unsigned char>(signal.code[0]),
                              static_cast<unsigned char>(signal.code[1])},
-                            S_History{false, isLegacy, input});
+                            S_History{false, isLegacy, epoch.input, epoch.time});
   S_History& history = place->second;
-  const bool hasSlipped =
-      (signal.flags & S_ObsSignal::eLockLost) != 0 || history.isLegacy != isLegacy || history.input != input;
-  history = {history.isSlipPending || hasSlipped, isLegacy, input};
+  const bool hasSlipped = (signal.flags & S_ObsSignal::eLockLost) != 0 || history.isLegacy != isLegacy ||
+                          history.input != epoch.input || epoch.time - history.time > kMsPerWeek / 2;
+  history = {history.isSlipPending || hasSlipped, isLegacy, epoch.input, epoch.time};
   if (!history.isSlipPending || !isWritten || signal.values[ePhase] == kNoNumber) return;
   signal.flags |= S_ObsSignal::eLockLost;
   history.isSlipPending = false;

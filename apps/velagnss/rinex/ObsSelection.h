@@ -39,6 +39,7 @@ class C_ObsSelection {
     bool isSlipPending = false;  // that has not been written
     bool isLegacy = false;
     std::uint32_t input = 0;
+    std::int64_t time = 0;  // ms
   };
 
   bool Date(S_ObsEpoch& epoch) const;
@@ -47,7 +48,7 @@ class C_ObsSelection {
   bool LacksChannel(const S_ObsSignal& signal) const;
   void Finish(S_ObsSignal& signal) const;
   bool KeepTypes(S_ObsSignal& signal) const;
-  void FlagSlip(S_ObsSignal& signal, std::uint32_t input, bool isWritten);
+  void FlagSlip(S_ObsSignal& signal, const S_ObsEpoch& epoch, bool isWritten);
   void LeaveOut(const S_ObsEpoch& epoch, const std::string& reason) const;
 
   const S_RinexOptions& m_options;

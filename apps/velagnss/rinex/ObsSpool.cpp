@@ -12,7 +12,7 @@ struct S_Head {
   std::uint32_t labelSize;  // 0 for an epoch
   std::int64_t time;
   std::uint32_t input;
-  std::uint32_t hasDate;
+  S_ObsEpoch::eDate date;
 };
 
 template <class T>
@@ -23,7 +23,7 @@ std::string_view BytesOf(const T& value) {
 
 void ReadEpoch(const S_Head& head, std::string_view bytes, S_ObsEpoch& epoch) {
   epoch.time = head.time;
-  epoch.hasDate = head.hasDate != 0;
+  epoch.date = head.date;
   epoch.input = head.input;
   epoch.signals.resize(bytes.size() / sizeof(S_ObsSignal));
   std::memcpy(epoch.signals.data(), bytes.data(), bytes.size());
@@ -34,13 +34,13 @@ void ReadEpoch(const S_Head& head, std::string_view bytes, S_ObsEpoch& epoch) {
 void C_ObsSpool::Add(const S_ObsEpoch& epoch) {
   static_assert(std::is_trivially_copyable_v<S_ObsSignal>);
   const std::size_t size = epoch.signals.size() * sizeof(S_ObsSignal);
-  m_bytes.Append(BytesOf(S_Head{static_cast<std::uint32_t>(size), 0, epoch.time, epoch.input, epoch.hasDate}));
+  m_bytes.Append(BytesOf(S_Head{static_cast<std::uint32_t>(size), 0, epoch.time, epoch.input, epoch.date}));
   m_bytes.Append({reinterpret_cast<const char*>(epoch.signals.data()), size});
 }
 
 void C_ObsSpool::Add(const S_Change& change) {
   const auto labelSize = static_cast<std::uint32_t>(change.label.size());
-  m_bytes.Append(BytesOf(S_Head{static_cast<std::uint32_t>(labelSize + change.content.size()), labelSize, 0, 0, 0}));
+  m_bytes.Append(BytesOf(S_Head{static_cast<std::uint32_t>(labelSize + change.content.size()), labelSize, 0, 0, {}}));
   m_bytes.Append(change.label);
   m_bytes.Append(change.content);
 }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <utility>
 
 #include "apps/velagnss/rinex/RinexText.h"
 #include "apps/velagnss/text/Lists.h"
@@ -41,7 +43,7 @@ void Take(const velagnss::Rtcm3Text& text, std::string& to) {
 
 }  // namespace
 
-C_StationLines::C_StationLines(const S_RinexOptions& options) {
+C_StationLines::C_StationLines(const S_RinexOptions& options) : m_marker(options.marker) {
   Set(kReceiverLabel, ColumnsOf(options.receiver));
   Set(kAntennaLabel, ColumnsOf(options.antenna));
   if (const auto xyz = ReadPosition(options.position)) Set(kPositionLabel, Meters((*xyz)[0], (*xyz)[1], (*xyz)[2]));
@@ -61,8 +63,18 @@ void C_StationLines::Note(const velagnss::Record& record, const t_OnChange& onCh
 
 void C_StationLines::Note(const velagnss::Rtcm3Station& station) {
   if (IsNotAvailable(station.x)) return;
+  if (IsAtNewSite(station) && m_onChange != nullptr) (*m_onChange)(kMarkerLabel, MarkerName(m_marker, station.station));
   Set(kPositionLabel, Meters(station.x, station.y, station.z));
   if (!IsNotAvailable(station.antennaHeight)) Set(kAntennaDeltaLabel, Meters(station.antennaHeight, 0, 0));
+}
+
+// Better coordinates of the same place, or those of another datum, are less far away.
+bool C_StationLines::IsAtNewSite(const velagnss::Rtcm3Station& station) {
+  constexpr double kSite = 100;  // m
+  const std::array<double, 3> place = {station.x, station.y, station.z};
+  const std::array<double, 3> before = std::exchange(m_place, place).value_or(place);
+  if (m_isFixed[std::string(kPositionLabel)]) return false;
+  return std::hypot(place[0] - before[0], place[1] - before[1], place[2] - before[2]) > kSite;
 }
 
 // The number of another antenna is not that of the one before.
@@ -88,6 +100,10 @@ void C_StationLines::Set(std::string_view label, const std::string& content) {
     place->second = content;
     if (m_onChange != nullptr) (*m_onChange)(label, content);
   }
+}
+
+std::string MarkerName(const std::string& given, unsigned short station) {
+  return given.empty() ? fmt::format("{:04}", station) : given;
 }
 
 std::optional<unsigned short> StationOf(const velagnss::Record& record) {

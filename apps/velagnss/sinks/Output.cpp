@@ -10,6 +10,7 @@
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/Signals.h"
+#include "apps/velagnss/text/Numbers.h"
 #include "apps/velagnss/text/Utf8.h"
 
 namespace Host {
@@ -108,7 +109,8 @@ bool C_Output::Fail(int error) {
   // A reader that leaves, as `head` does, has what it wanted: no error.
   m_state = error == EPIPE ? eState::ReaderLeft : eState::Failed;
   if (m_state == eState::Failed)
-    ReportError(fmt::format("{}: {} after {} bytes; {}", m_name, std::strerror(error), m_written, Advice(error)));
+    ReportError(
+        fmt::format("{}: {} after {}; {}", m_name, std::strerror(error), Counted(m_written, "byte"), Advice(error)));
   return false;
 }
 

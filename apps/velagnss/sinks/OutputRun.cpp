@@ -34,16 +34,19 @@ class C_WritingJob : public C_StreamJob {
   void OnQuiet() override { m_job.OnQuiet(); }
 
   bool HasBegun() const { return m_hasBegun; }
+  bool HasBytes() const { return m_hasBytes; }
 
  private:
   C_StreamJob& m_job;
   C_TextMaker& m_text;
   C_Output& m_output;
   bool m_hasBegun = false;
+  bool m_hasBytes = false;
 };
 
 void C_WritingJob::Feed(const S_Chunk& chunk) {
   std::span<const unsigned char> rest = chunk.bytes;
+  m_hasBytes = m_hasBytes || !rest.empty();
   while (!rest.empty() && WantsMore()) {
     const std::size_t size = std::min(rest.size(), kFeedSize);
     m_job.Feed({rest.first(size), chunk.arrival});
@@ -103,7 +106,8 @@ int C_OutputRun::Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker&
   text.SetDrain([&] { m_output.Flush(text); });
   if (!m_directory.empty()) text.SetNextFile([&](const std::string& name) { BeginFile(text, name); });
   const eExitCode inputCode = RunInputs(input, IsProgressWanted(input.progress, m_output), writing);
-  if (!writing.HasBegun() && m_output.IsReplacement()) return inputCode;
+  const bool isNothingRead = inputCode != eExitOk && !writing.HasBytes();
+  if (isNothingRead || (!writing.HasBegun() && m_output.IsReplacement())) return inputCode;
   job.Finish();
   m_output.Flush(text);
   m_output.Close();

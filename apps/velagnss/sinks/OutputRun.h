@@ -37,8 +37,8 @@ class C_OutputRun {
   using t_Judge = std::function<eExitCode()>;
 
   // Feeds the inputs to `job` and writes what `text` then holds: when there is enough of it, before a wait, and at the
-  // end. When no input could be opened, nothing is written. Returns the exit code, that of `judge` when nothing else
-  // has gone wrong.
+  // end. When inputs failed and none gave a byte, nothing is written, not even an empty document. Returns the exit
+  // code, that of `judge` when nothing else has gone wrong.
   int Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge);
 
   // Writes what `text` holds, where there are no inputs. Returns the exit code.

@@ -1,5 +1,7 @@
 #include "apps/velagnss/text/Numbers.h"
 
+#include <fmt/format.h>
+
 #include <array>
 #include <charconv>
 
@@ -12,6 +14,10 @@ constexpr int kDegreeDigits = 9;
 using t_Digits = std::array<char, 400>;
 
 }  // namespace
+
+std::string Counted(std::uint64_t count, std::string_view noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
 
 void AppendDecimal(std::string& text, double value) {
   t_Digits digits;

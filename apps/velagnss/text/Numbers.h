@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,9 @@ inline bool IsKnown(double value) { return std::isfinite(value) && !IsNotAvailab
 
 // The shortest digits that read back as the same number, never with an exponent: XML Schema's decimal has none.
 void AppendDecimal(std::string& text, double value);
+
+// "1 frame", "2 frames".
+std::string Counted(std::uint64_t count, std::string_view noun);
 
 // Degrees with 9 decimals: 0.1 mm on the ground.
 void AppendDegrees(std::string& text, double degrees);

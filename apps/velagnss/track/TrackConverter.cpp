@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 namespace {
@@ -57,7 +58,7 @@ void C_TrackConverter::EndInput(const S_InputEnd& end) {
 // Without any point the document is still closed, so that its readers find an empty track and not a broken file.
 void C_TrackConverter::Finish() {
   m_format->End(m_text);
-  ReportDetail(fmt::format("{} positions in {} segments written", m_points, m_segments));
+  ReportDetail(fmt::format("{} in {} written", Counted(m_points, "position"), Counted(m_segments, "segment")));
   if (m_points == 0) ReportWarning("no position: no GGA, GNS, RMC or GLL with a fix");
 }
 
