@@ -15,10 +15,6 @@ inline constexpr unsigned int kSystems = 7;           // `ALGO::eGNSSSystem` 0 t
 // WGS-84; in the rotation of the Earth during the flight of a signal the systems differ by less than a micrometer.
 inline constexpr double kEarthRotation = 7.2921151467e-5;  // rad/s
 
-// GLONASS time is UTC + 3 h (GLONASS ICD, 3.3.3); BeiDou time is GPS time - 14 s (BDS-SIS-ICD, 3.3).
-inline constexpr double kGlonassAhead = 10800;
-inline constexpr double kBeidouBehind = 14;
-
 // No navigation satellite in use has an orbit radius outside these limits, but test patterns in ephemerides do.
 inline constexpr double kLeastRadius = 20e6;     // m
 inline constexpr double kGreatestRadius = 50e6;  // m

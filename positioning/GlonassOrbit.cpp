@@ -85,7 +85,7 @@ Motion Extrapolated(const Motion& m, const C_Vector3& acceleration, double secon
 
 C_GnssTime ReferenceTime(const S_IFPvaEphRec& ephemeris, unsigned char leapSeconds) {
   const C_GnssTime time(ephemeris.RefWeek, ephemeris.RefTime, ALGO::GNSS_GPS);
-  return ephemeris.System == ALGO::GNSS_GLONASS ? time + (leapSeconds - kGlonassAhead) : time;
+  return ephemeris.System == ALGO::GNSS_GLONASS ? time + (leapSeconds - ALGO::kGlonassAhead) : time;
 }
 
 // The third string carries ln, which follows a failure sooner than Bn does (GLONASS ICD, 4.4).

@@ -29,7 +29,7 @@ constexpr SystemRow kSystemRows[] = {
     {ALGO::GNSS_QZSS,    3.986005e14,    7.2921151467e-5,  7200, 0,             ~1U, 1575.42e6},
     {kNavic,             3.986005e14,    7.2921151467e-5,  7200, 0,             ~0U, 2492.028e6},
     {ALGO::GNSS_GALILEO, 3.986004418e14, 7.2921151467e-5, 14400, 0,             ~0U, 1575.42e6},
-    {ALGO::GNSS_BEIDOU,  3.986004418e14, 7.2921150e-5,     7200, kBeidouBehind, ~0U, 1561.098e6},
+    {ALGO::GNSS_BEIDOU,  3.986004418e14, 7.2921150e-5,     7200, ALGO::kBeidouBehind, ~0U, 1561.098e6},
 };
 // clang-format on
 

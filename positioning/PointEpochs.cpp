@@ -58,7 +58,7 @@ bool IsUsable(const Rtcm3Signal& signal) {
 // A message of GLONASS carries both UTC + 3 h and, resolved, GPS time; the observations are a few milliseconds off.
 unsigned char LeapSecondsOf(const Rtcm3Time& time) {
   constexpr double kMs = 1000;
-  const double ahead = time.seconds - (time.sent / kMs - kGlonassAhead);
+  const double ahead = time.seconds - (time.sent / kMs - ALGO::kGlonassAhead);
   const double inDay = ahead - std::floor(ahead / ALGO::kSecondsPerDay) * ALGO::kSecondsPerDay;
   return static_cast<unsigned char>(std::lround(inDay) % 100);
 }
