@@ -1,10 +1,13 @@
-// Constants of the satellite systems, each as its own interface document prints it.
+// Constants of the satellite systems, each as its own interface document prints it, and a test of values.
 //
 // Internal.
 #ifndef VELAGNSS_POSITIONING_CONSTANTS_H
 #define VELAGNSS_POSITIONING_CONSTANTS_H
 
+#include <cmath>
+
 #include "geo/GnssEnums.h"
+#include "geo/NotAvailable.h"
 #include "rtcm3/Rtcm3Records.h"
 
 namespace velagnss::positioning {
@@ -18,6 +21,8 @@ inline constexpr double kEarthRotation = 7.2921151467e-5;  // rad/s
 // No navigation satellite in use has an orbit radius outside these limits, but test patterns in ephemerides do.
 inline constexpr double kLeastRadius = 20e6;     // m
 inline constexpr double kGreatestRadius = 50e6;  // m
+
+inline bool IsNumber(double value) { return std::isfinite(value) && !IsNotAvailable(value); }
 
 }  // namespace velagnss::positioning
 

@@ -25,9 +25,8 @@ constexpr double kStep = 60;               // s; the error of a step is a fracti
 bool IsComplete(const P& eph) {
   constexpr double P::*kMembers[] = {&P::TauN, &P::GammaN, &P::PosX, &P::PosY, &P::PosZ, &P::VelX,
                                      &P::VelY, &P::VelZ,   &P::AccX, &P::AccY, &P::AccZ};
-  const bool isSet = std::none_of(std::begin(kMembers), std::end(kMembers), [&eph](auto member) {
-    return IsNotAvailable(eph.*member) || !std::isfinite(eph.*member);
-  });
+  const bool isSet =
+      std::all_of(std::begin(kMembers), std::end(kMembers), [&eph](auto member) { return IsNumber(eph.*member); });
   const double radius = C_Vector3(eph.PosX, eph.PosY, eph.PosZ).Norm();
   return isSet && radius > kLeastRadius && radius < kGreatestRadius;
 }

@@ -141,7 +141,7 @@ PointEpochs::PointEpochs() : m_impl(std::make_unique<Impl>()) {}
 PointEpochs::~PointEpochs() = default;
 
 const PointEpoch* PointEpochs::Note(const Rtcm3Observations& observations) {
-  if (IsNotAvailable(observations.time.seconds)) return nullptr;
+  if (!IsNumber(observations.time.seconds)) return nullptr;
   const PointEpoch* const ended = m_impl->BelongsToEpoch(observations) ? nullptr : m_impl->End();
   if (!m_impl->BelongsToEpoch(observations)) m_impl->Begin(observations);
   m_impl->Add(observations);
