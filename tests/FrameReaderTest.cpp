@@ -172,8 +172,10 @@ TEST(FrameReader, GoesOnAfterAFinish) {
   const std::string falseStart = "\xD3\x03\xE8\x3E\xD0";
   Reading reading(falseStart + std::string(kHdt));
   reading.Read(kHdt, 7);
+  EXPECT_EQ(reading.reader.BytesQueued(), kHdt.size());
   reading.reader.Finish();
   reading.TakeAll();
+  EXPECT_EQ(reading.reader.BytesQueued(), 0);
   EXPECT_EQ(reading.told, (std::vector<std::string>{"skipped 0+5 end", "frame 5+19", "frame 25+19"}));
   EXPECT_EQ(reading.reader.Totals().bytesAccepted, 2 * kHdt.size());
   EXPECT_EQ(reading.reader.Totals().bytesDiscarded, falseStart.size());
