@@ -1,4 +1,5 @@
 // Observations: values of every kind of message, satellites and signals of every system, times, locks.
+#include <cmath>
 #include <string>
 #include <vector>
 
