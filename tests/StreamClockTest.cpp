@@ -97,8 +97,7 @@ TEST_ROWS(StreamDay, IsCountedFromTheDate, kDays, row) {
   EXPECT_EQ(clock.FirstDate()->m_week, 2314);
   const StreamClock::Utc utc = clock.UtcOf(row.seconds);
   EXPECT_EQ(utc.mjd, row.mjd);
-  EXPECT_EQ(std::isnan(utc.secondsOfDay), IsNotAvailable(row.secondsOfDay));
-  if (!std::isnan(utc.secondsOfDay)) EXPECT_EQ(utc.secondsOfDay, row.secondsOfDay);
+  EXPECT_EQ(std::isnan(utc.secondsOfDay) ? NA_DOUBLE : utc.secondsOfDay, row.secondsOfDay);
 }
 
 TEST(StreamClock, TakesATimeOfDayForTheNearest) {
@@ -109,7 +108,7 @@ TEST(StreamClock, TakesATimeOfDayForTheNearest) {
   EXPECT_EQ(clock.UtcOfTimeOfDay(3).mjd, 60448);
   EXPECT_EQ(clock.UtcOfTimeOfDay(86399).mjd, 60447);
   clock.Note(At(43000));
-  clock.Note(At(86390));
+  clock.Note(At(86000));
   EXPECT_EQ(clock.UtcOfTimeOfDay(3).mjd, 60449);
   EXPECT_TRUE(std::isnan(clock.UtcOfTimeOfDay(86401).secondsOfDay));
 }
