@@ -199,6 +199,7 @@ TEST(FieldParsers, Strings) {
   EXPECT_EQ(FindLastChar("abc", '*'), nullptr);
   EXPECT_EQ(FindLastChar("", '*'), nullptr);
   EXPECT_EQ(FindLastChar(nullptr, '*'), nullptr);
+  EXPECT_EQ(FindLastChar("abc", '\0'), nullptr);
 }
 
 }  // namespace

@@ -123,6 +123,7 @@ struct S_UnitsCase {
   const char* name;
   std::vector<const char*> numbers;  // and what else comes before a unit
   const char* units;
+  const char* rest = "";
 };
 const S_UnitsCase kUnits[] = {
     {"Hdt", {"GPHDT,274.07"}, "T"},
@@ -131,7 +132,8 @@ const S_UnitsCase kUnits[] = {
     {"Mtw", {"SDMTW,12.6"}, "C"},
     {"Vlw", {"IIVLW,2.8", "0.5", "7803.2", "1.25"}, "NNNN"},
     {"Xte", {"GPXTE,A,A,0.67,L"}, "N"},
-    {"Bwc", {"GPBWC,195811,5307.5,N,00521.0,E,213.9", "213.2", "4.25"}, "TMN"},
+    {"Bwc", {"GPBWC,195811,5307.5,N,00521.0,E,213.9", "213.2", "4.25"}, "TMN", ",HOME,A"},
+    {"Apb", {"GPAPB,A,A,0.10,R"}, "N", ",V,V,011,M,DEST,012,T,013,M,A"},
 };
 TEST_ROWS(SentenceUnits, AreTheOnesOfTheMembers, kUnits, row) {
   for (std::size_t changed = 0; changed < row.numbers.size(); ++changed) {
@@ -141,7 +143,7 @@ TEST_ROWS(SentenceUnits, AreTheOnesOfTheMembers, kUnits, row) {
         body.append(i > 0 ? "," : "").append(row.numbers[i]).append(",");
         if (i != changed || unit != '\0') body += i == changed ? unit : row.units[i];
       }
-      if (row.name == std::string_view("Bwc")) body += ",HOME,A";
+      body += row.rest;
       EXPECT_EQ(Decode(Sentence(body)).result, result) << body;
     }
   }

@@ -255,7 +255,9 @@ TEST_ROWS(SolvedEpoch, IsThatOfTheReceiver, kSolved, row) {
     }
     EXPECT_LT((solution.position - receiver.place.Cartesian()).Norm(), row.error);
     if (row.error > 0.1) continue;
-    EXPECT_NEAR(solution.systems[0].clockOffset, Receiver::kClock, 1e-9);
+    if (solution.systems[0].numUsed > 0) {
+      EXPECT_NEAR(solution.systems[0].clockOffset, Receiver::kClock, 1e-9);
+    }
     EXPECT_LT(solution.residualRms, 1e-3);
     EXPECT_NEAR(std::hypot(solution.hdop, solution.vdop), solution.pdop, 1e-9);
   }

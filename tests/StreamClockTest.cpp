@@ -113,6 +113,19 @@ TEST(StreamClock, TakesATimeOfDayForTheNearest) {
   EXPECT_TRUE(std::isnan(clock.UtcOfTimeOfDay(86401).secondsOfDay));
 }
 
+// GLONASS time is 3 h ahead of UTC; its day is not known.
+TEST(StreamClock, TakesTheTimeOfDayFromGlonass) {
+  velagnss::Rtcm3Observations observations;
+  observations.time.sent = 3600000;
+  StreamClock clock;
+  observations.system = ALGO::GNSS_GPS;
+  clock.Note(observations);
+  EXPECT_TRUE(std::isnan(clock.Seconds()));
+  observations.system = ALGO::GNSS_GLONASS;
+  clock.Note(observations);
+  EXPECT_EQ(clock.Seconds(), 79200);
+}
+
 TEST(StreamClock, AssumesADayUntilTheStreamHasOne) {
   StreamClock clock;
   clock.AssumeFirstDay(45334);
