@@ -114,7 +114,10 @@ constexpr void (*kOperations[])(S_Round& r) = {
     [](S_Round& r) { r.queue.QueueItem(r.item.data()), r.model.Queue(r.item); },
     [](S_Round& r) { r.queue.QueueNItems(r.bytes.data(), r.n), r.model.QueueN(r.batch); },
     [](S_Round& r) { r.queue.QueueItemBeforeNth(r.item.data(), r.n), r.model.Insert(r.item, r.n); },
-    [](S_Round& r) { EXPECT_EQ(r.queue.DequeueItem() != nullptr, !r.model.items.empty()), r.model.Drop(1); },
+    [](S_Round& r) {
+      EXPECT_EQ(r.queue.DequeueItem() != nullptr, !r.model.items.empty());
+      r.model.Drop(1);
+    },
     &TakeN,
     [](S_Round& r) { r.queue.FlushItems(r.n), r.model.Drop(r.n); },
     [](S_Round& r) {
