@@ -46,30 +46,60 @@ void ShowSatellite() {
 class Positions {
  public:
   void Take(const velagnss::Rtcm3KeplerEphemeris& ephemeris) { m_store.Note(ephemeris); }
-  void Take(const velagnss::Rtcm3Observations& observations) {
-    if (const velagnss::PointEpoch* epoch = m_epochs.Note(observations)) {
-      const velagnss::PointSolution& solution = m_solver.Solve(*epoch, m_store);
-      if (solution.result == velagnss::PointResult::Ok) ++m_solved;
-    }
-  }
-  int Solved() const { return m_solved; }
+  void Take(const velagnss::Rtcm3Observations& observations) { Solve(m_epochs.Note(observations)); }
+  void Finish() { Solve(m_epochs.Flush()); }  // an epoch ends when the next one begins; nothing ends the last one
 
  private:
+  void Solve(const velagnss::PointEpoch* epoch) {
+    if (epoch == nullptr) return;
+    const velagnss::PointSolution& solution = m_solver.Solve(*epoch, m_store);
+    const C_Vector3& position = solution.position;
+    if (solution.result == velagnss::PointResult::Ok)
+      std::printf("%.1f s: %.1f %.1f %.1f m\n", epoch->time.m_secOfWeek, position.X(), position.Y(), position.Z());
+    else
+      std::printf("%.1f s: no position, satellites with range and ephemeris: %zu\n", epoch->time.m_secOfWeek,
+                  Usable(solution));
+  }
+
+  static std::size_t Usable(const velagnss::PointSolution& solution) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < solution.numSatellites; ++i)
+      if (solution.satellites[i].use != velagnss::PointUse::NoEphemeris) ++count;
+    return count;
+  }
+
   velagnss::EphemerisStore m_store;
   velagnss::PointEpochs m_epochs;
   velagnss::PointSolver m_solver;
-  int m_solved = 0;
 };
+
+// As a decoder delivers them: the C/A code of a single satellite.
+void Observe(double seconds, velagnss::Rtcm3Observations& observations) {
+  observations.system = ALGO::GNSS_GPS;
+  observations.time.week = 2314;
+  observations.time.seconds = seconds;
+  observations.numSatellites = observations.numSignals = 1;
+  observations.satellites[0].system = ALGO::GNSS_GPS;
+  observations.satellites[0].svId = 5;
+  velagnss::Rtcm3Signal& signal = observations.signals[0];
+  signal.code[0] = '1', signal.code[1] = 'C';
+  signal.frequency = 1575.42e6;
+  signal.satellite = 0;
+  signal.data.Pseudorange = 20.3e6;
+}
 
 }  // namespace
 
 int main() {
   ShowSatellite();
-  static velagnss::Rtcm3Observations observations;  // of no satellite
   Positions positions;
-  for (int second = 0; second < 3; ++second) {
-    observations.time.seconds = second;
+  velagnss::Rtcm3KeplerEphemeris ephemeris;
+  ephemeris.ephemeris = Ephemeris();
+  positions.Take(ephemeris);
+  static velagnss::Rtcm3Observations observations;
+  for (const double seconds : {343800.0, 343801.0}) {
+    Observe(seconds, observations);
     positions.Take(observations);
   }
-  std::printf("%d positions\n", positions.Solved());
+  positions.Finish();
 }

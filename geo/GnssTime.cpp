@@ -6,10 +6,10 @@
 
 namespace {
 
+using ALGO::kMjdOfGpsEpoch;
 using ALGO::kSecondsPerDay;
 using ALGO::kSecondsPerWeek;
 
-constexpr unsigned int kMjdOfGpsEpoch = 44244;       // 6 January 1980
 constexpr unsigned int kMjdOf1901 = 15385;           // 1 January 1901, start of the first four-year cycle
 constexpr unsigned int kDaysPerCycle = 4 * 365 + 1;  // right as long as every fourth year is a leap year, to 2100
 

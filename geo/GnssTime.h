@@ -21,6 +21,14 @@ namespace ALGO {
 inline constexpr double kSecondsPerDay = 24 * 60 * 60;
 inline constexpr double kSecondsPerWeek = 7 * kSecondsPerDay;
 
+// Where the time of a system runs apart from UTC and GPS time, s.
+inline constexpr double kGlonassAhead = 10800;  // GLONASS time - UTC (GLONASS ICD, 3.3.3)
+inline constexpr double kBeidouBehind = 14;     // GPS time - BeiDou time (BDS-SIS-ICD, 3.3)
+
+// The days that the calendar conversions get right, as Modified Julian Dates.
+inline constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980, the first one of GPS time (IS-GPS-200, 3.3.4)
+inline constexpr unsigned int kLastMjd = 88433;        // 31 December 2100
+
 }  // namespace ALGO
 
 // A civil date and time of day of the Gregorian calendar, in the time scale of the time it was made from.

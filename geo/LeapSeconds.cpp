@@ -6,9 +6,8 @@
 namespace velagnss {
 namespace {
 
+using ALGO::kMjdOfGpsEpoch;
 using ALGO::kSecondsPerDay;
-
-constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
 
 // The days that began right after a leap second (IERS Bulletin C): each is one second more.
 constexpr unsigned int kDays[] = {

@@ -1,4 +1,4 @@
-// Constants of the satellite systems, each as its own interface document prints it, and what is plausible.
+// Constants of the satellite systems, each as its own interface document prints it, and tests of values.
 //
 // Internal.
 #ifndef VELAGNSS_POSITIONING_CONSTANTS_H
@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "geo/GnssEnums.h"
+#include "geo/NotAvailable.h"
 #include "positioning/SatelliteOrbit.h"
 
 namespace velagnss::positioning {
@@ -16,10 +17,6 @@ inline constexpr unsigned int kSystems = 7;           // `ALGO::eGNSSSystem` 0 t
 
 // WGS-84; in the rotation of the Earth during the flight of a signal the systems differ by less than a micrometer.
 inline constexpr double kEarthRotation = 7.2921151467e-5;  // rad/s
-
-// GLONASS time is UTC + 3 h (GLONASS ICD, 3.3.3); BeiDou time is GPS time - 14 s (BDS-SIS-ICD, 3.3).
-inline constexpr double kGlonassAhead = 10800;
-inline constexpr double kBeidouBehind = 14;
 
 // No navigation satellite in use has an orbit radius outside these limits, but test patterns in ephemerides do.
 inline constexpr double kLeastRadius = 20e6;     // m
@@ -34,6 +31,8 @@ inline bool IsPlausible(const SatelliteState& state) {
   return radius > kLeastRadius && radius < kGreatestRadius && state.velocity.Norm() < kGreatestSpeed &&
          std::fabs(state.clockOffset) < kGreatestOffset && std::fabs(state.clockDrift) < kGreatestOffset;
 }
+
+inline bool IsNumber(double value) { return std::isfinite(value) && !IsNotAvailable(value); }
 
 }  // namespace velagnss::positioning
 

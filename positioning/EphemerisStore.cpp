@@ -8,7 +8,6 @@
 #include <variant>
 #include <vector>
 
-#include "geo/NotAvailable.h"
 #include "positioning/Constants.h"
 
 namespace velagnss {
@@ -65,6 +64,9 @@ bool IsSame(const Rtcm3KeplerEphemeris& a, const Rtcm3KeplerEphemeris& b) {
   return a.ephemeris.Toe == b.ephemeris.Toe && a.ephemeris.Iode == b.ephemeris.Iode && a.dataSource == b.dataSource;
 }
 bool IsSame(const S_IFPvaEphRec& a, const S_IFPvaEphRec& b) { return a.RefTime == b.RefTime && a.Iod == b.Iod; }
+
+double ReferenceSeconds(const Rtcm3KeplerEphemeris& e) { return e.ephemeris.Toe; }
+double ReferenceSeconds(const S_IFPvaEphRec& e) { return e.RefTime; }
 
 // The time nearest to `reference` with the seconds of `time`, modulo `period`.
 C_GnssTime NearestTo(const C_GnssTime& reference, const C_GnssTime& time, double period) {
@@ -129,7 +131,8 @@ class EphemerisStore::Impl {
 template <class T>
 void EphemerisStore::Impl::Note(unsigned int system, unsigned char svId, const T& ephemeris, bool isWeekKnown) {
   const auto index = IndexOf(system, svId);
-  if (!index) return;
+  // Without a time, an ephemeris could push out those that are good, or seem to be the nearest.
+  if (!index || !IsNumber(ReferenceSeconds(ephemeris))) return;
   Satellite& satellite = m_satellites[*index];
   auto* place = std::find_if(satellite.entries.begin(), satellite.entries.end(), [&ephemeris](const Entry& entry) {
     const T* const known = std::get_if<T>(&entry.ephemeris);
@@ -163,7 +166,7 @@ void EphemerisStore::Note(const S_IFPvaEphRec& ephemeris, bool isWeekKnown) {
 OrbitResult EphemerisStore::Find(ALGO::eGNSSSystem system, unsigned char svId, const C_GnssTime& time,
                                  unsigned char leapSeconds, SatelliteOrbit& orbit) const {
   const auto index = IndexOf(system, svId);
-  if (!index) return OrbitResult::Missing;
+  if (!index || !IsNumber(time.m_secOfWeek)) return OrbitResult::Missing;
   const auto& entries = m_impl->m_satellites[*index].entries;
   const Entry& nearest = *std::min_element(entries.begin(), entries.end(), [&](const Entry& a, const Entry& b) {
     return AgeOf(a, time, leapSeconds) < AgeOf(b, time, leapSeconds);

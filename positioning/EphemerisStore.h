@@ -36,15 +36,17 @@ class VELAGNSS_API EphemerisStore {
   EphemerisStore(const EphemerisStore&) = delete;
   EphemerisStore& operator=(const EphemerisStore&) = delete;
 
-  // Takes an ephemeris. `isWeekKnown`: its weeks were resolved, result `eResultOk`. A satellite number outside the
-  // range of its system is ignored. One with the same reference time and issue of data as an earlier one replaces it.
+  // Takes an ephemeris. `isWeekKnown`: its weeks were resolved, result `eResultOk`. One with a satellite number outside
+  // the range of its system, or without a reference time, is ignored. One with the same reference time and issue of
+  // data as an earlier one replaces it.
   void Note(const Rtcm3KeplerEphemeris& ephemeris, bool isWeekKnown = true);
   void Note(const S_IFKeplerEphRec& ephemeris, bool isWeekKnown = true);
   void Note(const S_IFPvaEphRec& ephemeris, bool isWeekKnown = true);
 
   // The state of a satellite at a GPS time, by the ephemeris whose reference time is nearest. A week of NA_U16 means
   // that only the seconds are known. `leapSeconds` (GPS time - UTC) matters for GLONASS only. `orbit` is set if the
-  // result is `Ok` or `Unhealthy`.
+  // result is `Ok` or `Unhealthy`. For a time that is not available or not finite the
+  // answer is `Missing`.
   OrbitResult Find(ALGO::eGNSSSystem system, unsigned char svId, const C_GnssTime& time, unsigned char leapSeconds,
                    SatelliteOrbit& orbit) const;
 

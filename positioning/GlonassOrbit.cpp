@@ -25,9 +25,8 @@ constexpr double kStep = 60;               // s; the error of a step is a fracti
 bool IsComplete(const P& eph) {
   constexpr double P::*kMembers[] = {&P::TauN, &P::GammaN, &P::PosX, &P::PosY, &P::PosZ, &P::VelX,
                                      &P::VelY, &P::VelZ,   &P::AccX, &P::AccY, &P::AccZ};
-  const bool isSet = std::none_of(std::begin(kMembers), std::end(kMembers), [&eph](auto member) {
-    return IsNotAvailable(eph.*member) || !std::isfinite(eph.*member);
-  });
+  const bool isSet =
+      std::all_of(std::begin(kMembers), std::end(kMembers), [&eph](auto member) { return IsNumber(eph.*member); });
   const double radius = C_Vector3(eph.PosX, eph.PosY, eph.PosZ).Norm();
   return isSet && radius > kLeastRadius && radius < kGreatestRadius;
 }
@@ -85,7 +84,7 @@ Motion Extrapolated(const Motion& m, const C_Vector3& acceleration, double secon
 
 C_GnssTime ReferenceTime(const S_IFPvaEphRec& ephemeris, unsigned char leapSeconds) {
   const C_GnssTime time(ephemeris.RefWeek, ephemeris.RefTime, ALGO::GNSS_GPS);
-  return ephemeris.System == ALGO::GNSS_GLONASS ? time + (leapSeconds - kGlonassAhead) : time;
+  return ephemeris.System == ALGO::GNSS_GLONASS ? time + (leapSeconds - ALGO::kGlonassAhead) : time;
 }
 
 // The third string carries ln, which follows a failure sooner than Bn does (GLONASS ICD, 4.4).

@@ -29,7 +29,7 @@ constexpr SystemRow kSystemRows[] = {
     {ALGO::GNSS_QZSS,    3.986005e14,    7.2921151467e-5,  7200, 0,             ~1U, 1575.42e6},
     {kNavic,             3.986005e14,    7.2921151467e-5,  7200, 0,             ~0U, 2492.028e6},
     {ALGO::GNSS_GALILEO, 3.986004418e14, 7.2921151467e-5, 14400, 0,             ~0U, 1575.42e6},
-    {ALGO::GNSS_BEIDOU,  3.986004418e14, 7.2921150e-5,     7200, kBeidouBehind, ~0U, 1561.098e6},
+    {ALGO::GNSS_BEIDOU,  3.986004418e14, 7.2921150e-5,     7200, ALGO::kBeidouBehind, ~0U, 1561.098e6},
 };
 // clang-format on
 
@@ -44,9 +44,8 @@ bool IsComplete(const K& eph) {
   constexpr double K::*kMembers[] = {&K::Af0, &K::Af1, &K::Af2,  &K::M0,       &K::DeltaN, &K::Omega0, &K::I0,
                                      &K::Cuc, &K::Cus, &K::Crc,  &K::Crs,      &K::Cic,    &K::Cis,    &K::Omega,
                                      &K::Ecc, &K::Toe, &K::IDot, &K::OmegaDot, &K::SqrtA,  &K::Toc};
-  const bool isSet = std::none_of(std::begin(kMembers), std::end(kMembers), [&eph](auto member) {
-    return IsNotAvailable(eph.*member) || !std::isfinite(eph.*member);
-  });
+  const bool isSet =
+      std::all_of(std::begin(kMembers), std::end(kMembers), [&eph](auto member) { return IsNumber(eph.*member); });
   constexpr double kGreatestEccentricity = 0.5;  // of satellites in use: 0.17
   const double a = eph.SqrtA * eph.SqrtA;
   return isSet && eph.Ecc >= 0 && eph.Ecc < kGreatestEccentricity && a > kLeastRadius && a < kGreatestRadius;

@@ -58,7 +58,7 @@ bool IsUsable(const Rtcm3Signal& signal) {
 // A message of GLONASS carries both UTC + 3 h and, resolved, GPS time; the observations are a few milliseconds off.
 unsigned char LeapSecondsOf(const Rtcm3Time& time) {
   constexpr double kMs = 1000;
-  const double ahead = time.seconds - (time.sent / kMs - kGlonassAhead);
+  const double ahead = time.seconds - (time.sent / kMs - ALGO::kGlonassAhead);
   const double inDay = ahead - std::floor(ahead / ALGO::kSecondsPerDay) * ALGO::kSecondsPerDay;
   return static_cast<unsigned char>(std::lround(inDay) % 100);
 }
@@ -141,7 +141,7 @@ PointEpochs::PointEpochs() : m_impl(std::make_unique<Impl>()) {}
 PointEpochs::~PointEpochs() = default;
 
 const PointEpoch* PointEpochs::Note(const Rtcm3Observations& observations) {
-  if (IsNotAvailable(observations.time.seconds)) return nullptr;
+  if (!IsNumber(observations.time.seconds)) return nullptr;
   const PointEpoch* const ended = m_impl->BelongsToEpoch(observations) ? nullptr : m_impl->End();
   if (!m_impl->BelongsToEpoch(observations)) m_impl->Begin(observations);
   m_impl->Add(observations);

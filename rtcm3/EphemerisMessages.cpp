@@ -386,8 +386,9 @@ constexpr Field<G> kGlonass[] = {  // 1020; GLONASS ICD, tables 4.5 and 4.6
 // The reference time in GLONASS time, weeks counted as for GPS. The date is sent as a day within an interval of four
 // years; missing parts of it are taken from the known time.
 std::optional<std::int64_t> ReferenceTime(const EpochClock& clock, const P& eph) {
-  constexpr std::int64_t kInterval = 4 * 365 + 1;      // days; 2000 was a leap year
-  constexpr std::int64_t kDaysTo1992 = 48622 - 44244;  // from 6 January 1980, Modified Julian Days
+  constexpr std::int64_t kInterval = 4 * 365 + 1;  // days; 2000 was a leap year
+  constexpr std::int64_t kMjdOf1992 = 48622;       // 1 January
+  constexpr std::int64_t kDaysTo1992 = kMjdOf1992 - ALGO::kMjdOfGpsEpoch;
   const std::int64_t timeOfDay = eph.Tb * kQuarterHour;
   const bool hasDay = eph.Nt >= 1 && eph.Nt <= kInterval;
   const std::int64_t inInterval = (kDaysTo1992 + eph.Nt - 1) * kDay + timeOfDay;

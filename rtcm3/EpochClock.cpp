@@ -8,12 +8,11 @@
 namespace velagnss::rtcm3 {
 namespace {
 
-constexpr unsigned int kMjdOfGpsEpoch = 44244;  // 6 January 1980
-constexpr unsigned int kMjdOfRtcm3 = 53005;     // 1 January 2004: no message is older
-constexpr unsigned int kMjdOf1999 = 51179;      // 1 January
-constexpr std::int64_t kGlonassAhead = 10800 * kSecond;
-constexpr std::int64_t kBeidouBehind = 14 * kSecond;  // BeiDou time - GPS time (BDS-SIS-ICD, 3.3)
-constexpr std::uint32_t kSecondsPerDay = 86400;
+using ALGO::kMjdOfGpsEpoch;
+constexpr unsigned int kMjdOfRtcm3 = 53005;  // 1 January 2004: no message is older
+constexpr unsigned int kMjdOf1999 = 51179;   // 1 January
+constexpr auto kGlonassAhead = static_cast<std::int64_t>(ALGO::kGlonassAhead) * kSecond;
+constexpr auto kBeidouBehind = static_cast<std::int64_t>(ALGO::kBeidouBehind) * kSecond;
 
 constexpr std::int64_t FloorMod(std::int64_t value, std::int64_t period) {
   const std::int64_t rest = value % period;
@@ -70,7 +69,7 @@ void EpochClock::Assume(const C_GnssTime& time) {
 }
 
 void EpochClock::NoteUtc(unsigned int mjd, std::uint32_t secondOfDay) {
-  if (m_isSeeded || mjd < kMjdOfRtcm3 || secondOfDay > kSecondsPerDay) return;
+  if (m_isSeeded || mjd < kMjdOfRtcm3 || secondOfDay > ALGO::kSecondsPerDay) return;
   const std::int64_t day = mjd - kMjdOfGpsEpoch;
   m_now = day * kDay + secondOfDay * kSecond + LeapOfDay(day);
   m_known = Known::Date;

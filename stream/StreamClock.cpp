@@ -24,7 +24,7 @@ bool IsRealDate(unsigned int year, unsigned int month, unsigned int day) {
 
 // No date of a stream is earlier, see above, and none that the calendar can show is later.
 constexpr int kFirstMjd = 45335;  // 1 January 1983
-constexpr int kLastMjd = 88433;   // 31 December 2100
+constexpr int kLastMjd = ALGO::kLastMjd;
 
 // Without a fix the date is that of the receiver's own clock, which may be years off.
 bool IsVoid(eNmeaRmcStatus status) { return status >= eNmeaRmcNotValid; }
@@ -46,7 +46,6 @@ bool StreamClock::Note(const S_RMC_Data& record) {
 }
 
 void StreamClock::Note(const Rtcm3Observations& record) {
-  constexpr double kGlonassAhead = 10800;  // s, GLONASS time - UTC (GLONASS ICD, 3.3.3)
   const Rtcm3Time& time = record.time;
   const bool hasWeek = !IsNotAvailable(time.week) && !IsNotAvailable(time.seconds);
   if (hasWeek && time.isWeekAssumed) return NoteAssumedWeek(time);
@@ -56,7 +55,7 @@ void StreamClock::Note(const Rtcm3Observations& record) {
   }
   if (!IsNotAvailable(time.seconds)) return NoteTimeOfWeek(time.seconds);
   if (record.system != ALGO::GNSS_GLONASS || IsNotAvailable(time.sent)) return;
-  const double utc = time.sent / 1000.0 - kGlonassAhead;  // its day is not known
+  const double utc = time.sent / 1000.0 - ALGO::kGlonassAhead;  // its day is not known
   NoteTimeOfDay(utc < 0 ? utc + kSecondsPerDay : utc);
 }
 

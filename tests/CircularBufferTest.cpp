@@ -92,6 +92,40 @@ void ExpectOneView(C_CircularBuffer& queue) {
   EXPECT_EQ(queue.PeekNthQueuedItem(queue.NumItems()), nullptr);
 }
 
+// What both are given in a round: `n` items, also as bytes in a row, and one more.
+struct S_Round {
+  C_CircularBuffer& queue;
+  S_Model& model;
+  std::vector<t_Item> batch;
+  std::vector<unsigned char> bytes;
+  t_Item item;
+  unsigned int n;
+};
+
+void TakeN(S_Round& r) {
+  const std::size_t taken = std::min<std::size_t>(r.n, r.model.items.size());
+  EXPECT_EQ(r.queue.DequeueNItems(r.bytes.data(), r.n), taken);
+  for (std::size_t i = 0; i < taken; ++i)
+    EXPECT_EQ(std::memcmp(&r.bytes[i * r.item.size()], r.model.items[i].data(), r.item.size()), 0);
+  r.model.Drop(r.n);
+}
+
+constexpr void (*kOperations[])(S_Round& r) = {
+    [](S_Round& r) { r.queue.QueueItem(r.item.data()), r.model.Queue(r.item); },
+    [](S_Round& r) { r.queue.QueueNItems(r.bytes.data(), r.n), r.model.QueueN(r.batch); },
+    [](S_Round& r) { r.queue.QueueItemBeforeNth(r.item.data(), r.n), r.model.Insert(r.item, r.n); },
+    [](S_Round& r) {
+      EXPECT_EQ(r.queue.DequeueItem() != nullptr, !r.model.items.empty());
+      r.model.Drop(1);
+    },
+    &TakeN,
+    [](S_Round& r) { r.queue.FlushItems(r.n), r.model.Drop(r.n); },
+    [](S_Round& r) {
+      if (r.n == 0) r.queue.Reset(), r.model.items.clear();
+    },
+    [](S_Round& r) { EXPECT_EQ(r.queue.NewItemOverflowProtect(), r.model.MakeRoom()); },
+};
+
 TEST_ROWS(CircularBuffer, DoesWhatASimpleModelDoes, kQueueCases, c) {
   const unsigned int capacity = c.isUsable ? c.maxItems : 0;
   const unsigned int itemSize = c.isUsable ? c.itemSize : 8;
@@ -100,52 +134,16 @@ TEST_ROWS(CircularBuffer, DoesWhatASimpleModelDoes, kQueueCases, c) {
   S_Model model{capacity, c.policy, {}};
   std::mt19937 random(1);
   unsigned char next = 0;
-  const auto newItem = [&] { return t_Item(itemSize, ++next); };
-  for (int round = 0; round < 20000; ++round) {
+  for (int i = 0; i < 20000; ++i) {
     const unsigned int n = static_cast<unsigned int>(random()) % (capacity + 3);
-    std::vector<unsigned char> bytes((capacity + 3) * itemSize);
-    std::vector<t_Item> batch(n);
-    for (unsigned int i = 0; i < n; ++i) {
-      batch[i] = newItem();
-      std::copy(batch[i].begin(), batch[i].end(), &bytes[i * itemSize]);
+    S_Round round{queue, model, std::vector<t_Item>(n), std::vector<unsigned char>((capacity + 3) * itemSize), {}, n};
+    for (unsigned int k = 0; k < n; ++k) {
+      round.batch[k].assign(itemSize, ++next);
+      std::copy(round.batch[k].begin(), round.batch[k].end(), &round.bytes[k * itemSize]);
     }
-    const t_Item item = newItem();
-    const auto operation = random() % 8;
-    if (operation == 0) {
-      queue.QueueItem(item.data());
-      model.Queue(item);
-    }
-    if (operation == 1) {
-      queue.QueueNItems(bytes.data(), n);
-      model.QueueN(batch);
-    }
-    if (operation == 2) {
-      queue.QueueItemBeforeNth(item.data(), n);
-      model.Insert(item, n);
-    }
-    if (operation == 3) {
-      EXPECT_EQ(queue.DequeueItem() != nullptr, !model.items.empty());
-      model.Drop(1);
-    }
-    if (operation == 4) {
-      const std::size_t taken = std::min<std::size_t>(n, model.items.size());
-      EXPECT_EQ(queue.DequeueNItems(bytes.data(), n), taken);
-      for (std::size_t i = 0; i < taken; ++i)
-        EXPECT_EQ(std::memcmp(&bytes[i * itemSize], model.items[i].data(), itemSize), 0);
-      model.Drop(n);
-    }
-    if (operation == 5) {
-      queue.FlushItems(n);
-      model.Drop(n);
-    }
-    if (operation == 6 && n == 0) {
-      queue.Reset();
-      model.items.clear();
-    }
-    if (operation == 7) {
-      EXPECT_EQ(queue.NewItemOverflowProtect(), model.MakeRoom());
-    }
-    ASSERT_EQ(Contents(queue), model.items) << "round " << round;
+    round.item.assign(itemSize, ++next);
+    kOperations[random() % std::size(kOperations)](round);
+    ASSERT_EQ(Contents(queue), model.items) << "round " << i;
     ASSERT_EQ(queue.IsQueueFull(), model.items.size() == capacity);
     if (c.isUsable) ExpectOneView(queue);
   }

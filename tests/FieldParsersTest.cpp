@@ -14,11 +14,6 @@ using namespace UTIL;
 
 // In the range of each type as tests/LibraryTwins.h compares them; here what differs from reading one text.
 TEST(Integers, DefaultsLengthsAndTheInvertedResult) {
-  unsigned char u8 = 99;
-  EXPECT_TRUE(ParseFieldU8("255", 7, u8));
-  EXPECT_EQ(u8, 255);
-  EXPECT_FALSE(ParseFieldU8("256", 7, u8));
-  EXPECT_EQ(u8, 7);
   short s16 = 99;
   EXPECT_FALSE(StrToS16("65536", s16, 1)) << "inverted";
   EXPECT_EQ(s16, 99);
@@ -31,6 +26,25 @@ TEST(Integers, DefaultsLengthsAndTheInvertedResult) {
     EXPECT_TRUE(StrToU32((zeros + last).c_str(), u32, 1)) << last;
     EXPECT_EQ(u32, expected) << last;
   }
+}
+
+// The greatest number of a type, the one after it, and nothing at all.
+template <class T>
+void ExpectLimit(bool (*parse)(const char*, T, T&), const char* greatest, const char* beyond) {
+  T value = 99;
+  EXPECT_TRUE(parse(greatest, 7, value));
+  EXPECT_EQ(value, std::numeric_limits<T>::max());
+  EXPECT_FALSE(parse(beyond, 7, value));
+  EXPECT_EQ(value, 7);
+  EXPECT_TRUE(parse(nullptr, 5, value));
+  EXPECT_EQ(value, 5);
+}
+
+TEST(Integers, OfFieldsHaveTheLimitsOfTheirTypes) {
+  ExpectLimit<unsigned char>(ParseFieldU8, "255", "256");
+  ExpectLimit<signed char>(ParseFieldS8, "127", "128");
+  ExpectLimit<unsigned short>(ParseFieldU16, "65535", "65536");
+  ExpectLimit<unsigned int>(ParseFieldU32, "4294967295", "4294967296");
 }
 
 TEST(FieldParsers, EmptyAndNull) {
@@ -132,6 +146,9 @@ TEST(FieldParsers, FormatDate) {
     EXPECT_STREQ(out, "");
   }
   EXPECT_TRUE(FormatDate(NA_U16, 13, 31, NA_U16, NA_U8, NA_U8, out)) << "any part not available";
+  EXPECT_TRUE(FormatDate(2024, 12, NA_U8, NA_U16, NA_U8, NA_U8, out));
+  EXPECT_STREQ(out, "");
+  EXPECT_FALSE(FormatDate(2024, 12, 31, NA_U16, NA_U8, NA_U8, nullptr));
 }
 
 struct S_SplitTimeCase {
@@ -175,9 +192,14 @@ TEST(FieldParsers, Strings) {
   EXPECT_STREQ(dest, "f");
   CopyStringBounded(dest, nullptr, nullptr, 4);
   EXPECT_STREQ(dest, "f");
+  CopyStringBounded(dest, "g", nullptr, 0);
+  CopyStringBounded(nullptr, "g", nullptr, 4);
+  EXPECT_STREQ(dest, "f");
   EXPECT_STREQ(FindLastChar("a*b*c", '*'), "*c");
   EXPECT_EQ(FindLastChar("abc", '*'), nullptr);
   EXPECT_EQ(FindLastChar("", '*'), nullptr);
+  EXPECT_EQ(FindLastChar(nullptr, '*'), nullptr);
+  EXPECT_EQ(FindLastChar("abc", '\0'), nullptr);
 }
 
 }  // namespace

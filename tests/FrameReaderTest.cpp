@@ -125,6 +125,12 @@ TEST(FrameReader, CountsWhatWaitsAtTheEnd) {
   EXPECT_EQ(reading.reader.QueuedAtFinish(), 5 + kHdt.size());
   EXPECT_EQ(atEnd.framesGood, 1);
   EXPECT_EQ(reading.reader.Totals().framesGood, 2);
+  EXPECT_EQ(reading.reader.BytesQueued(), 0);
+  velagnss::FrameReader reader;
+  const std::string waiting = "\xD3\x03\xE8\x3E\xD0" + std::string(kHdt);
+  reader.Feed(reinterpret_cast<const unsigned char*>(waiting.data()), waiting.size());
+  EXPECT_EQ(reader.NextFrame(), nullptr);
+  EXPECT_EQ(reader.BytesQueued(), waiting.size());
 }
 
 // Whatever comes: each byte is in a frame, a line end behind one, or in a skipped range, once.

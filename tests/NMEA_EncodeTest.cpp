@@ -204,6 +204,7 @@ const S_EncodeCase kEncodeCases[] = {
        d.gns = {{'G', 'N'}, 0, -1.5, 172.5, {eNmeaModeRtk, eNmeaModeNotValid, eNmeaModeReserved9, static_cast<eNmeaModeIndicator>(11), eNmeaModeEmpty, eNmeaModeRtk},
                 7, 0.9, 25.63, 11.24, 1.5, 7, eNmeaNavUnsafe}; }, 0,
      "$GNGNS,000000.00,0130.00000000,S,17230.00000000,E,RNNN,7,0.9,25.630,11.240,1.5,0007,U"},
+    {"GnsAllModes", t_Type::eNmeaGNS, "GN", [](U_EcdDcdData& d) { std::fill_n(d.gns.mode, 6, eNmeaModeRtk); }, 0, "$GNGNS,,,,,,RRRRRR,,,,,,,"},
     {"GnsOtherTalker", t_Type::eNmeaGNS, "GP", [](U_EcdDcdData& d) { d.gns.mode[0] = eNmeaModeRtk; }, 16, "$GPGNS,,,,,"},
     {"GnsFirstModeEmpty", t_Type::eNmeaGNS, "GP", [](U_EcdDcdData& d) { d.gns.mode[1] = eNmeaModeRtk; }, 0, "$GPGNS,,,,,,,,,,,,,"},
     {"GnsNavStatusBeyond", t_Type::eNmeaGNS, "GP", [](U_EcdDcdData& d) { d.gns.navStatus = static_cast<eNmeaNavStatus>(6); }, 0, "$GPGNS,,,,,,,,,,,,,V"},
@@ -231,6 +232,9 @@ const S_EncodeCase kEncodeCases[] = {
        d.rmc = {{'G', 'P'}, 2024, 12, 31, 1.25, 1.5, 1.5, 0.0005, 359.995, 20.3, 'W', eNmeaModePrecise, eNmeaRmcNotValid6, eNmeaNavNotValid4}; }, 0,
      "$GPRMC,000001.25,V,0130.00000000,N,00130.00000000,E,0.001,360.00,311224,20.30,W,P,V"},
     {"RmcDirectionNoLetter", t_Type::eNmeaRMC, "GP", [](U_EcdDcdData& d) { d.rmc.variationDirection = 1; d.rmc.magneticVariation = 1; }, 0, "$GPRMC,,,,,,,,,,1.00,,,"},
+    {"RmcDirectionSmall", t_Type::eNmeaRMC, "GP", [](U_EcdDcdData& d) { d.rmc.variationDirection = 'w'; }, 0, "$GPRMC,,,,,,,,,,,w,,"},
+    {"RmcDirectionBracket", t_Type::eNmeaRMC, "GP", [](U_EcdDcdData& d) { d.rmc.variationDirection = '['; }, 0, "$GPRMC,,,,,,,,,,,,,"},
+    {"RmcDirectionBrace", t_Type::eNmeaRMC, "GP", [](U_EcdDcdData& d) { d.rmc.variationDirection = '{'; }, 0, "$GPRMC,,,,,,,,,,,,,"},
     {"RmcDateWithoutYear", t_Type::eNmeaRMC, "GP", [](U_EcdDcdData& d) { d.rmc.month = 13; d.rmc.day = 1; }, 0, "$GPRMC,,,,,,,,,,,,,"},
     {"RmcImpossibleDate", t_Type::eNmeaRMC, "GP", [](U_EcdDcdData& d) { d.rmc.year = 2024; d.rmc.month = 13; d.rmc.day = 1; }, 8, "$GPRMC,,,,,,,,"},
 
@@ -260,6 +264,10 @@ TEST_ROWS(Encoding, GivesResultAndSentence, kEncodeCases, c) {
   EXPECT_LE(work.size(), 1023U);
   if (c.result == 9) return;  // a long one
   EXPECT_EQ(work, c.result == 0 ? sentence : c.text);
+  t_Nmea direct;
+  EXPECT_EQ(KindOf(c.type).encode(direct, data, length), c.result);
+  EXPECT_EQ(reinterpret_cast<const char*>(direct.GetWorkBuffer()), work);
+  EXPECT_EQ(length, c.result == 0 ? sentence.size() : 77);
 }
 
 TEST(NmeaEncode, RefusesNullAndOtherTypes) {

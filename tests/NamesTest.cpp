@@ -28,6 +28,10 @@ TEST(Names, NameOneThingEach) {
   }
   EXPECT_EQ(velagnss::ProtocolName(C_RawDataMessage::eAllProtocols), "none");
   EXPECT_EQ(velagnss::FindProtocol("nme"), std::nullopt);
+  EXPECT_TRUE(velagnss::IsCalledByNumber(C_RawDataMessage::eRTCM3_x));
+  EXPECT_FALSE(velagnss::IsCalledByNumber(C_RawDataMessage::eVelaRD));
+  EXPECT_FALSE(velagnss::IsCalledByNumber(C_RawDataMessage::eNoProtocol));
+  EXPECT_EQ(velagnss::NumMessages(C_RawDataMessage::eNoProtocol), 0U);
 }
 
 struct S_NameCase {
@@ -67,6 +71,12 @@ TEST_ROWS(UnlistedNames, ComeFromTheAddress, kUnlisted, row) {
   EXPECT_EQ(velagnss::MessageNumber(frame), std::nullopt);
   frame.message = C_RawDataMessage::eNmeaHDT;
   EXPECT_EQ(velagnss::UnlistedName(frame), "");
+  EXPECT_EQ(velagnss::MessageNumber(frame), C_RawDataMessage::eNmeaHDT);
+  frame.message = 0xFFFFFFFF;  // of protocols without numbers
+  EXPECT_EQ(velagnss::MessageNumber(frame), std::nullopt);
+  frame.data = nullptr;
+  frame.message = C_RawDataMessage::eNmeaUnknown;
+  EXPECT_EQ(velagnss::UnlistedName(frame), "");
 }
 
 TEST_ROWS(MessageNames, AreAsDocumented, kNames, row) {
@@ -82,6 +92,13 @@ TEST(Names, OfNumbersOutOfRangeAreEmpty) {
   EXPECT_EQ(velagnss::TrackTypeName(ALGO::TRACK_UNKNOWN), "");
   EXPECT_EQ(velagnss::ResultText(4), "checksum missing or wrong");
   for (const unsigned int unused : {10U, 12U, 15U, 23U}) EXPECT_EQ(velagnss::ResultText(unused), "not decoded");
+  EXPECT_EQ(velagnss::ReasonText(velagnss::RejectedStart::Reason::Checksum), "checksum error");
+  EXPECT_NE(velagnss::ReasonText(velagnss::RejectedStart::Reason::NotAFrame), "checksum error");
+  using Skipped = velagnss::SkippedRange::Reason;
+  const std::set<std::string_view> reasons = {velagnss::ReasonText(Skipped::Noise),
+                                              velagnss::ReasonText(Skipped::FalseStarts),
+                                              velagnss::ReasonText(Skipped::EndOfStream)};
+  EXPECT_EQ(reasons.size(), 3U);
   for (const unsigned int code : {1U, 6U, 16U, 22U}) EXPECT_NE(velagnss::ResultText(code), "not decoded");
 }
 

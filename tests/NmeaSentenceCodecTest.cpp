@@ -96,7 +96,6 @@ const S_Case kCases[] = {
     {"SumInLowerCase", "$GPHDT,271.07,T*06",                                          0, "GP 271.07"},
     {"TooLarge",      Sentence("GNGBS,,,,,65536,,,"),                                 11, "$"},
     {"LongLetter",    Sentence("HEROT,1.0,AA"),                                       11, "$"},
-    {"OtherUnit",     Sentence("SDMTW,54.7,F"),                                       11, "$"},
     {"NoNumber",      Sentence("GPHDT,27x,T"),                                        11, "$"},
     {"LongSignal",    Sentence("GNGBS,,,,,,,,,1,11"),                                 11, "$"},
     {"NoSum",         "$GPHDT,274.07,T",                                              4, "$"},
@@ -119,6 +118,37 @@ TEST_ROWS(SentenceCodec, DecodesToTheRecord, kCases, row) {
   }
 }
 
+// Each letter of a unit: right, left out, and another one.
+struct S_UnitsCase {
+  const char* name;
+  std::vector<const char*> numbers;  // and what else comes before a unit
+  const char* units;
+  const char* rest = "";
+};
+const S_UnitsCase kUnits[] = {
+    {"Hdt", {"GPHDT,274.07"}, "T"},
+    {"Vhw", {"SDVHW,182.4", "181.7", "0.5", "0.9"}, "TMNK"},
+    {"Dbt", {"SDDBT,1.8", "0.5", "0.3"}, "fMF"},
+    {"Mtw", {"SDMTW,12.6"}, "C"},
+    {"Vlw", {"IIVLW,2.8", "0.5", "7803.2", "1.25"}, "NNNN"},
+    {"Xte", {"GPXTE,A,A,0.67,L"}, "N"},
+    {"Bwc", {"GPBWC,195811,5307.5,N,00521.0,E,213.9", "213.2", "4.25"}, "TMN", ",HOME,A"},
+    {"Apb", {"GPAPB,A,A,0.10,R"}, "N", ",V,V,011,M,DEST,012,T,013,M,A"},
+};
+TEST_ROWS(SentenceUnits, AreTheOnesOfTheMembers, kUnits, row) {
+  for (std::size_t changed = 0; changed < row.numbers.size(); ++changed) {
+    for (const auto& [unit, result] : {std::pair(row.units[changed], 0U), {'\0', 0U}, {'?', 11U}, {'n', 11U}}) {
+      std::string body;
+      for (std::size_t i = 0; i < row.numbers.size(); ++i) {
+        body.append(i > 0 ? "," : "").append(row.numbers[i]).append(",");
+        if (i != changed || unit != '\0') body += i == changed ? unit : row.units[i];
+      }
+      body += row.rest;
+      EXPECT_EQ(Decode(Sentence(body)).result, result) << body;
+    }
+  }
+}
+
 struct S_DigitsCase {
   const char* name;
   const char* sent;        // time of a GST
@@ -137,6 +167,7 @@ const S_DigitsCase kDigits[] = {
     {"LeapSecond",        "235960.5",           "86400.5",  "86400.5",         "235960.50"},
     {"BeyondNanoseconds", "000000.0000000019",   "0",        "1e-09",           "000000.000000001"},
     {"OtherCharacters",   "123519.25x",          "45319.25", "45319.25",        "123519.25"},
+    {"BlankAfter",        "123519.25 ",          "45319.25", "45319.25",        "123519.25"},
     {"SignedSecond",      "1235+9.256",          "45309.25", "45309.25",        "123509.25"},
     {"NoTime",            "",                    "-",        "-",               ""},
 };

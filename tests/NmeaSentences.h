@@ -69,16 +69,20 @@ inline std::string NmeaLine(const S_VTG_Data& r) {
 struct S_NmeaKind {
   C_RawDataMessage::eNMEA0183Messages type;
   unsigned int (*decode)(unsigned char* sentence, std::size_t size, U_EcdDcdData& data);
+  unsigned int (*encode)(C_NMEA_EncodeDecode& nmea, const U_EcdDcdData& data, unsigned short& length);
   void (*reset)(U_EcdDcdData& data);
   std::string (*line)(const U_EcdDcdData& data);
   std::size_t recordSize;  // of the member that is written
 };
 
-template <auto Member, auto Decode, auto Reset>
+template <auto Member, auto Decode, auto Encode, auto Reset>
 constexpr S_NmeaKind NmeaKind(C_RawDataMessage::eNMEA0183Messages type) {
   return {type,
           [](unsigned char* sentence, std::size_t size, U_EcdDcdData& data) {
             return (C_NMEA_EncodeDecode().*Decode)(sentence, static_cast<unsigned short>(size), data.*Member);
+          },
+          [](C_NMEA_EncodeDecode& nmea, const U_EcdDcdData& data, unsigned short& length) {
+            return (nmea.*Encode)(data.*Member, length);
           },
           [](U_EcdDcdData& data) { Reset(data.*Member); },
           [](const U_EcdDcdData& data) { return NmeaLine(data.*Member); },
@@ -86,22 +90,22 @@ constexpr S_NmeaKind NmeaKind(C_RawDataMessage::eNMEA0183Messages type) {
 }
 
 inline constexpr S_NmeaKind kNmeaKinds[] = {
-    NmeaKind<&U_EcdDcdData::gga, &C_NMEA_EncodeDecode::Decode_GGA, &C_NMEA_EncodeDecode::Reset_GGA>(
-        C_RawDataMessage::eNmeaGGA),
-    NmeaKind<&U_EcdDcdData::gns, &C_NMEA_EncodeDecode::Decode_GNS, &C_NMEA_EncodeDecode::Reset_GNS>(
-        C_RawDataMessage::eNmeaGNS),
-    NmeaKind<&U_EcdDcdData::zda, &C_NMEA_EncodeDecode::Decode_ZDA, &C_NMEA_EncodeDecode::Reset_ZDA>(
-        C_RawDataMessage::eNmeaZDA),
-    NmeaKind<&U_EcdDcdData::gll, &C_NMEA_EncodeDecode::Decode_GLL, &C_NMEA_EncodeDecode::Reset_GLL>(
-        C_RawDataMessage::eNmeaGLL),
-    NmeaKind<&U_EcdDcdData::gsv, &C_NMEA_EncodeDecode::Decode_GSV, &C_NMEA_EncodeDecode::Reset_GSV>(
-        C_RawDataMessage::eNmeaGSV),
-    NmeaKind<&U_EcdDcdData::gsa, &C_NMEA_EncodeDecode::Decode_GSA, &C_NMEA_EncodeDecode::Reset_GSA>(
-        C_RawDataMessage::eNmeaGSA),
-    NmeaKind<&U_EcdDcdData::rmc, &C_NMEA_EncodeDecode::Decode_RMC, &C_NMEA_EncodeDecode::Reset_RMC>(
-        C_RawDataMessage::eNmeaRMC),
-    NmeaKind<&U_EcdDcdData::vtg, &C_NMEA_EncodeDecode::Decode_VTG, &C_NMEA_EncodeDecode::Reset_VTG>(
-        C_RawDataMessage::eNmeaVTG),
+    NmeaKind<&U_EcdDcdData::gga, &C_NMEA_EncodeDecode::Decode_GGA, &C_NMEA_EncodeDecode::Encode_GGA,
+             &C_NMEA_EncodeDecode::Reset_GGA>(C_RawDataMessage::eNmeaGGA),
+    NmeaKind<&U_EcdDcdData::gns, &C_NMEA_EncodeDecode::Decode_GNS, &C_NMEA_EncodeDecode::Encode_GNS,
+             &C_NMEA_EncodeDecode::Reset_GNS>(C_RawDataMessage::eNmeaGNS),
+    NmeaKind<&U_EcdDcdData::zda, &C_NMEA_EncodeDecode::Decode_ZDA, &C_NMEA_EncodeDecode::Encode_ZDA,
+             &C_NMEA_EncodeDecode::Reset_ZDA>(C_RawDataMessage::eNmeaZDA),
+    NmeaKind<&U_EcdDcdData::gll, &C_NMEA_EncodeDecode::Decode_GLL, &C_NMEA_EncodeDecode::Encode_GLL,
+             &C_NMEA_EncodeDecode::Reset_GLL>(C_RawDataMessage::eNmeaGLL),
+    NmeaKind<&U_EcdDcdData::gsv, &C_NMEA_EncodeDecode::Decode_GSV, &C_NMEA_EncodeDecode::Encode_GSV,
+             &C_NMEA_EncodeDecode::Reset_GSV>(C_RawDataMessage::eNmeaGSV),
+    NmeaKind<&U_EcdDcdData::gsa, &C_NMEA_EncodeDecode::Decode_GSA, &C_NMEA_EncodeDecode::Encode_GSA,
+             &C_NMEA_EncodeDecode::Reset_GSA>(C_RawDataMessage::eNmeaGSA),
+    NmeaKind<&U_EcdDcdData::rmc, &C_NMEA_EncodeDecode::Decode_RMC, &C_NMEA_EncodeDecode::Encode_RMC,
+             &C_NMEA_EncodeDecode::Reset_RMC>(C_RawDataMessage::eNmeaRMC),
+    NmeaKind<&U_EcdDcdData::vtg, &C_NMEA_EncodeDecode::Decode_VTG, &C_NMEA_EncodeDecode::Encode_VTG,
+             &C_NMEA_EncodeDecode::Reset_VTG>(C_RawDataMessage::eNmeaVTG),
 };
 
 inline const S_NmeaKind& KindOf(C_RawDataMessage::eNMEA0183Messages type) {

@@ -105,10 +105,10 @@ TEST(PointReport, EpochsWaitForWhatTheyNeed) {
   EXPECT_EQ(report.Errors()->epochs, 1024U);
 }
 
-TEST(PointReport, JsonAndTable) {
+// A station that says it is 3 m too far north, 4 m east and 2 m down, and a satellite whose ranges are 200 m too long.
+void GiveErrors(Stream& stream) {
   Receiver receiver;
   receiver.NoteAll();
-  Stream stream;
   stream.GiveEphemerides();
   double dx = 0, dy = 0, dz = 0;
   ALGO::LocalToEcefDelta(3, 4, -2, 0.8, 0.2, dx, dy, dz);
@@ -119,6 +119,11 @@ TEST(PointReport, JsonAndTable) {
     stream.GiveEpoch(ranges, kToe + 600 + i);
   }
   stream.End();
+}
+
+TEST(PointReport, JsonAndTable) {
+  Stream stream;
+  GiveErrors(stream);
   Host::C_JsonWriter writer;
   writer.BeginObject();
   Host::WritePoints(writer, stream.report);

@@ -51,7 +51,59 @@ std::string NameOf(const std::variant<T...>& record) {
   return kNames[record.index()];
 }
 
-// What each message of the session is decoded to, and how far.
+std::set<std::string> Blocks(std::initializer_list<int> numbers) {
+  std::set<std::string> names;
+  for (const int number : numbers) names.insert("BIN" + std::to_string(number));
+  return names;
+}
+
+// Record, depth and result, and the messages of the session that have them.
+const std::map<std::string, std::set<std::string>> kOfSession = {
+    {"rtcm raw", {"RTCM4072"}},
+    {"station full 0", {"RTCM1005", "RTCM1006"}},
+    {"observations full 0", {"RTCM1077", "RTCM1087", "RTCM1097", "RTCM1127"}},
+    {"rtcm kepler full 0", {"RTCM1019", "RTCM1042", "RTCM1046"}},
+    {"rtcm pva full 0", {"RTCM1020"}},
+    {"biases full 0", {"RTCM1230"}},
+    {"GGA full 0", {"GGA"}},
+    {"GLL full 0", {"GLL"}},
+    {"GNS full 0", {"GNS"}},
+    {"GSA full 0", {"GSA"}},
+    {"GSV full 0", {"GSV"}},
+    {"RMC full 0", {"RMC"}},
+    {"VTG full 0", {"VTG"}},
+    {"ZDA full 0", {"ZDA"}},
+    {"ATTSTAT partial 0", {"ATTSTAT"}},
+    {"GBS full 0", {"GBS"}},
+    {"HPR full 0", {"HPR"}},
+    {"BLV full 0", {"BLV"}},
+    {"FVI full 0", {"FVI"}},
+    {"RTKSTAT partial 0", {"RTKSTAT"}},
+    {"VCT full 0", {"VCT"}},
+    {"INTLT full 0", {"INTLT"}},
+    {"TEMPERATURE full 0", {"TEMPERATURE"}},
+    {"ARN full 0", {"ARN_ROUTER"}},
+    {"RD1 full 0", {"RD1"}},
+    {"kepler full 0", Blocks({25, 95})},
+    {"pva full 0", Blocks({65, 93})},
+    {"209 partial 0", Blocks({209})},
+    {"body raw 0", Blocks({1, 2, 3, 5, 16, 34, 35, 36, 44, 45, 66, 76, 94, 122, 180})},
+    {"body raw 5", Blocks({6, 19, 39, 49, 59, 61, 62, 69, 71, 80, 89, 96, 97, 98, 99, 100, 101, 102, 103, 104})},
+    {"payload raw", {"JROX", "RAW"}},
+    {"text raw", {"JI", "JGEO", "JQUERY", "JSITERECORD"}},
+    {"other partial 0", {"ALM", "HDM", "HEV", "RMA", "RRE"}},
+    {"APB full 0", {"APB"}},
+    {"BWC full 0", {"BWC"}},
+    {"DTM full 0", {"DTM"}},
+    {"GRS full 0", {"GRS"}},
+    {"GST full 0", {"GST"}},
+    {"HDG full 0", {"HDG"}},
+    {"HDT full 0", {"HDT"}},
+    {"RMB full 0", {"RMB"}},
+    {"ROT full 0", {"ROT"}},
+    {"XTE full 0", {"XTE"}},
+    {"text raw 4", {"HPR"}},  // one is sent without a checksum
+};
 TEST(RecordDecoder, GivesEachMessageItsRecord) {
   constexpr const char* kDepths[] = {"none", "raw", "partial", "full"};
   std::map<std::string, std::set<std::string>> found;
@@ -62,58 +114,7 @@ TEST(RecordDecoder, GivesEachMessageItsRecord) {
     const std::string name(velagnss::MessageName(frame.protocol, frame.message).Text());
     found[NameOf(decoded.record) + " " + kDepths[static_cast<int>(decoded.depth)] + result].insert(name);
   });
-  const auto blocks = [](std::initializer_list<int> numbers) {
-    std::set<std::string> names;
-    for (const int number : numbers) names.insert("BIN" + std::to_string(number));
-    return names;
-  };
-  const std::map<std::string, std::set<std::string>> expected = {
-      {"rtcm raw", {"RTCM4072"}},
-      {"station full 0", {"RTCM1005", "RTCM1006"}},
-      {"observations full 0", {"RTCM1077", "RTCM1087", "RTCM1097", "RTCM1127"}},
-      {"rtcm kepler full 0", {"RTCM1019", "RTCM1042", "RTCM1046"}},
-      {"rtcm pva full 0", {"RTCM1020"}},
-      {"biases full 0", {"RTCM1230"}},
-      {"GGA full 0", {"GGA"}},
-      {"GLL full 0", {"GLL"}},
-      {"GNS full 0", {"GNS"}},
-      {"GSA full 0", {"GSA"}},
-      {"GSV full 0", {"GSV"}},
-      {"RMC full 0", {"RMC"}},
-      {"VTG full 0", {"VTG"}},
-      {"ZDA full 0", {"ZDA"}},
-      {"ATTSTAT partial 0", {"ATTSTAT"}},
-      {"GBS full 0", {"GBS"}},
-      {"HPR full 0", {"HPR"}},
-      {"BLV full 0", {"BLV"}},
-      {"FVI full 0", {"FVI"}},
-      {"RTKSTAT partial 0", {"RTKSTAT"}},
-      {"VCT full 0", {"VCT"}},
-      {"INTLT full 0", {"INTLT"}},
-      {"TEMPERATURE full 0", {"TEMPERATURE"}},
-      {"ARN full 0", {"ARN_ROUTER"}},
-      {"RD1 full 0", {"RD1"}},
-      {"kepler full 0", blocks({25, 95})},
-      {"pva full 0", blocks({65, 93})},
-      {"209 partial 0", blocks({209})},
-      {"body raw 0", blocks({1, 2, 3, 5, 16, 34, 35, 36, 44, 45, 66, 76, 94, 122, 180})},
-      {"body raw 5", blocks({6, 19, 39, 49, 59, 61, 62, 69, 71, 80, 89, 96, 97, 98, 99, 100, 101, 102, 103, 104})},
-      {"payload raw", {"JROX", "RAW"}},
-      {"text raw", {"JI", "JGEO", "JQUERY", "JSITERECORD"}},
-      {"other partial 0", {"ALM", "HDM", "HEV", "RMA", "RRE"}},
-      {"APB full 0", {"APB"}},
-      {"BWC full 0", {"BWC"}},
-      {"DTM full 0", {"DTM"}},
-      {"GRS full 0", {"GRS"}},
-      {"GST full 0", {"GST"}},
-      {"HDG full 0", {"HDG"}},
-      {"HDT full 0", {"HDT"}},
-      {"RMB full 0", {"RMB"}},
-      {"ROT full 0", {"ROT"}},
-      {"XTE full 0", {"XTE"}},
-      {"text raw 4", {"HPR"}},  // one is sent without a checksum
-  };
-  EXPECT_EQ(found, expected);
+  EXPECT_EQ(found, kOfSession);
 }
 
 // Nothing but a frame of the session is needed to begin from: any bytes under any name have an answer.
@@ -248,64 +249,22 @@ TEST(RecordDecoder, UnpacksPayloads) {
             4);
 }
 
-// Midnight, late sentences, a date that comes late, and times that are none.
-TEST(StreamClock, CountsDaysByTheStepsAcrossMidnight) {
-  velagnss::StreamClock clock;
-  EXPECT_TRUE(std::isnan(clock.Seconds()));
-  const auto noted = [&clock](double timeOfDay) {
-    S_GGA_Data gga{};
-    gga.timeOfDay = timeOfDay;
-    clock.Note(gga);
-    return clock.Seconds();
-  };
-  EXPECT_EQ(noted(86399), 86399);
-  EXPECT_EQ(noted(1), 86401);
-  EXPECT_EQ(noted(86398), 86398);
-  EXPECT_EQ(noted(NA_DOUBLE), 86398);
-  EXPECT_EQ(noted(86400.5), 86400.5);  // a leap second
-  EXPECT_EQ(noted(0.5), 86400.5);
-  EXPECT_EQ(clock.UtcOf(86401).mjd, std::nullopt);
-  S_RMC_Data rmc{};
-  rmc.year = 2024, rmc.month = 5, rmc.day = 18, rmc.timeOfDay = 2, rmc.status = eNmeaRmcNotValid;
-  clock.Note(rmc);
-  EXPECT_FALSE(clock.KnowsDate());
-  rmc.status = eNmeaRmcValid;
-  for (const int impossible : {1980 * 10000 + 106, 2023 * 10000 + 229, 2024 * 10000 + 431}) {
-    S_RMC_Data other = rmc;
-    other.year = static_cast<unsigned short>(impossible / 10000);
-    other.month = static_cast<unsigned char>(impossible / 100 % 100);
-    other.day = static_cast<unsigned char>(impossible % 100);
-    clock.Note(other);
-    EXPECT_FALSE(clock.KnowsDate()) << impossible;
+// The digits beyond hundredths, and a first day, count on after a restart; only a reset forgets the day.
+TEST(RecordDecoder, KeepsWhatItIsToldUntilAReset) {
+  const std::string gll = Sentence("GPGLL,3723.2475,N,12158.3416,W,161229.487,A,A");
+  const Frame frame = FrameOf(gll, C_RawDataMessage::eNMEA0183, C_RawDataMessage::eNmeaGLL);
+  RecordDecoder decoder;
+  EXPECT_DOUBLE_EQ(std::get<S_GLL_Data>(decoder.Decode(frame).record).timeOfDay, 58349.48);
+  EXPECT_EQ(decoder.Clock().UtcOfTimeOfDay(58349).mjd, std::nullopt);
+  decoder.KeepTimeDigits(velagnss::TimeDigits::All);
+  decoder.AssumeFirstDay(60448);
+  for (int stream = 0; stream < 2; ++stream, decoder.Restart()) {
+    EXPECT_DOUBLE_EQ(std::get<S_GLL_Data>(decoder.Decode(frame).record).timeOfDay, 58349.487);
+    EXPECT_EQ(decoder.Clock().UtcOf(decoder.Clock().Seconds()).mjd, 60448);
   }
-  clock.Note(rmc);
-  EXPECT_EQ(clock.UtcOf(clock.Seconds()).mjd, 60448);
-  EXPECT_EQ(clock.UtcOf(-1).mjd, 60446);
-  EXPECT_EQ(clock.UtcOf(-1).secondsOfDay, 86399);
-  EXPECT_TRUE(std::isnan(clock.UtcOf(1e300).secondsOfDay));
-  // Counted back, no day is before 1983; counted on, none is after 2100.
-  EXPECT_EQ(clock.UtcOf((45335 - 60447) * 86400.0).mjd, 45335);
-  EXPECT_EQ(clock.UtcOf((45334 - 60447) * 86400.0).mjd, std::nullopt);
-  EXPECT_EQ(clock.UtcOf((88433 - 60447) * 86400.0).mjd, 88433);
-  EXPECT_EQ(clock.UtcOf((88434 - 60447) * 86400.0).mjd, std::nullopt);
-  velagnss::StreamClock before = clock;
-  before.AssumeFirstDay(0);  // has a date already
-  EXPECT_EQ(before.UtcOfTimeOfDay(1).mjd, 60448);
-  before = velagnss::StreamClock();
-  before.AssumeFirstDay(45334);
-  EXPECT_EQ(before.UtcOfTimeOfDay(1).mjd, std::nullopt);
-  ASSERT_TRUE(clock.FirstDate());
-  EXPECT_EQ(clock.FirstDate()->m_week, 2314);
-  clock.AssumeFirstDay(1);
-  EXPECT_EQ(clock.UtcOfTimeOfDay(3).mjd, 60448);
-  velagnss::StreamClock ofLastDay;
-  ofLastDay.AssumeFirstDay(88433);
-  for (const double time : {86399, 1}) {
-    S_GGA_Data gga{};
-    gga.timeOfDay = time;
-    ofLastDay.Note(gga);
-    EXPECT_EQ(ofLastDay.UtcOfTimeOfDay(time).mjd.has_value(), time > 1);
-  }
+  decoder.Reset();
+  decoder.Decode(frame);
+  EXPECT_FALSE(decoder.Clock().KnowsDate());
 }
 
 }  // namespace

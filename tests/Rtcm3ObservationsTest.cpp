@@ -1,4 +1,5 @@
 // Observations: values of every kind of message, satellites and signals of every system, times, locks.
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -382,6 +383,29 @@ TEST_ROWS(Rtcm3Time, IsResolved, kTimes, row) {
   EXPECT_EQ(out.time.sent, row.sent);
   EXPECT_EQ(out.time.week, row.week);
   EXPECT_EQ(out.time.seconds, row.seconds);
+}
+
+// The week of an observation at its beginning turns where the seed is half a week away.
+struct S_SeedCase {
+  const char* name;
+  C_GnssTime seed;
+  unsigned int week;
+};
+constexpr double kHalfWeek = 302400;
+const S_SeedCase kSeeds[] = {
+    {"Gps", {2314, kHalfWeek + 1, ALGO::GNSS_GPS}, 2315},
+    {"GpsBefore", {2314, kHalfWeek - 1, ALGO::GNSS_GPS}, 2314},
+    {"Navic", {2314, kHalfWeek + 1, kNavic}, 2315},
+    {"Beidou", {2314, kHalfWeek - 14 + 1, ALGO::GNSS_BEIDOU}, 2315},
+    {"BeidouBefore", {2314, kHalfWeek - 14 - 1, ALGO::GNSS_BEIDOU}, 2314},
+    {"Glonass", {2314, kHalfWeek + 10800 - 18 + 1, ALGO::GNSS_GLONASS}, 2315},
+    {"GlonassBefore", {2314, kHalfWeek + 10800 - 18 - 1, ALGO::GNSS_GLONASS}, 2314},
+    {"OfNoSystem", {2314, kHalfWeek, ALGO::GNSS_UNKNOWN}, NA_U16},
+    {"NotFinite", {2314, std::nan(""), ALGO::GNSS_GPS}, NA_U16},
+    {"Nothing", {0, 0.0, ALGO::GNSS_GPS}, NA_U16},
+};
+TEST_ROWS(Rtcm3Seed, IsOfItsSystem, kSeeds, row) {
+  EXPECT_EQ(Rtcm3Payloads(row.seed).Get<O>(Epoch(1077, 0, 0)).time.week, row.week);
 }
 
 TEST(Rtcm3Time, GoesOnWithTheStream) {

@@ -182,6 +182,10 @@ const RefusedCase kRefused[] = {
     {"OtherWeek", [](auto& e) { ++e.ToeWeek; }, 0, OrbitResult::Outdated},
     {"Galileo", [](auto& e) { e.System = ALGO::GNSS_GALILEO; }, 14000, OrbitResult::Ok},
     {"PatternOfBits", [](auto& e) { e.SqrtA = 2730.6; }, 0, OrbitResult::Implausible},
+    {"IntervalOfNoSatellite", [](auto& e) { e.FitInterval = 200; }, 7201, OrbitResult::Outdated},
+    {"ShortInterval", [](auto& e) { e.FitInterval = 2; }, 7199, OrbitResult::Ok},
+    {"TooHigh", [](auto& e) { e.SqrtA = 7100; }, 0, OrbitResult::Implausible},
+    {"NegativeEccentricity", [](auto& e) { e.Ecc = -0.01; }, 0, OrbitResult::Implausible},
     {"Parabola", [](auto& e) { e.Ecc = 1; }, 0, OrbitResult::Implausible},
     {"NoClock", [](auto& e) { e.Af0 = NA_DOUBLE; }, 0, OrbitResult::Implausible},
     {"NotFinite", [](auto& e) { e.M0 = std::nan(""); }, 0, OrbitResult::Implausible},
@@ -200,9 +204,16 @@ TEST(GlonassOrbit, IsRefused) {
   SatelliteState state;
   S_IFPvaEphRec e = Glonass(3);
   EXPECT_EQ(StateAt(e, After(1801), kLeap, state), OrbitResult::Outdated);
+  for (const double x : {NA_DOUBLE, std::nan(""), 0.0, 1e8}) {
+    e.PosX = x;
+    if (x == 0) e.PosY = e.PosZ = 0;  // in the center of the Earth
+    EXPECT_EQ(StateAt(e, After(0), kLeap, state), OrbitResult::Implausible) << x;
+  }
+  e = Glonass(3);
   e.VelX = 3e4;  // in half an hour it is beyond all satellites
   EXPECT_EQ(StateAt(e, After(1800), kLeap, state), OrbitResult::Implausible);
-  e.PosX = NA_DOUBLE;
+  e = Glonass(3);
+  e.System = ALGO::GNSS_GPS;
   EXPECT_EQ(StateAt(e, After(0), kLeap, state), OrbitResult::Implausible);
 }
 
@@ -223,6 +234,11 @@ TEST(SatelliteHealth, ByTheWordOfEachSystem) {
   EXPECT_TRUE(IsHealthy(glonass));
   glonass.Ln = 1;
   EXPECT_FALSE(IsHealthy(glonass));
+  glonass.Ln = 0, glonass.Health = 1;
+  EXPECT_FALSE(IsHealthy(glonass));
+  glonass.System = ALGO::GNSS_SBAS;
+  EXPECT_TRUE(IsHealthy(glonass));
+  EXPECT_FALSE(isHealthy(ALGO::GNSS_GLONASS, 0, 2)) << "has no Keplerian elements";
 }
 
 // In ns, for group delays of 7 and -14 ns. The ionosphere-free combination of the two signals that a clock belongs to
@@ -242,6 +258,8 @@ const DelayCase kDelays[] = {
     {"B1", ALGO::GNSS_BEIDOU, 0, '2', 1561.098e6, 7},
     {"B2", ALGO::GNSS_BEIDOU, 0, '7', 1207.14e6, -14},
     {"B3", ALGO::GNSS_BEIDOU, 0, '6', 1268.52e6, 0},
+    {"OfNoSystem", ALGO::GNSS_GLONASS, 0, '1', 1602e6, 0},
+    {"ClockNotKnown", ALGO::GNSS_GALILEO, NA_U16, '1', 1575.42e6, 7},
     {"FnavE1", ALGO::GNSS_GALILEO, 258, '1', 1575.42e6, 7},
     {"FnavE5a", ALGO::GNSS_GALILEO, 258, '5', 1176.45e6, 7 * 1.7932703},
     {"InavE1", ALGO::GNSS_GALILEO, 517, '1', 1575.42e6, -14},

@@ -1,9 +1,9 @@
 #include "apps/velagnss/account/AccountJson.h"
 
 #include "apps/velagnss/account/ObservationReport.h"
+#include "apps/velagnss/account/PlaceJson.h"
 #include "apps/velagnss/account/PointReportJson.h"
 #include "apps/velagnss/text/RejectionNumber.h"
-#include "apps/velagnss/text/Units.h"
 #include "stream/Names.h"
 
 namespace Host {
@@ -47,13 +47,9 @@ void WritePosition(C_JsonWriter& json, const C_StreamAccount& account) {
   if (!position) return json.Null();
   json.BeginObject();
   json.Key("fixes").Integer(position->fixes);
-  json.Key("latitude_deg").Number(position->latitude * kDegreesPerRadian);
-  json.Key("longitude_deg").Number(position->longitude * kDegreesPerRadian);
-  json.Key("height_m").Number(position->height);
+  WritePlace(json, position->latitude, position->longitude, position->height);
   json.Key("altitude_m").Number(position->altitude);
-  json.Key("spread_north_m").Number(position->spreadNorth);
-  json.Key("spread_east_m").Number(position->spreadEast);
-  json.Key("spread_up_m").Number(position->spreadUp);
+  WriteSpread(json, *position);
   json.Key("radius_50_m").Number(position->radius50);
   json.Key("radius_95_m").Number(position->radius95);
   json.EndObject();

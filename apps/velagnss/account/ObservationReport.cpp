@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "apps/velagnss/account/PlaceJson.h"
 #include "apps/velagnss/account/TableLine.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/text/Units.h"
@@ -11,11 +12,6 @@
 
 namespace Host {
 namespace {
-
-void TextOrNull(C_JsonWriter& json, const std::string& text) {
-  if (text.empty()) return json.Null();
-  json.String(text);
-}
 
 // The station on the ellipsoid: radians and meters, not finite where the station sent no position.
 C_Vector3 GeodeticOf(const S_StationSummary& station) {
@@ -36,15 +32,13 @@ void WriteStations(C_JsonWriter& json, const C_ObservationSummary& summary) {
     json.Key("x_m").Number(OrNotKnown(station.x));
     json.Key("y_m").Number(OrNotKnown(station.y));
     json.Key("z_m").Number(OrNotKnown(station.z));
-    json.Key("latitude_deg").Number(geodetic.X() * kDegreesPerRadian);
-    json.Key("longitude_deg").Number(geodetic.Y() * kDegreesPerRadian);
-    json.Key("height_m").Number(geodetic.Z());
+    WritePlace(json, geodetic.X(), geodetic.Y(), geodetic.Z());
     json.Key("antenna_height_m").Number(OrNotKnown(station.antennaHeight));
-    TextOrNull(json.Key("antenna"), station.antenna);
-    TextOrNull(json.Key("antenna_serial"), station.antennaSerial);
-    TextOrNull(json.Key("receiver"), station.receiver);
-    TextOrNull(json.Key("firmware"), station.firmware);
-    TextOrNull(json.Key("receiver_serial"), station.receiverSerial);
+    json.Key("antenna").StringOrNull(station.antenna);
+    json.Key("antenna_serial").StringOrNull(station.antennaSerial);
+    json.Key("receiver").StringOrNull(station.receiver);
+    json.Key("firmware").StringOrNull(station.firmware);
+    json.Key("receiver_serial").StringOrNull(station.receiverSerial);
     json.EndObject();
   }
   json.EndArray();

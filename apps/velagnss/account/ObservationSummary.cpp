@@ -11,9 +11,6 @@ namespace {
 
 using namespace velagnss;
 
-constexpr double kBeidouBehind = 14;     // s, BeiDou time - GPS time (BDS-SIS-ICD, 3.3)
-constexpr double kGlonassAhead = 10800;  // s, GLONASS time - UTC (GLONASS ICD, 3.3.3)
-
 double SecondsOf(unsigned short week, double seconds) { return week * kSecondsPerWeek + seconds; }
 
 // Missing without a date.
@@ -23,12 +20,12 @@ std::optional<double> GpsTime(const Rtcm3Time& time) {
 }
 
 double ReferenceOf(const S_IFKeplerEphRec& record) {
-  return SecondsOf(record.ToeWeek, record.Toe) + (record.TimeSystem == ALGO::GNSS_BEIDOU ? kBeidouBehind : 0);
+  return SecondsOf(record.ToeWeek, record.Toe) + (record.TimeSystem == ALGO::GNSS_BEIDOU ? ALGO::kBeidouBehind : 0);
 }
 double ReferenceOf(const S_IFPvaEphRec& record) {
   const double time = SecondsOf(record.RefWeek, record.RefTime);
   if (record.TimeSystem != ALGO::GNSS_GLONASS) return time;
-  const double utc = std::max(time - kGlonassAhead, 0.0);  // a wrong date may lie before the GPS epoch
+  const double utc = std::max(time - ALGO::kGlonassAhead, 0.0);  // a wrong date may lie before the GPS epoch
   return utc + LeapSecondsOn(kMjdOfGpsEpoch + static_cast<unsigned int>(utc / kSecondsPerDay));
 }
 

@@ -1,5 +1,6 @@
 #include "apps/velagnss/account/PointReportJson.h"
 
+#include "apps/velagnss/account/PlaceJson.h"
 #include "apps/velagnss/account/PointNames.h"
 #include "apps/velagnss/text/Units.h"
 #include "stream/Names.h"
@@ -12,9 +13,7 @@ void WriteStation(C_JsonWriter& json, const C_PointReport& report) {
   if (!report.Station()) return json.Null();
   json.BeginObject();
   json.Key("number").Integer(report.Station()->number);
-  json.Key("latitude_deg").Number(report.Station()->latitude * kDegreesPerRadian);
-  json.Key("longitude_deg").Number(report.Station()->longitude * kDegreesPerRadian);
-  json.Key("height_m").Number(report.Station()->height);
+  WritePlace(json, report.Station()->latitude, report.Station()->longitude, report.Station()->height);
   json.EndObject();
 }
 
@@ -23,12 +22,8 @@ void WriteMean(C_JsonWriter& json, const C_PointReport& report) {
   const std::optional<S_PositionSummary> mean = report.Positions();
   if (!mean) return json.Null();
   json.BeginObject();
-  json.Key("latitude_deg").Number(mean->latitude * kDegreesPerRadian);
-  json.Key("longitude_deg").Number(mean->longitude * kDegreesPerRadian);
-  json.Key("height_m").Number(mean->height);
-  json.Key("spread_north_m").Number(mean->spreadNorth);
-  json.Key("spread_east_m").Number(mean->spreadEast);
-  json.Key("spread_up_m").Number(mean->spreadUp);
+  WritePlace(json, mean->latitude, mean->longitude, mean->height);
+  WriteSpread(json, *mean);
   json.EndObject();
 }
 
@@ -72,11 +67,7 @@ void WriteSatellites(C_JsonWriter& json, const C_PointReport& report) {
     json.Key("epochs").Integer(satellite.epochs);
     json.Key("used").Integer(satellite.Used());
     json.Key("residual_rms_m").Number(satellite.residuals.Root());
-    json.Key("unused");
-    if (const std::string_view why = WhyUnused(satellite); why.empty())
-      json.Null();
-    else
-      json.String(why);
+    json.Key("unused").StringOrNull(WhyUnused(satellite));
     json.EndObject();
   }
   json.EndArray();

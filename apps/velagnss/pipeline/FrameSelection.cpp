@@ -24,8 +24,6 @@ std::string NotATime(std::string_view option, std::string_view text) {
   return fmt::format("{}: '{}' is not a time; write 2024-05-18T12:00:00, 2024-05-18 or 12:00:00", option, text);
 }
 
-// Not the functions of the C library: they depend on the locale.
-char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 bool IsOfAnAddress(char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
 
 }  // namespace
@@ -59,8 +57,7 @@ bool C_TimeWindow::Includes(const velagnss::StreamClock& clock) const {
 
 std::optional<std::string> C_FrameSelection::AddTalkers(std::string_view list) {
   for (const std::string_view item : SplitList(list)) {
-    std::string talker(item);
-    std::transform(talker.begin(), talker.end(), talker.begin(), &ToUpper);
+    std::string talker = InCapitals(item);
     if (talker != "P" && (talker.size() != kTalkerSize || !std::all_of(talker.begin(), talker.end(), &IsOfAnAddress)))
       return fmt::format("--talker: '{}' is not a talker; write two characters like GP, or P for proprietary sentences",
                          item);

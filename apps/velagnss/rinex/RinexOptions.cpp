@@ -15,13 +15,11 @@
 namespace Host {
 namespace {
 
-// A check for an option's text: fits its place in the header.
-auto HeaderText(std::size_t width) {
-  return [width](const std::string& text) -> std::string {
-    const bool isPrintable = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
-    return isPrintable && text.size() <= width ? ""
-                                               : fmt::format("must be at most {} printable ASCII characters", width);
-  };
+// Checks of options: the answer is what is wrong, or empty. A text must fit its place in the header.
+template <std::size_t Width>
+std::string CheckText(const std::string& text) {
+  const bool isPrintable = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+  return isPrintable && text.size() <= Width ? "" : fmt::format("must be at most {} printable ASCII characters", Width);
 }
 
 std::string CheckSystems(const std::string& list) {
@@ -32,14 +30,13 @@ std::string CheckSystems(const std::string& list) {
 }
 
 // "NUMBER,TYPE": texts of up to 20 characters.
-auto HeaderTexts(std::size_t count) {
-  return [count](const std::string& list) -> std::string {
-    const std::vector<std::string_view> items = SplitList(list);
-    if (items.size() > count) return fmt::format("must be at most {} texts, separated by commas", count);
-    for (const std::string_view item : items)
-      if (std::string error = HeaderText(kHeaderNameWidth)(std::string(item)); !error.empty()) return error;
-    return {};
-  };
+template <std::size_t Count>
+std::string CheckTexts(const std::string& list) {
+  const std::vector<std::string_view> items = SplitList(list);
+  if (items.size() > Count) return fmt::format("must be at most {} texts, separated by commas", Count);
+  for (const std::string_view item : items)
+    if (std::string error = CheckText<kHeaderNameWidth>(std::string(item)); !error.empty()) return error;
+  return {};
 }
 
 std::string CheckPosition(const std::string& list) {
@@ -72,32 +69,53 @@ std::string CheckStation(const std::string& text) {
   return ParseWhole(text, number) && number <= 4095 ? "" : "must be a whole number from 0 to 4095, not '" + text + "'";
 }
 
+std::string CheckSplit(const std::string& text) { return OneOf({"1h", "1d"})(text); }
+std::string CheckRunDate(const std::string& text) { return OneOf({"stream", "now"})(text); }
+
+// An option with a text.
+struct S_TextOption {
+  const char* name;
+  std::string S_RinexOptions::*text;
+  const char* placeholder;
+  const char* help;
+  std::string (*check)(const std::string& text);
+};
+using O = S_RinexOptions;
+constexpr S_TextOption kHeaderOptions[] = {
+    {"--marker", &O::marker, "NAME", "name of the marker, for the header",
+     &CheckText<kHeaderWidth - kMarkerComment.size()>},
+    {"--agency", &O::agency, "NAME", "name of the observing agency, for the header",
+     &CheckText<kHeaderWidth - kAgencyComment.size()>},
+    {"--run-by", &O::runBy, "NAME", "who made the file, for the header", &CheckText<kHeaderNameWidth>},
+    {"--run-date", &O::runDate, "stream|now",
+     "date in the header: the last one of the stream, or the current one,\n"
+     "which differs on every run (default: stream)",
+     &CheckRunDate},
+};
+constexpr S_TextOption kStationOptions[] = {
+    {"--observer", &O::observer, "NAME", "name of the observer, for the header", &CheckText<kHeaderNameWidth>},
+    {"--receiver", &O::receiver, "TEXTS",
+     "number, type and firmware of the receiver, separated by commas\n(default: those in the stream)", &CheckTexts<3>},
+    {"--antenna", &O::antenna, "TEXTS",
+     "number and type of the antenna, separated by a comma\n(default: those in the stream)", &CheckTexts<2>},
+    {"--position", &O::position, "X,Y,Z",
+     "approximate position, Earth-centered, in meters (default: the one in\nthe stream)", &CheckPosition},
+    {"--station", &O::station, "NUMBER",
+     "number of the reference station (default: the first one that sends observations)", &CheckStation},
+};
+constexpr S_TextOption kFileOptions[] = {
+    {"--split", &O::split, "1h|1d", "with --auto-name: a file for each hour or day of GPS time", &CheckSplit},
+};
+
+template <std::size_t N>
+void Declare(const S_TextOption (&rows)[N], CLI::App& app, S_RinexOptions& options, const std::string& group) {
+  for (const S_TextOption& row : rows)
+    app.add_option(row.name, options.*row.text, row.help)->option_text(row.placeholder)->check(row.check)->group(group);
+}
+
 void DeclareObsOptions(CLI::App& app, S_RinexOptions& options) {
   const std::string group(kRinexObsGroup);
-  app.add_option("--observer", options.observer, "name of the observer, for the header")
-      ->option_text("NAME")
-      ->check(HeaderText(kHeaderNameWidth))
-      ->group(group);
-  app.add_option("--receiver", options.receiver,
-                 "number, type and firmware of the receiver, separated by commas\n(default: those in the stream)")
-      ->option_text("TEXTS")
-      ->check(HeaderTexts(3))
-      ->group(group);
-  app.add_option("--antenna", options.antenna,
-                 "number and type of the antenna, separated by a comma\n(default: those in the stream)")
-      ->option_text("TEXTS")
-      ->check(HeaderTexts(2))
-      ->group(group);
-  app.add_option("--position", options.position,
-                 "approximate position, Earth-centered, in meters (default: the one in\nthe stream)")
-      ->option_text("X,Y,Z")
-      ->check(&CheckPosition)
-      ->group(group);
-  app.add_option("--station", options.station,
-                 "number of the reference station (default: the first one that sends observations)")
-      ->option_text("NUMBER")
-      ->check(&CheckStation)
-      ->group(group);
+  Declare(kStationOptions, app, options, group);
   app.add_option("--obs-types", options.obsTypes,
                  "these observation types of a system, as in G:C1C,L1C; repeatable\n(default: all that occur)")
       ->option_text("LIST")
@@ -107,10 +125,7 @@ void DeclareObsOptions(CLI::App& app, S_RinexOptions& options) {
   app.add_flag("--auto-name", options.hasAutoNames,
                "write to a file with the standard name, in the directory given by -o\n(default: the current one)")
       ->group(group);
-  app.add_option("--split", options.split, "with --auto-name: a file for each hour or day of GPS time")
-      ->option_text("1h|1d")
-      ->check(OneOf({"1h", "1d"}))
-      ->group(group);
+  Declare(kFileOptions, app, options, group);
   app.add_option("--interval", options.interval, "only epochs at multiples of this many seconds of GPS time")
       ->option_text("SECONDS")
       ->check(&CheckInterval)
@@ -152,24 +167,7 @@ void DeclareRinexOptions(CLI::App& app, S_RinexOptions& options) {
       ->allow_extra_args(false)
       ->check(&CheckSystems)
       ->group(group);
-  app.add_option("--marker", options.marker, "name of the marker, for the header")
-      ->option_text("NAME")
-      ->check(HeaderText(kHeaderWidth - kMarkerComment.size()))
-      ->group(group);
-  app.add_option("--agency", options.agency, "name of the observing agency, for the header")
-      ->option_text("NAME")
-      ->check(HeaderText(kHeaderWidth - kAgencyComment.size()))
-      ->group(group);
-  app.add_option("--run-by", options.runBy, "who made the file, for the header")
-      ->option_text("NAME")
-      ->check(HeaderText(kHeaderNameWidth))
-      ->group(group);
-  app.add_option("--run-date", options.runDate,
-                 "date in the header: the last one of the stream, or the current one,\n"
-                 "which differs on every run (default: stream)")
-      ->option_text("stream|now")
-      ->check(OneOf({"stream", "now"}))
-      ->group(group);
+  Declare(kHeaderOptions, app, options, group);
   app.add_flag("--gzip", options.isCompressed, "compress the output, as with a name after -o that ends with .gz")
       ->group(group);
   app.add_option("--rinex", options.version, fmt::format("version of the format (default: {})", kRinex3))

@@ -64,6 +64,9 @@ class C_JsonWriter final : public C_TextMaker {
   // reader can recover the bytes whatever their encoding was.
   void String(std::string_view bytes);
 
+  // Empty text is null.
+  void StringOrNull(std::string_view bytes) { bytes.empty() ? Null() : String(bytes); }
+
   // Text in UTF-8, such as a file name, by its characters. Text that is not UTF-8 is written byte by byte, as above.
   void Utf8(std::string_view text);
 

@@ -26,6 +26,13 @@ std::vector<std::string_view> SplitList(std::string_view list) {
   }
 }
 
+std::string InCapitals(std::string_view word) {
+  std::string capitals(word);
+  for (char& c : capitals)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  return capitals;
+}
+
 std::function<std::string(const std::string&)> OneOf(std::vector<std::string> words) {
   return [words = std::move(words)](const std::string& text) -> std::string {
     if (std::find(words.begin(), words.end(), text) != words.end()) return {};

@@ -12,6 +12,9 @@ namespace Host {
 // The items between commas without the spaces around them. An empty list has one item, an empty one.
 std::vector<std::string_view> SplitList(std::string_view list);
 
+// A word in capital letters. ASCII only: the functions of the C library depend on the locale.
+std::string InCapitals(std::string_view word);
+
 // The name of each row, joined by `separator`.
 template <class Rows, class NameOf>
 std::string JoinNames(const Rows& rows, NameOf nameOf, std::string_view separator = " ") {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/Numbers.h"
 #include "stream/Names.h"
 
@@ -10,15 +11,8 @@ namespace {
 
 using eProtocols = C_RawDataMessage::eProtocols;
 
-// Not std::toupper: it depends on the locale.
-char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
 bool IsLetter(char c) { return c >= 'A' && c <= 'Z'; }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return ToUpper(x) == ToUpper(y); });
-}
 
 }  // namespace
 
@@ -30,8 +24,7 @@ S_MessageKey KeyOf(const velagnss::Frame& frame) {
 
 std::optional<S_MessageKey> FindUnlisted(std::string_view name) {
   constexpr std::size_t kFormatter = 3;
-  std::string upper(name);
-  std::transform(upper.begin(), upper.end(), upper.begin(), &ToUpper);
+  const std::string upper = InCapitals(name);
   const bool isWord = std::all_of(upper.begin(), upper.end(), [](char c) { return IsLetter(c) || IsDigit(c); }) &&
                       std::any_of(upper.begin(), upper.end(), &IsLetter);
   const bool isProprietary = upper.size() > kFormatter && upper.front() == 'P';
@@ -62,11 +55,12 @@ std::vector<S_MessageKey> FindMessages(std::string_view nameOrNumber) {
   std::vector<S_MessageKey> found;
   unsigned int number = 0;
   const bool isNumber = ParseWhole(nameOrNumber, number);
+  const std::string name = InCapitals(nameOrNumber);  // as all names are
   for (unsigned int i = 0; i < kNumProtocols; ++i) {
     const eProtocols protocol{i};
     for (unsigned int type = 0; type < velagnss::NumMessages(protocol); ++type) {
       const bool isMeant = isNumber ? type == number && velagnss::IsCalledByNumber(protocol)
-                                    : EqualIgnoringCase(velagnss::MessageName(protocol, type).Text(), nameOrNumber);
+                                    : velagnss::MessageName(protocol, type).Text() == name;
       if (isMeant) found.push_back({protocol, type});
     }
   }
