@@ -81,7 +81,7 @@ const unsigned char* C_NMEA_EncodeDecode::GetWorkBuffer() const {
 unsigned int C_NMEA_EncodeDecode::Decode(unsigned char* sentence, unsigned short length,
                                          C_RawDataMessage::eNMEA0183Messages type, U_EcdDcdData& data) {
   // The union includes bytes of no member of the record. They must not depend on what it held before.
-  std::memset(&data, 0, sizeof data);
+  SetZero(data);
   return m_lastResult = DecodeChecked(sentence, length, type, data);
 }
 

@@ -253,19 +253,27 @@ consteval std::size_t FieldsOf(const S_FieldRule<Record> (&rules)[N]) {
   return end;
 }
 
+using t_Complete = void (*)(t_NmeaFields& fields);
+
+template <const auto& Rules, class Record>
+consteval S_NmeaSentence<Record> Sentence(t_SentenceType type, unsigned char minFields, const Record& empty,
+                                          t_Complete arrange = nullptr, t_Complete amend = nullptr) {
+  return {type, minFields, Rules, ReadFieldsOf<Rules, t_NmeaFields, Record>, empty, {FieldsOf(Rules), arrange, amend}};
+}
+
 using t_Type = C_RawDataMessage;
 
 }  // namespace
 
-//                                                least fields                      completion
-constinit const S_NmeaSentence<S_GGA_Data> kGga = {t_Type::eNmeaGGA, 16, kGgaRules, kNoGga, {FieldsOf(kGgaRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_GNS_Data> kGns = {t_Type::eNmeaGNS, 14, kGnsRules, kNoGns, {FieldsOf(kGnsRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_ZDA_Data> kZda = {t_Type::eNmeaZDA, 8,  kZdaRules, kNoZda, {FieldsOf(kZdaRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_GLL_Data> kGll = {t_Type::eNmeaGLL, 9,  kGllRules, kNoGll, {FieldsOf(kGllRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_GSV_Data> kGsv = {t_Type::eNmeaGSV, 9,  kGsvRules, kNoGsv, {FieldsOf(kGsvRules), ArrangeGsv, AmendGsv}};
-constinit const S_NmeaSentence<S_GSA_Data> kGsa = {t_Type::eNmeaGSA, 19, kGsaRules, kNoGsa, {FieldsOf(kGsaRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_RMC_Data> kRmc = {t_Type::eNmeaRMC, 15, kRmcRules, kNoRmc, {FieldsOf(kRmcRules), nullptr, AmendRmc}};
-constinit const S_NmeaSentence<S_VTG_Data> kVtg = {t_Type::eNmeaVTG, 11, kVtgRules, kNoVtg, {FieldsOf(kVtgRules), ArrangeVtg, nullptr}};
+//                                                                          least fields completion
+constinit const S_NmeaSentence<S_GGA_Data> kGga = Sentence<kGgaRules>(t_Type::eNmeaGGA, 16, kNoGga);
+constinit const S_NmeaSentence<S_GNS_Data> kGns = Sentence<kGnsRules>(t_Type::eNmeaGNS, 14, kNoGns);
+constinit const S_NmeaSentence<S_ZDA_Data> kZda = Sentence<kZdaRules>(t_Type::eNmeaZDA, 8,  kNoZda);
+constinit const S_NmeaSentence<S_GLL_Data> kGll = Sentence<kGllRules>(t_Type::eNmeaGLL, 9,  kNoGll);
+constinit const S_NmeaSentence<S_GSV_Data> kGsv = Sentence<kGsvRules>(t_Type::eNmeaGSV, 9,  kNoGsv, ArrangeGsv, AmendGsv);
+constinit const S_NmeaSentence<S_GSA_Data> kGsa = Sentence<kGsaRules>(t_Type::eNmeaGSA, 19, kNoGsa);
+constinit const S_NmeaSentence<S_RMC_Data> kRmc = Sentence<kRmcRules>(t_Type::eNmeaRMC, 15, kNoRmc, nullptr,    AmendRmc);
+constinit const S_NmeaSentence<S_VTG_Data> kVtg = Sentence<kVtgRules>(t_Type::eNmeaVTG, 11, kNoVtg, ArrangeVtg);
 // clang-format on
 
 }  // namespace velagnss::textproto

@@ -305,6 +305,22 @@ bool ReadPlainDecimal(std::string_view text, double& value) {
   return true;
 }
 
+bool ReadPlainAngle(std::string_view text, double& degrees) {
+  constexpr std::size_t kMostDecimals = 13;  // with the minutes 15 digits
+  constexpr std::size_t kMostWhole = 9;
+  std::uint64_t whole = 0;
+  const char* const end = text.data() + text.size();
+  const char* const point = Implementation::AppendDigits(text.data(), end, whole);
+  const auto wholeDigits = static_cast<std::size_t>(point - text.data());
+  if (point == end || *point != '.' || wholeDigits < 3 || wholeDigits > kMostWhole) return false;
+  const auto decimals = static_cast<std::size_t>(end - point - 1);
+  std::uint64_t minutes = whole % 100;
+  if (decimals > kMostDecimals || Implementation::AppendDigits(point + 1, end, minutes) != end) return false;
+  // Rounded as the minutes alone would be, and only then divided by 60.
+  degrees = static_cast<double>(whole / 100) + static_cast<double>(minutes) / kPowersOfTen[decimals] / 60;
+  return true;
+}
+
 std::size_t ScanDouble(std::string_view text, double& value) {
   C_Reader reader(text);
   reader.SkipSpace();
