@@ -1,0 +1,171 @@
+// The standard library's conversion takes any number. Those of receivers are neither huge nor tiny: their digits come
+// from one or two multiplications of integers of 128 bits, which are exact, without tables of powers.
+#include "apps/velagnss/text/ShortestNumber.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+namespace Host {
+namespace {
+
+__extension__ using t_Wide = unsigned __int128;
+
+constexpr auto kPowersOfTen = [] {
+  std::array<std::uint64_t, 20> powers = {1};
+  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = 10 * powers[i - 1];
+  return powers;
+}();
+
+// "00" to "99"
+constexpr auto kPairs = [] {
+  std::array<char, 200> pairs = {};
+  for (unsigned int i = 0; i < 100; ++i) {
+    pairs[2 * i] = static_cast<char>('0' + i / 10);
+    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return pairs;
+}();
+
+// A number as `digits` / 10^`decimals`.
+struct S_Decimal {
+  std::uint64_t digits;
+  unsigned int decimals;
+};
+
+void DropTrailingZeros(S_Decimal& decimal) {
+  while (decimal.decimals > 0 && decimal.digits % 10 == 0) {
+    decimal.digits /= 10;
+    --decimal.decimals;
+  }
+}
+
+// What was a decimal with few digits: the only one of up to 15 digits that reads as this number, so no other can be
+// shorter. `magnitude` is below 10^9.
+bool FindFewDecimals(double magnitude, S_Decimal& decimal) {
+  constexpr unsigned int kDecimals = 4;
+  constexpr double kScale = 1e4;
+  const auto digits = static_cast<std::uint64_t>(magnitude * kScale + 0.5);
+  if (static_cast<double>(digits) / kScale != magnitude) return false;
+  decimal = {digits, kDecimals};
+  DropTrailingZeros(decimal);
+  return true;
+}
+
+// The numbers that are read: their texts have no exponent, unless they end with zeros, and no more than 19 decimals.
+constexpr int kLeastExponent = -9;
+constexpr int kEndExponent = 30;
+constexpr double kLeast = 0x1p-9;
+constexpr double kEnd = 0x1p30;
+
+// By the exponent of two of a number: how many decimals show at least 17 digits of it, which always tell it apart.
+constexpr auto kDecimalsOf = [] {
+  std::array<unsigned char, kEndExponent - kLeastExponent> decimals = {};
+  for (int exponent = kLeastExponent; exponent < kEndExponent; ++exponent) {
+    const t_Wide least = t_Wide{kPowersOfTen[16]} << -kLeastExponent;  // 17 digits
+    unsigned char& number = decimals[static_cast<std::size_t>(exponent - kLeastExponent)];
+    while ((t_Wide{kPowersOfTen[number]} << (exponent - kLeastExponent)) < least) ++number;
+  }
+  return decimals;
+}();
+
+// A number of a decimal's last digits, the integers between which it may be rounded, and how to round it.
+struct S_Rounding {
+  std::uint64_t digits;  // cut off, not rounded
+  std::uint64_t least;
+  std::uint64_t greatest;
+  bool isUp;     // the nearest number is the next one; of two as near the even one
+  bool isExact;  // nothing was cut off
+};
+
+// Gives up the last digit, if one of the numbers without it is still in between.
+bool DropDigit(S_Rounding& rounding) {
+  const std::uint64_t least = (rounding.least + 9) / 10;
+  const std::uint64_t greatest = rounding.greatest / 10;
+  if (least > greatest) return false;
+  const std::uint64_t digits = rounding.digits / 10;
+  const std::uint64_t digit = rounding.digits - 10 * digits;
+  const bool isUp = digit > 5 || (digit == 5 && (!rounding.isExact || digits % 2 != 0));
+  rounding = {digits, least, greatest, isUp, rounding.isExact && digit == 0};
+  return true;
+}
+
+// All decimals between the points halfway to its neighbors read as this number, and the points themselves if its last
+// bit is 0. Gives the 17 or more digits of the number and these limits, by integers in quarters of its last bit.
+S_Rounding RoundingOf(double magnitude, unsigned int& decimals) {
+  constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << 52;
+  const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+  const int exponent = static_cast<int>(bits >> 52) - 1023;
+  const std::uint64_t mantissa = (bits & (kHiddenBit - 1)) | kHiddenBit;
+  const auto shift = static_cast<unsigned int>(52 + 2 - exponent);
+  decimals = kDecimalsOf[static_cast<std::size_t>(exponent - kLeastExponent)];
+
+  const t_Wide scale = kPowersOfTen[decimals];
+  const t_Wide exact = scale * mantissa << 2;
+  const t_Wide below = scale << (mantissa == kHiddenBit ? 0 : 1);  // a power of two is closer to its neighbor below
+  const t_Wide above = scale << 1;
+  const t_Wide isOpen = mantissa & 1;
+  const t_Wide fraction = (t_Wide{1} << shift) - 1;
+  const t_Wide half = t_Wide{1} << (shift - 1);
+  const auto digits = static_cast<std::uint64_t>(exact >> shift);
+  const t_Wide rest = exact & fraction;
+  return {.digits = digits,
+          .least = static_cast<std::uint64_t>((exact - below + fraction + isOpen) >> shift),
+          .greatest = static_cast<std::uint64_t>((exact + above - isOpen) >> shift),
+          .isUp = rest > half || (rest == half && digits % 2 != 0),
+          .isExact = rest == 0};
+}
+
+S_Decimal FindShortest(double magnitude) {
+  unsigned int decimals = 0;
+  S_Rounding rounding = RoundingOf(magnitude, decimals);
+  while (DropDigit(rounding)) --decimals;
+  const bool isNext = rounding.digits < rounding.least || (rounding.isUp && rounding.digits < rounding.greatest);
+  return {rounding.digits + (isNext ? 1 : 0), decimals};
+}
+
+// From its end backwards.
+char* WriteDecimal(char* out, S_Decimal decimal) {
+  char text[kShortestSize];
+  char* const end = text + sizeof text;
+  char* at = end;
+  const auto writePair = [&] {
+    std::memcpy(at -= 2, &kPairs[2 * (decimal.digits % 100)], 2);
+    decimal.digits /= 100;
+  };
+  const auto writeDigit = [&] {
+    *--at = static_cast<char>('0' + decimal.digits % 10);
+    decimal.digits /= 10;
+  };
+  unsigned int left = decimal.decimals;
+  for (; left >= 2; left -= 2) writePair();
+  if (left != 0) writeDigit();
+  if (decimal.decimals != 0) *--at = '.';
+  while (decimal.digits >= 10) writePair();
+  if (decimal.digits != 0 || at == end || *at == '.') writeDigit();
+  return std::copy(at, end, out);
+}
+
+// Shorter with an exponent: "1e+05".
+bool EndsWithManyZeros(const S_Decimal& decimal) { return decimal.decimals == 0 && decimal.digits % 100'000 == 0; }
+
+}  // namespace
+
+char* WriteShortest(char* out, double value) {
+  const double magnitude = std::fabs(value);
+  S_Decimal decimal = {};
+  if (magnitude >= kLeast && magnitude < kEnd) {
+    if (!FindFewDecimals(magnitude, decimal)) decimal = FindShortest(magnitude);
+    if (!EndsWithManyZeros(decimal)) {
+      if (value < 0) *out++ = '-';
+      return WriteDecimal(out, decimal);
+    }
+  }
+  return std::to_chars(out, out + kShortestSize, value).ptr;
+}
+
+}  // namespace Host
