@@ -128,26 +128,40 @@ S_Decimal FindShortest(double magnitude) {
   return {rounding.digits + (isNext ? 1 : 0), decimals};
 }
 
-// From its end backwards.
+// Eight digits, leading zeros included. The halves do not wait for each other.
+void WriteEightDigits(char* out, std::uint32_t digits) {
+  const std::uint32_t halves[] = {digits / 10'000, digits % 10'000};
+  for (const std::uint32_t half : halves) {
+    std::memcpy(out, &kPairs[2 * (half / 100)], 2);
+    std::memcpy(out + 2, &kPairs[2 * (half % 100)], 2);
+    out += 4;
+  }
+}
+
+std::size_t CountDigits(std::uint64_t digits) {
+  const auto bits = static_cast<unsigned int>(std::bit_width(digits));
+  const unsigned int least = bits * 1233 >> 12;  // log10(2) is 1233 / 4096: this or one more
+  return least + (digits >= kPowersOfTen[least] ? 1 : 0);
+}
+
+// All copies have the same size, whatever is wanted of them: what is too much is overwritten, or behind the end.
 char* WriteDecimal(char* out, S_Decimal decimal) {
-  char text[kShortestSize];
-  char* const end = text + sizeof text;
-  char* at = end;
-  const auto writePair = [&] {
-    std::memcpy(at -= 2, &kPairs[2 * (decimal.digits % 100)], 2);
-    decimal.digits /= 100;
-  };
-  const auto writeDigit = [&] {
-    *--at = static_cast<char>('0' + decimal.digits % 10);
-    decimal.digits /= 10;
-  };
-  unsigned int left = decimal.decimals;
-  for (; left >= 2; left -= 2) writePair();
-  if (left != 0) writeDigit();
-  if (decimal.decimals != 0) *--at = '.';
-  while (decimal.digits >= 10) writePair();
-  if (decimal.digits != 0 || at == end || *at == '.') writeDigit();
-  return std::copy(at, end, out);
+  constexpr std::size_t kBlock = 8;
+  constexpr std::size_t kDigits = 3 * kBlock;
+  constexpr std::uint32_t kBlockEnd = 100'000'000;
+  char text[2 * kDigits] = {};
+  char* const end = text + kDigits;
+  std::memset(text, '0', kDigits);
+  std::uint64_t rest = decimal.digits;
+  for (char* block = end - kBlock; rest != 0; block -= kBlock, rest /= kBlockEnd)
+    WriteEightDigits(block, static_cast<std::uint32_t>(rest % kBlockEnd));
+  const std::size_t size = std::max<std::size_t>(CountDigits(decimal.digits), decimal.decimals + 1);
+  std::memcpy(out, end - size, kDigits);
+  if (decimal.decimals == 0) return out + size;
+  char* const point = out + size - decimal.decimals;
+  *point = '.';
+  std::memcpy(point + 1, end - decimal.decimals, kDigits);
+  return out + size + 1;
 }
 
 // Shorter with an exponent: "1e+05".
