@@ -258,7 +258,12 @@ using t_Complete = void (*)(t_NmeaFields& fields);
 template <const auto& Rules, class Record>
 consteval S_NmeaSentence<Record> Sentence(t_SentenceType type, unsigned char minFields, const Record& empty,
                                           t_Complete arrange = nullptr, t_Complete amend = nullptr) {
-  return {type, minFields, Rules, ReadFieldsOf<Rules, t_NmeaFields, Record>, empty, {FieldsOf(Rules), arrange, amend}};
+  return {type,
+          minFields,
+          ReadFieldsOf<Rules, t_NmeaFields, Record>,
+          WriteFieldsOf<Rules, Record>,
+          empty,
+          {FieldsOf(Rules), arrange, amend}};
 }
 
 using t_Type = C_RawDataMessage;

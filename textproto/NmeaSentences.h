@@ -4,7 +4,6 @@
 #define VELAGNSS_TEXTPROTO_NMEA_SENTENCES_H
 
 #include <cstring>
-#include <span>
 
 #include "framing/RawDataMessage.h"
 #include "records/ResultCodes.h"
@@ -43,9 +42,9 @@ template <class Record>
 struct S_NmeaSentence {
   t_SentenceType type;
   unsigned char minFields;  // that a decoder asks for: the name and the checksum count
-  std::span<const S_FieldRule<Record>> rules;
-  unsigned int (*read)(const t_NmeaFields& fields, Record& record, TimeDigits digits);  // the rules, unrolled
-  Record empty;                                                                         // every value at its marker
+  unsigned int (*read)(const t_NmeaFields& fields, Record& record, TimeDigits digits);  // all fields, by their rules
+  unsigned int (*write)(C_SentenceText& sentence, const Record& record);
+  Record empty;  // every value at its marker
   S_Completion completion;
 };
 
@@ -132,11 +131,7 @@ template <class Record>
   sentence.AppendUnchecked("$");
   sentence.AppendUnchecked({record.talker, sizeof record.talker});
   sentence.AppendUnchecked(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[rules.type]);
-  for (const S_FieldRule<Record>& rule : rules.rules) {
-    const unsigned int result = rule.kind.write(sentence, record);
-    if (result != eResultOk) return result;
-  }
-  return eResultOk;
+  return rules.write(sentence, record);
 }
 
 }  // namespace velagnss::textproto

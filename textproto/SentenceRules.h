@@ -100,6 +100,18 @@ template <const auto& Rules, class Fields, class Record>
   return ReadRuns<Rules>(fields, record, digits, std::make_index_sequence<std::size(Rules)>());
 }
 
+// The other direction.
+template <const auto& Rules, class Record, std::size_t... I>
+[[nodiscard]] unsigned int WriteRuns(C_SentenceText& sentence, const Record& record, std::index_sequence<I...>) {
+  unsigned int result = eResultOk;
+  static_cast<void>((((result = Rules[I].kind.write(sentence, record)) == eResultOk) && ...));
+  return result;
+}
+template <const auto& Rules, class Record>
+[[nodiscard]] unsigned int WriteFieldsOf(C_SentenceText& sentence, const Record& record) {
+  return WriteRuns<Rules>(sentence, record, std::make_index_sequence<std::size(Rules)>());
+}
+
 // Position after the last field of a table that begins at `first`; 0 where a rule does not start at the field after the
 // rule before it.
 template <class Record>
