@@ -1,9 +1,9 @@
 // The field emitters of the sentence encoder. Each composes its field first and appends it whole or not at all, so that
 // a failed emitter leaves the message as it was.
 #include <algorithm>
+#include <array>
 #include <cmath>
 
-#include "textproto/FieldParsers.h"
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/NumberText.h"
 #include "textproto/SentenceChecksum.h"
@@ -57,14 +57,14 @@ char* WriteTimeWithAllDigits(char* out, double secondsOfDay) {
   return out + digits.copy(out, digits.size());
 }
 
+// Rounding comes first: 59.996 s is the next minute, and what rounds to a whole day 24 h.
 char* WriteTimeInHundredths(char* out, double secondsOfDay) {
-  unsigned char hours = 0;
-  unsigned char minutes = 0;
-  double seconds = 0.0;
-  UTIL::SplitTimeOfDay(secondsOfDay, hours, minutes, seconds);
-  out = NumberText::WriteInteger(out, hours, 2);
-  out = NumberText::WriteInteger(out, minutes, 2);
-  return NumberText::WriteFixed(out, seconds, 2, 5);
+  const auto hundredths = static_cast<unsigned int>(secondsOfDay * 100 + 0.5);
+  const unsigned int seconds = hundredths / 100;
+  const unsigned int digits = seconds / 3600 * 10'000 + seconds / 60 % 60 * 100 + seconds % 60;
+  out = NumberText::WriteInteger(out, digits, 6);
+  *out++ = '.';
+  return NumberText::WriteInteger(out, hundredths % 100, 2);
 }
 
 // Of arc, beyond the whole degrees. Minutes that round to 60 stay 60: they are not carried.
@@ -123,6 +123,20 @@ unsigned int AppendAngle(C_SentenceText& sentence, const S_AngleStyle& style, co
   return sentence.Append(field);
 }
 
+unsigned int EndSentence(C_SentenceText& sentence, unsigned short& length) {
+  // "$GPGGA," is seven characters, so a shorter text has no field. The upper limit leaves room for "*hh", CR LF and the
+  // NUL in 1024 bytes.
+  constexpr std::size_t kMinLength = 8;
+  constexpr std::string_view kLineEnd = "\r\n";
+  const std::size_t textLength = sentence.View().size();
+  if (textLength < kMinLength || textLength > C_NMEA_EncodeDecode::kMaxMessageLength) return eResultPastEnd;
+  const std::array<char, 3> checksum = ChecksumText(sentence.View());
+  sentence.AppendUnchecked({checksum.data(), checksum.size()});
+  sentence.AppendUnchecked(kLineEnd);
+  length = static_cast<unsigned short>(sentence.View().size());
+  return eResultOk;
+}
+
 }  // namespace velagnss::textproto
 
 using namespace velagnss::textproto;
@@ -172,18 +186,7 @@ unsigned int C_NMEA_EncodeDecode::MsgAdd_LonDegMin(char* msg, const char* minute
 }
 
 unsigned int C_NMEA_EncodeDecode::MsgAdd_ChecksumCrLf(char* msg, unsigned short& length) const {
-  // "$GPGGA," is seven characters, so a shorter text has no field. The upper limit leaves room for "*hh", CR LF and the
-  // NUL in
-  // 1024 bytes.
-  constexpr std::size_t kMinLength = 8;
-  constexpr std::string_view kLineEnd = "\r\n";
   if (msg == nullptr) return eResultNull;
-  const std::size_t textLength = std::strlen(msg);
-  if (textLength < kMinLength || textLength > kMaxMessageLength) return eResultPastEnd;
-  const std::array<char, 3> checksum = ChecksumText({msg, textLength});
   C_SentenceText sentence(msg);
-  sentence.AppendUnchecked({checksum.data(), checksum.size()});
-  sentence.AppendUnchecked(kLineEnd);
-  length = static_cast<unsigned short>(textLength + checksum.size() + kLineEnd.size());
-  return eResultOk;
+  return EndSentence(sentence, length);
 }

@@ -97,6 +97,9 @@ struct S_AngleLayout {
                                        const C_PrintFormat& minutesFormat, double notAvailable, double degrees,
                                        S_AngleLayout layout);
 
+// Checksum, CR and LF; `length` is the length of the whole then. As a result code.
+[[nodiscard]] unsigned int EndSentence(C_SentenceText& sentence, unsigned short& length);
+
 // A field by a writer that is given its place and gives back its end; at most as long as `FieldPlace` says.
 template <class Write>
 [[nodiscard]] unsigned int AppendWritten(C_SentenceText& sentence, const Write& write) {
