@@ -77,7 +77,7 @@ class C_JsonWriter final : public C_TextMaker {
 
  private:
   static constexpr std::size_t kFirstCapacity = 1 << 18;
-  static constexpr std::size_t kNumberSize = 32;  // longest: sign, 17 digits, point, exponent; or 20 digits
+  static constexpr std::size_t kNumberSize = 20;  // of an integer of 64 bits with its sign
 
   // Items are written through a pointer of their own: `Place` gives room for `size` bytes and sets the comma before
   // them, `Commit` takes back where they end. A character appended to the buffer by itself would load and store the
