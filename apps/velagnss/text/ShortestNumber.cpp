@@ -45,7 +45,7 @@ void DropTrailingZeros(S_Decimal& decimal) {
 }
 
 // What was a decimal with few digits: the only one of up to 15 digits that reads as this number, so no other can be
-// shorter. `magnitude` is below 10^9.
+// shorter. `magnitude` is below 2^30.
 bool FindFewDecimals(double magnitude, S_Decimal& decimal) {
   constexpr unsigned int kDecimals = 4;
   constexpr double kScale = 1e4;
@@ -73,16 +73,16 @@ constexpr auto kDecimalsOf = [] {
   return decimals;
 }();
 
-// A number of a decimal's last digits, the integers between which it may be rounded, and how to round it.
+// A number in units of some decimal: what it may be rounded to, and what it should be.
 struct S_Rounding {
   std::uint64_t digits;  // cut off, not rounded
-  std::uint64_t least;
+  std::uint64_t least;   // that it may be rounded to
   std::uint64_t greatest;
-  bool isUp;     // the nearest number is the next one; of two as near the even one
-  bool isExact;  // nothing was cut off
+  bool isUp;     // the next integer is nearer; of two as near the even one counts as such
+  bool isExact;  // nothing but zeros was cut off
 };
 
-// Gives up the last digit, if one of the numbers without it is still in between.
+// Gives up the last digit, if an integer without it is still between the limits.
 bool DropDigit(S_Rounding& rounding) {
   const std::uint64_t least = (rounding.least + 9) / 10;
   const std::uint64_t greatest = rounding.greatest / 10;
@@ -94,8 +94,9 @@ bool DropDigit(S_Rounding& rounding) {
   return true;
 }
 
-// All decimals between the points halfway to its neighbors read as this number, and the points themselves if its last
-// bit is 0. Gives the 17 or more digits of the number and these limits, by integers in quarters of its last bit.
+// All decimals between the points halfway to its neighbors read as this number. Gives its 17 digits, or some more, and
+// these limits, by integers in quarters of its last bit. The points themselves need not be considered: they have more
+// decimals than that.
 S_Rounding RoundingOf(double magnitude, unsigned int& decimals) {
   constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << 52;
   const auto bits = std::bit_cast<std::uint64_t>(magnitude);
@@ -108,14 +109,12 @@ S_Rounding RoundingOf(double magnitude, unsigned int& decimals) {
   const t_Wide exact = scale * mantissa << 2;
   const t_Wide below = scale << (mantissa == kHiddenBit ? 0 : 1);  // a power of two is closer to its neighbor below
   const t_Wide above = scale << 1;
-  const t_Wide isOpen = mantissa & 1;
-  const t_Wide fraction = (t_Wide{1} << shift) - 1;
   const t_Wide half = t_Wide{1} << (shift - 1);
   const auto digits = static_cast<std::uint64_t>(exact >> shift);
-  const t_Wide rest = exact & fraction;
+  const t_Wide rest = exact & ((half << 1) - 1);
   return {.digits = digits,
-          .least = static_cast<std::uint64_t>((exact - below + fraction + isOpen) >> shift),
-          .greatest = static_cast<std::uint64_t>((exact + above - isOpen) >> shift),
+          .least = static_cast<std::uint64_t>((exact - below) >> shift) + 1,
+          .greatest = static_cast<std::uint64_t>((exact + above) >> shift),
           .isUp = rest > half || (rest == half && digits % 2 != 0),
           .isExact = rest == 0};
 }
