@@ -1,9 +1,12 @@
 #include "apps/velagnss/text/JsonWriter.h"
 
 #include <bit>
+#include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <string>
 
 #include "Cases.h"
 
@@ -17,14 +20,19 @@ std::string AsUtf8(unsigned char byte) {
   return {static_cast<char>(0xC0 | byte >> 6), static_cast<char>(0x80 | (byte & 0x3F))};
 }
 
+// At every place: long texts are looked at eight bytes at a time.
 TEST(JsonWriter, EveryByteReadsBack) {
+  const std::string plain = "abcdefghi";
   for (unsigned int byte = 0; byte < 256; ++byte) {
-    const char wire[] = {'a', static_cast<char>(byte), 'z'};
-    Host::C_JsonWriter writer;
-    writer.String({wire, 3});
-    for (const char c : writer.Text()) EXPECT_TRUE(c >= 0x20 && c < 0x7F) << byte;
-    EXPECT_EQ(json::parse(writer.Text()).get<std::string>(),
-              AsUtf8('a').append(AsUtf8(static_cast<unsigned char>(byte))).append("z"));
+    for (std::size_t at = 0; at < plain.size(); ++at) {
+      std::string wire = plain;
+      wire[at] = static_cast<char>(byte);
+      Host::C_JsonWriter writer;
+      writer.String(wire);
+      for (const char c : writer.Text()) EXPECT_TRUE(c >= 0x20 && c < 0x7F) << byte;
+      const std::string expected = std::string(plain).replace(at, 1, AsUtf8(static_cast<unsigned char>(byte)));
+      EXPECT_EQ(json::parse(writer.Text()).get<std::string>(), expected);
+    }
   }
 }
 
@@ -72,15 +80,28 @@ TEST_ROWS(JsonNumber, Text, kNumbers, row) {
   EXPECT_EQ(writer.Text(), row.text);
 }
 
-TEST(JsonWriter, AnyDoubleReadsBackTheSame) {
+void ExpectShortest(double value) {
+  char expected[32];
+  Host::C_JsonWriter writer;
+  writer.Number(value);
+  EXPECT_EQ(writer.Text(), std::string_view(expected, std::to_chars(expected, std::end(expected), value).ptr));
+}
+
+// Powers of two have a neighbor at half the distance, numbers with few bits lie halfway between decimals.
+TEST(JsonWriter, NumbersAreTheShortestThatReadBack) {
   std::mt19937_64 random(1);
+  for (int exponent = -60; exponent < 70; ++exponent) {
+    for (unsigned int bits = 0; bits <= 52; ++bits) {
+      const double value = std::ldexp(static_cast<double>(1 + (random() >> 12 >> (52 - bits))), exponent);
+      for (const double near : {value, std::nextafter(value, 0), -std::nextafter(value, 2 * value)})
+        ExpectShortest(near);
+    }
+  }
   for (int i = 0; i < 20000; ++i) {
-    const auto value = std::bit_cast<double>(random());
-    if (!std::isfinite(value)) continue;
-    Host::C_JsonWriter writer;
-    writer.Number(value);
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(json::parse(writer.Text()).get<double>()),
-              std::bit_cast<std::uint64_t>(value));
+    const auto any = std::bit_cast<double>(random());
+    if (std::isfinite(any)) ExpectShortest(any);
+    ExpectShortest(static_cast<double>(random() % 100'000'000'000) / std::pow(10, i % 12));
+    ExpectShortest(static_cast<double>(i) * std::pow(10, i % 7));
   }
 }
 

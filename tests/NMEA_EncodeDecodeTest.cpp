@@ -296,6 +296,7 @@ constexpr S_LatLonCase kLatLonCases[] = {
     {"Longitude",    "01131.000",  true,  11 + 31.0 / 60},
     {"OneDegreeDigit", "130.00",   true,  1.5},
     {"NoFraction",   "01130.",     true,  11.5},
+    {"ManyDecimals", "01130.00000000000000000", true, 11.5},
     {"PointAt2",     "30.0000",    false, 0.0},
     {"NoPoint",      "480703",     false, 0.0},
     {"FirstPointCounts", "4807.0.3", true, 48 + 7.0 / 60},

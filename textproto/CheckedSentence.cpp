@@ -3,7 +3,6 @@
 #include "textproto/CheckedSentence.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 
 #include "textproto/NmeaCompletion.h"
@@ -38,7 +37,7 @@ char VariationLetter(std::string_view sentence, std::string_view text, const t_N
 
 unsigned int DecodeCheckedSentence(const unsigned char* sentence, unsigned short length, t_SentenceType type,
                                    U_EcdDcdData& record, char& variationLetter, TimeDigits digits) {
-  std::memset(&record, 0, sizeof record);
+  SetZero(record);
   variationLetter = '\0';
   if (sentence == nullptr) return eResultNull;
   S_CheckedText checked;

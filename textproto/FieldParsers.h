@@ -2,7 +2,7 @@
 //
 // These are kept for host code that uses them; the decoders do not. They read fields in place with
 // textproto/FieldValues.h, which does the work here too and says what each kind of field may hold. (Of this header the
-// encoder uses `FormatDate` and `SplitTimeOfDay`.) All return true on success.
+// encoder uses `FormatDate`.) All return true on success.
 #ifndef VELAGNSS_TEXTPROTO_FIELD_PARSERS_H
 #define VELAGNSS_TEXTPROTO_FIELD_PARSERS_H
 

@@ -154,6 +154,7 @@ bool ParseTimeOfDayDigits(std::string_view field, double& secondsOfDay) {
 bool ParseDegreesMinutes(std::string_view field, double& degrees) {
   constexpr std::size_t kMinuteDigits = 2;  // before the point
   constexpr std::size_t kMinLength = 6;
+  if (field.size() >= kMinLength && NumberText::ReadPlainAngle(field, degrees)) return true;
   degrees = field.empty() ? NA_DOUBLE : 0.0;
   if (field.empty()) return true;
   const std::size_t point = field.find('.');

@@ -35,22 +35,17 @@ unsigned int DecodeSentence(const S_NmeaSentence<Record>& rules, const unsigned 
   return DecodeFields(rules, t_NmeaFields(text), TypeOf(text), record);
 }
 
-// Writes all but the checksum to the buffer; after a failure the fields before the failing one are there.
+// A sentence of the record in the buffer, checksum and CR LF included; after a failure the fields before the failing
+// one are there.
 template <class Record>
-[[nodiscard]] unsigned int WriteFields(const S_NmeaSentence<Record>& rules, const Record& record, char* buffer) {
+unsigned int EncodeSentence(const S_NmeaSentence<Record>& rules, const Record& record, char* buffer,
+                            unsigned short& length) {
   buffer[0] = '\0';
   // A record that was reset and never filled has no talker; its sentence would not be recognized.
   if (record.talker[0] == '\0' || record.talker[1] == '\0') return eResultOutOfRange;
   C_SentenceText sentence(buffer);
-  return AppendSentence(sentence, rules, record);
-}
-
-// A sentence of the record in the buffer, checksum and CR LF included.
-template <class Record>
-unsigned int EncodeSentence(const C_NMEA_EncodeDecode& nmea, const S_NmeaSentence<Record>& rules, const Record& record,
-                            char* buffer, unsigned short& length) {
-  const unsigned int result = WriteFields(rules, record, buffer);
-  return result == eResultOk ? nmea.MsgAdd_ChecksumCrLf(buffer, length) : result;
+  const unsigned int result = AppendSentence(sentence, rules, record);
+  return result == eResultOk ? EndSentence(sentence, length) : result;
 }
 
 // Without its type the record of a sentence is only known by its table.
@@ -81,7 +76,7 @@ const unsigned char* C_NMEA_EncodeDecode::GetWorkBuffer() const {
 unsigned int C_NMEA_EncodeDecode::Decode(unsigned char* sentence, unsigned short length,
                                          C_RawDataMessage::eNMEA0183Messages type, U_EcdDcdData& data) {
   // The union includes bytes of no member of the record. They must not depend on what it held before.
-  std::memset(&data, 0, sizeof data);
+  SetZero(data);
   return m_lastResult = DecodeChecked(sentence, length, type, data);
 }
 
@@ -110,7 +105,7 @@ unsigned int C_NMEA_EncodeDecode::Encode(const void* record, C_RawDataMessage::e
 unsigned int C_NMEA_EncodeDecode::EncodeAny(const void* record, C_RawDataMessage::eNMEA0183Messages type,
                                             unsigned short& length) {
   return VisitSentence(type, [&](const auto& rules, auto) {
-    return EncodeSentence(*this, rules, RecordAt(record, rules), m_workBuffer, length);
+    return EncodeSentence(rules, RecordAt(record, rules), m_workBuffer, length);
   });
 }
 
@@ -159,28 +154,28 @@ unsigned int C_NMEA_EncodeDecode::Decode_VTG(unsigned char* sentence, unsigned s
 
 // One type each, into the work buffer.
 unsigned int C_NMEA_EncodeDecode::Encode_GGA(const S_GGA_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGga, record, m_workBuffer, length);
+  return EncodeSentence(kGga, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_GNS(const S_GNS_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGns, record, m_workBuffer, length);
+  return EncodeSentence(kGns, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_ZDA(const S_ZDA_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kZda, record, m_workBuffer, length);
+  return EncodeSentence(kZda, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_GLL(const S_GLL_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGll, record, m_workBuffer, length);
+  return EncodeSentence(kGll, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_GSV(const S_GSV_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGsv, record, m_workBuffer, length);
+  return EncodeSentence(kGsv, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_GSA(const S_GSA_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kGsa, record, m_workBuffer, length);
+  return EncodeSentence(kGsa, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_RMC(const S_RMC_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kRmc, record, m_workBuffer, length);
+  return EncodeSentence(kRmc, record, m_workBuffer, length);
 }
 unsigned int C_NMEA_EncodeDecode::Encode_VTG(const S_VTG_Data& record, unsigned short& length) {
-  return EncodeSentence(*this, kVtg, record, m_workBuffer, length);
+  return EncodeSentence(kVtg, record, m_workBuffer, length);
 }
 
 void C_NMEA_EncodeDecode::Reset_GGA(S_GGA_Data& record) { SetEmpty(kGga, record); }

@@ -23,11 +23,17 @@ const S_Completion* FindCompletion(t_SentenceType type) {
   return found;
 }
 
-// A sentence that fits may be too long once fields have been added to it.
 std::size_t PrintedLength(const t_NmeaFields& fields, std::string_view rest) {
   std::size_t length = fields.Size() - 1 + rest.size() + kChecksumLength;
   for (std::size_t i = 0; i < fields.Size(); ++i) length += fields[i].size();
   return length;
+}
+
+// A sentence that fits may be too long once fields have been added to it. Hardly any comes near: it is not measured.
+bool IsTooLong(const S_CheckedText& checked, const t_NmeaFields& fields, std::string_view rest) {
+  constexpr std::size_t kMostAdded = t_NmeaFields::kLimits.fields + 2;  // commas, and what is put into a field
+  constexpr std::size_t kLimit = t_NmeaFields::kLimits.textLength;
+  return checked.text.size() + kMostAdded + kChecksumLength > kLimit && PrintedLength(fields, rest) > kLimit;
 }
 
 // Appends to a buffer that is known to be large enough.
@@ -37,7 +43,8 @@ char* Append(char* out, std::string_view text) { return out + text.copy(out, tex
 
 unsigned int CheckSentence(std::string_view sentence, S_CheckedText& checked) {
   checked.type = TypeOf(sentence);
-  if (FindCompletion(checked.type) == nullptr) return eResultWrongSentence;
+  checked.completion = FindCompletion(checked.type);
+  if (checked.completion == nullptr) return eResultWrongSentence;
   const std::size_t star = FindCheckedStar(sentence);
   if (star == std::string_view::npos) return eResultChecksum;
   checked.text = sentence.substr(0, star);
@@ -48,11 +55,11 @@ unsigned int CompleteFields(const S_CheckedText& checked, t_NmeaFields& fields, 
   if (fields.Size() == 0) return eResultPastEnd;  // the text alone is too long
   const std::string_view last = fields[fields.Size() - 1];
   rest = checked.text.substr(static_cast<std::size_t>(last.data() - checked.text.data()) + last.size());
-  const S_Completion& completion = *FindCompletion(checked.type);
+  const S_Completion& completion = *checked.completion;
   if (completion.arrange != nullptr) completion.arrange(fields);
   fields.FillUpTo(completion.fields);
   if (completion.amend != nullptr) completion.amend(fields);
-  return PrintedLength(fields, rest) > t_NmeaFields::kLimits.textLength ? eResultPastEnd : eResultOk;
+  return IsTooLong(checked, fields, rest) ? eResultPastEnd : eResultOk;
 }
 
 // With fewer than four satellites the signal id, if there is one, moves to its place after the fourth.

@@ -13,6 +13,7 @@ namespace velagnss::textproto {
 struct S_CheckedText {
   std::string_view text;  // up to the "*" of its checksum
   t_SentenceType type;
+  const S_Completion* completion;
 };
 
 // Looks the sentence up and sums it. 0, 2 (none of the eight types) or 4 (checksum absent or wrong).

@@ -1,9 +1,9 @@
 // The field emitters of the sentence encoder. Each composes its field first and appends it whole or not at all, so that
 // a failed emitter leaves the message as it was.
 #include <algorithm>
+#include <array>
 #include <cmath>
 
-#include "textproto/FieldParsers.h"
 #include "textproto/NMEA_EncodeDecode.h"
 #include "textproto/NumberText.h"
 #include "textproto/SentenceChecksum.h"
@@ -14,11 +14,6 @@ namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
 constexpr unsigned int kMinutesPerDay = 1440;
-
-// With leading zeros: fields such as hours have a fixed width.
-void AddPadded(C_FieldText& field, unsigned int value, unsigned int digits) {
-  field.SetEnd(NumberText::WriteInteger(field.End(), value, digits));
-}
 
 // Integers, as C passes them to printf.
 // A format from a host is only data: it is taken apart here, so that none of its conversions can make printf read an
@@ -43,16 +38,8 @@ unsigned int EmitAngle(char* msg, const S_AngleStyle& style, const char* minutes
   return AppendAngle(sentence, style, parsed, notAvailable, degrees, layout);
 }
 
-// Degrees and minutes of an angle. Minutes that round to 60 stay 60: they are not carried.
-void AddDegreesAndMinutes(C_FieldText& field, const S_AngleStyle& style, const C_PrintFormat& minutesFormat,
-                          double magnitude) {
-  const unsigned int wholeDegrees = static_cast<unsigned int>(magnitude);
-  AddPadded(field, wholeDegrees, style.degreeDigits);
-  minutesFormat.Print(field, (magnitude - wholeDegrees) * 60);
-}
-
 // The digits that read back as the same number, which is rounded to nanoseconds: the fraction needs no calculation.
-void AddTimeWithAllDigits(C_FieldText& field, double secondsOfDay) {
+char* WriteTimeWithAllDigits(char* out, double secondsOfDay) {
   constexpr unsigned int kMaxDecimals = 9;
   constexpr std::size_t kMinDecimals = 2;
   char text[NumberText::kMaxFixedLength + kMaxDecimals];
@@ -63,56 +50,91 @@ void AddTimeWithAllDigits(C_FieldText& field, double secondsOfDay) {
   unsigned int seconds = 0;
   static_cast<void>(NumberText::ReadPlainInteger(digits.substr(0, point), seconds));
   const unsigned int minutes = std::min(seconds / 60, kMinutesPerDay - 1);  // a leap second is 23:59:60
-  AddPadded(field, minutes / 60, 2);
-  AddPadded(field, minutes % 60, 2);
-  AddPadded(field, seconds - 60 * minutes, 2);
-  field.Add(digits.substr(point));
+  out = NumberText::WriteInteger(out, minutes / 60, 2);
+  out = NumberText::WriteInteger(out, minutes % 60, 2);
+  out = NumberText::WriteInteger(out, seconds - 60 * minutes, 2);
+  digits.remove_prefix(point);
+  return out + digits.copy(out, digits.size());
+}
+
+// Rounding comes first: 59.996 s is the next minute, and what rounds to a whole day 24 h.
+char* WriteTimeInHundredths(char* out, double secondsOfDay) {
+  const auto hundredths = static_cast<unsigned int>(secondsOfDay * 100 + 0.5);
+  const unsigned int seconds = hundredths / 100;
+  const unsigned int digits = seconds / 3600 * 10'000 + seconds / 60 % 60 * 100 + seconds % 60;
+  out = NumberText::WriteInteger(out, digits, 6);
+  *out++ = '.';
+  return NumberText::WriteInteger(out, hundredths % 100, 2);
+}
+
+// Of arc, beyond the whole degrees. Minutes that round to 60 stay 60: they are not carried.
+double MinutesOf(double magnitude) { return (magnitude - static_cast<unsigned int>(magnitude)) * 60; }
+
+template <class WriteMinutes>
+char* WriteAngle(char* out, const S_AngleStyle& style, double degrees, S_AngleLayout layout,
+                 const WriteMinutes& writeMinutes) {
+  const char letter = degrees < 0 ? style.negative : style.positive;
+  if (layout.leadingComma) *out++ = ',';
+  if (!layout.directionAfter) *out++ = letter;
+  out = NumberText::WriteInteger(out, static_cast<unsigned int>(std::fabs(degrees)), style.degreeDigits);
+  out = writeMinutes(out);
+  if (!layout.directionAfter) return out;
+  *out++ = ',';
+  *out++ = letter;
+  return out;
 }
 
 }  // namespace
 
 // "123519.00". The negated condition refuses NaN as well.
 unsigned int AppendTime(C_SentenceText& sentence, double notAvailable, double secondsOfDay, bool leadingComma) {
-  C_FieldText field;
-  if (leadingComma) field.Add(',');
-  if (secondsOfDay == notAvailable) return sentence.Append(field);
+  if (secondsOfDay == notAvailable) return sentence.Append(std::string_view(leadingComma ? "," : ""));
   const bool hasAllDigits = sentence.DigitsOfTimes() == TimeDigits::All;
   const double limit = hasAllDigits ? kSecondsPerDay + 1 : kSecondsPerDay;
   if (!(secondsOfDay >= 0 && secondsOfDay < limit)) return eResultOutOfRange;
-  if (hasAllDigits) {
-    AddTimeWithAllDigits(field, secondsOfDay);
-    return sentence.Append(field);
-  }
-  unsigned char hours = 0;
-  unsigned char minutes = 0;
-  double seconds = 0.0;
-  UTIL::SplitTimeOfDay(secondsOfDay, hours, minutes, seconds);
-  AddPadded(field, hours, 2);
-  AddPadded(field, minutes, 2);
-  field.SetEnd(NumberText::WriteFixed(field.End(), seconds, 2, 5));
-  return sentence.Append(field);
+  return AppendWritten(sentence, [&](char* at) {
+    if (leadingComma) *at++ = ',';
+    return hasAllDigits ? WriteTimeWithAllDigits(at, secondsOfDay) : WriteTimeInHundredths(at, secondsOfDay);
+  });
 }
 
 // "4807.03800000,N"; some sentences of other systems put the letter first.
 unsigned int AppendAngle(C_SentenceText& sentence, const S_AngleStyle& style, const C_PrintFormat& minutesFormat,
                          double notAvailable, double degrees, S_AngleLayout layout) {
-  C_FieldText field;
-  if (layout.leadingComma) field.Add(',');
-  if (degrees == notAvailable) {
-    field.Add(',');  // number and letter are fields of their own
-    return sentence.Append(field);
-  }
-  const double magnitude = std::fabs(degrees);
+  // Number and letter are fields of their own.
+  if (degrees == notAvailable) return sentence.Append(std::string_view(layout.leadingComma ? ",," : ","));
   // NaN fails this comparison, so it is refused, too.
-  if (!(magnitude <= style.limit)) return eResultOutOfRange;
-  const char letter = degrees < 0 ? style.negative : style.positive;
-  if (!layout.directionAfter) field.Add(letter);
-  AddDegreesAndMinutes(field, style, minutesFormat, magnitude);
-  if (layout.directionAfter) {
-    field.Add(',');
-    field.Add(letter);
+  if (!(std::fabs(degrees) <= style.limit)) return eResultOutOfRange;
+  const double minutes = MinutesOf(std::fabs(degrees));
+  if (minutesFormat.IsPlain(minutes)) {
+    return AppendWritten(sentence, [&](char* at) {
+      const auto writeMinutes = [&](char* out) { return minutesFormat.PrintPlain(out, minutes); };
+      return WriteAngle(at, style, degrees, layout, writeMinutes);
+    });
   }
+  // A format of the host: its text may have any length.
+  C_FieldText printed;
+  minutesFormat.Print(printed, minutes);
+  const std::string_view text = printed.View();
+  if (printed.IsTooLong() || text.size() > C_NMEA_EncodeDecode::kMaxMessageLength) return eResultPastEnd;
+  C_FieldText field;
+  field.SetEnd(
+      WriteAngle(field.End(), style, degrees, layout, [text](char* out) { return out + text.copy(out, text.size()); }));
   return sentence.Append(field);
+}
+
+unsigned int EndSentence(C_SentenceText& sentence, unsigned short& length) {
+  // "$GPGGA," is seven characters, so a shorter text has no field. The upper limit leaves room for "*hh", CR LF and the
+  // NUL in 1024 bytes.
+  constexpr std::size_t kMinLength = 8;
+  constexpr std::string_view kLineEnd = "\r\n";
+  const std::size_t textLength = sentence.View().size();
+  if (textLength < kMinLength || textLength > C_NMEA_EncodeDecode::kMaxMessageLength) return eResultPastEnd;
+  const std::array<char, 3> checksum = ChecksumText(sentence.View());
+  sentence.AppendUnchecked({checksum.data(), checksum.size()});
+  sentence.AppendUnchecked(kLineEnd);
+  length = static_cast<unsigned short>(sentence.View().size());
+  return eResultOk;
 }
 
 }  // namespace velagnss::textproto
@@ -164,18 +186,7 @@ unsigned int C_NMEA_EncodeDecode::MsgAdd_LonDegMin(char* msg, const char* minute
 }
 
 unsigned int C_NMEA_EncodeDecode::MsgAdd_ChecksumCrLf(char* msg, unsigned short& length) const {
-  // "$GPGGA," is seven characters, so a shorter text has no field. The upper limit leaves room for "*hh", CR LF and the
-  // NUL in
-  // 1024 bytes.
-  constexpr std::size_t kMinLength = 8;
-  constexpr std::string_view kLineEnd = "\r\n";
   if (msg == nullptr) return eResultNull;
-  const std::size_t textLength = std::strlen(msg);
-  if (textLength < kMinLength || textLength > kMaxMessageLength) return eResultPastEnd;
-  const std::array<char, 3> checksum = ChecksumText({msg, textLength});
   C_SentenceText sentence(msg);
-  sentence.AppendUnchecked({checksum.data(), checksum.size()});
-  sentence.AppendUnchecked(kLineEnd);
-  length = static_cast<unsigned short>(textLength + checksum.size() + kLineEnd.size());
-  return eResultOk;
+  return EndSentence(sentence, length);
 }

@@ -26,10 +26,7 @@ using t_KindOf = S_FieldKind<decltype(RecordOf(Member))>;
 
 // The fields of a sentence begin with their comma, so none needs to know whether it is the last.
 [[nodiscard]] inline unsigned int AppendText(C_SentenceText& sentence, std::string_view text) {
-  C_FieldText field;
-  field.Add(',');
-  field.Add(text);
-  return sentence.Append(field);
+  return sentence.AppendAfterComma(text);
 }
 
 // A single character; NUL is an empty field.

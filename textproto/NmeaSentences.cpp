@@ -71,25 +71,19 @@ unsigned int ReadFullYear(std::string_view field, unsigned int index, S_ZDA_Data
 constexpr S_FieldKind<S_ZDA_Data> Year = {Number<&S_ZDA_Data::year>, WriteNumber<&S_ZDA_Data::year, kFourDigits>,
                                           ReadFullYear};
 
-// GSV: number, elevation, azimuth and signal to noise of one satellite.
-template <unsigned int I>
-unsigned int ReadSatellite(std::string_view field, unsigned int index, S_GSV_Data& record) {
-  if (index == 2) return ResultOf(ReadNumber(field, record.azimuth[I]));
-  auto& values = index == 0 ? record.satelliteId : index == 1 ? record.elevation : record.snr;
-  return ResultOf(ReadNumber(field, values[I]));
+// GSV: one element of an array. Written whether used or not: fields are read by their position.
+template <auto Member, std::size_t I>
+unsigned int ReadElement(std::string_view field, unsigned int, S_GSV_Data& record) {
+  return ResultOf(ReadNumber(field, (record.*Member)[I]));
 }
 
-// Written whether used or not: fields are read by their position.
-template <unsigned int I>
-unsigned int WriteSatellite(C_SentenceText& sentence, const S_GSV_Data& record) {
-  unsigned int result = AppendNumber(sentence, kTwoDigits, record.satelliteId[I]);
-  if (result == eResultOk) result = AppendNumber(sentence, kTwoDigits, record.elevation[I]);
-  if (result == eResultOk) result = AppendNumber(sentence, kThreeDigits, record.azimuth[I]);
-  return result == eResultOk ? AppendNumber(sentence, kTwoDigits, record.snr[I]) : result;
+template <auto Member, std::size_t I, const C_PrintFormat& Format>
+unsigned int WriteElement(C_SentenceText& sentence, const S_GSV_Data& record) {
+  return AppendNumber(sentence, Format, (record.*Member)[I]);
 }
 
-template <unsigned int I>
-constexpr S_FieldKind<S_GSV_Data> Satellite = {ReadSatellite<I>, WriteSatellite<I>};
+template <auto Member, std::size_t I, const C_PrintFormat& Format>
+constexpr S_FieldKind<S_GSV_Data> ElementAs = {ReadElement<Member, I>, WriteElement<Member, I, Format>};
 
 // RMC: kept as a flag, and an empty field makes the longitude not available. Both are odd, known and kept.
 unsigned int ReadVariationDirection(std::string_view field, unsigned int, S_RMC_Data& record) {
@@ -166,10 +160,22 @@ constexpr S_FieldRule<S_GSV_Data> kGsvRules[] = {
     {1, 1, NumberAs<&S_GSV_Data::totalSentences, kInteger>},
     {2, 1, NumberAs<&S_GSV_Data::sentenceNumber, kInteger>},
     {3, 1, NumberAs<&S_GSV_Data::satellitesInView, kTwoDigits>},
-    {kGsvFirstSatellite, kGsvFieldsPerSatellite, Satellite<0>},
-    {8,  kGsvFieldsPerSatellite, Satellite<1>},
-    {12, kGsvFieldsPerSatellite, Satellite<2>},
-    {16, kGsvFieldsPerSatellite, Satellite<3>},
+    {kGsvFirstSatellite, 1, ElementAs<&S_GSV_Data::satelliteId, 0, kTwoDigits>},
+    {5, 1, ElementAs<&S_GSV_Data::elevation, 0, kTwoDigits>},
+    {6, 1, ElementAs<&S_GSV_Data::azimuth, 0, kThreeDigits>},
+    {7, 1, ElementAs<&S_GSV_Data::snr, 0, kTwoDigits>},
+    {8, 1, ElementAs<&S_GSV_Data::satelliteId, 1, kTwoDigits>},
+    {9, 1, ElementAs<&S_GSV_Data::elevation, 1, kTwoDigits>},
+    {10, 1, ElementAs<&S_GSV_Data::azimuth, 1, kThreeDigits>},
+    {11, 1, ElementAs<&S_GSV_Data::snr, 1, kTwoDigits>},
+    {12, 1, ElementAs<&S_GSV_Data::satelliteId, 2, kTwoDigits>},
+    {13, 1, ElementAs<&S_GSV_Data::elevation, 2, kTwoDigits>},
+    {14, 1, ElementAs<&S_GSV_Data::azimuth, 2, kThreeDigits>},
+    {15, 1, ElementAs<&S_GSV_Data::snr, 2, kTwoDigits>},
+    {16, 1, ElementAs<&S_GSV_Data::satelliteId, 3, kTwoDigits>},
+    {17, 1, ElementAs<&S_GSV_Data::elevation, 3, kTwoDigits>},
+    {18, 1, ElementAs<&S_GSV_Data::azimuth, 3, kThreeDigits>},
+    {19, 1, ElementAs<&S_GSV_Data::snr, 3, kTwoDigits>},
     {kGsvSignalId, 1, NumberAs<&S_GSV_Data::signalId, kInteger>},
 };
 
@@ -253,19 +259,32 @@ consteval std::size_t FieldsOf(const S_FieldRule<Record> (&rules)[N]) {
   return end;
 }
 
+using t_Complete = void (*)(t_NmeaFields& fields);
+
+template <const auto& Rules, class Record>
+consteval S_NmeaSentence<Record> Sentence(t_SentenceType type, unsigned char minFields, const Record& empty,
+                                          t_Complete arrange = nullptr, t_Complete amend = nullptr) {
+  return {type,
+          minFields,
+          ReadFieldsOf<Rules, t_NmeaFields, Record>,
+          WriteFieldsOf<Rules, Record>,
+          empty,
+          {FieldsOf(Rules), arrange, amend}};
+}
+
 using t_Type = C_RawDataMessage;
 
 }  // namespace
 
-//                                                least fields                      completion
-constinit const S_NmeaSentence<S_GGA_Data> kGga = {t_Type::eNmeaGGA, 16, kGgaRules, kNoGga, {FieldsOf(kGgaRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_GNS_Data> kGns = {t_Type::eNmeaGNS, 14, kGnsRules, kNoGns, {FieldsOf(kGnsRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_ZDA_Data> kZda = {t_Type::eNmeaZDA, 8,  kZdaRules, kNoZda, {FieldsOf(kZdaRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_GLL_Data> kGll = {t_Type::eNmeaGLL, 9,  kGllRules, kNoGll, {FieldsOf(kGllRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_GSV_Data> kGsv = {t_Type::eNmeaGSV, 9,  kGsvRules, kNoGsv, {FieldsOf(kGsvRules), ArrangeGsv, AmendGsv}};
-constinit const S_NmeaSentence<S_GSA_Data> kGsa = {t_Type::eNmeaGSA, 19, kGsaRules, kNoGsa, {FieldsOf(kGsaRules), nullptr, nullptr}};
-constinit const S_NmeaSentence<S_RMC_Data> kRmc = {t_Type::eNmeaRMC, 15, kRmcRules, kNoRmc, {FieldsOf(kRmcRules), nullptr, AmendRmc}};
-constinit const S_NmeaSentence<S_VTG_Data> kVtg = {t_Type::eNmeaVTG, 11, kVtgRules, kNoVtg, {FieldsOf(kVtgRules), ArrangeVtg, nullptr}};
+//                                                                          least fields completion
+constinit const S_NmeaSentence<S_GGA_Data> kGga = Sentence<kGgaRules>(t_Type::eNmeaGGA, 16, kNoGga);
+constinit const S_NmeaSentence<S_GNS_Data> kGns = Sentence<kGnsRules>(t_Type::eNmeaGNS, 14, kNoGns);
+constinit const S_NmeaSentence<S_ZDA_Data> kZda = Sentence<kZdaRules>(t_Type::eNmeaZDA, 8,  kNoZda);
+constinit const S_NmeaSentence<S_GLL_Data> kGll = Sentence<kGllRules>(t_Type::eNmeaGLL, 9,  kNoGll);
+constinit const S_NmeaSentence<S_GSV_Data> kGsv = Sentence<kGsvRules>(t_Type::eNmeaGSV, 9,  kNoGsv, ArrangeGsv, AmendGsv);
+constinit const S_NmeaSentence<S_GSA_Data> kGsa = Sentence<kGsaRules>(t_Type::eNmeaGSA, 19, kNoGsa);
+constinit const S_NmeaSentence<S_RMC_Data> kRmc = Sentence<kRmcRules>(t_Type::eNmeaRMC, 15, kNoRmc, nullptr,    AmendRmc);
+constinit const S_NmeaSentence<S_VTG_Data> kVtg = Sentence<kVtgRules>(t_Type::eNmeaVTG, 11, kNoVtg, ArrangeVtg);
 // clang-format on
 
 }  // namespace velagnss::textproto

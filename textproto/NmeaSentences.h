@@ -4,7 +4,6 @@
 #define VELAGNSS_TEXTPROTO_NMEA_SENTENCES_H
 
 #include <cstring>
-#include <span>
 
 #include "framing/RawDataMessage.h"
 #include "records/ResultCodes.h"
@@ -43,7 +42,8 @@ template <class Record>
 struct S_NmeaSentence {
   t_SentenceType type;
   unsigned char minFields;  // that a decoder asks for: the name and the checksum count
-  std::span<const S_FieldRule<Record>> rules;
+  unsigned int (*read)(const t_NmeaFields& fields, Record& record, TimeDigits digits);  // all fields, by their rules
+  unsigned int (*write)(C_SentenceText& sentence, const Record& record);
   Record empty;  // every value at its marker
   S_Completion completion;
 };
@@ -92,6 +92,15 @@ inline t_SentenceType TypeOf(std::string_view sentence) {
   return SentenceIds::Find(sentence.data() + 3);
 }
 
+// Sets all bytes to zero. In halves: compilers clear so few bytes by single stores, the whole union at once by a string
+// instruction, which takes several times as long.
+inline void SetZero(U_EcdDcdData& data) {
+  constexpr std::size_t kHalf = sizeof data / 2;
+  unsigned char* const bytes = reinterpret_cast<unsigned char*>(&data);
+  std::memset(bytes, 0, kHalf);
+  std::memset(bytes + kHalf, 0, sizeof data - kHalf);
+}
+
 // Sets every value to its marker, and the padding to zero.
 template <class Record>
 void SetEmpty(const S_NmeaSentence<Record>& sentence, Record& record) {
@@ -111,7 +120,7 @@ template <class Record>
   const std::string_view id = fields[0];
   if (fields.Readable() == 0 || id.size() < kMinId || id[0] != '$') return eResultWrongSentence;
   std::memcpy(record.talker, id.data() + 1, sizeof record.talker);
-  return type == sentence.type ? ReadFields(fields, sentence.rules, record, digits) : eResultWrongSentence;
+  return type == sentence.type ? sentence.read(fields, record, digits) : eResultWrongSentence;
 }
 
 // Appends the sentence of a record to an empty text, up to its last field. The talker must have two characters.
@@ -122,11 +131,7 @@ template <class Record>
   sentence.AppendUnchecked("$");
   sentence.AppendUnchecked({record.talker, sizeof record.talker});
   sentence.AppendUnchecked(C_NMEA_EncodeDecode::mppz_NmeaMsgIDs[rules.type]);
-  for (const S_FieldRule<Record>& rule : rules.rules) {
-    const unsigned int result = rule.kind.write(sentence, record);
-    if (result != eResultOk) return result;
-  }
-  return eResultOk;
+  return rules.write(sentence, record);
 }
 
 }  // namespace velagnss::textproto

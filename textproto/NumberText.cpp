@@ -3,6 +3,7 @@
 // only the rest is left to <charconv>, which rounds correctly.
 #include "textproto/NumberText.h"
 
+#include <array>
 #include <bit>
 #include <cfloat>
 #include <charconv>
@@ -245,29 +246,41 @@ bool ScaleExactly(double magnitude, unsigned int decimals, std::uint64_t& scaled
   return true;
 }
 
+// "00" to "99"
+constexpr auto kPairs = [] {
+  std::array<char, 200> pairs = {};
+  for (unsigned int i = 0; i < 100; ++i) {
+    pairs[2 * i] = static_cast<char>('0' + i / 10);
+    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return pairs;
+}();
+
 // Writes `digits` decimal digits of the value, leading zeros included, in front of `end`.
 void WriteDigitsBefore(char* end, std::uint64_t value, std::size_t digits) {
-  for (; digits > 0; --digits, value /= 10) *--end = static_cast<char>('0' + value % 10);
+  for (; digits >= 2; digits -= 2, value /= 100) std::memcpy(end -= 2, &kPairs[2 * (value % 100)], 2);
+  if (digits != 0) *--end = static_cast<char>('0' + value % 10);
 }
 
 std::size_t CountDigits(std::uint64_t value) {
   std::size_t count = 1;
-  for (; value >= 10; value /= 10) ++count;
-  return count;
+  for (; value >= 100; value /= 100) count += 2;
+  return count + (value >= 10 ? 1 : 0);
 }
 
 // value / 10^decimals with at least `minLength` characters
 char* WriteScaled(char* out, std::uint64_t scaled, unsigned int decimals, std::size_t minLength) {
-  const std::uint64_t powerOfTen = kIntegerPowersOfTen[decimals];
+  const std::uint64_t whole = scaled / kIntegerPowersOfTen[decimals];
+  const std::uint64_t fraction = scaled - whole * kIntegerPowersOfTen[decimals];
   const std::size_t fractionLength = decimals == 0 ? 0 : 1 + decimals;
-  std::size_t wholeDigits = CountDigits(scaled / powerOfTen);
+  std::size_t wholeDigits = CountDigits(whole);
   if (wholeDigits + fractionLength < minLength) wholeDigits = minLength - fractionLength;
   char* const point = out + wholeDigits;
   char* const end = point + fractionLength;
-  WriteDigitsBefore(point, scaled / powerOfTen, wholeDigits);
+  WriteDigitsBefore(point, whole, wholeDigits);
   if (decimals == 0) return end;
   *point = '.';
-  WriteDigitsBefore(end, scaled % powerOfTen, decimals);
+  WriteDigitsBefore(end, fraction, decimals);
   return end;
 }
 
@@ -302,6 +315,22 @@ bool ReadPlainDecimal(std::string_view text, double& value) {
   if (last != end || digits == 0 || digits > kMaxDigits) return false;
   value = static_cast<double>(number);
   if (hasPoint) value /= kPowersOfTen[end - wholeEnd - 1];
+  return true;
+}
+
+bool ReadPlainAngle(std::string_view text, double& degrees) {
+  constexpr std::size_t kMostDecimals = 13;  // with the minutes 15 digits
+  constexpr std::size_t kMostWhole = 9;
+  std::uint64_t whole = 0;
+  const char* const end = text.data() + text.size();
+  const char* const point = Implementation::AppendDigits(text.data(), end, whole);
+  const auto wholeDigits = static_cast<std::size_t>(point - text.data());
+  if (point == end || *point != '.' || wholeDigits < 3 || wholeDigits > kMostWhole) return false;
+  const auto decimals = static_cast<std::size_t>(end - point - 1);
+  std::uint64_t minutes = whole % 100;
+  if (decimals > kMostDecimals || Implementation::AppendDigits(point + 1, end, minutes) != end) return false;
+  // Rounded as the minutes alone would be, and only then divided by 60.
+  degrees = static_cast<double>(whole / 100) + static_cast<double>(minutes) / kPowersOfTen[decimals] / 60;
   return true;
 }
 

@@ -27,8 +27,12 @@ std::size_t ScanDouble(std::string_view text, double& value);
 
 // The common case at its fastest: the whole text is digits, for a decimal perhaps with a point among them. False with
 // `value` untouched for all else, long texts included; the functions above read that.
+inline bool ReadFewDigits(std::string_view text, unsigned int& value);  // one to three
 inline bool ReadPlainInteger(std::string_view text, unsigned int& value);
 bool ReadPlainDecimal(std::string_view text, double& value);
+
+// Degrees and minutes of arc, "4807.038": degrees, two digits of minutes, a point and up to 13 decimals.
+bool ReadPlainAngle(std::string_view text, double& degrees);
 
 // Writing: from `out` on, without a NUL; the result is the end of what was written.
 
@@ -49,11 +53,13 @@ char* WriteInteger(char* out, long long value, unsigned int width = 0);
 
 namespace Implementation {
 
+// The value of a digit, and more than 9 for any other character: unsigned, so that those below "0" are beyond it too.
+inline unsigned int DigitOf(char c) { return static_cast<unsigned char>(c) - static_cast<unsigned int>('0'); }
+
 // Appends the digits from `at` on to the number, as far as they go; gives back where they end.
 inline const char* AppendDigits(const char* at, const char* end, std::uint64_t& number) {
   for (; at != end; ++at) {
-    // Unsigned, so that one comparison rules out everything below "0" as well.
-    const unsigned int digit = static_cast<unsigned char>(*at) - static_cast<unsigned int>('0');
+    const unsigned int digit = DigitOf(*at);
     if (digit > 9) break;
     number = number * 10 + digit;
   }
@@ -61,6 +67,19 @@ inline const char* AppendDigits(const char* at, const char* end, std::uint64_t& 
 }
 
 }  // namespace Implementation
+
+inline bool ReadFewDigits(std::string_view text, unsigned int& value) {
+  using Implementation::DigitOf;
+  if (text.empty() || text.size() > 3) return false;
+  unsigned int number = DigitOf(text[0]);
+  bool areDigits = number <= 9;
+  for (std::size_t i = 1; i < text.size(); ++i) {
+    areDigits &= DigitOf(text[i]) <= 9;
+    number = 10 * number + DigitOf(text[i]);
+  }
+  if (areDigits) value = number;
+  return areDigits;
+}
 
 inline bool ReadPlainInteger(std::string_view text, unsigned int& value) {
   constexpr std::size_t kMaxDigits = 9;  // that 32 bits hold whatever they are

@@ -5,9 +5,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdlib>
 #include <string_view>
+
+#include "textproto/NumberText.h"
 
 namespace velagnss::textproto {
 
@@ -64,6 +67,21 @@ class C_PrintFormat {
   // False: not a format with exactly one of the conversions.
   constexpr bool Parse(std::string_view format, std::string_view conversions);
 
+  // A format of our own writers, without a text around the number: the same without a C_FieldText. `PrintPlain` writes
+  // at most kMaxPlainLength characters and gives back where they end.
+  static constexpr unsigned int kMaxPlainWidth = 20;
+  static constexpr std::size_t kMaxPlainLength =
+      kMaxPlainWidth + NumberText::kMaxFixedLength + NumberText::kMaxDecimals;
+  bool IsPlain(int) const { return m_isPlain && m_conversion == 'd'; }
+  bool IsPlain(double value) const { return m_isPlain && m_conversion == 'f' && std::isfinite(value); }
+  char* PrintPlain(char* out, int value) const {
+    return NumberText::WriteInteger(out, value, static_cast<unsigned int>(m_width));
+  }
+  char* PrintPlain(char* out, double value) const {
+    return NumberText::WriteFixed(out, value, static_cast<unsigned int>(m_precision),
+                                  static_cast<unsigned int>(m_width));
+  }
+
   // Print as printf does in the C locale.
   void Print(C_FieldText& out, int value) const;
   void Print(C_FieldText& out, double value) const;
@@ -83,6 +101,7 @@ class C_PrintFormat {
 
   // Wants leading zeros, or nothing at all, in front of the number: what our own writers do.
   constexpr bool IsSimple(char conversion) const;
+  constexpr bool IsPlain() const;
   void PrintNumber(C_FieldText& out, int value) const;
   void PrintNumber(C_FieldText& out, double value) const;
   template <class Value>
@@ -96,6 +115,7 @@ class C_PrintFormat {
   int m_width = 0;
   int m_precision = kNone;
   char m_conversion = '\0';
+  bool m_isPlain = false;
 };
 
 constexpr bool C_PrintFormat::Parse(std::string_view format, std::string_view conversions) {
@@ -105,6 +125,7 @@ constexpr bool C_PrintFormat::Parse(std::string_view format, std::string_view co
   m_before = format.substr(0, at);
   if (at == format.size() || !ParseConversion(format, ++at, conversions)) return false;
   m_after = format.substr(at);
+  m_isPlain = IsPlain();
   return IsPlainText(m_after);
 }
 
@@ -124,6 +145,13 @@ constexpr bool C_PrintFormat::IsSimple(char conversion) const {
   for (std::size_t i = 0; i < kFlags.size(); ++i)
     if (m_hasFlag[i] && kFlags[i] != '0') return false;
   return m_width == 0 || m_hasFlag[kFlags.find('0')];
+}
+
+// An integer without a precision, a decimal with one.
+constexpr bool C_PrintFormat::IsPlain() const {
+  if (!m_before.empty() || !m_after.empty() || m_width > static_cast<int>(kMaxPlainWidth)) return false;
+  constexpr int kMaxDecimals = NumberText::kMaxDecimals;
+  return IsSimple('d') ? m_precision == kNone : IsSimple('f') && m_precision != kNone && m_precision <= kMaxDecimals;
 }
 
 constexpr int C_PrintFormat::ParseNumber(std::string_view format, std::size_t& at) {

@@ -28,13 +28,35 @@ class C_SentenceText {
     AppendUnchecked(field);
     return eResultOk;
   }
+  [[nodiscard]] unsigned int AppendAfterComma(std::string_view field) {
+    if (m_length + 1 + field.size() > C_NMEA_EncodeDecode::kMaxMessageLength) return eResultPastEnd;
+    m_text[m_length++] = ',';
+    AppendUnchecked(field);
+    return eResultOk;
+  }
   [[nodiscard]] unsigned int Append(const C_FieldText& field) {
     return field.IsTooLong() ? eResultPastEnd : Append(field.View());
   }
 
+  // Where the next field can be written in place, because any that our own writers write has room there; null near the
+  // end of the buffer. `EndField` says where the field ends.
+  char* FieldPlace() {
+    const bool hasRoom = m_length + kMaxOwnField <= C_NMEA_EncodeDecode::kMaxMessageLength;
+    return hasRoom ? m_text + m_length : nullptr;
+  }
+  void EndField(char* end) {
+    *end = '\0';
+    m_length = static_cast<std::size_t>(end - m_text);
+  }
+
   // For the few characters that the buffer always has room for.
   void AppendUnchecked(std::string_view field) {
-    field.copy(m_text + m_length, field.size());
+    // Units and letters: a call to copy them would take longer than the copy.
+    if (field.size() <= 3) {
+      for (std::size_t i = 0; i < field.size(); ++i) m_text[m_length + i] = field[i];
+    } else {
+      field.copy(m_text + m_length, field.size());
+    }
     m_length += field.size();
     m_text[m_length] = '\0';
   }
@@ -42,6 +64,9 @@ class C_SentenceText {
   std::string_view View() const { return {m_text, m_length}; }
 
  private:
+  // An angle with the longest number in it.
+  static constexpr std::size_t kMaxOwnField = C_PrintFormat::kMaxPlainLength + 16;
+
   // The buffer has room for more than the limit: units, checksum and line end come on top of it.
   char* m_text;
   std::size_t m_length;
@@ -72,10 +97,31 @@ struct S_AngleLayout {
                                        const C_PrintFormat& minutesFormat, double notAvailable, double degrees,
                                        S_AngleLayout layout);
 
+// Checksum, CR and LF; `length` is the length of the whole then. As a result code.
+[[nodiscard]] unsigned int EndSentence(C_SentenceText& sentence, unsigned short& length);
+
+// A field by a writer that is given its place and gives back its end; at most as long as `FieldPlace` says.
+template <class Write>
+[[nodiscard]] unsigned int AppendWritten(C_SentenceText& sentence, const Write& write) {
+  if (char* const place = sentence.FieldPlace()) {
+    sentence.EndField(write(place));
+    return eResultOk;
+  }
+  C_FieldText field;  // near the end of the sentence its length decides
+  field.SetEnd(write(field.End()));
+  return sentence.Append(field);
+}
+
 // Any number by its format.
 template <class Value>
 [[nodiscard]] unsigned int AppendValue(C_SentenceText& sentence, const C_PrintFormat& format, Value notAvailable,
                                        Value value, bool leadingComma) {
+  if (format.IsPlain(value)) {
+    return AppendWritten(sentence, [&](char* at) {
+      if (leadingComma) *at++ = ',';
+      return value != notAvailable ? format.PrintPlain(at, value) : at;
+    });
+  }
   C_FieldText field;
   if (leadingComma) field.Add(',');
   if (value != notAvailable) format.Print(field, value);

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "apps/velagnss/text/JsonWriter.h"
 #include "geo/NotAvailable.h"
@@ -32,6 +33,17 @@ void WriteFields(C_JsonWriter& json, std::span<const Field> fields, const Record
 template <class Field, std::size_t N, class Record>
 void WriteFields(C_JsonWriter& json, const Field (&fields)[N], const Record& record) {
   WriteFields(json, std::span<const Field>(fields), record);
+}
+
+// The same with the table as a constant, for what comes all the time: unrolled, so that names and writers are known to
+// the compiler.
+template <const auto& Fields, class Record, std::size_t... I>
+void WriteRows(C_JsonWriter& json, const Record& record, std::index_sequence<I...>) {
+  ((json.Key(Fields[I].name), Fields[I].write(json, record)), ...);
+}
+template <const auto& Fields, class Record>
+void WriteFieldsOf(C_JsonWriter& json, const Record& record) {
+  WriteRows<Fields>(json, record, std::make_index_sequence<std::size(Fields)>());
 }
 
 inline void WriteOrNull(C_JsonWriter& json, double value) {
@@ -78,7 +90,7 @@ template <const auto& Names, class Enum>
 void WriteName(C_JsonWriter& json, Enum value) {
   const auto index = static_cast<std::size_t>(value);
   if (index >= std::size(Names) || Names[index].empty()) return json.Null();
-  json.String(Names[index]);
+  json.Name(Names[index]);
 }
 template <auto Member, const auto& Names, class Record>
 void Name(C_JsonWriter& json, const Record& record) {

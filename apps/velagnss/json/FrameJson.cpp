@@ -17,7 +17,7 @@ constexpr std::string_view kDepths[] = {"none", "raw", "partial", "full"};  // v
 void WriteDecoded(C_JsonWriter& json, const velagnss::DecodedFrame& decoded) {
   json.Key("result").IntegerOrNull(decoded.result);
   if (decoded.result.value_or(eResultOk) != eResultOk) json.Key("error").String(velagnss::ResultText(*decoded.result));
-  json.Key("decoded").String(kDepths[static_cast<std::size_t>(decoded.depth)]);
+  json.Key("decoded").Name(kDepths[static_cast<std::size_t>(decoded.depth)]);
   json.Key("fields");
   if (decoded.depth == velagnss::Depth::None) return json.Null();
   json.BeginObject();
@@ -30,7 +30,7 @@ void WriteUtc(C_JsonWriter& json, const velagnss::Record& record, const velagnss
   const velagnss::StreamClock::Utc utc = clock.UtcOfTimeOfDay(TimeOfDayOf(record));
   if (!utc.mjd) return;
   const C_TimeText text = C_TimeText::Utc(*utc.mjd, utc.secondsOfDay, C_TimeText::kAllDigits);
-  if (!text.IsEmpty()) json.Key("utc").String(text.Text());
+  if (!text.IsEmpty()) json.Key("utc").Name(text.Text());
 }
 
 std::string_view SentenceOf(const velagnss::Frame& frame) {
@@ -57,7 +57,7 @@ void C_FrameJson::WriteFrame(const velagnss::Frame& frame, const velagnss::Decod
   Begin();
   m_json.Key("offset").Integer(frame.offset);
   m_json.Key("length").Integer(frame.length);
-  m_json.Key("protocol").String(velagnss::ProtocolName(frame.protocol));
+  m_json.Key("protocol").Name(velagnss::ProtocolName(frame.protocol));
   const std::string_view unlisted = velagnss::UnlistedName(frame);
   const velagnss::MessageName listed(frame.protocol, frame.message);
   m_json.Key("message").String(unlisted.empty() ? listed.Text() : unlisted);

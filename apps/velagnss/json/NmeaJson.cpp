@@ -125,7 +125,7 @@ constexpr S_MemberKind<S_GSV_Data> Satellites() {
           const S_Satellite satellite = {record.satelliteId[i], record.elevation[i], record.azimuth[i], record.snr[i]};
           if (satellite.IsEmpty()) continue;
           json.BeginObject();
-          WriteFields(json, kSatellite, satellite);
+          WriteFieldsOf<kSatellite>(json, satellite);
           json.EndObject();
         }
         json.EndArray();
@@ -268,14 +268,14 @@ std::optional<t_SentenceType> FindEncodableSentence(std::string_view name) {
 
 std::string EncodableSentenceNames() { return JoinNames(kSentences, &NameOf); }
 
-void WriteMembers(C_JsonWriter& json, const S_GGA_Data& record) { WriteFields(json, kGga, record); }
-void WriteMembers(C_JsonWriter& json, const S_GNS_Data& record) { WriteFields(json, kGns, record); }
-void WriteMembers(C_JsonWriter& json, const S_ZDA_Data& record) { WriteFields(json, kZda, record); }
-void WriteMembers(C_JsonWriter& json, const S_GLL_Data& record) { WriteFields(json, kGll, record); }
-void WriteMembers(C_JsonWriter& json, const S_GSV_Data& record) { WriteFields(json, kGsv, record); }
-void WriteMembers(C_JsonWriter& json, const S_GSA_Data& record) { WriteFields(json, kGsa, record); }
-void WriteMembers(C_JsonWriter& json, const S_RMC_Data& record) { WriteFields(json, kRmc, record); }
-void WriteMembers(C_JsonWriter& json, const S_VTG_Data& record) { WriteFields(json, kVtg, record); }
+void WriteMembers(C_JsonWriter& json, const S_GGA_Data& record) { WriteFieldsOf<kGga>(json, record); }
+void WriteMembers(C_JsonWriter& json, const S_GNS_Data& record) { WriteFieldsOf<kGns>(json, record); }
+void WriteMembers(C_JsonWriter& json, const S_ZDA_Data& record) { WriteFieldsOf<kZda>(json, record); }
+void WriteMembers(C_JsonWriter& json, const S_GLL_Data& record) { WriteFieldsOf<kGll>(json, record); }
+void WriteMembers(C_JsonWriter& json, const S_GSV_Data& record) { WriteFieldsOf<kGsv>(json, record); }
+void WriteMembers(C_JsonWriter& json, const S_GSA_Data& record) { WriteFieldsOf<kGsa>(json, record); }
+void WriteMembers(C_JsonWriter& json, const S_RMC_Data& record) { WriteFieldsOf<kRmc>(json, record); }
+void WriteMembers(C_JsonWriter& json, const S_VTG_Data& record) { WriteFieldsOf<kVtg>(json, record); }
 
 std::string ReadNmeaFields(const nlohmann::json& fields, t_SentenceType type, velagnss::NmeaRecord& record) {
   for (const S_Sentence& sentence : kSentences)

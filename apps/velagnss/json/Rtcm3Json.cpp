@@ -20,7 +20,7 @@ template <class Record>
 void System(C_JsonWriter& json, const Record& record) {
   const std::string_view name = SystemName(record.system);
   if (name.empty()) return json.Null();
-  json.String(name);
+  json.Name(name);
 }
 
 // RINEX band and attribute; empty for a number that is not assigned.
@@ -43,12 +43,12 @@ void OfTime(C_JsonWriter& json, const Record& record) {
 }
 
 // An object for each of the first `count` items.
-template <class Item, class Fields>
-void WriteItems(C_JsonWriter& json, const Item* items, std::size_t count, const Fields& fields) {
+template <const auto& Fields, class Item>
+void WriteItems(C_JsonWriter& json, const Item* items, std::size_t count) {
   json.BeginArray();
   for (const Item* item = items; item != items + count; ++item) {
     json.BeginObject();
-    WriteFields(json, fields, *item);
+    WriteFieldsOf<Fields>(json, *item);
     json.EndObject();
   }
   json.EndArray();
@@ -89,7 +89,7 @@ constexpr S_JsonField<Rtcm3SystemParameters::Announcement> kAnnouncement[] = {
     {"interval_s", &Value<&Rtcm3SystemParameters::Announcement::interval>},
 };
 void Announcements(C_JsonWriter& json, const Rtcm3SystemParameters& record) {
-  WriteItems(json, record.announcements, record.numAnnouncements, kAnnouncement);
+  WriteItems<kAnnouncement>(json, record.announcements, record.numAnnouncements);
 }
 constexpr S_JsonField<Rtcm3SystemParameters> kSystemParameters[] = {
     {"station",         &Plain<&Rtcm3SystemParameters::station>},
@@ -125,7 +125,7 @@ constexpr S_JsonField<Rtcm3Residuals::Satellite> kResidual[] = {
     {"iono_distance_ppm", &Value<&Rtcm3Residuals::Satellite::ionoDistance>},
 };
 void ResidualSatellites(C_JsonWriter& json, const Rtcm3Residuals& record) {
-  WriteItems(json, record.satellites, record.numSatellites, kResidual);
+  WriteItems<kResidual>(json, record.satellites, record.numSatellites);
 }
 constexpr S_JsonField<Rtcm3Residuals> kResiduals[] = {
     {"station",    &Plain<&Rtcm3Residuals::station>},
@@ -185,11 +185,11 @@ void ObservedSatellites(C_JsonWriter& json, const Rtcm3Observations& record) {
     const Rtcm3Signal* const first = signal;
     while (signal != end && signal->satellite == i) ++signal;
     json.BeginObject();
-    WriteFields(json, kSatelliteHead, satellite);
-    if (record.system == ALGO::GNSS_GLONASS) WriteFields(json, kSatelliteChannel, satellite);
-    WriteFields(json, kSatelliteBody, satellite);
+    WriteFieldsOf<kSatelliteHead>(json, satellite);
+    if (record.system == ALGO::GNSS_GLONASS) WriteFieldsOf<kSatelliteChannel>(json, satellite);
+    WriteFieldsOf<kSatelliteBody>(json, satellite);
     json.Key("signals");
-    WriteItems(json, first, static_cast<std::size_t>(signal - first), kSignal);
+    WriteItems<kSignal>(json, first, static_cast<std::size_t>(signal - first));
     json.EndObject();
   }
   json.EndArray();
@@ -296,12 +296,12 @@ unsigned int PartsOf(unsigned int message) {
 void WriteCorrected(C_JsonWriter& json, const Rtcm3Ssr& record, const t_Corrected& satellite, unsigned int parts) {
   json.BeginObject();
   json.Key("sv").Integer(satellite.svId);
-  if ((parts & eOrbit) != 0) WriteFields(json, kOrbit, satellite);
-  if ((parts & eClock) != 0) WriteFields(json, kClock, satellite);
-  if ((parts & eAccuracy) != 0) WriteFields(json, kAccuracy, satellite);
-  if ((parts & eHighRate) != 0) WriteFields(json, kHighRateClock, satellite);
+  if ((parts & eOrbit) != 0) WriteFieldsOf<kOrbit>(json, satellite);
+  if ((parts & eClock) != 0) WriteFieldsOf<kClock>(json, satellite);
+  if ((parts & eAccuracy) != 0) WriteFieldsOf<kAccuracy>(json, satellite);
+  if ((parts & eHighRate) != 0) WriteFieldsOf<kHighRateClock>(json, satellite);
   if ((parts & eBiases) != 0)
-    WriteItems(json.Key("biases"), record.biases + satellite.firstBias, satellite.numBiases, kBias);
+    WriteItems<kBias>(json.Key("biases"), record.biases + satellite.firstBias, satellite.numBiases);
   json.EndObject();
 }
 
@@ -311,18 +311,18 @@ void WriteCorrected(C_JsonWriter& json, const Rtcm3Ssr& record, const t_Correcte
 void WriteMembers(C_JsonWriter& json, const Rtcm3Payload& record) {
   json.Key("payload").Hex({record.data, record.size});
 }
-void WriteMembers(C_JsonWriter& json, const Rtcm3Station& record) { WriteFields(json, kStation, record); }
-void WriteMembers(C_JsonWriter& json, const Rtcm3Antenna& record) { WriteFields(json, kAntenna, record); }
+void WriteMembers(C_JsonWriter& json, const Rtcm3Station& record) { WriteFieldsOf<kStation>(json, record); }
+void WriteMembers(C_JsonWriter& json, const Rtcm3Antenna& record) { WriteFieldsOf<kAntenna>(json, record); }
 void WriteMembers(C_JsonWriter& json, const Rtcm3SystemParameters& record) {
-  WriteFields(json, kSystemParameters, record);
+  WriteFieldsOf<kSystemParameters>(json, record);
 }
-void WriteMembers(C_JsonWriter& json, const Rtcm3Message& record) { WriteFields(json, kMessage, record); }
-void WriteMembers(C_JsonWriter& json, const Rtcm3GlonassBiases& record) { WriteFields(json, kGlonassBiases, record); }
-void WriteMembers(C_JsonWriter& json, const Rtcm3Residuals& record) { WriteFields(json, kResiduals, record); }
-void WriteMembers(C_JsonWriter& json, const Rtcm3Observations& record) { WriteFields(json, kObservations, record); }
+void WriteMembers(C_JsonWriter& json, const Rtcm3Message& record) { WriteFieldsOf<kMessage>(json, record); }
+void WriteMembers(C_JsonWriter& json, const Rtcm3GlonassBiases& record) { WriteFieldsOf<kGlonassBiases>(json, record); }
+void WriteMembers(C_JsonWriter& json, const Rtcm3Residuals& record) { WriteFieldsOf<kResiduals>(json, record); }
+void WriteMembers(C_JsonWriter& json, const Rtcm3Observations& record) { WriteFieldsOf<kObservations>(json, record); }
 
 void WriteMembers(C_JsonWriter& json, const Rtcm3Ssr& record) {
-  WriteFields(json, kSsr, record);
+  WriteFieldsOf<kSsr>(json, record);
   json.Key("satellites").BeginArray();
   for (unsigned int i = 0; i < record.numSatellites; ++i)
     WriteCorrected(json, record, record.satellites[i], PartsOf(record.message));
@@ -331,11 +331,11 @@ void WriteMembers(C_JsonWriter& json, const Rtcm3Ssr& record) {
 
 void WriteMembers(C_JsonWriter& json, const Rtcm3KeplerEphemeris& record, WeekSource week) {
   WriteMembers(json, record.ephemeris, week);
-  WriteFields(json, kKepler, record);
+  WriteFieldsOf<kKepler>(json, record);
 }
 void WriteMembers(C_JsonWriter& json, const Rtcm3PvaEphemeris& record, WeekSource week) {
   WriteMembers(json, record.ephemeris, week);
-  WriteFields(json, kPva, record);
+  WriteFieldsOf<kPva>(json, record);
 }
 
 }  // namespace Host

@@ -2,8 +2,11 @@
 
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <string>
 
+#include "apps/velagnss/text/ShortestNumber.h"
 #include "apps/velagnss/text/Utf8.h"
 
 namespace Host {
@@ -27,22 +30,69 @@ constexpr std::array<char, 256> MakeEscapes() {
 constexpr std::array<char, 256> kEscapes = MakeEscapes();
 constexpr std::size_t kEscapeSize = 6;  // "\u00XX"
 
+// "\uXXXX", of UTF-16.
+char* WriteUnit(char* at, char32_t unit) {
+  *at++ = '\\';
+  *at++ = 'u';
+  for (int shift = 12; shift >= 0; shift -= 4) *at++ = kHexDigits[unit >> shift & 0x0F];
+  return at;
+}
+
+// The character of the same number.
+char* WriteByte(char* at, unsigned char byte) {
+  const char escape = kEscapes[byte];
+  if (escape == 'u') return WriteUnit(at, byte);
+  if (escape != '\0') *at++ = '\\';
+  *at++ = escape != '\0' ? escape : static_cast<char>(byte);
+  return at;
+}
+
+using t_Block = std::uint64_t;
+constexpr t_Block kOnes = ~t_Block{0} / 0xFF;  // 1 in each byte
+
+// Whether one of the bytes is zero, or less than `limit`, which is at most 0x80: the subtraction then borrows into its
+// top bit, which was clear.
+constexpr t_Block HasLess(t_Block bytes, unsigned char limit) {
+  return (bytes - kOnes * limit) & ~bytes & kOnes * 0x80;
+}
+
+// Whether all eight bytes are written as they are.
+constexpr bool IsPlain(t_Block bytes) {
+  const t_Block special = HasLess(bytes ^ kOnes * '"', 1) | HasLess(bytes ^ kOnes * '\\', 1) |
+                          HasLess(bytes ^ kOnes * 0x7F, 1) | HasLess(bytes, 0x20);
+  return ((special | bytes) & kOnes * 0x80) == 0;
+}
+
+char* WriteBytes(char* at, std::string_view bytes) {
+  for (; bytes.size() >= sizeof(t_Block); bytes.remove_prefix(sizeof(t_Block))) {
+    t_Block block = 0;
+    std::memcpy(&block, bytes.data(), sizeof block);
+    if (IsPlain(block)) {
+      std::memcpy(at, &block, sizeof block);
+      at += sizeof block;
+    } else {
+      for (const char byte : bytes.substr(0, sizeof block)) at = WriteByte(at, static_cast<unsigned char>(byte));
+    }
+  }
+  for (const char byte : bytes) at = WriteByte(at, static_cast<unsigned char>(byte));
+  return at;
+}
+
 }  // namespace
 
 void C_JsonWriter::Grow(std::size_t size) { m_buffer.resize(2 * m_buffer.size() + size); }
 
 void C_JsonWriter::Number(double value) {
   if (!std::isfinite(value)) return Null();
-  Separate(kNumberSize);
-  m_size = static_cast<std::size_t>(
-      std::to_chars(m_buffer.data() + m_size, m_buffer.data() + m_buffer.size(), value).ptr - m_buffer.data());
+  Commit(WriteShortest(Place(kShortestSize), value));
 }
 
 void C_JsonWriter::String(std::string_view bytes) {
-  Separate(kEscapeSize * bytes.size() + 2);
-  m_buffer[m_size++] = '"';
-  for (const char byte : bytes) AppendByte(static_cast<unsigned char>(byte));
-  m_buffer[m_size++] = '"';
+  char* at = Place(kEscapeSize * bytes.size() + 2);
+  *at++ = '"';
+  at = WriteBytes(at, bytes);
+  *at++ = '"';
+  Commit(at);
 }
 
 void C_JsonWriter::Utf8(std::string_view text) {
@@ -51,47 +101,36 @@ void C_JsonWriter::Utf8(std::string_view text) {
     if (FirstCharacter(rest).size == 0) return String(text);
     characters += FirstCharacter(rest).code;
   }
-  Separate(2 * kEscapeSize * characters.size() + 2);
-  m_buffer[m_size++] = '"';
+  char* at = Place(2 * kEscapeSize * characters.size() + 2);
+  *at++ = '"';
   for (const char32_t character : characters) {
     if (character <= 0xFF) {
-      AppendByte(static_cast<unsigned char>(character));
+      at = WriteByte(at, static_cast<unsigned char>(character));
     } else if (character <= 0xFFFF) {
-      AppendUnit(character);
+      at = WriteUnit(at, character);
     } else {  // two surrogates (RFC 8259, 7)
-      AppendUnit(0xD800 + ((character - 0x10000) >> 10));
-      AppendUnit(0xDC00 + (character & 0x3FF));
+      at = WriteUnit(at, 0xD800 + ((character - 0x10000) >> 10));
+      at = WriteUnit(at, 0xDC00 + (character & 0x3FF));
     }
   }
-  m_buffer[m_size++] = '"';
-}
-
-// The character of the same number.
-void C_JsonWriter::AppendByte(unsigned char byte) {
-  const char escape = kEscapes[byte];
-  if (escape == 'u') return AppendUnit(byte);
-  if (escape != '\0') m_buffer[m_size++] = '\\';
-  m_buffer[m_size++] = escape != '\0' ? escape : static_cast<char>(byte);
-}
-
-void C_JsonWriter::AppendUnit(char32_t unit) {
-  Append("\\u");
-  for (int shift = 12; shift >= 0; shift -= 4) m_buffer[m_size++] = kHexDigits[unit >> shift & 0x0F];
+  *at++ = '"';
+  Commit(at);
 }
 
 void C_JsonWriter::Hex(std::span<const unsigned char> bytes) {
-  Separate(2 * bytes.size() + 2);
-  m_buffer[m_size++] = '"';
+  char* at = Place(2 * bytes.size() + 2);
+  *at++ = '"';
   for (const unsigned char byte : bytes) {
-    m_buffer[m_size++] = kHexDigits[byte >> 4];
-    m_buffer[m_size++] = kHexDigits[byte & 0x0F];
+    *at++ = kHexDigits[byte >> 4];
+    *at++ = kHexDigits[byte & 0x0F];
   }
-  m_buffer[m_size++] = '"';
+  *at++ = '"';
+  Commit(at);
 }
 
 void C_JsonWriter::EndLine() {
-  Reserve(1);
-  m_buffer[m_size++] = '\n';
+  *Room(1) = '\n';
+  ++m_size;
   m_needsComma = false;
 }
 

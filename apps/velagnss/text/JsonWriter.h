@@ -43,12 +43,8 @@ class C_JsonWriter final : public C_TextMaker {
   void Null() { Literal("null"); }
   void Boolean(bool value) { Literal(value ? "true" : "false"); }
 
-  template <std::integral Number>
-  void Integer(Number value) {
-    Separate(kNumberSize);
-    m_size = static_cast<std::size_t>(
-        std::to_chars(m_buffer.data() + m_size, m_buffer.data() + m_buffer.size(), value).ptr - m_buffer.data());
-  }
+  template <std::integral Whole>
+  void Integer(Whole value);
 
   // A missing number is null.
   template <std::integral Number>
@@ -59,6 +55,9 @@ class C_JsonWriter final : public C_TextMaker {
 
   // NaN and infinity are null: JSON has no text for them.
   void Number(double value);
+
+  // One of our own literals as a value, like the name of a member.
+  void Name(std::string_view text);
 
   // Text of any bytes. Each byte from 0x80 on becomes the character of the same number, "\u0080" to "\u00ff", so that a
   // reader can recover the bytes whatever their encoding was.
@@ -81,51 +80,79 @@ class C_JsonWriter final : public C_TextMaker {
 
  private:
   static constexpr std::size_t kFirstCapacity = 1 << 18;
-  static constexpr std::size_t kNumberSize = 32;  // longest: sign, 17 digits, point, exponent; or 20 digits
+  static constexpr std::size_t kNumberSize = 20;  // of an integer of 64 bits with its sign
 
-  void Reserve(std::size_t size) {
-    if (m_buffer.size() - m_size < size) Grow(size);
-  }
-  void Grow(std::size_t size);       // apart from the test, which is inlined everywhere
-  void Separate(std::size_t size) {  // room for a comma and `size` bytes
-    Reserve(size + 1);
-    if (m_needsComma) m_buffer[m_size++] = ',';
+  // Items are written through a pointer of their own: `Place` gives room for `size` bytes and sets the comma before
+  // them, `Commit` takes back where they end. A character appended to the buffer by itself would load and store the
+  // size each time.
+  [[gnu::always_inline]] char* Place(std::size_t size) {
+    char* const at = Room(size + 1);
+    *at = ',';  // counts only where it is needed
+    const bool needsComma = m_needsComma;
     m_needsComma = true;
+    return at + (needsComma ? 1 : 0);
   }
+  [[gnu::always_inline]] void Commit(const char* end) { m_size = static_cast<std::size_t>(end - m_buffer.data()); }
+
+  [[gnu::always_inline]] char* Room(std::size_t size) {
+    if (m_buffer.size() - m_size < size) [[unlikely]]
+      Grow(size);
+    return m_buffer.data() + m_size;
+  }
+  void Grow(std::size_t size);  // apart from the test, which is inlined everywhere
+
+  [[gnu::always_inline]] static char* Copy(char* to, std::string_view text) {
+    std::memcpy(to, text.data(), text.size());
+    return to + text.size();
+  }
+  [[gnu::always_inline]] void Literal(std::string_view text) { Commit(Copy(Place(text.size()), text)); }
   void Open(char bracket) {
-    Separate(1);
-    m_buffer[m_size++] = bracket;
+    char* const at = Place(1);
+    *at = bracket;
+    Commit(at + 1);
     m_needsComma = false;
   }
   void Close(char bracket) {
-    Reserve(1);
-    m_buffer[m_size++] = bracket;
+    *Room(1) = bracket;
+    ++m_size;
     m_needsComma = true;
   }
-  void Append(std::string_view text) {
-    std::memcpy(m_buffer.data() + m_size, text.data(), text.size());
-    m_size += text.size();
-  }
-  void Literal(std::string_view text) {
-    Separate(text.size());
-    Append(text);
-  }
-  void AppendByte(unsigned char byte);
-  void AppendUnit(char32_t unit);  // of UTF-16, as "\uXXXX"
 
   std::vector<char> m_buffer;
   std::size_t m_size = 0;
   bool m_needsComma = false;
 };
 
-inline C_JsonWriter& C_JsonWriter::Key(std::string_view name) {
-  Separate(name.size() + 3);
-  m_buffer[m_size++] = '"';
-  Append(name);
-  m_buffer[m_size++] = '"';
-  m_buffer[m_size++] = ':';
+// Names are mostly constants: inlined, they are stored by a few instructions.
+[[gnu::always_inline]] inline C_JsonWriter& C_JsonWriter::Key(std::string_view name) {
+  char* at = Place(name.size() + 3);
+  *at++ = '"';
+  at = Copy(at, name);
+  *at++ = '"';
+  *at++ = ':';
+  Commit(at);
   m_needsComma = false;
   return *this;
+}
+
+[[gnu::always_inline]] inline void C_JsonWriter::Name(std::string_view text) {
+  char* at = Place(text.size() + 2);
+  *at++ = '"';
+  at = Copy(at, text);
+  *at++ = '"';
+  Commit(at);
+}
+
+template <std::integral Whole>
+void C_JsonWriter::Integer(Whole value) {
+  char* at = Place(kNumberSize);
+  if (value >= 0 && value < Whole{100}) {  // most of them
+    const auto small = static_cast<unsigned int>(value);
+    if (small >= 10) *at++ = static_cast<char>('0' + small / 10);
+    *at++ = static_cast<char>('0' + small % 10);
+    return Commit(at);
+  }
+  Commit(std::to_chars(at, at + kNumberSize, value).ptr);
 }
 
 }  // namespace Host
