@@ -42,6 +42,18 @@ class C_BodyScanner {
   // Looks at the queued bytes as a body of this shape, whatever frame is in progress.
   eVerdict Scan(eBody body);
 
+  // After `More`: which bytes leave the scan waiting whatever else they are.
+  struct S_Wait {
+    unsigned int below = 0;   // as long as fewer than these are queued
+    unsigned char least = 0;  // and each of them is this one or greater
+  };
+  const S_Wait& Wait() const { return m_wait; }
+  // Takes such bytes for the frame; `queued` with them.
+  void Pass(unsigned int queued) {
+    m_frame.message.length = static_cast<unsigned short>(queued);
+    m_examined = queued;
+  }
+
   // The frame in progress is another one: its body is scanned from the first byte on.
   void StartOver() { m_examined = 0; }
 
@@ -60,13 +72,17 @@ class C_BodyScanner {
   // How a shape of body is collected and checked: BodyScanner.cpp has one rule for each.
   struct S_Rule;
   static const S_Rule kRules[];  // by eBody
+  template <eBody kBody>
+  eVerdict ScanAs();
 
   // The two ways to find the end: by the length from the header, and at an end mark. Both leave the number of bytes
   // that belong to the frame in its message.
   eVerdict CollectLength();
-  eVerdict CollectUntilEnd(const S_Rule& rule);
-  // First byte of a rule's end marks, or of those that must not be in the body, before `end`.
-  unsigned int FirstMark(const S_Rule& rule, const unsigned char* bytes, unsigned int end);
+  template <eBody kBody>
+  eVerdict CollectUntilEnd();
+  // The first end mark, or byte that must not be in the body, from `first` on and before `end`.
+  template <eMark kMark>
+  unsigned int FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end);
   // The part of LacksSentenceEnd that looks at bytes.
   bool LooksForSentenceEnd();
   // Takes that many of the oldest queued bytes for the frame.
@@ -85,7 +101,7 @@ class C_BodyScanner {
   // The same of any address, digits of either case.
   eVerdict CheckUnlistedSentence();
   // Whether a listed sentence is whole below its least length.
-  bool IsShortLine(const S_Rule& rule, const unsigned char* bytes, unsigned int length) const;
+  bool IsShortLine(const unsigned char* bytes, unsigned int length) const;
   // "$PKVN,RAW,1,4," and packed bytes: the count must agree with what they unpack to.
   eVerdict CheckPackedSentence();
   // "$PKVN,HPR,...*15": a checksum must be right if there is one.
@@ -100,6 +116,7 @@ class C_BodyScanner {
   S_FrameInProgress& m_frame;
   unsigned int m_examined = 0;  // bytes of the body that need no second look by the same rule
   eBody m_examinedAs = eBody::Text;
+  S_Wait m_wait;
   bool m_takesShortLines = false;
   std::uint64_t m_unmarkedTo[kNumMarks] = {};  // by eMark: no such byte is queued before this position of the stream
   C_RunningCrc24 m_runningSums;                // of the bytes after a false start of RTCM 3

@@ -66,7 +66,7 @@ C_RecognizerCore::C_RecognizerCore(const t_Protocols& allowed, eCircBufOvrflowHa
       m_allowed(allowed),
       m_maxFrameLength(LongestFrame(m_allowed)),
       m_enabled(m_allowed),
-      m_queue(m_maxFrameLength + kQueueMargin, overflowHandling),
+      m_queue(m_maxFrameLength + kQueueMargin),
       m_frame{C_RawDataMessage(nullptr, m_maxFrameLength)},
       m_scanner(m_queue, m_frame) {}
 
@@ -76,12 +76,6 @@ void C_RecognizerCore::Enable(eProtocols protocol, const t_Protocols& flags) {
     if (protocol == i || protocol == C_RawDataMessage::eAllProtocols) m_enabled[i] = flags[i];
   }
   SetFrameStartChars();
-}
-
-void C_RecognizerCore::SetOverflowHandling(eCircBufOvrflowHandling overflowHandling) {
-  // Both must agree: overflow is counted here and handled there.
-  m_overflowHandling = overflowHandling;
-  m_queue.SetOverflowHandling(overflowHandling);
 }
 
 void C_RecognizerCore::SetPatientSearch(bool patient) {
@@ -103,7 +97,7 @@ void C_RecognizerCore::SetAcceptUnlisted(bool on) {
 
 // Another set of patterns may match what the last search did not, and what was known of the bytes may not hold.
 void C_RecognizerCore::SetFrameStartChars() {
-  m_queuedAtLastWait = 0;
+  m_queuedAtLastWait = kNoWait;
   m_starts.Search(m_enabled, m_patientSearch);
   if (m_inner == nullptr) return;
   if (m_acceptsUnlisted && m_enabled[C_RawDataMessage::eNMEA0183]) m_starts.AlsoStopAt(kEncapsulatedStart);
@@ -113,10 +107,8 @@ void C_RecognizerCore::SetFrameStartChars() {
   m_inner->SetPatientSearch(m_patientSearch);
 }
 
-// An RTCM 3 frame ends with its checksum: a CR or LF after it is noise.
 bool C_RecognizerCore::IsAPostFrameAllowedByte(unsigned char byte) {
-  m_postFrame = m_postFrame && m_lastRow < kNumProtocols &&
-                kProtocols[m_lastRow].frame.protocol != C_RawDataMessage::eRTCM3_x && (byte == kCr || byte == kLf);
+  m_postFrame = m_postFrame && (byte == kCr || byte == kLf);
   return m_postFrame;
 }
 
@@ -130,7 +122,6 @@ void C_RecognizerCore::FullProcessingReset() {
 
 void C_RecognizerCore::ResetFrameScanProc() {
   m_state = eIdle;
-  m_lastRow = kNumProtocols;
   ResetFrame();
   m_scanCount = 0;
   m_lastScanCount = kStepAgain;
@@ -139,7 +130,7 @@ void C_RecognizerCore::ResetFrameScanProc() {
 
 // The message owns no bytes, so there is nothing to clear: the fields alone say that no frame is in progress.
 void C_RecognizerCore::ResetFrame() {
-  m_queuedAtLastWait = 0;
+  m_queuedAtLastWait = kNoWait;
   m_isUnlisted = false;
   m_scanner.StartOver();
   m_frame.message.protocol = C_RawDataMessage::eNoProtocol;
@@ -152,7 +143,7 @@ void C_RecognizerCore::ResetFrame() {
 void C_RecognizerCore::Expect(const S_Expectation& expectation) {
   m_frame.message.messageType = expectation.type;
   m_frame.lengths = expectation.lengths;
-  m_queuedAtLastWait = 0;
+  m_queuedAtLastWait = kNoWait;
   m_scanner.StartOver();
 }
 
@@ -190,9 +181,9 @@ eRecognitionResult C_RecognizerCore::QueueInput(const unsigned char* data, unsig
       if (!MakeRoomInFullQueue()) return eRecError;
       result = eRecInputOverflow;
     }
-    // At least one byte: under RejectNew a full queue stays full, and the byte is refused there.
+    // At least one byte is done with: under RejectNew a full queue stays full, and the byte is refused.
     const unsigned int count = std::min(length, std::max(m_queue.FreeSpace(), 1U));
-    m_queue.Add(data, count);
+    m_queue.Add(data, std::min(count, m_queue.FreeSpace()));
     m_lastScanCount = kStepAgain;
     data += count;
     length -= count;
@@ -210,7 +201,7 @@ bool C_RecognizerCore::MakeRoomInFullQueue() {
       m_queue.Drop(m_queue.Queued());
       ResetFrameScanProc();
       return true;
-    case eCircBufOvrflowRejectNew:  // the queue itself refuses the byte; the scan goes on
+    case eCircBufOvrflowRejectNew:  // no room is made; the scan goes on
       Count(&S_RecognizerStatistics::bytesDiscarded, 1);
       return true;
     default:
@@ -227,7 +218,7 @@ void C_RecognizerCore::DropFalseStart() {
 }
 
 // How many of the bytes belong to the frame delivered before them: its line end.
-unsigned int C_RecognizerCore::CountAccepted(const unsigned char* bytes, unsigned int count) {
+inline unsigned int C_RecognizerCore::CountAccepted(const unsigned char* bytes, unsigned int count) {
   unsigned int accepted = 0;
   while (accepted < count && m_postFrame && !IsAFrameStartChar(bytes[accepted]) &&
          IsAPostFrameAllowedByte(bytes[accepted]))
@@ -237,35 +228,28 @@ unsigned int C_RecognizerCore::CountAccepted(const unsigned char* bytes, unsigne
 
 // Drops bytes that cannot start a frame. After a frame its line end counts as accepted, everything else is noise.
 eRecognitionResult C_RecognizerCore::StepIdle() {
-  m_scanCount = 0;
-  m_lastScanCount = kStepAgain;
-  while (m_queue.Queued() > 0) {
-    unsigned int run = 0;
-    const unsigned char* const bytes = m_queue.HeadRun(run);
-    const unsigned int accepted = CountAccepted(bytes, run);
-    unsigned int count = accepted;
-    while (count < run && !IsAFrameStartChar(bytes[count])) ++count;
-    const bool isStart = count < run;
-    if (count > 0) {
-      Count(&S_RecognizerStatistics::bytesAccepted, accepted);
-      Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
-      m_queue.Drop(count);
-      m_frame.message.length = 0;  // of a frame that a host's own scan completed: its bytes are gone now
-    }
-    if (!isStart) continue;
-    m_state = eStartSearch;
-    // Unequal, so that the next call makes a step: equal counts mean that nothing is left to do.
-    m_lastScanCount = 0;
-    m_scanCount = 1;
-    return eRecSearching;
+  const unsigned char* const bytes = m_queue.Bytes();
+  const unsigned int queued = m_queue.Queued();
+  const unsigned int accepted = CountAccepted(bytes, queued);
+  const unsigned int count = m_starts.FindStartByte(bytes, accepted, queued);
+  if (count > 0) {
+    Count(&S_RecognizerStatistics::bytesAccepted, accepted);
+    Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
+    m_queue.Drop(count);
+    m_frame.message.length = 0;  // of a frame that a host's own scan completed: its bytes are gone now
   }
+  const bool isStart = count < queued;
+  m_state = isStart ? eStartSearch : eIdle;
+  // Unequal, so that the next call makes a step: equal counts mean that nothing is left to do.
+  m_lastScanCount = isStart ? 0 : kStepAgain;
+  m_scanCount = isStart ? 1 : 0;
   return eRecSearching;
 }
 
 // A quick filter for BeginsUnlisted that rules out nearly all false starts. `result` is that of the listed frame: where
 // it is a failure already, a look that is bound to fail as well would not change it.
 inline bool C_RecognizerCore::MayBeUnlisted(eRecognitionResult result) {
-  const unsigned char* const bytes = m_queue.Bytes(2);
+  const unsigned char* const bytes = m_queue.Bytes();
   if (!kSecondOfUnlisted[bytes[1]]) return false;
   const bool isRtcm = bytes[0] == kRtcmPreamble;
   const auto protocol = isRtcm ? C_RawDataMessage::eRTCM3_x : C_RawDataMessage::eNMEA0183;
@@ -314,20 +298,20 @@ eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
 bool C_RecognizerCore::IsNoListedStart() {
   if (m_queue.Queued() < kShortestSentence) return false;
   const unsigned int held = std::min<unsigned int>(m_queue.Queued(), m_starts.MaxLength());
-  return !m_starts.MayMatchLater(m_queue.Bytes(std::max(held, kShortestSentence)), held);
+  return !m_starts.MayMatchLater(m_queue.Bytes(), held);
 }
 
 // Whether the start, which has failed as a listed frame, may be one of an unlisted frame.
 bool C_RecognizerCore::BeginsUnlisted() {
   const unsigned int held = std::min(m_queue.Queued(), kShortestSentence);
-  const unsigned char* const bytes = m_queue.Bytes(held);
+  const unsigned char* const bytes = m_queue.Bytes();
   if (bytes[0] != kRtcmPreamble) return m_enabled[C_RawDataMessage::eNMEA0183] && BeginsSentence(bytes, held);
   return m_enabled[C_RawDataMessage::eRTCM3_x] && bytes[1] < 4 && RtcmPayload(bytes) >= kRtcmNumberBytes;
 }
 
 // The frame in progress is the unlisted one that the oldest bytes begin.
 void C_RecognizerCore::ExpectUnlisted() {
-  const unsigned char* const bytes = m_queue.Bytes(kRtcmHeader);
+  const unsigned char* const bytes = m_queue.Bytes();
   const bool isRtcm = bytes[0] == kRtcmPreamble;
   const auto length = static_cast<unsigned short>(RtcmPayload(bytes) + kRtcmEnvelope);
   m_frame.message.protocol = isRtcm ? C_RawDataMessage::eRTCM3_x : C_RawDataMessage::eNMEA0183;
@@ -372,7 +356,7 @@ eVerdict C_RecognizerCore::JudgeUnlisted(eBody body, eVerdict verdict) {
 bool C_RecognizerCore::HoldsListedFrame(unsigned int length) {
   const std::uint64_t position = m_queue.Position();
   if (m_listedInside.begin > position && m_listedInside.end <= position + length) return true;
-  const unsigned char* const bytes = m_queue.Bytes(length);
+  const unsigned char* const bytes = m_queue.Bytes();
   unsigned int start = 1;
   while (start < length && !m_inner->IsAFrameStartChar(bytes[start])) ++start;
   S_Range found;
@@ -406,16 +390,16 @@ void C_RecognizerCore::DeliverFrame(C_RawDataMessage& message) {
   message.length = 0;
   if (message.data != nullptr) {
     message.length = static_cast<unsigned short>(std::min<unsigned int>(frame.length, message.capacity));
-    std::memcpy(message.data, m_queue.Bytes(frame.length), message.length);
+    CopyBytes(message.data, m_queue.Bytes(), message.length);
   }
+  // An RTCM 3 frame ends with its checksum: a CR or LF after it is noise.
+  m_postFrame = frame.protocol != C_RawDataMessage::eRTCM3_x;
   m_queue.Drop(frame.length);
   Count(&S_RecognizerStatistics::bytesAccepted, frame.length);
   ResetFrame();
   m_state = eIdle;
   m_scanCount = 0;
   m_lastScanCount = kStepAgain;
-  m_postFrame = true;
-  m_lastRow = m_currentRow;
 }
 
 // With nothing enabled the shortest start is 255 bytes and the longest 0: a start cannot be looked at, or is given up.
@@ -425,7 +409,7 @@ eRecognitionResult C_RecognizerCore::FrameStartSearch() {
   unsigned short& held = m_frame.message.length;
   held = std::max(held, static_cast<unsigned short>(std::min(m_starts.MaxLength(), m_queue.Queued())));
   m_scanCount = held;
-  const unsigned int row = m_starts.Find(m_queue.Bytes(std::max<unsigned int>(held, 2)), held);
+  const unsigned int row = m_starts.Find(m_queue.Bytes(), held);
   if (row != C_StartMatcher::kNoRow) {
     m_currentRow = row;
     return DetermineMsgExpectations();
@@ -457,7 +441,7 @@ eRecognitionResult C_RecognizerCore::DetermineMsgExpectations() {
 bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
   if (m_frame.message.length < row.neededLength) return false;
   S_Expectation expectation = {m_frame.message.messageType, m_frame.lengths};
-  if (!row.readParameters(row, m_queue.Bytes(row.neededLength), m_expected, expectation)) return false;
+  if (!row.readParameters(row, m_queue.Bytes(), m_expected, expectation)) return false;
   Expect(expectation);
   return true;
 }
@@ -480,7 +464,7 @@ eRecognitionResult C_RecognizerCore::VelaBINBodyWait() {
 
 eRecognitionResult C_RecognizerCore::BodyWait(eBody body) {
   if (!IsBodyAwaited()) return eRecError;
-  m_queuedAtLastWait = 0;
+  m_queuedAtLastWait = kNoWait;
   const eVerdict verdict = m_scanner.Scan(body);
   return Conclude(m_inner == nullptr ? verdict : JudgeUnlisted(body, verdict));
 }

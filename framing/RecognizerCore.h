@@ -28,13 +28,14 @@ class C_RecognizerCore {
   // do: so all that needs registers saved is out of line, and called last.
   eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
     if (m_state == eResynchronise) return Resynchronize(data, length, message);
-    if (data != nullptr && length != 0) return Feed(data, length, message);
-    return Advance(message);
+    if (data == nullptr || length == 0) return Advance(message);
+    if (length == 1 && IsPlain(*data)) return Pass(*data);
+    return Feed(data, length, message);
   }
 
   void EnableProtocol(eProtocols protocol) { Enable(protocol, m_allowed); }
   void DisableProtocol(eProtocols protocol) { Enable(protocol, {}); }
-  void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
+  void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling) { m_overflowHandling = overflowHandling; }
   void SetPatientSearch(bool patient);
   void SetAcceptUnlisted(bool on);
   void FullProcessingReset();
@@ -42,7 +43,7 @@ class C_RecognizerCore {
   unsigned short GetMaxFrameLength() const { return m_maxFrameLength; }
   unsigned int GetFreeSpace() const { return m_queue.FreeSpace(); }
   unsigned int GetQueuedBytes() const { return m_queue.Queued(); }
-  unsigned int CopyQueuedBytes(unsigned char* out, unsigned int room) { return m_queue.Copy(out, room); }
+  unsigned int CopyQueuedBytes(unsigned char* out, unsigned int room) const { return m_queue.Copy(out, room); }
   // Counted in any case; a host that asked for no statistics just does not get to see them.
   const S_RecognizerStatistics* GetStatistics() const { return m_keepsStatistics ? &m_counters : nullptr; }
 
@@ -75,6 +76,7 @@ class C_RecognizerCore {
   enum eScanState : unsigned int { eIdle = 0, eStartSearch = 1, eBodyWait = 2, eResynchronise = 3 };
 
   static constexpr unsigned short kStepAgain = 0xFFFF;  // equals no scan count
+  static constexpr unsigned int kNoWait = 0xFFFFFFFF;   // equals no number of queued bytes
 
   // What `DoRecognition` is made of. A step is made only when something is new: bytes, or the outcome of the last step.
   eRecognitionResult Resynchronize(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
@@ -94,6 +96,21 @@ class C_RecognizerCore {
       default:
         return eRecError;
     }
+  }
+  // Whether the last step waits for the end of a body, and this byte is not it: most bytes that come one by one.
+  bool IsPlain(unsigned char byte) const {
+    const unsigned int queued = m_queue.Queued();
+    return m_state == eBodyWait && queued == m_queuedAtLastWait && queued + 1 < m_scanner.Wait().below &&
+           byte >= m_scanner.Wait().least;
+  }
+  // Queues such a byte; a step would come to the same.
+  eRecognitionResult Pass(unsigned char byte) {
+    m_queue.Add(&byte, 1);
+    m_queuedAtLastWait = m_queue.Queued();
+    m_scanner.Pass(m_queuedAtLastWait);
+    m_lastScanCount = m_scanCount;
+    m_scanCount = static_cast<unsigned short>(m_queuedAtLastWait);
+    return eRecFrameStarted;
   }
   // One for each state; they alone move the queue.
   eRecognitionResult StepIdle();
@@ -131,7 +148,6 @@ class C_RecognizerCore {
   eRecognitionResult Conclude(eVerdict verdict);
   void Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount);
 
-  // The queue's policy is asked before bytes are queued, because each overflow is counted.
   eCircBufOvrflowHandling m_overflowHandling;
   const bool m_keepsStatistics;
   const t_Protocols m_allowed;  // named at construction
@@ -145,9 +161,8 @@ class C_RecognizerCore {
   bool m_postFrame = false;                     // a frame was delivered: its line end may follow
   unsigned short m_scanCount = 0;               // bytes of the current frame looked at
   unsigned short m_lastScanCount = kStepAgain;  // m_scanCount at the last step
-  unsigned int m_queuedAtLastWait = 0;          // bytes at the last step if it only waits for more; 0: step in any case
+  unsigned int m_queuedAtLastWait = kNoWait;    // bytes at the last step if it only waits for more
   unsigned int m_currentRow = kNumProtocols;    // of kProtocols: the start that matched last
-  unsigned int m_lastRow = kNumProtocols;       // and that of the frame delivered last
   S_RecognizerStatistics m_counters = {};
 
   // A start that failed as a listed frame and is looked at as an unlisted one.

@@ -7,6 +7,10 @@
 #include <cstring>
 #include <iterator>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "textproto/SentenceIds.h"
 
 namespace velagnss::framing {
@@ -20,13 +24,6 @@ std::uint64_t Head(const unsigned char* bytes) {
   std::uint64_t word = 0;
   std::memcpy(&word, bytes, kHeadBytes);
   return word;
-}
-
-// The same of fewer bytes. Patterns that reach into the zeros are ruled out by their length.
-std::uint64_t ShortHead(const unsigned char* bytes, unsigned int count) {
-  unsigned char padded[kHeadBytes] = {};
-  std::copy_n(bytes, count, padded);
-  return Head(padded);
 }
 
 struct S_Head {
@@ -86,13 +83,57 @@ void C_StartMatcher::Search(const t_Protocols& enabled, bool patient) {
     m_maxLength = std::max(m_maxLength, m_comparedLengths[i]);
   }
   for (unsigned int byte = 0; byte < 256; ++byte) m_canStart[byte] = (m_rowsByByte[0][byte] & m_searched) != 0;
+  ListStartBytes();
+}
+
+void C_StartMatcher::AlsoStopAt(unsigned char byte) {
+  m_canStart[byte] = true;
+  ListStartBytes();
+}
+
+// A pattern with another start byte needs a longer list.
+static_assert([] {
+  for (const S_ProtocolRow& row : kProtocols) {
+    const unsigned char first = row.frame.startPattern[0];
+    if (row.frame.startMask[0] != 0xFF || (first != '$' && first != 0xD3)) return false;
+  }
+  return true;
+}());
+
+void C_StartMatcher::ListStartBytes() {
+  unsigned int count = 0;
+  for (unsigned int byte = 0; byte < 256; ++byte) {
+    if (m_canStart[byte]) m_startBytes[count++] = static_cast<unsigned char>(byte);
+  }
+  std::fill(m_startBytes + count, std::end(m_startBytes), m_startBytes[0]);
+}
+
+unsigned int C_StartMatcher::FindStartByte(const unsigned char* bytes, unsigned int from, unsigned int to) const {
+  // Right after a frame another one begins, as a rule.
+  if (from < to && m_canStart[bytes[from]]) return from;
+  if (!m_canStart[m_startBytes[0]]) return to;  // the list is empty
+#ifdef __SSE2__
+  const auto equals = [this](__m128i block, unsigned int i) {
+    return _mm_cmpeq_epi8(block, _mm_set1_epi8(static_cast<char>(m_startBytes[i])));
+  };
+  for (; from < to; from += 16) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + from));
+    const __m128i starts = _mm_or_si128(_mm_or_si128(equals(block, 0), equals(block, 1)), equals(block, 2));
+    const auto marks = static_cast<unsigned int>(_mm_movemask_epi8(starts));
+    if (marks != 0) return std::min(from + static_cast<unsigned int>(std::countr_zero(marks)), to);
+  }
+  return to;
+#else
+  while (from < to && !m_canStart[bytes[from]]) ++from;
+  return from;
+#endif
 }
 
 // Rows come lowest bit first, which is their search order. A row whose bytes are not all there is passed over, so that
 // a shorter pattern after it may win: this is what makes a search without patience depend on the cut of the stream.
 unsigned int C_StartMatcher::Find(const unsigned char* bytes, unsigned int held) const {
   const unsigned int candidates = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]];
-  const std::uint64_t head = held < kHeadBytes ? ShortHead(bytes, held) : Head(bytes);
+  const std::uint64_t head = Head(bytes);  // may reach beyond what is held: such patterns are ruled out by their length
   for (unsigned int rows = candidates; rows != 0; rows &= rows - 1) {
     const auto row = static_cast<unsigned int>(std::countr_zero(rows));
     if ((head & kHeads[row].mask) != kHeads[row].pattern || m_comparedLengths[row] > held) continue;

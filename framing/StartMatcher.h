@@ -25,10 +25,14 @@ class C_StartMatcher {
   void Search(const t_Protocols& enabled, bool patient);
 
   // Stops the search at this byte as well, although no pattern begins with it. Holds until the next `Search`.
-  void AlsoStopAt(unsigned char byte) { m_canStart[byte] = true; }
+  void AlsoStopAt(unsigned char byte);
 
   // Whether a frame can start with this byte.
   bool CanStart(unsigned char byte) const { return m_canStart[byte]; }
+
+  // Position of the first byte in [from, to) that a frame can start with; `to` when there is none. The bytes after `to`
+  // are read ahead, and may be of any value.
+  unsigned int FindStartByte(const unsigned char* bytes, unsigned int from, unsigned int to) const;
 
   // Bytes that the first pattern can be compared with, and that the last one can; 255 and 0 when nothing is searched.
   unsigned int MinLength() const { return m_minLength; }
@@ -41,12 +45,18 @@ class C_StartMatcher {
   bool MayMatchLater(const unsigned char* bytes, unsigned int held) const;
 
  private:
+  static constexpr unsigned int kStartBytes = 3;  // "$", the preamble of RTCM 3, and "!"
+
+  // Fills the list in.
+  void ListStartBytes();
+
   // Their values when nothing is enabled: no start is ever long enough, and none is worth waiting for.
   unsigned short m_minLength = 255;
   unsigned short m_maxLength = 0;
   unsigned int m_searched = 0;                           // rows
   unsigned short m_comparedLengths[kNumProtocols] = {};  // bytes held before a row is compared
   bool m_canStart[256] = {};                             // by byte: of the rows that are searched
+  unsigned char m_startBytes[kStartBytes] = {};          // the same as a list; those left over repeat the first
   unsigned short m_rowsByByte[2][256] = {};              // rows that may have the byte first, second
 };
 static_assert(kNumProtocols <= 16, "a row has no bit");
