@@ -83,6 +83,8 @@ class C_BodyScanner {
   // The first end mark, or byte that must not be in the body, from `first` on and before `end`.
   template <eMark kMark>
   unsigned int FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end);
+  // Whether the frame is a sentence that is queued as a whole and has the right checksum.
+  bool IsWholeSentence();
   // The part of LacksSentenceEnd that looks at bytes.
   bool LooksForSentenceEnd();
   // Takes that many of the oldest queued bytes for the frame.

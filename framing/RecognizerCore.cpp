@@ -97,7 +97,7 @@ void C_RecognizerCore::SetAcceptUnlisted(bool on) {
 
 // Another set of patterns may match what the last search did not, and what was known of the bytes may not hold.
 void C_RecognizerCore::SetFrameStartChars() {
-  m_queuedAtLastWait = kNoWait;
+  m_wait.queued = kNoWait;
   m_starts.Search(m_enabled, m_patientSearch);
   if (m_inner == nullptr) return;
   if (m_acceptsUnlisted && m_enabled[C_RawDataMessage::eNMEA0183]) m_starts.AlsoStopAt(kEncapsulatedStart);
@@ -130,7 +130,7 @@ void C_RecognizerCore::ResetFrameScanProc() {
 
 // The message owns no bytes, so there is nothing to clear: the fields alone say that no frame is in progress.
 void C_RecognizerCore::ResetFrame() {
-  m_queuedAtLastWait = kNoWait;
+  m_wait.queued = kNoWait;
   m_isUnlisted = false;
   m_scanner.StartOver();
   m_frame.message.protocol = C_RawDataMessage::eNoProtocol;
@@ -140,15 +140,15 @@ void C_RecognizerCore::ResetFrame() {
 }
 
 // The limits may be others than those of the last wait, so what it had learned of the body does not hold.
-void C_RecognizerCore::Expect(const S_Expectation& expectation) {
+inline void C_RecognizerCore::Expect(const S_Expectation& expectation) {
   m_frame.message.messageType = expectation.type;
   m_frame.lengths = expectation.lengths;
-  m_queuedAtLastWait = kNoWait;
+  m_wait.queued = kNoWait;
   m_scanner.StartOver();
 }
 
 // A sum that would pass 32 bits is cut to its low half before the addition (see S_RecognizerStatistics).
-void C_RecognizerCore::Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount) {
+inline void C_RecognizerCore::Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount) {
   unsigned int& value = m_counters.*counter;
   if (value > 0xFFFFFFFF - amount) value &= 0xFFFF;
   value += amount;
@@ -270,7 +270,7 @@ eRecognitionResult C_RecognizerCore::StepStartSearch(C_RawDataMessage& message) 
     m_scanCount = m_frame.message.length;
     m_lastScanCount = kStepAgain;
   } else {
-    m_queuedAtLastWait = m_queue.Queued();
+    m_wait = {m_queue.Queued(), eRecSearching};
   }
   return result;
 }
@@ -289,8 +289,15 @@ eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
     DropFalseStart();
   }
   if (result == eRecFrameComplete) DeliverFrame(message);
-  if (result == eRecFrameStarted) m_queuedAtLastWait = m_queue.Queued();
+  if (result == eRecFrameStarted) WaitForBody();
   return result;
+}
+
+// The last byte that the wait, or the queue's room, has a place for is left to a step.
+inline void C_RecognizerCore::WaitForBody() {
+  const unsigned int queued = m_queue.Queued();
+  const unsigned int lastPlace = std::min(m_scanner.Wait().below, queued + m_queue.RoomInPlace());
+  m_wait = {queued, eRecFrameStarted, lastPlace - 1, m_scanner.Wait().least};
 }
 
 // Whether the bytes decide that no listed frame begins here. The search for the longest pattern would otherwise hold
@@ -346,8 +353,7 @@ eVerdict C_RecognizerCore::JudgeUnlisted(eBody body, eVerdict verdict) {
     m_frame.message.length = static_cast<unsigned short>(length);
     return eVerdict::Complete;
   }
-  const bool isHiding = verdict == eVerdict::Complete && m_isUnlisted && HoldsListedFrame(m_frame.message.length);
-  return isHiding ? eVerdict::GivenUp : verdict;
+  return HoldsListedFrame(m_frame.message.length) ? eVerdict::GivenUp : verdict;
 }
 
 // Whether a listed frame begins after the first of the oldest `length` bytes and ends with the last of them or before.
@@ -409,13 +415,14 @@ eRecognitionResult C_RecognizerCore::FrameStartSearch() {
   unsigned short& held = m_frame.message.length;
   held = std::max(held, static_cast<unsigned short>(std::min(m_starts.MaxLength(), m_queue.Queued())));
   m_scanCount = held;
-  const unsigned int row = m_starts.Find(m_queue.Bytes(), held);
-  if (row != C_StartMatcher::kNoRow) {
-    m_currentRow = row;
-    return DetermineMsgExpectations();
+  const S_Start start = m_starts.Find(m_queue.Bytes(), held);
+  if (start.row == C_StartMatcher::kNoRow) {
+    if (held >= m_starts.MaxLength()) m_state = eResynchronise;
+    return eRecSearching;
   }
-  if (held >= m_starts.MaxLength()) m_state = eResynchronise;
-  return eRecSearching;
+  m_currentRow = start.row;
+  if (kProtocols[start.row].frame.protocol != C_RawDataMessage::eNMEA0183) return DetermineMsgExpectations();
+  return AwaitBody({start.sentence, m_expected.nmea[start.sentence]});
 }
 
 // The limits of the protocol hold until its parameter step has read those of the message.
@@ -426,22 +433,32 @@ eRecognitionResult C_RecognizerCore::DetermineMsgExpectations() {
     return eRecError;
   }
   const S_ProtocolRow& row = kProtocols[m_currentRow];
+  S_Expectation expectation = {m_frame.message.messageType, {row.frame.headerLength, row.frame.maxLength}};
+  const bool isExpected = row.readParameters == nullptr || ReadExpectation(row, expectation);
+  AwaitBody(expectation);
+  if (isExpected) return eRecFrameStarted;
+  m_state = eResynchronise;
+  return eRecFrameRejected;
+}
+
+// The frame is one of the row that matched.
+inline eRecognitionResult C_RecognizerCore::AwaitBody(const S_Expectation& expectation) {
   m_isUnlisted = false;
-  m_frame.message.protocol = row.frame.protocol;
-  Expect({m_frame.message.messageType, {row.frame.headerLength, row.frame.maxLength}});
-  if (row.readParameters != nullptr && !ReadParameters(row)) {
-    m_state = eResynchronise;
-    return eRecFrameRejected;
-  }
+  m_frame.message.protocol = kProtocols[m_currentRow].frame.protocol;
+  Expect(expectation);
   m_state = eBodyWait;
   return eRecFrameStarted;
 }
 
 // The one place that checks how many bytes a parameter step needs.
+bool C_RecognizerCore::ReadExpectation(const S_ProtocolRow& row, S_Expectation& expectation) const {
+  return m_frame.message.length >= row.neededLength &&
+         row.readParameters(row, m_queue.Bytes(), m_expected, expectation);
+}
+
 bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
-  if (m_frame.message.length < row.neededLength) return false;
   S_Expectation expectation = {m_frame.message.messageType, m_frame.lengths};
-  if (!row.readParameters(row, m_queue.Bytes(), m_expected, expectation)) return false;
+  if (!ReadExpectation(row, expectation)) return false;
   Expect(expectation);
   return true;
 }
@@ -464,26 +481,25 @@ eRecognitionResult C_RecognizerCore::VelaBINBodyWait() {
 
 eRecognitionResult C_RecognizerCore::BodyWait(eBody body) {
   if (!IsBodyAwaited()) return eRecError;
-  m_queuedAtLastWait = kNoWait;
+  m_wait.queued = kNoWait;
   const eVerdict verdict = m_scanner.Scan(body);
-  return Conclude(m_inner == nullptr ? verdict : JudgeUnlisted(body, verdict));
+  const bool isUnlisted = verdict == eVerdict::ShortLine || (m_isUnlisted && verdict == eVerdict::Complete);
+  return Conclude(isUnlisted ? JudgeUnlisted(body, verdict) : verdict);
 }
 
-// Brings a verdict into state, counters and result. A start that fails twice, as a listed and as an unlisted frame, is
-// one bad frame.
-eRecognitionResult C_RecognizerCore::Conclude(eVerdict verdict) {
-  const bool isBadCheck = verdict == eVerdict::BadCheck;
+// Brings a verdict into state, counters and result.
+inline eRecognitionResult C_RecognizerCore::Conclude(eVerdict verdict) {
   m_scanCount = m_frame.message.length;
-  switch (verdict) {
-    case eVerdict::More:
-      return eRecFrameStarted;
-    case eVerdict::Complete:
-      m_state = eIdle;
-      Count(&S_RecognizerStatistics::framesGood, 1);
-      return eRecFrameComplete;
-    default:
-      break;
-  }
+  if (verdict == eVerdict::More) return eRecFrameStarted;
+  if (verdict != eVerdict::Complete) return ConcludeFault(verdict);
+  m_state = eIdle;
+  Count(&S_RecognizerStatistics::framesGood, 1);
+  return eRecFrameComplete;
+}
+
+// A start that fails twice, as a listed and as an unlisted frame, is one bad frame.
+eRecognitionResult C_RecognizerCore::ConcludeFault(eVerdict verdict) {
+  const bool isBadCheck = verdict == eVerdict::BadCheck;
   m_state = eResynchronise;
   if (m_isUnlisted) m_currentRow = m_listedRow;
   // An acknowledgement has no form that could be wrong, so none of them is a bad frame.

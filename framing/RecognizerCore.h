@@ -84,8 +84,7 @@ class C_RecognizerCore {
   eRecognitionResult Advance(C_RawDataMessage& message) {
     if (m_queue.Queued() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
     m_lastScanCount = m_scanCount;
-    // Nothing new since the last step: it would come to the same.
-    if (m_queue.Queued() == m_queuedAtLastWait) return m_state == eBodyWait ? eRecFrameStarted : eRecSearching;
+    if (m_queue.Queued() == m_wait.queued) return m_wait.result;
     switch (m_state) {
       case eIdle:
         return StepIdle();
@@ -97,19 +96,17 @@ class C_RecognizerCore {
         return eRecError;
     }
   }
-  // Whether the last step waits for the end of a body, and this byte is not it: most bytes that come one by one.
+  // A byte that leaves the last step waiting, as most do that come one by one.
   bool IsPlain(unsigned char byte) const {
     const unsigned int queued = m_queue.Queued();
-    return m_state == eBodyWait && queued == m_queuedAtLastWait && queued + 1 < m_scanner.Wait().below &&
-           byte >= m_scanner.Wait().least;
+    return queued == m_wait.queued && queued < m_wait.plainBelow && byte >= m_wait.leastPlain;
   }
-  // Queues such a byte; a step would come to the same.
+  // Queues it. A step would come to the same.
   eRecognitionResult Pass(unsigned char byte) {
-    m_queue.Add(&byte, 1);
-    m_queuedAtLastWait = m_queue.Queued();
-    m_scanner.Pass(m_queuedAtLastWait);
+    m_wait.queued = m_queue.AddInPlace(byte);
+    m_scanner.Pass(m_wait.queued);
     m_lastScanCount = m_scanCount;
-    m_scanCount = static_cast<unsigned short>(m_queuedAtLastWait);
+    m_scanCount = static_cast<unsigned short>(m_wait.queued);
     return eRecFrameStarted;
   }
   // One for each state; they alone move the queue.
@@ -131,6 +128,7 @@ class C_RecognizerCore {
   eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
   bool MakeRoomInFullQueue();
   void DropFalseStart();
+  void WaitForBody();
   // Bytes at the front of a run that end the line of the frame before.
   unsigned int CountAccepted(const unsigned char* bytes, unsigned int count);
   // Copies the frame out and drops it from the queue.
@@ -141,11 +139,14 @@ class C_RecognizerCore {
   void ResetFrame();
   // Type and length limits, read from the start of the frame.
   void Expect(const S_Expectation& expectation);
+  eRecognitionResult AwaitBody(const S_Expectation& expectation);
+  bool ReadExpectation(const S_ProtocolRow& row, S_Expectation& expectation) const;
   bool ReadParameters(const S_ProtocolRow& row);
   // Single steps may be called in any state, so each of them asks this first.
   bool IsBodyAwaited() const { return m_state == eBodyWait && m_currentRow < kNumProtocols; }
   // The only place where frames are counted.
   eRecognitionResult Conclude(eVerdict verdict);
+  eRecognitionResult ConcludeFault(eVerdict verdict);
   void Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount);
 
   eCircBufOvrflowHandling m_overflowHandling;
@@ -157,12 +158,20 @@ class C_RecognizerCore {
   bool m_acceptsUnlisted = false;
   S_ExpectedMessages m_expected;
 
+  // What the last step has left if it only waits for more bytes.
+  struct S_Wait {
+    unsigned int queued = kNoWait;              // bytes then: a step with no others would come to the same
+    eRecognitionResult result = eRecNoNewData;  // its result
+    unsigned int plainBelow = 0;                // as long as fewer bytes than these are queued,
+    unsigned char leastPlain = 0;               // one more that is not below this one leaves it waiting
+  };
+
   eScanState m_state = eIdle;
   bool m_postFrame = false;                     // a frame was delivered: its line end may follow
   unsigned short m_scanCount = 0;               // bytes of the current frame looked at
   unsigned short m_lastScanCount = kStepAgain;  // m_scanCount at the last step
-  unsigned int m_queuedAtLastWait = kNoWait;    // bytes at the last step if it only waits for more
-  unsigned int m_currentRow = kNumProtocols;    // of kProtocols: the start that matched last
+  S_Wait m_wait;
+  unsigned int m_currentRow = kNumProtocols;  // of kProtocols: the start that matched last
   S_RecognizerStatistics m_counters = {};
 
   // A start that failed as a listed frame and is looked at as an unlisted one.

@@ -49,11 +49,6 @@ bool AgreesAsFarAs(const S_FrameDescriptor& frame, const unsigned char* bytes, u
   return at == count;
 }
 
-// "$.....," is the start of any sentence; an NMEA 0183 frame must name one that is known.
-bool NamesAKnownSentence(const unsigned char* bytes) {
-  return textproto::SentenceIds::Find(reinterpret_cast<const char*>(bytes) + 3) != C_RawDataMessage::eNmeaUnknown;
-}
-
 }  // namespace
 
 // The second byte separates "$>" from "$B", "$J", "$P" and "$R": most starts are left with one or two rows.
@@ -131,7 +126,7 @@ unsigned int C_StartMatcher::FindStartByte(const unsigned char* bytes, unsigned 
 
 // Rows come lowest bit first, which is their search order. A row whose bytes are not all there is passed over, so that
 // a shorter pattern after it may win: this is what makes a search without patience depend on the cut of the stream.
-unsigned int C_StartMatcher::Find(const unsigned char* bytes, unsigned int held) const {
+S_Start C_StartMatcher::Find(const unsigned char* bytes, unsigned int held) const {
   const unsigned int candidates = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]];
   const std::uint64_t head = Head(bytes);  // may reach beyond what is held: such patterns are ruled out by their length
   for (unsigned int rows = candidates; rows != 0; rows &= rows - 1) {
@@ -139,9 +134,12 @@ unsigned int C_StartMatcher::Find(const unsigned char* bytes, unsigned int held)
     if ((head & kHeads[row].mask) != kHeads[row].pattern || m_comparedLengths[row] > held) continue;
     const S_FrameDescriptor& frame = kProtocols[row].frame;
     if (frame.startLength > kHeadBytes && !BeginsAs(frame, bytes)) continue;
-    if (frame.protocol != C_RawDataMessage::eNMEA0183 || NamesAKnownSentence(bytes)) return row;
+    if (frame.protocol != C_RawDataMessage::eNMEA0183) return {row, C_RawDataMessage::eNmeaUnknown};
+    // "$.....," is the start of any sentence; an NMEA 0183 frame must name one that is known.
+    const unsigned int sentence = textproto::SentenceIds::Find(reinterpret_cast<const char*>(bytes) + 3);
+    if (sentence != C_RawDataMessage::eNmeaUnknown) return {row, sentence};
   }
-  return kNoRow;
+  return {kNoRow, C_RawDataMessage::eNmeaUnknown};
 }
 
 bool C_StartMatcher::MayMatchLater(const unsigned char* bytes, unsigned int held) const {

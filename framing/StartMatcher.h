@@ -10,6 +10,12 @@ namespace velagnss::framing {
 
 using t_Protocols = std::array<bool, kNumProtocols>;  // a flag for each, by `eProtocols`
 
+// A start that was looked for: the row of its protocol, or kNoRow, and of a sentence its type.
+struct S_Start {
+  unsigned int row;
+  unsigned int sentence;
+};
+
 // The start patterns, arranged so that a start is identified by a few table accesses: each row of `kProtocols` is a
 // bit, the first two bytes select the rows that may match, and only those are compared, in their order.
 class C_StartMatcher {
@@ -38,8 +44,8 @@ class C_StartMatcher {
   unsigned int MinLength() const { return m_minLength; }
   unsigned int MaxLength() const { return m_maxLength; }
 
-  // The row of the first protocol whose start the `held` bytes are, or kNoRow. Two bytes are read in any case.
-  unsigned int Find(const unsigned char* bytes, unsigned int held) const;
+  // The first protocol whose start the `held` bytes are. Eight bytes are read in any case.
+  S_Start Find(const unsigned char* bytes, unsigned int held) const;
 
   // Whether a pattern that needs more than the `held` (2 or more) bytes begins as they do.
   bool MayMatchLater(const unsigned char* bytes, unsigned int held) const;
