@@ -105,9 +105,6 @@ eVerdict C_BodyScanner::Scan(eBody body) {
 template <eBody kBody>
 eVerdict C_BodyScanner::ScanAs() {
   constexpr S_Rule kRule = kRules[static_cast<unsigned int>(kBody)];
-  if constexpr (kBody == eBody::Text) {
-    if (IsWholeSentence()) return eVerdict::Complete;
-  }
   const eVerdict collected = kRule.knownLength ? CollectLength() : CollectUntilEnd<kBody>();
   if constexpr (kRule.check != nullptr) {
     if (collected == eVerdict::Complete) return (this->*kRule.check)();
@@ -115,28 +112,22 @@ eVerdict C_BodyScanner::ScanAs() {
   return collected;
 }
 
-// What nearly all sentences are, judged in one pass; whatever else a body may be is left to the scan for its end.
-inline bool C_BodyScanner::IsWholeSentence() {
 #ifdef __SSE2__
-  std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(eMark::Control)];
-  if (m_examined != 0 || unmarkedTo > m_queue.Position()) return false;  // a part of the bytes needs no second look
+bool C_BodyScanner::JudgeLine() {
   const unsigned char* const bytes = m_queue.Bytes();
   const S_Line line = ReadLine(bytes);
   const unsigned int length = line.end + 1;
-  if (length > std::min(m_queue.Queued(), Limit()) ||
-      length < std::max<unsigned int>(m_frame.lengths.least, kShortestSum))
+  const unsigned int least = std::max<unsigned int>(m_frame.lengths.least, kShortestSum);
+  if (line.end == kReadAhead || length < least || length > Limit() || !IsLineEnd(bytes[line.end]) ||
+      bytes[line.end - 3] != '*')
     return false;
   unsigned int sum = 0;
-  const bool isRight = IsLineEnd(bytes[line.end]) && bytes[line.end - 3] == '*' &&
-                       ReadHex(&bytes[line.end - 2], 2, sum) && sum == line.sum;
-  if (!isRight) return false;
-  unmarkedTo = m_queue.Position() + line.end;
+  if (!ReadHex(&bytes[line.end - 2], 2, sum) || sum != line.sum) return false;
+  m_unmarkedTo[static_cast<unsigned int>(eMark::Control)] = m_queue.Position() + line.end;
   m_frame.message.length = static_cast<unsigned short>(length);
   return true;
-#else
-  return false;
-#endif
 }
+#endif
 
 // The frame has at least these bytes; a start search may have taken more.
 inline void C_BodyScanner::Hold(unsigned int count) {

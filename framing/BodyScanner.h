@@ -42,6 +42,17 @@ class C_BodyScanner {
   // Looks at the queued bytes as a body of this shape, whatever frame is in progress.
   eVerdict Scan(eBody body);
 
+  // Whether the frame, which has a body of text, is a whole sentence with the right checksum; the message has its
+  // length. A quick look that takes no notice of all others.
+  bool IsWholeSentence() {
+#ifdef __SSE2__
+    // A part of the bytes needs no second look, or the end may be missing: then a pass over the line costs too much.
+    return m_examined == 0 && m_queue.Queued() >= kReadAhead && MayMark(eMark::Control) && JudgeLine();
+#else
+    return false;
+#endif
+  }
+
   // After `More`: which bytes leave the scan waiting whatever else they are.
   struct S_Wait {
     unsigned int below = 0;   // as long as fewer than these are queued
@@ -83,8 +94,9 @@ class C_BodyScanner {
   // The first end mark, or byte that must not be in the body, from `first` on and before `end`.
   template <eMark kMark>
   unsigned int FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end);
-  // Whether the frame is a sentence that is queued as a whole and has the right checksum.
-  bool IsWholeSentence();
+  // Whether the oldest queued byte may be followed by such a one at once.
+  bool MayMark(eMark mark) const { return m_unmarkedTo[static_cast<unsigned int>(mark)] <= m_queue.Position(); }
+  bool JudgeLine();
   // The part of LacksSentenceEnd that looks at bytes.
   bool LooksForSentenceEnd();
   // Takes that many of the oldest queued bytes for the frame.

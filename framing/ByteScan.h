@@ -102,6 +102,23 @@ unsigned int FindReadingAhead(const unsigned char* bytes, unsigned int from, uns
 #endif
 }
 
+// Whether each of the `count` bytes is `least` or greater. Reads ahead likewise.
+inline bool AreAtLeast(unsigned char least, const unsigned char* bytes, unsigned int count) {
+  if (least == 0) return true;
+#ifdef __SSE2__
+  const __m128i bound = _mm_set1_epi8(static_cast<char>(least));
+  for (unsigned int at = 0; at < count; at += 16) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+    const auto less =
+        static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(block, bound), block))) ^ 0xFFFF;
+    if (less != 0) return at + static_cast<unsigned int>(std::countr_zero(less)) >= count;
+  }
+  return true;
+#else
+  return std::all_of(bytes, bytes + count, [least](unsigned char byte) { return byte >= least; });
+#endif
+}
+
 #ifdef __SSE2__
 // The first line of a text, if it ends within kReadAhead bytes, and the exclusive or that its checksum must equal.
 struct S_Line {

@@ -35,10 +35,7 @@ class C_QueueWindow {
 
   // How many bytes can be queued before the others move; and the queueing of a byte for which there is such room.
   unsigned int RoomInPlace() const { return static_cast<unsigned int>(m_end - m_head) - m_queued; }
-  unsigned int AddInPlace(unsigned char byte) {
-    m_head[m_queued] = byte;
-    return ++m_queued;
-  }
+  void AddInPlace(unsigned char byte) { m_head[m_queued++] = byte; }
 
   // Copies the oldest bytes, `room` at most, and returns how many. A null pointer gets none.
   unsigned int Copy(unsigned char* out, unsigned int room) const;

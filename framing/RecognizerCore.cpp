@@ -165,11 +165,14 @@ eRecognitionResult C_RecognizerCore::Resynchronize(const unsigned char* data, un
 eRecognitionResult C_RecognizerCore::Feed(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
   if (length > m_queue.FreeSpace()) {
     const eRecognitionResult queued = QueueInput(data, length);
-    if (queued != eRecNoNewData) return queued;
-  } else {
-    m_queue.Add(data, length);
-    m_lastScanCount = kStepAgain;
+    return queued != eRecNoNewData ? queued : Advance(message);
   }
+  const unsigned int before = m_queue.Queued();
+  m_queue.Add(data, length);
+  if (before == m_wait.queued && m_queue.Queued() <= m_wait.plainBelow &&
+      AreAtLeast(m_wait.leastPlain, m_queue.Bytes() + before, length))
+    return Pass();
+  m_lastScanCount = kStepAgain;
   return Advance(message);
 }
 
@@ -278,6 +281,11 @@ eRecognitionResult C_RecognizerCore::StepStartSearch(C_RawDataMessage& message) 
 // The scanner has judged the body; here the queue is moved: by one byte after a fault, by the frame when it is
 // complete.
 eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
+  if (kProtocols[m_currentRow].body == eBody::Text && !m_isUnlisted && m_scanner.IsWholeSentence()) {
+    Count(&S_RecognizerStatistics::framesGood, 1);
+    DeliverFrame(message);
+    return eRecFrameComplete;
+  }
   const unsigned int framesBad = m_counters.framesBad;
   const eRecognitionResult result = FrameBodyWait();
   if (m_state == eResynchronise) {
@@ -415,14 +423,17 @@ eRecognitionResult C_RecognizerCore::FrameStartSearch() {
   unsigned short& held = m_frame.message.length;
   held = std::max(held, static_cast<unsigned short>(std::min(m_starts.MaxLength(), m_queue.Queued())));
   m_scanCount = held;
-  const S_Start start = m_starts.Find(m_queue.Bytes(), held);
-  if (start.row == C_StartMatcher::kNoRow) {
+  const unsigned char* const bytes = m_queue.Bytes();
+  const S_Start start = m_starts.Find(bytes, held);
+  if (start.row == S_Start::kNoRow) {
     if (held >= m_starts.MaxLength()) m_state = eResynchronise;
     return eRecSearching;
   }
   m_currentRow = start.row;
-  if (kProtocols[start.row].frame.protocol != C_RawDataMessage::eNMEA0183) return DetermineMsgExpectations();
-  return AwaitBody({start.sentence, m_expected.nmea[start.sentence]});
+  // The look-up of a sentence gives its type as well.
+  if (start.row == kRowOf[C_RawDataMessage::eNMEA0183])
+    return AwaitBody({start.sentence, m_expected.nmea[start.sentence]});
+  return DetermineMsgExpectations();
 }
 
 // The limits of the protocol hold until its parameter step has read those of the message.

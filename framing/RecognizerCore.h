@@ -29,8 +29,9 @@ class C_RecognizerCore {
   eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
     if (m_state == eResynchronise) return Resynchronize(data, length, message);
     if (data == nullptr || length == 0) return Advance(message);
-    if (length == 1 && IsPlain(*data)) return Pass(*data);
-    return Feed(data, length, message);
+    if (length != 1 || !IsPlain(*data)) return Feed(data, length, message);
+    m_queue.AddInPlace(*data);
+    return Pass();
   }
 
   void EnableProtocol(eProtocols protocol) { Enable(protocol, m_allowed); }
@@ -101,9 +102,9 @@ class C_RecognizerCore {
     const unsigned int queued = m_queue.Queued();
     return queued == m_wait.queued && queued < m_wait.plainBelow && byte >= m_wait.leastPlain;
   }
-  // Queues it. A step would come to the same.
-  eRecognitionResult Pass(unsigned char byte) {
-    m_wait.queued = m_queue.AddInPlace(byte);
+  // Such bytes have been queued. A step would come to the same.
+  eRecognitionResult Pass() {
+    m_wait.queued = m_queue.Queued();
     m_scanner.Pass(m_wait.queued);
     m_lastScanCount = m_scanCount;
     m_scanCount = static_cast<unsigned short>(m_wait.queued);

@@ -11,8 +11,6 @@
 #include <emmintrin.h>
 #endif
 
-#include "textproto/SentenceIds.h"
-
 namespace velagnss::framing {
 
 namespace {
@@ -126,20 +124,17 @@ unsigned int C_StartMatcher::FindStartByte(const unsigned char* bytes, unsigned 
 
 // Rows come lowest bit first, which is their search order. A row whose bytes are not all there is passed over, so that
 // a shorter pattern after it may win: this is what makes a search without patience depend on the cut of the stream.
-S_Start C_StartMatcher::Find(const unsigned char* bytes, unsigned int held) const {
-  const unsigned int candidates = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]];
+S_Start C_StartMatcher::FindAmong(unsigned int rows, const unsigned char* bytes, unsigned int held) const {
   const std::uint64_t head = Head(bytes);  // may reach beyond what is held: such patterns are ruled out by their length
-  for (unsigned int rows = candidates; rows != 0; rows &= rows - 1) {
+  for (; rows != 0; rows &= rows - 1) {
     const auto row = static_cast<unsigned int>(std::countr_zero(rows));
     if ((head & kHeads[row].mask) != kHeads[row].pattern || m_comparedLengths[row] > held) continue;
     const S_FrameDescriptor& frame = kProtocols[row].frame;
     if (frame.startLength > kHeadBytes && !BeginsAs(frame, bytes)) continue;
-    if (frame.protocol != C_RawDataMessage::eNMEA0183) return {row, C_RawDataMessage::eNmeaUnknown};
-    // "$.....," is the start of any sentence; an NMEA 0183 frame must name one that is known.
-    const unsigned int sentence = textproto::SentenceIds::Find(reinterpret_cast<const char*>(bytes) + 3);
-    if (sentence != C_RawDataMessage::eNmeaUnknown) return {row, sentence};
+    if (row != kSentenceRow) return {row};
+    if (const S_Start sentence = FindSentence(bytes, held); sentence.row != S_Start::kNoRow) return sentence;
   }
-  return {kNoRow, C_RawDataMessage::eNmeaUnknown};
+  return {};
 }
 
 bool C_StartMatcher::MayMatchLater(const unsigned char* bytes, unsigned int held) const {

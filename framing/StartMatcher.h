@@ -5,24 +5,25 @@
 #include <array>
 
 #include "framing/ProtocolTable.h"
+#include "textproto/SentenceIds.h"
 
 namespace velagnss::framing {
 
 using t_Protocols = std::array<bool, kNumProtocols>;  // a flag for each, by `eProtocols`
 
-// A start that was looked for: the row of its protocol, or kNoRow, and of a sentence its type.
+// What a start is: the row of its protocol, and of a sentence its type.
 struct S_Start {
-  unsigned int row;
-  unsigned int sentence;
+  // No row has this number: they count from 0.
+  static constexpr unsigned int kNoRow = kNumProtocols;
+
+  unsigned int row = kNoRow;
+  unsigned int sentence = C_RawDataMessage::eNmeaUnknown;
 };
 
 // The start patterns, arranged so that a start is identified by a few table accesses: each row of `kProtocols` is a
 // bit, the first two bytes select the rows that may match, and only those are compared, in their order.
 class C_StartMatcher {
  public:
-  // No row has this number: they count from 0.
-  static constexpr unsigned int kNoRow = kNumProtocols;
-
   // Takes the start patterns from the table.
   void TakePatterns();
 
@@ -45,7 +46,11 @@ class C_StartMatcher {
   unsigned int MaxLength() const { return m_maxLength; }
 
   // The first protocol whose start the `held` bytes are. Eight bytes are read in any case.
-  S_Start Find(const unsigned char* bytes, unsigned int held) const;
+  S_Start Find(const unsigned char* bytes, unsigned int held) const {
+    const unsigned int rows = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]];
+    // Most starts can be a sentence and nothing else.
+    return rows == 1U << kSentenceRow ? FindSentence(bytes, held) : FindAmong(rows, bytes, held);
+  }
 
   // Whether a pattern that needs more than the `held` (2 or more) bytes begins as they do.
   bool MayMatchLater(const unsigned char* bytes, unsigned int held) const;
@@ -53,8 +58,20 @@ class C_StartMatcher {
  private:
   static constexpr unsigned int kStartBytes = 3;  // "$", the preamble of RTCM 3, and "!"
 
+  static constexpr unsigned int kSentenceRow = kRowOf[C_RawDataMessage::eNMEA0183];
+
   // Fills the list in.
   void ListStartBytes();
+  // The first of these rows that matches.
+  S_Start FindAmong(unsigned int rows, const unsigned char* bytes, unsigned int held) const;
+  // "$.....," is the start of any sentence; an NMEA 0183 frame must name one that is known.
+  static S_Start FindSentence(const unsigned char* bytes, unsigned int held) {
+    constexpr const S_ProtocolRow& kRow = kProtocols[kSentenceRow];
+    static_assert(kRow.frame.startLength == 7 && kRow.neededLength == 7);
+    if (held < kRow.neededLength || bytes[6] != ',') return {};
+    const unsigned int sentence = textproto::SentenceIds::Find(reinterpret_cast<const char*>(bytes) + 3);
+    return sentence == C_RawDataMessage::eNmeaUnknown ? S_Start() : S_Start{kSentenceRow, sentence};
+  }
 
   // Their values when nothing is enabled: no start is ever long enough, and none is worth waiting for.
   unsigned short m_minLength = 255;
