@@ -37,8 +37,6 @@ static_assert(C_RunningCrc24::kMaxCount == RowOf(C_RawDataMessage::eRTCM3_x).fra
 // By eMark: no byte from this one on is a mark.
 constexpr unsigned char kLeastOfContent[kNumMarks] = {kFirstPrintable, kCr + 1, kLf + 1, kPackedBit};
 
-constexpr bool IsLineEnd(unsigned char byte) { return byte == kCr || byte == kLf; }
-
 bool IsPackedUpToLineEnds(const unsigned char* bytes, unsigned int from, unsigned int to) {
   while ((from = FindReadingAhead<eMark::Plain>(bytes, from, to)) < to) {
     if (!IsLineEnd(bytes[from++])) return false;
@@ -77,8 +75,6 @@ C_BodyScanner::C_BodyScanner(C_QueueWindow& queue, S_FrameInProgress& frame)
     : m_queue(queue), m_frame(frame), m_unwound(new unsigned char[frame.message.capacity]()) {}
 
 eVerdict C_BodyScanner::Scan(eBody body) {
-  if (m_examinedAs != body) m_examined = 0;
-  m_examinedAs = body;
   switch (body) {
     case eBody::Rtcm:
       return ScanAs<eBody::Rtcm>();
@@ -105,6 +101,8 @@ eVerdict C_BodyScanner::Scan(eBody body) {
 template <eBody kBody>
 eVerdict C_BodyScanner::ScanAs() {
   constexpr S_Rule kRule = kRules[static_cast<unsigned int>(kBody)];
+  if (m_examinedAs != kBody) m_examined = 0;
+  m_examinedAs = kBody;
   const eVerdict collected = kRule.knownLength ? CollectLength() : CollectUntilEnd<kBody>();
   if constexpr (kRule.check != nullptr) {
     if (collected == eVerdict::Complete) return (this->*kRule.check)();
@@ -194,7 +192,7 @@ bool C_BodyScanner::LooksForSentenceEnd() {
 }
 
 // Collects a body whose frame ends at its greatest length.
-eVerdict C_BodyScanner::CollectLength() {
+inline eVerdict C_BodyScanner::CollectLength() {
   const unsigned int limit = Limit();
   const unsigned int length = std::min(m_queue.Queued(), limit);
   m_frame.message.length = static_cast<unsigned short>(length);
@@ -312,5 +310,9 @@ eVerdict C_BodyScanner::CheckPackedSentence() {
   const unsigned int wholeWords = expected + expected % 2U;  // an odd payload is padded
   return unwound != 0 && unwound == wholeWords ? eVerdict::Complete : eVerdict::BadCheck;
 }
+
+// The recognizer asks for these by name.
+template eVerdict C_BodyScanner::ScanAs<eBody::Rtcm>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Text>();
 
 }  // namespace velagnss::framing

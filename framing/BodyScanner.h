@@ -41,6 +41,9 @@ class C_BodyScanner {
 
   // Looks at the queued bytes as a body of this shape, whatever frame is in progress.
   eVerdict Scan(eBody body);
+  // The same of a shape that is known to the caller.
+  template <eBody kBody>
+  eVerdict ScanAs();
 
   // Whether the frame, which has a body of text, is a whole sentence with the right checksum; the message has its
   // length. A quick look that takes no notice of all others.
@@ -83,12 +86,10 @@ class C_BodyScanner {
   // How a shape of body is collected and checked: BodyScanner.cpp has one rule for each.
   struct S_Rule;
   static const S_Rule kRules[];  // by eBody
-  template <eBody kBody>
-  eVerdict ScanAs();
 
   // The two ways to find the end: by the length from the header, and at an end mark. Both leave the number of bytes
   // that belong to the frame in its message.
-  eVerdict CollectLength();
+  inline eVerdict CollectLength();
   template <eBody kBody>
   eVerdict CollectUntilEnd();
   // The first end mark, or byte that must not be in the body, from `first` on and before `end`.
@@ -107,11 +108,11 @@ class C_BodyScanner {
   unsigned int Unwound(const unsigned char* packed);
 
   // The checks of whole frames. RTCM 10403: CRC-24Q over everything before it.
-  eVerdict CheckRtcmSum();
+  inline eVerdict CheckRtcmSum();
   // A 16-bit sum of the data, low byte first; the header is covered by its exact length only.
   eVerdict CheckBinaryFrame();
   // NMEA 0183: exclusive or of the characters between "$" and "*".
-  eVerdict CheckNmeaSum();
+  inline eVerdict CheckNmeaSum();
   // The same of any address, digits of either case.
   eVerdict CheckUnlistedSentence();
   // Whether a listed sentence is whole below its least length.

@@ -29,6 +29,8 @@ inline constexpr unsigned char kCr = 13;
 inline constexpr unsigned char kLf = 10;
 inline constexpr unsigned char kFirstPrintable = 32;
 
+constexpr bool IsLineEnd(unsigned char byte) { return byte == kCr || byte == kLf; }
+
 // The definition of each mark, one byte at a time: for the last bytes of a run, and for processors without SSE2.
 template <eMark kMark>
 bool IsMark(const unsigned char* byte) {
@@ -36,7 +38,7 @@ bool IsMark(const unsigned char* byte) {
     case eMark::Control:
       return *byte < kFirstPrintable;
     case eMark::LineEnd:
-      return *byte == kCr || *byte == kLf;
+      return IsLineEnd(*byte);
     case eMark::CrLf:
       return *byte == kLf && byte[-1] == kCr;
     case eMark::Plain:

@@ -108,7 +108,7 @@ void C_RecognizerCore::SetFrameStartChars() {
 }
 
 bool C_RecognizerCore::IsAPostFrameAllowedByte(unsigned char byte) {
-  m_postFrame = m_postFrame && (byte == kCr || byte == kLf);
+  m_postFrame = m_postFrame && IsLineEnd(byte);
   return m_postFrame;
 }
 
@@ -220,21 +220,17 @@ void C_RecognizerCore::DropFalseStart() {
   ResetFrameScanProc();
 }
 
-// How many of the bytes belong to the frame delivered before them: its line end.
-inline unsigned int C_RecognizerCore::CountAccepted(const unsigned char* bytes, unsigned int count) {
-  unsigned int accepted = 0;
-  while (accepted < count && m_postFrame && !IsAFrameStartChar(bytes[accepted]) &&
-         IsAPostFrameAllowedByte(bytes[accepted]))
-    ++accepted;
-  return accepted;
-}
-
 // Drops bytes that cannot start a frame. After a frame its line end counts as accepted, everything else is noise.
 eRecognitionResult C_RecognizerCore::StepIdle() {
   const unsigned char* const bytes = m_queue.Bytes();
   const unsigned int queued = m_queue.Queued();
-  const unsigned int accepted = CountAccepted(bytes, queued);
-  const unsigned int count = m_starts.FindStartByte(bytes, accepted, queued);
+  unsigned int accepted = 0;
+  while (accepted < queued && m_postFrame && IsLineEnd(bytes[accepted])) ++accepted;
+  unsigned int count = accepted;
+  if (count < queued && !IsAFrameStartChar(bytes[count])) {
+    m_postFrame = false;
+    count = m_starts.FindStartByte(bytes, count + 1, queued);
+  }
   if (count > 0) {
     Count(&S_RecognizerStatistics::bytesAccepted, accepted);
     Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
@@ -287,7 +283,7 @@ eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
     return eRecFrameComplete;
   }
   const unsigned int framesBad = m_counters.framesBad;
-  const eRecognitionResult result = FrameBodyWait();
+  const eRecognitionResult result = AwaitedBodyWait();
   if (m_state == eResynchronise) {
     if (m_acceptsUnlisted && !m_isUnlisted && MayBeUnlisted(result)) {
       const bool isCounted = m_counters.framesBad != framesBad;
@@ -430,9 +426,11 @@ eRecognitionResult C_RecognizerCore::FrameStartSearch() {
     return eRecSearching;
   }
   m_currentRow = start.row;
-  // The look-up of a sentence gives its type as well.
+  // Nearly all starts are of these two. The look-up of a sentence has given its type.
   if (start.row == kRowOf[C_RawDataMessage::eNMEA0183])
     return AwaitBody({start.sentence, m_expected.nmea[start.sentence]});
+  S_Expectation frame = {};
+  if (start.row == kRowOf[C_RawDataMessage::eRTCM3_x] && ReadRtcm(bytes, frame)) return AwaitBody(frame);
   return DetermineMsgExpectations();
 }
 
@@ -474,15 +472,17 @@ bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
   return true;
 }
 
-// Of the proprietary sentences the packed one has a body of its own.
-eRecognitionResult C_RecognizerCore::FrameBodyWait() {
-  if (!IsBodyAwaited()) return eRecError;
-  // The only shape of body that depends on the message, not on the protocol alone.
+// Nearly all bodies are of the two shapes that are scanned by name.
+inline eRecognitionResult C_RecognizerCore::AwaitedBodyWait() {
+  // The only shapes of body that depend on the message, not on the protocol alone.
   const eBody body = kProtocols[m_currentRow].body;
-  if (m_isUnlisted && body == eBody::Text) return BodyWait(eBody::Unlisted);
+  if (body == eBody::Rtcm) return BodyWaitAs<eBody::Rtcm>();
+  if (body == eBody::Text) return m_isUnlisted ? BodyWait(eBody::Unlisted) : BodyWaitAs<eBody::Text>();
   const bool isPacked = body == eBody::Pkvn && m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW;
   return BodyWait(isPacked ? eBody::PkvnRaw : body);
 }
+
+eRecognitionResult C_RecognizerCore::FrameBodyWait() { return IsBodyAwaited() ? AwaitedBodyWait() : eRecError; }
 
 // A host may call this for the frame of another protocol, which may be longer than there is room for.
 eRecognitionResult C_RecognizerCore::VelaBINBodyWait() {
@@ -493,7 +493,16 @@ eRecognitionResult C_RecognizerCore::VelaBINBodyWait() {
 eRecognitionResult C_RecognizerCore::BodyWait(eBody body) {
   if (!IsBodyAwaited()) return eRecError;
   m_wait.queued = kNoWait;
-  const eVerdict verdict = m_scanner.Scan(body);
+  return ConcludeBody(body, m_scanner.Scan(body));
+}
+
+template <eBody kBody>
+eRecognitionResult C_RecognizerCore::BodyWaitAs() {
+  m_wait.queued = kNoWait;
+  return ConcludeBody(kBody, m_scanner.ScanAs<kBody>());
+}
+
+inline eRecognitionResult C_RecognizerCore::ConcludeBody(eBody body, eVerdict verdict) {
   const bool isUnlisted = verdict == eVerdict::ShortLine || (m_isUnlisted && verdict == eVerdict::Complete);
   return Conclude(isUnlisted ? JudgeUnlisted(body, verdict) : verdict);
 }

@@ -130,14 +130,17 @@ class C_RecognizerCore {
   bool MakeRoomInFullQueue();
   void DropFalseStart();
   void WaitForBody();
-  // Bytes at the front of a run that end the line of the frame before.
-  unsigned int CountAccepted(const unsigned char* bytes, unsigned int count);
   // Copies the frame out and drops it from the queue.
   void DeliverFrame(C_RawDataMessage& message);
 
   // Protocols that were not named at construction stay disabled: the buffers were sized without them.
   void Enable(eProtocols protocol, const t_Protocols& flags);
   void ResetFrame();
+  // FrameBodyWait where a body is awaited; and what it is made of.
+  eRecognitionResult AwaitedBodyWait();
+  template <eBody kBody>
+  eRecognitionResult BodyWaitAs();
+  eRecognitionResult ConcludeBody(eBody body, eVerdict verdict);
   // Type and length limits, read from the start of the frame.
   void Expect(const S_Expectation& expectation);
   eRecognitionResult AwaitBody(const S_Expectation& expectation);

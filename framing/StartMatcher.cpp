@@ -102,18 +102,19 @@ void C_StartMatcher::ListStartBytes() {
 }
 
 unsigned int C_StartMatcher::FindStartByte(const unsigned char* bytes, unsigned int from, unsigned int to) const {
-  // Right after a frame another one begins, as a rule.
-  if (from < to && m_canStart[bytes[from]]) return from;
   if (!m_canStart[m_startBytes[0]]) return to;  // the list is empty
 #ifdef __SSE2__
-  const auto equals = [this](__m128i block, unsigned int i) {
-    return _mm_cmpeq_epi8(block, _mm_set1_epi8(static_cast<char>(m_startBytes[i])));
+  const auto listed = [this](unsigned int i) { return _mm_set1_epi8(static_cast<char>(m_startBytes[i])); };
+  const __m128i list[] = {listed(0), listed(1), listed(2)};
+  const auto marks = [bytes, &list](unsigned int at) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+    const __m128i isFirst = _mm_cmpeq_epi8(block, list[0]);
+    const __m128i isOther = _mm_or_si128(_mm_cmpeq_epi8(block, list[1]), _mm_cmpeq_epi8(block, list[2]));
+    return static_cast<unsigned int>(_mm_movemask_epi8(_mm_or_si128(isFirst, isOther)));
   };
-  for (; from < to; from += 16) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + from));
-    const __m128i starts = _mm_or_si128(_mm_or_si128(equals(block, 0), equals(block, 1)), equals(block, 2));
-    const auto marks = static_cast<unsigned int>(_mm_movemask_epi8(starts));
-    if (marks != 0) return std::min(from + static_cast<unsigned int>(std::countr_zero(marks)), to);
+  for (; from < to; from += 32) {
+    const unsigned int found = marks(from) | marks(from + 16) << 16;
+    if (found != 0) return std::min(from + static_cast<unsigned int>(std::countr_zero(found)), to);
   }
   return to;
 #else

@@ -48,8 +48,10 @@ class C_StartMatcher {
   // The first protocol whose start the `held` bytes are. Eight bytes are read in any case.
   S_Start Find(const unsigned char* bytes, unsigned int held) const {
     const unsigned int rows = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]];
-    // Most starts can be a sentence and nothing else.
-    return rows == 1U << kSentenceRow ? FindSentence(bytes, held) : FindAmong(rows, bytes, held);
+    // Most starts can be a sentence and nothing else, or else RTCM 3, of which the two bytes are all of the pattern.
+    if (rows == 1U << kSentenceRow) return FindSentence(bytes, held);
+    if (rows == 1U << kRtcmRow) return held < kProtocols[kRtcmRow].neededLength ? S_Start() : S_Start{kRtcmRow};
+    return FindAmong(rows, bytes, held);
   }
 
   // Whether a pattern that needs more than the `held` (2 or more) bytes begins as they do.
@@ -59,6 +61,8 @@ class C_StartMatcher {
   static constexpr unsigned int kStartBytes = 3;  // "$", the preamble of RTCM 3, and "!"
 
   static constexpr unsigned int kSentenceRow = kRowOf[C_RawDataMessage::eNMEA0183];
+  static constexpr unsigned int kRtcmRow = kRowOf[C_RawDataMessage::eRTCM3_x];
+  static_assert(kProtocols[kRtcmRow].frame.startLength == kProtocols[kRtcmRow].neededLength);
 
   // Fills the list in.
   void ListStartBytes();
