@@ -311,8 +311,15 @@ eVerdict C_BodyScanner::CheckPackedSentence() {
   return unwound != 0 && unwound == wholeWords ? eVerdict::Complete : eVerdict::BadCheck;
 }
 
-// The recognizer asks for these by name.
+// The recognizer asks for each by name.
 template eVerdict C_BodyScanner::ScanAs<eBody::Rtcm>();
+template eVerdict C_BodyScanner::ScanAs<eBody::VelaBin>();
 template eVerdict C_BodyScanner::ScanAs<eBody::Text>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Pkvn>();
+template eVerdict C_BodyScanner::ScanAs<eBody::SiteRecord>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Ack>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Jrox>();
+template eVerdict C_BodyScanner::ScanAs<eBody::PkvnRaw>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Unlisted>();
 
 }  // namespace velagnss::framing

@@ -229,7 +229,7 @@ eRecognitionResult C_RecognizerCore::StepIdle() {
   unsigned int count = accepted;
   if (count < queued && !IsAFrameStartChar(bytes[count])) {
     m_postFrame = false;
-    count = m_starts.FindStartByte(bytes, count + 1, queued);
+    if (++count < queued && !IsAFrameStartChar(bytes[count])) count = m_starts.FindStartByte(bytes, count, queued);
   }
   if (count > 0) {
     Count(&S_RecognizerStatistics::bytesAccepted, accepted);
@@ -269,7 +269,7 @@ eRecognitionResult C_RecognizerCore::StepStartSearch(C_RawDataMessage& message) 
     m_scanCount = m_frame.message.length;
     m_lastScanCount = kStepAgain;
   } else {
-    m_wait = {m_queue.Queued(), eRecSearching};
+    WaitForStart();
   }
   return result;
 }
@@ -297,12 +297,20 @@ eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
   return result;
 }
 
-// The last byte that the wait, or the queue's room, has a place for is left to a step.
-inline void C_RecognizerCore::WaitForBody() {
+// The bytes from `below` on may matter. So does the last one that there is room for: the queue then moves.
+inline void C_RecognizerCore::Wait(eRecognitionResult result, unsigned int below, unsigned char leastPlain) {
   const unsigned int queued = m_queue.Queued();
-  const unsigned int lastPlace = std::min(m_scanner.Wait().below, queued + m_queue.RoomInPlace());
-  m_wait = {queued, eRecFrameStarted, lastPlace - 1, m_scanner.Wait().least};
+  m_wait = {queued, result, std::min(below, queued + m_queue.RoomInPlace()) - 1, leastPlain};
 }
+
+// With unlisted frames each byte may decide.
+inline void C_RecognizerCore::WaitForStart() {
+  const unsigned int queued = m_queue.Queued();
+  const bool mayPass = queued >= m_starts.MinLength() && !m_acceptsUnlisted;
+  Wait(eRecSearching, mayPass ? m_starts.NextLength(m_queue.Bytes(), queued) : queued, 0);
+}
+
+inline void C_RecognizerCore::WaitForBody() { Wait(eRecFrameStarted, m_scanner.Wait().below, m_scanner.Wait().least); }
 
 // Whether the bytes decide that no listed frame begins here. The search for the longest pattern would otherwise hold
 // back an unlisted frame that is shorter, at the end of the stream for good.
@@ -472,14 +480,25 @@ bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
   return true;
 }
 
-// Nearly all bodies are of the two shapes that are scanned by name.
+// The shapes of body that depend on the message as well are a sentence that is not listed and a packed one.
 inline eRecognitionResult C_RecognizerCore::AwaitedBodyWait() {
-  // The only shapes of body that depend on the message, not on the protocol alone.
-  const eBody body = kProtocols[m_currentRow].body;
-  if (body == eBody::Rtcm) return BodyWaitAs<eBody::Rtcm>();
-  if (body == eBody::Text) return m_isUnlisted ? BodyWait(eBody::Unlisted) : BodyWaitAs<eBody::Text>();
-  const bool isPacked = body == eBody::Pkvn && m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW;
-  return BodyWait(isPacked ? eBody::PkvnRaw : body);
+  switch (kProtocols[m_currentRow].body) {
+    case eBody::Rtcm:
+      return BodyWaitAs<eBody::Rtcm>();
+    case eBody::VelaBin:
+      return BodyWaitAs<eBody::VelaBin>();
+    case eBody::Text:
+      return m_isUnlisted ? BodyWaitAs<eBody::Unlisted>() : BodyWaitAs<eBody::Text>();
+    case eBody::Pkvn:
+      return m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW ? BodyWaitAs<eBody::PkvnRaw>()
+                                                                        : BodyWaitAs<eBody::Pkvn>();
+    case eBody::SiteRecord:
+      return BodyWaitAs<eBody::SiteRecord>();
+    case eBody::Ack:
+      return BodyWaitAs<eBody::Ack>();
+    default:
+      return BodyWaitAs<eBody::Jrox>();
+  }
 }
 
 eRecognitionResult C_RecognizerCore::FrameBodyWait() { return IsBodyAwaited() ? AwaitedBodyWait() : eRecError; }

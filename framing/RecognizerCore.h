@@ -108,7 +108,7 @@ class C_RecognizerCore {
     m_scanner.Pass(m_wait.queued);
     m_lastScanCount = m_scanCount;
     m_scanCount = static_cast<unsigned short>(m_wait.queued);
-    return eRecFrameStarted;
+    return m_wait.result;
   }
   // One for each state; they alone move the queue.
   eRecognitionResult StepIdle();
@@ -129,6 +129,8 @@ class C_RecognizerCore {
   eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
   bool MakeRoomInFullQueue();
   void DropFalseStart();
+  void Wait(eRecognitionResult result, unsigned int below, unsigned char leastPlain);
+  void WaitForStart();
   void WaitForBody();
   // Copies the frame out and drops it from the queue.
   void DeliverFrame(C_RawDataMessage& message);

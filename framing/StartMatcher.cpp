@@ -49,7 +49,8 @@ bool AgreesAsFarAs(const S_FrameDescriptor& frame, const unsigned char* bytes, u
 
 }  // namespace
 
-// The second byte separates "$>" from "$B", "$J", "$P" and "$R": most starts are left with one or two rows.
+// The second byte separates "$>" from "$B", "$J", "$P" and "$R", and the third those from the talkers of sentences:
+// nearly all starts are left with one row.
 void C_StartMatcher::TakePatterns() {
   for (unsigned int i = 0; i < kNumProtocols; ++i) {
     const S_FrameDescriptor& frame = kProtocols[i].frame;
@@ -138,9 +139,18 @@ S_Start C_StartMatcher::FindAmong(unsigned int rows, const unsigned char* bytes,
   return {};
 }
 
+unsigned int C_StartMatcher::NextLength(const unsigned char* bytes, unsigned int held) const {
+  if (held < kBytesLookedUp) return held + 1;
+  unsigned int next = m_maxLength;
+  for (unsigned int rows = Candidates(bytes); rows != 0; rows &= rows - 1) {
+    const unsigned int compared = m_comparedLengths[std::countr_zero(rows)];
+    if (compared > held) next = std::min(next, compared);
+  }
+  return next;
+}
+
 bool C_StartMatcher::MayMatchLater(const unsigned char* bytes, unsigned int held) const {
-  for (unsigned int rows = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]]; rows != 0;
-       rows &= rows - 1) {
+  for (unsigned int rows = Candidates(bytes); rows != 0; rows &= rows - 1) {
     const auto row = static_cast<unsigned int>(std::countr_zero(rows));
     const S_FrameDescriptor& frame = kProtocols[row].frame;
     if (m_comparedLengths[row] > held && AgreesAsFarAs(frame, bytes, std::min<unsigned int>(held, frame.startLength)))

@@ -21,7 +21,7 @@ struct S_Start {
 };
 
 // The start patterns, arranged so that a start is identified by a few table accesses: each row of `kProtocols` is a
-// bit, the first two bytes select the rows that may match, and only those are compared, in their order.
+// bit, the first three bytes select the rows that may match, and only those are compared, in their order.
 class C_StartMatcher {
  public:
   // Takes the start patterns from the table.
@@ -47,23 +47,32 @@ class C_StartMatcher {
 
   // The first protocol whose start the `held` bytes are. Eight bytes are read in any case.
   S_Start Find(const unsigned char* bytes, unsigned int held) const {
-    const unsigned int rows = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]];
+    const unsigned int rows = Candidates(bytes);
     // Most starts can be a sentence and nothing else, or else RTCM 3, of which the two bytes are all of the pattern.
     if (rows == 1U << kSentenceRow) return FindSentence(bytes, held);
     if (rows == 1U << kRtcmRow) return held < kProtocols[kRtcmRow].neededLength ? S_Start() : S_Start{kRtcmRow};
     return FindAmong(rows, bytes, held);
   }
 
+  // The bytes that must be held before the answer of Find can be another one than none, or the start is given up; when
+  // it is none for the `held` bytes.
+  unsigned int NextLength(const unsigned char* bytes, unsigned int held) const;
+
   // Whether a pattern that needs more than the `held` (2 or more) bytes begins as they do.
   bool MayMatchLater(const unsigned char* bytes, unsigned int held) const;
 
  private:
+  static constexpr unsigned int kBytesLookedUp = 3;
   static constexpr unsigned int kStartBytes = 3;  // "$", the preamble of RTCM 3, and "!"
 
   static constexpr unsigned int kSentenceRow = kRowOf[C_RawDataMessage::eNMEA0183];
   static constexpr unsigned int kRtcmRow = kRowOf[C_RawDataMessage::eRTCM3_x];
   static_assert(kProtocols[kRtcmRow].frame.startLength == kProtocols[kRtcmRow].neededLength);
 
+  // The rows that may match by the first bytes. A pattern of fewer bytes takes any that follow.
+  unsigned int Candidates(const unsigned char* bytes) const {
+    return m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]] & m_rowsByByte[2][bytes[2]];
+  }
   // Fills the list in.
   void ListStartBytes();
   // The first of these rows that matches.
@@ -80,11 +89,11 @@ class C_StartMatcher {
   // Their values when nothing is enabled: no start is ever long enough, and none is worth waiting for.
   unsigned short m_minLength = 255;
   unsigned short m_maxLength = 0;
-  unsigned int m_searched = 0;                           // rows
-  unsigned short m_comparedLengths[kNumProtocols] = {};  // bytes held before a row is compared
-  bool m_canStart[256] = {};                             // by byte: of the rows that are searched
-  unsigned char m_startBytes[kStartBytes] = {};          // the same as a list; those left over repeat the first
-  unsigned short m_rowsByByte[2][256] = {};              // rows that may have the byte first, second
+  unsigned int m_searched = 0;                            // rows
+  unsigned short m_comparedLengths[kNumProtocols] = {};   // bytes held before a row is compared
+  bool m_canStart[256] = {};                              // by byte: of the rows that are searched
+  unsigned char m_startBytes[kStartBytes] = {};           // the same as a list; those left over repeat the first
+  unsigned short m_rowsByByte[kBytesLookedUp][256] = {};  // rows that may have the byte first, second, third
 };
 static_assert(kNumProtocols <= 16, "a row has no bit");
 
