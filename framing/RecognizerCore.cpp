@@ -282,6 +282,10 @@ eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
     DeliverFrame(message);
     return eRecFrameComplete;
   }
+  return StepOtherBody(message);
+}
+
+eRecognitionResult C_RecognizerCore::StepOtherBody(C_RawDataMessage& message) {
   const unsigned int framesBad = m_counters.framesBad;
   const eRecognitionResult result = AwaitedBodyWait();
   if (m_state == eResynchronise) {
@@ -303,11 +307,13 @@ inline void C_RecognizerCore::Wait(eRecognitionResult result, unsigned int below
   m_wait = {queued, result, std::min(below, queued + m_queue.RoomInPlace()) - 1, leastPlain};
 }
 
-// With unlisted frames each byte may decide.
+// With unlisted frames, each byte from a certain one on may decide that none that is listed begins here.
 inline void C_RecognizerCore::WaitForStart() {
   const unsigned int queued = m_queue.Queued();
-  const bool mayPass = queued >= m_starts.MinLength() && !m_acceptsUnlisted;
-  Wait(eRecSearching, mayPass ? m_starts.NextLength(m_queue.Bytes(), queued) : queued, 0);
+  unsigned int below = queued;  // no byte may pass
+  if (queued >= m_starts.MinLength()) below = m_starts.NextLength(m_queue.Bytes(), queued);
+  if (m_acceptsUnlisted) below = std::min(below, std::max(kShortestSentence, queued));
+  Wait(eRecSearching, below, 0);
 }
 
 inline void C_RecognizerCore::WaitForBody() { Wait(eRecFrameStarted, m_scanner.Wait().below, m_scanner.Wait().least); }

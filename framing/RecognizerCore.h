@@ -114,6 +114,7 @@ class C_RecognizerCore {
   eRecognitionResult StepIdle();
   eRecognitionResult StepStartSearch(C_RawDataMessage& message);
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
+  [[gnu::noinline]] eRecognitionResult StepOtherBody(C_RawDataMessage& message);  // than a whole sentence
 
   // Frames that are not listed: at each start that has failed as a listed one.
   bool IsNoListedStart();
