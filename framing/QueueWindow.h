@@ -33,8 +33,8 @@ class C_QueueWindow {
     m_queued += count;
   }
 
-  // How many bytes can be queued before the others move; and the queueing of a byte for which there is such room.
-  unsigned int RoomInPlace() const { return static_cast<unsigned int>(m_end - m_head) - m_queued; }
+  // Whether one more byte can be queued without moving the others; and its queueing.
+  bool HasPlace() const { return m_queued < m_capacity && m_head + m_queued < m_end; }
   void AddInPlace(unsigned char byte) { m_head[m_queued++] = byte; }
 
   // Copies the oldest bytes, `room` at most, and returns how many. A null pointer gets none.

@@ -260,17 +260,21 @@ inline bool C_RecognizerCore::MayBeUnlisted(eRecognitionResult result) {
 // On a match the search may hold more bytes than the frame has (the next one's, say): those are given back.
 eRecognitionResult C_RecognizerCore::StepStartSearch(C_RawDataMessage& message) {
   const eRecognitionResult result = FrameStartSearch();
+  if (m_state != eBodyWait) return StepWithoutMatch(result, message);
+  m_frame.message.length = std::min(m_frame.message.length, m_frame.lengths.least);
+  m_scanCount = m_frame.message.length;
+  m_lastScanCount = kStepAgain;
+  return result;
+}
+
+eRecognitionResult C_RecognizerCore::StepWithoutMatch(eRecognitionResult result, C_RawDataMessage& message) {
   if (m_acceptsUnlisted && m_state == eStartSearch && IsNoListedStart()) m_state = eResynchronise;
-  if (m_state == eResynchronise) {
-    if (m_acceptsUnlisted && MayBeUnlisted(result)) return LookAsUnlisted(result, false, message);
-    DropFalseStart();
-  } else if (m_state == eBodyWait) {
-    m_frame.message.length = std::min(m_frame.message.length, m_frame.lengths.least);
-    m_scanCount = m_frame.message.length;
-    m_lastScanCount = kStepAgain;
-  } else {
+  if (m_state != eResynchronise) {
     WaitForStart();
+    return result;
   }
+  if (m_acceptsUnlisted && MayBeUnlisted(result)) return LookAsUnlisted(result, false, message);
+  DropFalseStart();
   return result;
 }
 
@@ -301,18 +305,16 @@ eRecognitionResult C_RecognizerCore::StepOtherBody(C_RawDataMessage& message) {
   return result;
 }
 
-// The bytes from `below` on may matter. So does the last one that there is room for: the queue then moves.
 inline void C_RecognizerCore::Wait(eRecognitionResult result, unsigned int below, unsigned char leastPlain) {
-  const unsigned int queued = m_queue.Queued();
-  m_wait = {queued, result, std::min(below, queued + m_queue.RoomInPlace()) - 1, leastPlain};
+  m_wait = {m_queue.Queued(), result, below - 1, leastPlain};
 }
 
 // With unlisted frames, each byte from a certain one on may decide that none that is listed begins here.
 inline void C_RecognizerCore::WaitForStart() {
   const unsigned int queued = m_queue.Queued();
-  unsigned int below = queued;  // no byte may pass
-  if (queued >= m_starts.MinLength()) below = m_starts.NextLength(m_queue.Bytes(), queued);
-  if (m_acceptsUnlisted) below = std::min(below, std::max(kShortestSentence, queued));
+  const unsigned int greatest = m_acceptsUnlisted ? kShortestSentence : m_starts.MaxLength();
+  const bool mayPass = queued >= m_starts.MinLength() && queued + 1 < greatest;
+  const unsigned int below = mayPass ? std::min(m_starts.NextLength(m_queue.Bytes(), queued), greatest) : queued;
   Wait(eRecSearching, below, 0);
 }
 
@@ -439,12 +441,13 @@ eRecognitionResult C_RecognizerCore::FrameStartSearch() {
     if (held >= m_starts.MaxLength()) m_state = eResynchronise;
     return eRecSearching;
   }
-  m_currentRow = start.row;
   // Nearly all starts are of these two. The look-up of a sentence has given its type.
-  if (start.row == kRowOf[C_RawDataMessage::eNMEA0183])
-    return AwaitBody({start.sentence, m_expected.nmea[start.sentence]});
+  constexpr unsigned int kSentenceRow = kRowOf[C_RawDataMessage::eNMEA0183];
+  constexpr unsigned int kRtcmRow = kRowOf[C_RawDataMessage::eRTCM3_x];
+  if (start.row == kSentenceRow) return AwaitBody(kSentenceRow, {start.sentence, m_expected.nmea[start.sentence]});
   S_Expectation frame = {};
-  if (start.row == kRowOf[C_RawDataMessage::eRTCM3_x] && ReadRtcm(bytes, frame)) return AwaitBody(frame);
+  if (start.row == kRtcmRow && ReadRtcm(bytes, frame)) return AwaitBody(kRtcmRow, frame);
+  m_currentRow = start.row;
   return DetermineMsgExpectations();
 }
 
@@ -458,16 +461,16 @@ eRecognitionResult C_RecognizerCore::DetermineMsgExpectations() {
   const S_ProtocolRow& row = kProtocols[m_currentRow];
   S_Expectation expectation = {m_frame.message.messageType, {row.frame.headerLength, row.frame.maxLength}};
   const bool isExpected = row.readParameters == nullptr || ReadExpectation(row, expectation);
-  AwaitBody(expectation);
+  AwaitBody(m_currentRow, expectation);
   if (isExpected) return eRecFrameStarted;
   m_state = eResynchronise;
   return eRecFrameRejected;
 }
 
-// The frame is one of the row that matched.
-inline eRecognitionResult C_RecognizerCore::AwaitBody(const S_Expectation& expectation) {
+inline eRecognitionResult C_RecognizerCore::AwaitBody(unsigned int row, const S_Expectation& expectation) {
   m_isUnlisted = false;
-  m_frame.message.protocol = kProtocols[m_currentRow].frame.protocol;
+  m_currentRow = row;
+  m_frame.message.protocol = kProtocols[row].frame.protocol;
   Expect(expectation);
   m_state = eBodyWait;
   return eRecFrameStarted;

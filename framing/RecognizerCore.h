@@ -28,10 +28,14 @@ class C_RecognizerCore {
   // do: so all that needs registers saved is out of line, and called last.
   eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
     if (m_state == eResynchronise) return Resynchronize(data, length, message);
-    if (data == nullptr || length == 0) return Advance(message);
-    if (length != 1 || !IsPlain(*data)) return Feed(data, length, message);
-    m_queue.AddInPlace(*data);
-    return Pass();
+    if (data != nullptr && length != 0) {
+      if (length != 1 || !m_queue.HasPlace()) return Feed(data, length, message);
+      const bool isPlain = IsPlain(*data);
+      m_queue.AddInPlace(*data);
+      if (isPlain) return Pass();
+      m_lastScanCount = kStepAgain;
+    }
+    return Advance(message);
   }
 
   void EnableProtocol(eProtocols protocol) { Enable(protocol, m_allowed); }
@@ -113,6 +117,7 @@ class C_RecognizerCore {
   // One for each state; they alone move the queue.
   eRecognitionResult StepIdle();
   eRecognitionResult StepStartSearch(C_RawDataMessage& message);
+  eRecognitionResult StepWithoutMatch(eRecognitionResult result, C_RawDataMessage& message);
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
   [[gnu::noinline]] eRecognitionResult StepOtherBody(C_RawDataMessage& message);  // than a whole sentence
 
@@ -146,7 +151,8 @@ class C_RecognizerCore {
   eRecognitionResult ConcludeBody(eBody body, eVerdict verdict);
   // Type and length limits, read from the start of the frame.
   void Expect(const S_Expectation& expectation);
-  eRecognitionResult AwaitBody(const S_Expectation& expectation);
+  // The frame is one of this row.
+  eRecognitionResult AwaitBody(unsigned int row, const S_Expectation& expectation);
   bool ReadExpectation(const S_ProtocolRow& row, S_Expectation& expectation) const;
   bool ReadParameters(const S_ProtocolRow& row);
   // Single steps may be called in any state, so each of them asks this first.
