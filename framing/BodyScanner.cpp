@@ -34,7 +34,7 @@ constexpr std::size_t kRawCountDigits = 9;  // characters of the field with the 
 
 static_assert(C_RunningCrc24::kMaxCount == RowOf(C_RawDataMessage::eRTCM3_x).frame.maxLength);
 
-// By eMark: no byte from this one on is a mark.
+// By eMark: this byte value and those above it are never marks.
 constexpr unsigned char kLeastOfContent[kNumMarks] = {kFirstPrintable, kCr + 1, kLf + 1, kPackedBit};
 
 bool IsPackedUpToLineEnds(const unsigned char* bytes, unsigned int from, unsigned int to) {
@@ -97,17 +97,15 @@ eVerdict C_BodyScanner::Scan(eBody body) {
   }
 }
 
-// The shape is a template argument, so that its rule costs nothing at run time.
+// The shape is a template argument, so that reading its rule costs nothing at run time.
 template <eBody kBody>
 eVerdict C_BodyScanner::ScanAs() {
   constexpr S_Rule kRule = kRules[static_cast<unsigned int>(kBody)];
   if (m_examinedAs != kBody) m_examined = 0;
   m_examinedAs = kBody;
   const eVerdict collected = kRule.knownLength ? CollectLength() : CollectUntilEnd<kBody>();
-  if constexpr (kRule.check != nullptr) {
-    if (collected == eVerdict::Complete) return (this->*kRule.check)();
-  }
-  return collected;
+  const bool isChecked = collected == eVerdict::Complete && kRule.check != nullptr;
+  return isChecked ? (this->*kRule.check)() : collected;
 }
 
 #ifdef __SSE2__
@@ -116,7 +114,7 @@ bool C_BodyScanner::JudgeLine() {
   const S_Line line = ReadLine(bytes);
   const unsigned int length = line.end + 1;
   const unsigned int least = std::max<unsigned int>(m_frame.lengths.least, kShortestSum);
-  if (line.end == kReadAhead || length < least || length > Limit() || !IsLineEnd(bytes[line.end]) ||
+  if (line.end == kLineWindow || length < least || length > Limit() || !IsLineEnd(bytes[line.end]) ||
       bytes[line.end - 3] != '*')
     return false;
   unsigned int sum = 0;
@@ -311,7 +309,7 @@ eVerdict C_BodyScanner::CheckPackedSentence() {
   return unwound != 0 && unwound == wholeWords ? eVerdict::Complete : eVerdict::BadCheck;
 }
 
-// The recognizer asks for each by name.
+// RecognizerCore.cpp calls them.
 template eVerdict C_BodyScanner::ScanAs<eBody::Rtcm>();
 template eVerdict C_BodyScanner::ScanAs<eBody::VelaBin>();
 template eVerdict C_BodyScanner::ScanAs<eBody::Text>();

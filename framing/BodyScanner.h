@@ -45,24 +45,24 @@ class C_BodyScanner {
   template <eBody kBody>
   eVerdict ScanAs();
 
-  // Whether the frame, which has a body of text, is a whole sentence with the right checksum; the message has its
-  // length. A quick look that takes no notice of all others.
+  // Whether the frame, a text, is queued as a whole and has the right checksum; the message then has its length. A
+  // quick look at the usual case: after `false`, a scan decides.
   bool IsWholeSentence() {
 #ifdef __SSE2__
-    // A part of the bytes needs no second look, or the end may be missing: then a pass over the line costs too much.
-    return m_examined == 0 && m_queue.Queued() >= kReadAhead && MayMark(eMark::Control) && JudgeLine();
+    // The pass over the line would be wasted where the end may be missing, or where bytes have been looked at before.
+    return m_queue.Queued() >= kLineWindow && m_examined == 0 && IsUnknown(eMark::Control) && JudgeLine();
 #else
     return false;
 #endif
   }
 
-  // After `More`: which bytes leave the scan waiting whatever else they are.
+  // After `More`: the bytes that cannot end the wait.
   struct S_Wait {
-    unsigned int below = 0;   // as long as fewer than these are queued
-    unsigned char least = 0;  // and each of them is this one or greater
+    unsigned int below = 0;   // as long as fewer than these are queued in all,
+    unsigned char least = 0;  // those that are this one or greater
   };
   const S_Wait& Wait() const { return m_wait; }
-  // Takes such bytes for the frame; `queued` with them.
+  // Such bytes have been queued: all that are queued now belong to the frame.
   void Pass(unsigned int queued) {
     m_frame.message.length = static_cast<unsigned short>(queued);
     m_examined = queued;
@@ -95,9 +95,9 @@ class C_BodyScanner {
   // The first end mark, or byte that must not be in the body, from `first` on and before `end`.
   template <eMark kMark>
   unsigned int FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end);
-  // Whether the oldest queued byte may be followed by such a one at once.
-  bool MayMark(eMark mark) const { return m_unmarkedTo[static_cast<unsigned int>(mark)] <= m_queue.Position(); }
-  bool JudgeLine();
+  // Whether the bytes from the oldest one on have not been searched for the mark.
+  bool IsUnknown(eMark mark) const { return m_unmarkedTo[static_cast<unsigned int>(mark)] <= m_queue.Position(); }
+  bool JudgeLine();  // the pass of IsWholeSentence
   // The part of LacksSentenceEnd that looks at bytes.
   bool LooksForSentenceEnd();
   // Takes that many of the oldest queued bytes for the frame.

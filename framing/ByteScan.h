@@ -87,10 +87,10 @@ unsigned int Find(const unsigned char* bytes, unsigned int from, unsigned int to
   return from;
 }
 
-// How many bytes after the queued ones scans may read: they look at whole blocks, and at several of them at once.
-inline constexpr unsigned int kReadAhead = 96;
+// How many bytes after the queued ones can be read, of any value: scans look at whole blocks, some at two of them.
+inline constexpr unsigned int kReadAhead = 32;
 
-// The same where 15 bytes after `to` may be read, of any value.
+// The same where bytes after `to` can be read.
 template <eMark kMark>
 unsigned int FindReadingAhead(const unsigned char* bytes, unsigned int from, unsigned int to) {
 #ifdef __SSE2__
@@ -104,7 +104,7 @@ unsigned int FindReadingAhead(const unsigned char* bytes, unsigned int from, uns
 #endif
 }
 
-// Whether each of the `count` bytes is `least` or greater. Reads ahead likewise.
+// Whether none of the `count` bytes is below `least`. Reads ahead as well.
 inline bool AreAtLeast(unsigned char least, const unsigned char* bytes, unsigned int count) {
   if (least == 0) return true;
 #ifdef __SSE2__
@@ -122,16 +122,19 @@ inline bool AreAtLeast(unsigned char least, const unsigned char* bytes, unsigned
 }
 
 #ifdef __SSE2__
-// The first line of a text, if it ends within kReadAhead bytes, and the exclusive or that its checksum must equal.
+// Most sentences are shorter (NMEA 0183 allows 82 characters).
+inline constexpr unsigned int kLineWindow = 96;
+
+// The first line of kLineWindow bytes, and the exclusive or that its checksum must equal.
 struct S_Line {
-  unsigned int end;   // position of the first control character; kReadAhead if there is none
-  unsigned char sum;  // of the characters after the first one and before "*hh"; of no use unless `end` is 5 or more
+  unsigned int end;   // position of the first control character; kLineWindow if there is none
+  unsigned char sum;  // of the characters after the first one and before "*hh"; meaningless if `end` is below 4
 };
 
-// Reads kReadAhead bytes, whatever the line's length: without a branch that depends on it, one pass costs less than a
+// Reads all of the window, whatever the line's length: without a branch that depends on it, one pass costs less than a
 // search for the end and a sum up to it.
 inline S_Line ReadLine(const unsigned char* bytes) {
-  constexpr int kBlocks = kReadAhead / 16;
+  constexpr int kBlocks = kLineWindow / 16;
   __m128i blocks[kBlocks];
   unsigned int marks[kBlocks];
   for (int i = 0; i < kBlocks; ++i) {

@@ -7,13 +7,13 @@ namespace velagnss::framing {
 
 namespace {
 
-// Sizes of the window in the buffer. A full window moves once in so many times its size: a stream of false starts,
-// which keeps it full, has a third of a byte moved for each one that it feeds.
+// The size of the buffer in windows. Even a stream of false starts, which keeps the window full, then moves a third of
+// a byte for each byte that is fed.
 constexpr std::size_t kWindows = 4;
 
 }  // namespace
 
-// Zeros, because scans read ahead of what is queued.
+// All of it is initialized, because scans read ahead of what is queued.
 C_QueueWindow::C_QueueWindow(unsigned int capacity)
     : m_capacity(capacity),
       m_buffer(new unsigned char[kWindows * capacity + kReadAhead]()),

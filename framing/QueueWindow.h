@@ -33,7 +33,7 @@ class C_QueueWindow {
     m_queued += count;
   }
 
-  // Whether one more byte can be queued without moving the others; and its queueing.
+  // Whether one more byte can be queued without moving the others, and the operation that queues it.
   bool HasPlace() const { return m_queued < m_capacity && m_head + m_queued < m_end; }
   void AddInPlace(unsigned char byte) { m_head[m_queued++] = byte; }
 
@@ -47,8 +47,8 @@ class C_QueueWindow {
     m_position += count;
   }
 
-  // The queued bytes. The pointer holds until bytes are added or dropped. After them come kReadAhead more that may be
-  // read, of any value: a scan need not stop at the last byte.
+  // The queued bytes. The pointer is valid until bytes are added or dropped. kReadAhead more can be read after them, of
+  // any value, so a scan need not stop at the last byte.
   const unsigned char* Bytes() const { return m_head; }
 
  private:
@@ -57,7 +57,7 @@ class C_QueueWindow {
   unsigned int m_capacity;
   std::unique_ptr<unsigned char[]> m_buffer;
   unsigned char* m_head;  // the oldest byte
-  unsigned char* m_end;   // of the bytes that the window may reach
+  unsigned char* m_end;   // of the bytes that may be queued
   unsigned int m_queued = 0;
   // 64 bits: at 1 Gbit/s they last for thousands of years, so no position is ever reused.
   std::uint64_t m_position = 0;

@@ -184,7 +184,7 @@ eRecognitionResult C_RecognizerCore::QueueInput(const unsigned char* data, unsig
       if (!MakeRoomInFullQueue()) return eRecError;
       result = eRecInputOverflow;
     }
-    // At least one byte is done with: under RejectNew a full queue stays full, and the byte is refused.
+    // At least one byte per round: under RejectNew the queue is still full, and the byte is refused.
     const unsigned int count = std::min(length, std::max(m_queue.FreeSpace(), 1U));
     m_queue.Add(data, std::min(count, m_queue.FreeSpace()));
     m_lastScanCount = kStepAgain;
@@ -309,7 +309,7 @@ inline void C_RecognizerCore::Wait(eRecognitionResult result, unsigned int below
   m_wait = {m_queue.Queued(), result, below - 1, leastPlain};
 }
 
-// With unlisted frames, each byte from a certain one on may decide that none that is listed begins here.
+// With unlisted frames accepted, any byte from a certain one on may show that no listed frame begins here.
 inline void C_RecognizerCore::WaitForStart() {
   const unsigned int queued = m_queue.Queued();
   const unsigned int greatest = m_acceptsUnlisted ? kShortestSentence : m_starts.MaxLength();
@@ -489,7 +489,7 @@ bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
   return true;
 }
 
-// The shapes of body that depend on the message as well are a sentence that is not listed and a packed one.
+// Two shapes of body depend on the message as well: a sentence that is not listed, and a packed one.
 inline eRecognitionResult C_RecognizerCore::AwaitedBodyWait() {
   switch (kProtocols[m_currentRow].body) {
     case eBody::Rtcm:

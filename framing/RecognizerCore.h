@@ -101,12 +101,12 @@ class C_RecognizerCore {
         return eRecError;
     }
   }
-  // A byte that leaves the last step waiting, as most do that come one by one.
+  // Whether the byte leaves the last step waiting, as most bytes do that come one by one.
   bool IsPlain(unsigned char byte) const {
     const unsigned int queued = m_queue.Queued();
     return queued == m_wait.queued && queued < m_wait.plainBelow && byte >= m_wait.leastPlain;
   }
-  // Such bytes have been queued. A step would come to the same.
+  // Such bytes have been queued. Does what a step would do.
   eRecognitionResult Pass() {
     m_wait.queued = m_queue.Queued();
     m_scanner.Pass(m_wait.queued);
@@ -119,7 +119,8 @@ class C_RecognizerCore {
   eRecognitionResult StepStartSearch(C_RawDataMessage& message);
   eRecognitionResult StepWithoutMatch(eRecognitionResult result, C_RawDataMessage& message);
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
-  [[gnu::noinline]] eRecognitionResult StepOtherBody(C_RawDataMessage& message);  // than a whole sentence
+  // For all but a whole sentence. Apart, because it needs registers saved.
+  [[gnu::noinline]] eRecognitionResult StepOtherBody(C_RawDataMessage& message);
 
   // Frames that are not listed: at each start that has failed as a listed one.
   bool IsNoListedStart();
@@ -135,6 +136,8 @@ class C_RecognizerCore {
   eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
   bool MakeRoomInFullQueue();
   void DropFalseStart();
+  // The step that was made only waits. As long as fewer than `below` bytes are queued, those from `leastPlain` on make
+  // no difference.
   void Wait(eRecognitionResult result, unsigned int below, unsigned char leastPlain);
   void WaitForStart();
   void WaitForBody();
@@ -144,7 +147,7 @@ class C_RecognizerCore {
   // Protocols that were not named at construction stay disabled: the buffers were sized without them.
   void Enable(eProtocols protocol, const t_Protocols& flags);
   void ResetFrame();
-  // FrameBodyWait where a body is awaited; and what it is made of.
+  // FrameBodyWait where a body is awaited, and what it is made of.
   eRecognitionResult AwaitedBodyWait();
   template <eBody kBody>
   eRecognitionResult BodyWaitAs();
@@ -171,12 +174,12 @@ class C_RecognizerCore {
   bool m_acceptsUnlisted = false;
   S_ExpectedMessages m_expected;
 
-  // What the last step has left if it only waits for more bytes.
+  // What to know of the last step if it only waits for more bytes.
   struct S_Wait {
-    unsigned int queued = kNoWait;              // bytes then: a step with no others would come to the same
+    unsigned int queued = kNoWait;              // bytes queued: with no others, a step would do the same again
     eRecognitionResult result = eRecNoNewData;  // its result
     unsigned int plainBelow = 0;                // as long as fewer bytes than these are queued,
-    unsigned char leastPlain = 0;               // one more that is not below this one leaves it waiting
+    unsigned char leastPlain = 0;               // one more leaves it waiting if it is this one or greater
   };
 
   eScanState m_state = eIdle;

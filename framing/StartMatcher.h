@@ -37,8 +37,7 @@ class C_StartMatcher {
   // Whether a frame can start with this byte.
   bool CanStart(unsigned char byte) const { return m_canStart[byte]; }
 
-  // Position of the first byte in [from, to) that a frame can start with; `to` when there is none. The bytes after `to`
-  // are read ahead, and may be of any value.
+  // Position of the first byte in [from, to) that a frame can start with; `to` when there is none. Reads ahead.
   unsigned int FindStartByte(const unsigned char* bytes, unsigned int from, unsigned int to) const;
 
   // Bytes that the first pattern can be compared with, and that the last one can; 255 and 0 when nothing is searched.
@@ -48,14 +47,13 @@ class C_StartMatcher {
   // The first protocol whose start the `held` bytes are. Eight bytes are read in any case.
   S_Start Find(const unsigned char* bytes, unsigned int held) const {
     const unsigned int rows = Candidates(bytes);
-    // Most starts can be a sentence and nothing else, or else RTCM 3, of which the two bytes are all of the pattern.
+    // Most starts can only be a sentence or only RTCM 3, whose pattern says no more than its first two bytes.
     if (rows == 1U << kSentenceRow) return FindSentence(bytes, held);
     if (rows == 1U << kRtcmRow) return held < kProtocols[kRtcmRow].neededLength ? S_Start() : S_Start{kRtcmRow};
     return FindAmong(rows, bytes, held);
   }
 
-  // The bytes that must be held before the answer of Find can be another one than none, or the start is given up; when
-  // it is none for the `held` bytes.
+  // For `held` bytes that are no start yet: how many must be held before they can be one, or are given up.
   unsigned int NextLength(const unsigned char* bytes, unsigned int held) const;
 
   // Whether a pattern that needs more than the `held` (2 or more) bytes begins as they do.
@@ -69,11 +67,11 @@ class C_StartMatcher {
   static constexpr unsigned int kRtcmRow = kRowOf[C_RawDataMessage::eRTCM3_x];
   static_assert(kProtocols[kRtcmRow].frame.startLength == kProtocols[kRtcmRow].neededLength);
 
-  // The rows that may match by the first bytes. A pattern of fewer bytes takes any that follow.
+  // The rows that may match, by the first three bytes. A shorter pattern takes any byte after its own.
   unsigned int Candidates(const unsigned char* bytes) const {
     return m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]] & m_rowsByByte[2][bytes[2]];
   }
-  // Fills the list in.
+  // Makes the list from the flags.
   void ListStartBytes();
   // The first of these rows that matches.
   S_Start FindAmong(unsigned int rows, const unsigned char* bytes, unsigned int held) const;
