@@ -208,6 +208,9 @@ constexpr S_HostileStream kHostileStreams[] = {
     {"Block71", "$BIN\x47\x00\xC0\x01"sv},
     {"Rtcm", "\xD3\x03\xFF\x3E"sv},
     {"RtcmTwice", "\xD3\x03\xD3\x03\xFF\x3E"sv},
+    {"Preamble", "\xD3"sv},
+    {"Slowest", "\xD3\x03\xD3\x03\xFF\x3E\xD3\x03\xD3\x03\xFF\x3E$>$>$>$>$>$>$>$>"sv,
+     true},  // found by SlowestStream.cpp
     {"Jrox", "$JROX,"sv},
     {"SiteRecord", "$>JSITERECORD"sv},
 };
@@ -217,15 +220,19 @@ void Hostile(benchmark::State& state, const S_HostileStream& hostile, bool withU
   const S_Search search = {hostile.withAcknowledgements, withUnlisted};
   for (auto _ : state)
     Pump(
-        stream, 1024, [](const C_RawDataMessage&) {}, search);
+        stream, static_cast<std::size_t>(state.range(1)), [](const C_RawDataMessage&) {}, search);
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * stream.size()));
 }
 
+// Bytes of the stream, bytes per call.
 void RegisterHostile() {
   for (const S_HostileStream& hostile : kHostileStreams) {
     for (const bool withUnlisted : {false, true}) {
       const std::string name = std::string(withUnlisted ? "HostileUnlisted/" : "Hostile/") + hostile.name;
-      benchmark::RegisterBenchmark(name.c_str(), Hostile, hostile, withUnlisted)->Arg(2 << 20)->Arg(32 << 20);
+      benchmark::RegisterBenchmark(name.c_str(), Hostile, hostile, withUnlisted)
+          ->Args({2 << 20, 1024})
+          ->Args({32 << 20, 1024})
+          ->Args({2 << 20, 1});
     }
   }
 }

@@ -139,18 +139,17 @@ S_Start C_StartMatcher::FindAmong(unsigned int rows, const unsigned char* bytes,
   return {};
 }
 
-unsigned int C_StartMatcher::NextLength(const unsigned char* bytes, unsigned int held) const {
-  if (held < kBytesLookedUp) return held + 1;
+unsigned int C_StartMatcher::NextLengthAmong(unsigned int rows, unsigned int held) const {
   unsigned int next = m_maxLength;
-  for (unsigned int rows = Candidates(bytes); rows != 0; rows &= rows - 1) {
+  for (; rows != 0; rows &= rows - 1) {
     const unsigned int compared = m_comparedLengths[std::countr_zero(rows)];
     if (compared > held) next = std::min(next, compared);
   }
   return next;
 }
 
-bool C_StartMatcher::MayMatchLater(const unsigned char* bytes, unsigned int held) const {
-  for (unsigned int rows = Candidates(bytes); rows != 0; rows &= rows - 1) {
+bool C_StartMatcher::MayAnyMatchLater(unsigned int rows, const unsigned char* bytes, unsigned int held) const {
+  for (; rows != 0; rows &= rows - 1) {
     const auto row = static_cast<unsigned int>(std::countr_zero(rows));
     const S_FrameDescriptor& frame = kProtocols[row].frame;
     if (m_comparedLengths[row] > held && AgreesAsFarAs(frame, bytes, std::min<unsigned int>(held, frame.startLength)))

@@ -50,14 +50,21 @@ class C_StartMatcher {
     // Most starts can only be a sentence or only RTCM 3, whose pattern says no more than its first two bytes.
     if (rows == 1U << kSentenceRow) return FindSentence(bytes, held);
     if (rows == 1U << kRtcmRow) return held < kProtocols[kRtcmRow].neededLength ? S_Start() : S_Start{kRtcmRow};
-    return FindAmong(rows, bytes, held);
+    return rows == 0 ? S_Start() : FindAmong(rows, bytes, held);
   }
 
   // For `held` bytes that are no start yet: how many must be held before they can be one, or are given up.
-  unsigned int NextLength(const unsigned char* bytes, unsigned int held) const;
+  unsigned int NextLength(const unsigned char* bytes, unsigned int held) const {
+    if (held < kBytesLookedUp) return held + 1;
+    const unsigned int rows = Candidates(bytes);
+    return rows == 0 ? m_maxLength : NextLengthAmong(rows, held);
+  }
 
   // Whether a pattern that needs more than the `held` (2 or more) bytes begins as they do.
-  bool MayMatchLater(const unsigned char* bytes, unsigned int held) const;
+  bool MayMatchLater(const unsigned char* bytes, unsigned int held) const {
+    const unsigned int rows = Candidates(bytes);
+    return rows != 0 && MayAnyMatchLater(rows, bytes, held);
+  }
 
  private:
   static constexpr unsigned int kBytesLookedUp = 3;
@@ -73,8 +80,10 @@ class C_StartMatcher {
   }
   // Makes the list from the flags.
   void ListStartBytes();
-  // The first of these rows that matches.
+  // The same among these rows. Most false starts have none.
   S_Start FindAmong(unsigned int rows, const unsigned char* bytes, unsigned int held) const;
+  unsigned int NextLengthAmong(unsigned int rows, unsigned int held) const;
+  bool MayAnyMatchLater(unsigned int rows, const unsigned char* bytes, unsigned int held) const;
   // "$.....," is the start of any sentence; an NMEA 0183 frame must name one that is known.
   static S_Start FindSentence(const unsigned char* bytes, unsigned int held) {
     constexpr const S_ProtocolRow& kRow = kProtocols[kSentenceRow];
