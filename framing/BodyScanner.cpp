@@ -136,7 +136,7 @@ inline unsigned int C_BodyScanner::Limit() const {
 
 // Collects bytes up to the end that the rule describes. An end that comes exactly at the limit still counts.
 template <eBody kBody>
-eVerdict C_BodyScanner::CollectUntilEnd() {
+inline eVerdict C_BodyScanner::CollectUntilEnd() {
   constexpr S_Rule kRule = kRules[static_cast<unsigned int>(kBody)];
   const unsigned int limit = kRule.limited ? Limit() : m_frame.message.capacity;
   const unsigned int end = std::min(m_queue.Queued(), limit);
@@ -166,7 +166,7 @@ eVerdict C_BodyScanner::CollectUntilEnd() {
 // The first mark that needs a look, `end` or more when there is none. How far the stream has no mark is remembered
 // from one false start to the next: a stream of nothing but starts would be scanned over and over otherwise.
 template <eMark kMark>
-unsigned int C_BodyScanner::FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end) {
+inline unsigned int C_BodyScanner::FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end) {
   std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(kMark)];
   const std::uint64_t position = m_queue.Position();
   const unsigned int from = std::max(m_examined, first);

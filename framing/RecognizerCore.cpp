@@ -525,7 +525,7 @@ eRecognitionResult C_RecognizerCore::BodyWait(eBody body) {
 }
 
 template <eBody kBody>
-eRecognitionResult C_RecognizerCore::BodyWaitAs() {
+inline eRecognitionResult C_RecognizerCore::BodyWaitAs() {
   m_wait.queued = kNoWait;
   return ConcludeBody(kBody, m_scanner.ScanAs<kBody>());
 }
