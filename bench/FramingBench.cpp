@@ -1,5 +1,5 @@
 // Framing: bytes a second through the recognizer, beside what the machine does with the same bytes in the same run:
-// copying them, searching them for one byte, and scanning them sixteen at a time.
+// copying them, searching them for one byte, scanning them sixteen at a time, and framing them with a bare loop.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -16,20 +16,14 @@
 #include <emmintrin.h>
 #endif
 
+#include "bench/BareFramer.h"
+#include "bench/Pump.h"
 #include "framing/FrameRecognizer.h"
 #include "textproto/NMEA_EncodeDecode.h"
 
 namespace {
 
 constexpr std::size_t kStreamBytes = std::size_t{32} << 20;
-
-using t_Bytes = std::vector<unsigned char>;
-
-t_Bytes Repeated(std::string_view unit, std::size_t atLeast = kStreamBytes) {
-  t_Bytes bytes;
-  while (bytes.size() < atLeast) bytes.insert(bytes.end(), unit.begin(), unit.end());
-  return bytes;
-}
 
 std::string Sample() {
   std::ifstream file(VELAGNSS_SAMPLE, std::ios::binary);
@@ -38,8 +32,12 @@ std::string Sample() {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Only the frames of one protocol of the sample, sentences with a whole line end.
-std::string OnlyOf(C_RawDataMessage::eProtocols protocol) {
+using eProtocols = C_RawDataMessage::eProtocols;
+
+// Only the frames of these protocols of the sample, sentences with a whole line end; before each one, noise of random
+// length up to `noise` bytes.
+std::string OnlyOf(std::initializer_list<eProtocols> protocols, unsigned int noise = 0) {
+  std::mt19937 random(1);
   const std::string all = Sample();
   std::string kept;
   C_FrameRecognizer recognizer(nullptr, eCircBufOvrflowRejectNew, false);
@@ -50,15 +48,21 @@ std::string OnlyOf(C_RawDataMessage::eProtocols protocol) {
     const auto count = static_cast<unsigned short>(std::min<std::size_t>(512, all.size() - at));
     auto result = recognizer.DoRecognition(data, count, message);
     for (; result != eRecNoNewData; result = recognizer.DoRecognition(nullptr, 0, message)) {
-      if (result != eRecFrameComplete || message.protocol != protocol) continue;
+      const bool isKept = std::find(protocols.begin(), protocols.end(), message.protocol) != protocols.end();
+      if (result != eRecFrameComplete || !isKept) continue;
+      for (auto left = random() % (noise + 1); left > 0; --left) kept += static_cast<char>(random());
       kept.append(reinterpret_cast<const char*>(message.data), message.length);
-      if (protocol == C_RawDataMessage::eNMEA0183) kept += '\n';
+      if (message.protocol == C_RawDataMessage::eNMEA0183) kept += '\n';
     }
   }
   return kept;
 }
 
-std::string Sentences() { return OnlyOf(C_RawDataMessage::eNMEA0183); }
+std::string Sentences() { return OnlyOf({C_RawDataMessage::eNMEA0183}); }
+std::string Rtcm3() { return OnlyOf({C_RawDataMessage::eRTCM3_x}); }
+// What the bare loop finds all frames of; and the same with five times as much noise.
+std::string Both() { return OnlyOf({C_RawDataMessage::eNMEA0183, C_RawDataMessage::eRTCM3_x}); }
+std::string BothInNoise() { return OnlyOf({C_RawDataMessage::eNMEA0183, C_RawDataMessage::eRTCM3_x}, 1000); }
 
 // The sample with one bit in 2000 turned over.
 std::string Noisy() {
@@ -77,36 +81,8 @@ std::string Noise() {
   return bytes;
 }
 
-// Feeds the stream in pieces and hands each frame on; returns the number of frames.
-struct S_Search {
-  bool withAcknowledgements = false;
-  bool withUnlisted = false;
-};
-
-template <class OnFrame>
-std::size_t Pump(const t_Bytes& stream, std::size_t piece, OnFrame onFrame, S_Search search = {}) {
-  C_FrameRecognizer recognizer(nullptr, eCircBufOvrflowRejectNew, true);
-  if (search.withUnlisted) recognizer.SetAcceptUnlisted(true);
-  if (!search.withAcknowledgements) recognizer.DisableProtocol(C_RawDataMessage::eVelaCmdAck);
-  recognizer.SetPatientSearch(true);
-  t_Bytes buffer(recognizer.GetMaxFrameLength());
-  C_RawDataMessage message(buffer.data(), recognizer.GetMaxFrameLength());
-  std::size_t frames = 0;
-  for (std::size_t at = 0; at < stream.size();) {
-    const std::size_t count = std::min({piece, stream.size() - at, std::size_t{recognizer.GetFreeSpace()}});
-    auto result = recognizer.DoRecognition(&stream[at], static_cast<unsigned short>(count), message);
-    for (; result != eRecNoNewData; result = recognizer.DoRecognition(nullptr, 0, message)) {
-      if (result != eRecFrameComplete) continue;
-      ++frames;
-      onFrame(message);
-    }
-    at += count;
-  }
-  return frames;
-}
-
 void Framing(benchmark::State& state, const std::string& unit, bool withUnlisted = false) {
-  const t_Bytes stream = Repeated(unit);
+  const t_Bytes stream = Repeated(unit, kStreamBytes);
   const auto piece = static_cast<std::size_t>(state.range(0));
   const S_Search search = {.withUnlisted = withUnlisted};
   std::size_t frames = 0;
@@ -117,8 +93,22 @@ void Framing(benchmark::State& state, const std::string& unit, bool withUnlisted
   state.counters["frames/s"] = benchmark::Counter(static_cast<double>(frames), benchmark::Counter::kIsRate);
 }
 
+// The same by the bare loop.
+void BareLoop(benchmark::State& state, const std::string& unit) {
+  if (!BareFramer::CanRun()) {
+    state.SkipWithError("the processor lacks AVX2");
+    return;
+  }
+  const t_Bytes stream = Repeated(unit, kStreamBytes);
+  std::size_t frames = 0;
+  for (auto _ : state)
+    frames += BareFramer::Pump(stream.data(), stream.size(), static_cast<std::size_t>(state.range(0)));
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * stream.size()));
+  state.counters["frames/s"] = benchmark::Counter(static_cast<double>(frames), benchmark::Counter::kIsRate);
+}
+
 void FramingAndDecoding(benchmark::State& state) {
-  const t_Bytes stream = Repeated(Sentences());
+  const t_Bytes stream = Repeated(Sentences(), kStreamBytes);
   C_NMEA_EncodeDecode nmea;
   U_EcdDcdData record;
   std::size_t sentences = 0;
@@ -135,7 +125,7 @@ void FramingAndDecoding(benchmark::State& state) {
 // What the machine itself does with the stream, piece by piece.
 template <class OnPiece>
 void Limit(benchmark::State& state, OnPiece onPiece) {
-  const t_Bytes stream = Repeated(Sample());
+  const t_Bytes stream = Repeated(Sample(), kStreamBytes);
   const auto piece = static_cast<std::size_t>(state.range(0));
   for (auto _ : state) {
     for (std::size_t at = 0; at + piece <= stream.size(); at += piece) onPiece(&stream[at], piece);
@@ -184,8 +174,15 @@ BENCHMARK(Memchr)->Arg(1024);
 BENCHMARK(Memcpy)->Arg(1024);
 BENCHMARK_CAPTURE(Framing, Mixed, Sample())->Arg(1)->Arg(8)->Arg(32)->Arg(128)->Arg(1024)->Arg(16384);
 BENCHMARK_CAPTURE(Framing, MixedUnlisted, Sample(), true)->Arg(1)->Arg(8)->Arg(32)->Arg(128)->Arg(1024)->Arg(16384);
+// Rows of both, for the ratio.
 BENCHMARK_CAPTURE(Framing, Nmea, Sentences())->Arg(1)->Arg(32)->Arg(1024);
-BENCHMARK_CAPTURE(Framing, Rtcm3, OnlyOf(C_RawDataMessage::eRTCM3_x))->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(BareLoop, Nmea, Sentences())->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(Framing, Rtcm3, Rtcm3())->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(BareLoop, Rtcm3, Rtcm3())->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(Framing, Both, Both())->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(BareLoop, Both, Both())->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(Framing, BothInNoise, BothInNoise())->Arg(1)->Arg(32)->Arg(1024);
+BENCHMARK_CAPTURE(BareLoop, BothInNoise, BothInNoise())->Arg(1)->Arg(32)->Arg(1024);
 BENCHMARK_CAPTURE(Framing, Noisy, Noisy())->Arg(1)->Arg(32)->Arg(1024);
 BENCHMARK_CAPTURE(Framing, Noise, Noise())->Arg(1024);
 BENCHMARK_CAPTURE(Framing, NoisyUnlisted, Noisy(), true)->Arg(1)->Arg(32)->Arg(1024);
@@ -211,6 +208,9 @@ constexpr S_HostileStream kHostileStreams[] = {
     {"Block71", "$BIN\x47\x00\xC0\x01"sv},
     {"Rtcm", "\xD3\x03\xFF\x3E"sv},
     {"RtcmTwice", "\xD3\x03\xD3\x03\xFF\x3E"sv},
+    {"Preamble", "\xD3"sv},
+    {"Slowest", "\xD3\x03\xD3\x03\xFF\x3E\xD3\x03\xD3\x03\xFF\x3E$>$>$>$>$>$>$>$>"sv,
+     true},  // found by SlowestStream.cpp
     {"Jrox", "$JROX,"sv},
     {"SiteRecord", "$>JSITERECORD"sv},
 };
@@ -220,15 +220,19 @@ void Hostile(benchmark::State& state, const S_HostileStream& hostile, bool withU
   const S_Search search = {hostile.withAcknowledgements, withUnlisted};
   for (auto _ : state)
     Pump(
-        stream, 1024, [](const C_RawDataMessage&) {}, search);
+        stream, static_cast<std::size_t>(state.range(1)), [](const C_RawDataMessage&) {}, search);
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * stream.size()));
 }
 
+// Bytes of the stream, bytes per call.
 void RegisterHostile() {
   for (const S_HostileStream& hostile : kHostileStreams) {
     for (const bool withUnlisted : {false, true}) {
       const std::string name = std::string(withUnlisted ? "HostileUnlisted/" : "Hostile/") + hostile.name;
-      benchmark::RegisterBenchmark(name.c_str(), Hostile, hostile, withUnlisted)->Arg(2 << 20)->Arg(32 << 20);
+      benchmark::RegisterBenchmark(name.c_str(), Hostile, hostile, withUnlisted)
+          ->Args({2 << 20, 1024})
+          ->Args({32 << 20, 1024})
+          ->Args({2 << 20, 1});
     }
   }
 }

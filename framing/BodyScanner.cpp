@@ -34,23 +34,11 @@ constexpr std::size_t kRawCountDigits = 9;  // characters of the field with the 
 
 static_assert(C_RunningCrc24::kMaxCount == RowOf(C_RawDataMessage::eRTCM3_x).frame.maxLength);
 
-unsigned int FindMark(eMark mark, const unsigned char* bytes, unsigned int from, unsigned int to) {
-  switch (mark) {
-    case eMark::Control:
-      return Find<eMark::Control>(bytes, from, to);
-    case eMark::LineEnd:
-      return Find<eMark::LineEnd>(bytes, from, to);
-    case eMark::CrLf:
-      return Find<eMark::CrLf>(bytes, from, to);
-    default:
-      return Find<eMark::Plain>(bytes, from, to);
-  }
-}
-
-constexpr bool IsLineEnd(unsigned char byte) { return byte == kCr || byte == kLf; }
+// By eMark: this byte value and those above it are never marks.
+constexpr unsigned char kLeastOfContent[kNumMarks] = {kFirstPrintable, kCr + 1, kLf + 1, kPackedBit};
 
 bool IsPackedUpToLineEnds(const unsigned char* bytes, unsigned int from, unsigned int to) {
-  while ((from = Find<eMark::Plain>(bytes, from, to)) < to) {
+  while ((from = FindReadingAhead<eMark::Plain>(bytes, from, to)) < to) {
     if (!IsLineEnd(bytes[from++])) return false;
   }
   return true;
@@ -87,56 +75,103 @@ C_BodyScanner::C_BodyScanner(C_QueueWindow& queue, S_FrameInProgress& frame)
     : m_queue(queue), m_frame(frame), m_unwound(new unsigned char[frame.message.capacity]()) {}
 
 eVerdict C_BodyScanner::Scan(eBody body) {
-  if (m_examinedAs != body) m_examined = 0;
-  m_examinedAs = body;
-  const S_Rule& rule = kRules[static_cast<unsigned int>(body)];
-  const eVerdict collected = rule.knownLength ? CollectLength() : CollectUntilEnd(rule);
-  const bool isChecked = collected == eVerdict::Complete && rule.check != nullptr;
-  return isChecked ? (this->*rule.check)() : collected;
+  switch (body) {
+    case eBody::Rtcm:
+      return ScanAs<eBody::Rtcm>();
+    case eBody::VelaBin:
+      return ScanAs<eBody::VelaBin>();
+    case eBody::Text:
+      return ScanAs<eBody::Text>();
+    case eBody::Pkvn:
+      return ScanAs<eBody::Pkvn>();
+    case eBody::SiteRecord:
+      return ScanAs<eBody::SiteRecord>();
+    case eBody::Ack:
+      return ScanAs<eBody::Ack>();
+    case eBody::Jrox:
+      return ScanAs<eBody::Jrox>();
+    case eBody::PkvnRaw:
+      return ScanAs<eBody::PkvnRaw>();
+    default:
+      return ScanAs<eBody::Unlisted>();
+  }
 }
 
+// The shape is a template argument, so that reading its rule costs nothing at run time.
+template <eBody kBody>
+eVerdict C_BodyScanner::ScanAs() {
+  constexpr S_Rule kRule = kRules[static_cast<unsigned int>(kBody)];
+  if (m_examinedAs != kBody) m_examined = 0;
+  m_examinedAs = kBody;
+  const eVerdict collected = kRule.knownLength ? CollectLength() : CollectUntilEnd<kBody>();
+  const bool isChecked = collected == eVerdict::Complete && kRule.check != nullptr;
+  return isChecked ? (this->*kRule.check)() : collected;
+}
+
+#ifdef __SSE2__
+bool C_BodyScanner::JudgeLine() {
+  const unsigned char* const bytes = m_queue.Bytes();
+  const S_Line line = ReadLine(bytes);
+  const unsigned int length = line.end + 1;
+  const unsigned int least = std::max<unsigned int>(m_frame.lengths.least, kShortestSum);
+  if (line.end == kLineWindow || length < least || length > Limit() || !IsLineEnd(bytes[line.end]) ||
+      bytes[line.end - 3] != '*')
+    return false;
+  unsigned int sum = 0;
+  if (!ReadHex(&bytes[line.end - 2], 2, sum) || sum != line.sum) return false;
+  m_unmarkedTo[static_cast<unsigned int>(eMark::Control)] = m_queue.Position() + line.end;
+  m_frame.message.length = static_cast<unsigned short>(length);
+  return true;
+}
+#endif
+
 // The frame has at least these bytes; a start search may have taken more.
-void C_BodyScanner::Hold(unsigned int count) {
+inline void C_BodyScanner::Hold(unsigned int count) {
   m_frame.message.length = std::max(m_frame.message.length, static_cast<unsigned short>(count));
 }
 
-unsigned int C_BodyScanner::Limit() const {
+inline unsigned int C_BodyScanner::Limit() const {
   return std::min<unsigned int>(m_frame.lengths.greatest, m_frame.message.capacity);
 }
 
 // Collects bytes up to the end that the rule describes. An end that comes exactly at the limit still counts.
-eVerdict C_BodyScanner::CollectUntilEnd(const S_Rule& rule) {
-  const unsigned int limit = rule.limited ? Limit() : m_frame.message.capacity;
+template <eBody kBody>
+inline eVerdict C_BodyScanner::CollectUntilEnd() {
+  constexpr S_Rule kRule = kRules[static_cast<unsigned int>(kBody)];
+  const unsigned int limit = kRule.limited ? Limit() : m_frame.message.capacity;
   const unsigned int end = std::min(m_queue.Queued(), limit);
-  const unsigned char* bytes = m_queue.Bytes(end);
-  for (unsigned int at = FirstMark(rule, bytes, end); at < end; at = FindMark(rule.mark, bytes, at + 1, end)) {
+  const unsigned char* bytes = m_queue.Bytes();
+  unsigned int at = FirstMark<kRule.mark>(kRule.first, bytes, end);
+  for (; at < end; at = FindReadingAhead<kRule.mark>(bytes, at + 1, end)) {
     if (!IsLineEnd(bytes[at])) {
       Hold(at + 1);
       return eVerdict::Rejected;
     }
-    if (rule.limited && at + 1 < m_frame.lengths.least) {
-      if (!m_takesShortLines || !IsShortLine(rule, bytes, at + 1)) continue;
+    if (kRule.limited && at + 1 < m_frame.lengths.least) {
+      if (kBody != eBody::Text || !m_takesShortLines || !IsShortLine(bytes, at + 1)) continue;
       m_examined = at + 1;
       return eVerdict::ShortLine;
     }
-    if (rule.endsInCrLf && (bytes[at] != kLf || bytes[at - 1] != kCr)) continue;
+    if (kRule.endsInCrLf && (bytes[at] != kLf || bytes[at - 1] != kCr)) continue;
     m_frame.message.length = static_cast<unsigned short>(at + 1);
     return eVerdict::Complete;
   }
   Hold(end);
-  if (end == limit) return rule.limited ? eVerdict::Rejected : eVerdict::GivenUp;
+  if (end == limit) return kRule.limited ? eVerdict::Rejected : eVerdict::GivenUp;
   m_examined = end;
+  m_wait = {limit, kLeastOfContent[static_cast<unsigned int>(kRule.mark)]};
   return eVerdict::More;
 }
 
 // The first mark that needs a look, `end` or more when there is none. How far the stream has no mark is remembered
 // from one false start to the next: a stream of nothing but starts would be scanned over and over otherwise.
-unsigned int C_BodyScanner::FirstMark(const S_Rule& rule, const unsigned char* bytes, unsigned int end) {
-  std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(rule.mark)];
+template <eMark kMark>
+inline unsigned int C_BodyScanner::FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end) {
+  std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(kMark)];
   const std::uint64_t position = m_queue.Position();
-  const unsigned int from = std::max(m_examined, rule.first);
+  const unsigned int from = std::max(m_examined, first);
   const unsigned int unmarked = unmarkedTo > position ? static_cast<unsigned int>(unmarkedTo - position) : 0;
-  const unsigned int at = FindMark(rule.mark, bytes, std::max(from, unmarked), end);
+  const unsigned int at = FindReadingAhead<kMark>(bytes, std::max(from, unmarked), end);
   if (from <= std::max(unmarked, 1U)) unmarkedTo = std::max(unmarkedTo, position + std::min(at, end));
   return at;
 }
@@ -146,19 +181,20 @@ bool C_BodyScanner::LooksForSentenceEnd() {
   std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(eMark::Control)];
   const std::uint64_t position = m_queue.Position();
   const unsigned int queued = m_queue.Queued();
-  const unsigned char* const bytes = m_queue.Bytes(queued);
+  const unsigned char* const bytes = m_queue.Bytes();
   const unsigned int unmarked = unmarkedTo > position ? static_cast<unsigned int>(unmarkedTo - position) : 0;
-  const unsigned int at = Find<eMark::Control>(bytes, unmarked, queued);
+  const unsigned int at = std::min(FindReadingAhead<eMark::Control>(bytes, unmarked, queued), queued);
   unmarkedTo = position + at;
   if (at == queued || at >= kLongestSentence) return at >= kLongestSentence;
   return at + 1 < kShortestSentence || !IsLineEnd(bytes[at]) || bytes[at - 3] != '*';
 }
 
 // Collects a body whose frame ends at its greatest length.
-eVerdict C_BodyScanner::CollectLength() {
+inline eVerdict C_BodyScanner::CollectLength() {
   const unsigned int limit = Limit();
   const unsigned int length = std::min(m_queue.Queued(), limit);
   m_frame.message.length = static_cast<unsigned short>(length);
+  m_wait = {limit, 0};
   if (length < limit) return eVerdict::More;
   return limit < m_frame.lengths.greatest ? eVerdict::Rejected : eVerdict::Complete;
 }
@@ -176,7 +212,7 @@ eVerdict C_BodyScanner::CheckRtcmSum() {
   constexpr unsigned int kWithoutPayload = 3 + 3;
   const unsigned short length = m_frame.message.length;
   if (length < kWithoutPayload || length > C_RunningCrc24::kMaxCount) return eVerdict::BadCheck;  // another protocol's
-  const unsigned char* bytes = m_queue.Bytes(length);
+  const unsigned char* bytes = m_queue.Bytes();
   const std::uint64_t position = m_queue.Position();
   if (m_runningSums.Knows(position)) {
     if (m_runningSums.Sum(position, bytes, length) != 0) return eVerdict::BadCheck;
@@ -194,8 +230,7 @@ eVerdict C_BodyScanner::CheckBinaryFrame() {
   unsigned short number = 0;
   unsigned short frameLength = 0;
   unsigned short position = 0;
-  const unsigned int result =
-      C_VelaBin_Decode::ValidateFrame(m_queue.Bytes(length), length, number, frameLength, position);
+  const unsigned int result = C_VelaBin_Decode::ValidateFrame(m_queue.Bytes(), length, number, frameLength, position);
   return result == eResultOk ? eVerdict::Complete : eVerdict::BadCheck;
 }
 
@@ -203,7 +238,7 @@ eVerdict C_BodyScanner::CheckBinaryFrame() {
 // "$" and a line end would pass; in the receiver's own replies it is optional.
 eVerdict C_BodyScanner::CheckNmeaSum() {
   const unsigned int length = m_frame.message.length;
-  const unsigned char* bytes = m_queue.Bytes(length);
+  const unsigned char* bytes = m_queue.Bytes();
   if (length < kShortestSum || bytes[length - 4] != '*') {
     return m_frame.message.protocol == C_RawDataMessage::eNMEA0183 ? eVerdict::Rejected : eVerdict::Complete;
   }
@@ -214,7 +249,7 @@ eVerdict C_BodyScanner::CheckNmeaSum() {
 
 eVerdict C_BodyScanner::CheckUnlistedSentence() {
   const unsigned int length = m_frame.message.length;
-  switch (JudgeSentence(m_queue.Bytes(length), length)) {
+  switch (JudgeSentence(m_queue.Bytes(), length)) {
     case eSentence::Checked:
       return eVerdict::Complete;
     case eSentence::BadSum:
@@ -225,16 +260,15 @@ eVerdict C_BodyScanner::CheckUnlistedSentence() {
 }
 
 // Judged at its first line end only: a sentence contains no other.
-bool C_BodyScanner::IsShortLine(const S_Rule& rule, const unsigned char* bytes, unsigned int length) const {
-  return rule.check == &C_BodyScanner::CheckNmeaSum && m_frame.message.protocol == C_RawDataMessage::eNMEA0183 &&
-         JudgeSentence(bytes, length) == eSentence::Checked;
+bool C_BodyScanner::IsShortLine(const unsigned char* bytes, unsigned int length) const {
+  return m_frame.message.protocol == C_RawDataMessage::eNMEA0183 && JudgeSentence(bytes, length) == eSentence::Checked;
 }
 
 // A sentence with a checksum is delivered without its line end, which its decoder does not take; the line end stays
 // queued and is accepted after the frame. A sentence without a checksum is delivered with it.
 eVerdict C_BodyScanner::CheckPkvnSentence() {
   const unsigned int length = m_frame.message.length;
-  const unsigned char* bytes = m_queue.Bytes(length);
+  const unsigned char* bytes = m_queue.Bytes();
   if (length < kShortestSum || bytes[length - 4] != '*') return eVerdict::Complete;
   m_frame.message.length = static_cast<unsigned short>(length - 1);
   if (bytes[length - 3] == '*' || bytes[length - 2] == '*') return eVerdict::Rejected;
@@ -250,14 +284,14 @@ eVerdict C_BodyScanner::CheckSiteRecord() {
 }
 
 eVerdict C_BodyScanner::CheckPackedReply() {
-  const unsigned char* packed = m_queue.Bytes(m_frame.message.length) + kJroxHeader;
+  const unsigned char* packed = m_queue.Bytes() + kJroxHeader;
   return Unwound(packed) != 0 ? eVerdict::Complete : eVerdict::BadCheck;
 }
 
 // "$PKVN,RAW,4,12," and packed bytes: the second field after the name is the number of bytes that they hold.
 eVerdict C_BodyScanner::CheckPackedSentence() {
   const unsigned int length = m_frame.message.length;
-  const unsigned char* bytes = m_queue.Bytes(length);
+  const unsigned char* bytes = m_queue.Bytes();
   const std::string_view text(reinterpret_cast<const char*>(bytes), length);
   std::size_t comma = text.find(',', kRawComma);
   std::size_t field = 0;
@@ -274,5 +308,16 @@ eVerdict C_BodyScanner::CheckPackedSentence() {
   const unsigned int wholeWords = expected + expected % 2U;  // an odd payload is padded
   return unwound != 0 && unwound == wholeWords ? eVerdict::Complete : eVerdict::BadCheck;
 }
+
+// RecognizerCore.cpp calls them.
+template eVerdict C_BodyScanner::ScanAs<eBody::Rtcm>();
+template eVerdict C_BodyScanner::ScanAs<eBody::VelaBin>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Text>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Pkvn>();
+template eVerdict C_BodyScanner::ScanAs<eBody::SiteRecord>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Ack>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Jrox>();
+template eVerdict C_BodyScanner::ScanAs<eBody::PkvnRaw>();
+template eVerdict C_BodyScanner::ScanAs<eBody::Unlisted>();
 
 }  // namespace velagnss::framing

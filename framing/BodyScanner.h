@@ -41,6 +41,32 @@ class C_BodyScanner {
 
   // Looks at the queued bytes as a body of this shape, whatever frame is in progress.
   eVerdict Scan(eBody body);
+  // The same of a shape that is known to the caller.
+  template <eBody kBody>
+  eVerdict ScanAs();
+
+  // Whether the frame, a text, is queued as a whole and has the right checksum; the message then has its length. A
+  // quick look at the usual case: after `false`, a scan decides.
+  bool IsWholeSentence() {
+#ifdef __SSE2__
+    // The pass over the line would be wasted where the end may be missing, or where bytes have been looked at before.
+    return m_queue.Queued() >= kLineWindow && m_examined == 0 && IsUnknown(eMark::Control) && JudgeLine();
+#else
+    return false;
+#endif
+  }
+
+  // After `More`: the bytes that cannot end the wait.
+  struct S_Wait {
+    unsigned int below = 0;   // as long as fewer than these are queued in all,
+    unsigned char least = 0;  // those that are this one or greater
+  };
+  const S_Wait& Wait() const { return m_wait; }
+  // Such bytes have been queued: all that are queued now belong to the frame.
+  void Pass(unsigned int queued) {
+    m_frame.message.length = static_cast<unsigned short>(queued);
+    m_examined = queued;
+  }
 
   // The frame in progress is another one: its body is scanned from the first byte on.
   void StartOver() { m_examined = 0; }
@@ -63,10 +89,15 @@ class C_BodyScanner {
 
   // The two ways to find the end: by the length from the header, and at an end mark. Both leave the number of bytes
   // that belong to the frame in its message.
-  eVerdict CollectLength();
-  eVerdict CollectUntilEnd(const S_Rule& rule);
-  // First byte of a rule's end marks, or of those that must not be in the body, before `end`.
-  unsigned int FirstMark(const S_Rule& rule, const unsigned char* bytes, unsigned int end);
+  inline eVerdict CollectLength();
+  template <eBody kBody>
+  eVerdict CollectUntilEnd();
+  // The first end mark, or byte that must not be in the body, from `first` on and before `end`.
+  template <eMark kMark>
+  unsigned int FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end);
+  // Whether the bytes from the oldest one on have not been searched for the mark.
+  bool IsUnknown(eMark mark) const { return m_unmarkedTo[static_cast<unsigned int>(mark)] <= m_queue.Position(); }
+  bool JudgeLine();  // the pass of IsWholeSentence
   // The part of LacksSentenceEnd that looks at bytes.
   bool LooksForSentenceEnd();
   // Takes that many of the oldest queued bytes for the frame.
@@ -77,15 +108,15 @@ class C_BodyScanner {
   unsigned int Unwound(const unsigned char* packed);
 
   // The checks of whole frames. RTCM 10403: CRC-24Q over everything before it.
-  eVerdict CheckRtcmSum();
+  inline eVerdict CheckRtcmSum();
   // A 16-bit sum of the data, low byte first; the header is covered by its exact length only.
   eVerdict CheckBinaryFrame();
   // NMEA 0183: exclusive or of the characters between "$" and "*".
-  eVerdict CheckNmeaSum();
+  inline eVerdict CheckNmeaSum();
   // The same of any address, digits of either case.
   eVerdict CheckUnlistedSentence();
   // Whether a listed sentence is whole below its least length.
-  bool IsShortLine(const S_Rule& rule, const unsigned char* bytes, unsigned int length) const;
+  bool IsShortLine(const unsigned char* bytes, unsigned int length) const;
   // "$PKVN,RAW,1,4," and packed bytes: the count must agree with what they unpack to.
   eVerdict CheckPackedSentence();
   // "$PKVN,HPR,...*15": a checksum must be right if there is one.
@@ -100,6 +131,7 @@ class C_BodyScanner {
   S_FrameInProgress& m_frame;
   unsigned int m_examined = 0;  // bytes of the body that need no second look by the same rule
   eBody m_examinedAs = eBody::Text;
+  S_Wait m_wait;
   bool m_takesShortLines = false;
   std::uint64_t m_unmarkedTo[kNumMarks] = {};  // by eMark: no such byte is queued before this position of the stream
   C_RunningCrc24 m_runningSums;                // of the bytes after a false start of RTCM 3

@@ -2,7 +2,9 @@
 #ifndef VELAGNSS_FRAMING_BYTE_SCAN_H
 #define VELAGNSS_FRAMING_BYTE_SCAN_H
 
+#include <algorithm>
 #include <bit>
+#include <cstdint>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -27,6 +29,8 @@ inline constexpr unsigned char kCr = 13;
 inline constexpr unsigned char kLf = 10;
 inline constexpr unsigned char kFirstPrintable = 32;
 
+constexpr bool IsLineEnd(unsigned char byte) { return byte == kCr || byte == kLf; }
+
 // The definition of each mark, one byte at a time: for the last bytes of a run, and for processors without SSE2.
 template <eMark kMark>
 bool IsMark(const unsigned char* byte) {
@@ -34,7 +38,7 @@ bool IsMark(const unsigned char* byte) {
     case eMark::Control:
       return *byte < kFirstPrintable;
     case eMark::LineEnd:
-      return *byte == kCr || *byte == kLf;
+      return IsLineEnd(*byte);
     case eMark::CrLf:
       return *byte == kLf && byte[-1] == kCr;
     case eMark::Plain:
@@ -82,6 +86,80 @@ unsigned int Find(const unsigned char* bytes, unsigned int from, unsigned int to
   while (from < to && !IsMark<kMark>(bytes + from)) ++from;
   return from;
 }
+
+// How many bytes after the queued ones can be read, of any value: scans look at whole blocks, some at two of them.
+inline constexpr unsigned int kReadAhead = 32;
+
+// The same where bytes after `to` can be read.
+template <eMark kMark>
+unsigned int FindReadingAhead(const unsigned char* bytes, unsigned int from, unsigned int to) {
+#ifdef __SSE2__
+  for (; from < to; from += 16) {
+    const unsigned int marks = MarksOf16<kMark>(bytes + from);
+    if (marks != 0) return from + static_cast<unsigned int>(std::countr_zero(marks));
+  }
+  return from;
+#else
+  return Find<kMark>(bytes, from, to);
+#endif
+}
+
+// Whether none of the `count` bytes is below `least`. Reads ahead as well.
+inline bool AreAtLeast(unsigned char least, const unsigned char* bytes, unsigned int count) {
+  if (least == 0) return true;
+#ifdef __SSE2__
+  const __m128i bound = _mm_set1_epi8(static_cast<char>(least));
+  for (unsigned int at = 0; at < count; at += 16) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+    const auto less =
+        static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(block, bound), block))) ^ 0xFFFF;
+    if (less != 0) return at + static_cast<unsigned int>(std::countr_zero(less)) >= count;
+  }
+  return true;
+#else
+  return std::all_of(bytes, bytes + count, [least](unsigned char byte) { return byte >= least; });
+#endif
+}
+
+#ifdef __SSE2__
+// Most sentences are shorter (NMEA 0183 allows 82 characters).
+inline constexpr unsigned int kLineWindow = 96;
+
+// The first line of kLineWindow bytes, and the exclusive or that its checksum must equal.
+struct S_Line {
+  unsigned int end;   // position of the first control character; kLineWindow if there is none
+  unsigned char sum;  // of the characters after the first one and before "*hh"; meaningless if `end` is below 4
+};
+
+// Reads all of the window, whatever the line's length: without a branch that depends on it, one pass costs less than a
+// search for the end and a sum up to it.
+inline S_Line ReadLine(const unsigned char* bytes) {
+  constexpr int kBlocks = kLineWindow / 16;
+  __m128i blocks[kBlocks];
+  unsigned int marks[kBlocks];
+  for (int i = 0; i < kBlocks; ++i) {
+    blocks[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * i));
+    const __m128i least = _mm_min_epu8(blocks[i], _mm_set1_epi8(kFirstPrintable - 1));
+    marks[i] = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(least, blocks[i])));
+  }
+  const auto pair = [&marks](int i) { return std::uint64_t{marks[i] | marks[i + 1] << 16}; };
+  const std::uint64_t first = pair(0) | pair(2) << 32;
+  const std::uint64_t last = pair(4);
+  const int end = first != 0 ? std::countr_zero(first) : 64 + std::min(std::countr_zero(last), 32);
+  // Bytes from the star on count as zeros.
+  const __m128i star = _mm_set1_epi8(static_cast<char>(end - 3));
+  __m128i place = _mm_set_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+  __m128i sum = _mm_setzero_si128();
+  for (const __m128i block : blocks) {
+    sum = _mm_xor_si128(sum, _mm_and_si128(block, _mm_cmplt_epi8(place, star)));
+    place = _mm_add_epi8(place, _mm_set1_epi8(16));
+  }
+  auto folded = static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_xor_si128(sum, _mm_unpackhi_epi64(sum, sum))));
+  folded ^= folded >> 32;
+  folded ^= folded >> 16;
+  return {static_cast<unsigned int>(end), static_cast<unsigned char>(folded ^ (folded >> 8) ^ bytes[0])};
+}
+#endif
 
 }  // namespace velagnss::framing
 

@@ -1,7 +1,6 @@
 // A bounded first-in-first-out queue of fixed-size items in one contiguous ring of storage.
 //
-// The frame recognizer keeps the bytes of its stream in one, as items of one byte, and scans them in place. Items are
-// opaque: the queue copies them and never looks inside.
+// For hosts that queue bytes or records of their own. Items are opaque: the queue copies them and never looks inside.
 #ifndef VELAGNSS_FRAMING_CIRCULAR_BUFFER_H
 #define VELAGNSS_FRAMING_CIRCULAR_BUFFER_H
 

@@ -8,16 +8,9 @@
 
 namespace velagnss::framing {
 
-// Preamble, 6 reserved bits and 10 of payload length, then the payload, whose first 12 bits are the message number
-// (RTCM 10403). A frame without payload has bytes of its checksum in that place: as a number they are refused like any
-// other that is not listed.
 bool ReadRtcmParameters(const S_ProtocolRow&, const unsigned char* bytes, const S_ExpectedMessages&,
                         S_Expectation& frame) {
-  const unsigned int number = bytes[3] << 4 | bytes[4] >> 4;
-  if (!C_FrameRecognizer::IsASupportedRtcm3Type(number)) return false;
-  const auto length = static_cast<unsigned short>(((bytes[1] & 0x03) << 8 | bytes[2]) + 6);  // 3 header, 3 checksum
-  frame = {number, {length, length}};
-  return true;
+  return ReadRtcm(bytes, frame);
 }
 
 // "$GPGGA,": the formatter after the two letters of the talker names the sentence (NMEA 0183).

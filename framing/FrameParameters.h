@@ -2,7 +2,7 @@
 #ifndef VELAGNSS_FRAMING_FRAME_PARAMETERS_H
 #define VELAGNSS_FRAMING_FRAME_PARAMETERS_H
 
-#include "framing/RawDataMessage.h"
+#include "framing/FrameRecognizer.h"
 
 namespace velagnss::framing {
 
@@ -33,6 +33,17 @@ struct S_Expectation {
 // expected.
 using t_ReadParameters = bool (*)(const S_ProtocolRow& row, const unsigned char* bytes,
                                   const S_ExpectedMessages& expected, S_Expectation& frame);
+
+// The step of RTCM 3. Preamble, 6 reserved bits and 10 of payload length, then the payload, whose first 12 bits are the
+// message number (RTCM 10403). A frame without payload has bytes of its checksum in that place: as a number they are
+// refused like any other that is not listed.
+inline bool ReadRtcm(const unsigned char* bytes, S_Expectation& frame) {
+  const unsigned int number = bytes[3] << 4 | bytes[4] >> 4;
+  if (!C_FrameRecognizer::IsASupportedRtcm3Type(number)) return false;
+  const auto length = static_cast<unsigned short>(((bytes[1] & 0x03) << 8 | bytes[2]) + 6);  // 3 header, 3 checksum
+  frame = {number, {length, length}};
+  return true;
+}
 
 // D3 00 13 3E D0: 19 bytes of payload, message 1005. The number is 12 bits (RTCM 10403).
 bool ReadRtcmParameters(const S_ProtocolRow&, const unsigned char*, const S_ExpectedMessages&, S_Expectation&);

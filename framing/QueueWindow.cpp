@@ -1,30 +1,35 @@
 #include "framing/QueueWindow.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace velagnss::framing {
 
-C_QueueWindow::C_QueueWindow(unsigned int capacity, eCircBufOvrflowHandling overflowHandling)
-    : m_ring(capacity, 1, overflowHandling), m_copy(new unsigned char[CopyCapacity()]()) {}
+namespace {
 
-// A whole ring of false starts, each dropped and looked at again, and a frame after them: with less room, the copy
-// would begin anew within the same bytes, and a stream of false starts would be copied over and over.
-unsigned int C_QueueWindow::CopyCapacity() const { return 2U * m_ring.MaxNumItems(); }
+// The size of the buffer in windows. Even a stream of false starts, which keeps the window full, then moves a third of
+// a byte for each byte that is fed.
+constexpr std::size_t kWindows = 4;
 
-// Each byte is copied once, however many false starts come before it: the copy grows with the stream.
-const unsigned char* C_QueueWindow::Unwrapped(unsigned int count, unsigned int headRun) {
-  if (m_position >= m_copyEnd || m_position + count > m_copyBegin + CopyCapacity()) {
-    m_copyBegin = m_position;
-    m_copyEnd = m_position;
-  }
-  unsigned char* const copy = &m_copy[m_position - m_copyBegin];
-  for (auto held = static_cast<unsigned int>(m_copyEnd - m_position); held < count;) {
-    const unsigned int end = held < headRun ? headRun : count;  // first to the ring's end, then from its start
-    std::memcpy(copy + held, m_ring.PeekNthQueuedItem(held), end - held);
-    m_copyEnd = m_position + end;
-    held = end;
-  }
-  return copy;
+}  // namespace
+
+// All of it is initialized, because scans read ahead of what is queued.
+C_QueueWindow::C_QueueWindow(unsigned int capacity)
+    : m_capacity(capacity),
+      m_buffer(new unsigned char[kWindows * capacity + kReadAhead]()),
+      m_head(m_buffer.get()),
+      m_end(m_head + kWindows * capacity) {}
+
+unsigned int C_QueueWindow::Copy(unsigned char* out, unsigned int room) const {
+  if (out == nullptr) return 0;
+  const unsigned int count = std::min(room, m_queued);
+  std::memcpy(out, m_head, count);
+  return count;
+}
+
+void C_QueueWindow::MoveToFront() {
+  std::memmove(m_buffer.get(), m_head, m_queued);
+  m_head = m_buffer.get();
 }
 
 }  // namespace velagnss::framing

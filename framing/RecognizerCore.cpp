@@ -66,7 +66,7 @@ C_RecognizerCore::C_RecognizerCore(const t_Protocols& allowed, eCircBufOvrflowHa
       m_allowed(allowed),
       m_maxFrameLength(LongestFrame(m_allowed)),
       m_enabled(m_allowed),
-      m_queue(m_maxFrameLength + kQueueMargin, overflowHandling),
+      m_queue(m_maxFrameLength + kQueueMargin),
       m_frame{C_RawDataMessage(nullptr, m_maxFrameLength)},
       m_scanner(m_queue, m_frame) {}
 
@@ -76,12 +76,6 @@ void C_RecognizerCore::Enable(eProtocols protocol, const t_Protocols& flags) {
     if (protocol == i || protocol == C_RawDataMessage::eAllProtocols) m_enabled[i] = flags[i];
   }
   SetFrameStartChars();
-}
-
-void C_RecognizerCore::SetOverflowHandling(eCircBufOvrflowHandling overflowHandling) {
-  // Both must agree: overflow is counted here and handled there.
-  m_overflowHandling = overflowHandling;
-  m_queue.SetOverflowHandling(overflowHandling);
 }
 
 void C_RecognizerCore::SetPatientSearch(bool patient) {
@@ -103,7 +97,7 @@ void C_RecognizerCore::SetAcceptUnlisted(bool on) {
 
 // Another set of patterns may match what the last search did not, and what was known of the bytes may not hold.
 void C_RecognizerCore::SetFrameStartChars() {
-  m_queuedAtLastWait = 0;
+  m_wait.queued = kNoWait;
   m_starts.Search(m_enabled, m_patientSearch);
   if (m_inner == nullptr) return;
   if (m_acceptsUnlisted && m_enabled[C_RawDataMessage::eNMEA0183]) m_starts.AlsoStopAt(kEncapsulatedStart);
@@ -113,10 +107,8 @@ void C_RecognizerCore::SetFrameStartChars() {
   m_inner->SetPatientSearch(m_patientSearch);
 }
 
-// An RTCM 3 frame ends with its checksum: a CR or LF after it is noise.
 bool C_RecognizerCore::IsAPostFrameAllowedByte(unsigned char byte) {
-  m_postFrame = m_postFrame && m_lastRow < kNumProtocols &&
-                kProtocols[m_lastRow].frame.protocol != C_RawDataMessage::eRTCM3_x && (byte == kCr || byte == kLf);
+  m_postFrame = m_postFrame && IsLineEnd(byte);
   return m_postFrame;
 }
 
@@ -130,7 +122,6 @@ void C_RecognizerCore::FullProcessingReset() {
 
 void C_RecognizerCore::ResetFrameScanProc() {
   m_state = eIdle;
-  m_lastRow = kNumProtocols;
   ResetFrame();
   m_scanCount = 0;
   m_lastScanCount = kStepAgain;
@@ -139,7 +130,7 @@ void C_RecognizerCore::ResetFrameScanProc() {
 
 // The message owns no bytes, so there is nothing to clear: the fields alone say that no frame is in progress.
 void C_RecognizerCore::ResetFrame() {
-  m_queuedAtLastWait = 0;
+  m_wait.queued = kNoWait;
   m_isUnlisted = false;
   m_scanner.StartOver();
   m_frame.message.protocol = C_RawDataMessage::eNoProtocol;
@@ -149,15 +140,15 @@ void C_RecognizerCore::ResetFrame() {
 }
 
 // The limits may be others than those of the last wait, so what it had learned of the body does not hold.
-void C_RecognizerCore::Expect(const S_Expectation& expectation) {
+inline void C_RecognizerCore::Expect(const S_Expectation& expectation) {
   m_frame.message.messageType = expectation.type;
   m_frame.lengths = expectation.lengths;
-  m_queuedAtLastWait = 0;
+  m_wait.queued = kNoWait;
   m_scanner.StartOver();
 }
 
 // A sum that would pass 32 bits is cut to its low half before the addition (see S_RecognizerStatistics).
-void C_RecognizerCore::Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount) {
+inline void C_RecognizerCore::Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount) {
   unsigned int& value = m_counters.*counter;
   if (value > 0xFFFFFFFF - amount) value &= 0xFFFF;
   value += amount;
@@ -174,11 +165,14 @@ eRecognitionResult C_RecognizerCore::Resynchronize(const unsigned char* data, un
 eRecognitionResult C_RecognizerCore::Feed(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
   if (length > m_queue.FreeSpace()) {
     const eRecognitionResult queued = QueueInput(data, length);
-    if (queued != eRecNoNewData) return queued;
-  } else {
-    m_queue.Add(data, length);
-    m_lastScanCount = kStepAgain;
+    return queued != eRecNoNewData ? queued : Advance(message);
   }
+  const unsigned int before = m_queue.Queued();
+  m_queue.Add(data, length);
+  if (before == m_wait.queued && m_queue.Queued() <= m_wait.plainBelow &&
+      AreAtLeast(m_wait.leastPlain, m_queue.Bytes() + before, length))
+    return Pass();
+  m_lastScanCount = kStepAgain;
   return Advance(message);
 }
 
@@ -190,9 +184,9 @@ eRecognitionResult C_RecognizerCore::QueueInput(const unsigned char* data, unsig
       if (!MakeRoomInFullQueue()) return eRecError;
       result = eRecInputOverflow;
     }
-    // At least one byte: under RejectNew a full queue stays full, and the byte is refused there.
+    // At least one byte per round: under RejectNew the queue is still full, and the byte is refused.
     const unsigned int count = std::min(length, std::max(m_queue.FreeSpace(), 1U));
-    m_queue.Add(data, count);
+    m_queue.Add(data, std::min(count, m_queue.FreeSpace()));
     m_lastScanCount = kStepAgain;
     data += count;
     length -= count;
@@ -210,7 +204,7 @@ bool C_RecognizerCore::MakeRoomInFullQueue() {
       m_queue.Drop(m_queue.Queued());
       ResetFrameScanProc();
       return true;
-    case eCircBufOvrflowRejectNew:  // the queue itself refuses the byte; the scan goes on
+    case eCircBufOvrflowRejectNew:  // no room is made; the scan goes on
       Count(&S_RecognizerStatistics::bytesDiscarded, 1);
       return true;
     default:
@@ -226,46 +220,35 @@ void C_RecognizerCore::DropFalseStart() {
   ResetFrameScanProc();
 }
 
-// How many of the bytes belong to the frame delivered before them: its line end.
-unsigned int C_RecognizerCore::CountAccepted(const unsigned char* bytes, unsigned int count) {
-  unsigned int accepted = 0;
-  while (accepted < count && m_postFrame && !IsAFrameStartChar(bytes[accepted]) &&
-         IsAPostFrameAllowedByte(bytes[accepted]))
-    ++accepted;
-  return accepted;
-}
-
 // Drops bytes that cannot start a frame. After a frame its line end counts as accepted, everything else is noise.
 eRecognitionResult C_RecognizerCore::StepIdle() {
-  m_scanCount = 0;
-  m_lastScanCount = kStepAgain;
-  while (m_queue.Queued() > 0) {
-    unsigned int run = 0;
-    const unsigned char* const bytes = m_queue.HeadRun(run);
-    const unsigned int accepted = CountAccepted(bytes, run);
-    unsigned int count = accepted;
-    while (count < run && !IsAFrameStartChar(bytes[count])) ++count;
-    const bool isStart = count < run;
-    if (count > 0) {
-      Count(&S_RecognizerStatistics::bytesAccepted, accepted);
-      Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
-      m_queue.Drop(count);
-      m_frame.message.length = 0;  // of a frame that a host's own scan completed: its bytes are gone now
-    }
-    if (!isStart) continue;
-    m_state = eStartSearch;
-    // Unequal, so that the next call makes a step: equal counts mean that nothing is left to do.
-    m_lastScanCount = 0;
-    m_scanCount = 1;
-    return eRecSearching;
+  const unsigned char* const bytes = m_queue.Bytes();
+  const unsigned int queued = m_queue.Queued();
+  unsigned int accepted = 0;
+  while (accepted < queued && m_postFrame && IsLineEnd(bytes[accepted])) ++accepted;
+  unsigned int count = accepted;
+  if (count < queued && !IsAFrameStartChar(bytes[count])) {
+    m_postFrame = false;
+    if (++count < queued && !IsAFrameStartChar(bytes[count])) count = m_starts.FindStartByte(bytes, count, queued);
   }
+  if (count > 0) {
+    Count(&S_RecognizerStatistics::bytesAccepted, accepted);
+    Count(&S_RecognizerStatistics::bytesDiscarded, count - accepted);
+    m_queue.Drop(count);
+    m_frame.message.length = 0;  // of a frame that a host's own scan completed: its bytes are gone now
+  }
+  const bool isStart = count < queued;
+  m_state = isStart ? eStartSearch : eIdle;
+  // Unequal, so that the next call makes a step: equal counts mean that nothing is left to do.
+  m_lastScanCount = isStart ? 0 : kStepAgain;
+  m_scanCount = isStart ? 1 : 0;
   return eRecSearching;
 }
 
 // A quick filter for BeginsUnlisted that rules out nearly all false starts. `result` is that of the listed frame: where
 // it is a failure already, a look that is bound to fail as well would not change it.
 inline bool C_RecognizerCore::MayBeUnlisted(eRecognitionResult result) {
-  const unsigned char* const bytes = m_queue.Bytes(2);
+  const unsigned char* const bytes = m_queue.Bytes();
   if (!kSecondOfUnlisted[bytes[1]]) return false;
   const bool isRtcm = bytes[0] == kRtcmPreamble;
   const auto protocol = isRtcm ? C_RawDataMessage::eRTCM3_x : C_RawDataMessage::eNMEA0183;
@@ -277,25 +260,38 @@ inline bool C_RecognizerCore::MayBeUnlisted(eRecognitionResult result) {
 // On a match the search may hold more bytes than the frame has (the next one's, say): those are given back.
 eRecognitionResult C_RecognizerCore::StepStartSearch(C_RawDataMessage& message) {
   const eRecognitionResult result = FrameStartSearch();
+  if (m_state != eBodyWait) return StepWithoutMatch(result, message);
+  m_frame.message.length = std::min(m_frame.message.length, m_frame.lengths.least);
+  m_scanCount = m_frame.message.length;
+  m_lastScanCount = kStepAgain;
+  return result;
+}
+
+eRecognitionResult C_RecognizerCore::StepWithoutMatch(eRecognitionResult result, C_RawDataMessage& message) {
   if (m_acceptsUnlisted && m_state == eStartSearch && IsNoListedStart()) m_state = eResynchronise;
-  if (m_state == eResynchronise) {
-    if (m_acceptsUnlisted && MayBeUnlisted(result)) return LookAsUnlisted(result, false, message);
-    DropFalseStart();
-  } else if (m_state == eBodyWait) {
-    m_frame.message.length = std::min(m_frame.message.length, m_frame.lengths.least);
-    m_scanCount = m_frame.message.length;
-    m_lastScanCount = kStepAgain;
-  } else {
-    m_queuedAtLastWait = m_queue.Queued();
+  if (m_state != eResynchronise) {
+    WaitForStart();
+    return result;
   }
+  if (m_acceptsUnlisted && MayBeUnlisted(result)) return LookAsUnlisted(result, false, message);
+  DropFalseStart();
   return result;
 }
 
 // The scanner has judged the body; here the queue is moved: by one byte after a fault, by the frame when it is
 // complete.
 eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
+  if (kProtocols[m_currentRow].body == eBody::Text && !m_isUnlisted && m_scanner.IsWholeSentence()) {
+    Count(&S_RecognizerStatistics::framesGood, 1);
+    DeliverFrame(message);
+    return eRecFrameComplete;
+  }
+  return StepOtherBody(message);
+}
+
+eRecognitionResult C_RecognizerCore::StepOtherBody(C_RawDataMessage& message) {
   const unsigned int framesBad = m_counters.framesBad;
-  const eRecognitionResult result = FrameBodyWait();
+  const eRecognitionResult result = AwaitedBodyWait();
   if (m_state == eResynchronise) {
     if (m_acceptsUnlisted && !m_isUnlisted && MayBeUnlisted(result)) {
       const bool isCounted = m_counters.framesBad != framesBad;
@@ -305,29 +301,44 @@ eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
     DropFalseStart();
   }
   if (result == eRecFrameComplete) DeliverFrame(message);
-  if (result == eRecFrameStarted) m_queuedAtLastWait = m_queue.Queued();
+  if (result == eRecFrameStarted) WaitForBody();
   return result;
 }
+
+inline void C_RecognizerCore::Wait(eRecognitionResult result, unsigned int below, unsigned char leastPlain) {
+  m_wait = {m_queue.Queued(), result, below - 1, leastPlain};
+}
+
+// With unlisted frames accepted, any byte from a certain one on may show that no listed frame begins here.
+inline void C_RecognizerCore::WaitForStart() {
+  const unsigned int queued = m_queue.Queued();
+  const unsigned int greatest = m_acceptsUnlisted ? kShortestSentence : m_starts.MaxLength();
+  const bool mayPass = queued >= m_starts.MinLength() && queued + 1 < greatest;
+  const unsigned int below = mayPass ? std::min(m_starts.NextLength(m_queue.Bytes(), queued), greatest) : queued;
+  Wait(eRecSearching, below, 0);
+}
+
+inline void C_RecognizerCore::WaitForBody() { Wait(eRecFrameStarted, m_scanner.Wait().below, m_scanner.Wait().least); }
 
 // Whether the bytes decide that no listed frame begins here. The search for the longest pattern would otherwise hold
 // back an unlisted frame that is shorter, at the end of the stream for good.
 bool C_RecognizerCore::IsNoListedStart() {
   if (m_queue.Queued() < kShortestSentence) return false;
   const unsigned int held = std::min<unsigned int>(m_queue.Queued(), m_starts.MaxLength());
-  return !m_starts.MayMatchLater(m_queue.Bytes(std::max(held, kShortestSentence)), held);
+  return !m_starts.MayMatchLater(m_queue.Bytes(), held);
 }
 
 // Whether the start, which has failed as a listed frame, may be one of an unlisted frame.
 bool C_RecognizerCore::BeginsUnlisted() {
   const unsigned int held = std::min(m_queue.Queued(), kShortestSentence);
-  const unsigned char* const bytes = m_queue.Bytes(held);
+  const unsigned char* const bytes = m_queue.Bytes();
   if (bytes[0] != kRtcmPreamble) return m_enabled[C_RawDataMessage::eNMEA0183] && BeginsSentence(bytes, held);
   return m_enabled[C_RawDataMessage::eRTCM3_x] && bytes[1] < 4 && RtcmPayload(bytes) >= kRtcmNumberBytes;
 }
 
 // The frame in progress is the unlisted one that the oldest bytes begin.
 void C_RecognizerCore::ExpectUnlisted() {
-  const unsigned char* const bytes = m_queue.Bytes(kRtcmHeader);
+  const unsigned char* const bytes = m_queue.Bytes();
   const bool isRtcm = bytes[0] == kRtcmPreamble;
   const auto length = static_cast<unsigned short>(RtcmPayload(bytes) + kRtcmEnvelope);
   m_frame.message.protocol = isRtcm ? C_RawDataMessage::eRTCM3_x : C_RawDataMessage::eNMEA0183;
@@ -362,8 +373,7 @@ eVerdict C_RecognizerCore::JudgeUnlisted(eBody body, eVerdict verdict) {
     m_frame.message.length = static_cast<unsigned short>(length);
     return eVerdict::Complete;
   }
-  const bool isHiding = verdict == eVerdict::Complete && m_isUnlisted && HoldsListedFrame(m_frame.message.length);
-  return isHiding ? eVerdict::GivenUp : verdict;
+  return HoldsListedFrame(m_frame.message.length) ? eVerdict::GivenUp : verdict;
 }
 
 // Whether a listed frame begins after the first of the oldest `length` bytes and ends with the last of them or before.
@@ -372,7 +382,7 @@ eVerdict C_RecognizerCore::JudgeUnlisted(eBody body, eVerdict verdict) {
 bool C_RecognizerCore::HoldsListedFrame(unsigned int length) {
   const std::uint64_t position = m_queue.Position();
   if (m_listedInside.begin > position && m_listedInside.end <= position + length) return true;
-  const unsigned char* const bytes = m_queue.Bytes(length);
+  const unsigned char* const bytes = m_queue.Bytes();
   unsigned int start = 1;
   while (start < length && !m_inner->IsAFrameStartChar(bytes[start])) ++start;
   S_Range found;
@@ -406,16 +416,16 @@ void C_RecognizerCore::DeliverFrame(C_RawDataMessage& message) {
   message.length = 0;
   if (message.data != nullptr) {
     message.length = static_cast<unsigned short>(std::min<unsigned int>(frame.length, message.capacity));
-    std::memcpy(message.data, m_queue.Bytes(frame.length), message.length);
+    CopyBytes(message.data, m_queue.Bytes(), message.length);
   }
+  // An RTCM 3 frame ends with its checksum: a CR or LF after it is noise.
+  m_postFrame = frame.protocol != C_RawDataMessage::eRTCM3_x;
   m_queue.Drop(frame.length);
   Count(&S_RecognizerStatistics::bytesAccepted, frame.length);
   ResetFrame();
   m_state = eIdle;
   m_scanCount = 0;
   m_lastScanCount = kStepAgain;
-  m_postFrame = true;
-  m_lastRow = m_currentRow;
 }
 
 // With nothing enabled the shortest start is 255 bytes and the longest 0: a start cannot be looked at, or is given up.
@@ -425,13 +435,20 @@ eRecognitionResult C_RecognizerCore::FrameStartSearch() {
   unsigned short& held = m_frame.message.length;
   held = std::max(held, static_cast<unsigned short>(std::min(m_starts.MaxLength(), m_queue.Queued())));
   m_scanCount = held;
-  const unsigned int row = m_starts.Find(m_queue.Bytes(std::max<unsigned int>(held, 2)), held);
-  if (row != C_StartMatcher::kNoRow) {
-    m_currentRow = row;
-    return DetermineMsgExpectations();
+  const unsigned char* const bytes = m_queue.Bytes();
+  const S_Start start = m_starts.Find(bytes, held);
+  if (start.row == S_Start::kNoRow) {
+    if (held >= m_starts.MaxLength()) m_state = eResynchronise;
+    return eRecSearching;
   }
-  if (held >= m_starts.MaxLength()) m_state = eResynchronise;
-  return eRecSearching;
+  // Nearly all starts are of these two. The look-up of a sentence has given its type.
+  constexpr unsigned int kSentenceRow = kRowOf[C_RawDataMessage::eNMEA0183];
+  constexpr unsigned int kRtcmRow = kRowOf[C_RawDataMessage::eRTCM3_x];
+  if (start.row == kSentenceRow) return AwaitBody(kSentenceRow, {start.sentence, m_expected.nmea[start.sentence]});
+  S_Expectation frame = {};
+  if (start.row == kRtcmRow && ReadRtcm(bytes, frame)) return AwaitBody(kRtcmRow, frame);
+  m_currentRow = start.row;
+  return DetermineMsgExpectations();
 }
 
 // The limits of the protocol hold until its parameter step has read those of the message.
@@ -442,35 +459,58 @@ eRecognitionResult C_RecognizerCore::DetermineMsgExpectations() {
     return eRecError;
   }
   const S_ProtocolRow& row = kProtocols[m_currentRow];
+  S_Expectation expectation = {m_frame.message.messageType, {row.frame.headerLength, row.frame.maxLength}};
+  const bool isExpected = row.readParameters == nullptr || ReadExpectation(row, expectation);
+  AwaitBody(m_currentRow, expectation);
+  if (isExpected) return eRecFrameStarted;
+  m_state = eResynchronise;
+  return eRecFrameRejected;
+}
+
+inline eRecognitionResult C_RecognizerCore::AwaitBody(unsigned int row, const S_Expectation& expectation) {
   m_isUnlisted = false;
-  m_frame.message.protocol = row.frame.protocol;
-  Expect({m_frame.message.messageType, {row.frame.headerLength, row.frame.maxLength}});
-  if (row.readParameters != nullptr && !ReadParameters(row)) {
-    m_state = eResynchronise;
-    return eRecFrameRejected;
-  }
+  m_currentRow = row;
+  m_frame.message.protocol = kProtocols[row].frame.protocol;
+  Expect(expectation);
   m_state = eBodyWait;
   return eRecFrameStarted;
 }
 
 // The one place that checks how many bytes a parameter step needs.
+bool C_RecognizerCore::ReadExpectation(const S_ProtocolRow& row, S_Expectation& expectation) const {
+  return m_frame.message.length >= row.neededLength &&
+         row.readParameters(row, m_queue.Bytes(), m_expected, expectation);
+}
+
 bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
-  if (m_frame.message.length < row.neededLength) return false;
   S_Expectation expectation = {m_frame.message.messageType, m_frame.lengths};
-  if (!row.readParameters(row, m_queue.Bytes(row.neededLength), m_expected, expectation)) return false;
+  if (!ReadExpectation(row, expectation)) return false;
   Expect(expectation);
   return true;
 }
 
-// Of the proprietary sentences the packed one has a body of its own.
-eRecognitionResult C_RecognizerCore::FrameBodyWait() {
-  if (!IsBodyAwaited()) return eRecError;
-  // The only shape of body that depends on the message, not on the protocol alone.
-  const eBody body = kProtocols[m_currentRow].body;
-  if (m_isUnlisted && body == eBody::Text) return BodyWait(eBody::Unlisted);
-  const bool isPacked = body == eBody::Pkvn && m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW;
-  return BodyWait(isPacked ? eBody::PkvnRaw : body);
+// Two shapes of body depend on the message as well: a sentence that is not listed, and a packed one.
+inline eRecognitionResult C_RecognizerCore::AwaitedBodyWait() {
+  switch (kProtocols[m_currentRow].body) {
+    case eBody::Rtcm:
+      return BodyWaitAs<eBody::Rtcm>();
+    case eBody::VelaBin:
+      return BodyWaitAs<eBody::VelaBin>();
+    case eBody::Text:
+      return m_isUnlisted ? BodyWaitAs<eBody::Unlisted>() : BodyWaitAs<eBody::Text>();
+    case eBody::Pkvn:
+      return m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW ? BodyWaitAs<eBody::PkvnRaw>()
+                                                                        : BodyWaitAs<eBody::Pkvn>();
+    case eBody::SiteRecord:
+      return BodyWaitAs<eBody::SiteRecord>();
+    case eBody::Ack:
+      return BodyWaitAs<eBody::Ack>();
+    default:
+      return BodyWaitAs<eBody::Jrox>();
+  }
 }
+
+eRecognitionResult C_RecognizerCore::FrameBodyWait() { return IsBodyAwaited() ? AwaitedBodyWait() : eRecError; }
 
 // A host may call this for the frame of another protocol, which may be longer than there is room for.
 eRecognitionResult C_RecognizerCore::VelaBINBodyWait() {
@@ -480,26 +520,34 @@ eRecognitionResult C_RecognizerCore::VelaBINBodyWait() {
 
 eRecognitionResult C_RecognizerCore::BodyWait(eBody body) {
   if (!IsBodyAwaited()) return eRecError;
-  m_queuedAtLastWait = 0;
-  const eVerdict verdict = m_scanner.Scan(body);
-  return Conclude(m_inner == nullptr ? verdict : JudgeUnlisted(body, verdict));
+  m_wait.queued = kNoWait;
+  return ConcludeBody(body, m_scanner.Scan(body));
 }
 
-// Brings a verdict into state, counters and result. A start that fails twice, as a listed and as an unlisted frame, is
-// one bad frame.
-eRecognitionResult C_RecognizerCore::Conclude(eVerdict verdict) {
-  const bool isBadCheck = verdict == eVerdict::BadCheck;
+template <eBody kBody>
+inline eRecognitionResult C_RecognizerCore::BodyWaitAs() {
+  m_wait.queued = kNoWait;
+  return ConcludeBody(kBody, m_scanner.ScanAs<kBody>());
+}
+
+inline eRecognitionResult C_RecognizerCore::ConcludeBody(eBody body, eVerdict verdict) {
+  const bool isUnlisted = verdict == eVerdict::ShortLine || (m_isUnlisted && verdict == eVerdict::Complete);
+  return Conclude(isUnlisted ? JudgeUnlisted(body, verdict) : verdict);
+}
+
+// Brings a verdict into state, counters and result.
+inline eRecognitionResult C_RecognizerCore::Conclude(eVerdict verdict) {
   m_scanCount = m_frame.message.length;
-  switch (verdict) {
-    case eVerdict::More:
-      return eRecFrameStarted;
-    case eVerdict::Complete:
-      m_state = eIdle;
-      Count(&S_RecognizerStatistics::framesGood, 1);
-      return eRecFrameComplete;
-    default:
-      break;
-  }
+  if (verdict == eVerdict::More) return eRecFrameStarted;
+  if (verdict != eVerdict::Complete) return ConcludeFault(verdict);
+  m_state = eIdle;
+  Count(&S_RecognizerStatistics::framesGood, 1);
+  return eRecFrameComplete;
+}
+
+// A start that fails twice, as a listed and as an unlisted frame, is one bad frame.
+eRecognitionResult C_RecognizerCore::ConcludeFault(eVerdict verdict) {
+  const bool isBadCheck = verdict == eVerdict::BadCheck;
   m_state = eResynchronise;
   if (m_isUnlisted) m_currentRow = m_listedRow;
   // An acknowledgement has no form that could be wrong, so none of them is a bad frame.

@@ -28,13 +28,19 @@ class C_RecognizerCore {
   // do: so all that needs registers saved is out of line, and called last.
   eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
     if (m_state == eResynchronise) return Resynchronize(data, length, message);
-    if (data != nullptr && length != 0) return Feed(data, length, message);
+    if (data != nullptr && length != 0) {
+      if (length != 1 || !m_queue.HasPlace()) return Feed(data, length, message);
+      const bool isPlain = IsPlain(*data);
+      m_queue.AddInPlace(*data);
+      if (isPlain) return Pass();
+      m_lastScanCount = kStepAgain;
+    }
     return Advance(message);
   }
 
   void EnableProtocol(eProtocols protocol) { Enable(protocol, m_allowed); }
   void DisableProtocol(eProtocols protocol) { Enable(protocol, {}); }
-  void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling);
+  void SetOverflowHandling(eCircBufOvrflowHandling overflowHandling) { m_overflowHandling = overflowHandling; }
   void SetPatientSearch(bool patient);
   void SetAcceptUnlisted(bool on);
   void FullProcessingReset();
@@ -42,7 +48,7 @@ class C_RecognizerCore {
   unsigned short GetMaxFrameLength() const { return m_maxFrameLength; }
   unsigned int GetFreeSpace() const { return m_queue.FreeSpace(); }
   unsigned int GetQueuedBytes() const { return m_queue.Queued(); }
-  unsigned int CopyQueuedBytes(unsigned char* out, unsigned int room) { return m_queue.Copy(out, room); }
+  unsigned int CopyQueuedBytes(unsigned char* out, unsigned int room) const { return m_queue.Copy(out, room); }
   // Counted in any case; a host that asked for no statistics just does not get to see them.
   const S_RecognizerStatistics* GetStatistics() const { return m_keepsStatistics ? &m_counters : nullptr; }
 
@@ -75,6 +81,7 @@ class C_RecognizerCore {
   enum eScanState : unsigned int { eIdle = 0, eStartSearch = 1, eBodyWait = 2, eResynchronise = 3 };
 
   static constexpr unsigned short kStepAgain = 0xFFFF;  // equals no scan count
+  static constexpr unsigned int kNoWait = 0xFFFFFFFF;   // equals no number of queued bytes
 
   // What `DoRecognition` is made of. A step is made only when something is new: bytes, or the outcome of the last step.
   eRecognitionResult Resynchronize(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
@@ -82,8 +89,7 @@ class C_RecognizerCore {
   eRecognitionResult Advance(C_RawDataMessage& message) {
     if (m_queue.Queued() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
     m_lastScanCount = m_scanCount;
-    // Nothing new since the last step: it would come to the same.
-    if (m_queue.Queued() == m_queuedAtLastWait) return m_state == eBodyWait ? eRecFrameStarted : eRecSearching;
+    if (m_queue.Queued() == m_wait.queued) return m_wait.result;
     switch (m_state) {
       case eIdle:
         return StepIdle();
@@ -95,10 +101,26 @@ class C_RecognizerCore {
         return eRecError;
     }
   }
+  // Whether the byte leaves the last step waiting, as most bytes do that come one by one.
+  bool IsPlain(unsigned char byte) const {
+    const unsigned int queued = m_queue.Queued();
+    return queued == m_wait.queued && queued < m_wait.plainBelow && byte >= m_wait.leastPlain;
+  }
+  // Such bytes have been queued. Does what a step would do.
+  eRecognitionResult Pass() {
+    m_wait.queued = m_queue.Queued();
+    m_scanner.Pass(m_wait.queued);
+    m_lastScanCount = m_scanCount;
+    m_scanCount = static_cast<unsigned short>(m_wait.queued);
+    return m_wait.result;
+  }
   // One for each state; they alone move the queue.
   eRecognitionResult StepIdle();
   eRecognitionResult StepStartSearch(C_RawDataMessage& message);
+  eRecognitionResult StepWithoutMatch(eRecognitionResult result, C_RawDataMessage& message);
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
+  // For all but a whole sentence. Apart, because it needs registers saved.
+  [[gnu::noinline]] eRecognitionResult StepOtherBody(C_RawDataMessage& message);
 
   // Frames that are not listed: at each start that has failed as a listed one.
   bool IsNoListedStart();
@@ -114,24 +136,35 @@ class C_RecognizerCore {
   eRecognitionResult QueueInput(const unsigned char* data, unsigned int length);
   bool MakeRoomInFullQueue();
   void DropFalseStart();
-  // Bytes at the front of a run that end the line of the frame before.
-  unsigned int CountAccepted(const unsigned char* bytes, unsigned int count);
+  // The step that was made only waits. As long as fewer than `below` bytes are queued, those from `leastPlain` on make
+  // no difference.
+  void Wait(eRecognitionResult result, unsigned int below, unsigned char leastPlain);
+  void WaitForStart();
+  void WaitForBody();
   // Copies the frame out and drops it from the queue.
   void DeliverFrame(C_RawDataMessage& message);
 
   // Protocols that were not named at construction stay disabled: the buffers were sized without them.
   void Enable(eProtocols protocol, const t_Protocols& flags);
   void ResetFrame();
+  // FrameBodyWait where a body is awaited, and what it is made of.
+  eRecognitionResult AwaitedBodyWait();
+  template <eBody kBody>
+  eRecognitionResult BodyWaitAs();
+  eRecognitionResult ConcludeBody(eBody body, eVerdict verdict);
   // Type and length limits, read from the start of the frame.
   void Expect(const S_Expectation& expectation);
+  // The frame is one of this row.
+  eRecognitionResult AwaitBody(unsigned int row, const S_Expectation& expectation);
+  bool ReadExpectation(const S_ProtocolRow& row, S_Expectation& expectation) const;
   bool ReadParameters(const S_ProtocolRow& row);
   // Single steps may be called in any state, so each of them asks this first.
   bool IsBodyAwaited() const { return m_state == eBodyWait && m_currentRow < kNumProtocols; }
   // The only place where frames are counted.
   eRecognitionResult Conclude(eVerdict verdict);
+  eRecognitionResult ConcludeFault(eVerdict verdict);
   void Count(unsigned int S_RecognizerStatistics::*counter, unsigned int amount);
 
-  // The queue's policy is asked before bytes are queued, because each overflow is counted.
   eCircBufOvrflowHandling m_overflowHandling;
   const bool m_keepsStatistics;
   const t_Protocols m_allowed;  // named at construction
@@ -141,13 +174,20 @@ class C_RecognizerCore {
   bool m_acceptsUnlisted = false;
   S_ExpectedMessages m_expected;
 
+  // What to know of the last step if it only waits for more bytes.
+  struct S_Wait {
+    unsigned int queued = kNoWait;              // bytes queued: with no others, a step would do the same again
+    eRecognitionResult result = eRecNoNewData;  // its result
+    unsigned int plainBelow = 0;                // as long as fewer bytes than these are queued,
+    unsigned char leastPlain = 0;               // one more leaves it waiting if it is this one or greater
+  };
+
   eScanState m_state = eIdle;
   bool m_postFrame = false;                     // a frame was delivered: its line end may follow
   unsigned short m_scanCount = 0;               // bytes of the current frame looked at
   unsigned short m_lastScanCount = kStepAgain;  // m_scanCount at the last step
-  unsigned int m_queuedAtLastWait = 0;          // bytes at the last step if it only waits for more; 0: step in any case
-  unsigned int m_currentRow = kNumProtocols;    // of kProtocols: the start that matched last
-  unsigned int m_lastRow = kNumProtocols;       // and that of the frame delivered last
+  S_Wait m_wait;
+  unsigned int m_currentRow = kNumProtocols;  // of kProtocols: the start that matched last
   S_RecognizerStatistics m_counters = {};
 
   // A start that failed as a listed frame and is looked at as an unlisted one.

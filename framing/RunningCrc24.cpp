@@ -20,10 +20,16 @@ unsigned int Next(unsigned int sum, unsigned char byte) {
   return ((sum << 8) ^ C_CRC24::mu32CRC_Table[(sum >> 16) ^ byte]) & 0xFFFFFF;
 }
 
-// Of two polynomials modulo the generator. The bits above 23 are reduced as if they were bytes to be summed.
+// Of two polynomials modulo the generator. Four bits of `b` at a time, for which the multiples of `a` are laid out. The
+// bits above 23 are reduced as if they were bytes to be summed.
 unsigned int Product(unsigned int a, unsigned int b) {
+  std::array<unsigned int, 16> multiples = {0, a};
+  for (unsigned int i = 2; i < multiples.size(); i += 2) {
+    multiples[i] = multiples[i / 2] << 1;
+    multiples[i + 1] = multiples[i] ^ a;
+  }
   std::uint64_t product = 0;
-  for (unsigned int bit = 0; bit < 24; ++bit) product ^= (std::uint64_t{a} << bit) * (b >> bit & 1);
+  for (unsigned int bit = 0; bit < 24; bit += 4) product ^= std::uint64_t{multiples[b >> bit & 15]} << bit;
   unsigned int sum = 0;
   for (const unsigned int shift : {40, 32, 24}) sum = Next(sum, static_cast<unsigned char>(product >> shift));
   return sum ^ (product & 0xFFFFFF);

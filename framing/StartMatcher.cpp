@@ -7,7 +7,9 @@
 #include <cstring>
 #include <iterator>
 
-#include "textproto/SentenceIds.h"
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace velagnss::framing {
 
@@ -20,13 +22,6 @@ std::uint64_t Head(const unsigned char* bytes) {
   std::uint64_t word = 0;
   std::memcpy(&word, bytes, kHeadBytes);
   return word;
-}
-
-// The same of fewer bytes. Patterns that reach into the zeros are ruled out by their length.
-std::uint64_t ShortHead(const unsigned char* bytes, unsigned int count) {
-  unsigned char padded[kHeadBytes] = {};
-  std::copy_n(bytes, count, padded);
-  return Head(padded);
 }
 
 struct S_Head {
@@ -52,14 +47,10 @@ bool AgreesAsFarAs(const S_FrameDescriptor& frame, const unsigned char* bytes, u
   return at == count;
 }
 
-// "$.....," is the start of any sentence; an NMEA 0183 frame must name one that is known.
-bool NamesAKnownSentence(const unsigned char* bytes) {
-  return textproto::SentenceIds::Find(reinterpret_cast<const char*>(bytes) + 3) != C_RawDataMessage::eNmeaUnknown;
-}
-
 }  // namespace
 
-// The second byte separates "$>" from "$B", "$J", "$P" and "$R": most starts are left with one or two rows.
+// The second byte separates "$>" from "$B", "$J", "$P" and "$R", and the third those from the talkers of sentences:
+// nearly all starts are left with one row.
 void C_StartMatcher::TakePatterns() {
   for (unsigned int i = 0; i < kNumProtocols; ++i) {
     const S_FrameDescriptor& frame = kProtocols[i].frame;
@@ -86,26 +77,79 @@ void C_StartMatcher::Search(const t_Protocols& enabled, bool patient) {
     m_maxLength = std::max(m_maxLength, m_comparedLengths[i]);
   }
   for (unsigned int byte = 0; byte < 256; ++byte) m_canStart[byte] = (m_rowsByByte[0][byte] & m_searched) != 0;
+  ListStartBytes();
+}
+
+void C_StartMatcher::AlsoStopAt(unsigned char byte) {
+  m_canStart[byte] = true;
+  ListStartBytes();
+}
+
+// A pattern with another start byte needs a longer list.
+static_assert([] {
+  for (const S_ProtocolRow& row : kProtocols) {
+    const unsigned char first = row.frame.startPattern[0];
+    if (row.frame.startMask[0] != 0xFF || (first != '$' && first != 0xD3)) return false;
+  }
+  return true;
+}());
+
+void C_StartMatcher::ListStartBytes() {
+  unsigned int count = 0;
+  for (unsigned int byte = 0; byte < 256; ++byte) {
+    if (m_canStart[byte]) m_startBytes[count++] = static_cast<unsigned char>(byte);
+  }
+  std::fill(m_startBytes + count, std::end(m_startBytes), m_startBytes[0]);
+}
+
+unsigned int C_StartMatcher::FindStartByte(const unsigned char* bytes, unsigned int from, unsigned int to) const {
+  if (!m_canStart[m_startBytes[0]]) return to;  // the list is empty
+#ifdef __SSE2__
+  const auto listed = [this](unsigned int i) { return _mm_set1_epi8(static_cast<char>(m_startBytes[i])); };
+  const __m128i list[] = {listed(0), listed(1), listed(2)};
+  const auto marks = [bytes, &list](unsigned int at) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+    const __m128i isFirst = _mm_cmpeq_epi8(block, list[0]);
+    const __m128i isOther = _mm_or_si128(_mm_cmpeq_epi8(block, list[1]), _mm_cmpeq_epi8(block, list[2]));
+    return static_cast<unsigned int>(_mm_movemask_epi8(_mm_or_si128(isFirst, isOther)));
+  };
+  for (; from < to; from += 32) {
+    const unsigned int found = marks(from) | marks(from + 16) << 16;
+    if (found != 0) return std::min(from + static_cast<unsigned int>(std::countr_zero(found)), to);
+  }
+  return to;
+#else
+  while (from < to && !m_canStart[bytes[from]]) ++from;
+  return from;
+#endif
 }
 
 // Rows come lowest bit first, which is their search order. A row whose bytes are not all there is passed over, so that
 // a shorter pattern after it may win: this is what makes a search without patience depend on the cut of the stream.
-unsigned int C_StartMatcher::Find(const unsigned char* bytes, unsigned int held) const {
-  const unsigned int candidates = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]];
-  const std::uint64_t head = held < kHeadBytes ? ShortHead(bytes, held) : Head(bytes);
-  for (unsigned int rows = candidates; rows != 0; rows &= rows - 1) {
+S_Start C_StartMatcher::FindAmong(unsigned int rows, const unsigned char* bytes, unsigned int held) const {
+  const std::uint64_t head = Head(bytes);  // may reach beyond what is held: such patterns are ruled out by their length
+  for (; rows != 0; rows &= rows - 1) {
     const auto row = static_cast<unsigned int>(std::countr_zero(rows));
     if ((head & kHeads[row].mask) != kHeads[row].pattern || m_comparedLengths[row] > held) continue;
     const S_FrameDescriptor& frame = kProtocols[row].frame;
     if (frame.startLength > kHeadBytes && !BeginsAs(frame, bytes)) continue;
-    if (frame.protocol != C_RawDataMessage::eNMEA0183 || NamesAKnownSentence(bytes)) return row;
+    if (row != kSentenceRow) return {row};
+    if (const S_Start sentence = FindSentence(bytes, held); sentence.row != S_Start::kNoRow) return sentence;
   }
-  return kNoRow;
+  return {};
 }
 
-bool C_StartMatcher::MayMatchLater(const unsigned char* bytes, unsigned int held) const {
-  for (unsigned int rows = m_searched & m_rowsByByte[0][bytes[0]] & m_rowsByByte[1][bytes[1]]; rows != 0;
-       rows &= rows - 1) {
+unsigned int C_StartMatcher::NextLengthAmong(unsigned int rows, unsigned int held) const {
+  unsigned int next = m_maxLength;
+  for (; rows != 0; rows &= rows - 1) {
+    const unsigned int compared = m_comparedLengths[std::countr_zero(rows)];
+    if (compared > held) next = std::min(next, compared);
+  }
+  return next;
+}
+
+bool C_StartMatcher::MayAnyMatchLater(unsigned int rows, const unsigned char* bytes, unsigned int held) const {
+  for (; rows != 0; rows &= rows - 1) {
     const auto row = static_cast<unsigned int>(std::countr_zero(rows));
     const S_FrameDescriptor& frame = kProtocols[row].frame;
     if (m_comparedLengths[row] > held && AgreesAsFarAs(frame, bytes, std::min<unsigned int>(held, frame.startLength)))
