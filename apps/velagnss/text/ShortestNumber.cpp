@@ -143,7 +143,7 @@ std::size_t CountDigits(std::uint64_t digits) {
   return least + (digits >= kPowersOfTen[least] ? 1 : 0);
 }
 
-// All copies have the same size, whatever is wanted of them: what is too much is overwritten, or behind the end.
+// All copies have the same size, whatever is wanted of them: what is too much is overwritten, or beyond the end.
 char* WriteDecimal(char* out, S_Decimal decimal) {
   constexpr std::size_t kBlock = 8;
   constexpr std::size_t kDigits = 3 * kBlock;
