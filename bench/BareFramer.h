@@ -10,7 +10,7 @@ namespace BareFramer {
 // Whether the processor has what the loop is compiled for.
 bool CanRun();
 
-// Takes the stream in pieces as a host does: copies each behind what is left, copies every frame out twice, as a
+// Takes the stream in pieces as a host does: copies each after what is left, copies every frame out twice, as a
 // recognizer with a work buffer would, and moves the unfinished rest to the front. Returns the number of frames.
 std::size_t Pump(const unsigned char* stream, std::size_t count, std::size_t piece);
 

@@ -80,4 +80,17 @@ TEST_ROWS(FrameScan, DoesNotDependOnTheCut, kScanCases, c) {
   }
 }
 
+// Scans read ahead of what is queued. The end of an earlier sentence, still in the same place of the queue's memory,
+// must not end this one.
+TEST(FrameScan, TakesNoByteThatIsNotQueued) {
+  const std::string sentence = Sentence("GPGSA," + std::string(86, '1')).substr(0, 97);  // up to its CR
+  CarefulHost host;
+  for (std::size_t i = 0; i < 300; ++i) {
+    host.Feed(sentence.substr(0, 96));
+    ASSERT_EQ(host.found.size(), i);
+    host.Feed(sentence.substr(96));
+  }
+  EXPECT_EQ(host.found.size(), 300U);
+}
+
 }  // namespace

@@ -88,8 +88,11 @@ void WriteEpochs(C_JsonWriter& json, const C_StreamAccount& account) {
   json.EndObject();
 }
 
-C_TimeText GpsTimeText(double seconds) {
+// Latest reference time; empty without one, and for a week that cannot be: the seed may be wrong.
+C_TimeText LatestText(const S_EphemerisSummary& entry) {
+  const double seconds = entry.latest.value_or(-1);
   const double week = std::floor(seconds / kSecondsPerWeek);
+  if (!(week >= 0 && week < NA_U16)) return {};
   return C_TimeText::WeekTime(static_cast<unsigned short>(week), seconds - week * kSecondsPerWeek, ALGO::GNSS_GPS);
 }
 
@@ -101,7 +104,7 @@ void WriteEphemerides(C_JsonWriter& json, const C_ObservationSummary& summary) {
     json.Key("count").Integer(entry.count);
     WriteSatellites(json.Key("satellites"), entry.satellites);
     json.Key("latest_reference");
-    entry.latest ? json.String(GpsTimeText(*entry.latest).Text()) : json.Null();
+    json.StringOrNull(LatestText(entry).Text());
     json.Key("age_s").Number(summary.AgeOf(entry).value_or(kNotKnown));
     json.EndObject();
   }
@@ -147,10 +150,12 @@ void AppendEphemerides(std::string& table, const C_ObservationSummary& summary) 
   if (summary.Ephemerides().empty()) return;
   Line(table, "\n  {:<12}{:>10}{:>12}  {:<22}{:>10}", "ephemerides", "count", "satellites", "latest, GPS time",
        "age, s");
-  for (const S_EphemerisSummary& entry : summary.Ephemerides())
+  for (const S_EphemerisSummary& entry : summary.Ephemerides()) {
+    const C_TimeText latest = LatestText(entry);
     Line(table, "  {:<12}{:>10}{:>12}  {:<22}{:>10}", velagnss::SystemName(entry.system), entry.count,
-         entry.satellites.count(), entry.latest ? GpsTimeText(*entry.latest).Text() : "-",
+         entry.satellites.count(), latest.IsEmpty() ? "-" : latest.Text(),
          NumberText(summary.AgeOf(entry).value_or(kNotKnown), 0));
+  }
 }
 
 }  // namespace

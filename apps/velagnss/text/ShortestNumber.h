@@ -7,7 +7,7 @@
 namespace Host {
 
 // Room that `WriteShortest` needs. Its texts have at most 24 characters: sign, 17 digits, point, exponent.
-inline constexpr std::size_t kShortestSize = 48;
+inline constexpr std::size_t kShortestSize = 32;
 
 // Writes what std::to_chars writes: the shortest text that reads back as the same number, of several of the same
 // length the one nearest to it. The number must be finite. Gives back the end of the text.
