@@ -72,9 +72,9 @@ unsigned int MarksOf16(const unsigned char* bytes) {
 }
 #endif
 
-// Position of the first mark in [from, to); `to` or more when there is none.
+// Position of the first mark in [from, to); `to` or more when there is none. The mark is a template argument, so that
+// each scan is a loop of its own without a branch on what it looks for.
 template <eMark kMark>
-// The mark is a template argument, so that each scan is a loop of its own without a branch on what it looks for.
 unsigned int Find(const unsigned char* bytes, unsigned int from, unsigned int to) {
 #ifdef __SSE2__
   // Only whole blocks: nothing at or after `to` is read.

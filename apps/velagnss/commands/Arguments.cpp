@@ -31,13 +31,15 @@ std::optional<C_GnssTime> SeedOfDate(std::string_view text) {
 
 std::string CheckDate(const std::string& text) {
   const std::optional<unsigned int> mjd = ParseDate(text);
-  return mjd && IsInCalendar(*mjd) ? "" : "'" + text + "' is not a date from 1980-01-13 on, as in 2024-05-18";
+  return mjd && IsInCalendar(*mjd) ? ""
+                                   : "'" + text + "' is not a date from 1980-01-13 to 2100-12-31, as in 2024-05-18";
 }
 
 std::string CheckSeed(const std::string& text) {
   if (ParseSeed(text)) return {};
   return "'" + text +
-         "' is not a date from 1980-01-13 on, with or without a time, nor a GPS week from 1 on and its seconds, as in "
+         "' is not a date from 1980-01-13 to 2100-12-31, with or without a time, nor a GPS week from 1 on and its "
+         "seconds, as in "
          "2300:345600";
 }
 

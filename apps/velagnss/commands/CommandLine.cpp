@@ -82,6 +82,13 @@ std::string ChosenCommand(const CLI::App& app) {
   return name;
 }
 
+// "--output: 1 required TEXT missing", as the parser says it.
+std::optional<std::string> MissingValue(std::string_view error) {
+  const std::size_t end = error.find(": 1 required ");
+  if (end == std::string_view::npos) return std::nullopt;
+  return fmt::format("{} needs a value", error.substr(0, end));
+}
+
 // What is wrong with an option that takes one value and was given several times; the parser only counts its values.
 std::optional<std::string> RepeatedOption(const CLI::App& app) {
   for (const CLI::App* chosen : app.get_subcommands())
@@ -112,7 +119,7 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-// What is wrong with the first argument, where neither a command nor an option of the program is.
+// What is wrong with an argument where a command or an option of the program is expected.
 std::string WrongWord(std::string_view word) {
   if (word.starts_with('-')) return fmt::format("unknown option '{}'", word);
   const std::size_t maxTypos = std::min<std::size_t>(2, word.size() / 2);
@@ -134,6 +141,20 @@ std::optional<std::string_view> FirstUnknown(const CLI::App& app, int argc, char
     if (!isOption || (isLong && app.get_option_no_throw(std::string(word)) == nullptr)) return word;
   }
   return std::nullopt;
+}
+
+// The parser's own message, unless there is a plainer one.
+std::string WhatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
+  std::optional<std::string> plain;
+  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch)) {
+    plain = MissingValue(error.what());
+    if (!plain) plain = RepeatedOption(app);
+  }
+  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
+    const std::vector<std::string> words = app.remaining(true);
+    if (!words.empty()) plain = fmt::format("unknown command '{}'", words.front());
+  }
+  return plain.value_or(error.what());
 }
 
 }  // namespace
@@ -158,6 +179,7 @@ int C_CommandLine::Run(int argc, char** argv) {
   const std::string_view first = argc > 1 ? argv[1] : "";
   if (first == "help" && argc == 2) return ShowText(m_app->help());
   if (first == "help" && FindCommand(argv[2]) != nullptr) return ShowText(m_app->get_subcommand(argv[2])->help());
+  if (first == "help" && argv[2][0] != '-') return ReportUsage("", WrongWord(argv[2]));
   if (first == "version" && argc == 2) return ShowText(m_app->version() + "\n");
   try {
     m_app->parse(argc, argv);
@@ -168,9 +190,7 @@ int C_CommandLine::Run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     const std::optional<std::string_view> unknown = FirstUnknown(*m_app, argc, argv);
     if (unknown) return ReportUsage("", WrongWord(*unknown));
-    const bool isCountWrong = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch);
-    return ReportUsage(ChosenCommand(*m_app),
-                       (isCountWrong ? RepeatedOption(*m_app) : std::nullopt).value_or(error.what()));
+    return ReportUsage(ChosenCommand(*m_app), WhatIsWrong(*m_app, error));
   }
   if (m_isQuiet) SetVerbosity(eVerbosity::Quiet);
   if (m_isVerbose) SetVerbosity(eVerbosity::Verbose);
