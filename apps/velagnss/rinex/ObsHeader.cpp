@@ -11,8 +11,8 @@
 namespace Host {
 namespace {
 
-constexpr std::size_t kMaxSteps = 1000;                // more different ones have nothing in common
-constexpr std::int64_t kMaxInterval = 999'999 * 1000;  // ms: six digits of seconds fit
+constexpr std::size_t kMaxSteps = 1000;             // more different ones have nothing in common
+constexpr std::int64_t kMaxInterval = 999'999'000;  // ms: six digits of seconds fit
 
 // Entries of a line and its continuations, each of which begins with `indent` blanks.
 void AppendList(std::string& text, std::string_view label, std::string line, std::size_t perLine, std::size_t indent,
