@@ -32,7 +32,7 @@ enum class eVerdict {
 };
 
 // Scans by the rule of the body's shape. There are two kinds: a length that is known from the start, and bytes up to an
-// end mark. A scan removes nothing from the queue, and no byte is looked at twice: what a scan has learned is kept for
+// end mark. A scan removes nothing from the queue, and no byte is scanned twice: what a scan has learned is kept for
 // the next one, and as far as it does not depend on the frame also for the frames after it.
 class C_BodyScanner {
  public:

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 
 #ifdef __SSE2__
@@ -134,15 +135,15 @@ struct S_Line {
 // Reads all of the window, whatever the line's length: without a branch that depends on it, one pass costs less than a
 // search for the end and a sum up to it.
 inline S_Line ReadLine(const unsigned char* bytes) {
-  constexpr int kBlocks = kLineWindow / 16;
+  constexpr std::size_t kBlocks = kLineWindow / 16;
   __m128i blocks[kBlocks];
   unsigned int marks[kBlocks];
-  for (int i = 0; i < kBlocks; ++i) {
+  for (std::size_t i = 0; i < kBlocks; ++i) {
     blocks[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * i));
     const __m128i least = _mm_min_epu8(blocks[i], _mm_set1_epi8(kFirstPrintable - 1));
     marks[i] = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(least, blocks[i])));
   }
-  const auto pair = [&marks](int i) { return std::uint64_t{marks[i] | marks[i + 1] << 16}; };
+  const auto pair = [&marks](std::size_t i) { return std::uint64_t{marks[i] | marks[i + 1] << 16}; };
   const std::uint64_t first = pair(0) | pair(2) << 32;
   const std::uint64_t last = pair(4);
   const int end = first != 0 ? std::countr_zero(first) : 64 + std::min(std::countr_zero(last), 32);
@@ -154,7 +155,8 @@ inline S_Line ReadLine(const unsigned char* bytes) {
     sum = _mm_xor_si128(sum, _mm_and_si128(block, _mm_cmplt_epi8(place, star)));
     place = _mm_add_epi8(place, _mm_set1_epi8(16));
   }
-  auto folded = static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_xor_si128(sum, _mm_unpackhi_epi64(sum, sum))));
+  std::uint64_t folded = 0;
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(&folded), _mm_xor_si128(sum, _mm_unpackhi_epi64(sum, sum)));
   folded ^= folded >> 32;
   folded ^= folded >> 16;
   return {static_cast<unsigned int>(end), static_cast<unsigned char>(folded ^ (folded >> 8) ^ bytes[0])};

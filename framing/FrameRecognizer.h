@@ -95,7 +95,7 @@ class VELAGNSS_API C_FrameRecognizer {
   // the next call that completes one; a message with a null `data` receives everything but the bytes.
   //
   // The time of a call is bounded by the bytes that it is given and those that are queued. Each byte of a body that is
-  // awaited is looked at once, however many calls it takes to arrive.
+  // awaited is looked at a bounded number of times, however many calls it takes to arrive.
   eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
 
   // Adds a protocol to the search, or removes it. `eAllProtocols` means every protocol named at construction; larger

@@ -2,6 +2,7 @@
 #ifndef VELAGNSS_FRAMING_QUEUE_WINDOW_H
 #define VELAGNSS_FRAMING_QUEUE_WINDOW_H
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -28,7 +29,7 @@ class C_QueueWindow {
 
   // Queues bytes, FreeSpace() at most.
   void Add(const unsigned char* bytes, unsigned int count) {
-    if (m_head + m_queued + count > m_end) MoveToFront();
+    if (count > static_cast<std::size_t>(m_end - m_head) - m_queued) MoveToFront();
     CopyBytes(m_head + m_queued, bytes, count);
     m_queued += count;
   }

@@ -106,7 +106,7 @@ class C_RecognizerCore {
     const unsigned int queued = m_queue.Queued();
     return queued == m_wait.queued && queued < m_wait.plainBelow && byte >= m_wait.leastPlain;
   }
-  // Such bytes have been queued. Does what a step would do.
+  // Plain bytes have been queued after a step that waits: counts and result become those of another step, without one.
   eRecognitionResult Pass() {
     m_wait.queued = m_queue.Queued();
     m_scanner.Pass(m_wait.queued);

@@ -69,19 +69,26 @@ void EpochClock::Assume(const C_GnssTime& time) {
 }
 
 void EpochClock::NoteUtc(unsigned int mjd, std::uint32_t secondOfDay) {
-  if (m_isSeeded || mjd < kMjdOfRtcm3 || secondOfDay > ALGO::kSecondsPerDay) return;
+  m_hasOwnUtc = TakeUtc(mjd, secondOfDay) || m_hasOwnUtc;
+}
+
+void EpochClock::NoteOtherUtc(unsigned int mjd, std::uint32_t secondOfDay) {
+  if (!m_hasOwnUtc) TakeUtc(mjd, secondOfDay);
+}
+
+bool EpochClock::TakeUtc(unsigned int mjd, std::uint32_t secondOfDay) {
+  if (m_isSeeded || mjd < kMjdOfRtcm3 || secondOfDay > ALGO::kSecondsPerDay) return false;
   const std::int64_t day = mjd - kMjdOfGpsEpoch;
   m_now = day * kDay + secondOfDay * kSecond + LeapOfDay(day);
   m_known = Known::Date;
+  return true;
 }
 
 void EpochClock::NoteReference(std::int64_t time) {
   constexpr std::int64_t kEarliest = (kMjdOfRtcm3 - kMjdOfGpsEpoch) * kDay;
   if (m_known == Known::Date || time < kEarliest) return;
-  if (m_known == Known::SecondsOfWeek)
-    m_now = Nearest(time, m_now, kWeek);
-  else if (std::abs(time - m_now) > kWeek / 2)
-    m_now = time;  // an assumed time this far off may be in another week, and on another day of it
+  // Of an assumed time nothing is kept, not even its day of the week.
+  m_now = m_known == Known::SecondsOfWeek ? Nearest(time, m_now, kWeek) : time;
   m_known = Known::Date;
 }
 

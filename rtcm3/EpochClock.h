@@ -36,9 +36,11 @@ class EpochClock {
   void Assume(const C_GnssTime& time);
   void SetLeapSeconds(unsigned char seconds) { m_leapSeconds = seconds; }
 
-  // Dates of the stream, which count only without a seed: UTC as 1013 and 1029 carry it; the reference time of an
-  // ephemeris, only before any other date of the stream, as it may be some hours off.
+  // Dates of the stream, which count only without a seed: UTC as 1013 and 1029 carry it; UTC from beside RTCM 3, only
+  // before those; the reference time of an ephemeris, only before any other date of the stream, as it may be some hours
+  // off.
   void NoteUtc(unsigned int mjd, std::uint32_t secondOfDay);
+  void NoteOtherUtc(unsigned int mjd, std::uint32_t secondOfDay);
   void NoteReference(std::int64_t time);
 
   // The time that a field of `sent` ms means. `dayOfWeek` matters for GLONASS only; above 6 it is unknown. Missing for
@@ -68,6 +70,7 @@ class EpochClock {
   enum class Known : unsigned char { Nothing, SecondsOfWeek, Assumed, Date };
 
   bool HasDate() const { return m_known >= Known::Assumed; }
+  bool TakeUtc(unsigned int mjd, std::uint32_t secondOfDay);
   std::optional<std::int64_t> GpsTimeOf(const C_GnssTime& time) const;
 
   // GPS time - UTC, in ms.
@@ -75,6 +78,7 @@ class EpochClock {
 
   Known m_known = Known::Nothing;
   bool m_isSeeded = false;
+  bool m_hasOwnUtc = false;  // 1013 or 1029 has carried a date
   std::int64_t m_now = 0;
   std::optional<unsigned char> m_leapSeconds;
 };

@@ -42,7 +42,7 @@ class LockHistory {
     std::uint32_t period;
   };
 
-  LockHistory() : m_entries((kSystems + 2) * kSatellites * kSignals) {}
+  LockHistory() : m_entries(std::size_t{kSystems + 2} * kSatellites * kSignals) {}
 
   void Clear() { std::fill(m_entries.begin(), m_entries.end(), Entry{}); }
 

@@ -115,7 +115,7 @@ void Rtcm3Decoder::SeedTime(const C_GnssTime& time) { m_impl->m_state.clock.Seed
 void Rtcm3Decoder::AssumeTime(const C_GnssTime& time) { m_impl->m_state.clock.Assume(time); }
 bool Rtcm3Decoder::IsTimeAssumed() const { return m_impl->m_state.clock.IsAssumed(); }
 void Rtcm3Decoder::NoteUtc(unsigned int mjd, std::uint32_t secondOfDay) {
-  m_impl->m_state.clock.NoteUtc(mjd, secondOfDay);
+  m_impl->m_state.clock.NoteOtherUtc(mjd, secondOfDay);
 }
 void Rtcm3Decoder::SetLeapSeconds(unsigned char seconds) { m_impl->m_state.clock.SetLeapSeconds(seconds); }
 

@@ -72,14 +72,16 @@ class VELAGNSS_API Rtcm3Decoder {
   // ignored.
   void SeedTime(const C_GnssTime& time);
 
-  // As `SeedTime`, but only until the stream carries a date. No effect after `SeedTime` or a date of the stream.
+  // As `SeedTime`, but only until the stream carries a date. No effect after `SeedTime` or a date of the stream. Call
+  // it again as time goes on: the observations that follow must be within half a week of it.
   void AssumeTime(const C_GnssTime& time);
 
   // Whether the known date is that of `AssumeTime`.
   bool IsTimeAssumed() const;
 
-  // A date of the stream that came in another protocol, with the effect of a message 1013: day (MJD) and second of UTC.
-  // A day before 2004 is ignored: no message of RTCM 3 is older.
+  // A date of the stream that came in another protocol: day (MJD) and second of UTC. It has the effect of a message
+  // 1013, but only until a 1013 or 1029 has come: two receivers in one stream may not agree on the date. A day before
+  // 2004 is ignored: no message of RTCM 3 is older.
   void NoteUtc(unsigned int mjd, std::uint32_t secondOfDay);
 
   // GPS time - UTC, in seconds. If neither this call nor a message 1013 has set it, it follows from the date, by

@@ -147,11 +147,13 @@ class RecordDecoder::Impl {
   template <class T>
   void NoteRtcmTime(const T& record);
   void UseFirstDate();
+  void FollowAssumedDay();
   void SetResult(unsigned int result);
   bool LacksWeek(unsigned int blockId, unsigned int result) const;
 
   WeekSource m_weekSource = WeekSource::None;  // of the binary protocol
   bool m_isWeekAssumed = false;                // it is the day of `AssumeFirstDay`
+  bool m_hasSentenceTime = false;              // since the last message of RTCM 3
   C_VelaPKVN_Decode m_pkvnDecoder;
   C_VelaRD_Decode m_rdDecoder;
 
@@ -192,6 +194,7 @@ void RecordDecoder::Impl::Restart() {
   m_clock = StreamClock();
   m_weekSource = WeekSource::None;
   m_isWeekAssumed = false;
+  m_hasSentenceTime = false;
   m_binaryDecoder.Reset();
   m_rtcmDecoder.Reset();
   if (m_seed) SeedTime(*m_seed);
@@ -288,8 +291,17 @@ void RecordDecoder::Impl::UseFirstDate() {
   m_isWeekAssumed = false;
 }
 
+// Sentences may have counted days since the one that was assumed.
+void RecordDecoder::Impl::FollowAssumedDay() {
+  m_hasSentenceTime = false;
+  if (m_clock.FirstDate()) return;
+  const StreamClock::Utc utc = m_clock.UtcOf(m_clock.Seconds());
+  if (utc.mjd) m_rtcmDecoder.AssumeTime(GpsOfUtc({*utc.mjd, utc.secondsOfDay}));
+}
+
 template <class T>
 void RecordDecoder::Impl::NoteTime(const T& record) {
+  m_hasSentenceTime = true;
   if (!m_clock.Note(record)) return;
   UseFirstDate();
   const StreamClock::Utc utc = m_clock.UtcOf(m_clock.Seconds());
@@ -348,6 +360,7 @@ void RecordDecoder::Impl::NoteRtcmTime(const T& record) {
 }
 
 void RecordDecoder::Impl::DecodeRtcm(const Frame& frame) {
+  if (m_hasSentenceTime && m_rtcmDecoder.IsTimeAssumed()) FollowAssumedDay();
   const Rtcm3Decoded& decoded = m_rtcmDecoder.Decode(frame.data, frame.length);
   SetResult(decoded.result);
   m_decoded.isWeekUnresolved = decoded.result == eResultNoSeed;

@@ -29,10 +29,12 @@ std::optional<C_GnssTime> SeedOfDate(std::string_view text) {
   return velagnss::GpsOfUtc({*utc.mjd, static_cast<double>(utc.ofDay) / 1e6});
 }
 
+// No stream is older than NMEA 0183, which came in 1983.
 std::string CheckDate(const std::string& text) {
+  constexpr unsigned int kFirstDate = 45335;  // MJD
   const std::optional<unsigned int> mjd = ParseDate(text);
-  return mjd && IsInCalendar(*mjd) ? ""
-                                   : "'" + text + "' is not a date from 1980-01-13 to 2100-12-31, as in 2024-05-18";
+  if (mjd && *mjd >= kFirstDate && *mjd <= kLastMjd) return {};
+  return "'" + text + "' is not a date from 1983-01-01 to 2100-12-31, as in 2024-05-18";
 }
 
 std::string CheckSeed(const std::string& text) {

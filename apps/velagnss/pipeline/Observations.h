@@ -24,10 +24,12 @@ inline std::int64_t MillisecondsFrom(double from, double to) {
   return std::llround(std::remainder(to - from, kSecondsPerWeek) * kMs);
 }
 
-// As long as the date is unknown, so are the leap seconds, and the decoder takes those of today. Then GLONASS needs
-// another system that has the same time: `epoch` is the second of the week of the epoch that has begun.
+// As long as the stream's date is unknown, so are the leap seconds, and the decoder takes those of today or of the date
+// that the user gave. Then GLONASS needs another system that has the same time: `epoch` is the second of the week of
+// the epoch that has begun.
 inline bool MayHaveWrongLeapSeconds(const velagnss::Rtcm3Observations& message, const std::optional<double>& epoch) {
-  if (message.system != ALGO::GNSS_GLONASS || !IsNotAvailable(message.time.week)) return false;
+  const bool isDateKnown = !IsNotAvailable(message.time.week) && !message.time.isWeekAssumed;
+  if (message.system != ALGO::GNSS_GLONASS || isDateKnown) return false;
   return !epoch || std::abs(MillisecondsFrom(*epoch, message.time.seconds)) >= kSameEpoch;
 }
 

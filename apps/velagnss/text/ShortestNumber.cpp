@@ -17,7 +17,7 @@ constexpr double kEnd = 1e9;     // with its decimals a number has up to 13 digi
 // reads as the same number, so no other can be shorter.
 bool FindDecimal(double magnitude, std::uint64_t& digits) {
   if (!(magnitude >= kLeast && magnitude < kEnd)) return false;
-  digits = static_cast<std::uint64_t>(magnitude * static_cast<double>(kScale) + 0.5);
+  digits = static_cast<std::uint64_t>(std::llround(magnitude * static_cast<double>(kScale)));
   constexpr std::uint64_t kManyZeros = 100'000;  // shorter with an exponent: "1e+05"
   return static_cast<double>(digits) / static_cast<double>(kScale) == magnitude && digits % (kScale * kManyZeros) != 0;
 }
