@@ -43,6 +43,10 @@ class Stream {
   const DecodedFrame& Zda() {
     return Give(Sentence("GPZDA,120000.00,18,05,2024,00,00"), C_RawDataMessage::eNMEA0183, C_RawDataMessage::eNmeaZDA);
   }
+  const DecodedFrame& Gll(const std::string& time) {
+    return Give(Sentence("GPGLL,3403.47,N,11711.80,W," + time + ",A"), C_RawDataMessage::eNMEA0183,
+                C_RawDataMessage::eNmeaGLL);
+  }
   // The first frame of a binary message in the sample session.
   const DecodedFrame& Block(unsigned int number) {
     const std::string session = ReadHostFile("samples/session.bin");
@@ -134,7 +138,29 @@ TEST(Rtcm3InAStream, FollowsTheDates) {
   stream.Rtcm(Bits{{1013, 12}, {42, 12}, {60448 + 700, 16}, {43200, 17}, {0, 5}, {18, 8}});
   EXPECT_EQ(week().first, 2415);
   stream.Zda();
-  EXPECT_EQ(week().first, 2315) << "the latest date counts";
+  EXPECT_EQ(week().first, 2415) << "a sentence does not refute a message of RTCM 3";
+}
+
+// The day of the week decides which Sunday is nearest.
+TEST(Rtcm3InAStream, LeavesTheAssumedDay) {
+  const Bits gps = Bits{{1002, 12}, {42, 12}, {43200000, 30}, {0, 1 + 5 + 4}};  // a Sunday at noon
+  // Of a healthy BeiDou satellite, Monday, 3 June 2024, 12:00.
+  const Bits beidou =
+      Bits{{1042, 12}, {30, 6}, {2317 - 1356, 13}}.Put(0, 268).Put(129600 / 8, 17).Put(0, 511 - 12 - 6 - 13 - 268 - 17);
+  constexpr unsigned int kThursday = 60467;  // 6 June 2024
+  const auto week = [&gps](Stream& stream) { return stream.Get<Rtcm3Observations>(stream.Rtcm(gps)).time.week; };
+  Stream stream;
+  stream.decoder.AssumeFirstDay(kThursday);
+  EXPECT_EQ(week(stream), 2318);
+  Stream withEphemeris;
+  withEphemeris.decoder.AssumeFirstDay(kThursday);
+  withEphemeris.Rtcm(beidou);
+  EXPECT_EQ(week(withEphemeris), 2317);
+  Stream withSentences;
+  withSentences.decoder.AssumeFirstDay(kThursday - 6);
+  for (int day = 0; day < 7; ++day)
+    for (const char* time : {"000001", "120000", "235959"}) withSentences.Gll(time);
+  EXPECT_EQ(week(withSentences), 2318);
 }
 
 // MSM4 has phases in meters, but no channels.
