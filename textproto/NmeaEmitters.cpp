@@ -59,7 +59,8 @@ char* WriteTimeWithAllDigits(char* out, double secondsOfDay) {
 
 // Rounding comes first: 59.996 s is the next minute, and what rounds to a whole day 24 h.
 char* WriteTimeInHundredths(char* out, double secondsOfDay) {
-  const auto hundredths = static_cast<unsigned int>(secondsOfDay * 100 + 0.5);
+  constexpr double kHalf = 0.5;
+  const auto hundredths = static_cast<unsigned int>(secondsOfDay * 100 + kHalf);
   const unsigned int seconds = hundredths / 100;
   const unsigned int digits = seconds / 3600 * 10'000 + seconds / 60 % 60 * 100 + seconds % 60;
   out = NumberText::WriteInteger(out, digits, 6);

@@ -249,7 +249,7 @@ bool ScaleExactly(double magnitude, unsigned int decimals, std::uint64_t& scaled
 // "00" to "99"
 constexpr auto kPairs = [] {
   std::array<char, 200> pairs = {};
-  for (unsigned int i = 0; i < 100; ++i) {
+  for (std::size_t i = 0; i < 100; ++i) {
     pairs[2 * i] = static_cast<char>('0' + i / 10);
     pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
   }
@@ -327,10 +327,11 @@ bool ReadPlainAngle(std::string_view text, double& degrees) {
   const auto wholeDigits = static_cast<std::size_t>(point - text.data());
   if (point == end || *point != '.' || wholeDigits < 3 || wholeDigits > kMostWhole) return false;
   const auto decimals = static_cast<std::size_t>(end - point - 1);
+  const std::uint64_t wholeDegrees = whole / 100;
   std::uint64_t minutes = whole % 100;
   if (decimals > kMostDecimals || Implementation::AppendDigits(point + 1, end, minutes) != end) return false;
   // Rounded as the minutes alone would be, and only then divided by 60.
-  degrees = static_cast<double>(whole / 100) + static_cast<double>(minutes) / kPowersOfTen[decimals] / 60;
+  degrees = static_cast<double>(wholeDegrees) + static_cast<double>(minutes) / kPowersOfTen[decimals] / 60;
   return true;
 }
 
