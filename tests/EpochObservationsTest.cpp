@@ -48,6 +48,22 @@ std::string SilentStation() {
   return stream + Gps(2, 8);
 }
 
+std::string ManyStations() {
+  std::string stream;
+  for (std::uint32_t second = 0; second < 2; ++second) {
+    for (unsigned int station = 0; station < 64; ++station) stream += Gps(second, station);
+    for (unsigned int station = 0; station < 64; ++station) stream += Galileo(second, station);
+  }
+  return stream;
+}
+
+// The message that comes 20 epochs late is of an epoch that is one with its sentences.
+std::string LateStation() {
+  std::string stream = Rmc(30) + Msm(1077, kNoon - 12000, {{}}, 2, 8);
+  for (int second = 31; second < 55; ++second) stream += Rmc(second);
+  return stream + Msm(1097, kNoon - 12000 + 4, {{11}}, 2, 8);
+}
+
 // Time, station, and the satellites with their signals of each epoch.
 std::string Text(const json& epoch) {
   std::string text = fmt::format("{} {}", epoch["utc"].is_null() ? "-" : epoch["utc"].get<std::string>().substr(14),
@@ -124,6 +140,18 @@ TEST_F(Program, EndsTheEpochOfASilentStation) {
   const std::vector<json> epochs = Epochs(Run("velagnss decode --epochs-only in").output);
   ASSERT_EQ(epochs.size(), 25U);
   EXPECT_EQ(Text(epochs[20]), "59:42Z 8 gps5:1/1C/45\n");
+}
+
+TEST_F(Program, KeepsTheEpochsOfManyStationsTogether) {
+  Write("in", ManyStations());
+  const std::vector<json> epochs = Epochs(Run("velagnss decode --epochs-only in").output);
+  ASSERT_EQ(epochs.size(), 128U);
+  for (const json& epoch : epochs) EXPECT_EQ(epoch["satellites"].size(), 2U) << epoch["station"]["number"];
+}
+
+TEST_F(Program, LeavesOutWhatIsLateForAnEpochOfSentences) {
+  Write("in", LateStation());
+  EXPECT_EQ(Epochs(Run("velagnss decode --epochs-only in").output).size(), 25U);
 }
 
 TEST_F(Program, ShowsAnEpochOfAStation) {
