@@ -45,8 +45,7 @@ class VELAGNSS_API EphemerisStore {
 
   // The state of a satellite at a GPS time, by the ephemeris whose reference time is nearest. A week of NA_U16 means
   // that only the seconds are known. `leapSeconds` (GPS time - UTC) matters for GLONASS only. `orbit` is set if the
-  // result is `Ok` or `Unhealthy`. For a time that is not available or not finite the
-  // answer is `Missing`.
+  // result is `Ok` or `Unhealthy`. For a time that is not available or not finite the answer is `Missing`.
   OrbitResult Find(ALGO::eGNSSSystem system, unsigned char svId, const C_GnssTime& time, unsigned char leapSeconds,
                    SatelliteOrbit& orbit) const;
 

@@ -40,8 +40,8 @@ class VELAGNSS_API StreamClock {
   double Seconds() const;
 
   // The UTC of a value of `Seconds`. The date is a Modified Julian Date (MJD), missing as long as the stream has
-  // carried no date and none was assumed. Days counted back from the first date end at 1983: two receivers
-  // in one stream look like countless midnights.
+  // carried no date and none was assumed. Days counted back from the first date end at 1983: two receivers in one
+  // stream look like countless midnights.
   struct Utc {
     std::optional<unsigned int> mjd;  // the day
     double secondsOfDay;  // 0 to 86400; NaN for a value that is not a time: not finite, or beyond a million days

@@ -35,6 +35,7 @@ std::string Rmc(int second, const char* latitude = "0000.01") {
 std::string Gga(int second, const char* station) {
   return Sentence(fmt::format("GNGGA,1159{},0000.01,N,00000.00,E,2,05,,,M,,M,1,{}", second, station));
 }
+const std::string kZda = Sentence("GNZDA,115942,16,05,2024,,");
 const std::string kGsa = Sentence("GNGSA,A,3,05,,,,,,,,,,,,1.5,1.0,1.1,1");
 const std::string kGsv = Sentence("GPGSV,1,1,01,05,40,083,46,1");
 const std::string kGsv5 = Sentence("GPGSV,1,1,01,05,40,083,41,8");
@@ -45,6 +46,22 @@ std::string SilentStation() {
   std::string stream = Date() + Gps(0, 8);
   for (std::uint32_t second = 0; second < 23; ++second) stream += Gps(second);
   return stream + Gps(2, 8);
+}
+
+std::string ManyStations() {
+  std::string stream;
+  for (std::uint32_t second = 0; second < 2; ++second) {
+    for (unsigned int station = 0; station < 64; ++station) stream += Gps(second, station);
+    for (unsigned int station = 0; station < 64; ++station) stream += Galileo(second, station);
+  }
+  return stream;
+}
+
+// The message that comes 20 epochs late is of an epoch that is one with its sentences.
+std::string LateStation() {
+  std::string stream = Rmc(30) + Msm(1077, kNoon - 12000, {{}}, 2, 8);
+  for (int second = 31; second < 55; ++second) stream += Rmc(second);
+  return stream + Msm(1097, kNoon - 12000 + 4, {{11}}, 2, 8);
 }
 
 // Time, station, and the satellites with their signals of each epoch.
@@ -83,6 +100,8 @@ const S_StreamCase kStreams[] = {
     {"ObservationsFirst", Gps(0) + Rmc(42) + kGsv + kGsv5 + Gps(1) + Rmc(43),
      "59:42Z 7 gps5:1/1C/45:8/-/41\n59:43Z 7 gps5:1/1C/45\n"},
     {"GsvAfterBoth", Rmc(42) + Gps(0) + Gps(1) + kGsv, "59:42Z 7 gps5:1/1C/45\n59:43Z 7 gps5:1/1C/45\n"},
+    {"OldGsvAfterBoth", Rmc(42) + Gps(0) + Gps(1) + kOldGsv, "59:42Z 7 gps5:1/1C/45\n59:43Z 7 gps5:1/1C/45\n"},
+    {"ComponentsAfterBoth", Rmc(42) + Gps(0, 7, 17) + Gps(1) + kGsv2, "59:42Z 7 gps5:6/2X/45\n59:43Z 7 gps5:1/1C/45\n"},
     {"SentencesFirst", Rmc(42) + kGsa + kGsv + Gps(0) + Rmc(43) + Gps(1),
      "59:42Z 7 gps5:1/1C/45\n59:43Z 7 gps5:1/1C/45\n"},
     {"SkyFirst", kGsv + Rmc(42) + Gps(0) + kGsv + Gps(1) + Rmc(43), "59:42Z 7 gps5:1/1C/45\n59:43Z 7 gps5:1/1C/45\n"},
@@ -97,6 +116,8 @@ const S_StreamCase kStreams[] = {
     {"NoNumberOfCorrections", Gga(42, "0000") + kGsv + Rmc(42) + Gps(0, 0), "59:42Z 0 gps5:1/1C/45\n"},
     {"StationNear", Position() + Rmc(42) + kGsv + Gps(0), "59:42Z 7 gps5:1/1C/45\n"},
     {"StationFar", Position() + Rmc(42, "0000.10") + kGsv + Gps(0), "59:42Z - gps5:1/-/46\n59:42Z 7 gps5:1/1C/45\n"},
+    {"CorrectionsAfterBoth", Rmc(42) + Gps(0) + Gps(1) + Gga(42, "0007"), "59:42Z 7 gps5:1/1C/45\n59:42Z -\n59:43Z 7 gps5:1/1C/45\n"},
+    {"FarAfterBoth", Position() + kZda + Gps(0) + Gps(1) + Rmc(42, "0000.10"), "59:42Z 7 gps5:1/1C/45\n59:42Z -\n59:43Z 7 gps5:1/1C/45\n"},
 };
 // clang-format on
 
@@ -119,6 +140,18 @@ TEST_F(Program, EndsTheEpochOfASilentStation) {
   const std::vector<json> epochs = Epochs(Run("velagnss decode --epochs-only in").output);
   ASSERT_EQ(epochs.size(), 25U);
   EXPECT_EQ(Text(epochs[20]), "59:42Z 8 gps5:1/1C/45\n");
+}
+
+TEST_F(Program, KeepsTheEpochsOfManyStationsTogether) {
+  Write("in", ManyStations());
+  const std::vector<json> epochs = Epochs(Run("velagnss decode --epochs-only in").output);
+  ASSERT_EQ(epochs.size(), 128U);
+  for (const json& epoch : epochs) EXPECT_EQ(epoch["satellites"].size(), 2U) << epoch["station"]["number"];
+}
+
+TEST_F(Program, LeavesOutWhatIsLateForAnEpochOfSentences) {
+  Write("in", LateStation());
+  EXPECT_EQ(Epochs(Run("velagnss decode --epochs-only in").output).size(), 25U);
 }
 
 TEST_F(Program, ShowsAnEpochOfAStation) {

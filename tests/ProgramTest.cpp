@@ -42,6 +42,8 @@ const S_ExitCase kExits[] = {
     {"NoCommand",           "velagnss",                                         2, "--help"},
     {"UnknownCommand",      "velagnss decod x",                                 2, "unknown command 'decod' (did you mean 'decode'?); see 'velagnss --help'"},
     {"UnknownGlobalOption", "velagnss --colour decode $S",                      2, "unknown option '--colour'"},
+    {"OptionAlone",         "velagnss -o",                                      2, "unknown option '-o'; see 'velagnss --help'"},
+    {"OptionOfGeo",         "velagnss geo -x",                                  2, "unknown option '-x'; see 'velagnss geo --help'"},
     {"HelpAsCommand",       "velagnss help && velagnss help stat",              0, kNone},
     {"VersionAsCommand",    "velagnss version",                                 0, kNone},
     {"SeedAsDate",          "velagnss decode --seed 2024-05-18 $S",             0, kNone},

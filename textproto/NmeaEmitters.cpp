@@ -1,5 +1,5 @@
-// The field emitters of the sentence encoder. Each composes its field first and appends it whole or not at all, so that
-// a failed emitter leaves the message as it was.
+// The field emitters of the sentence encoder. A field is written in place where there is room for the longest one,
+// else composed first; a failed emitter leaves the message as it was.
 #include <algorithm>
 #include <array>
 #include <cmath>

@@ -276,7 +276,7 @@ using t_Type = C_RawDataMessage;
 
 }  // namespace
 
-//                                                                          least fields completion
+//                                                                                minFields empty   arrange     amend
 constinit const S_NmeaSentence<S_GGA_Data> kGga = Sentence<kGgaRules>(t_Type::eNmeaGGA, 16, kNoGga);
 constinit const S_NmeaSentence<S_GNS_Data> kGns = Sentence<kGnsRules>(t_Type::eNmeaGNS, 14, kNoGns);
 constinit const S_NmeaSentence<S_ZDA_Data> kZda = Sentence<kZdaRules>(t_Type::eNmeaZDA, 8,  kNoZda);

@@ -119,11 +119,15 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
+std::string UnknownWord(std::string_view word) {
+  return fmt::format("unknown {} '{}'", word.starts_with('-') ? "option" : "command", word);
+}
+
 // What is wrong with an argument where a command or an option of the program is expected.
 std::string WrongWord(std::string_view word) {
-  if (word.starts_with('-')) return fmt::format("unknown option '{}'", word);
+  std::string text = UnknownWord(word);
+  if (word.starts_with('-')) return text;
   const std::size_t maxTypos = std::min<std::size_t>(2, word.size() / 2);
-  std::string text = fmt::format("unknown command '{}'", word);
   const S_CommandEntry* const nearest = *std::min_element(
       std::begin(kCommands), std::end(kCommands),
       [word](const auto* a, const auto* b) { return EditDistance(word, a->name) < EditDistance(word, b->name); });
@@ -152,7 +156,7 @@ std::string WhatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
   }
   if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
     const std::vector<std::string> words = app.remaining(true);
-    if (!words.empty()) plain = fmt::format("unknown command '{}'", words.front());
+    if (!words.empty()) plain = ChosenCommand(app).empty() ? WrongWord(words.front()) : UnknownWord(words.front());
   }
   return plain.value_or(error.what());
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "apps/velagnss/epoch/NmeaSatellites.h"
 #include "apps/velagnss/pipeline/Observations.h"
@@ -22,6 +23,7 @@ constexpr double kMaxDistance = 100;
 // More than any receiver sends, so that no stream takes memory without end.
 constexpr std::size_t kMaxPending = 256;
 constexpr std::size_t kMaxKeys = 256;
+constexpr std::size_t kMaxHeld = 64;
 
 template <class... Records>
 bool IsAnyOf(const velagnss::Record& record) {
@@ -203,7 +205,7 @@ void C_EpochBuilder::AddSignal(S_EpochSatellite& satellite, unsigned char signal
   const auto found = std::find_if(signals.begin(), signals.end(),
                                   [signalId](const S_EpochSignal& signal) { return signal.nmeaId == signalId; });
   if (found != signals.end() && !IsNotAvailable(signalId)) {
-    if (found->code.empty() || IsNotAvailable(found->cn0)) found->cn0 = cn0;
+    found->cn0 = cn0;
   } else {
     Host::AddSignal(satellite, {std::string(NameOfSignal(satellite.system, signalId)), signalId, cn0, {}});
   }
@@ -218,19 +220,24 @@ S_EpochSatellite* C_EpochBuilder::Satellite(ALGO::eGNSSSystem system, unsigned c
   return satellite;
 }
 
+// A sentence that is still to come may say that the observations are those of another receiver.
 void C_EpochBuilder::TakeObserved(const S_Epoch& observed) {
-  if (AreOfThisEpoch(observed)) return AddObservations(m_epoch, observed);
+  if (HaveTimeOfThisEpoch(observed) && m_held.size() < kMaxHeld) return m_held.push_back(observed);
   m_sink(observed);
 }
 
-bool C_EpochBuilder::AreOfThisEpoch(const S_Epoch& observed) const {
+bool C_EpochBuilder::HaveTimeOfThisEpoch(const S_Epoch& observed) const {
   constexpr double kMsPerSecond = 1000;
-  if (m_epoch.station || IsNotAvailable(m_epoch.timeOfDay) || std::isnan(observed.timeOfDay)) return false;
+  if (IsNotAvailable(m_epoch.timeOfDay) || std::isnan(observed.timeOfDay)) return false;
   const double step = StepOf(m_epoch.timeOfDay, observed.timeOfDay);
-  return std::abs(std::lround(step * kMsPerSecond)) < kSameEpoch && !AreOfAnotherReceiver(*observed.station);
+  return std::abs(std::lround(step * kMsPerSecond)) < kSameEpoch;
 }
 
-// 0 is what receivers send that know no number.
+bool C_EpochBuilder::AreOfThisEpoch(const S_Epoch& observed) const {
+  return !m_epoch.station && HaveTimeOfThisEpoch(observed) && !AreOfAnotherReceiver(*observed.station);
+}
+
+// Receivers that do not know the number send 0.
 bool C_EpochBuilder::AreOfAnotherReceiver(const S_EpochStation& station) const {
   if (station.number != 0 && m_corrections == station.number) return true;
   const std::optional<S_Position> position = m_position.Best();
@@ -240,10 +247,17 @@ bool C_EpochBuilder::AreOfAnotherReceiver(const S_EpochStation& station) const {
   return (receiver.Cartesian() - antenna.Cartesian()).Norm() > kMaxDistance;
 }
 
+// Those that have ended come first. One station at most is the receiver.
+void C_EpochBuilder::AddObserved(const velagnss::StreamClock& clock) {
+  const auto fits = [this](const S_Epoch& observed) { return AreOfThisEpoch(observed); };
+  for (const S_Epoch& observed : std::exchange(m_held, {}))
+    fits(observed) ? AddObservations(m_epoch, observed) : m_sink(observed);
+  if (const auto observed = m_observations.TakeOut(fits, clock)) AddObservations(m_epoch, *observed);
+}
+
 void C_EpochBuilder::Close(const velagnss::StreamClock& clock) {
   if (m_isOpen) {
-    const auto fits = [this](const S_Epoch& observed) { return AreOfThisEpoch(observed); };
-    if (const auto observed = m_observations.TakeOut(fits, clock)) AddObservations(m_epoch, *observed);
+    AddObserved(clock);
     if (!IsNotAvailable(m_epoch.timeOfDay)) m_epoch.mjd = clock.UtcOf(m_midnight + kSecondsPerDay / 2).mjd;
     m_epoch.hasPosition = !m_position.IsEmpty();
     m_epoch.position = m_position.Best();

@@ -27,7 +27,8 @@ namespace Host {
 // Observations form epochs by station, see C_ObservationEpochs. If they are those of the receiver that sends the
 // sentences, they and the sentences of the same time are one epoch. They are not if their time is that of no sentence,
 // if a sentence names the station as the source of its corrections, or if the station's coordinates are farther than
-// 100 m from the position, height aside.
+// 100 m from the position, height aside. That is decided when the epoch of sentences ends: until then, observations of
+// its time that have ended are held.
 class C_EpochBuilder {
  public:
   using t_Sink = std::function<void(const S_Epoch& epoch)>;
@@ -62,8 +63,10 @@ class C_EpochBuilder {
   static void AddSignal(S_EpochSatellite& satellite, unsigned char signalId, double cn0);
   S_EpochSatellite* Satellite(ALGO::eGNSSSystem system, unsigned char id);
   void TakeObserved(const S_Epoch& observed);
+  bool HaveTimeOfThisEpoch(const S_Epoch& observed) const;
   bool AreOfThisEpoch(const S_Epoch& observed) const;
   bool AreOfAnotherReceiver(const S_EpochStation& station) const;
+  void AddObserved(const velagnss::StreamClock& clock);
   void Close(const velagnss::StreamClock& clock);
 
   t_Sink m_sink;
@@ -80,6 +83,7 @@ class C_EpochBuilder {
   std::vector<S_Pending> m_pending;  // the beginning of the next epoch
 
   std::optional<unsigned short> m_corrections;  // station that a sentence of the epoch names as their source
+  std::vector<S_Epoch> m_held;                  // observations with the time of the epoch, ended before it
   C_ObservationEpochs m_observations{[this](const S_Epoch& observed) { TakeObserved(observed); }};
 };
 

@@ -18,8 +18,8 @@ namespace {
 using namespace velagnss;
 
 constexpr std::int64_t kMaxLate = 10000;  // ms
-constexpr unsigned int kMaxOthers = 20;
-constexpr std::size_t kMaxOpen = 16;
+constexpr std::size_t kMaxOthers = 20;
+constexpr std::size_t kMaxOpen = 64;
 
 // Without a date the clock takes the leap seconds of today, see velagnss::StreamClock.
 unsigned int LeapSecondsOf(const StreamClock::Utc& utc) { return LeapSecondsOn(utc.mjd.value_or(kLastLeapSecondMjd)); }
@@ -117,10 +117,13 @@ void C_ObservationEpochs::End(std::vector<S_Open>::iterator open, const StreamCl
   m_sink(ended.epoch);
 }
 
+// Between two messages of an epoch every other station may end one of its own. A taken epoch remains, so that its late
+// messages are known.
 void C_ObservationEpochs::EndSilent(const StreamClock& clock) {
-  const auto next = [this] {
-    return std::find_if(m_open.begin(), m_open.end(), [](const S_Open& open) { return open.others >= kMaxOthers; });
+  const auto isSilent = [this](const S_Open& open) {
+    return !open.isTaken && open.others >= std::max(kMaxOthers, 2 * m_open.size());
   };
+  const auto next = [&] { return std::find_if(m_open.begin(), m_open.end(), isSilent); };
   for (auto silent = next(); silent != m_open.end(); silent = next()) End(silent, clock);
 }
 
@@ -153,8 +156,8 @@ void C_ObservationEpochs::SetTimeAndPlace(S_Open& open, const StreamClock& clock
   epoch.station->height = geodetic.Z();
 }
 
-// Whole degrees, as in GSV. The satellite moves by some hundred meters while its signal travels, which is nothing
-// beside them.
+// Whole degrees, as in GSV. The satellite moves by some hundred meters while its signal travels, which is negligible at
+// this resolution.
 void C_ObservationEpochs::SetSky(S_Open& open) const {
   constexpr long kFullCircle = 360;
   SortSatellites(open.epoch);

@@ -16,13 +16,13 @@
 namespace Host {
 
 // Each station has its own epochs: observations of several stations are never in one. An epoch ends with the first
-// message of another time (see pipeline/Observations.h), or when 20 epochs of others have ended since its last one: the
-// station has fallen silent. A message that is up to 10 s late belongs to no epoch. Of a signal that comes in several
-// messages of an epoch the first counts.
+// message of another time (see pipeline/Observations.h), or when the station has fallen silent: since its last one 20
+// epochs of others have ended, or twice as many as there are stations if that is more. A message that is up to 10 s
+// late belongs to no epoch. Of a signal that comes in several messages of an epoch the first counts.
 //
 // An epoch has the coordinates that its station has sent by its end, and the elevation and azimuth of the satellites
-// whose ephemeris has come by then. Memory is bounded: 16 epochs at a time, the coordinates of 4096 stations, four
-// ephemerides of each satellite.
+// whose ephemeris has come by then. Memory is bounded: 64 epochs at a time, the coordinates of 4096 stations, four
+// ephemerides of each satellite. A station beyond the 64 ends the epoch that began first.
 class C_ObservationEpochs {
  public:
   using t_Sink = std::function<void(const S_Epoch& epoch)>;
@@ -35,7 +35,7 @@ class C_ObservationEpochs {
   void Take(const S_FrameRecord& record);
 
   // To be called when an epoch of sentences ends. Ends the first epoch that fits and hands it out in place of the sink.
-  // Messages of its time that still come are left out.
+  // Messages of its time that still come are left out, unless 64 other stations have begun epochs since.
   std::optional<S_Epoch> TakeOut(const t_Fits& fits, const velagnss::StreamClock& clock);
 
   // The end of an input: forgets its stations and ephemerides.

@@ -53,11 +53,6 @@ constexpr S_JsonField<S_EpochStation> kStation[] = {
 };
 // clang-format on
 
-void WriteTextOrNull(C_JsonWriter& json, std::string_view text) {
-  if (text.empty()) return json.Null();
-  json.String(text);
-}
-
 template <class Fields, class Record>
 void WriteObjectOrNull(C_JsonWriter& json, const Fields& fields, const std::optional<Record>& record) {
   if (!record) return json.Null();
@@ -75,22 +70,18 @@ void WriteTimes(C_JsonWriter& json, const S_Epoch& epoch) {
     utc = C_TimeText::Utc(*epoch.mjd, epoch.timeOfDay, C_TimeText::kAllDigits);
     gps = C_TimeText::WeekTime(time.m_week, time.m_secOfWeek, time.m_system, kDecimals);
   }
-  json.Key("utc");
-  WriteTextOrNull(json, utc.Text());
-  json.Key("gps_time");
-  WriteTextOrNull(json, gps.Text());
+  json.Key("utc").StringOrNull(utc.Text());
+  json.Key("gps_time").StringOrNull(gps.Text());
   json.Key("time_of_day_s");
   WriteOrNull(json, epoch.timeOfDay);
 }
 
 void WriteSignal(C_JsonWriter& json, const S_EpochSignal& signal) {
   json.BeginObject();
-  json.Key("signal");
-  WriteTextOrNull(json, signal.name);
+  json.Key("signal").StringOrNull(signal.name);
   json.Key("signal_id");
   WriteOrNull(json, signal.nmeaId);
-  json.Key("code");
-  WriteTextOrNull(json, signal.code);
+  json.Key("code").StringOrNull(signal.code);
   json.Key("cn0_dbhz");
   WriteOrNull(json, signal.cn0);
   json.EndObject();
@@ -98,8 +89,7 @@ void WriteSignal(C_JsonWriter& json, const S_EpochSignal& signal) {
 
 void WriteSatellite(C_JsonWriter& json, const S_EpochSatellite& satellite) {
   json.BeginObject();
-  json.Key("system");
-  WriteTextOrNull(json, velagnss::SystemName(satellite.system));
+  json.Key("system").StringOrNull(velagnss::SystemName(satellite.system));
   json.Key("number").Integer(satellite.number);
   json.Key("nmea_id");
   WriteOrNull(json, satellite.nmeaId);

@@ -32,9 +32,7 @@ void Code(C_JsonWriter& json, const Record& record) {
 
 template <auto Member, class Record>
 void TextOrNull(C_JsonWriter& json, const Record& record) {
-  const std::string_view text = (record.*Member).View();
-  if (text.empty()) return json.Null();
-  json.String(text);
+  json.StringOrNull((record.*Member).View());
 }
 
 template <auto Member, class Record>

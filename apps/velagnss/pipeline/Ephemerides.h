@@ -7,7 +7,7 @@
 
 namespace Host {
 
-// Other records bring nothing.
+// Ignores all other records.
 inline void NoteEphemeris(velagnss::EphemerisStore& store, const velagnss::DecodedFrame& decoded) {
   const auto note = [&](const auto& record) {
     if constexpr (requires { store.Note(record, true); })

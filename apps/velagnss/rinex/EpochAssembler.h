@@ -11,7 +11,7 @@
 
 namespace Host {
 
-// Two epochs with the same time are more than readers of RINEX bear, see pipeline/Observations.h.
+// Readers of RINEX do not accept two epochs with the same time; see pipeline/Observations.h.
 class C_EpochAssembler {
  public:
   using t_OnEpoch = std::function<void(const S_ObsEpoch& epoch)>;

@@ -1,8 +1,7 @@
 // JSON text, written into one growing buffer.
 //
 // Numbers are the shortest text that reads back as the same number. The text is plain ASCII: what comes from the wire
-// is escaped byte by byte, so that no input can break the syntax, and no control character reaches a
-// terminal.
+// is escaped byte by byte, so that no input can break the syntax, and no control character reaches a terminal.
 #ifndef VELAGNSS_APPS_JSON_WRITER_H
 #define VELAGNSS_APPS_JSON_WRITER_H
 
