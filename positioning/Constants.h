@@ -26,7 +26,7 @@ inline constexpr double kGreatestRadius = 50e6;  // m
 // can still lead far away.
 inline bool IsPlausible(const SatelliteState& state) {
   constexpr double kGreatestSpeed = 10e3;  // m/s, relative to the Earth; in use up to 4 km/s
-  constexpr double kGreatestOffset = 1;    // s; broadcast are up to 31 ms
+  constexpr double kGreatestOffset = 1;    // s; fields hold up to 62.5 ms
   constexpr double kGreatestDrift = 1;     // s/s; the widest field, that of Galileo, holds 15 ns/s
   const double radius = state.position.Norm();
   return radius > kLeastRadius && radius < kGreatestRadius && state.velocity.Norm() < kGreatestSpeed &&
