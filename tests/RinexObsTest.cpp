@@ -97,6 +97,7 @@ const S_ObsCase kObsCases[] = {
     {"SentencesGoOnAlone",      Sentence("GPZDA,120000,16,05,2024,00,00") + Gps(0) + Sentence("GPZDA,120000,28,05,2024,00,00") + Msm(1077, kNoon - 172800000, {{}}),
      Epoch(k0, 1) + kG05 + "> 2024 05 28 12 00  0.0000000  0  1\n" + kG05Slip},
     {"GlonassFirstWithoutDate", Glonass(0) + Gps(0) + Date() + Gps(1), Epoch(k0, 1) + kG05 + Epoch(k1, 1) + kG05, 1, "leap seconds"},
+    {"GlonassOfAnotherEra",     Glonass(0) + Gps(0) + Date() + Gps(1), Epoch(k0, 1) + kG05 + Epoch(k1, 1) + kG05, 1, "leap seconds", "--date 2014-05-15"},
     {"StationMoves",            Date() + Position() + Gps(0) + Position(63781380000) + Position(63781380000) + Gps(1),
      Epoch(k0, 1) + kG05 + ">                              4  1\n"
      "  6378138.0000        0.0001       -0.0002                  APPROX POSITION XYZ \n" + Epoch(k1, 1) + kG05},
