@@ -97,7 +97,7 @@ class RinexReader {
         {"SYS / PHASE SHIFT", "[GRECJIS]( L[1-9][A-Z](  0\\.00000)?)? *"},
         {"GLONASS SLOT / FRQ #", "[ 0-9]{3} (R[0-9]{2} [-+ 0-9][0-9] )+ *"},
         {"GLONASS COD/PHS/BIS", "( C1C[ -.0-9]{9}| {13})( C1P[ -.0-9]{9}| {13})( C2C[ -.0-9]{9}| {13}).*"},
-        {"LEAP SECONDS", " {4}[0-9]{2} {54}"},
+        {"LEAP SECONDS", " {4}[ 1-9][0-9] {54}"},
         {"END OF HEADER", " {60}"}};
     std::string label;
     while (m_at < m_lines.size() && label != "END OF HEADER") {
