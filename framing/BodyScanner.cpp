@@ -309,7 +309,7 @@ eVerdict C_BodyScanner::CheckPackedSentence() {
   return unwound != 0 && unwound == wholeWords ? eVerdict::Complete : eVerdict::BadCheck;
 }
 
-// RecognizerCore.cpp calls them.
+// For RecognizerCore.cpp, which does not see the definition.
 template eVerdict C_BodyScanner::ScanAs<eBody::Rtcm>();
 template eVerdict C_BodyScanner::ScanAs<eBody::VelaBin>();
 template eVerdict C_BodyScanner::ScanAs<eBody::Text>();

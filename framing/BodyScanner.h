@@ -56,10 +56,11 @@ class C_BodyScanner {
 #endif
   }
 
-  // After `More`: the bytes that cannot end the wait.
+  // After `More`: while fewer than `below` bytes are queued in all, further bytes leave the scan waiting if they are
+  // `least` or greater.
   struct S_Wait {
-    unsigned int below = 0;   // as long as fewer than these are queued in all,
-    unsigned char least = 0;  // those that are this one or greater
+    unsigned int below = 0;
+    unsigned char least = 0;
   };
   const S_Wait& Wait() const { return m_wait; }
   // Such bytes have been queued: all that are queued now belong to the frame.

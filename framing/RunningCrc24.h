@@ -8,8 +8,8 @@
 namespace velagnss::framing {
 
 // Keeps the running sum at each of the last positions of the stream. The sum of a range follows from the running sums
-// at its ends: the checksum is linear, so the bytes before the range count as if
-// zeros followed them.
+// at its ends: the checksum is linear, so the bytes before the range count as if zeros
+// followed them.
 //
 // A stream that repeats an RTCM 3 start with the greatest length makes a receiver sum every byte 250 times over; here
 // each byte is summed once. Slower than C_CRC24 for ranges that do not overlap.

@@ -53,7 +53,7 @@ class C_StartMatcher {
     return rows == 0 ? S_Start() : FindAmong(rows, bytes, held);
   }
 
-  // For `held` bytes that are no start yet: how many must be held before they can be one, or are given up.
+  // For `held` bytes that do not make a start yet: how many must be held before they can be one, or are given up.
   unsigned int NextLength(const unsigned char* bytes, unsigned int held) const {
     if (held < kBytesLookedUp) return held + 1;
     const unsigned int rows = Candidates(bytes);

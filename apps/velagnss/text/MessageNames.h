@@ -36,8 +36,8 @@ std::vector<S_MessageKey> FindMessages(std::string_view nameOrNumber);
 // The key of a frame's message.
 S_MessageKey KeyOf(const velagnss::Frame& frame);
 
-// The key of the sentences of that name that are not listed; nothing for a text that is no formatter and no proprietary
-// address.
+// The key of the sentences of that name that are not listed; nothing for a text that is neither a formatter nor a
+// proprietary address.
 std::optional<S_MessageKey> FindUnlisted(std::string_view name);
 
 }  // namespace Host
