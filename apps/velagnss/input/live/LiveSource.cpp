@@ -52,6 +52,7 @@ void C_LiveSource::Work(const t_MakeLink& makeLink) {
 void C_LiveSource::KeepOpen(C_Link& link) {
   using eState = S_LinkChange::eState;
   C_RetryPauses pauses(link.RetryRules());
+  link.SetNotice([this](const std::string& text) { m_queue.Push({eState::Notice, text, {}, 0, {}}); });
   while (!m_await.IsStopping()) {
     m_queue.Push({eState::Connecting, {}, {}, pauses.Failures(), {}});
     milliseconds goodFor{};

@@ -126,8 +126,8 @@ std::optional<S_LinkFailure> C_TcpListenLink::Listen() {
     StopListening();
     return ListenFailure(ListenErrorText(error, m_address));
   }
-  if (!place.address.is_loopback())
-    Notify(fmt::format("listens at {}, where other machines can connect and send", EndpointText(endpoint)));
+  Notify(fmt::format("waits for a connection at {}{}", EndpointText(endpoint),
+                     place.address.is_loopback() ? "" : ", which other machines can reach"));
   return std::nullopt;
 }
 
