@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "HostData.h"
+#include "JsonSchema.h"
 #include "ProgramRun.h"
 #include "apps/velagnss/commands/PortsText.h"
 
@@ -19,7 +21,7 @@ const std::vector<Host::S_PortInfo> kPorts = {
 
 TEST(Ports, TableIsSafeForATerminal) {
   EXPECT_EQ(Host::PortsTable(kPorts),
-            "/dev/ttyUSB10  0403:6001  A5028  a\"b\\x1B[2J\n"
+            "/dev/ttyUSB10  0403:6001  A5028  a\"b\\x1b[2J\n"
             "    /dev/serial/by-id/usb-A-if00\n"
             "/dev/ttyS0     -          -      -\n");
 }
@@ -30,7 +32,8 @@ TEST(Ports, JsonHasWhatIsKnown) {
   const std::string text(writer.Text());
   const std::size_t end = text.find('\n');
   EXPECT_EQ(json::parse(text.substr(0, end)), json({{"schema", 1},
-                                                    {"port", "/dev/ttyUSB10"},
+                                                    {"report", "port"},
+                                                    {"name", "/dev/ttyUSB10"},
                                                     {"by_id", "/dev/serial/by-id/usb-A-if00"},
                                                     {"description", "a\"b\x1b[2J"},
                                                     {"usb_vendor", 0x0403},
@@ -38,6 +41,7 @@ TEST(Ports, JsonHasWhatIsKnown) {
                                                     {"manufacturer", "Maker"},
                                                     {"serial_number", "A5028"}}));
   const json second = json::parse(text.substr(end));
+  EXPECT_EQ(JsonSchema(json::parse(ReadHostFile("docs/velagnss.schema.json"))).Check(second), "");
   for (const char* member : {"by_id", "description", "usb_vendor", "usb_product", "manufacturer", "serial_number"})
     EXPECT_TRUE(second.at(member).is_null()) << member;
 }

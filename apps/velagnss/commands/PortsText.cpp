@@ -42,7 +42,8 @@ void WritePorts(const std::vector<S_PortInfo>& ports, C_JsonWriter& json) {
   for (const S_PortInfo& port : ports) {
     json.BeginObject();
     json.Key("schema").Integer(kSchemaVersion);
-    json.Key("port").Utf8(port.name);
+    json.Key("report").Name("port");
+    json.Key("name").Utf8(port.name);
     json.Key("by_id");
     port.byId.empty() ? json.Null() : json.Utf8(port.byId);
     json.Key("description").StringOrNull(port.description);

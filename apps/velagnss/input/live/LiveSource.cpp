@@ -64,7 +64,8 @@ void C_LiveSource::KeepOpen(C_Link& link) {
     link.Close();
     if (m_await.IsStopping()) return;
     const milliseconds pause = pauses.Next(*failure, goodFor);
-    const bool isOver = failure->kind == S_LinkFailure::eKind::Final || pauses.Failures() == m_options.maxTries;
+    const bool isOver = failure->kind == S_LinkFailure::eKind::Final ||
+                        (m_options.maxTries > 0 && pauses.Failures() == m_options.maxTries);
     const eState state = isOver                                           ? eState::Failed
                          : failure->kind == S_LinkFailure::eKind::Refused ? eState::Refused
                                                                           : eState::Lost;
