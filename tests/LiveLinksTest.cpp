@@ -96,6 +96,7 @@ const S_LiveCase kLives[] = {
     {"Serial",          "serial:///dev/ttyUSB0?baud=460800&bits=7&parity=even&stop=2&flow=rtscts", true, ""},
     {"AbsentPort",      "/dev/ttyNONE7",                   true,  ""},
     {"AbsentPortById",  "/dev/serial/by-id/usb-NONE-if00", true,  ""},
+    {"AbsentTerminal",  "/dev/pts/999999",                 true,  ""},
     {"PortAndOption",   "/dev/ttyNONE7?baud=9600",         true,  ""},
     {"File",            "session.bin",                     false, nullptr},
     {"StandardInput",   "-",                               false, nullptr},
@@ -489,7 +490,7 @@ TEST_F(Links, SerialPortThatIsUnpluggedIsLetGo) {
   std::filesystem::create_symlink(terminal->Name(), link);
   Make("serial://" + link + "?baud=115200");
   ASSERT_EQ(Open(), "");
-  EXPECT_EQ(m_link->Peer(), "115200 8N1");
+  EXPECT_EQ(m_link->Peer(), terminal->Name() + " at 115200 8N1");
   const std::size_t numOpen = NumDescriptors();
   terminal->Unplug();
   EXPECT_EQ(ReadFailure(), "the device is gone");
@@ -548,7 +549,7 @@ TEST_ROWS_F(SerialSettings, AreSet, Links, kSettings, row) {
   ASSERT_TRUE(Host::SetSerialSpeed(other.Get(), 57600));
   Make("serial://" + terminal.Name() + row.options);
   ASSERT_EQ(Open(), "");
-  EXPECT_EQ(m_link->Peer(), row.peer);
+  EXPECT_EQ(m_link->Peer(), terminal.Name() + " at " + row.peer);
   termios line{};
   ASSERT_EQ(::tcgetattr(other.Get(), &line), 0);
   EXPECT_EQ(line.c_cflag & kControls, row.controls);
