@@ -43,6 +43,7 @@ class C_Door : public std::enable_shared_from_this<C_Door> {
 
  private:
   void OnAccept(const asio::error_code& error, tcp::socket socket);
+  void TryLater(const asio::error_code& error);
   void TurnAway(const tcp::socket& socket);
 
   tcp::acceptor m_acceptor;
@@ -51,6 +52,7 @@ class C_Door : public std::enable_shared_from_this<C_Door> {
   std::optional<tcp::socket> m_newcomer;
   bool m_isOccupied = false;
   bool m_hasTurnedAway = false;
+  bool m_hasFailed = false;  // to accept
 };
 
 asio::error_code C_Door::Listen(const tcp::endpoint& endpoint) {
@@ -69,23 +71,25 @@ void C_Door::AcceptNext() {
   });
 }
 
-// Without descriptors a connection stays in the queue of the system, which would be offered again at once, and for
-// ever.
 void C_Door::OnAccept(const asio::error_code& error, tcp::socket socket) {
   if (!m_acceptor.is_open()) return;
-  if (error) {
-    m_notice(fmt::format("a connection cannot be accepted: {}", error.message()));
-    m_pause.expires_after(std::chrono::seconds(1));
-    m_pause.async_wait([self = shared_from_this()](const asio::error_code& cancelled) {
-      if (!cancelled) self->AcceptNext();
-    });
-    return;
-  }
+  if (error) return TryLater(error);
+  m_hasFailed = false;
   if (m_isOccupied || m_newcomer)
     TurnAway(socket);
   else
     m_newcomer = std::move(socket);
   AcceptNext();
+}
+
+// Without a free descriptor the connection stays in the system's queue and would be offered again at once, for ever.
+void C_Door::TryLater(const asio::error_code& error) {
+  if (!std::exchange(m_hasFailed, true))
+    m_notice(fmt::format("a connection cannot be accepted: {}; trying again each second", error.message()));
+  m_pause.expires_after(std::chrono::seconds(1));
+  m_pause.async_wait([self = shared_from_this()](const asio::error_code& cancelled) {
+    if (!cancelled) self->AcceptNext();
+  });
 }
 
 // Said once for each sender: whoever knocks again and again must not fill the log.
