@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <optional>
 #include <string_view>
+#include <vector>
 
 #include "apps/velagnss/net/ntrip/HttpHead.h"
 #include "apps/velagnss/os/FileDescriptor.h"
@@ -59,20 +59,25 @@ bool IsFor(std::string_view place, const S_Address& address) {
   return lower == InLowerCase(address.host) || lower == InLowerCase(address.HostAndPort());
 }
 
-// Whether the file has a line for `address`. A password may hold blanks: it is the rest of the line.
-bool FindLine(std::string_view text, S_Address& address, int& badLine) {
-  for (int number = 1; !text.empty(); ++number) {
-    const std::string_view line = NextLine(text);
+// A password may hold blanks: it is the rest of the line.
+struct S_Line {
+  std::string_view place;
+  std::string_view user;
+  std::string_view password;
+};
+
+// Returns an error text. The lines are parts of `text`.
+std::string ReadLines(const std::string& file, std::string& text, std::vector<S_Line>& lines) {
+  if (std::string error = ReadFile(file, text); !error.empty()) return error;
+  std::string_view rest = text;
+  for (int number = 1; !rest.empty(); ++number) {
+    const std::string_view line = NextLine(rest);
     const std::vector<std::string_view> words = WordsOf(line);
     if (words.empty() || words[0].starts_with('#')) continue;
-    if (words.size() < 3 && badLine == 0) badLine = number;
-    if (words.size() < 3 || !IsFor(words[0], address)) continue;
-    if (!address.user.empty() && address.user != words[1]) continue;
-    address.user = words[1];
-    address.password = line.substr(static_cast<std::size_t>(words[2].data() - line.data()));
-    return true;
+    if (words.size() < 3) return FileError(file, fmt::format("line {} is not HOST[:PORT] USER PASSWORD", number));
+    lines.push_back({words[0], words[1], line.substr(static_cast<std::size_t>(words[2].data() - line.data()))});
   }
-  return false;
+  return {};
 }
 
 std::string FromEnvironment(const char* name) {
@@ -82,14 +87,22 @@ std::string FromEnvironment(const char* name) {
 
 }  // namespace
 
+std::string CheckCredentials(const std::string& file) {
+  std::string text;
+  std::vector<S_Line> lines;
+  return ReadLines(file, text, lines);
+}
+
 std::string FillAccount(S_Address& address, const std::string& file) {
   if (!address.password.empty()) return {};
-  if (!file.empty()) {
-    std::string text;
-    int badLine = 0;
-    if (std::string error = ReadFile(file, text); !error.empty()) return error;
-    if (FindLine(text, address, badLine)) return {};
-    if (badLine != 0) return FileError(file, fmt::format("line {} is not HOST[:PORT] USER PASSWORD", badLine));
+  std::string text;
+  std::vector<S_Line> lines;
+  if (std::string error = file.empty() ? "" : ReadLines(file, text, lines); !error.empty()) return error;
+  for (const S_Line& line : lines) {
+    if (!IsFor(line.place, address) || (!address.user.empty() && address.user != line.user)) continue;
+    address.user = line.user;
+    address.password = line.password;
+    return {};
   }
   const std::string user = FromEnvironment("VELAGNSS_NTRIP_USER");
   if (!address.user.empty() && !user.empty() && user != address.user) return {};

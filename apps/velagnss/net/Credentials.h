@@ -16,6 +16,9 @@ namespace Host {
 // error text, empty when good: a file that other users may read is refused.
 std::string FillAccount(S_Address& address, const std::string& file);
 
+// Returns an error text, empty when `file` can be read and each of its lines is good.
+std::string CheckCredentials(const std::string& file);
+
 }  // namespace Host
 
 #endif  // VELAGNSS_APPS_CREDENTIALS_H

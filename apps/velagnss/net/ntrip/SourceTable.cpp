@@ -1,11 +1,16 @@
 #include "apps/velagnss/net/ntrip/SourceTable.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <tuple>
 
 #include "apps/velagnss/net/ntrip/HttpHead.h"
+#include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/text/EditDistance.h"
+#include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
@@ -167,6 +172,15 @@ std::vector<std::string> SimilarMounts(const S_SourceTable& table, std::string_v
   for (const auto& [distance, name] : found)
     if (names.size() < kMost && (names.empty() || names.back() != name)) names.push_back(name);
   return names;
+}
+
+std::string WhyTable(const S_SourceTable& table, std::string_view mount) {
+  if (table.Find(mount) != nullptr)
+    return "the caster sends its source table instead of the stream: the mount is idle, or needs another account";
+  const std::vector<std::string> similar = SimilarMounts(table, mount);
+  const std::string why = fmt::format("the caster has no mount '{}'", Printable(mount));
+  if (similar.empty()) return why + "; 'velagnss ntrip-table' lists those it has";
+  return fmt::format("{}; similar: {}", why, Printable(JoinNames(similar, std::identity(), ", ")));
 }
 
 }  // namespace Host

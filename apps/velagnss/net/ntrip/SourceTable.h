@@ -52,6 +52,9 @@ bool EndsSourceTable(std::string_view text);
 // At most 3 names of mounts that the user may have meant, the likeliest first.
 std::vector<std::string> SimilarMounts(const S_SourceTable& table, std::string_view mount);
 
+// Why a caster may have answered a request for `mount` with its table; safe to show.
+std::string WhyTable(const S_SourceTable& table, std::string_view mount);
+
 }  // namespace Host
 
 #endif  // VELAGNSS_APPS_SOURCE_TABLE_H
