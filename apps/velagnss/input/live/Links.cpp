@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "apps/velagnss/input/live/LinkKind.h"
+#include "apps/velagnss/input/live/NtripLink.h"
 #include "apps/velagnss/input/live/SerialLink.h"
 #include "apps/velagnss/input/live/TcpLink.h"
 #include "apps/velagnss/input/live/TcpListenLink.h"
@@ -19,7 +20,7 @@ namespace Host {
 namespace {
 
 const S_LinkKind* const kKinds[] = {
-    &kSerialLink, &kTcpLink, &kTcpListenLink, &kUdpLink, &kUnixLink,
+    &kNtripLink, &kNtripTlsLink, &kSerialLink, &kTcpLink, &kTcpListenLink, &kUdpLink, &kUnixLink,
 };
 
 const S_LinkKind* FindKind(std::string_view scheme) {
@@ -54,6 +55,11 @@ std::string CheckLive(const std::string& name) {
                        JoinNames(
                            kKinds, [](const S_LinkKind* known) { return known->form.scheme; }, ", "));
   return CheckAddress(address, kind->form);
+}
+
+std::string ShownLive(const std::string& name) {
+  S_Address address;
+  return IsAddress(name) && ReadAddress(name, address).empty() ? address.Shown() : name;
 }
 
 std::unique_ptr<C_Link> MakeLink(const std::string& name, const S_LiveOptions& options, C_Await& await) {

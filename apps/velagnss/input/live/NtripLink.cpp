@@ -53,7 +53,7 @@ class C_NtripLink : public C_Link {
         m_version(OptionOf(address, "version") == "1" ? 1 : 2),
         m_mayFallBack(OptionOf(address, "version").empty()),
         m_sendsPosition(!options.position.empty() && OptionOf(address, "gga") != "no"),
-        m_position(ReadPosition(options.position)) {}
+        m_position(ReadFixedPosition(options.position)) {}
 
   std::optional<S_LinkFailure> Open() override;
   S_Read Read(t_Time deadline) override;
@@ -65,7 +65,7 @@ class C_NtripLink : public C_Link {
   std::optional<std::string> Position() const;
   void SendPosition(t_Time now);
   S_LinkFailure FailureOf(const S_NtripAnswer& answer);
-  S_LinkFailure NotAStream(std::string begun);
+  S_LinkFailure NotAStream(std::string text);
   std::string FallBack(std::string text);
   void WarnOnce();
 
@@ -111,20 +111,18 @@ S_LinkFailure C_NtripLink::FailureOf(const S_NtripAnswer& answer) {
   return {answer.kind == eAnswer::Refused ? eFailure::Refused : eFailure::Lost, std::move(text), answer.retryAfter};
 }
 
-// `begun`: what has been read of the table or page.
-S_LinkFailure C_NtripLink::NotAStream(std::string begun) {
+// `text`: what has been read of the table or page.
+S_LinkFailure C_NtripLink::NotAStream(std::string text) {
   constexpr std::size_t kMaxPage = std::size_t{64} << 10;
-  const t_Time deadline = C_Await::t_Clock::now() + kAnswerTime;
-  begun += m_client.ReadText(kMaxSourceTable, deadline, [&begun](std::string_view more) {
-    const std::string_view text = more.empty() ? begun : more;
-    return EndsSourceTable(text) || (text.starts_with('<') && text.size() > kMaxPage);
+  m_client.ReadText(text, kMaxSourceTable, C_Await::t_Clock::now() + kAnswerTime, [](std::string_view all) {
+    return EndsSourceTable(all) || (all.starts_with('<') && all.size() >= kMaxPage);
   });
-  if (BodyOf(begun) != eNtripBody::Page) {
-    const S_SourceTable table = ReadSourceTable(begun);
+  if (BodyOf(text) != eNtripBody::Page) {
+    const S_SourceTable table = ReadSourceTable(text);
     const std::string_view mount = std::string_view(m_address.path).substr(1);
     return Refused(WhyTable(table, mount), table.Find(mount) != nullptr ? kRefusalPause : kAccountPause);
   }
-  const std::string title = TitleOf(begun);
+  const std::string title = TitleOf(text);
   return Refused(fmt::format("a page for people instead of a stream{}{}: a portal, a ban, or not a caster",
                              title.empty() ? "" : ", ", title),
                  kAccountPause);

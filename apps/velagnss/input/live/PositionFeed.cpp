@@ -67,7 +67,7 @@ std::optional<std::string> AsGpsGga(std::string_view sentence) {
   return Sentence(fmt::format("GP{}", body.substr(2)));
 }
 
-std::optional<S_FixedPosition> ReadPosition(std::string_view text) {
+std::optional<S_FixedPosition> ReadFixedPosition(std::string_view text) {
   const std::vector<std::string_view> parts = SplitList(text);
   std::array<double, 3> numbers{};
   if (parts.size() != numbers.size()) return std::nullopt;

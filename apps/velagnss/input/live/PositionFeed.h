@@ -16,6 +16,9 @@ namespace Host {
 // when `sentence` is something else, has a bad checksum, or no position that a caster could use.
 std::optional<std::string> AsGpsGga(std::string_view sentence);
 
+// In place of a fixed position: that of another source of the run.
+inline constexpr std::string_view kPositionOfStream = "stream";
+
 struct S_FixedPosition {
   double latitude;   // degrees
   double longitude;  // degrees
@@ -23,7 +26,7 @@ struct S_FixedPosition {
 };
 
 // "48.1,11.5,560"; nothing for any other text.
-std::optional<S_FixedPosition> ReadPosition(std::string_view text);
+std::optional<S_FixedPosition> ReadFixedPosition(std::string_view text);
 
 // The same form of sentence for a position that does not change.
 std::string FixedGga(const S_FixedPosition& position, std::chrono::system_clock::time_point now);

@@ -140,16 +140,14 @@ C_Transport::S_Read C_NtripClient::Decode(std::span<const unsigned char> bytes) 
   return {{}, m_chunks.HasEnded(), m_chunks.HasFailed() ? "the chunks of the stream are damaged" : ""};
 }
 
-std::string C_NtripClient::ReadText(std::size_t limit, C_Await::t_Time deadline,
-                                    const std::function<bool(std::string_view)>& isEnough) {
-  std::string text;
+void C_NtripClient::ReadText(std::string& text, std::size_t limit, C_Await::t_Time deadline,
+                             const std::function<bool(std::string_view)>& isEnough) {
   while (text.size() < limit && !isEnough(text) && C_Await::t_Clock::now() < deadline && !m_await.IsStopping()) {
     const C_Transport::S_Read read = Read(deadline);
     if (read.hasEnded || !read.error.empty()) break;
     text.append(reinterpret_cast<const char*>(read.bytes.data()), read.bytes.size());
   }
   text.resize(std::min(text.size(), limit));
-  return text;
 }
 
 }  // namespace Host

@@ -47,9 +47,9 @@ class C_NtripClient {
   // The body without its transfer coding.
   C_Transport::S_Read Read(C_Await::t_Time deadline);
 
-  // The body up to `limit` bytes, to its end, to the deadline, or until `isEnough`.
-  std::string ReadText(std::size_t limit, C_Await::t_Time deadline,
-                       const std::function<bool(std::string_view)>& isEnough);
+  // Appends the body to `text` until that has `limit` bytes, to the body's end, to the deadline, or until `isEnough`.
+  void ReadText(std::string& text, std::size_t limit, C_Await::t_Time deadline,
+                const std::function<bool(std::string_view)>& isEnough);
 
   void Send(std::string_view bytes) {
     if (m_transport) m_transport->Send(bytes);
