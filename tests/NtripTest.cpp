@@ -45,7 +45,7 @@ struct S_HeadCase {
 };
 // clang-format off
 const S_HeadCase kHeads[] = {
-    {"Icy",              "ICY 200 OK\r\n\r\n\xD3data",                           "icy 200|\xD3""data"},
+    {"Icy",              "ICY 200 OK\r\n\r\n\xD3 data",                          "icy 200|\xD3 data"},
     {"IcyAlone",         "ICY 200 OK\r\n",                                       "??"},
     {"IcyData",          "ICY 200 OK\r\n\xD3\x00\x13"s,                          "icy 200|\xD3\x00\x13"s},
     {"IcySentence",      "ICY 200 OK\r\n$GPGGA,",                                "icy 200|$GPGGA,"},
@@ -76,7 +76,7 @@ const S_HeadCase kHeads[] = {
     {"Sentences",        "$GNGGA,",                                              "!data without an answer, not a caster: perhaps tcp://"},
     {"Nul",              "HTTP/1.1 200 OK\0\r\n"s,                               "!not a caster: its answer has control characters in it"},
     {"Escape",           "HTTP/1.1 200 OK\r\nA: \x1B[2J",                        "!not a caster: its answer has control characters in it"},
-    {"Other",            "SSH-2.0-\xE4 server\r\n",                              "!not a caster: it answers 'SSH-2.0-\\xE4 server'"},
+    {"Other",            "SSH-2.0-\xE4 server\r\n",                              "!not a caster: it answers 'SSH-2.0-\\xe4 server'"},
     {"NoCode",           "HTTP/1.1 2000 OK\r\n",                                 "!not a caster: it answers 'HTTP/1.1 2000 OK'"},
     {"EmptyLine",        "HTTP/1.1\r\n",                                         "!not a caster: it answers 'HTTP/1.1'"},
     {"LongLine",         "HTTP/1.1 200 OK\r\nA: " + std::string(8192, 'a'),      "!a line of its answer is longer than 8 KiB"},
@@ -239,7 +239,7 @@ TEST(Bodies, ByTheirFirstBytes) {
       {"STR;A", eBody::Table}, {"CAS;", eBody::Table}, {"EN", eBody::Undecided}, {"<!", eBody::Page},
       {"\xD3", eBody::Data},   {"", eBody::Undecided}, {"$GP", eBody::Data},     {"STROM", eBody::Data}};
   for (const auto& [text, body] : kBodies) EXPECT_EQ(Host::BodyOf(text), body) << text;
-  EXPECT_EQ(Host::TitleOf("<HTML><Title lang=x>\r\n You are\x1B[2J banned </title>"), "You are\\x1B[2J banned");
+  EXPECT_EQ(Host::TitleOf("<HTML><Title lang=x>\r\n You are\x1B[2J banned </title>"), "You are\\x1b[2J banned");
   for (const char* page : {"", "<title", "<title>", "<title> </title>", "<b>x</b>"}) EXPECT_EQ(Host::TitleOf(page), "");
 }
 
@@ -293,7 +293,7 @@ TEST(SourceTables, SimilarMounts) {
   EXPECT_THAT(Host::WhyTable(table, "BASE1"), HasSubstr("idle"));
   EXPECT_EQ(Host::WhyTable(table, "BAS1"), "the caster has no mount 'BAS1'; similar: BASE1");
   EXPECT_EQ(Host::WhyTable(Host::ReadSourceTable("STR;BA\x1B;"), "BA\x07"),
-            "the caster has no mount 'BA\\x07'; similar: BA\\x1B");
+            "the caster has no mount 'BA\\x07'; similar: BA\\x1b");
 }
 
 struct S_MoveCase {

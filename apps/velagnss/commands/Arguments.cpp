@@ -83,7 +83,8 @@ void DeclareLive(CLI::App& app, S_LiveOptions& live) {
       ->option_text("COUNT")
       ->check(NumberBetween(1U, 1'000'000U, "a whole number from 1 to 1000000"));
   DeclareCredentials(app, live.credentials);
-  app.add_option("--position", live.position,
+  // --position of `convert` is that of the antenna.
+  app.add_option(app.get_name() == "convert" ? "--send-position" : "--position,--send-position", live.position,
                  "send casters this latitude,longitude,height in degrees and meters; 'stream': the\nposition that "
                  "another source of the run has in its GGA sentences (default: none)")
       ->option_text("PLACE")

@@ -149,7 +149,7 @@ C_Link::S_Read C_NtripLink::Read(t_Time deadline) {
 
 std::string C_NtripLink::Peer() const {
   const S_HttpHead& head = m_client.Head();
-  const bool isV2 = head.kind == S_HttpHead::eKind::Http;
+  const bool isV2 = head.kind == S_HttpHead::eKind::Http && !head.isHttp10;
   const std::string server = Printable(head.Field("server").substr(0, 60));
   return fmt::format("NTRIP {}{}{}{}", isV2 ? 2 : 1, m_address.scheme == "ntrips" ? " over TLS" : "",
                      server.empty() ? "" : ", ", server);

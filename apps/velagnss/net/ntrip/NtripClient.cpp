@@ -36,7 +36,7 @@ S_NtripAnswer AskCaster(C_Transport& transport, std::string_view head, C_HeadPar
     else
       return WithoutHead(parser, read);
   }
-  if (parser.State() == C_HeadParser::eState::Bad) return {eKind::Refused, parser.Error(), kRefusalPause, true};
+  if (parser.State() == C_HeadParser::eState::Bad) return {eKind::Refused, parser.Error(), kRefusalPause, false};
   return MeaningOf(parser.Head(), std::chrono::system_clock::now());
 }
 
