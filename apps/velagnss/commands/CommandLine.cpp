@@ -16,6 +16,7 @@
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
 #include "apps/velagnss/commands/NtripTableCommand.h"
+#include "apps/velagnss/commands/PortsCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -27,7 +28,7 @@ namespace {
 
 const S_CommandEntry* const kCommands[] = {
     &kDecodeCommand, &kStatCommand, &kConvertCommand,    &kExtractCommand,
-    &kEncodeCommand, &kGeoCommand,  &kNtripTableCommand,
+    &kEncodeCommand, &kGeoCommand,  &kNtripTableCommand, &kPortsCommand,
 };
 
 constexpr char kDescription[] =
