@@ -256,7 +256,7 @@ TEST(NtripTable, ForPeople) {
             "mount  place  format    systems  latitude  longitude  gga     account  fee\n"
             "A\\x1b  Near   RAW       GPS      48.10     11.00      needed  -        yes\n"
             "B      Far    RTCM 3.3  GPS+GLO  50.14     8.50       -       needed   -\n"
-            "C      \\xfc                     -         -          -       -        -\n");
+            "C      \\xfc                      -         -          -       -        -\n");
   EXPECT_EQ(RunTable(name, {"--filter", "glo", "--position", "50.14,8.5,0"}),
             "mount  place  format    systems  latitude  longitude  gga  account  fee  km\n"
             "B      Far    RTCM 3.3  GPS+GLO  50.14     8.50       -    needed   -    0.0\n");
@@ -267,13 +267,15 @@ TEST(NtripTable, AsTheSchemaAllows) {
   const JsonSchema schema(nlohmann::json::parse(ReadHostFile("docs/velagnss.schema.json")));
   std::istringstream lines(RunTable("ntrip://127.0.0.1:" + caster.Port(), {"--json", "--position", "48.2,11,0"}));
   std::string mounts;
+  double nearest = 1e9;
   for (std::string line; std::getline(lines, line);) {
     const nlohmann::json row = nlohmann::json::parse(line);
     EXPECT_EQ(schema.Check(row), "") << line;
     if (row["report"] != "stream") continue;
     mounts += row["mount"].get<std::string>();
-    if (row["mount"] == "A\x1B") EXPECT_NEAR(row["distance_m"].get<double>(), 11'120, 10) << "0.1 degrees of latitude";
+    nearest = std::min(nearest, row["distance_m"].is_null() ? nearest : row["distance_m"].get<double>());
   }
+  EXPECT_NEAR(nearest, 11'120, 10) << "0.1 degrees of latitude";
   EXPECT_EQ(mounts, "A\x1B\x42\x43") << "the nearest first";
 }
 
