@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "apps/velagnss/commands/RecordArguments.h"
 #include "apps/velagnss/input/live/Links.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -168,6 +169,7 @@ bool HasTooManyLive(std::string_view command, const S_InputOptions& input) {
 
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
   DeclareInputs(app, stream.input);
+  DeclareTee(app, stream.input);
   app.add_option("--search", stream.search,
                  "search for these protocols only: others are noise; of:\n" + ProtocolNames())
       ->option_text("LIST")

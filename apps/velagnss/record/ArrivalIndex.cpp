@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <span>
 #include <string_view>
-#include <vector>
 
 namespace Host {
 namespace {
@@ -96,7 +96,8 @@ std::string EncodeIndexRecord(const S_IndexRecord& record, std::uint32_t salt) {
 bool C_IndexReader::Open(const std::string& name) {
   m_file = C_FileDescriptor(::open(name.c_str(), O_RDONLY | O_CLOEXEC));
   std::array<char, S_IndexHead::kSize> bytes{};
-  if (!m_file.IsOpen() || !ReadAll(m_file.Get(), bytes) || !ReadHead({bytes.data(), bytes.size()}, m_head)) return false;
+  if (!m_file.IsOpen() || !ReadAll(m_file.Get(), bytes) || !ReadHead({bytes.data(), bytes.size()}, m_head))
+    return false;
   m_size = bytes.size();
   m_dataSize = m_head.firstPosition;
   return true;

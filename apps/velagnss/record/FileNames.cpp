@@ -122,7 +122,8 @@ std::string CheckPattern(std::string_view pattern) {
 
 bool HasSourceName(std::string_view pattern) {
   bool has = false;
-  ForEachPart(pattern, [](char) {}, [&has](const S_Code& code) { has = has || code.letter == 'n'; });
+  ForEachPart(
+      pattern, [](char) {}, [&has](const S_Code& code) { has = has || code.letter == 'n'; });
   return has;
 }
 

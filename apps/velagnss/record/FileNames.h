@@ -12,8 +12,8 @@
 namespace Host {
 
 inline constexpr std::string_view kUsualPattern = "%n_%Y%m%d_%H%M%SZ.bin";
-inline constexpr std::string_view kPartEnding = ".part";    // of a file that is being written
-inline constexpr std::string_view kIndexEnding = ".idx";    // of the times beside a file, after its whole name
+inline constexpr std::string_view kPartEnding = ".part";  // of a file that is being written
+inline constexpr std::string_view kIndexEnding = ".idx";  // of the times beside a file, after its whole name
 inline constexpr std::string_view kPackedEnding = ".gz";
 
 // Returns an error text, empty when `pattern` can be expanded. %Y %m %d %H %M %S are parts of the time, %j the day of

@@ -10,9 +10,7 @@ microseconds S_RecordMoment::Offset() const {
   return duration_cast<microseconds>(utc.time_since_epoch() - steady.time_since_epoch());
 }
 
-S_RecordMoment NowForRecords() {
-  return {time_point_cast<microseconds>(system_clock::now()), steady_clock::now()};
-}
+S_RecordMoment NowForRecords() { return {time_point_cast<microseconds>(system_clock::now()), steady_clock::now()}; }
 
 bool IsClockSet(t_RecordTime utc) {
   constexpr sys_days kFirstUse = 2025y / January / 1;  // this program did not exist before

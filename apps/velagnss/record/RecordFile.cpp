@@ -98,15 +98,19 @@ C_FileDescriptor CreatePart(std::string& name) {
 }  // namespace
 
 C_RecordFile::C_RecordFile(std::string name, bool isCompressed, const S_RecordMoment& now)
-    : m_name(std::move(name)), m_begin(now), m_scale(now), m_salt(std::random_device()()), m_isCompressed(isCompressed) {}
+    : m_name(std::move(name)),
+      m_begin(now),
+      m_scale(now),
+      m_salt(std::random_device()()),
+      m_isCompressed(isCompressed) {}
 
 std::shared_ptr<C_RecordFile> C_RecordFile::Create(const std::string& name, bool isCompressed,
                                                    const S_RecordMoment& now) {
   std::shared_ptr<C_RecordFile> file(new C_RecordFile(name, isCompressed, now));
   file->m_data = CreatePart(file->m_name);
   if (!file->m_data.IsOpen()) return nullptr;
-  file->m_index = C_FileDescriptor(::open(IndexName(PartName(file->m_name)).c_str(),
-                                          O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, kNewFile));
+  file->m_index = C_FileDescriptor(
+      ::open(IndexName(PartName(file->m_name)).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, kNewFile));
   file->AppendToIndex(EncodeIndexHead({IsClockSet(now.utc), file->m_salt}));
   return file;
 }

@@ -72,8 +72,8 @@ class C_RecordFile {
   std::uint32_t m_salt;
   int m_error = 0;
   std::uint64_t m_size = 0;
-  std::uint64_t m_written = 0;  // in the data file
-  std::string m_indexWaiting;   // records of bytes that are not written yet
+  std::uint64_t m_written = 0;           // in the data file
+  std::string m_indexWaiting;            // records of bytes that are not written yet
   std::optional<S_IndexRecord> m_piece;  // to which what follows at once is added
   bool m_isDirectorySynced = false;
 

@@ -1,6 +1,7 @@
 #include "apps/velagnss/record/SyncThread.h"
 
 #include <csignal>
+#include <functional>
 #include <utility>
 
 namespace Host {
@@ -59,6 +60,7 @@ void C_SyncThread::Note(const C_RecordFile& file, int error) {
   if (error == 0) return;
   const std::lock_guard lock(m_mutex);
   m_failures.push_back({file.Name(), error});
+  m_hasFailed = true;
 }
 
 // Without the lock while the disk is waited for.

@@ -2,6 +2,7 @@
 #ifndef VELAGNSS_APPS_SYNC_THREAD_H
 #define VELAGNSS_APPS_SYNC_THREAD_H
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -38,6 +39,7 @@ class C_SyncThread {
     int error;
   };
   std::vector<S_Failure> TakeFailures();
+  bool HasFailed() const { return m_hasFailed; }  // ever
 
  private:
   void Work();
@@ -49,6 +51,7 @@ class C_SyncThread {
   std::vector<std::shared_ptr<C_RecordFile>> m_open;
   std::vector<std::shared_ptr<C_RecordFile>> m_complete;  // to be settled
   std::vector<S_Failure> m_failures;
+  std::atomic<bool> m_hasFailed = false;
   bool m_isBusy = false;
   bool m_isEnding = false;
   std::thread m_thread;  // last: it uses the others
