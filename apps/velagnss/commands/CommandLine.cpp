@@ -18,6 +18,7 @@
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
 #include "apps/velagnss/commands/RecordCommand.h"
+#include "apps/velagnss/commands/ReplayCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"

@@ -21,11 +21,15 @@ struct S_Border {
 
 class C_FrameBorders {
  public:
-  // Without times frames are not decoded.
-  explicit C_FrameBorders(bool findsTimes);
+  enum class eTimes {
+    None,
+    Dated,   // from the first date of the stream on
+    Elapsed  // since the midnight before the first time of the stream; they need no date
+  };
+  explicit C_FrameBorders(eTimes times);
 
-  // A new stream. `today` counts until the stream carries a date of its own.
-  void Restart(t_RecordTime today);
+  // A new stream.
+  void Restart();
 
   // Finds the borders of the next bytes of the stream, those that belong to frames which end in them.
   void Feed(std::span<const unsigned char> bytes);
@@ -43,11 +47,12 @@ class C_FrameBorders {
   bool IsBetweenFrames() const { return m_reader.BytesQueued() == 0; }
 
  private:
+  std::optional<t_RecordTime> StreamTime() const;
   std::optional<t_RecordTime> TimeOf(const velagnss::Frame& frame);
   bool IsPlausible(t_RecordTime time);
   void Pump(std::span<const unsigned char> bytes, std::uint64_t begin);
 
-  const bool m_findsTimes;
+  const eTimes m_times;
   velagnss::FrameReader m_reader;
   velagnss::RecordDecoder m_decoder;
   std::uint64_t m_fed = 0;

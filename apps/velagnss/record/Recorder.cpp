@@ -84,14 +84,14 @@ C_Recorder::C_Recorder(const S_RecorderOptions& options, C_SyncThread& sync, t_R
     : m_options(options),
       m_sync(sync),
       m_clock(std::move(clock)),
-      m_borders(options.usesDataTime),
+      m_borders(options.usesDataTime ? C_FrameBorders::eTimes::Dated : C_FrameBorders::eTimes::None),
       m_hangups(HangupsReceived()) {}
 
 void C_Recorder::BeginInput(const std::string& name) {
   const S_RecordMoment now = m_clock();
   m_source = name;
   m_safeSource = SafeSourceName(name);
-  m_borders.Restart(now.utc);
+  m_borders.Restart();
   m_position = 0;
   m_held.clear();
   m_dataTime.reset();
@@ -122,7 +122,7 @@ void C_Recorder::NoteClock(const S_RecordMoment& now) {
 
 // A clock that was set back must not keep a file open for ever, nor may it reopen the span before.
 bool C_Recorder::IsSpanOver(const S_RecordMoment& now) const {
-  if (m_file == nullptr || m_options.every.count() == 0 || m_options.usesDataTime) return false;
+  if (m_file == nullptr || m_options.every.count() == 0 || m_dataTime) return false;
   return SpanBegin(now.utc, m_options.every) > m_span || now.steady - m_file->BeginSteady() >= m_options.every;
 }
 
@@ -146,8 +146,9 @@ void C_Recorder::Feed(const S_Chunk& chunk) {
   m_lastCame = when.steady;
   CheckDisk(now);
   m_borders.Feed(chunk.bytes);
-  // A frame that begins a span is held until its time is known. The first file waits for the first time.
+  // A frame that begins a span is held until its time is known. The first file waits for the first date.
   if (!m_options.usesDataTime) return Pass(chunk.bytes, m_borders.Fed(), when);
+  if (m_held.empty()) m_heldSince = now.steady;
   m_held.insert(m_held.end(), chunk.bytes.begin(), chunk.bytes.end());
   const bool hasTime = m_dataTime || std::any_of(m_borders.Borders().begin(), m_borders.Borders().end(),
                                                  [](const S_Border& border) { return border.time.has_value(); });
@@ -257,6 +258,7 @@ void C_Recorder::BeforeWait() {
   const S_RecordMoment now = Look();
   CheckDisk(now);
   ReportFailures(m_sync);
+  if (m_file == nullptr && !m_held.empty() && now.steady - m_heldSince > kMaxHeldFor) PassHeld(now);
   if (m_file == nullptr) return;
   if (const std::uint64_t lost = m_file->Flush(now.steady); lost > 0) {
     Lose(lost);

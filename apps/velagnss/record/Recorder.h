@@ -68,9 +68,10 @@ class C_Recorder : public C_StreamJob {
   std::string m_source;
   std::string m_safeSource;
   C_FrameBorders m_borders;
-  std::shared_ptr<C_RecordFile> m_file;    // none: nothing to write yet, or the disk takes nothing
-  std::uint64_t m_position = 0;            // in the stream, of the next byte to write
-  std::vector<unsigned char> m_held;       // from there on: bytes of a frame whose time is not known yet
+  std::shared_ptr<C_RecordFile> m_file;  // none: nothing to write yet, or the disk takes nothing
+  std::uint64_t m_position = 0;          // in the stream, of the next byte to write
+  std::vector<unsigned char> m_held;     // from there on: bytes of a frame whose time is not known yet
+  t_SteadyTime m_heldSince;
   t_RecordTime m_span;                     // of the file
   std::optional<t_RecordTime> m_dataTime;  // the last of the stream
   std::chrono::microseconds m_clockOffset{};
