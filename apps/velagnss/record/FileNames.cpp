@@ -140,8 +140,11 @@ std::string ExpandPattern(std::string_view pattern, std::string_view safeSource,
         else
           name += code.letter;
       });
-  if (!IsClockSet(time)) name.insert(name.rfind('/') + 1, fmt::format("unsynced-{}_", BootId()));
   return name;
+}
+
+std::string UndatedName(const std::string& name) {
+  return std::string(name).insert(name.rfind('/') + 1, fmt::format("unsynced-{}_", BootId()));
 }
 
 std::string SafeSourceName(std::string_view source) {

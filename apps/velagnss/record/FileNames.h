@@ -23,9 +23,11 @@ std::string CheckPattern(std::string_view pattern);
 // Whether the name tells sources apart.
 bool HasSourceName(std::string_view pattern);
 
-// `pattern` is good. While the clock is not set, the file's name begins with "unsynced-" and what tells this start of
-// the machine from others.
+// `pattern` is good.
 std::string ExpandPattern(std::string_view pattern, std::string_view safeSource, t_RecordTime time);
+
+// A name from a clock that is not set: it begins with "unsynced-" and what tells this start of the machine from others.
+std::string UndatedName(const std::string& name);
 
 // A word for a file name from the name of a source, which may be hostile: of a path its last part, of an address host,
 // port and path. Everything but ASCII letters, digits, '-' and '_' becomes '_'.

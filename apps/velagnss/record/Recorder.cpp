@@ -23,9 +23,10 @@ constexpr auto kMaxAge = seconds(60);           // of bytes that have just been 
 constexpr auto kRetryAfter = seconds(30);       // a disk that took no more
 constexpr auto kDiskCheckEvery = seconds(10);
 constexpr auto kSilence = seconds(1);           // then a file that is due is closed without waiting for bytes
-constexpr auto kLongSilence = seconds(10);      // likewise in the midst of a frame
+constexpr auto kLongSilence = seconds(60);      // likewise in the midst of a frame
 constexpr std::uint64_t kMaxOverdue = 1 << 16;  // bytes without a border; the longest frame has 2048
-constexpr std::size_t kMaxHeld = 1 << 16;       // bytes without a time
+constexpr std::size_t kMaxHeld = 1 << 16;       // bytes before the first date,
+constexpr auto kMaxHeldFor = seconds(10);       // or so long
 constexpr std::uint64_t kReserve = 32'000'000;  // bytes of the disk that are left to others,
 constexpr unsigned int kReservePart = 20;       // but no more than this part of it
 
@@ -106,7 +107,7 @@ S_RecordMoment C_Recorder::Look() {
   NoteClock(now);
   if (const unsigned int hangups = HangupsReceived(); hangups != std::exchange(m_hangups, hangups))
     m_isCutWanted = true;
-  m_isCutWanted = m_file != nullptr && (m_isCutWanted || IsSpanOver(now));
+  m_isCutWanted = m_isCutWanted && m_file != nullptr;
   return now;
 }
 
@@ -121,9 +122,9 @@ void C_Recorder::NoteClock(const S_RecordMoment& now) {
 }
 
 // A clock that was set back must not keep a file open for ever, nor may it reopen the span before.
-bool C_Recorder::IsSpanOver(const S_RecordMoment& now) const {
+bool C_Recorder::IsSpanOver(const S_RecordMoment& when) const {
   if (m_file == nullptr || m_options.every.count() == 0 || m_dataTime) return false;
-  return SpanBegin(now.utc, m_options.every) > m_span || now.steady - m_file->BeginSteady() >= m_options.every;
+  return SpanBegin(when.utc, m_options.every) > m_span || when.steady - m_file->BeginSteady() >= m_options.every;
 }
 
 void C_Recorder::CheckDisk(const S_RecordMoment& now) {
@@ -144,6 +145,7 @@ void C_Recorder::Feed(const S_Chunk& chunk) {
   const S_RecordMoment now = Look();
   const S_RecordMoment when = MomentOf(chunk, now);
   m_lastCame = when.steady;
+  m_isCutWanted = m_isCutWanted || IsSpanOver(when);
   CheckDisk(now);
   m_borders.Feed(chunk.bytes);
   // A frame that begins a span is held until its time is known. The first file waits for the first date.
@@ -190,9 +192,10 @@ bool C_Recorder::IsCutDue(const S_Border& border) const {
   if (m_isCutWanted) return true;
   const std::uint64_t size = (m_file == nullptr ? 0 : m_file->Size()) + (border.at - m_position);
   if (m_options.maxSize > 0 && size >= m_options.maxSize) return true;
-  if (!border.time || m_file == nullptr || m_options.every.count() == 0) return false;
+  if (!border.time || m_options.every.count() == 0) return false;
   const t_RecordTime span = SpanBegin(*border.time, m_options.every);
-  return span > m_span || m_span - span > days(1);
+  const t_RecordTime current = m_file != nullptr ? m_span : SpanBegin(*m_dataTime, m_options.every);
+  return span > current || current - span > days(1);
 }
 
 bool C_Recorder::IsTooLarge() const { return m_options.maxSize > 0 && m_file->Size() >= m_options.maxSize; }
@@ -208,8 +211,9 @@ void C_Recorder::Write(std::span<const unsigned char> bytes, const S_RecordMomen
 }
 
 void C_Recorder::Open(const S_RecordMoment& when) {
-  m_span = SpanBegin(m_options.usesDataTime ? m_dataTime.value_or(when.utc) : when.utc, m_options.every);
-  const std::string name = ExpandPattern(m_options.pattern, m_safeSource, m_span);
+  m_span = SpanBegin(m_dataTime.value_or(when.utc), m_options.every);
+  std::string name = ExpandPattern(m_options.pattern, m_safeSource, m_span);
+  if (!m_dataTime && !IsClockSet(when.utc)) name = UndatedName(name);
   if (IsReserveReached(name)) return Fail(ENOSPC, when);
   m_file = C_RecordFile::Create(name, m_options.isCompressed, when);
   if (m_file == nullptr) return Fail(errno, when);
@@ -264,8 +268,9 @@ void C_Recorder::BeforeWait() {
     Lose(lost);
     return Fail(m_file->Error(), now);
   }
+  const bool isCutWanted = m_isCutWanted || IsSpanOver(now);
   const auto silence = now.steady - m_lastCame;
-  if (m_isCutWanted && (silence >= kLongSilence || (silence >= kSilence && m_borders.IsBetweenFrames()))) Close(now);
+  if (isCutWanted && (silence >= kLongSilence || (silence >= kSilence && m_borders.IsBetweenFrames()))) Close(now);
 }
 
 void C_Recorder::OnLink(const S_LinkChange& change) {

@@ -48,7 +48,7 @@ class C_Recorder : public C_StreamJob {
   S_RecordMoment Look();
   S_RecordMoment MomentOf(const S_Chunk& chunk, const S_RecordMoment& now) const;
   void NoteClock(const S_RecordMoment& now);
-  bool IsSpanOver(const S_RecordMoment& now) const;
+  bool IsSpanOver(const S_RecordMoment& when) const;
   void CheckDisk(const S_RecordMoment& now);
 
   void Pass(std::span<const unsigned char> bytes, std::uint64_t ready, const S_RecordMoment& when);
