@@ -28,7 +28,8 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kExtractCommand, &kEncodeCommand, &kGeoCommand, &kRecordCommand,
+    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kExtractCommand,
+    &kEncodeCommand, &kGeoCommand,  &kRecordCommand,  &kReplayCommand,
 };
 
 constexpr char kDescription[] =

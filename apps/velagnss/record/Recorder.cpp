@@ -67,6 +67,9 @@ void AdoptParts(const std::string& pattern, const std::string& source) {
   }
 }
 
+// By the times of a stream, which may have late frames.
+bool IsStepBack(t_RecordTime time, t_RecordTime before) { return before - time > days(1); }
+
 void ReportFailures(C_SyncThread& sync) {
   for (const C_SyncThread::S_Failure& failure : sync.TakeFailures())
     ReportError(fmt::format("{}: may be incomplete: {}; {}", failure.file, std::strerror(failure.error),
@@ -180,13 +183,12 @@ void C_Recorder::Pass(std::span<const unsigned char> bytes, std::uint64_t ready,
       writeTo(border.at);
       Close(when);
     }
-    if (border.time) m_dataTime = border.time;
+    if (border.time && (*border.time > *m_dataTime || IsStepBack(*border.time, *m_dataTime))) m_dataTime = border.time;
   }
   writeTo(ready);
   if (m_overdue > kMaxOverdue) Close(when);
 }
 
-// By the time of the stream, the way back counts only when it is longer than frames can be late.
 bool C_Recorder::IsCutDue(const S_Border& border) const {
   if (m_file == nullptr && border.at == m_position) return false;
   if (m_isCutWanted) return true;
@@ -195,7 +197,7 @@ bool C_Recorder::IsCutDue(const S_Border& border) const {
   if (!border.time || m_options.every.count() == 0) return false;
   const t_RecordTime span = SpanBegin(*border.time, m_options.every);
   const t_RecordTime current = m_file != nullptr ? m_span : SpanBegin(*m_dataTime, m_options.every);
-  return span > current || current - span > days(1);
+  return span > current || IsStepBack(span, current);
 }
 
 bool C_Recorder::IsTooLarge() const { return m_options.maxSize > 0 && m_file->Size() >= m_options.maxSize; }
