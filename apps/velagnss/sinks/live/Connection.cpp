@@ -59,11 +59,12 @@ void C_Connection::CheckProgress(t_Clock::time_point now) {
 }
 
 void C_Connection::Read() {
-  m_stream.async_read_some(asio::buffer(m_dropped), [self = shared_from_this()](const asio::error_code& error, std::size_t) {
-    if (self->m_hasEnded) return;
-    if (!error) return self->Read();
-    self->End(error == asio::error::eof ? "closed by the other side" : error.message());
-  });
+  m_stream.async_read_some(asio::buffer(m_dropped),
+                           [self = shared_from_this()](const asio::error_code& error, std::size_t) {
+                             if (self->m_hasEnded) return;
+                             if (!error) return self->Read();
+                             self->End(error == asio::error::eof ? "closed by the other side" : error.message());
+                           });
 }
 
 void C_Connection::Write() {
@@ -79,9 +80,9 @@ void C_Connection::Write() {
     if (sent > 0) m_lastProgress = t_Clock::now();
     return asio::transfer_all()(error, sent);
   };
-  asio::async_write(m_stream, m_buffers, goOn, [self = shared_from_this()](const asio::error_code& error, std::size_t sent) {
-    self->OnWritten(error, sent);
-  });
+  asio::async_write(
+      m_stream, m_buffers, goOn,
+      [self = shared_from_this()](const asio::error_code& error, std::size_t sent) { self->OnWritten(error, sent); });
 }
 
 // False: there is nothing to send.

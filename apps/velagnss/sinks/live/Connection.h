@@ -14,38 +14,25 @@
 #include <vector>
 
 #include "apps/velagnss/os/FileDescriptor.h"
-#include "apps/velagnss/sinks/live/SendQueue.h"
+#include "apps/velagnss/sinks/live/Outlet.h"
 
 namespace Host {
 
 // A socket or a port. What the other side sends is read and dropped: unread bytes would hide its end, and turn our own
 // into a reset.
-class C_Connection : public std::enable_shared_from_this<C_Connection> {
+class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Connection> {
  public:
-  using t_Clock = C_SendQueue::t_Clock;
-
-  // Called once, in a call of its own, when the connection has ended by itself; not after `Close`.
-  using t_OnEnd = std::function<void(const std::string& why)>;
-
   C_Connection(asio::io_context& context, C_FileDescriptor descriptor, const S_QueueLimits& limits,
                S_SinkCounters& counters, std::shared_ptr<C_SendQueue> queue);
 
-  // `head` is sent before all pieces.
-  void Begin(std::string head, t_OnEnd onEnd);
-
-  // Each write of pieces becomes a chunk (RFC 9112, 7.1), and the end the last one.
+  // Each piece becomes a chunk (RFC 9112, 7.1), and the end the last one.
   void UseChunks() { m_usesChunks = true; }
 
-  void Put(const t_Piece& piece);
-
-  // Sends what waits, then ends.
-  void Finish();
-
-  // At once. What is being sent goes back into the queue.
-  void Close();
-
-  // Ends a connection that has not moved for as long as the limits allow.
-  void CheckProgress(t_Clock::time_point now);
+  void Begin(std::string head, t_OnEnd onEnd) override;
+  void Put(const t_Piece& piece) override;
+  void Finish() override;
+  void Close() override;
+  void CheckProgress(t_Clock::time_point now) override;
 
  private:
   struct S_InFlight {
@@ -69,9 +56,9 @@ class C_Connection : public std::enable_shared_from_this<C_Connection> {
   t_OnEnd m_onEnd;
   std::array<char, 1024> m_dropped;
 
-  std::string m_head;                    // before the first piece
-  std::vector<S_InFlight> m_inFlight;    // of the write that is going on
-  std::deque<std::string> m_lines;       // likewise: the head, lines around chunks
+  std::string m_head;                  // before the first piece
+  std::vector<S_InFlight> m_inFlight;  // of the write that is going on
+  std::deque<std::string> m_lines;     // likewise: the head, lines around chunks
   std::vector<asio::const_buffer> m_buffers;
   t_Clock::time_point m_lastProgress;
   bool m_isWriting = false;

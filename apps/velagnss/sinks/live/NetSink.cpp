@@ -61,7 +61,9 @@ S_SinkTotals C_NetSink::Totals() const {
   return {m_counters.readers, m_counters.accepted, m_counters.units, m_counters.bytes, m_counters.dropped};
 }
 
-void C_NetSink::Say(S_SinkMessage::eWeight weight, const std::string& text) { m_thread.Say(weight, m_name + ": " + text); }
+void C_NetSink::Say(S_SinkMessage::eWeight weight, const std::string& text) {
+  m_thread.Say(weight, m_name + ": " + text);
+}
 
 void C_NetSink::Tick() {
   if (m_isFinished) return;

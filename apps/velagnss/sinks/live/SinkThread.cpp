@@ -17,10 +17,15 @@
 namespace Host {
 namespace {
 
+// That wait for the main thread. Readers that come and go must not fill the memory while it is busy.
+constexpr std::size_t kMostMessages = 1'000;
+
 void Show(const S_SinkMessage& message) {
   switch (message.weight) {
     case S_SinkMessage::eWeight::Detail:
       return ReportDetail(message.text);
+    case S_SinkMessage::eWeight::Notice:
+      return ReportNotice(message.text);
     case S_SinkMessage::eWeight::Warning:
       return ReportWarning(message.text);
     case S_SinkMessage::eWeight::Error:
@@ -46,7 +51,8 @@ class C_SignalsBlocked {
 
 }  // namespace
 
-C_SinkThread::C_SinkThread() : m_work(asio::make_work_guard(m_context)), m_event(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+C_SinkThread::C_SinkThread()
+    : m_work(asio::make_work_guard(m_context)), m_event(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   const C_SignalsBlocked blocked;
   m_thread = std::thread([this] { m_context.run(); });
 }
@@ -63,7 +69,7 @@ void C_SinkThread::Stop() {
 void C_SinkThread::Say(S_SinkMessage::eWeight weight, std::string text) {
   {
     const std::lock_guard lock(m_mutex);
-    m_messages.push_back({weight, std::move(text)});
+    if (m_messages.size() < kMostMessages) m_messages.push_back({weight, std::move(text)});
   }
   Wake();
 }

@@ -16,7 +16,7 @@ namespace Host {
 
 // A message for the user, which only the main thread may show.
 struct S_SinkMessage {
-  enum class eWeight { Detail, Warning, Error };
+  enum class eWeight { Detail, Notice, Warning, Error };
   eWeight weight;
   std::string text;
 };
