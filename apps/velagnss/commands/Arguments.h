@@ -43,6 +43,12 @@ std::optional<C_GnssTime> ParseSeed(std::string_view text);
 // name is unknown.
 std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::string_view list, bool acknowledgements);
 
+// The inputs of a command, and how live ones are read.
+void DeclareInputs(CLI::App& app, S_InputOptions& input);
+
+// Reports that `command` cannot read several live sources at once, and returns true, when it is to.
+bool HasTooManyLive(std::string_view command, const S_InputOptions& input);
+
 // The arguments of every command that reads streams.
 struct S_StreamArguments {
   S_InputOptions input;
@@ -74,6 +80,9 @@ void ReportIgnoredPeriod(const C_MessageFilter& filter);
 
 // How the arguments, which have been checked, want streams to be read.
 S_RunOptions RunOptions(const S_StreamArguments& stream);
+
+// The option --to of commands that hand streams on (relay/Destinations.h).
+void DeclareDestinations(CLI::App& app, std::vector<std::string>& destinations);
 
 // The option -o.
 void DeclareOutput(CLI::App& app, std::string& output);

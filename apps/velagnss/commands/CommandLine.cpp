@@ -17,6 +17,7 @@
 #include "apps/velagnss/commands/ExtractCommand.h"
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
+#include "apps/velagnss/commands/RelayCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -26,7 +27,7 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kExtractCommand, &kEncodeCommand, &kGeoCommand,
+    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kExtractCommand, &kEncodeCommand, &kGeoCommand, &kRelayCommand,
 };
 
 constexpr char kDescription[] =

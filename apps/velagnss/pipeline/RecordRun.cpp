@@ -4,22 +4,23 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 
-C_RecordRun::C_RecordRun(const S_RunOptions& options, std::initializer_list<C_RecordConsumer*> consumers)
-    : m_consumers(consumers),
+C_RecordRun::C_RecordRun(const S_RunOptions& options, std::vector<C_RecordConsumer*> consumers)
+    : m_consumers(std::move(consumers)),
       m_needsRecords(options.selection.Window().IsSet() ||
-                     std::any_of(consumers.begin(), consumers.end(), [](auto* c) { return c->NeedsRecords(); })),
+                     std::any_of(m_consumers.begin(), m_consumers.end(), [](auto* c) { return c->NeedsRecords(); })),
       m_selection(options.selection),
       m_selectsAll(options.selection.IsEverything()) {
   m_reader.DisableProtocol(C_RawDataMessage::eAllProtocols);
   for (const C_RawDataMessage::eProtocols protocol : options.search) m_reader.EnableProtocol(protocol);
   m_reader.AcceptUnlisted(options.acceptsUnlisted);
-  m_reader.ReportEvents(std::any_of(consumers.begin(), consumers.end(), [](auto* c) { return c->NeedsEvents(); }));
+  m_reader.ReportEvents(std::any_of(m_consumers.begin(), m_consumers.end(), [](auto* c) { return c->NeedsEvents(); }));
   m_decoder.KeepTimeDigits(velagnss::TimeDigits::All);
   if (options.firstDay) m_decoder.AssumeFirstDay(*options.firstDay);
   if (options.seed) m_decoder.SeedTime(*options.seed);
@@ -41,8 +42,23 @@ void C_RecordRun::SelectActive() {
 }
 
 void C_RecordRun::Feed(const S_Chunk& chunk) {
+  for (C_RecordConsumer* consumer : m_active)
+    consumer->OnBytes(chunk.bytes, chunk.isLive ? t_Arrival(chunk.arrival) : std::nullopt);
   m_reader.Feed(chunk.bytes.data(), chunk.bytes.size());
   Pump();
+}
+
+// Bytes that wait for those after them may be a false start that holds frames back: when no more are to be expected
+// soon, they are searched as at the end of a file.
+void C_RecordRun::GiveUpWaiting() {
+  if (m_reader.BytesQueued() == 0) return;
+  m_reader.Finish();
+  Pump();
+}
+
+void C_RecordRun::OnLink(const S_LinkChange& change) {
+  GiveUpWaiting();
+  for (C_RecordConsumer* consumer : m_active) consumer->OnLink(change);
 }
 
 // After `-n` frames the rest of the queue is left alone: no consumer wants its frames.

@@ -3,7 +3,6 @@
 #define VELAGNSS_APPS_RECORD_RUN_H
 
 #include <cstdint>
-#include <initializer_list>
 #include <optional>
 #include <vector>
 
@@ -28,13 +27,15 @@ struct S_RunOptions {
 class C_RecordRun : public C_StreamJob {
  public:
   // The consumers must outlive the run.
-  C_RecordRun(const S_RunOptions& options, std::initializer_list<C_RecordConsumer*> consumers);
+  C_RecordRun(const S_RunOptions& options, std::vector<C_RecordConsumer*> consumers);
 
   void BeginInput(const std::string& name) override;
   void Feed(const S_Chunk& chunk) override;
   void EndInput() override;
   bool WantsMore() const override;  // as long as one of the consumers does
   void BeforeWait() override;
+  void OnQuiet() override { GiveUpWaiting(); }
+  void OnLink(const S_LinkChange& change) override;
   void Finish() override;
 
   // The worst verdict of the consumers.
@@ -47,6 +48,7 @@ class C_RecordRun : public C_StreamJob {
 
  private:
   void Pump();
+  void GiveUpWaiting();
   void Take(const velagnss::Frame& frame);
   bool Select(const velagnss::Frame& frame);
   void ReportSelection() const;

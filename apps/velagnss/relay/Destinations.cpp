@@ -43,8 +43,8 @@ std::string C_Destinations::ReadOne(const std::string& text, const S_RelaySource
   if (std::string error = CheckDestination(where); !error.empty()) return error;
   const bool canBeRaw = source.isOne && !source.isSelected;
   if (units == eUnits::Raw && !canBeRaw)
-    return fmt::format("raw: {}; write frames instead", source.isOne ? "holds everything, and so does not go with a filter"
-                                                                     : "is for one source");
+    return fmt::format("raw: {}; write frames instead",
+                       source.isOne ? "holds everything, and so does not go with a filter" : "is for one source");
   if (!units) units = canBeRaw && !IsNtrip(where) ? eUnits::Raw : eUnits::Frames;
   m_destinations.push_back({*units, where, nullptr});
   return {};
@@ -57,14 +57,12 @@ std::vector<std::string> C_Destinations::Files() const {
   return files;
 }
 
-bool C_Destinations::Open(const C_MessageFilter& filter, bool namesInput) {
+bool C_Destinations::Open() {
   m_thread = std::make_unique<C_SinkThread>();
   m_casters = std::make_unique<C_Casters>(*m_thread);
   for (S_Destination& destination : m_destinations) {
     destination.sink = MakeSink(destination.where, m_canWait, *m_thread, *m_casters);
     if (!destination.sink->Open()) return false;
-    std::unique_ptr<C_UnitMaker>& maker = m_makers[destination.units];
-    if (maker == nullptr) maker = MakeUnits(destination.units, filter, namesInput);
   }
   return true;
 }
@@ -78,34 +76,24 @@ bool C_Destinations::WaitForClients(std::uint64_t count) {
   return m_thread->WaitFor(haveCome, t_Clock::time_point::max());
 }
 
-std::vector<C_RecordConsumer*> C_Destinations::Consumers() const {
-  std::vector<C_RecordConsumer*> consumers;
-  for (const auto& [units, maker] : m_makers)
-    if (maker->Consumer() != nullptr) consumers.push_back(maker->Consumer());
-  return consumers;
+std::set<eUnits> C_Destinations::Units() const {
+  std::set<eUnits> units;
+  for (const S_Destination& destination : m_destinations) units.insert(destination.units);
+  return units;
 }
 
-void C_Destinations::OnBytes(std::span<const unsigned char> bytes) {
-  for (const auto& [units, maker] : m_makers) maker->OnBytes(bytes);
+void C_Destinations::Put(eUnits units, const t_Piece& piece) {
+  for (const S_Destination& destination : m_destinations)
+    if (destination.units == units) destination.sink->Put(piece);
 }
 
-void C_Destinations::Flush(std::size_t size) {
-  for (const auto& [units, maker] : m_makers) {
-    const t_Piece piece = maker->Size() >= size ? maker->Take() : nullptr;
-    if (piece == nullptr) continue;
-    for (const S_Destination& destination : m_destinations)
-      if (destination.units == units) destination.sink->Put(piece);
-  }
-  m_thread->ShowMessages();
-  if (m_canWait) WaitForRoom();
-}
-
-void C_Destinations::WaitForRoom() {
+void C_Destinations::Settle() {
   const auto hasRoom = [this] {
     return std::none_of(m_destinations.begin(), m_destinations.end(),
                         [](const S_Destination& destination) { return destination.sink->IsFull(); });
   };
-  if (SignalReceived() == 0) m_thread->WaitFor(hasRoom, t_Clock::time_point::max());
+  if (SignalReceived() == 0 && !hasRoom()) m_thread->WaitFor(hasRoom, t_Clock::time_point::max());
+  m_thread->ShowMessages();
 }
 
 bool C_Destinations::WantsMore() const {
@@ -125,12 +113,12 @@ std::uint64_t C_Destinations::BytesSent() const {
 }
 
 void C_Destinations::Finish() {
-  Flush();
   for (const S_Destination& destination : m_destinations) destination.sink->Finish();
   const auto areFinished = [this] { return AreFinished(); };
   for (std::uint64_t before = BytesSent(); !m_isComplete; before = BytesSent()) {
     const bool isSignaled = SignalReceived() != 0;
-    m_isComplete = m_thread->WaitFor(areFinished, t_Clock::now() + (isSignaled ? kFinishAfterSignal : kFinishWithoutProgress));
+    m_isComplete =
+        m_thread->WaitFor(areFinished, t_Clock::now() + (isSignaled ? kFinishAfterSignal : kFinishWithoutProgress));
     const bool mayGoOn = SignalReceived() == 0 ? BytesSent() > before : !isSignaled;
     if (!mayGoOn) break;
   }
@@ -157,7 +145,5 @@ eExitCode C_Destinations::Judge() const {
   }
   return code;
 }
-
-int C_Destinations::Descriptor() const { return m_thread == nullptr ? -1 : m_thread->Descriptor(); }
 
 }  // namespace Host

@@ -2,13 +2,13 @@
 #ifndef VELAGNSS_APPS_DESTINATIONS_H
 #define VELAGNSS_APPS_DESTINATIONS_H
 
-#include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "apps/velagnss/input/Inputs.h"
-#include "apps/velagnss/relay/Units.h"
+#include "apps/velagnss/relay/UnitMaker.h"
 #include "apps/velagnss/sinks/live/Sinks.h"
 
 namespace Host {
@@ -22,8 +22,8 @@ struct S_RelaySource {
 
 //   C_Destinations destinations;
 //   if (std::string error = destinations.Read(texts, source); !error.empty()) ...
-//   if (!destinations.Open(filter)) return eExitOutput;
-//   ... a run that feeds `Consumers`, and `OnBytes`; `Flush` now and then ...
+//   if (!destinations.Open()) return eExitOutput;
+//   ... C_RelayJob (RelayJob.h) for each source ...
 //   destinations.Finish();
 class C_Destinations {
  public:
@@ -40,18 +40,19 @@ class C_Destinations {
   std::vector<std::string> Files() const;
 
   // False, reported, when one of them can never take anything.
-  bool Open(const C_MessageFilter& filter, bool namesInput);
+  bool Open();
 
   // Waits until this many clients have come. False after a signal.
   bool WaitForClients(std::uint64_t count);
 
-  // What makes the units of frames.
-  std::vector<C_RecordConsumer*> Consumers() const;
+  // What the destinations want.
+  std::set<eUnits> Units() const;
 
-  void OnBytes(std::span<const unsigned char> bytes);
+  // Hands `piece` to those that want such units.
+  void Put(eUnits units, const t_Piece& piece);
 
-  // Hands on what there is, if it is at least `size` bytes, and shows messages.
-  void Flush(std::size_t size = 1);
+  // Shows messages. Where the source can wait, waits until no destination is full.
+  void Settle();
 
   // Whether one can still take something.
   bool WantsMore() const;
@@ -63,9 +64,6 @@ class C_Destinations {
   // After `Finish`: eExitOutput, reported, when something was lost that should not have been.
   eExitCode Judge() const;
 
-  // Becomes readable when `Flush` has messages to show; -1 before `Open`.
-  int Descriptor() const;
-
  private:
   struct S_Destination {
     eUnits units;
@@ -74,7 +72,6 @@ class C_Destinations {
   };
 
   std::string ReadOne(const std::string& text, const S_RelaySource& source);
-  void WaitForRoom();
   bool AreFinished() const;
   std::uint64_t BytesSent() const;
   void ReportTotals() const;
@@ -83,7 +80,6 @@ class C_Destinations {
   std::unique_ptr<C_SinkThread> m_thread;  // from `Open` on
   std::unique_ptr<C_Casters> m_casters;
   std::vector<S_Destination> m_destinations;
-  std::map<eUnits, std::unique_ptr<C_UnitMaker>> m_makers;
   bool m_isComplete = false;  // everything has been sent
 };
 

@@ -46,10 +46,10 @@ void WaitForReader(int descriptor) {
 }  // namespace
 
 // Standard output is duplicated: closing the duplicate reports a late loss and leaves the descriptor to the C library.
-bool C_Output::Open(const std::string& name, eContents contents) {
+bool C_Output::Open(const std::string& name, eWriting writing) {
   const bool isStandardOutput = name == "-";
   m_name = isStandardOutput ? "standard output" : name;
-  m_descriptor = isStandardOutput ? C_FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) : OpenFile(name, contents);
+  m_descriptor = isStandardOutput ? C_FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) : OpenFile(name, writing);
   if (m_descriptor.IsOpen()) {
     m_isTerminal = ::isatty(m_descriptor.Get()) == 1;
     m_state = eState::Good;
@@ -59,10 +59,10 @@ bool C_Output::Open(const std::string& name, eContents contents) {
   return false;
 }
 
-C_FileDescriptor C_Output::OpenFile(const std::string& name, eContents contents) {
-  if (contents == eContents::AtEnd && C_FileReplacement::CanReplace(name)) {
+C_FileDescriptor C_Output::OpenFile(const std::string& name, eWriting writing) {
+  if (writing == eWriting::Replacement && C_FileReplacement::CanReplace(name)) {
     m_replacement = std::make_unique<C_FileReplacement>();
-    if (C_FileDescriptor descriptor = m_replacement->Begin(name); descriptor.IsOpen()) return descriptor;
+    if (C_FileDescriptor contents = m_replacement->Begin(name); contents.IsOpen()) return contents;
     m_replacement.reset();
   }
   return C_FileDescriptor(::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));

@@ -18,16 +18,14 @@ namespace Host {
 // nothing and returns false. The failure has been reported to the user by then, unless the reader of a pipe went away.
 class C_Output {
  public:
-  // When a regular file gets what is written.
-  enum class eContents {
-    AtEnd,   // with `Close`: all of it or nothing
-    AtOnce,  // for what has no end
-  };
-
   // "-" is standard output. A regular file keeps its contents until `Close` replaces them, and a new file appears then:
   // without `Close` and after a failure nothing has changed. Anything else, such as a device or a pipe, is written to
   // directly, and so is a file in a directory where none can be created. False, reported, when it cannot be written.
-  bool Open(const std::string& name, eContents contents = eContents::AtEnd);
+  bool Open(const std::string& name) { return Open(name, eWriting::Replacement); }
+
+  // How a regular file gets its contents: all at once, or as they come.
+  enum class eWriting { Replacement, Direct };
+  bool Open(const std::string& name, eWriting writing);
 
   // Compresses everything from here on, gzip. Called after `Open`, before the first byte.
   void Compress();
@@ -52,7 +50,7 @@ class C_Output {
  private:
   enum class eState { Good, ReaderLeft, Failed };
 
-  C_FileDescriptor OpenFile(const std::string& name, eContents contents);
+  C_FileDescriptor OpenFile(const std::string& name, eWriting writing);
   bool WriteBytes(std::string_view bytes);
   bool Fail(int error);
 

@@ -13,10 +13,10 @@ namespace Host {
 // Written to by the main thread. A full disk ends this destination, and the others go on.
 class C_FileSink : public C_Sink {
  public:
-  C_FileSink(std::string name, C_Output::eContents contents) : m_name(std::move(name)), m_contents(contents) {}
+  C_FileSink(std::string name, C_Output::eWriting writing) : m_name(std::move(name)), m_writing(writing) {}
 
   const std::string& Name() const override { return m_name; }
-  bool Open() override { return m_output.Open(m_name, m_contents); }
+  bool Open() override { return m_output.Open(m_name, m_writing); }
   void Put(const t_Piece& piece) override;
   bool HasEnded() const override { return m_output.HasFailed(); }
   void Finish() override { m_output.Close(); }
@@ -26,7 +26,7 @@ class C_FileSink : public C_Sink {
 
  private:
   std::string m_name;
-  C_Output::eContents m_contents;
+  C_Output::eWriting m_writing;
   C_Output m_output;
   S_SinkTotals m_totals;
 };

@@ -50,7 +50,7 @@ unsigned int ModeOf(const S_Address& address) {
 }
 
 bool C_ListenSink::Prepare() {
-  const bool isUnix = m_address.scheme == kUnixListenSink.scheme;
+  const bool isUnix = m_address.scheme == kUnixListenSink.form.scheme;
   const std::string error = isUnix ? m_listener.ListenUnix(m_address.path, ModeOf(m_address))
                                    : m_listener.ListenTcp(m_address.host, m_address.port);
   if (!error.empty()) ReportError(Name() + ": " + error);
@@ -85,35 +85,27 @@ void C_ListenSink::BeginFinish() {
   if (m_readers.IsEmpty()) NoteFinished();
 }
 
-constexpr S_SinkOption kTcpOptions[] = {
-    {"clients", &IsNumber<1, 100'000>},
-    {"per-address", &IsNumber<1, 100'000>},
-};
-
-std::string CheckMode(const std::string& value) {
-  const bool isOctal = value.size() == 3 && value.find_first_not_of("01234567") == std::string::npos;
-  return isOctal ? std::string() : "must be three octal digits, such as 660";
+bool IsMode(const std::string& value) {
+  return value.size() == 3 && value.find_first_not_of("01234567") == std::string::npos;
 }
 
-constexpr S_SinkOption kUnixOptions[] = {
-    {"clients", &IsNumber<1, 100'000>},
-    {"mode", &CheckMode},
-};
-
-std::unique_ptr<C_NetSink> Make(const S_SinkMaking& making) { return std::make_unique<C_ListenSink>(making); }
+constexpr S_AddressOption kClients = {"clients", "a number from 1 to 100000", &IsNumber<1, 100'000>};
+constexpr auto kTcpOptions =
+    WithQueueOptions({kClients, {"per-address", "a number from 1 to 100000", &IsNumber<1, 100'000>}});
+constexpr auto kUnixOptions = WithQueueOptions({kClients, {"mode", "three octal digits, such as 660", &IsMode}});
 
 }  // namespace
 
-const S_SinkKind kTcpListenSink = {.scheme = "tcp-listen",
-                                   .form = "tcp-listen://:PORT or tcp-listen://ADDRESS:PORT",
-                                   .host = ePart::Optional,
-                                   .port = ePart::Required,
-                                   .options = kTcpOptions,
-                                   .make = &Make};
-const S_SinkKind kUnixListenSink = {.scheme = "unix-listen",
-                                    .form = "unix-listen:///PATH",
-                                    .path = ePart::Required,
-                                    .options = kUnixOptions,
-                                    .make = &Make};
+using eNeed = S_AddressForm::eNeed;
+
+const S_SinkKind kTcpListenSink = {{.scheme = "tcp-listen",
+                                    .example = "tcp-listen://:PORT or tcp-listen://ADDRESS:PORT",
+                                    .host = eNeed::Maybe,
+                                    .port = eNeed::Must,
+                                    .options = kTcpOptions},
+                                   &MakeSinkOf<C_ListenSink>};
+const S_SinkKind kUnixListenSink = {
+    {.scheme = "unix-listen", .example = "unix-listen:///PATH", .path = eNeed::Must, .options = kUnixOptions},
+    &MakeSinkOf<C_ListenSink>};
 
 }  // namespace Host

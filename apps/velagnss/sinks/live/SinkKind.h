@@ -2,12 +2,13 @@
 #ifndef VELAGNSS_APPS_SINK_KIND_H
 #define VELAGNSS_APPS_SINK_KIND_H
 
+#include <algorithm>
+#include <array>
+#include <iterator>
 #include <memory>
-#include <span>
 #include <string>
-#include <string_view>
 
-#include "apps/velagnss/net/Address.h"
+#include "apps/velagnss/net/AddressForm.h"
 #include "apps/velagnss/sinks/live/NetSink.h"
 
 namespace Host {
@@ -22,34 +23,43 @@ struct S_SinkMaking {
   C_Casters& casters;
 };
 
-// What may follow the '?' of an address: "ttl=4".
-struct S_SinkOption {
-  std::string_view name;
-  std::string (*check)(const std::string& value);  // what is wrong with a value, after its name; or empty
-};
-
-enum class ePart { None, Optional, Required };
-
 struct S_SinkKind {
-  std::string_view scheme;
-  std::string_view form;  // how it is written
-  ePart account = ePart::None;
-  ePart host = ePart::None;
-  ePart port = ePart::None;
-  ePart path = ePart::None;
-  std::span<const S_SinkOption> options = {};                // but those of the queue
-  std::string (*check)(const S_Address& address) = nullptr;  // what the rest of the row cannot say
+  S_AddressForm form;
   std::unique_ptr<C_NetSink> (*make)(const S_SinkMaking& making);
 };
+
+// `make` of a sink that is made of these alone.
+template <class Sink>
+std::unique_ptr<C_NetSink> MakeSinkOf(const S_SinkMaking& making) {
+  return std::make_unique<Sink>(making);
+}
 
 // The number of an option that has been checked; `preset` when it is not given.
 std::size_t NumberOption(const S_Address& address, const std::string& name, std::size_t preset);
 
 // A check for an option: a whole number from `Least` to `Most`.
-std::string CheckRange(const std::string& value, std::size_t least, std::size_t most);
+bool IsBetween(const std::string& value, std::size_t least, std::size_t most);
 template <std::size_t Least, std::size_t Most>
-std::string IsNumber(const std::string& value) {
-  return CheckRange(value, Least, Most);
+bool IsNumber(const std::string& value) {
+  return IsBetween(value, Least, Most);
+}
+
+// The options that every address takes, for what waits for a reader.
+bool IsPolicy(const std::string& value);
+inline constexpr std::array kQueueOptions = {
+    S_AddressOption{"policy", "drop, close or wait", &IsPolicy},
+    S_AddressOption{"queue", "a number of bytes from 1 to 1073741824", &IsNumber<1, std::size_t{1} << 30>},
+    S_AddressOption{"age", "a number of seconds from 1 to 3600", &IsNumber<1, 3'600>},
+    S_AddressOption{"stall", "a number of seconds from 1 to 3600", &IsNumber<1, 3'600>},
+};
+
+// These, and the options of one kind.
+template <std::size_t Count>
+constexpr auto WithQueueOptions(const S_AddressOption (&options)[Count]) {
+  std::array<S_AddressOption, Count + kQueueOptions.size()> all{};
+  std::copy(std::begin(options), std::end(options), all.begin());
+  std::copy(kQueueOptions.begin(), kQueueOptions.end(), all.begin() + Count);
+  return all;
 }
 
 }  // namespace Host

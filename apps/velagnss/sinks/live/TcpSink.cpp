@@ -29,7 +29,11 @@ std::unique_ptr<C_NetSink> Make(const S_SinkMaking& making) {
 
 }  // namespace
 
-const S_SinkKind kTcpSink = {
-    .scheme = "tcp", .form = "tcp://HOST:PORT", .host = ePart::Required, .port = ePart::Required, .make = &Make};
+const S_SinkKind kTcpSink = {{.scheme = "tcp",
+                              .example = "tcp://HOST:PORT",
+                              .host = S_AddressForm::eNeed::Must,
+                              .port = S_AddressForm::eNeed::Must,
+                              .options = kQueueOptions},
+                             &Make};
 
 }  // namespace Host

@@ -1,4 +1,4 @@
-#include "apps/velagnss/relay/Units.h"
+#include "apps/velagnss/relay/UnitMaker.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,8 +13,9 @@ namespace {
 // A raw stream has no borders of its own, and a datagram of this size passes every Ethernet in one packet.
 constexpr std::size_t kRawUnit = 1'400;
 
-class C_PieceMaker : public C_UnitMaker {
+class C_PieceMaker : public C_UnitMaker, public C_RecordConsumer {
  public:
+  C_RecordConsumer& Consumer() override { return *this; }
   std::size_t Size() const override { return m_piece.bytes.size(); }
   t_Piece Take() override {
     if (m_piece.ends.empty()) return nullptr;
@@ -27,7 +28,9 @@ class C_PieceMaker : public C_UnitMaker {
 
 class C_RawUnits : public C_PieceMaker {
  public:
-  void OnBytes(std::span<const unsigned char> bytes) override {
+  bool NeedsRecords() const override { return false; }
+  void OnFrame(const S_FrameRecord&) override {}
+  void OnBytes(std::span<const unsigned char> bytes, t_Arrival) override {
     while (!bytes.empty()) {
       const auto unit = bytes.first(std::min(bytes.size(), kRawUnit));
       m_piece.bytes.append(reinterpret_cast<const char*>(unit.data()), unit.size());
@@ -37,11 +40,10 @@ class C_RawUnits : public C_PieceMaker {
   }
 };
 
-class C_FrameUnits : public C_PieceMaker, public C_RecordConsumer {
+class C_FrameUnits : public C_PieceMaker {
  public:
   explicit C_FrameUnits(const C_MessageFilter& filter) : m_filter(filter) {}
 
-  C_RecordConsumer* Consumer() override { return this; }
   bool NeedsRecords() const override { return m_filter.UsesTime(); }
   void BeginInput(const std::string&) override { m_filter.Restart(); }
   void OnFrame(const S_FrameRecord& record) override {
@@ -58,7 +60,7 @@ class C_JsonUnits : public C_UnitMaker {
  public:
   explicit C_JsonUnits(const S_JsonLinesOptions& options) : m_lines(options) {}
 
-  C_RecordConsumer* Consumer() override { return &m_lines; }
+  C_RecordConsumer& Consumer() override { return m_lines; }
   std::size_t Size() const override { return m_lines.Text().Text().size(); }
   t_Piece Take() override;
 

@@ -1,10 +1,9 @@
 // What a stream is handed on as, unit by unit.
-#ifndef VELAGNSS_APPS_UNITS_H
-#define VELAGNSS_APPS_UNITS_H
+#ifndef VELAGNSS_APPS_UNIT_MAKER_H
+#define VELAGNSS_APPS_UNIT_MAKER_H
 
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -21,7 +20,7 @@ enum class eUnits {
   Epochs,  // a line for each epoch
 };
 
-// The names that `--to` takes, and what they mean, for the help.
+// The names that `--to` takes.
 std::string UnitNames();
 std::optional<eUnits> FindUnits(std::string_view name);
 
@@ -29,11 +28,8 @@ class C_UnitMaker {
  public:
   virtual ~C_UnitMaker() = default;
 
-  // What makes the units of frames; null when they are made of bytes alone.
-  virtual C_RecordConsumer* Consumer() { return nullptr; }
-
-  // Bytes of the stream, before the frames that they complete.
-  virtual void OnBytes(std::span<const unsigned char>) {}
+  // What makes the units.
+  virtual C_RecordConsumer& Consumer() = 0;
 
   // How many bytes of units there are.
   virtual std::size_t Size() const = 0;
@@ -47,4 +43,4 @@ std::unique_ptr<C_UnitMaker> MakeUnits(eUnits units, const C_MessageFilter& filt
 
 }  // namespace Host
 
-#endif  // VELAGNSS_APPS_UNITS_H
+#endif  // VELAGNSS_APPS_UNIT_MAKER_H
