@@ -25,8 +25,8 @@ struct S_LinkFailure {
     Final,    // trying again is of no use
   };
   eKind kind;
-  std::string text;                                // "connection refused"; no name, no password
-  std::optional<std::chrono::seconds> retryAfter;  // what the other side asked for
+  std::string text;                                     // "connection refused"; no name, no password
+  std::optional<std::chrono::seconds> retryAfter = {};  // what the other side asked for
 
   static S_LinkFailure Lost(std::string text) { return {eKind::Lost, std::move(text), {}}; }
   static S_LinkFailure Final(std::string text) { return {eKind::Final, std::move(text), {}}; }
@@ -40,7 +40,7 @@ struct S_RetryRules {
   std::chrono::milliseconds firstRefused{10'000};  // after `Refused`
   std::chrono::milliseconds longestRefused{600'000};
   std::chrono::milliseconds goodAfter{5'000};
-  std::optional<std::chrono::milliseconds> idleTimeout;  // without a byte, unless the user chose another
+  std::optional<std::chrono::milliseconds> idleTimeout = {};  // without a byte, unless the user chose another
 };
 
 // Used by one thread. All waits are those of the C_Await that it is made with.
