@@ -18,6 +18,11 @@ namespace Host {
 // The outcome of a try to connect.
 struct S_Dialed {
   C_FileDescriptor descriptor = {};
+  std::string peer = {};  // what the other end is, for messages; may be empty
+  bool isDatagram = false;
+  bool usesChunks = false;
+  std::optional<S_LinkFailure> failure = {};  // then there is nothing else
+};
   std::string peer;  // what the other end is, for messages; may be empty
   bool isDatagram = false;
   bool usesChunks = false;

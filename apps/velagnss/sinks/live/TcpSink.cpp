@@ -1,5 +1,6 @@
 #include "apps/velagnss/sinks/live/TcpSink.h"
 
+#include "apps/velagnss/net/Resolve.h"
 #include "apps/velagnss/net/TcpSocket.h"
 #include "apps/velagnss/sinks/live/OutgoingSink.h"
 
