@@ -51,6 +51,7 @@ S_RelaySource C_RelayCommand::Source() const {
                       m_stream.listedOnly || !m_stream.selection.IsEverything();
   source.isOne = m_stream.input.names.size() <= 1;
   source.isLive = CountLive(m_stream.input) > 0;
+  source.credentials = m_stream.input.live.credentials;
   return source;
 }
 

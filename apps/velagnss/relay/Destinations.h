@@ -18,6 +18,7 @@ struct S_RelaySource {
   bool isSelected = false;  // something of it is left out
   bool isOne = true;        // rather than several at once
   bool isLive = false;      // it cannot wait
+  std::string credentials = {};  // for casters; the name of a file
 };
 
 //   C_Destinations destinations;
@@ -77,6 +78,7 @@ class C_Destinations {
   void ReportTotals() const;
 
   bool m_canWait = false;
+  std::string m_credentials;
   std::unique_ptr<C_SinkThread> m_thread;  // from `Open` on
   std::unique_ptr<C_Casters> m_casters;
   std::vector<S_Destination> m_destinations;

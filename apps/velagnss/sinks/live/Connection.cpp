@@ -1,6 +1,7 @@
 #include "apps/velagnss/sinks/live/Connection.h"
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -9,6 +10,8 @@
 #include <asio/post.hpp>
 #include <asio/write.hpp>
 #include <utility>
+
+#include "apps/velagnss/os/SerialPort.h"
 
 namespace Host {
 namespace {
@@ -53,6 +56,7 @@ void C_Connection::Close() {
 
 void C_Connection::CheckProgress(t_Clock::time_point now) {
   const auto idle = now - m_lastProgress;
+  if (m_isShutDown && m_isPort) EndPort();
   if (m_isShutDown && idle > kLinger) return End("closed");
   if (m_isWriting && idle > m_limits.stall)
     End(fmt::format("has taken nothing for {} s", std::chrono::ceil<std::chrono::seconds>(m_limits.stall).count()));
@@ -63,7 +67,8 @@ void C_Connection::Read() {
                            [self = shared_from_this()](const asio::error_code& error, std::size_t) {
                              if (self->m_hasEnded) return;
                              if (!error) return self->Read();
-                             self->End(error == asio::error::eof ? "closed by the other side" : error.message());
+                             const auto* const atEnd = self->m_isPort ? "the device is gone" : "closed by the other side";
+    self->End(error == asio::error::eof ? atEnd : error.message());
                            });
 }
 
@@ -143,13 +148,21 @@ void C_Connection::EndWriting() {
   }
   m_isShutDown = true;
   m_lastProgress = t_Clock::now();
-  if (::shutdown(m_stream.native_handle(), SHUT_WR) != 0) End("closed");  // a port
+  if (m_isPort) return EndPort();
+  if (::shutdown(m_stream.native_handle(), SHUT_WR) != 0) End("closed");
+}
+
+// A port that is closed drops what the line has not taken yet.
+void C_Connection::EndPort() {
+  int waiting = 0;
+  if (::ioctl(m_stream.native_handle(), TIOCOUTQ, &waiting) != 0 || waiting == 0) End("closed");
 }
 
 // The handlers of what is going on run once more, with an error.
 void C_Connection::End(const std::string& why) {
   if (m_hasEnded) return;
   m_hasEnded = true;
+  if (m_isPort) ReleaseSerialPort(m_stream.native_handle());
   asio::error_code ignored;
   m_stream.close(ignored);
   if (m_onEnd) asio::post(m_stream.get_executor(), [onEnd = std::exchange(m_onEnd, nullptr), why] { onEnd(why); });

@@ -28,6 +28,9 @@ class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Conn
   // Each piece becomes a chunk (RFC 9112, 7.1), and the end the last one.
   void UseChunks() { m_usesChunks = true; }
 
+  // It is a serial port.
+  void UsePort() { m_isPort = true; }
+
   void Begin(std::string head, t_OnEnd onEnd) override;
   void Put(const t_Piece& piece) override;
   void Finish() override;
@@ -47,6 +50,7 @@ class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Conn
   void OnWritten(const asio::error_code& error, std::size_t sent);
   void Account(std::size_t sent);
   void EndWriting();
+  void EndPort();
   void End(const std::string& why);
 
   asio::posix::stream_descriptor m_stream;
@@ -63,6 +67,7 @@ class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Conn
   t_Clock::time_point m_lastProgress;
   bool m_isWriting = false;
   bool m_usesChunks = false;
+  bool m_isPort = false;
   bool m_isFinishing = false;
   bool m_isShutDown = false;
   bool m_hasEnded = false;

@@ -90,9 +90,9 @@ bool IsMode(const std::string& value) {
 }
 
 constexpr S_AddressOption kClients = {"clients", "a number from 1 to 100000", &IsNumber<1, 100'000>};
-constexpr auto kTcpOptions =
-    WithQueueOptions({kClients, {"per-address", "a number from 1 to 100000", &IsNumber<1, 100'000>}});
-constexpr auto kUnixOptions = WithQueueOptions({kClients, {"mode", "three octal digits, such as 660", &IsMode}});
+constexpr S_AddressOption kTcpOptions[] = {kClients,
+                                           {"per-address", "a number from 1 to 100000", &IsNumber<1, 100'000>}};
+constexpr S_AddressOption kUnixOptions[] = {kClients, {"mode", "three octal digits, such as 660", &IsMode}};
 
 }  // namespace
 

@@ -75,12 +75,13 @@ void C_OutgoingSink::ReportFailure(const S_LinkFailure& failure, milliseconds pa
 }
 
 void C_OutgoingSink::Attach(S_Dialed dialed) {
-  if (dialed.isDatagram) {
+  if (dialed.kind == S_Dialed::eKind::Datagrams) {
     m_outlet = std::make_shared<C_DatagramOutlet>(Context(), std::move(dialed.descriptor), Counters(), m_queue);
   } else {
     auto connection =
         std::make_shared<C_Connection>(Context(), std::move(dialed.descriptor), Limits(), Counters(), m_queue);
-    if (dialed.usesChunks) connection->UseChunks();
+    if (dialed.kind == S_Dialed::eKind::Chunks) connection->UseChunks();
+    if (dialed.kind == S_Dialed::eKind::Port) connection->UsePort();
     m_outlet = std::move(connection);
   }
   ++Counters().accepted;

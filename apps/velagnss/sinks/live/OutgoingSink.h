@@ -19,13 +19,8 @@ namespace Host {
 struct S_Dialed {
   C_FileDescriptor descriptor = {};
   std::string peer = {};  // what the other end is, for messages; may be empty
-  bool isDatagram = false;
-  bool usesChunks = false;
-  std::optional<S_LinkFailure> failure = {};  // then there is nothing else
-};
-  std::string peer;  // what the other end is, for messages; may be empty
-  bool isDatagram = false;
-  bool usesChunks = false;
+  enum class eKind { Stream, Chunks, Port, Datagrams };
+  eKind kind = eKind::Stream;
   std::optional<S_LinkFailure> failure = {};  // then there is nothing else
 };
 

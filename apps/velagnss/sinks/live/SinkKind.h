@@ -2,9 +2,6 @@
 #ifndef VELAGNSS_APPS_SINK_KIND_H
 #define VELAGNSS_APPS_SINK_KIND_H
 
-#include <algorithm>
-#include <array>
-#include <iterator>
 #include <memory>
 #include <string>
 
@@ -21,10 +18,11 @@ struct S_SinkMaking {
   const S_QueueLimits& limits;  // of the address, too
   C_SinkThread& thread;
   C_Casters& casters;
+  const std::string& credentials;  // the name of a file; may be empty
 };
 
 struct S_SinkKind {
-  S_AddressForm form;
+  S_AddressForm form;  // its options are those besides policy, queue, age and stall, which all kinds have
   std::unique_ptr<C_NetSink> (*make)(const S_SinkMaking& making);
 };
 
@@ -42,24 +40,6 @@ bool IsBetween(const std::string& value, std::size_t least, std::size_t most);
 template <std::size_t Least, std::size_t Most>
 bool IsNumber(const std::string& value) {
   return IsBetween(value, Least, Most);
-}
-
-// The options that every address takes, for what waits for a reader.
-bool IsPolicy(const std::string& value);
-inline constexpr std::array kQueueOptions = {
-    S_AddressOption{"policy", "drop, close or wait", &IsPolicy},
-    S_AddressOption{"queue", "a number of bytes from 1 to 1073741824", &IsNumber<1, std::size_t{1} << 30>},
-    S_AddressOption{"age", "a number of seconds from 1 to 3600", &IsNumber<1, 3'600>},
-    S_AddressOption{"stall", "a number of seconds from 1 to 3600", &IsNumber<1, 3'600>},
-};
-
-// These, and the options of one kind.
-template <std::size_t Count>
-constexpr auto WithQueueOptions(const S_AddressOption (&options)[Count]) {
-  std::array<S_AddressOption, Count + kQueueOptions.size()> all{};
-  std::copy(std::begin(options), std::end(options), all.begin());
-  std::copy(kQueueOptions.begin(), kQueueOptions.end(), all.begin() + Count);
-  return all;
 }
 
 }  // namespace Host

@@ -20,10 +20,17 @@ bool IsNtrip(const std::string& destination);
 // The addresses that a destination can be, a line each, for the help.
 std::string DestinationForms();
 
-// `destination` has been checked. `canWait`: the sources are files, which are read as fast as the slowest reader takes
-// it, unless the address has another policy. A file keeps its contents until the end then, as with `-o`.
-std::unique_ptr<C_Sink> MakeSink(const std::string& destination, bool canWait, C_SinkThread& thread,
-                                 C_Casters& casters);
+struct S_SinkContext {
+  // The sources are files, which are read as fast as the slowest reader takes it, unless its address has another
+  // policy. A file keeps its contents until the end then, as with `-o`.
+  bool canWait;
+  C_SinkThread& thread;
+  C_Casters& casters;
+  std::string credentials;  // the name of a file; may be empty
+};
+
+// `destination` has been checked.
+std::unique_ptr<C_Sink> MakeSink(const std::string& destination, const S_SinkContext& context);
 
 }  // namespace Host
 

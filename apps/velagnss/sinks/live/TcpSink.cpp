@@ -33,8 +33,7 @@ std::unique_ptr<C_NetSink> Make(const S_SinkMaking& making) {
 const S_SinkKind kTcpSink = {{.scheme = "tcp",
                               .example = "tcp://HOST:PORT",
                               .host = S_AddressForm::eNeed::Must,
-                              .port = S_AddressForm::eNeed::Must,
-                              .options = kQueueOptions},
+                              .port = S_AddressForm::eNeed::Must},
                              &Make};
 
 }  // namespace Host
