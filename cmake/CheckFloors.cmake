@@ -30,6 +30,7 @@ set(rows
   "apps/velagnss/track/"     "${app}(track|epoch|pipeline|os|text)/|public"
   "apps/velagnss/rinex/"     "${app}(rinex|pipeline|os|text)/|public"
   "apps/velagnss/nmea/"      "${app}(nmea|pipeline|os|text)/|public"
+  "apps/velagnss/relay/"     "${app}(relay|json|pipeline|sinks|input|net|os|text)/|public"
   "apps/"                    "apps/|public"  # commands and main
   "examples/"       "public")
 

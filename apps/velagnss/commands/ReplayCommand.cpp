@@ -1,10 +1,12 @@
 #include "apps/velagnss/commands/ReplayCommand.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/input/SourceLoop.h"
 #include "apps/velagnss/record/ReplaySource.h"
+#include "apps/velagnss/relay/RelayJob.h"
 #include "apps/velagnss/sinks/OutputRun.h"
 #include "apps/velagnss/text/Quantities.h"
 
@@ -29,30 +31,20 @@ std::string CheckGap(const std::string& text) {
   return ParseDuration(text) ? "" : "'" + text + "' is not a time, as in 500ms, 10s or 5m";
 }
 
-// Bytes to an output as they come.
-class C_CopyJob : public C_StreamJob {
- public:
-  explicit C_CopyJob(C_Output& output) : m_output(output) {}
-
-  void BeginInput(const std::string&) override {}
-  void Feed(const S_Chunk& chunk) override {
-    m_output.Write({reinterpret_cast<const char*>(chunk.bytes.data()), chunk.bytes.size()});
-  }
-  void EndInput() override {}
-  bool WantsMore() const override { return !m_output.HasFailed(); }
-
- private:
-  C_Output& m_output;
-};
-
 class C_ReplayCommand : public C_Command {
  public:
   void Declare(CLI::App& app) override;
   int Run() override;
 
  private:
+  std::string Objection() const;
+  eExitCode CheckFiles(const C_Destinations& destinations) const;
+  int Replay(C_Destinations& destinations);
+
   S_ReplayOptions m_options;
-  std::string m_output = "-";
+  std::string m_output;
+  std::vector<std::string> m_to;
+  bool m_mayPush = false;
 };
 
 void C_ReplayCommand::Declare(CLI::App& app) {
@@ -60,6 +52,9 @@ void C_ReplayCommand::Declare(CLI::App& app) {
       ->option_text("...")
       ->required();
   DeclareOutput(app, m_output);
+  DeclareDestinations(app, m_to);
+  app.get_option("--to")->required(false);
+  app.add_flag("--allow-push", m_mayPush, "let --to push the replay to a caster, whose readers may take it for live");
   app.add_option_function<std::string>(
          "--speed", [this](const std::string& text) { m_options.speed = ReadSpeed(text); },
          "times as fast as it was recorded, as in 10 or 0.5 (default: 1), or 'max'")
@@ -73,18 +68,44 @@ void C_ReplayCommand::Declare(CLI::App& app) {
   app.add_flag("--loop", m_options.loops, "begin again at the end, for ever");
 }
 
+// Empty when there is none.
+std::string C_ReplayCommand::Objection() const {
+  if (!m_to.empty() && !m_output.empty()) return "-o and --to exclude each other; write raw:FILE after another --to";
+  const auto isPush = [](const std::string& to) { return to.find("ntrip-push") != std::string::npos; };
+  if (!m_mayPush && std::any_of(m_to.begin(), m_to.end(), isPush))
+    return "readers of a caster would take a replay for live data; --allow-push permits it";
+  return {};
+}
+
+eExitCode C_ReplayCommand::CheckFiles(const C_Destinations& destinations) const {
+  S_InputOptions input;
+  input.names = m_options.files;
+  for (const std::string& file : destinations.Files())
+    if (const eExitCode code = CheckOutput(file, input); code != eExitOk) return code;
+  return CanBeOpened(input) ? eExitOk : eExitInput;
+}
+
 int C_ReplayCommand::Run() {
-  C_OutputRun run;
-  S_InputOptions files;
-  files.names = m_options.files;
-  if (const eExitCode code = run.Open(m_output, files); code != eExitOk) return code;
+  if (const std::string objection = Objection(); !objection.empty()) return ReportUsage("replay", objection);
+  if (m_to.empty()) m_to.push_back("raw:" + (m_output.empty() ? "-" : m_output));
+  C_Destinations destinations;
+  S_RelaySource source;
+  source.isLive = m_options.speed.has_value();
+  if (const std::string error = destinations.Read(m_to, source); !error.empty()) return ReportUsage("replay", error);
+  if (const eExitCode code = CheckFiles(destinations); code != eExitOk) return code;
+  return destinations.Open() ? Replay(destinations) : eExitOutput;
+}
+
+int C_ReplayCommand::Replay(C_Destinations& destinations) {
+  S_RelayOptions options{RunOptions({}), {}, false};
+  options.filter.AcceptUnlisted(true);
+  C_RelayJob job(options, destinations);
   C_ReplaySource source(m_options);
-  C_CopyJob job(run.Output());
   const S_SourceAndJob stream = {source, job};
   const bool isGood = C_SourceLoop(kPieceSize).Run({&stream, 1});
-  run.Output().Close();
-  if (run.Output().HasFailed() && !run.Output().HasReaderLeft()) return eExitOutput;
-  return isGood ? eExitOk : eExitInput;
+  job.Finish();
+  destinations.Finish();
+  return std::max(destinations.Judge(), isGood ? eExitOk : eExitInput);
 }
 
 }  // namespace
@@ -95,7 +116,7 @@ const S_CommandEntry kReplayCommand = {
     "The times are those of the index beside a recording, FILE.idx, or else those in the data.\n\n"
     "Examples:\n"
     "  velagnss replay rover_20260501_120000Z.bin | velagnss decode   as it was recorded\n"
-    "  velagnss replay --speed 10 --max-gap 5s -o /dev/pts/3 a.bin    faster, without long pauses\n"
+    "  velagnss replay --speed 10 --max-gap 5s --to tcp-listen://:2947 a.bin    faster, without long pauses\n"
     "  velagnss replay --speed max --loop session.bin | ...           for ever, as fast as it is read\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_ReplayCommand>(); }};
 
