@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/record/FileNames.h"
 
 namespace Host {
@@ -23,7 +24,7 @@ bool C_ReplayReader::OpenNext() {
   m_hasFailed = m_hasFailed || m_isAtEnd;
   m_file->hasIndex = m_file->index.Open(name + std::string(kIndexEnding));
   if (m_file->hasIndex != hadIndex) m_time.reset();  // the times of streams and of arrivals do not compare
-  m_usesDataTime = m_usesDataTime || !m_file->hasIndex;
+  if (!m_file->hasIndex) ReportDetail(name + ": has no index of arrival times; the times in the data are used");
   m_left = 0;
   m_arrival.reset();
   return !m_isAtEnd;

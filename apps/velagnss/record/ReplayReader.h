@@ -37,9 +37,6 @@ class C_ReplayReader {
   // Failed: reported.
   eRead Next(S_ReplayPiece& piece);
 
-  // Whether times are those of the stream, as there is no index for some of the files.
-  bool UsesDataTime() const { return m_usesDataTime; }
-
  private:
   // An input that is unpacked.
   struct S_File {
@@ -64,7 +61,6 @@ class C_ReplayReader {
   std::size_t m_nextFile = 0;
   std::unique_ptr<S_File> m_file;
   bool m_hasFailed = false;
-  bool m_usesDataTime = false;
 
   std::vector<unsigned char> m_buffer;
   std::vector<unsigned char> m_bytes;  // read, not given yet
