@@ -71,7 +71,7 @@ bool C_Destinations::Open() {
 bool C_Destinations::WaitForClients(std::uint64_t count) {
   const auto haveCome = [this, count] {
     std::uint64_t come = 0;
-    for (const S_Destination& destination : m_destinations) come += destination.sink->Totals().accepted;
+    for (const S_SinkTotals& totals : Totals()) come += totals.accepted;
     return come >= count;
   };
   return m_thread->WaitFor(haveCome, t_Clock::time_point::max());
@@ -107,9 +107,15 @@ bool C_Destinations::AreFinished() const {
                      [](const S_Destination& destination) { return destination.sink->IsFinished(); });
 }
 
+std::vector<S_SinkTotals> C_Destinations::Totals() const {
+  std::vector<S_SinkTotals> totals;
+  for (const S_Destination& destination : m_destinations) totals.push_back(destination.sink->Totals());
+  return totals;
+}
+
 std::uint64_t C_Destinations::BytesSent() const {
   std::uint64_t bytes = 0;
-  for (const S_Destination& destination : m_destinations) bytes += destination.sink->Totals().bytes;
+  for (const S_SinkTotals& totals : Totals()) bytes += totals.bytes;
   return bytes;
 }
 

@@ -15,9 +15,9 @@ namespace Host {
 
 // What decides how a stream may be handed on.
 struct S_RelaySource {
-  bool isSelected = false;  // something of it is left out
-  bool isOne = true;        // rather than several at once
-  bool isLive = false;      // it cannot wait
+  bool isSelected = false;       // something of it is left out
+  bool isOne = true;             // rather than several at once
+  bool isLive = false;           // it cannot wait
   std::string credentials = {};  // for casters; the name of a file
 };
 
@@ -61,6 +61,9 @@ class C_Destinations {
   // Sends what waits, ends all connections, and closes the files: within 2 s after a signal, otherwise as long as
   // something moves.
   void Finish();
+
+  // Of each destination.
+  std::vector<S_SinkTotals> Totals() const;
 
   // After `Finish`: eExitOutput, reported, when something was lost that should not have been.
   eExitCode Judge() const;

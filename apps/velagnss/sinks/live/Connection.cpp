@@ -28,8 +28,11 @@ constexpr auto kLinger = 1s;
 }  // namespace
 
 C_Connection::C_Connection(asio::io_context& context, C_FileDescriptor descriptor, const S_QueueLimits& limits,
-                           S_SinkCounters& counters, std::shared_ptr<C_SendQueue> queue)
-    : m_stream(context, descriptor.Release()), m_limits(limits), m_counters(counters), m_queue(std::move(queue)) {}
+                           t_SinkCounters counters, std::shared_ptr<C_SendQueue> queue)
+    : m_stream(context, descriptor.Release()),
+      m_limits(limits),
+      m_counters(std::move(counters)),
+      m_queue(std::move(queue)) {}
 
 void C_Connection::Begin(std::string head, t_OnEnd onEnd) {
   m_onEnd = std::move(onEnd);
@@ -63,13 +66,13 @@ void C_Connection::CheckProgress(t_Clock::time_point now) {
 }
 
 void C_Connection::Read() {
-  m_stream.async_read_some(asio::buffer(m_dropped),
-                           [self = shared_from_this()](const asio::error_code& error, std::size_t) {
-                             if (self->m_hasEnded) return;
-                             if (!error) return self->Read();
-                             const auto* const atEnd = self->m_isPort ? "the device is gone" : "closed by the other side";
-    self->End(error == asio::error::eof ? atEnd : error.message());
-                           });
+  m_stream.async_read_some(
+      asio::buffer(m_dropped), [self = shared_from_this()](const asio::error_code& error, std::size_t) {
+        if (self->m_hasEnded) return;
+        if (!error) return self->Read();
+        const auto* const atEnd = self->m_isPort ? "the device is gone" : "closed by the other side";
+        self->End(error == asio::error::eof ? atEnd : error.message());
+      });
 }
 
 void C_Connection::Write() {
@@ -133,8 +136,8 @@ void C_Connection::Account(std::size_t sent) {
     const std::size_t pieceSent = std::min(sent - std::min(sent, flight->begin), piece.bytes.size());
     const auto unsent = std::upper_bound(piece.ends.begin(), piece.ends.end(), pieceSent);
     const auto units = static_cast<std::size_t>(unsent - piece.ends.begin());
-    m_counters.units += units;
-    m_counters.bytes += pieceSent;
+    m_counters->units += units;
+    m_counters->bytes += pieceSent;
     m_queue->PutBack(flight->piece, units, now);
   }
   m_inFlight.clear();

@@ -23,7 +23,7 @@ namespace Host {
 class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Connection> {
  public:
   C_Connection(asio::io_context& context, C_FileDescriptor descriptor, const S_QueueLimits& limits,
-               S_SinkCounters& counters, std::shared_ptr<C_SendQueue> queue);
+               t_SinkCounters counters, std::shared_ptr<C_SendQueue> queue);
 
   // Each piece becomes a chunk (RFC 9112, 7.1), and the end the last one.
   void UseChunks() { m_usesChunks = true; }
@@ -55,7 +55,7 @@ class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Conn
 
   asio::posix::stream_descriptor m_stream;
   S_QueueLimits m_limits;
-  S_SinkCounters& m_counters;
+  t_SinkCounters m_counters;
   std::shared_ptr<C_SendQueue> m_queue;
   t_OnEnd m_onEnd;
   std::array<char, 1024> m_dropped;

@@ -10,9 +10,9 @@
 
 namespace Host {
 
-C_DatagramOutlet::C_DatagramOutlet(asio::io_context& context, C_FileDescriptor socket, S_SinkCounters& counters,
+C_DatagramOutlet::C_DatagramOutlet(asio::io_context& context, C_FileDescriptor socket, t_SinkCounters counters,
                                    std::shared_ptr<C_SendQueue> queue)
-    : m_socket(context, socket.Release()), m_counters(counters), m_queue(std::move(queue)) {}
+    : m_socket(context, socket.Release()), m_counters(std::move(counters)), m_queue(std::move(queue)) {}
 
 void C_DatagramOutlet::Begin(std::string, t_OnEnd onEnd) {
   m_onEnd = std::move(onEnd);
@@ -73,13 +73,13 @@ C_DatagramOutlet::eSent C_DatagramOutlet::SendUnit(std::string_view unit) {
     sent = ::send(m_socket.native_handle(), unit.data(), unit.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
   } while (sent < 0 && (errno == EINTR || errno == ECONNREFUSED));
   if (sent >= 0) {
-    ++m_counters.units;
-    m_counters.bytes += unit.size();
+    ++m_counters->units;
+    m_counters->bytes += unit.size();
     return eSent::Yes;
   }
   if (errno == EAGAIN || errno == ENOBUFS) return eSent::NotNow;
   if (errno != EMSGSIZE) return eSent::Failed;
-  ++m_counters.dropped;
+  ++m_counters->dropped;
   return eSent::Yes;
 }
 

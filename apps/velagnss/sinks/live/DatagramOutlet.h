@@ -14,7 +14,7 @@ namespace Host {
 class C_DatagramOutlet : public C_Outlet, public std::enable_shared_from_this<C_DatagramOutlet> {
  public:
   // `socket` is connected.
-  C_DatagramOutlet(asio::io_context& context, C_FileDescriptor socket, S_SinkCounters& counters,
+  C_DatagramOutlet(asio::io_context& context, C_FileDescriptor socket, t_SinkCounters counters,
                    std::shared_ptr<C_SendQueue> queue);
 
   void Begin(std::string head, t_OnEnd onEnd) override;
@@ -32,7 +32,7 @@ class C_DatagramOutlet : public C_Outlet, public std::enable_shared_from_this<C_
   void End(const std::string& why);
 
   asio::posix::stream_descriptor m_socket;
-  S_SinkCounters& m_counters;
+  t_SinkCounters m_counters;
   std::shared_ptr<C_SendQueue> m_queue;
   t_OnEnd m_onEnd;
   bool m_isWaiting = false;

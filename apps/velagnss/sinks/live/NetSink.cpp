@@ -29,7 +29,7 @@ bool C_NetSink::Open() {
 void C_NetSink::Put(const t_Piece& piece) {
   const std::size_t size = piece->bytes.size();
   if (m_limits.policy != ePolicy::Wait && m_posted + size > kMostPosted) {
-    m_counters.dropped += piece->ends.size();
+    m_counters->dropped += piece->ends.size();
     return;
   }
   m_posted += size;
@@ -41,7 +41,7 @@ void C_NetSink::Put(const t_Piece& piece) {
 }
 
 bool C_NetSink::IsFull() const {
-  return m_limits.policy == ePolicy::Wait && (m_counters.full > 0 || m_posted > m_limits.bytes);
+  return m_limits.policy == ePolicy::Wait && (m_counters->full > 0 || m_posted > m_limits.bytes);
 }
 
 void C_NetSink::Finish() {
@@ -58,7 +58,7 @@ void C_NetSink::NoteFinished() {
 }
 
 S_SinkTotals C_NetSink::Totals() const {
-  return {m_counters.readers, m_counters.accepted, m_counters.units, m_counters.bytes, m_counters.dropped};
+  return {m_counters->readers, m_counters->accepted, m_counters->units, m_counters->bytes, m_counters->dropped};
 }
 
 void C_NetSink::Say(S_SinkMessage::eWeight weight, const std::string& text) {

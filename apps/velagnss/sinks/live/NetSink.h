@@ -42,7 +42,7 @@ class C_NetSink : public C_Sink {
   C_SinkThread& Thread() { return m_thread; }
   asio::io_context& Context() { return m_thread.Context(); }
   const S_QueueLimits& Limits() const { return m_limits; }
-  S_SinkCounters& Counters() { return m_counters; }
+  const t_SinkCounters& Counters() { return m_counters; }
 
  private:
   void Tick();
@@ -50,7 +50,7 @@ class C_NetSink : public C_Sink {
   C_SinkThread& m_thread;
   std::string m_name;
   S_QueueLimits m_limits;
-  S_SinkCounters m_counters;
+  const t_SinkCounters m_counters = std::make_shared<S_SinkCounters>();
   asio::steady_timer m_timer;
   std::atomic<std::size_t> m_posted = 0;  // bytes that the sink thread has not taken yet
   bool m_isFinishing = false;

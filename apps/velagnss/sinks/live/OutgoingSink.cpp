@@ -84,15 +84,15 @@ void C_OutgoingSink::Attach(S_Dialed dialed) {
     if (dialed.kind == S_Dialed::eKind::Port) connection->UsePort();
     m_outlet = std::move(connection);
   }
-  ++Counters().accepted;
-  Counters().readers = 1;
+  ++Counters()->accepted;
+  Counters()->readers = 1;
   m_outlet->Begin({}, [this](const std::string& why) { OnLost(why); });
   if (IsFinishing()) m_outlet->Finish();
 }
 
 void C_OutgoingSink::OnLost(const std::string& why) {
   m_outlet.reset();
-  Counters().readers = 0;
+  Counters()->readers = 0;
   if (IsFinishing() && m_queue->IsEmpty()) {
     m_await.Stop();
     return NoteFinished();

@@ -34,9 +34,13 @@ class C_Admission {
   t_Pass Admit(const std::string& address);
 
  private:
+  struct S_State {
+    std::size_t all = 0;
+    std::map<std::string, std::size_t> byAddress;
+  };
+
   S_ReaderLimits m_limits;
-  std::size_t m_all = 0;
-  std::map<std::string, std::size_t> m_byAddress;
+  std::shared_ptr<S_State> m_state = std::make_shared<S_State>();  // passes may be held for longer
 };
 
 // Each reader has a queue of its own, so none waits for another.
@@ -46,8 +50,8 @@ class C_Readers {
 
   // `onLeave`: a reader, by its name, has left, and why.
   using t_OnLeave = std::function<void(const std::string& name, const std::string& why)>;
-  C_Readers(asio::io_context& context, const S_QueueLimits& limits, S_SinkCounters& counters, t_OnLeave onLeave)
-      : m_context(context), m_limits(limits), m_counters(counters), m_onLeave(std::move(onLeave)) {}
+  C_Readers(asio::io_context& context, const S_QueueLimits& limits, t_SinkCounters counters, t_OnLeave onLeave)
+      : m_context(context), m_limits(limits), m_counters(std::move(counters)), m_onLeave(std::move(onLeave)) {}
 
   struct S_Newcomer {
     C_FileDescriptor socket;
@@ -57,6 +61,9 @@ class C_Readers {
     C_Admission::t_Pass pass;
   };
   void Add(S_Newcomer newcomer);
+
+  // Gets its head and nothing else.
+  void Dismiss(S_Newcomer newcomer);
 
   void Put(const t_Piece& piece);
   void CheckProgress(t_Clock::time_point now);
@@ -76,7 +83,7 @@ class C_Readers {
 
   asio::io_context& m_context;
   S_QueueLimits m_limits;
-  S_SinkCounters& m_counters;
+  t_SinkCounters m_counters;
   t_OnLeave m_onLeave;
   std::map<std::uint64_t, S_Reader> m_readers;  // by the order in which they came
 };

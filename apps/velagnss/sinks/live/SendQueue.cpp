@@ -48,8 +48,8 @@ void C_SendQueue::SetBytes(std::size_t bytes) {
   const bool wasFull = m_bytes > m_limits.bytes;
   const bool isFull = bytes > m_limits.bytes;
   m_bytes = bytes;
-  if (isFull && !wasFull) ++m_counters.full;
-  if (wasFull && !isFull) --m_counters.full;
+  if (isFull && !wasFull) ++m_counters->full;
+  if (wasFull && !isFull) --m_counters->full;
 }
 
 }  // namespace Host

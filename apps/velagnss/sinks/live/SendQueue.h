@@ -7,6 +7,8 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <memory>
+#include <utility>
 
 #include "apps/velagnss/sinks/live/Piece.h"
 
@@ -36,11 +38,15 @@ struct S_SinkCounters {
   std::atomic<std::uint64_t> full = 0;      // queues that are full
 };
 
+// Shared, because handlers that have not run may outlive a sink.
+using t_SinkCounters = std::shared_ptr<S_SinkCounters>;
+
 class C_SendQueue {
  public:
   using t_Clock = std::chrono::steady_clock;
 
-  C_SendQueue(const S_QueueLimits& limits, S_SinkCounters& counters) : m_limits(limits), m_counters(counters) {}
+  C_SendQueue(const S_QueueLimits& limits, t_SinkCounters counters)
+      : m_limits(limits), m_counters(std::move(counters)) {}
   ~C_SendQueue() { SetBytes(0); }
   C_SendQueue(const C_SendQueue&) = delete;
   C_SendQueue& operator=(const C_SendQueue&) = delete;
@@ -69,11 +75,11 @@ class C_SendQueue {
   bool IsOverLimits(t_Clock::time_point now) const;
   bool IsTooOld(t_Clock::time_point now) const;
   t_Piece PopOldest();
-  void DropOldest() { m_counters.dropped += PopOldest()->ends.size(); }
+  void DropOldest() { m_counters->dropped += PopOldest()->ends.size(); }
   void SetBytes(std::size_t bytes);
 
   S_QueueLimits m_limits;
-  S_SinkCounters& m_counters;
+  t_SinkCounters m_counters;
   std::deque<S_Waiting> m_pieces;
   std::size_t m_bytes = 0;
 };

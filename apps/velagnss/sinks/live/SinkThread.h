@@ -2,9 +2,11 @@
 #ifndef VELAGNSS_APPS_SINK_THREAD_H
 #define VELAGNSS_APPS_SINK_THREAD_H
 
+#include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <chrono>
 #include <functional>
+#include <future>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -32,6 +34,14 @@ class C_SinkThread {
 
   // Runs `call` on the thread. What is posted before `Stop` or not run by then is never run.
   void Post(std::function<void()> call);
+
+  // Runs `function` on the thread and waits for its result. Not from the thread itself, and not after `Stop`.
+  template <class Function>
+  auto Call(Function function) {
+    std::promise<decltype(function())> result;
+    Post([&] { result.set_value(function()); });
+    return result.get_future().get();
+  }
 
   // No call runs after this; the objects that calls refer to can go.
   void Stop();

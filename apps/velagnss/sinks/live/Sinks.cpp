@@ -11,6 +11,7 @@
 #include "apps/velagnss/sinks/live/NtripCasterSink.h"
 #include "apps/velagnss/sinks/live/NtripPushSink.h"
 #include "apps/velagnss/sinks/live/SerialSink.h"
+#include "apps/velagnss/sinks/live/SinkKind.h"
 #include "apps/velagnss/sinks/live/TcpSink.h"
 #include "apps/velagnss/sinks/live/UdpSink.h"
 #include "apps/velagnss/text/Lists.h"
@@ -19,7 +20,7 @@
 namespace Host {
 namespace {
 
-const S_SinkKind* const kKinds[] = {&kTcpListenSink, &kTcpSink,       &kUdpSink,       &kUnixListenSink,
+const S_SinkKind* const kKinds[] = {&kTcpListenSink, &kTcpSink,       &kUdpSink,        &kUnixListenSink,
                                     &kSerialSink,    &kNtripPushSink, &kNtripCasterSink};
 
 struct S_PolicyName {
@@ -68,7 +69,8 @@ std::string CheckKind(const S_Address& address) {
   const S_SinkKind* const kind = FindKind(address.scheme);
   if (kind == nullptr)
     return fmt::format("no destination begins with '{}://'; known: {}", address.scheme,
-                       JoinNames(kKinds, [](const S_SinkKind* any) { return any->form.scheme; }, ", "));
+                       JoinNames(
+                           kKinds, [](const S_SinkKind* any) { return any->form.scheme; }, ", "));
   std::vector<S_AddressOption> options(kind->form.options.begin(), kind->form.options.end());
   options.insert(options.end(), std::begin(kQueueOptions), std::end(kQueueOptions));
   S_AddressForm form = kind->form;
@@ -110,8 +112,8 @@ std::unique_ptr<C_Sink> MakeSink(const std::string& destination, const S_SinkCon
     return std::make_unique<C_FileSink>(destination, context.canWait ? eWriting::Replacement : eWriting::Direct);
   S_Address address;
   ReadAddress(destination, address);
-  return FindKind(address.scheme)->make(
-      {address, LimitsOf(address, context.canWait), context.thread, context.casters, context.credentials});
+  return FindKind(address.scheme)
+      ->make({address, LimitsOf(address, context.canWait), context.thread, context.casters, context.credentials});
 }
 
 }  // namespace Host

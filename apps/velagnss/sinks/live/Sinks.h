@@ -5,10 +5,12 @@
 #include <memory>
 #include <string>
 
-#include "apps/velagnss/sinks/live/NetSink.h"
-#include "apps/velagnss/sinks/live/SinkKind.h"
+#include "apps/velagnss/sinks/live/Sink.h"
 
 namespace Host {
+
+class C_Casters;
+class C_SinkThread;
 
 // Returns an error text, empty when `destination` can be one: a file, "-" for standard output, or an address. Opens
 // nothing. What is wrong with an address is said without its password.
