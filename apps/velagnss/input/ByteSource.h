@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -17,6 +18,23 @@ struct S_Chunk {
 
   std::span<const unsigned char> bytes;  // in the buffer that was read into
   t_Clock::time_point arrival;           // when they were read, by the machine's clock
+  bool isLive = false;                   // `arrival` means something: they came at that time from a receiver
+};
+
+// A change in the state of a live source.
+struct S_LinkChange {
+  enum class eState {
+    Connecting,
+    Connected,
+    Lost,     // it will be tried again
+    Refused,  // likewise, but slowly
+    Failed,   // for good: the last of the source
+  };
+  eState state = eState::Connecting;
+  std::string text;                     // connected: the other end; afterwards: why
+  std::chrono::milliseconds retryIn{};  // lost or refused
+  unsigned int failures = 0;            // in a row, this one included
+  S_Chunk::t_Clock::time_point at;
 };
 
 // A source reports its failures to the user itself, with what to do about them.
@@ -25,6 +43,7 @@ class C_ByteSource {
   enum class eRead {
     Bytes,    // at least one
     Nothing,  // none now, but more may follow
+    Change,   // in the state of a live source
     End,
     Failed,  // reported
   };
@@ -40,6 +59,12 @@ class C_ByteSource {
 
   // Reads at most `buffer.size()` bytes. It may wait when the descriptor has not become readable.
   virtual eRead Read(std::span<unsigned char> buffer, S_Chunk& chunk) = 0;
+
+  // After eRead::Change.
+  virtual const S_LinkChange& Change() const;
+
+  // After this long without a byte the stream is taken to pause. None: it never does.
+  virtual std::optional<std::chrono::milliseconds> QuietTime() const { return std::nullopt; }
 
   // Bytes to come; 0 when unknown.
   virtual std::uint64_t Size() const { return 0; }

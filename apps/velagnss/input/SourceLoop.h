@@ -25,9 +25,6 @@ class C_SourceLoop {
   // On a terminal, while a single source is read.
   void ShowProgress(bool isWanted) { m_showProgress = isWanted; }
 
-  // After this long without a byte from any source, `OnQuiet` of each job is called. Never by default.
-  void SetQuietTime(C_SourceWait::t_Limit limit) { m_quietTime = limit; }
-
   // Begins each job with its source and feeds it until the source ends, the job wants no more, or a signal comes. False
   // when a source failed; the others are read all the same.
   bool Run(std::span<const S_SourceAndJob> streams);
@@ -38,7 +35,6 @@ class C_SourceLoop {
   std::size_t m_pieceSize;
   std::vector<unsigned char> m_buffer;
   bool m_showProgress = false;
-  C_SourceWait::t_Limit m_quietTime;
 };
 
 }  // namespace Host

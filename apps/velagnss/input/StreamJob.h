@@ -23,8 +23,11 @@ class C_StreamJob {
   // The input may have to be waited for: what is ready should be shown now.
   virtual void BeforeWait() {}
 
-  // No source had a byte for the quiet time of the loop (SourceLoop.h).
+  // The source had no byte for its quiet time.
   virtual void OnQuiet() {}
+
+  // A live source was connected, lost, refused. Bytes after a loss continue the stream, but not what was cut off by it.
+  virtual void OnLink(const S_LinkChange&) {}
 
   // The end of everything: the last of the output is made here.
   virtual void Finish() {}

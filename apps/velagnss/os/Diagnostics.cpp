@@ -71,6 +71,9 @@ void ReportError(std::string_view message) { Report("error: ", kRed, message); }
 void ReportWarning(std::string_view message) {
   if (g_verbosity != eVerbosity::Quiet) Report("warning: ", kYellow, message);
 }
+void ReportNotice(std::string_view message) {
+  if (g_verbosity != eVerbosity::Quiet) Report("", {}, message);
+}
 void ReportDetail(std::string_view message) {
   if (g_verbosity == eVerbosity::Verbose) Report("", {}, message);
 }

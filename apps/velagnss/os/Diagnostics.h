@@ -18,6 +18,7 @@ eVerbosity Verbosity();
 
 void ReportError(std::string_view message);    // always
 void ReportWarning(std::string_view message);  // unless quiet
+void ReportNotice(std::string_view message);   // likewise: good to know, nothing is wrong
 void ReportDetail(std::string_view message);   // only when verbose
 void ReportOutOfMemory() noexcept;             // without allocating any
 

@@ -35,6 +35,7 @@ struct S_RetryRules {
   std::chrono::milliseconds firstRefused{10'000};  // after `Refused`
   std::chrono::milliseconds longestRefused{600'000};
   std::chrono::milliseconds goodAfter{5'000};
+  std::optional<std::chrono::milliseconds> idleTimeout;  // without a byte, unless the user chose another
 };
 
 // Used by one thread. All waits are those of the C_Await that it is made with.
