@@ -12,6 +12,7 @@ import binascii
 import collections
 import contextlib
 import dataclasses
+import itertools
 import json
 import os
 import pathlib
@@ -78,6 +79,7 @@ async def close(link, piece):
 
 
 async def reset(link, piece):
+    await asyncio.sleep(0.3)  # what the reader has not taken yet would be lost
     link.reset()
 
 
@@ -322,7 +324,7 @@ class Caster:
     async def from_file(self, mount):
         at = self.places[mount] if self.options.resume else 0
         sizes, sent, begin = self.options.pieces, 0, time.monotonic()
-        for number in range(1 << 62):
+        for number in itertools.count():
             if at == len(self.data):
                 if self.options.at_end == "hold":
                     await asyncio.sleep(self.options.seconds)
@@ -335,7 +337,6 @@ class Caster:
             if self.options.rate:
                 await asyncio.sleep(begin + sent / self.options.rate - time.monotonic())
             yield piece
-            self.places[mount] = at
 
     async def from_push(self, mount):
         queue = asyncio.Queue()
@@ -351,29 +352,33 @@ class Caster:
             report("position", mount=mount, text=request.headers["ntrip-gga"][:200], inHead=True)
             link.has_position.set()
         watch = asyncio.create_task(link.watch(mount))
-        begin, sent = self.places[mount] if self.options.resume else 0, 0
+        sent = 0
         try:
             await self.send_head(link, head, fault)
             if fault.needs_position:
                 await link.has_position.wait()
             number = 0
             async for piece in pieces:
-                if fault.ending and sent >= after:
+                is_last = fault.ending and sent + len(piece) >= after
+                now = piece[:after - sent] if is_last else piece
+                if now:
+                    data = write(now, number)
+                    cut = number * 7 % len(data)  # segments do not end where chunks do
+                    lead = head if fault.joined and number == 0 else b""
+                    for part in (lead + data[:cut], data[cut:]):
+                        await link.send(part)
+                    sent += len(now)
+                    number += 1
+                if is_last:
                     report("fault", mount=mount, sent=sent)
                     await fault.ending(link, piece)
                     return
-                data = write(piece, number)
-                cut = number * 7 % len(data)  # segments do not end where chunks do
-                lead = head if fault.joined and number == 0 else b""
-                for part in (lead + data[:cut], data[cut:]):
-                    await link.send(part)
-                sent += len(piece)
-                number += 1
             if write is not as_is:
                 await link.send(b"0\r\n\r\n")
         finally:
             watch.cancel()
-            report("served", mount=mount, begin=begin, sent=sent)
+            self.places[mount] = (self.places[mount] + sent) % max(1, len(self.data))
+            report("served", mount=mount, sent=sent)
 
     async def send_head(self, link, head, fault):
         if fault.pause:
