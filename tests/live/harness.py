@@ -32,14 +32,14 @@ PATIENCE = 20.0  # seconds until a line that must come has not come; long, becau
 class Running:
     """A program whose lines are kept as they come, with the time of each."""
 
-    def __init__(self, command, **more):
-        self.process = subprocess.Popen([str(word) for word in command], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                        stderr=subprocess.PIPE, **more)
+    def __init__(self, command, stdout=subprocess.PIPE):
+        self.process = subprocess.Popen([str(word) for word in command], stdin=subprocess.DEVNULL, stdout=stdout,
+                                        stderr=subprocess.PIPE)
         self.changed = threading.Condition()
         self.lines = {"out": [], "err": []}
         self.times = {"out": [], "err": []}
         self.readers = [threading.Thread(target=self._read, args=(name, pipe), daemon=True)
-                        for name, pipe in (("out", self.process.stdout), ("err", self.process.stderr))]
+                        for name, pipe in (("out", self.process.stdout), ("err", self.process.stderr)) if pipe]
         for reader in self.readers:
             reader.start()
 
@@ -69,10 +69,6 @@ class Running:
     def wait_for_lines(self, count, name="out", seconds=PATIENCE):
         self.wait(lambda self: len(self.lines[name]) >= count, seconds)
 
-    def wait_until_quiet(self, quiet=1.0, seconds=PATIENCE):
-        """Until no line of output has come for a while, after the first."""
-        self.wait(lambda self: self.times["out"] and time.time() - self.times["out"][-1] > quiet, seconds)
-
     def end(self, how=signal.SIGTERM, seconds=10):
         """Its exit status."""
         if self.process.poll() is None:
@@ -94,6 +90,19 @@ class Running:
 
     def objects(self):
         return [json.loads(line) for line in self.lines["out"]]
+
+    def frames(self):
+        return [made for made in self.objects() if "protocol" in made]
+
+    def changes(self, state=None):
+        """Objects about the state of a live source."""
+        return [made for made in self.objects() if made.get("event") == "source" and state in (None, made["state"])]
+
+    def wait_for_state(self, state, count=1, seconds=PATIENCE):
+        return self.wait(lambda self: self.changes(state)[count - 1:count], seconds)[0]
+
+    def wait_for_frames(self, count, seconds=PATIENCE):
+        self.wait(lambda self: len(self.lines["out"]) >= count and len(self.frames()) >= count, seconds)
 
     def descriptors(self):
         return len(os.listdir(f"/proc/{self.process.pid}/fd"))
@@ -201,11 +210,11 @@ def wait_until(is_true, seconds=PATIENCE, what="waited in vain"):
         time.sleep(0.02)
 
 
-def listener(family=socket.AF_INET, address=("127.0.0.1", 0)):
+def listener(family=socket.AF_INET, address=("127.0.0.1", 0), backlog=16):
     made = socket.socket(family, socket.SOCK_STREAM)
     made.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
     made.bind(address)
-    made.listen(16)
+    made.listen(backlog)
     made.settimeout(PATIENCE)
     return made
 
@@ -248,6 +257,11 @@ class Network:
         self.keeper.stdout.close()
 
 
+def decode_file(file):
+    done = subprocess.run([PROGRAM, "decode", file], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+    return [json.loads(line) for line in done.stdout.splitlines()]
+
+
 class Case(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -284,8 +298,7 @@ class Case(unittest.TestCase):
         for part in parts:
             file = self.where / "part.bin"
             file.write_bytes(part)
-            done = subprocess.run([PROGRAM, "decode", file], stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=True)
-            objects += [json.loads(line) for line in done.stdout.splitlines()]
+            objects += decode_file(file)
         return objects
 
     def assert_objects(self, found, expected):
@@ -296,7 +309,7 @@ class Case(unittest.TestCase):
         self.assertEqual(len(found), len(expected))
 
 
-LIVE_MEMBERS = {"arrival", "offset", "source"}
+LIVE_MEMBERS = {"arrival", "input", "offset"}
 
 
 def without_live(made):
