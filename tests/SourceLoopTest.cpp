@@ -29,11 +29,14 @@ class PipeSource : public Host::C_ByteSource {
 
   const std::string& Name() const override { return m_name; }
   int Descriptor() const override { return m_ends[0]; }
+  std::optional<std::chrono::milliseconds> QuietTime() const override { return quietTime; }
   eRead Read(std::span<unsigned char> buffer, S_Chunk& chunk) override {
     const ssize_t count = ::read(m_ends[0], buffer.data(), buffer.size());
     chunk = {buffer.first(static_cast<std::size_t>(std::max<ssize_t>(count, 0))), S_Chunk::t_Clock::now()};
     return count > 0 ? eRead::Bytes : count == 0 ? eRead::End : eRead::Failed;
   }
+
+  std::optional<std::chrono::milliseconds> quietTime;
 
  private:
   std::string m_name;
@@ -71,7 +74,7 @@ TEST(SourceLoop, ReadsSourcesAsTheyHaveSomething) {
   PipeSource a("a"), b("b");
   Job jobA(log), jobB(log);
   Host::C_SourceLoop loop(16);
-  loop.SetQuietTime(1ms);
+  b.quietTime = 1ms;
   b.Send("1");
   jobB.onFeed = [&] { a.Send("2"); };
   jobA.onFeed = [&] { jobA.wantsMore = false; };

@@ -3,7 +3,10 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
 
+#include "apps/velagnss/input/live/Links.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/text/Lists.h"
@@ -49,6 +52,35 @@ std::string CheckSearch(const std::string& list) {
   if (list.empty()) return "no protocol named; known: " + ProtocolNames();
   if (ParseSearchList(list, false)) return {};
   return "'" + list + "' names an unknown protocol; known: " + ProtocolNames();
+}
+
+constexpr double kMaxSeconds = 86400;  // of pauses and time-outs
+
+std::string CheckSeconds(const std::string& text) {
+  return NumberBetween(0.001, kMaxSeconds, "a number of seconds from 0.001 to 86400")(text);
+}
+
+std::optional<std::chrono::milliseconds> ReadSeconds(const std::string& text) {
+  double seconds = 0;
+  if (!ParseWhole(text, seconds)) return std::nullopt;
+  return std::chrono::milliseconds(std::max<std::int64_t>(std::llround(seconds * 1000), 1));
+}
+
+void DeclareLive(CLI::App& app, S_LiveOptions& live) {
+  app.add_option_function<std::string>(
+         "--idle-timeout", [&live](const std::string& text) { live.idleTimeout = ReadSeconds(text); },
+         "open a live source anew after this time without a byte\n(default: as docs/live.md says for each kind)")
+      ->option_text("SECONDS")
+      ->check(&CheckSeconds);
+  app.add_option_function<std::string>(
+         "--quiet-time", [&live](const std::string& text) { live.quietTime = ReadSeconds(text); },
+         "when a live source pauses for so long, give up what looks like the\nbeginning of a frame (default: 0.5; "
+         "'never' waits for its end)")
+      ->option_text("SECONDS")
+      ->check([](const std::string& text) { return text == "never" ? std::string() : CheckSeconds(text); });
+  app.add_option("--tries", live.maxTries, "give up a live source after so many failures in a row\n(default: never)")
+      ->option_text("COUNT")
+      ->check(NumberBetween(1U, 1'000'000U, "a whole number from 1 to 1000000"));
 }
 
 // These depend on each other, so they are checked together.
@@ -116,9 +148,26 @@ std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::st
   return protocols;
 }
 
+void DeclareInputs(CLI::App& app, S_InputOptions& input) {
+  app.add_option("INPUT", input.names,
+                 "files, live sources such as /dev/ttyUSB0 or tcp://host:port,\n'-' or nothing for standard input")
+      ->option_text("...")
+      ->check([](const std::string& name) { return IsLive(name) ? CheckLive(name) : std::string(); });
+  app.add_option("--read-size", input.readSize,
+                 "bytes to read at once (default: 262144); the output does not depend on it")
+      ->option_text("BYTES")
+      ->check(NumberBetween(std::uint64_t{1}, kMaxReadSize, "a whole number from 1 to 1073741824"));
+  DeclareLive(app, input.live);
+}
+
+bool HasTooManyLive(std::string_view command, const S_InputOptions& input) {
+  if (CountLive(input) < 2) return false;
+  ReportUsage(command, "reads one live source at a time; run it once for each");
+  return true;
+}
+
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
-  app.add_option("INPUT", stream.input.names, "files or devices; '-' or nothing for standard input")
-      ->option_text("...");
+  DeclareInputs(app, stream.input);
   app.add_option("--search", stream.search,
                  "search for these protocols only: others are noise; of:\n" + ProtocolNames())
       ->option_text("LIST")
@@ -127,10 +176,6 @@ void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
                "also search for command acknowledgements; they have no checksum\nand swallow text up to the line end");
   app.add_flag("--listed-only", stream.listedOnly,
                "treat checked sentences and RTCM 3 messages that are not in the catalog as noise");
-  app.add_option("--read-size", stream.input.readSize,
-                 "bytes to read at once (default: 262144); the output does not depend on it")
-      ->option_text("BYTES")
-      ->check(NumberBetween(std::uint64_t{1}, kMaxReadSize, "a whole number from 1 to 1073741824"));
   DeclareDate(app, stream);
   DeclareSelection(app, stream);
 }

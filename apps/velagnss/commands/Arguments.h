@@ -43,6 +43,12 @@ std::optional<C_GnssTime> ParseSeed(std::string_view text);
 // name is unknown.
 std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::string_view list, bool acknowledgements);
 
+// The inputs of a command, and how live ones are read.
+void DeclareInputs(CLI::App& app, S_InputOptions& input);
+
+// Reports that `command` cannot read several live sources at once, and returns true, when it is to.
+bool HasTooManyLive(std::string_view command, const S_InputOptions& input);
+
 // The arguments of every command that reads streams.
 struct S_StreamArguments {
   S_InputOptions input;

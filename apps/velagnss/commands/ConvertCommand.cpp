@@ -117,6 +117,7 @@ std::string C_ConvertCommand::OptionOfOtherFormat(const S_Format& format) const 
 }
 
 int C_ConvertCommand::Run() {
+  if (HasTooManyLive("convert", m_options.stream.input)) return eExitUsage;
   const S_Format& format = *FindFormat(m_options.format);
   if (const std::string option = OptionOfOtherFormat(format); !option.empty())
     return ReportUsage("convert", fmt::format("{} is not an option of --to {}{}", option, format.name,

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <deque>
 #include <limits>
 
 #include "apps/velagnss/commands/Arguments.h"
@@ -15,6 +16,23 @@
 namespace Host {
 namespace {
 
+// All files, or a live source.
+struct S_Decoding {
+  S_Decoding(const S_JsonLinesOptions& options, const S_RunOptions& runOptions)
+      : lines(options), run(runOptions, {&lines}) {}
+
+  C_JsonLines lines;
+  C_RecordRun run;
+};
+
+struct S_Counts {
+  std::uint64_t bytes = 0;
+  std::uint64_t found = 0;  // frames
+  std::uint64_t selected = 0;
+  std::uint64_t written = 0;
+  std::uint64_t faults = 0;
+};
+
 class C_DecodeCommand : public C_Command {
  public:
   void Declare(CLI::App& app) override;
@@ -22,7 +40,8 @@ class C_DecodeCommand : public C_Command {
 
  private:
   int Decode(const S_JsonLinesOptions& options) const;
-  eExitCode Judge(const C_JsonLines& lines, const C_RecordRun& run) const;
+  eExitCode Judge(const std::deque<S_Decoding>& decodings) const;
+  eExitCode ExplainNothing(const S_Counts& all) const;
 
   S_StreamArguments m_stream;
   S_FilterArguments m_filter;
@@ -35,7 +54,7 @@ void C_DecodeCommand::Declare(CLI::App& app) {
   DeclareStreamArguments(app, m_stream);
   DeclareOutput(app, m_output);
   DeclareFilter(app, m_filter);
-  app.add_option("-n", m_lines.count, "stop after this many frames")
+  app.add_option("-n", m_lines.count, "stop after this many frames, of each live source")
       ->option_text("COUNT")
       ->check(NumberBetween(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max(), "a whole number, 1 or more"));
   DeclareSeed(app, m_stream);
@@ -59,28 +78,41 @@ int C_DecodeCommand::Run() {
 int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
   C_OutputRun output;
   if (const eExitCode code = output.Open(m_output, m_stream.input); code != eExitOk) return code;
-  C_JsonLines lines(options);
-  C_RecordRun run(RunOptions(m_stream), {&lines});
-  return output.Run(m_stream.input, run, lines.Text(), [&] { return Judge(lines, run); });
+  std::deque<S_Decoding> decodings;
+  const auto next = [&]() -> C_OutputRun::S_Maker {
+    S_Decoding& decoding = decodings.emplace_back(options, RunOptions(m_stream));
+    return {decoding.run, decoding.lines.Text()};
+  };
+  return output.Run(m_stream.input, next(), next, [&] { return Judge(decodings); });
 }
 
 // An empty output is explained: a filter that lets nothing pass and a wrong baud rate look alike otherwise.
-eExitCode C_DecodeCommand::Judge(const C_JsonLines& lines, const C_RecordRun& run) const {
-  ReportDetail(fmt::format("{} found, {} written, {} in the data", Counted(run.FramesFound(), "frame"),
-                           lines.FramesWritten(), Counted(lines.DataErrors(), "fault")));
-  ReportIgnoredPeriod(lines.Filter());
-  if (lines.FramesWritten() == 0) {
-    constexpr std::string_view kNoEpoch = "belongs to an epoch, as GGA, RMC, GSV and RTCM 3 observations do";
-    if (run.FramesSelected() > 0)
-      ReportWarning(fmt::format("{} found, none {}", Counted(run.FramesSelected(), "frame"),
-                                m_lines.epochsOnly ? kNoEpoch : "matches --proto or --msg"));
-    else if (run.FramesFound() == 0 && run.BytesRead() > 0)
-      ReportNoFrame(InputsText(m_stream.input), run.BytesRead());
-    return eExitData;
+eExitCode C_DecodeCommand::Judge(const std::deque<S_Decoding>& decodings) const {
+  S_Counts all;
+  for (const S_Decoding& decoding : decodings) {
+    all.bytes += decoding.run.BytesRead();
+    all.found += decoding.run.FramesFound();
+    all.selected += decoding.run.FramesSelected();
+    all.written += decoding.lines.FramesWritten();
+    all.faults += decoding.lines.DataErrors();
+    ReportIgnoredPeriod(decoding.lines.Filter());
   }
-  if (!m_isStrict || lines.DataErrors() == 0) return eExitOk;
+  ReportDetail(fmt::format("{} found, {} written, {} in the data", Counted(all.found, "frame"), all.written,
+                           Counted(all.faults, "fault")));
+  if (all.written == 0) return ExplainNothing(all);
+  if (!m_isStrict || all.faults == 0) return eExitOk;
   ReportError(fmt::format("{} in the data: --events shows what was skipped, \"error\" what cannot be decoded",
-                          Counted(lines.DataErrors(), "fault")));
+                          Counted(all.faults, "fault")));
+  return eExitData;
+}
+
+eExitCode C_DecodeCommand::ExplainNothing(const S_Counts& all) const {
+  constexpr std::string_view kNoEpoch = "belongs to an epoch, as GGA, RMC, GSV and RTCM 3 observations do";
+  if (all.selected > 0)
+    ReportWarning(fmt::format("{} found, none {}", Counted(all.selected, "frame"),
+                              m_lines.epochsOnly ? kNoEpoch : "matches --proto or --msg"));
+  else if (all.found == 0 && all.bytes > 0)
+    ReportNoFrame(InputsText(m_stream.input), all.bytes);
   return eExitData;
 }
 
@@ -93,7 +125,7 @@ const S_CommandEntry kDecodeCommand = {
     "  velagnss decode session.bin                        all frames, all fields\n"
     "  velagnss decode --msg RMC:60,BIN95 session.bin     a position per minute, and GPS ephemerides\n"
     "  velagnss decode --events --hex -o all.json a.bin   also what was skipped and why, and the bytes\n"
-    "  cat /dev/ttyUSB0 | velagnss decode | jq .fields    live\n",
+    "  velagnss decode --events tcp://10.0.0.5:5015       live, with what becomes of the connection\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_DecodeCommand>(); }};
 
 }  // namespace Host

@@ -80,6 +80,7 @@ void C_ExtractCommand::Declare(CLI::App& app) {
 }
 
 int C_ExtractCommand::Run() {
+  if (HasTooManyLive("extract", m_stream.input)) return eExitUsage;
   C_MessageFilter filter;
   if (const std::string error = FillFilter(m_filter, m_stream, filter); !error.empty())
     return ReportUsage("extract", error);

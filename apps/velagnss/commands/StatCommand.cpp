@@ -102,6 +102,7 @@ class C_StatCommand : public C_Command {
   }
 
   int Run() override {
+    if (HasTooManyLive("stat", m_stream.input)) return eExitUsage;
     C_OutputRun output;
     if (const eExitCode code = output.Open(m_output, m_stream.input); code != eExitOk) return code;
     C_StreamAccount account;

@@ -3,16 +3,19 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <deque>
+#include <span>
 
 #include "apps/velagnss/input/FileSource.h"
 #include "apps/velagnss/input/SourceLoop.h"
 #include "apps/velagnss/input/UnpackingSource.h"
+#include "apps/velagnss/input/live/Links.h"
 #include "apps/velagnss/os/Signals.h"
 
 namespace Host {
 namespace {
 
-bool RunInput(const std::string& name, C_SourceLoop& loop, C_StreamJob& job) {
+bool RunFile(const std::string& name, C_SourceLoop& loop, C_StreamJob& job) {
   C_FileSource source;
   if (!source.Open(name)) return false;
   C_UnpackingSource unpacked(source);
@@ -20,6 +23,24 @@ bool RunInput(const std::string& name, C_SourceLoop& loop, C_StreamJob& job) {
   C_UnpackingSource checked(again, C_UnpackingSource::eLayer::Last);
   const S_SourceAndJob stream = {checked, job};
   return loop.Run({&stream, 1});
+}
+
+struct S_LiveRun {
+  C_SourceLoop& loop;
+  C_StreamJob& firstJob;
+  const t_NextJob& nextJob;
+};
+
+bool RunLive(std::span<const std::string> names, const S_LiveOptions& options, const S_LiveRun& run) {
+  std::deque<C_LiveSource> sources;
+  std::vector<S_SourceAndJob> streams;
+  for (const std::string& name : names) {
+    C_StreamJob& job = streams.empty() ? run.firstJob : run.nextJob();
+    sources.emplace_back(ShownLive(name), options,
+                         [&name, &options](C_Await& await) { return MakeLink(name, options, await); });
+    streams.push_back({sources.back(), job});
+  }
+  return run.loop.Run(streams);
 }
 
 }  // namespace
@@ -32,27 +53,35 @@ bool IsAnInput(const S_InputOptions& options, const std::string& output) {
 
 std::string InputsText(const S_InputOptions& options) {
   if (options.names.size() > 1) return fmt::format("{} inputs", options.names.size());
-  return options.names.empty() || options.names[0] == "-" ? "standard input" : options.names[0];
+  if (options.names.empty() || options.names[0] == "-") return "standard input";
+  return IsLive(options.names[0]) ? ShownLive(options.names[0]) : options.names[0];
 }
 
 bool CanBeOpened(const S_InputOptions& options) {
   bool areAll = true;
-  for (const std::string& name : options.names) areAll = CanBeOpened(name) && areAll;
+  for (const std::string& name : options.names) areAll = (IsLive(name) || CanBeOpened(name)) && areAll;
   return areAll;
 }
 
+std::size_t CountLive(const S_InputOptions& options) {
+  return static_cast<std::size_t>(std::count_if(options.names.begin(), options.names.end(), &IsLive));
+}
+
 // An input that cannot be read does not keep the others from being processed; the exit code tells.
-eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job) {
+eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job, const t_NextJob& nextJob) {
   C_SourceLoop loop(options.readSize);
   loop.ShowProgress(showProgress);
   std::vector<std::string> names = options.names;
   if (names.empty()) names.emplace_back("-");
-  eExitCode code = eExitOk;
-  for (const std::string& name : names) {
+  const auto live = std::stable_partition(names.begin(), names.end(), [](const auto& name) { return !IsLive(name); });
+  bool isAllGood = true;
+  for (const std::string& name : std::span(names.begin(), live)) {
     if (SignalReceived() != 0 || !job.WantsMore()) break;
-    if (!RunInput(name, loop, job)) code = eExitInput;
+    isAllGood = RunFile(name, loop, job) && isAllGood;
   }
-  return code;
+  if (live != names.end() && SignalReceived() == 0)
+    isAllGood = RunLive({live, names.end()}, options.live, {loop, job, nextJob}) && isAllGood;
+  return isAllGood ? eExitOk : eExitInput;
 }
 
 }  // namespace Host

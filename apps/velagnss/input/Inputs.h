@@ -1,12 +1,14 @@
-// The inputs that the arguments name, one after the other.
+// The inputs that the arguments name: files one after the other, then all live sources at once.
 #ifndef VELAGNSS_APPS_INPUTS_H
 #define VELAGNSS_APPS_INPUTS_H
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "apps/velagnss/input/StreamJob.h"
+#include "apps/velagnss/input/live/LiveSource.h"
 #include "apps/velagnss/os/ExitCodes.h"
 
 namespace Host {
@@ -25,7 +27,12 @@ struct S_InputOptions {
     Always,
   };
   eProgress progress = eProgress::AsideOfOutput;
+
+  S_LiveOptions live;
 };
+
+// How many of the inputs are live.
+std::size_t CountLive(const S_InputOptions& options);
 
 // True when `output` ("-" for standard output) is one of the inputs, which writing would empty or make endless.
 bool IsAnInput(const S_InputOptions& options, const std::string& output);
@@ -36,9 +43,13 @@ bool CanBeOpened(const S_InputOptions& options);
 // For messages: the input's name, or how many there are.
 std::string InputsText(const S_InputOptions& options);
 
-// eExitInput when an input failed; the others are read all the same. A signal ends the input it comes in and leaves out
-// the rest.
-eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job);
+// The job of each further live source, which is read at the same time as the others. None: only one can be read.
+using t_NextJob = std::function<C_StreamJob&()>;
+
+// Feeds files to `job` one after the other, and then the first live source; further ones each to a job of its own.
+// eExitInput when an input failed; the others are read all the same. A signal ends the inputs it comes in and leaves
+// out the rest.
+eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job, const t_NextJob& nextJob = {});
 
 }  // namespace Host
 

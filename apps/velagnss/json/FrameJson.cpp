@@ -1,5 +1,7 @@
 #include "apps/velagnss/json/FrameJson.h"
 
+#include <utility>
+
 #include "apps/velagnss/json/EpochJson.h"
 #include "apps/velagnss/json/RecordJson.h"
 #include "apps/velagnss/json/TagJson.h"
@@ -45,6 +47,7 @@ void C_FrameJson::Begin() {
   m_json.BeginObject();
   m_json.Key("schema").Integer(kSchemaVersion);
   if (!m_input.empty()) m_json.Key("input").Utf8(m_input);
+  if (m_arrival) m_json.Key("arrival").Name(C_TimeText::OfMachine(*m_arrival).Text());
 }
 
 void C_FrameJson::End() {
@@ -100,6 +103,20 @@ void C_FrameJson::WriteSkipped(const velagnss::SkippedRange& range) {
   m_json.Key("length").Integer(range.length);
   m_json.Key("why").String(IsTagOnly(range) ? "TAG blocks" : velagnss::ReasonText(range.reason));
   if (m_hex) m_json.Key("hex").Hex({range.data, range.size});
+  End();
+}
+
+// Connecting and being connected have no text of their own but the other end.
+void C_FrameJson::WriteLink(const S_LinkChange& change) {
+  constexpr std::string_view kStates[] = {"connecting", "connected", "lost", "refused", "failed"};
+  const t_Arrival arrival = std::exchange(m_arrival, change.at);
+  Begin();
+  m_arrival = arrival;
+  m_json.Key("event").String("source");
+  m_json.Key("state").Name(kStates[static_cast<std::size_t>(change.state)]);
+  m_json.Key("text").String(change.text);
+  m_json.Key("failures").Integer(change.failures);
+  if (change.retryIn.count() > 0) m_json.Key("retry_in_ms").Integer(change.retryIn.count());
   End();
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "apps/velagnss/epoch/Epoch.h"
+#include "apps/velagnss/pipeline/RecordConsumer.h"
 #include "apps/velagnss/pipeline/TagBlock.h"
 #include "apps/velagnss/text/JsonWriter.h"
 #include "stream/FrameReader.h"
@@ -20,6 +21,9 @@ class C_FrameJson {
   // The name of the input, for every object; empty to leave it out.
   void SetInput(std::string name) { m_input = std::move(name); }
 
+  // When the last bytes of what follows came; none for inputs that are not live.
+  void SetArrival(t_Arrival arrival) { m_arrival = arrival; }
+
   // Adds the bytes of frames and events as hexadecimal digits.
   void SetHex(bool isWanted) { m_hex = isWanted; }
 
@@ -32,6 +36,7 @@ class C_FrameJson {
   // `count` starts, the last of which is at `lastOffset`; their first bytes are those of `first`.
   void WriteRejections(const velagnss::RejectedStart& first, std::uint64_t lastOffset, std::uint64_t count);
   void WriteSkipped(const velagnss::SkippedRange& range);
+  void WriteLink(const S_LinkChange& change);
 
  private:
   void Begin();
@@ -39,6 +44,7 @@ class C_FrameJson {
 
   C_JsonWriter& m_json;
   std::string m_input;
+  t_Arrival m_arrival;
   bool m_hex = false;
 };
 

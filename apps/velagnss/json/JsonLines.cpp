@@ -35,6 +35,12 @@ void C_JsonLines::EndInput(const S_InputEnd& end) {
   if (m_options.epochs && WantsMore()) m_epochs.Finish(end.clock);
 }
 
+void C_JsonLines::OnLink(const S_LinkChange& change) {
+  if (!m_options.events) return;
+  m_rejections.EndRange();
+  m_lines.WriteLink(change);
+}
+
 void C_JsonLines::OnRejection(const velagnss::RejectedStart& start) {
   ++m_dataErrors;
   if (m_options.events) m_rejections.Add(start);

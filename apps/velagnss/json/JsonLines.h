@@ -42,6 +42,8 @@ class C_JsonLines : public C_RecordConsumer {
   }
   bool NeedsEvents() const override { return true; }
   void BeginInput(const std::string& name) override;
+  void OnBytes(std::span<const unsigned char>, t_Arrival arrival) override { m_lines.SetArrival(arrival); }
+  void OnLink(const S_LinkChange& change) override;
   void OnFrame(const S_FrameRecord& record) override;
   void OnRejection(const velagnss::RejectedStart& start) override;
   void OnSkipped(const velagnss::SkippedRange& range) override;

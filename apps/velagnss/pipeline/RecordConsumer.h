@@ -5,8 +5,11 @@
 #define VELAGNSS_APPS_RECORD_CONSUMER_H
 
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 
+#include "apps/velagnss/input/ByteSource.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "stream/FrameReader.h"
 #include "stream/RecordDecoder.h"
@@ -20,6 +23,9 @@ struct S_FrameRecord {
   const velagnss::DecodedFrame& decoded;  // as constructed when no consumer needs records
   const velagnss::StreamClock& clock;     // has noted this frame already
 };
+
+// When the bytes of a live source came, by the machine's clock; none for other inputs.
+using t_Arrival = std::optional<S_Chunk::t_Clock::time_point>;
 
 // What became of the selected part of an input.
 struct S_InputTotals {
@@ -48,10 +54,16 @@ class C_RecordConsumer {
   virtual bool NeedsEvents() const { return false; }
 
   virtual void BeginInput(const std::string& /*name*/) {}
+
+  // Before the items that end in these bytes: the raw bytes as they came, and when.
+  virtual void OnBytes(std::span<const unsigned char> /*bytes*/, t_Arrival /*arrival*/) {}
   virtual void OnFrame(const S_FrameRecord& record) = 0;
   virtual void OnRejection(const velagnss::RejectedStart&) {}
   virtual void OnSkipped(const velagnss::SkippedRange&) {}
   virtual void EndInput(const S_InputEnd&) {}
+
+  // The state of a live source has changed. What was cut off by a loss has become items before.
+  virtual void OnLink(const S_LinkChange&) {}
 
   // False: it needs no items, or no more of them. It is asked after each item.
   virtual bool WantsMore() const { return true; }

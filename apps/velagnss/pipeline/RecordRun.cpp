@@ -41,8 +41,23 @@ void C_RecordRun::SelectActive() {
 }
 
 void C_RecordRun::Feed(const S_Chunk& chunk) {
+  for (C_RecordConsumer* consumer : m_active)
+    consumer->OnBytes(chunk.bytes, chunk.isLive ? t_Arrival(chunk.arrival) : std::nullopt);
   m_reader.Feed(chunk.bytes.data(), chunk.bytes.size());
   Pump();
+}
+
+// Bytes that wait for those after them may be a false start that holds frames back: when no more are to be expected
+// soon, they are searched as at the end of a file.
+void C_RecordRun::GiveUpWaiting() {
+  if (m_reader.BytesQueued() == 0) return;
+  m_reader.Finish();
+  Pump();
+}
+
+void C_RecordRun::OnLink(const S_LinkChange& change) {
+  GiveUpWaiting();
+  for (C_RecordConsumer* consumer : m_active) consumer->OnLink(change);
 }
 
 // After `-n` frames the rest of the queue is left alone: no consumer wants its frames.

@@ -35,6 +35,8 @@ class C_RecordRun : public C_StreamJob {
   void EndInput() override;
   bool WantsMore() const override;  // as long as one of the consumers does
   void BeforeWait() override;
+  void OnQuiet() override { GiveUpWaiting(); }
+  void OnLink(const S_LinkChange& change) override;
   void Finish() override;
 
   // The worst verdict of the consumers.
@@ -47,6 +49,7 @@ class C_RecordRun : public C_StreamJob {
 
  private:
   void Pump();
+  void GiveUpWaiting();
   void Take(const velagnss::Frame& frame);
   bool Select(const velagnss::Frame& frame);
   void ReportSelection() const;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <deque>
 #include <filesystem>
 
 #include "apps/velagnss/os/Diagnostics.h"
@@ -32,6 +33,11 @@ class C_WritingJob : public C_StreamJob {
     m_output.Flush(m_text);
   }
   void OnQuiet() override { m_job.OnQuiet(); }
+  void OnLink(const S_LinkChange& change) override { m_job.OnLink(change); }
+  void Finish() override {
+    m_job.Finish();
+    m_output.Flush(m_text);
+  }
 
   bool HasBegun() const { return m_hasBegun; }
   bool HasBytes() const { return m_hasBytes; }
@@ -49,7 +55,7 @@ void C_WritingJob::Feed(const S_Chunk& chunk) {
   m_hasBytes = m_hasBytes || !rest.empty();
   while (!rest.empty() && WantsMore()) {
     const std::size_t size = std::min(rest.size(), kFeedSize);
-    m_job.Feed({rest.first(size), chunk.arrival});
+    m_job.Feed({rest.first(size), chunk.arrival, chunk.isLive});
     if (m_text.Text().size() >= kFlushSize) m_output.Flush(m_text);
     rest = rest.subspan(size);
   }
@@ -101,15 +107,23 @@ void C_OutputRun::BeginFile(C_TextMaker& text, const std::string& name) {
 }
 
 // When the reader of the output has gone, nobody wants to know what the data came to.
-int C_OutputRun::Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge) {
-  C_WritingJob writing(job, text, m_output);
-  text.SetDrain([&] { m_output.Flush(text); });
-  if (!m_directory.empty()) text.SetNextFile([&](const std::string& name) { BeginFile(text, name); });
-  const eExitCode inputCode = RunInputs(input, IsProgressWanted(input.progress, m_output), writing);
-  const bool isNothingRead = inputCode != eExitOk && !writing.HasBytes();
-  if (isNothingRead || (!writing.HasBegun() && m_output.IsReplacement())) return inputCode;
-  job.Finish();
-  m_output.Flush(text);
+int C_OutputRun::Run(const S_InputOptions& input, S_Maker first, const t_NextMaker& next, const t_Judge& judge) {
+  std::deque<C_WritingJob> jobs;
+  const auto add = [&](S_Maker maker) -> C_StreamJob& {
+    maker.text.SetDrain([this, &text = maker.text] { m_output.Flush(text); });
+    return jobs.emplace_back(maker.job, maker.text, m_output);
+  };
+  add(first);
+  if (!m_directory.empty())
+    first.text.SetNextFile([this, &first](const std::string& name) { BeginFile(first.text, name); });
+  const eExitCode inputCode = RunInputs(input, IsProgressWanted(input.progress, m_output), jobs.front(),
+                                        [&]() -> C_StreamJob& { return add(next()); });
+  const auto isAny = [&jobs](bool (C_WritingJob::*has)() const) {
+    return std::any_of(jobs.begin(), jobs.end(), [has](const C_WritingJob& job) { return (job.*has)(); });
+  };
+  const bool isNothingRead = inputCode != eExitOk && !isAny(&C_WritingJob::HasBytes);
+  if (isNothingRead || (!isAny(&C_WritingJob::HasBegun) && m_output.IsReplacement())) return inputCode;
+  for (C_WritingJob& job : jobs) job.Finish();
   m_output.Close();
   if (m_output.HasReaderLeft()) return inputCode;
   if (m_output.HasFailed()) return eExitOutput;

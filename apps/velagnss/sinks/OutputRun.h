@@ -39,7 +39,19 @@ class C_OutputRun {
   // Feeds the inputs to `job` and writes what `text` then holds: when there is enough of it, before a wait, and at the
   // end. When inputs failed and none gave a byte, nothing is written, not even an empty document. Returns the exit
   // code, that of `judge` when nothing else has gone wrong.
-  int Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge);
+  int Run(const S_InputOptions& input, C_StreamJob& job, C_TextMaker& text, const t_Judge& judge) {
+    return Run(input, {job, text}, {}, judge);
+  }
+
+  // A job and where its text is.
+  struct S_Maker {
+    C_StreamJob& job;
+    C_TextMaker& text;
+  };
+
+  // The same with a maker for each further live source (Inputs.h); all of them write to the output.
+  using t_NextMaker = std::function<S_Maker()>;
+  int Run(const S_InputOptions& input, S_Maker first, const t_NextMaker& next, const t_Judge& judge);
 
   // Writes what `text` holds, where there are no inputs. Returns the exit code.
   int Write(C_TextMaker& text);

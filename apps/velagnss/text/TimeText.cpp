@@ -96,6 +96,16 @@ C_TimeText C_TimeText::Utc(unsigned int mjd, double secondsOfDay, unsigned int d
   return text;
 }
 
+// C++20 has this clock count from 1970-01-01 in UTC, without leap seconds.
+C_TimeText C_TimeText::OfMachine(std::chrono::system_clock::time_point time) {
+  constexpr std::int64_t kMjdOf1970 = 40587;
+  const auto microseconds = std::chrono::floor<std::chrono::microseconds>(time.time_since_epoch());
+  const auto days = std::chrono::floor<std::chrono::days>(microseconds);
+  const std::int64_t mjd = kMjdOf1970 + days.count();
+  if (mjd < kMjdOfGpsEpoch || mjd > std::int64_t{kLastMjd}) return {};
+  return Utc(static_cast<unsigned int>(mjd), static_cast<double>((microseconds - days).count()) / 1e6, kStreamDecimals);
+}
+
 C_TimeText C_TimeText::StreamTime(const velagnss::StreamClock& clock, double seconds) {
   const velagnss::StreamClock::Utc utc = clock.UtcOf(seconds);
   return utc.mjd ? Utc(*utc.mjd, utc.secondsOfDay, kStreamDecimals) : TimeOfDay(utc.secondsOfDay, kStreamDecimals);

@@ -2,6 +2,7 @@
 #ifndef VELAGNSS_APPS_TIME_TEXT_H
 #define VELAGNSS_APPS_TIME_TEXT_H
 
+#include <chrono>
 #include <string_view>
 
 #include "geo/GnssEnums.h"
@@ -33,6 +34,9 @@ class C_TimeText {
   // "2024-05-06T12:34:56Z" of a Modified Julian Date and UTC seconds of the day; empty where either part would be
   // empty.
   static C_TimeText Utc(unsigned int mjd, double secondsOfDay, unsigned int decimals = kMilliseconds);
+
+  // The same of the machine's clock, to microseconds; empty before 1980.
+  static C_TimeText OfMachine(std::chrono::system_clock::time_point time);
 
   // The UTC of a time of `clock`, to microseconds: with its date where that is known, else the time of day alone.
   static C_TimeText StreamTime(const velagnss::StreamClock& clock, double seconds);
