@@ -25,6 +25,12 @@ std::chrono::nanoseconds TimeSuspended() {
   return read(CLOCK_BOOTTIME) - read(CLOCK_MONOTONIC);
 }
 
+S_RetryRules Rules(const C_Link& link, const S_LiveOptions& options) {
+  S_RetryRules rules = link.RetryRules();
+  if (options.retryPause) rules.first = rules.longest = std::max(*options.retryPause, rules.least);
+  return rules;
+}
+
 S_LinkFailure Idle(milliseconds timeout) {
   return {S_LinkFailure::eKind::Lost, fmt::format("no data for {} s", static_cast<double>(timeout.count()) / 1000), {}};
 }
@@ -51,7 +57,7 @@ void C_LiveSource::Work(const t_MakeLink& makeLink) {
 
 void C_LiveSource::KeepOpen(C_Link& link) {
   using eState = S_LinkChange::eState;
-  C_RetryPauses pauses(link.RetryRules());
+  C_RetryPauses pauses(Rules(link, m_options));
   while (!m_await.IsStopping()) {
     m_queue.Push({eState::Connecting, {}, {}, pauses.Failures(), {}});
     milliseconds goodFor{};
