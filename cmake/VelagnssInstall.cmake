@@ -13,7 +13,7 @@ function(velagnss_install_documents component)
     install(FILES ${PROJECT_SOURCE_DIR}/${name} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT ${component})
   endforeach()
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
-    COMPONENT ${component} FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.cpp")
+    COMPONENT ${component} FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.cpp" PATTERN "*.service" PATTERN "*.rules")
 endfunction()
 velagnss_install_documents(development)
 

@@ -77,4 +77,44 @@ TEST_ROWS(JsonEventsOfAFlood, AreMerged, kFloods, row) {
   EXPECT_EQ(shared, row.shared);
 }
 
+// A false start that announces a long frame holds back what follows it, until the source pauses or is lost.
+TEST(JsonOfALiveSource, ShowsWhatWaitsWhenItPausesOrIsLost) {
+  using namespace std::chrono_literals;
+  Host::S_JsonLinesOptions options;
+  options.events = true;
+  Host::C_JsonLines lines(options);
+  Host::C_RecordRun run({{C_RawDataMessage::eNMEA0183, C_RawDataMessage::eRTCM3_x}, std::nullopt}, {&lines});
+  const Host::S_Chunk::t_Clock::time_point arrival(1792195200s + 250us);
+  const auto feed = [&](const std::string& bytes) {
+    run.Feed({{reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()}, arrival, true});
+  };
+  const std::string announced = "\xD3\x03\xFF\x3E\xD0"s;  // RTCM 3, 1005 in 1029 bytes
+  const auto take = [&lines] {
+    static const JsonSchema schema(json::parse(ReadHostFile("docs/velagnss.schema.json")));
+    std::istringstream text{std::string(lines.Text().Text())};
+    lines.Text().ClearText();
+    std::string words;
+    for (std::string line; std::getline(text, line);) {
+      const json object = json::parse(line);
+      EXPECT_EQ(schema.Check(object), "") << line;
+      EXPECT_EQ(object["arrival"], "2026-10-17T00:00:00.00025Z");
+      words += object.value("event", object.value("message", "")) + object.value("state", "") + " ";
+    }
+    return words;
+  };
+  run.BeginInput("");
+  run.OnLink({Host::S_LinkChange::eState::Connected, "10.0.0.5:5015", {}, 0, arrival});
+  feed(announced + Sentence("GPHDT,274.07,T"));
+  EXPECT_EQ(take(), "sourceconnected ");
+  run.OnQuiet();
+  EXPECT_EQ(take(), "skipped HDT ");
+  run.OnQuiet();
+  feed(Sentence("GPHDT,274.07,T") + announced + Sentence("GPHDT,1.0,T"));
+  EXPECT_EQ(take(), "HDT ");
+  run.OnLink({Host::S_LinkChange::eState::Lost, "no data for 60 s", 500ms, 1, arrival});
+  EXPECT_EQ(take(), "skipped HDT sourcelost ");
+  run.EndInput();
+  EXPECT_EQ(take(), "");
+}
+
 }  // namespace

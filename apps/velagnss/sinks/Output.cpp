@@ -46,10 +46,10 @@ void WaitForReader(int descriptor) {
 }  // namespace
 
 // Standard output is duplicated: closing the duplicate reports a late loss and leaves the descriptor to the C library.
-bool C_Output::Open(const std::string& name) {
+bool C_Output::Open(const std::string& name, eWriting writing) {
   const bool isStandardOutput = name == "-";
   m_name = isStandardOutput ? "standard output" : name;
-  m_descriptor = isStandardOutput ? C_FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) : OpenFile(name);
+  m_descriptor = isStandardOutput ? C_FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) : OpenFile(name, writing);
   if (m_descriptor.IsOpen()) {
     m_isTerminal = ::isatty(m_descriptor.Get()) == 1;
     m_state = eState::Good;
@@ -59,8 +59,8 @@ bool C_Output::Open(const std::string& name) {
   return false;
 }
 
-C_FileDescriptor C_Output::OpenFile(const std::string& name) {
-  if (C_FileReplacement::CanReplace(name)) {
+C_FileDescriptor C_Output::OpenFile(const std::string& name, eWriting writing) {
+  if (writing == eWriting::Replacement && C_FileReplacement::CanReplace(name)) {
     m_replacement = std::make_unique<C_FileReplacement>();
     if (C_FileDescriptor contents = m_replacement->Begin(name); contents.IsOpen()) return contents;
     m_replacement.reset();

@@ -21,7 +21,11 @@ class C_Output {
   // "-" is standard output. A regular file keeps its contents until `Close` replaces them, and a new file appears then:
   // without `Close` and after a failure nothing has changed. Anything else, such as a device or a pipe, is written to
   // directly, and so is a file in a directory where none can be created. False, reported, when it cannot be written.
-  bool Open(const std::string& name);
+  bool Open(const std::string& name) { return Open(name, eWriting::Replacement); }
+
+  // How a regular file gets its contents: all at once, or as they come.
+  enum class eWriting { Replacement, Direct };
+  bool Open(const std::string& name, eWriting writing);
 
   // Compresses everything from here on, gzip. Called after `Open`, before the first byte.
   void Compress();
@@ -46,7 +50,7 @@ class C_Output {
  private:
   enum class eState { Good, ReaderLeft, Failed };
 
-  C_FileDescriptor OpenFile(const std::string& name);
+  C_FileDescriptor OpenFile(const std::string& name, eWriting writing);
   bool WriteBytes(std::string_view bytes);
   bool Fail(int error);
 

@@ -83,7 +83,8 @@ eExitCode CheckOutput(const std::string& name, const S_InputOptions& input) {
 
 eExitCode C_OutputRun::Open(const std::string& name, const S_InputOptions& input) {
   if (const eExitCode code = CheckOutput(name, input); code != eExitOk) return code;
-  return Open(name) ? eExitOk : eExitOutput;
+  const auto writing = CountLive(input) > 0 ? C_Output::eWriting::Direct : C_Output::eWriting::Replacement;
+  return m_output.Open(name, writing) ? eExitOk : eExitOutput;
 }
 
 // Until the first file begins there is no text.

@@ -24,7 +24,8 @@ class C_OutputRun {
   // "-" is standard output. False, reported, when it cannot be written to.
   bool Open(const std::string& name) { return m_output.Open(name); }
 
-  // The same for an output of `input`, after `CheckOutput`.
+  // The same for an output of `input`, after `CheckOutput`. What live sources give is in a file at once: they have no
+  // end at which it could be complete.
   eExitCode Open(const std::string& name, const S_InputOptions& input);
 
   // For a maker of several files: they get their names from it, in `directory`, and end with ".gz" when they are
