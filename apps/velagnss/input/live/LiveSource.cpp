@@ -90,9 +90,9 @@ S_LinkFailure C_LiveSource::Stream(C_Link& link, milliseconds& goodFor) {
   while (!m_await.IsStopping()) {
     const t_Time look = C_Await::t_Clock::now() + kLook;
     const C_Link::S_Read read = link.Read(idleTimeout ? std::min(look, last + *idleTimeout) : look);
-    const t_Time now = C_Await::t_Clock::now();
+    if (!read.bytes.empty() && !m_queue.Push(read.bytes)) break;
+    const t_Time now = C_Await::t_Clock::now();  // after the queue had room, which may have taken long
     if (!read.bytes.empty()) {
-      if (!m_queue.Push(read.bytes)) break;
       if (!first) first = now;
       last = now;
     }
