@@ -89,4 +89,9 @@ S_Resolved Resolve(C_Await& await, const std::string& host, const std::string& p
   return {{}, await.IsStopping() ? "stopped" : "cannot look the name up: no answer from the name servers in time"};
 }
 
+std::string EndpointText(const asio::ip::address& address, std::uint16_t port) {
+  const bool isV6 = address.is_v6();
+  return fmt::format("{}{}{}:{}", isV6 ? "[" : "", address.to_string(), isV6 ? "]" : "", port);
+}
+
 }  // namespace Host

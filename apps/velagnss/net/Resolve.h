@@ -3,6 +3,7 @@
 #define VELAGNSS_APPS_RESOLVE_H
 
 #include <asio/ip/tcp.hpp>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,14 @@ struct S_Resolved {
 // of a service. Returns at the deadline and after `Stop` whatever the name servers do: the look-up goes on in a thread
 // of its own and its answer is thrown away.
 S_Resolved Resolve(C_Await& await, const std::string& host, const std::string& port, C_Await::t_Time deadline);
+
+// "127.0.0.1:5015", "[::1]:5015".
+std::string EndpointText(const asio::ip::address& address, std::uint16_t port);
+
+template <class Protocol>
+std::string EndpointText(const asio::ip::basic_endpoint<Protocol>& endpoint) {
+  return EndpointText(endpoint.address(), endpoint.port());
+}
 
 }  // namespace Host
 

@@ -68,10 +68,4 @@ void TuneTcp(tcp::socket& socket) {
     ::setsockopt(socket.native_handle(), IPPROTO_TCP, option.name, &option.value, sizeof option.value);
 }
 
-std::string EndpointText(const tcp::endpoint& endpoint) {
-  const std::string address = endpoint.address().to_string();
-  const bool isV6 = endpoint.address().is_v6();
-  return fmt::format("{}{}{}:{}", isV6 ? "[" : "", address, isV6 ? "]" : "", endpoint.port());
-}
-
 }  // namespace Host

@@ -18,9 +18,6 @@ std::string ConnectTcp(C_Await& await, const std::string& host, const std::strin
 // silent, and by the user time-out while bytes of ours wait for their acknowledgement, when no probes are sent.
 void TuneTcp(asio::ip::tcp::socket& socket);
 
-// "127.0.0.1:5015", "[::1]:5015".
-std::string EndpointText(const asio::ip::tcp::endpoint& endpoint);
-
 }  // namespace Host
 
 #endif  // VELAGNSS_APPS_TCP_SOCKET_H

@@ -21,6 +21,7 @@ class C_FileDescriptor {
 
   int Get() const { return m_descriptor; }
   bool IsOpen() const { return m_descriptor >= 0; }
+  int Release() { return std::exchange(m_descriptor, -1); }  // the caller owns it
 
   // False when the operating system only now reports that something written was lost (`errno`).
   bool Close() { return m_descriptor < 0 || ::close(std::exchange(m_descriptor, -1)) == 0; }

@@ -6,10 +6,12 @@
 #define VELAGNSS_APPS_LINK_H
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "apps/velagnss/net/Await.h"
 
@@ -25,6 +27,9 @@ struct S_LinkFailure {
   eKind kind;
   std::string text;                                // "connection refused"; no name, no password
   std::optional<std::chrono::seconds> retryAfter;  // what the other side asked for
+
+  static S_LinkFailure Lost(std::string text) { return {eKind::Lost, std::move(text), {}}; }
+  static S_LinkFailure Final(std::string text) { return {eKind::Final, std::move(text), {}}; }
 };
 
 // The pauses between tries: doubled from `first` to `longest`, each with a random part of itself added, and back to
@@ -61,6 +66,18 @@ class C_Link {
   virtual std::string Peer() const { return {}; }
 
   virtual S_RetryRules RetryRules() const { return {}; }
+
+  // Called within the other calls with what the user should know although nothing has failed: "listens at ...".
+  using t_Notice = std::function<void(const std::string& text)>;
+  void SetNotice(t_Notice notice) { m_notice = std::move(notice); }
+
+ protected:
+  void Notify(const std::string& text) const {
+    if (m_notice) m_notice(text);
+  }
+
+ private:
+  t_Notice m_notice;
 };
 
 }  // namespace Host

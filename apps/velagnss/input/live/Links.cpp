@@ -1,0 +1,65 @@
+#include "apps/velagnss/input/live/Links.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+
+#include "apps/velagnss/input/live/LinkKind.h"
+#include "apps/velagnss/input/live/SerialLink.h"
+#include "apps/velagnss/input/live/TcpLink.h"
+#include "apps/velagnss/input/live/TcpListenLink.h"
+#include "apps/velagnss/input/live/UdpLink.h"
+#include "apps/velagnss/input/live/UnixLink.h"
+#include "apps/velagnss/os/SerialPort.h"
+#include "apps/velagnss/text/Lists.h"
+
+namespace Host {
+namespace {
+
+const S_LinkKind* const kKinds[] = {
+    &kSerialLink, &kTcpLink, &kTcpListenLink, &kUdpLink, &kUnixLink,
+};
+
+const S_LinkKind* FindKind(std::string_view scheme) {
+  const auto* const* const found = std::find_if(
+      std::begin(kKinds), std::end(kKinds), [scheme](const S_LinkKind* kind) { return kind->form.scheme == scheme; });
+  return found == std::end(kKinds) ? nullptr : *found;
+}
+
+// A device's name alone is that of a port; options may follow it as well.
+std::string ReadName(const std::string& name, S_Address& address) {
+  return ReadAddress(IsAddress(name) ? name : "serial://" + name, address);
+}
+
+// Also of a device that is not plugged in now.
+bool IsNameOfPort(std::string_view name) {
+  name = name.substr(0, name.find('?'));
+  const bool isInPlace = (name.starts_with("/dev/tty") && name != "/dev/tty") || name.starts_with("/dev/serial/");
+  std::error_code none;
+  return IsSerialDevice(std::string(name)) || (isInPlace && !std::filesystem::exists(name, none));
+}
+
+}  // namespace
+
+bool IsLive(const std::string& name) { return IsAddress(name) || IsNameOfPort(name); }
+
+std::string CheckLive(const std::string& name) {
+  S_Address address;
+  if (std::string error = ReadName(name, address); !error.empty()) return error;
+  const S_LinkKind* const kind = FindKind(address.scheme);
+  if (kind == nullptr)
+    return fmt::format("unknown scheme '{}'; known are: {}", address.scheme,
+                       JoinNames(
+                           kKinds, [](const S_LinkKind* known) { return known->form.scheme; }, ", "));
+  return CheckAddress(address, kind->form);
+}
+
+std::unique_ptr<C_Link> MakeLink(const std::string& name, const S_LiveOptions& options, C_Await& await) {
+  S_Address address;
+  ReadName(name, address);
+  return FindKind(address.scheme)->make(address, options, await);
+}
+
+}  // namespace Host
