@@ -41,7 +41,7 @@ struct S_RetryRules {
   std::chrono::milliseconds longestRefused{600'000};
   std::chrono::milliseconds goodAfter{5'000};
   std::chrono::milliseconds least{0};                    // whatever pause the user wants
-  std::optional<std::chrono::milliseconds> idleTimeout;  // without a byte, unless the user chose another
+  std::optional<std::chrono::milliseconds> idleTimeout = {};  // without a byte, unless the user chose another
 };
 
 // Used by one thread. All waits are those of the C_Await that it is made with.
