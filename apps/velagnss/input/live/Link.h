@@ -25,8 +25,8 @@ struct S_LinkFailure {
     Final,    // trying again is of no use
   };
   eKind kind;
-  std::string text;                                // "connection refused"; no name, no password
-  std::optional<std::chrono::seconds> retryAfter;  // what the other side asked for
+  std::string text;                                     // "connection refused"; no name, no password
+  std::optional<std::chrono::seconds> retryAfter = {};  // what the other side asked for
 
   static S_LinkFailure Lost(std::string text) { return {eKind::Lost, std::move(text), {}}; }
   static S_LinkFailure Final(std::string text) { return {eKind::Final, std::move(text), {}}; }

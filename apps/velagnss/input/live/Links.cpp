@@ -56,6 +56,11 @@ std::string CheckLive(const std::string& name) {
   return CheckAddress(address, kind->form);
 }
 
+std::string ShownLive(const std::string& name) {
+  S_Address address;
+  return IsAddress(name) && ReadAddress(name, address).empty() ? address.Shown() : name;
+}
+
 std::unique_ptr<C_Link> MakeLink(const std::string& name, const S_LiveOptions& options, C_Await& await) {
   S_Address address;
   ReadName(name, address);

@@ -26,6 +26,9 @@ class C_TcpLink : public C_StreamLink<tcp::socket> {
     return std::nullopt;
   }
 
+  // Keepalive finds a peer that has vanished; only this finds one whose receiver has.
+  S_RetryRules RetryRules() const override { return {.idleTimeout = std::chrono::seconds(60)}; }
+
  private:
   const std::string m_host;
   const std::string m_port;
