@@ -38,7 +38,10 @@ S_LinkFailure Idle(milliseconds timeout) {
 }  // namespace
 
 C_LiveSource::C_LiveSource(std::string shownName, const S_LiveOptions& options, t_MakeLink makeLink)
-    : m_name(std::move(shownName)), m_options(options), m_thread([this, make = std::move(makeLink)] { Work(make); }) {}
+    : m_name(std::move(shownName)),
+      m_options(options),
+      m_positions(m_name, options.position == kPositionOfStream ? options.positions.get() : nullptr),
+      m_thread([this, make = std::move(makeLink)] { Work(make); }) {}
 
 C_LiveSource::~C_LiveSource() {
   m_queue.Close();
@@ -90,7 +93,10 @@ S_LinkFailure C_LiveSource::Stream(C_Link& link, milliseconds& goodFor) {
   while (!m_await.IsStopping()) {
     const t_Time look = C_Await::t_Clock::now() + kLook;
     const C_Link::S_Read read = link.Read(idleTimeout ? std::min(look, last + *idleTimeout) : look);
-    if (!read.bytes.empty() && !m_queue.Push(read.bytes)) break;
+    if (!read.bytes.empty()) {
+      m_positions.Take(read.bytes);
+      if (!m_queue.Push(read.bytes)) break;
+    }
     const t_Time now = C_Await::t_Clock::now();  // after the queue had room, which may have taken long
     if (!read.bytes.empty()) {
       if (!first) first = now;
