@@ -322,15 +322,15 @@ class Caster:
             await self.reply(link, version, self.table(1) if version == 1 else FAULTS["404"].reply)
 
     async def from_file(self, mount):
-        at = self.places[mount] if self.options.resume else 0
+        at = self.places[mount]
         sizes, sent, begin = self.options.pieces, 0, time.monotonic()
         for number in itertools.count():
-            if at == len(self.data):
+            if at >= len(self.data):
                 if self.options.at_end == "hold":
                     await asyncio.sleep(self.options.seconds)
                 if self.options.at_end != "loop":
                     return
-                at = 0
+                at %= len(self.data)
             piece = self.data[at:at + sizes[number % len(sizes)]]
             at += len(piece)
             sent += len(piece)
@@ -369,6 +369,8 @@ class Caster:
                         await link.send(part)
                     sent += len(now)
                     number += 1
+                if self.options.resume:
+                    self.places[mount] += len(now)
                 if is_last:
                     report("fault", mount=mount, sent=sent)
                     await fault.ending(link, piece)
@@ -377,7 +379,6 @@ class Caster:
                 await link.send(b"0\r\n\r\n")
         finally:
             watch.cancel()
-            self.places[mount] = (self.places[mount] + sent) % max(1, len(self.data))
             report("served", mount=mount, sent=sent)
 
     async def send_head(self, link, head, fault):

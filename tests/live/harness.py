@@ -175,7 +175,7 @@ class Terminal:
     def wait_until_open(self, seconds=PATIENCE):
         """Until a program has the port open: before that, what is written would be lost or changed by the terminal."""
         target = os.readlink(self.name)
-        wait_until(lambda: any(os.path.realpath(f) == target for f in open_files()), seconds, f"{self.name} is not opened")
+        wait_until(lambda: target in open_files(), seconds, f"{self.name} is not opened")
         time.sleep(0.05)  # its settings follow
 
     def write(self, data):
@@ -199,7 +199,9 @@ def open_files():
     for process in pathlib.Path("/proc").glob("[0-9]*"):
         if process.name != str(os.getpid()):
             with contextlib.suppress(OSError):
-                yield from (str(file) for file in (process / "fd").iterdir())
+                for file in (process / "fd").iterdir():
+                    with contextlib.suppress(OSError):
+                        yield os.readlink(file)
 
 
 def wait_until(is_true, seconds=PATIENCE, what="waited in vain"):

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Live sources against the other ends of their lines: what arrives is decoded as a file is, whatever happens to the line."""
 
+import pathlib
 import signal
 import socket
 import threading
@@ -118,7 +119,7 @@ class UdpLine(Line):
         return f"udp://127.0.0.1:{self.port}"
 
     def send(self, pieces):
-        wait_until(lambda: f":{self.port:04X} " in open("/proc/net/udp").read(), what="the port is not bound")
+        wait_until(lambda: f":{self.port:04X} " in pathlib.Path("/proc/net/udp").read_text(), what="the port is not bound")
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
             sender.sendto(b"", ("127.0.0.1", self.port))  # an empty datagram is legal, and no end
             for piece in pieces:
@@ -223,8 +224,9 @@ class LiveTest(harness.Case):
         network.set_loopback("up")
         count = len(program.frames())
         program.wait_for_frames(count + 50, 40)
-        for frame in program.frames():
-            self.assertEqual(frame["result"], 0)
+        program.end()
+        real = {repr(harness.without_live(frame)) for frame in self.decode(self.session)}
+        self.assertLessEqual({repr(harness.without_live(frame)) for frame in program.frames()}, real)
 
     def test_unplugged_port_costs_nothing(self):
         line = SerialLine(self)
