@@ -54,6 +54,11 @@ std::string CheckSearch(const std::string& list) {
   return "'" + list + "' names an unknown protocol; known: " + ProtocolNames();
 }
 
+std::string CheckInput(const std::string& name) {
+  const std::string error = IsLive(name) ? CheckLive(name) : std::string();
+  return error.empty() ? error : fmt::format("'{}' {}", ShownLive(name), error);
+}
+
 constexpr double kMaxSeconds = 86400;  // of pauses and time-outs
 
 std::string CheckSeconds(const std::string& text) {
@@ -158,7 +163,7 @@ void DeclareInputs(CLI::App& app, S_InputOptions& input) {
   app.add_option("INPUT", input.names,
                  "files, live sources such as /dev/ttyUSB0 or tcp://host:port,\n'-' or nothing for standard input")
       ->option_text("...")
-      ->check([](const std::string& name) { return IsLive(name) ? CheckLive(name) : std::string(); });
+      ->check(&CheckInput);
   app.add_option("--read-size", input.readSize,
                  "bytes to read at once (default: 262144); the output does not depend on it")
       ->option_text("BYTES")

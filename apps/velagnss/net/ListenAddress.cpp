@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
+
 #include "apps/velagnss/net/Resolve.h"
 
 namespace Host {
@@ -19,7 +21,7 @@ std::string ListenErrorText(const asio::error_code& error, const S_Address& addr
     return fmt::format("port {} is in use by another program; end that one or choose another port", address.port);
   if (error == asio::error::access_denied)
     return fmt::format("port {} may not be used; choose one from 1024 on", address.port);
-  if (error == std::errc::address_not_available)
+  if (error.value() == EADDRNOTAVAIL)
     return fmt::format("{} is no address of this machine; 0.0.0.0 and [::] are all that it has", address.host);
   return error.message();
 }

@@ -51,15 +51,17 @@ std::string CheckLive(const std::string& name) {
   if (std::string error = ReadName(name, address); !error.empty()) return error;
   const S_LinkKind* const kind = FindKind(address.scheme);
   if (kind == nullptr)
-    return fmt::format("unknown scheme '{}'; known are: {}", address.scheme,
+    return fmt::format("has an unknown scheme; known are: {}",
                        JoinNames(
                            kKinds, [](const S_LinkKind* known) { return known->form.scheme; }, ", "));
   return CheckAddress(address, kind->form);
 }
 
+// Nobody knows where the password is in an address that cannot be read.
 std::string ShownLive(const std::string& name) {
   S_Address address;
-  return IsAddress(name) && ReadAddress(name, address).empty() ? address.Shown() : name;
+  if (!IsAddress(name)) return name;
+  return ReadAddress(name, address).empty() ? address.Shown() : address.scheme + "://...";
 }
 
 std::unique_ptr<C_Link> MakeLink(const std::string& name, const S_LiveOptions& options, C_Await& await) {

@@ -41,7 +41,7 @@ class C_SerialLink : public C_StreamLink<t_Port> {
   }
 
   // A device that was unplugged is looked for often: it takes little, and it may come back any time.
-  S_RetryRules RetryRules() const override { return {.longest = std::chrono::seconds(2)}; }
+  S_RetryRules RetryRules() const override { return {.longest = std::chrono::seconds(2), .idleTimeout = {}}; }
 
  private:
   const std::string m_path;

@@ -104,7 +104,7 @@ class C_TcpListenLink : public C_StreamLink<tcp::socket> {
   }
 
   // The next sender is waited for at once, however short the last one stayed.
-  S_RetryRules RetryRules() const override { return {.first = {}, .longest = {}, .goodAfter = {}}; }
+  S_RetryRules RetryRules() const override { return {.first = {}, .longest = {}, .goodAfter = {}, .idleTimeout = {}}; }
 
  private:
   std::optional<S_LinkFailure> Listen();

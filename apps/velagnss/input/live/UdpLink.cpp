@@ -67,7 +67,7 @@ asio::error_code ChangeMembership(udp::socket& socket, const asio::ip::address& 
 }
 
 std::string JoinError(const asio::error_code& error) {
-  if (error == std::errc::no_such_device)
+  if (error.value() == ENODEV)
     return "there is no route to this group; name the network interface: ?interface=eth0";
   return fmt::format("cannot join the group: {}", error.message());
 }
