@@ -15,6 +15,7 @@
 #include "apps/velagnss/commands/ExtractCommand.h"
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
+#include "apps/velagnss/commands/NtripTableCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -25,7 +26,8 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kExtractCommand, &kEncodeCommand, &kGeoCommand,
+    &kDecodeCommand, &kStatCommand, &kConvertCommand,    &kExtractCommand,
+    &kEncodeCommand, &kGeoCommand,  &kNtripTableCommand,
 };
 
 constexpr char kDescription[] =
