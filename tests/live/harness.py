@@ -233,10 +233,14 @@ def reset(connection):
     connection.close()
 
 
-def wait_until_read(connection):
+def wait_until_listening(port):
+    wait_until(lambda: f":{port:04X} 00000000:0000 0A" in pathlib.Path("/proc/net/tcp").read_text(), what="nobody listens")
+
+
+def wait_until_read(connection, seconds=0.3):
     """Until the peer's kernel has all that was sent: a reset would otherwise drop it."""
     wait_until(lambda: struct.unpack("i", fcntl.ioctl(connection, termios.TIOCOUTQ, b"\0" * 4))[0] == 0)
-    time.sleep(0.3)  # and the program has taken it from there
+    time.sleep(seconds)  # and the program has taken it from there
 
 
 class Network:
