@@ -87,6 +87,9 @@ void ReportIgnoredPeriod(const C_MessageFilter& filter);
 // How the arguments, which have been checked, want streams to be read.
 S_RunOptions RunOptions(const S_StreamArguments& stream);
 
+// The option --to of commands that hand streams on (relay/Destinations.h).
+void DeclareDestinations(CLI::App& app, std::vector<std::string>& destinations);
+
 // The option -o.
 void DeclareOutput(CLI::App& app, std::string& output);
 

@@ -16,6 +16,9 @@
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
 #include "apps/velagnss/commands/NtripTableCommand.h"
+#include "apps/velagnss/commands/RecordCommand.h"
+#include "apps/velagnss/commands/RelayCommand.h"
+#include "apps/velagnss/commands/ReplayCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -26,8 +29,8 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand, &kConvertCommand,    &kExtractCommand,
-    &kEncodeCommand, &kGeoCommand,  &kNtripTableCommand,
+    &kDecodeCommand, &kStatCommand,       &kConvertCommand, &kExtractCommand, &kEncodeCommand,
+    &kGeoCommand,    &kNtripTableCommand, &kRecordCommand,  &kReplayCommand,  &kRelayCommand,
 };
 
 constexpr char kDescription[] =
