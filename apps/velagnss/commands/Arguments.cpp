@@ -86,6 +86,12 @@ void DeclareLive(CLI::App& app, S_LiveOptions& live) {
          "'never' waits for its end)")
       ->option_text("SECONDS")
       ->check([](const std::string& text) { return text == "never" ? std::string() : CheckSeconds(text); });
+  app.add_option_function<std::string>(
+         "--retry-pause", [&live](const std::string& text) { live.retryPause = ReadSeconds(text); },
+         "pause about so long before a lost live source is tried again\n(default: 0.5, doubled up to 30; casters "
+         "longer)")
+      ->option_text("SECONDS")
+      ->check(&CheckSeconds);
   app.add_option("--tries", live.maxTries, "give up a live source after so many failures in a row\n(default: never)")
       ->option_text("COUNT")
       ->check(NumberBetween(1U, 1'000'000U, "a whole number from 1 to 1000000"));

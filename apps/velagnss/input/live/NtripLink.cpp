@@ -29,6 +29,7 @@ constexpr S_RetryRules kRetryRules = {.first = 5s,
                                       .firstRefused = kRefusalPause,
                                       .longestRefused = 600s,
                                       .goodAfter = 60s,
+                                      .least = 5s,
                                       .idleTimeout = kIdleTime};
 
 constexpr auto kPositionPeriod = 10s;
