@@ -21,6 +21,7 @@ set(rows
   "apps/velagnss/net/"       "${app}(net|os|text)/"
   "apps/velagnss/input/"     "${app}(input|net|os|text)/"
   "apps/velagnss/sinks/"     "${app}(sinks|input|net|os|text)/"
+  "apps/velagnss/record/"    "${app}(record|sinks|input|net|os|text)/|public"
   "apps/velagnss/pipeline/"  "${app}(pipeline|input|os|text)/|public"
   "apps/velagnss/geo/"       "${app}(geo|text)/|public"
   "apps/velagnss/epoch/"     "${app}(epoch|pipeline|text)/|public"
@@ -29,6 +30,7 @@ set(rows
   "apps/velagnss/track/"     "${app}(track|epoch|pipeline|os|text)/|public"
   "apps/velagnss/rinex/"     "${app}(rinex|pipeline|os|text)/|public"
   "apps/velagnss/nmea/"      "${app}(nmea|pipeline|os|text)/|public"
+  "apps/velagnss/relay/"     "${app}(relay|json|pipeline|sinks|input|net|os|text)/|public"
   "apps/"                    "apps/|public"  # commands and main
   "examples/"       "public")
 

@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "apps/velagnss/commands/RecordArguments.h"
 #include "apps/velagnss/input/live/Links.h"
+#include "apps/velagnss/net/Credentials.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
+#include "apps/velagnss/relay/Destinations.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/MessageNames.h"
 #include "apps/velagnss/text/TimeRead.h"
@@ -83,9 +86,23 @@ void DeclareLive(CLI::App& app, S_LiveOptions& live) {
          "'never' waits for its end)")
       ->option_text("SECONDS")
       ->check([](const std::string& text) { return text == "never" ? std::string() : CheckSeconds(text); });
+  app.add_option_function<std::string>(
+         "--retry-pause", [&live](const std::string& text) { live.retryPause = ReadSeconds(text); },
+         "pause about so long before a lost live source is tried again\n(default: 0.5, doubled up to 30; casters "
+         "longer)")
+      ->option_text("SECONDS")
+      ->check(&CheckSeconds);
   app.add_option("--tries", live.maxTries, "give up a live source after so many failures in a row\n(default: never)")
       ->option_text("COUNT")
       ->check(NumberBetween(1U, 1'000'000U, "a whole number from 1 to 1000000"));
+  DeclareCredentials(app, live.credentials);
+  // --position of `convert` is that of the antenna.
+  app.add_option(app.get_name() == "convert" ? "--send-position" : "--position,--send-position", live.position,
+                 "send casters this latitude,longitude,height in degrees and meters; 'stream': the\nposition that "
+                 "another source of the run has in its GGA sentences (default: none)")
+      ->option_text("PLACE")
+      ->check(
+          [](const std::string& text) { return text == kPositionOfStream ? std::string() : CheckFixedPosition(text); });
 }
 
 // These depend on each other, so they are checked together.
@@ -104,13 +121,18 @@ void DeclareDate(CLI::App& app, S_StreamArguments& stream) {
       ->check(&CheckDate);
 }
 
-// --to is the format of `convert`.
+// --to names what is written, or where it goes, in some commands.
+bool HasOtherTo(const CLI::App& app) {
+  constexpr std::string_view kCommands[] = {"convert", "relay", "replay"};
+  return std::find(std::begin(kCommands), std::end(kCommands), app.get_name()) != std::end(kCommands);
+}
+
 void DeclareSelection(CLI::App& app, S_StreamArguments& stream) {
   app.add_option(
          "--from", stream.from,
          "only from this time of the stream on, 2024-05-18T12:00:00, 2024-05-18\n(its 00:00:00) or 12:00:00, UTC")
       ->option_text("TIME");
-  app.add_option(app.get_name() == "convert" ? "--until" : "--to,--until", stream.until,
+  app.add_option(HasOtherTo(app) ? "--until" : "--to,--until", stream.until,
                  "only up to this time, which is excluded; times of day mean every day")
       ->option_text("TIME");
   app.add_option("--talker", stream.talkers,
@@ -165,6 +187,19 @@ void DeclareInputs(CLI::App& app, S_InputOptions& input) {
   DeclareLive(app, input.live);
 }
 
+void DeclareCredentials(CLI::App& app, std::string& file) {
+  app.add_option("--credentials", file,
+                 "take users and passwords of casters from this file, which nobody else may\nread; its lines: "
+                 "HOST[:PORT] USER PASSWORD")
+      ->option_text("FILE")
+      ->check(&CheckCredentials);
+}
+
+std::string CheckFixedPosition(const std::string& text) {
+  if (ReadFixedPosition(text)) return {};
+  return "must be latitude,longitude,height in degrees and meters, as in 48.1,11.6,560, not '" + text + "'";
+}
+
 bool HasTooManyLive(std::string_view command, const S_InputOptions& input) {
   if (CountLive(input) < 2) return false;
   ReportUsage(command, "reads one live source at a time; run it once for each");
@@ -173,6 +208,7 @@ bool HasTooManyLive(std::string_view command, const S_InputOptions& input) {
 
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
   DeclareInputs(app, stream.input);
+  DeclareTee(app, stream.input);
   app.add_option("--search", stream.search,
                  "search for these protocols only: others are noise; of:\n" + ProtocolNames())
       ->option_text("LIST")
@@ -221,6 +257,17 @@ void ReportIgnoredPeriod(const C_MessageFilter& filter) {
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
   return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly,
           stream.selection, ParseDate(stream.date)};
+}
+
+void DeclareDestinations(CLI::App& app, std::vector<std::string>& destinations) {
+  app.add_option(
+         "--to", destinations,
+         fmt::format("where it goes, FORMAT:DESTINATION, FORMAT for standard output, or DESTINATION; repeated for\n"
+                     "several. Formats: {}. Destinations: files and\n{}",
+                     UnitNames(), DestinationForms()))
+      ->option_text("WHERE")
+      ->required()
+      ->allow_extra_args(false);
 }
 
 void DeclareOutput(CLI::App& app, std::string& output) {

@@ -4,11 +4,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <numeric>
 #include <optional>
 #include <sstream>
 #include <string>
-#include <utility>
 
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/commands/ConvertCommand.h"
@@ -17,17 +15,23 @@
 #include "apps/velagnss/commands/ExtractCommand.h"
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
+#include "apps/velagnss/commands/NtripTableCommand.h"
 #include "apps/velagnss/commands/PortsCommand.h"
+#include "apps/velagnss/commands/RecordCommand.h"
+#include "apps/velagnss/commands/RelayCommand.h"
+#include "apps/velagnss/commands/ReplayCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/sinks/OutputRun.h"
+#include "apps/velagnss/text/EditDistance.h"
 
 namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kExtractCommand, &kEncodeCommand, &kGeoCommand, &kPortsCommand,
+    &kDecodeCommand, &kStatCommand,   &kConvertCommand, &kExtractCommand,    &kEncodeCommand, &kGeoCommand,
+    &kRecordCommand, &kReplayCommand, &kRelayCommand,   &kNtripTableCommand, &kPortsCommand,
 };
 
 constexpr char kDescription[] =
@@ -105,19 +109,6 @@ const S_CommandEntry* FindCommand(std::string_view name) {
   const auto* const* const found = std::find_if(std::begin(kCommands), std::end(kCommands),
                                                 [name](const auto* entry) { return entry->name == name; });
   return found == std::end(kCommands) ? nullptr : *found;
-}
-
-std::size_t EditDistance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = std::exchange(row[0], i);
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-      diagonal = std::exchange(row[j], std::min({changed, row[j] + 1, row[j - 1] + 1}));
-    }
-  }
-  return row.back();
 }
 
 std::string UnknownWord(std::string_view word) {

@@ -23,6 +23,9 @@ class C_StreamJob {
   // The input may have to be waited for: what is ready should be shown now.
   virtual void BeforeWait() {}
 
+  // `BeforeWait` is wanted at least this often. None: only when there is news.
+  virtual std::optional<std::chrono::milliseconds> LongestWait() const { return std::nullopt; }
+
   // The source had no byte for its quiet time.
   virtual void OnQuiet() {}
 

@@ -29,6 +29,7 @@ class C_JsonLines : public C_RecordConsumer {
   explicit C_JsonLines(const S_JsonLinesOptions& options);
 
   C_TextMaker& Text() { return m_json; }
+  const C_TextMaker& Text() const { return m_json; }
 
   std::uint64_t FramesWritten() const { return m_framesWritten; }
 

@@ -4,22 +4,23 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 
-C_RecordRun::C_RecordRun(const S_RunOptions& options, std::initializer_list<C_RecordConsumer*> consumers)
-    : m_consumers(consumers),
+C_RecordRun::C_RecordRun(const S_RunOptions& options, std::vector<C_RecordConsumer*> consumers)
+    : m_consumers(std::move(consumers)),
       m_needsRecords(options.selection.Window().IsSet() ||
-                     std::any_of(consumers.begin(), consumers.end(), [](auto* c) { return c->NeedsRecords(); })),
+                     std::any_of(m_consumers.begin(), m_consumers.end(), [](auto* c) { return c->NeedsRecords(); })),
       m_selection(options.selection),
       m_selectsAll(options.selection.IsEverything()) {
   m_reader.DisableProtocol(C_RawDataMessage::eAllProtocols);
   for (const C_RawDataMessage::eProtocols protocol : options.search) m_reader.EnableProtocol(protocol);
   m_reader.AcceptUnlisted(options.acceptsUnlisted);
-  m_reader.ReportEvents(std::any_of(consumers.begin(), consumers.end(), [](auto* c) { return c->NeedsEvents(); }));
+  m_reader.ReportEvents(std::any_of(m_consumers.begin(), m_consumers.end(), [](auto* c) { return c->NeedsEvents(); }));
   m_decoder.KeepTimeDigits(velagnss::TimeDigits::All);
   if (options.firstDay) m_decoder.AssumeFirstDay(*options.firstDay);
   if (options.seed) m_decoder.SeedTime(*options.seed);

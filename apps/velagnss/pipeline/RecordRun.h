@@ -3,7 +3,6 @@
 #define VELAGNSS_APPS_RECORD_RUN_H
 
 #include <cstdint>
-#include <initializer_list>
 #include <optional>
 #include <vector>
 
@@ -28,7 +27,7 @@ struct S_RunOptions {
 class C_RecordRun : public C_StreamJob {
  public:
   // The consumers must outlive the run.
-  C_RecordRun(const S_RunOptions& options, std::initializer_list<C_RecordConsumer*> consumers);
+  C_RecordRun(const S_RunOptions& options, std::vector<C_RecordConsumer*> consumers);
 
   void BeginInput(const std::string& name) override;
   void Feed(const S_Chunk& chunk) override;

@@ -40,6 +40,7 @@ struct S_RetryRules {
   std::chrono::milliseconds firstRefused{10'000};  // after `Refused`
   std::chrono::milliseconds longestRefused{600'000};
   std::chrono::milliseconds goodAfter{5'000};
+  std::chrono::milliseconds least{0};                         // whatever pause the user wants
   std::optional<std::chrono::milliseconds> idleTimeout = {};  // without a byte, unless the user chose another
 };
 

@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "apps/velagnss/input/live/LinkKind.h"
+#include "apps/velagnss/input/live/NtripLink.h"
 #include "apps/velagnss/input/live/SerialLink.h"
 #include "apps/velagnss/input/live/TcpLink.h"
 #include "apps/velagnss/input/live/TcpListenLink.h"
@@ -19,7 +20,7 @@ namespace Host {
 namespace {
 
 const S_LinkKind* const kKinds[] = {
-    &kSerialLink, &kTcpLink, &kTcpListenLink, &kUdpLink, &kUnixLink,
+    &kNtripLink, &kNtripTlsLink, &kSerialLink, &kTcpLink, &kTcpListenLink, &kUdpLink, &kUnixLink,
 };
 
 const S_LinkKind* FindKind(std::string_view scheme) {

@@ -25,6 +25,12 @@ std::chrono::nanoseconds TimeSuspended() {
   return read(CLOCK_BOOTTIME) - read(CLOCK_MONOTONIC);
 }
 
+S_RetryRules Rules(const C_Link& link, const S_LiveOptions& options) {
+  S_RetryRules rules = link.RetryRules();
+  if (options.retryPause) rules.first = rules.longest = std::max(*options.retryPause, rules.least);
+  return rules;
+}
+
 S_LinkFailure Idle(milliseconds timeout) {
   return {S_LinkFailure::eKind::Lost, fmt::format("no data for {} s", static_cast<double>(timeout.count()) / 1000), {}};
 }
@@ -32,7 +38,10 @@ S_LinkFailure Idle(milliseconds timeout) {
 }  // namespace
 
 C_LiveSource::C_LiveSource(std::string shownName, const S_LiveOptions& options, t_MakeLink makeLink)
-    : m_name(std::move(shownName)), m_options(options), m_thread([this, make = std::move(makeLink)] { Work(make); }) {}
+    : m_name(std::move(shownName)),
+      m_options(options),
+      m_positions(m_name, options.position == kPositionOfStream ? options.positions.get() : nullptr),
+      m_thread([this, make = std::move(makeLink)] { Work(make); }) {}
 
 C_LiveSource::~C_LiveSource() {
   m_queue.Close();
@@ -51,7 +60,7 @@ void C_LiveSource::Work(const t_MakeLink& makeLink) {
 
 void C_LiveSource::KeepOpen(C_Link& link) {
   using eState = S_LinkChange::eState;
-  C_RetryPauses pauses(link.RetryRules());
+  C_RetryPauses pauses(Rules(link, m_options));
   link.SetNotice([this](const std::string& text) { m_queue.Push({eState::Notice, text, {}, 0, {}}); });
   while (!m_await.IsStopping()) {
     m_queue.Push({eState::Connecting, {}, {}, pauses.Failures(), {}});
@@ -86,9 +95,12 @@ S_LinkFailure C_LiveSource::Stream(C_Link& link, milliseconds& goodFor) {
   while (!m_await.IsStopping()) {
     const t_Time look = C_Await::t_Clock::now() + kLook;
     const C_Link::S_Read read = link.Read(idleTimeout ? std::min(look, last + *idleTimeout) : look);
-    const t_Time now = C_Await::t_Clock::now();
     if (!read.bytes.empty()) {
+      m_positions.Take(read.bytes);
       if (!m_queue.Push(read.bytes)) break;
+    }
+    const t_Time now = C_Await::t_Clock::now();  // after the queue had room, which may have taken long
+    if (!read.bytes.empty()) {
       if (!first) first = now;
       last = now;
     }

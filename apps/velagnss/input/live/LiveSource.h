@@ -10,6 +10,7 @@
 #include "apps/velagnss/input/ByteSource.h"
 #include "apps/velagnss/input/live/ChunkQueue.h"
 #include "apps/velagnss/input/live/Link.h"
+#include "apps/velagnss/input/live/PositionFeed.h"
 
 namespace Host {
 
@@ -17,9 +18,11 @@ namespace Host {
 struct S_LiveOptions {
   std::optional<std::chrono::milliseconds> quietTime = std::chrono::milliseconds(500);  // none: a pause means nothing
   std::optional<std::chrono::milliseconds> idleTimeout;  // then the link is opened anew; none: what its kind does
+  std::optional<std::chrono::milliseconds> retryPause;   // after each loss; none: they grow as its kind wants
   unsigned int maxTries = 0;                             // that fail in a row; 0: without end
   std::string credentials;                               // the name of a file; may be empty
-  std::string position;                                  // "latitude,longitude,height" for casters; may be empty
+  std::string position;                                  // "latitude,longitude,height" for casters, or "stream"
+  std::shared_ptr<C_PositionFeed> positions = std::make_shared<C_PositionFeed>();  // what "stream" means
 };
 
 class C_LiveSource : public C_ByteSource {
@@ -49,6 +52,7 @@ class C_LiveSource : public C_ByteSource {
   const S_LiveOptions m_options;
   C_Await m_await;
   C_ChunkQueue m_queue;
+  C_PositionScanner m_positions;
   S_LinkChange m_change;
   std::thread m_thread;
 };

@@ -1,0 +1,156 @@
+#include "apps/velagnss/relay/Destinations.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "apps/velagnss/net/Address.h"
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/os/Signals.h"
+#include "apps/velagnss/sinks/live/Casters.h"
+#include "apps/velagnss/text/Numbers.h"
+
+namespace Host {
+namespace {
+
+using namespace std::chrono_literals;
+using t_Clock = C_SinkThread::t_Clock;
+
+constexpr auto kFinishAfterSignal = 2s;
+constexpr auto kFinishWithoutProgress = 30s;
+
+}  // namespace
+
+C_Destinations::C_Destinations() = default;
+
+// No call of the thread may find its sink gone.
+C_Destinations::~C_Destinations() {
+  if (m_thread != nullptr) m_thread->Stop();
+}
+
+std::string C_Destinations::Read(const std::vector<std::string>& texts, const S_RelaySource& source) {
+  m_canWait = !source.isLive;
+  m_credentials = source.credentials;
+  for (const std::string& text : texts)
+    if (std::string error = ReadOne(text, source); !error.empty()) return "--to " + error;
+  return {};
+}
+
+std::string C_Destinations::ReadOne(const std::string& text, const S_RelaySource& source) {
+  const std::size_t colon = text.find(':');
+  std::optional<eUnits> units = FindUnits(std::string_view(text).substr(0, colon));
+  const std::string where = !units ? text : colon == std::string::npos ? "-" : text.substr(colon + 1);
+  if (where.empty()) return fmt::format("{}: names no destination", text);
+  if (std::string error = CheckDestination(where); !error.empty()) return error;
+  const bool canBeRaw = source.isOne && !source.isSelected;
+  if (units == eUnits::Raw && !canBeRaw)
+    return fmt::format("raw: {}; write frames instead",
+                       source.isOne ? "holds everything, and so does not go with a filter" : "is for one source");
+  if (!units) units = canBeRaw && !IsNtrip(where) ? eUnits::Raw : eUnits::Frames;
+  m_destinations.push_back({*units, where, nullptr});
+  return {};
+}
+
+std::vector<std::string> C_Destinations::Files() const {
+  std::vector<std::string> files;
+  for (const S_Destination& destination : m_destinations)
+    if (!IsAddress(destination.where)) files.push_back(destination.where);
+  return files;
+}
+
+bool C_Destinations::Open() {
+  m_thread = std::make_unique<C_SinkThread>();
+  m_casters = std::make_unique<C_Casters>(*m_thread);
+  for (S_Destination& destination : m_destinations) {
+    destination.sink = MakeSink(destination.where, {m_canWait, *m_thread, *m_casters, m_credentials});
+    if (!destination.sink->Open()) return false;
+  }
+  return true;
+}
+
+bool C_Destinations::WaitForClients(std::uint64_t count) {
+  const auto haveCome = [this, count] {
+    std::uint64_t come = 0;
+    for (const S_SinkTotals& totals : Totals()) come += totals.accepted;
+    return come >= count;
+  };
+  return m_thread->WaitFor(haveCome, t_Clock::time_point::max());
+}
+
+std::set<eUnits> C_Destinations::Units() const {
+  std::set<eUnits> units;
+  for (const S_Destination& destination : m_destinations) units.insert(destination.units);
+  return units;
+}
+
+void C_Destinations::Put(eUnits units, const t_Piece& piece) {
+  for (const S_Destination& destination : m_destinations)
+    if (destination.units == units) destination.sink->Put(piece);
+}
+
+void C_Destinations::Settle() {
+  const auto hasRoom = [this] {
+    return std::none_of(m_destinations.begin(), m_destinations.end(),
+                        [](const S_Destination& destination) { return destination.sink->IsFull(); });
+  };
+  if (SignalReceived() == 0 && !hasRoom()) m_thread->WaitFor(hasRoom, t_Clock::time_point::max());
+  m_thread->ShowMessages();
+}
+
+bool C_Destinations::WantsMore() const {
+  return std::any_of(m_destinations.begin(), m_destinations.end(),
+                     [](const S_Destination& destination) { return !destination.sink->HasEnded(); });
+}
+
+bool C_Destinations::AreFinished() const {
+  return std::all_of(m_destinations.begin(), m_destinations.end(),
+                     [](const S_Destination& destination) { return destination.sink->IsFinished(); });
+}
+
+std::vector<S_SinkTotals> C_Destinations::Totals() const {
+  std::vector<S_SinkTotals> totals;
+  for (const S_Destination& destination : m_destinations) totals.push_back(destination.sink->Totals());
+  return totals;
+}
+
+std::uint64_t C_Destinations::BytesSent() const {
+  std::uint64_t bytes = 0;
+  for (const S_SinkTotals& totals : Totals()) bytes += totals.bytes;
+  return bytes;
+}
+
+void C_Destinations::Finish() {
+  for (const S_Destination& destination : m_destinations) destination.sink->Finish();
+  const auto areFinished = [this] { return AreFinished(); };
+  for (std::uint64_t before = BytesSent(); !m_isComplete; before = BytesSent()) {
+    const bool isSignaled = SignalReceived() != 0;
+    m_isComplete =
+        m_thread->WaitFor(areFinished, t_Clock::now() + (isSignaled ? kFinishAfterSignal : kFinishWithoutProgress));
+    const bool mayGoOn = SignalReceived() == 0 ? BytesSent() > before : !isSignaled;
+    if (!mayGoOn) break;
+  }
+  m_thread->ShowMessages();
+  m_thread->Stop();
+  ReportTotals();
+}
+
+void C_Destinations::ReportTotals() const {
+  for (const S_Destination& destination : m_destinations) {
+    const S_SinkTotals totals = destination.sink->Totals();
+    ReportDetail(fmt::format("{}: {}, {} and {} sent, {} dropped", destination.sink->Name(),
+                             Counted(totals.accepted, "connection"), Counted(totals.units, "unit"),
+                             Counted(totals.bytes, "byte"), Counted(totals.dropped, "unit")));
+  }
+}
+
+eExitCode C_Destinations::Judge() const {
+  eExitCode code = eExitOk;
+  for (const S_Destination& destination : m_destinations) {
+    const bool isUnsent = m_canWait && SignalReceived() == 0 && !destination.sink->IsFinished();
+    if (isUnsent) ReportError(destination.sink->Name() + ": not everything could be sent");
+    if (isUnsent || destination.sink->HasFailed()) code = eExitOutput;
+  }
+  return code;
+}
+
+}  // namespace Host

@@ -1,0 +1,174 @@
+#include "apps/velagnss/sinks/live/Connection.h"
+
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <asio/completion_condition.hpp>
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
+#include <asio/write.hpp>
+#include <utility>
+
+#include "apps/velagnss/os/SerialPort.h"
+
+namespace Host {
+namespace {
+
+using namespace std::chrono_literals;
+
+// More than the system takes at once, and few enough to be dropped when they get old.
+constexpr std::size_t kMostBytesAtOnce = 1 << 15;
+constexpr std::size_t kMostPiecesAtOnce = 16;
+
+// How long the other side may take to notice that we have ended.
+constexpr auto kLinger = 1s;
+
+}  // namespace
+
+C_Connection::C_Connection(asio::io_context& context, C_FileDescriptor descriptor, const S_QueueLimits& limits,
+                           t_SinkCounters counters, std::shared_ptr<C_SendQueue> queue)
+    : m_stream(context, descriptor.Release()),
+      m_limits(limits),
+      m_counters(std::move(counters)),
+      m_queue(std::move(queue)) {}
+
+void C_Connection::Begin(std::string head, t_OnEnd onEnd) {
+  m_onEnd = std::move(onEnd);
+  m_head = std::move(head);
+  Read();
+  Write();
+}
+
+void C_Connection::Put(const t_Piece& piece) {
+  if (m_hasEnded || m_isFinishing) return;
+  if (!m_queue->Add(piece, t_Clock::now())) return End("does not keep up");
+  Write();
+}
+
+void C_Connection::Finish() {
+  m_isFinishing = true;
+  Write();
+}
+
+void C_Connection::Close() {
+  m_onEnd = nullptr;
+  End({});
+}
+
+void C_Connection::CheckProgress(t_Clock::time_point now) {
+  const auto idle = now - m_lastProgress;
+  if (m_isShutDown && m_isPort) EndPort();
+  if (m_isShutDown && idle > kLinger) return End("closed");
+  if (m_isWriting && idle > m_limits.stall)
+    End(fmt::format("has taken nothing for {} s", std::chrono::ceil<std::chrono::seconds>(m_limits.stall).count()));
+}
+
+void C_Connection::Read() {
+  m_stream.async_read_some(
+      asio::buffer(m_dropped), [self = shared_from_this()](const asio::error_code& error, std::size_t) {
+        if (self->m_hasEnded) return;
+        if (!error) return self->Read();
+        const auto* const atEnd = self->m_isPort ? "the device is gone" : "closed by the other side";
+        self->End(error == asio::error::eof ? atEnd : error.message());
+      });
+}
+
+void C_Connection::Write() {
+  if (m_isWriting || m_hasEnded || m_isShutDown) return;
+  const t_Clock::time_point now = t_Clock::now();
+  if (!Gather(now)) {
+    if (m_isFinishing) EndWriting();
+    return;
+  }
+  m_isWriting = true;
+  m_lastProgress = now;
+  const auto goOn = [this](const asio::error_code& error, std::size_t sent) {
+    if (sent > 0) m_lastProgress = t_Clock::now();
+    return asio::transfer_all()(error, sent);
+  };
+  asio::async_write(
+      m_stream, m_buffers, goOn,
+      [self = shared_from_this()](const asio::error_code& error, std::size_t sent) { self->OnWritten(error, sent); });
+}
+
+// False: there is nothing to send.
+bool C_Connection::Gather(t_Clock::time_point now) {
+  m_inFlight.clear();
+  m_lines.clear();
+  m_buffers.clear();
+  if (!m_head.empty()) m_buffers.push_back(asio::buffer(m_lines.emplace_back(std::exchange(m_head, {}))));
+  AddPieces(now);
+  return !m_buffers.empty();
+}
+
+void C_Connection::AddPieces(t_Clock::time_point now) {
+  std::size_t size = asio::buffer_size(m_buffers);
+  const auto addLine = [&](std::string line) {
+    m_buffers.push_back(asio::buffer(m_lines.emplace_back(std::move(line))));
+    size += m_lines.back().size();
+  };
+  while (size < kMostBytesAtOnce && m_inFlight.size() < kMostPiecesAtOnce) {
+    const t_Piece piece = m_queue->Take(now);
+    if (piece == nullptr) return;
+    if (m_usesChunks) addLine(fmt::format("{:X}\r\n", piece->bytes.size()));
+    m_inFlight.push_back({piece, size});
+    m_buffers.push_back(asio::buffer(piece->bytes));
+    size += piece->bytes.size();
+    if (m_usesChunks) addLine("\r\n");
+  }
+}
+
+void C_Connection::OnWritten(const asio::error_code& error, std::size_t sent) {
+  m_isWriting = false;
+  Account(sent);
+  if (m_hasEnded) return;
+  if (error) return End(error.message());
+  Write();
+}
+
+// What was not sent as a whole unit goes back: the next connection of a destination begins with it.
+void C_Connection::Account(std::size_t sent) {
+  const t_Clock::time_point now = t_Clock::now();
+  for (auto flight = m_inFlight.rbegin(); flight != m_inFlight.rend(); ++flight) {
+    const S_Piece& piece = *flight->piece;
+    const std::size_t pieceSent = std::min(sent - std::min(sent, flight->begin), piece.bytes.size());
+    const auto unsent = std::upper_bound(piece.ends.begin(), piece.ends.end(), pieceSent);
+    const auto units = static_cast<std::size_t>(unsent - piece.ends.begin());
+    m_counters->units += units;
+    m_counters->bytes += pieceSent;
+    m_queue->PutBack(flight->piece, units, now);
+  }
+  m_inFlight.clear();
+}
+
+void C_Connection::EndWriting() {
+  if (m_usesChunks) {
+    m_usesChunks = false;
+    m_head = "0\r\n\r\n";
+    return Write();
+  }
+  m_isShutDown = true;
+  m_lastProgress = t_Clock::now();
+  if (m_isPort) return EndPort();
+  if (::shutdown(m_stream.native_handle(), SHUT_WR) != 0) End("closed");
+}
+
+// A port that is closed drops what the line has not taken yet.
+void C_Connection::EndPort() {
+  int waiting = 0;
+  if (::ioctl(m_stream.native_handle(), TIOCOUTQ, &waiting) != 0 || waiting == 0) End("closed");
+}
+
+// The handlers of what is going on run once more, with an error.
+void C_Connection::End(const std::string& why) {
+  if (m_hasEnded) return;
+  m_hasEnded = true;
+  if (m_isPort) ReleaseSerialPort(m_stream.native_handle());
+  asio::error_code ignored;
+  m_stream.close(ignored);
+  if (m_onEnd) asio::post(m_stream.get_executor(), [onEnd = std::exchange(m_onEnd, nullptr), why] { onEnd(why); });
+}
+
+}  // namespace Host

@@ -1,0 +1,126 @@
+#include "apps/velagnss/sinks/live/NtripCasterSink.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "apps/velagnss/net/ntrip/NtripClient.h"
+#include "apps/velagnss/net/ntrip/Request.h"
+#include "apps/velagnss/os/Diagnostics.h"
+#include "apps/velagnss/sinks/live/Casters.h"
+#include "apps/velagnss/text/Numbers.h"
+
+namespace Host {
+namespace {
+
+using eWeight = S_SinkMessage::eWeight;
+
+std::string OptionOf(const S_Address& address, const std::string& name, const std::string& preset) {
+  const auto option = address.options.find(name);
+  return option == address.options.end() ? preset : option->second;
+}
+
+// What the stream holds is for the user to say: nothing is known of it when the first reader asks.
+std::string TableRecord(const S_Address& address) {
+  const std::string mount = address.path.substr(1);
+  const bool isOpen = OptionOf(address, "users", {}).empty();
+  return fmt::format("STR;{};{};{};;2;{};none;{};{};{};0;0;velagnss {};none;{};N;0;none", mount,
+                     OptionOf(address, "name", mount), OptionOf(address, "format", "RTCM 3"),
+                     OptionOf(address, "systems", "GNSS"), OptionOf(address, "country", ""),
+                     OptionOf(address, "latitude", "0.00"), OptionOf(address, "longitude", "0.00"), VELAGNSS_VERSION,
+                     isOpen ? "N" : "B");
+}
+
+class C_NtripCasterSink : public C_NetSink {
+ public:
+  explicit C_NtripCasterSink(const S_SinkMaking& making)
+      : C_NetSink(making.thread, making.address.Shown(), making.limits),
+        m_address(WithNtripPort(making.address)),
+        m_casters(making.casters),
+        m_readers(making.thread.Context(), making.limits, Counters(),
+                  [this](const std::string& name, const std::string& why) { OnLeave(name, why); }) {}
+
+ protected:
+  bool Prepare() override;
+  void Begin() override {}
+  void OnPiece(const t_Piece& piece) override { m_readers.Put(piece); }
+  void OnTick(t_Clock::time_point now) override {
+    m_readers.CheckProgress(now);
+    m_casters.CheckProgress(now);
+  }
+  void BeginFinish() override;
+
+ private:
+  void OnReader(C_Readers::S_Newcomer newcomer);
+  void OnLeave(const std::string& name, const std::string& why);
+
+  S_Address m_address;
+  C_Casters& m_casters;
+  C_Readers m_readers;
+};
+
+bool C_NtripCasterSink::Prepare() {
+  const std::string users = OptionOf(m_address, "users", {});
+  std::string error = users.empty() ? std::string() : CheckUsers(users);
+  if (error.empty())
+    error = m_casters.Add(m_address,
+                          {.record = TableRecord(m_address),
+                           .users = users,
+                           .onReader = [this](C_Readers::S_Newcomer newcomer) { OnReader(std::move(newcomer)); }});
+  if (!error.empty()) ReportError(Name() + ": " + error);
+  return error.empty();
+}
+
+void C_NtripCasterSink::OnReader(C_Readers::S_Newcomer newcomer) {
+  if (IsFinishing()) return;
+  Say(eWeight::Detail, newcomer.name + " connected");
+  m_readers.Add(std::move(newcomer));
+  Thread().Wake();
+}
+
+void C_NtripCasterSink::OnLeave(const std::string& name, const std::string& why) {
+  Say(eWeight::Detail, fmt::format("{} left: {}", name, why));
+  if (IsFinishing() && m_readers.IsEmpty()) NoteFinished();
+}
+
+void C_NtripCasterSink::BeginFinish() {
+  m_casters.Close();
+  m_readers.Finish();
+  if (m_readers.IsEmpty()) NoteFinished();
+}
+
+// What has these characters would break the line of the table.
+bool IsField(const std::string& value) { return value.find_first_of(";\"") == std::string::npos; }
+template <int Most>
+bool IsDegrees(const std::string& value) {
+  double degrees = 0;
+  return ParseWhole(value, degrees) && degrees >= -Most && degrees <= Most;
+}
+bool IsFile(const std::string& value) { return !value.empty(); }
+
+constexpr S_AddressOption kOptions[] = {
+    {"users", "the name of a file with lines USER:PASSWORD", &IsFile},
+    {"name", "a text without ';' and '\"'", &IsField},
+    {"format", "a text without ';' and '\"'", &IsField},
+    {"systems", "a text without ';' and '\"', such as GPS+GLO", &IsField},
+    {"country", "a text without ';' and '\"', such as DEU", &IsField},
+    {"latitude", "a number of degrees from -90 to 90", &IsDegrees<90>},
+    {"longitude", "a number of degrees from -180 to 180", &IsDegrees<180>},
+};
+
+std::string Check(const S_Address& address) { return CheckMount(std::string_view(address.path).substr(1)); }
+
+}  // namespace
+
+using eNeed = S_AddressForm::eNeed;
+
+const S_SinkKind kNtripCasterSink = {{.scheme = "ntrip-caster",
+                                      .example = "ntrip-caster://ADDRESS:PORT/MOUNT",
+                                      .host = eNeed::Maybe,
+                                      .port = eNeed::Maybe,
+                                      .path = eNeed::Must,
+                                      .options = kOptions,
+                                      .check = &Check},
+                                     &MakeSinkOf<C_NtripCasterSink>};
+
+}  // namespace Host

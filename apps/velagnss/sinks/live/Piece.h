@@ -1,0 +1,34 @@
+// What goes to the destinations: whole units, shared by all who send them.
+#ifndef VELAGNSS_APPS_PIECE_H
+#define VELAGNSS_APPS_PIECE_H
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Host {
+
+// Units that were ready at the same time: frames, lines of JSON, pieces of a raw stream. A destination sends all of
+// them or drops all of them, so a reader never sees a part of a unit.
+struct S_Piece {
+  std::string bytes;
+  std::vector<std::size_t> ends;  // where each unit ends; the last is the end of `bytes`
+
+  // What was appended to `bytes` since the last call is a unit; nothing is none.
+  void EndUnit() {
+    if (bytes.size() > (ends.empty() ? 0 : ends.back())) ends.push_back(bytes.size());
+  }
+
+  std::string_view Unit(std::size_t number) const {
+    const std::size_t begin = number == 0 ? 0 : ends[number - 1];
+    return std::string_view(bytes).substr(begin, ends[number] - begin);
+  }
+};
+
+using t_Piece = std::shared_ptr<const S_Piece>;
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_PIECE_H
