@@ -97,6 +97,8 @@ void C_Destinations::Settle() {
   m_thread->ShowMessages();
 }
 
+int C_Destinations::WakeDescriptor() const { return m_thread->Descriptor(); }
+
 bool C_Destinations::WantsMore() const {
   return std::any_of(m_destinations.begin(), m_destinations.end(),
                      [](const S_Destination& destination) { return !destination.sink->HasEnded(); });

@@ -37,7 +37,7 @@ C_Connection::C_Connection(asio::io_context& context, C_FileDescriptor descripto
 void C_Connection::Begin(std::string head, t_OnEnd onEnd) {
   m_onEnd = std::move(onEnd);
   m_head = std::move(head);
-  Read();
+  if (!m_isPipe) Read();
   Write();
 }
 

@@ -10,6 +10,7 @@
 #include "apps/velagnss/sinks/live/ListenSink.h"
 #include "apps/velagnss/sinks/live/NtripCasterSink.h"
 #include "apps/velagnss/sinks/live/NtripPushSink.h"
+#include "apps/velagnss/sinks/live/PipeSink.h"
 #include "apps/velagnss/sinks/live/SerialSink.h"
 #include "apps/velagnss/sinks/live/SinkKind.h"
 #include "apps/velagnss/sinks/live/TcpSink.h"
@@ -108,6 +109,8 @@ std::string DestinationForms() {
 
 std::unique_ptr<C_Sink> MakeSink(const std::string& destination, const S_SinkContext& context) {
   using eWriting = C_Output::eWriting;
+  if (!IsAddress(destination) && !context.canWait && IsPipe(destination))
+    return MakePipeSink(context.thread, destination, {});
   if (!IsAddress(destination))
     return std::make_unique<C_FileSink>(destination, context.canWait ? eWriting::Replacement : eWriting::Direct);
   S_Address address;
