@@ -139,9 +139,9 @@ void C_Destinations::Finish() {
 void C_Destinations::ReportTotals() const {
   for (const S_Destination& destination : m_destinations) {
     const S_SinkTotals totals = destination.sink->Totals();
-    ReportDetail(fmt::format("{}: {}, {} and {} sent, {} dropped", destination.sink->Name(),
+    ReportDetail(fmt::format("{}: {}, {} and {} sent, {} dropped, {} unsent", destination.sink->Name(),
                              Counted(totals.accepted, "connection"), Counted(totals.units, "unit"),
-                             Counted(totals.bytes, "byte"), Counted(totals.dropped, "unit")));
+                             Counted(totals.bytes, "byte"), Counted(totals.dropped, "unit"), totals.waiting));
   }
 }
 

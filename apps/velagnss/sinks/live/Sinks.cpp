@@ -100,11 +100,11 @@ std::string CheckDestination(const std::string& destination) {
   return error.empty() ? error : fmt::format("{}: {}", address.Shown(), error);
 }
 
-bool IsNtrip(const std::string& destination) { return destination.starts_with("ntrip"); }
+bool IsNtrip(const std::string& destination) { return IsAddress(destination) && destination.starts_with("ntrip"); }
 
 std::string DestinationForms() {
   return JoinNames(
-      kKinds, [](const S_SinkKind* kind) { return kind->form.example; }, "\n");
+      kKinds, [](const S_SinkKind* kind) { return kind->form.example; }, "; ");
 }
 
 std::unique_ptr<C_Sink> MakeSink(const std::string& destination, const S_SinkContext& context) {
