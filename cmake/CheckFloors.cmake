@@ -21,6 +21,7 @@ set(rows
   "apps/velagnss/net/"       "${app}(net|os|text)/"
   "apps/velagnss/input/"     "${app}(input|net|os|text)/"
   "apps/velagnss/sinks/"     "${app}(sinks|input|net|os|text)/"
+  "apps/velagnss/record/"    "${app}(record|sinks|input|net|os|text)/|public"
   "apps/velagnss/pipeline/"  "${app}(pipeline|input|os|text)/|public"
   "apps/velagnss/geo/"       "${app}(geo|text)/|public"
   "apps/velagnss/epoch/"     "${app}(epoch|pipeline|text)/|public"

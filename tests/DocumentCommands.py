@@ -6,7 +6,11 @@
 In a block fenced as `console`, a line that begins with "$ " is a command (a trailing backslash continues it), what follows
 up to the next one is its output, standard error included: compared line by line, where "..." alone stands for any
 lines and at a line's end for the rest of the line. A command without output shown must succeed. The commands of a document
-run in one scratch directory that holds the samples and a capture.bin.
+run in one scratch directory that holds the samples and a capture.bin, and in a network of their own where the system allows
+it, so that they can use the ports that the documents name.
+
+A command that ends in " &" runs until the end of its block; the output shown below it is how its output begins, and the
+next command waits for that.
 
 Blocks fenced as `sh` are not run: what installs packages, builds the whole, reads a port or takes long. The
 scripts, presets and options that they name must exist. So must the tests that robustness.md names, and result-codes.md
@@ -19,9 +23,11 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 
 LANGUAGES = {"console", "sh", "cpp", "cmake", "json", "text", "ini", "diff"}
 
@@ -84,15 +90,43 @@ class Checker:
         return subprocess.run(["bash", "-c", command], cwd=where, env=self.environment, stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60, check=False)
 
+    def start(self, command, shown, where):
+        """A command in the background: the process, and what it has written when that is as shown or 10 s are over."""
+        with tempfile.TemporaryFile() as file:
+            process = subprocess.Popen(["bash", "-c", "exec " + command.removesuffix("&")], cwd=where, env=self.environment,
+                                       stdin=subprocess.DEVNULL, stdout=file, stderr=subprocess.STDOUT)
+            end = time.monotonic() + 10
+            while True:
+                output = os.pread(file.fileno(), 1 << 20, 0).decode("utf-8", "replace").splitlines()
+                if matches([*shown, "..."], output) or time.monotonic() > end:
+                    return process, output
+                time.sleep(0.05)
+
     def check_console(self, path, start, lines, where):
+        background = []
         for number, command, shown in commands(start, lines):
             self.run_count += 1
+            if command.endswith(" &"):
+                process, output = self.start(command, shown, where)
+                background.append((number, command, process))
+                if not matches([*shown, "..."], output):
+                    self.fault(path, number, f"{command}: its output begins with\n" + "\n".join(output[:20]))
+                continue
             done = self.run(command, where)
             output = done.stdout.decode("utf-8", "replace").splitlines()
             if not shown and done.returncode != 0:
                 self.fault(path, number, f"{command}: ended with {done.returncode}: {output[-1:]}")
             elif shown and not matches(shown, output):
                 self.fault(path, number, f"{command}: its output is\n" + "\n".join(output[:20]))
+
+        for number, command, process in reversed(background):
+            process.send_signal(signal.SIGTERM)
+            try:
+                if process.wait(10) != 0:
+                    self.fault(path, number, f"{command}: ended with {process.returncode}")
+            except subprocess.TimeoutExpired:
+                process.kill()
+                self.fault(path, number, f"{command}: did not end")
 
     def check_sh(self, path, start, lines):
         presets = (self.source / "CMakePresets.json").read_text(encoding="utf-8")
@@ -144,7 +178,17 @@ class Checker:
                     self.fault(path, start, f"a block of language '{language}': fence it as one of {sorted(LANGUAGES)}")
 
 
+def enter_own_network():
+    """Runs this script again where nothing else uses a port; returns where that is impossible."""
+    if "VELAGNSS_OWN_NETWORK" not in os.environ and shutil.which("unshare") and shutil.which("ip"):
+        inside = ["unshare", "-rn", "sh", "-c", 'ip link set lo up && exec "$@"', "sh"]
+        if subprocess.run([*inside, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0:
+            os.environ["VELAGNSS_OWN_NETWORK"] = "1"
+            os.execvp("unshare", [*inside, sys.executable, *sys.argv])
+
+
 def main():
+    enter_own_network()
     source, program_dir = pathlib.Path(sys.argv[1]), sys.argv[2]
     checker = Checker(source, program_dir)
     for path in sorted(source.glob("*.md")) + sorted(source.glob("*/*.md")):

@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "apps/velagnss/commands/RecordArguments.h"
 #include "apps/velagnss/input/live/Links.h"
+#include "apps/velagnss/net/Credentials.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/relay/Destinations.h"
@@ -84,9 +86,23 @@ void DeclareLive(CLI::App& app, S_LiveOptions& live) {
          "'never' waits for its end)")
       ->option_text("SECONDS")
       ->check([](const std::string& text) { return text == "never" ? std::string() : CheckSeconds(text); });
+  app.add_option_function<std::string>(
+         "--retry-pause", [&live](const std::string& text) { live.retryPause = ReadSeconds(text); },
+         "pause about so long before a lost live source is tried again\n(default: 0.5, doubled up to 30; casters "
+         "longer)")
+      ->option_text("SECONDS")
+      ->check(&CheckSeconds);
   app.add_option("--tries", live.maxTries, "give up a live source after so many failures in a row\n(default: never)")
       ->option_text("COUNT")
       ->check(NumberBetween(1U, 1'000'000U, "a whole number from 1 to 1000000"));
+  DeclareCredentials(app, live.credentials);
+  // --position of `convert` is that of the antenna.
+  app.add_option(app.get_name() == "convert" ? "--send-position" : "--position,--send-position", live.position,
+                 "send casters this latitude,longitude,height in degrees and meters; 'stream': the\nposition that "
+                 "another source of the run has in its GGA sentences (default: none)")
+      ->option_text("PLACE")
+      ->check(
+          [](const std::string& text) { return text == kPositionOfStream ? std::string() : CheckFixedPosition(text); });
 }
 
 // These depend on each other, so they are checked together.
@@ -171,6 +187,19 @@ void DeclareInputs(CLI::App& app, S_InputOptions& input) {
   DeclareLive(app, input.live);
 }
 
+void DeclareCredentials(CLI::App& app, std::string& file) {
+  app.add_option("--credentials", file,
+                 "take users and passwords of casters from this file, which nobody else may\nread; its lines: "
+                 "HOST[:PORT] USER PASSWORD")
+      ->option_text("FILE")
+      ->check(&CheckCredentials);
+}
+
+std::string CheckFixedPosition(const std::string& text) {
+  if (ReadFixedPosition(text)) return {};
+  return "must be latitude,longitude,height in degrees and meters, as in 48.1,11.6,560, not '" + text + "'";
+}
+
 bool HasTooManyLive(std::string_view command, const S_InputOptions& input) {
   if (CountLive(input) < 2) return false;
   ReportUsage(command, "reads one live source at a time; run it once for each");
@@ -179,6 +208,7 @@ bool HasTooManyLive(std::string_view command, const S_InputOptions& input) {
 
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
   DeclareInputs(app, stream.input);
+  DeclareTee(app, stream.input);
   app.add_option("--search", stream.search,
                  "search for these protocols only: others are noise; of:\n" + ProtocolNames())
       ->option_text("LIST")

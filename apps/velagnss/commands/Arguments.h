@@ -46,6 +46,12 @@ std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::st
 // The inputs of a command, and how live ones are read.
 void DeclareInputs(CLI::App& app, S_InputOptions& input);
 
+// The option --credentials, for casters.
+void DeclareCredentials(CLI::App& app, std::string& file);
+
+// A check for an option's text: latitude, longitude and height of a place.
+std::string CheckFixedPosition(const std::string& text);
+
 // Reports that `command` cannot read several live sources at once, and returns true, when it is to.
 bool HasTooManyLive(std::string_view command, const S_InputOptions& input);
 

@@ -15,7 +15,11 @@
 #include "apps/velagnss/commands/ExtractCommand.h"
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
+#include "apps/velagnss/commands/NtripTableCommand.h"
+#include "apps/velagnss/commands/PortsCommand.h"
+#include "apps/velagnss/commands/RecordCommand.h"
 #include "apps/velagnss/commands/RelayCommand.h"
+#include "apps/velagnss/commands/ReplayCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -26,7 +30,8 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand, &kConvertCommand, &kExtractCommand, &kEncodeCommand, &kGeoCommand, &kRelayCommand,
+    &kDecodeCommand, &kStatCommand,   &kConvertCommand, &kExtractCommand,    &kEncodeCommand, &kGeoCommand,
+    &kRecordCommand, &kReplayCommand, &kRelayCommand,   &kNtripTableCommand, &kPortsCommand,
 };
 
 constexpr char kDescription[] =

@@ -67,8 +67,10 @@ std::size_t CountLive(const S_InputOptions& options) {
   return static_cast<std::size_t>(std::count_if(options.names.begin(), options.names.end(), &IsLive));
 }
 
+namespace {
+
 // An input that cannot be read does not keep the others from being processed; the exit code tells.
-eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job, const t_NextJob& nextJob) {
+eExitCode ReadInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job, const t_NextJob& nextJob) {
   C_SourceLoop loop(options.readSize);
   loop.ShowProgress(showProgress);
   std::vector<std::string> names = options.names;
@@ -82,6 +84,16 @@ eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJo
   if (live != names.end() && SignalReceived() == 0)
     isAllGood = RunLive({live, names.end()}, options.live, {loop, job, nextJob}) && isAllGood;
   return isAllGood ? eExitOk : eExitInput;
+}
+
+}  // namespace
+
+eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job, const t_NextJob& nextJob) {
+  if (options.tee == nullptr) return ReadInputs(options, showProgress, job, nextJob);
+  std::deque<C_TeeJob> jobs;
+  const auto add = [&](C_StreamJob& other) -> C_StreamJob& { return jobs.emplace_back(options.tee->Next(), other); };
+  const eExitCode code = ReadInputs(options, showProgress, add(job), [&]() -> C_StreamJob& { return add(nextJob()); });
+  return std::max(code, options.tee->Judge());
 }
 
 }  // namespace Host

@@ -4,10 +4,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "apps/velagnss/input/StreamJob.h"
+#include "apps/velagnss/input/TeeJob.h"
 #include "apps/velagnss/input/live/LiveSource.h"
 #include "apps/velagnss/os/ExitCodes.h"
 
@@ -29,6 +30,8 @@ struct S_InputOptions {
   eProgress progress = eProgress::AsideOfOutput;
 
   S_LiveOptions live;
+
+  std::shared_ptr<C_TeeJobs> tee;  // what else is done with the bytes; may be null
 };
 
 // How many of the inputs are live.
@@ -48,7 +51,7 @@ using t_NextJob = std::function<C_StreamJob&()>;
 
 // Feeds files to `job` one after the other, and then the first live source; further ones each to a job of its own.
 // eExitInput when an input failed; the others are read all the same. A signal ends the inputs it comes in and leaves
-// out the rest.
+// out the rest. What the tee comes to is returned when it is worse.
 eExitCode RunInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job, const t_NextJob& nextJob = {});
 
 }  // namespace Host

@@ -86,6 +86,7 @@ void C_Stream::Feed(const S_Chunk& chunk) {
 
 void C_Stream::Take(const S_LinkChange& change) {
   m_messages.Report(m_source.Name(), change);
+  if (change.state == S_LinkChange::eState::Notice) return;
   m_job.OnLink(change);
   m_hasFailed = change.state == S_LinkChange::eState::Failed;
   if (m_hasFailed) Close();
@@ -113,12 +114,14 @@ void ForEachOpen(std::span<C_Stream> streams, const Call& call) {
     if (stream.IsOpen()) call(stream.Job());
 }
 
-// Until the first stream becomes quiet. Waits take whole milliseconds, so it is rounded up.
-C_SourceWait::t_Limit TimeToQuiet(std::span<const C_Stream> streams) {
+// Until the first stream becomes quiet or wants to be called. Waits take whole milliseconds, so it is rounded up.
+C_SourceWait::t_Limit WaitLimit(std::span<C_Stream> streams) {
   C_SourceWait::t_Limit limit;
   const t_Clock::time_point now = t_Clock::now();
-  for (const C_Stream& stream : streams) {
-    if (!stream.IsOpen() || !stream.QuietAt()) continue;
+  for (C_Stream& stream : streams) {
+    if (!stream.IsOpen()) continue;
+    if (const auto longest = stream.Job().LongestWait()) limit = std::min(limit.value_or(*longest), *longest);
+    if (!stream.QuietAt()) continue;
     const auto left =
         std::chrono::ceil<std::chrono::milliseconds>(std::max(*stream.QuietAt() - now, t_Clock::duration()));
     limit = std::min(limit.value_or(left), left);
@@ -130,7 +133,7 @@ C_SourceWait::t_Limit TimeToQuiet(std::span<const C_Stream> streams) {
 void WaitForBytes(C_SourceWait& wait, std::span<C_Stream> streams) {
   if (wait.Wait(0ms) == C_SourceWait::eWait::Ready) return;
   ForEachOpen(streams, [](C_StreamJob& job) { job.BeforeWait(); });
-  wait.Wait(TimeToQuiet(streams));
+  wait.Wait(WaitLimit(streams));
 }
 
 }  // namespace

@@ -11,15 +11,25 @@ namespace Host {
 namespace {
 
 volatile std::sig_atomic_t g_signal = 0;
+volatile std::sig_atomic_t g_hangups = 0;
 int g_pipe[2] = {-1, -1};
 
 // Only async-signal-safe calls. The value of the byte does not matter, and a full pipe is readable anyway.
-void Handle(int signal) {
+void Wake() {
   const int savedErrno = errno;
-  g_signal = signal;
   const char byte = 0;
   [[maybe_unused]] const ssize_t written = ::write(g_pipe[1], &byte, 1);
   errno = savedErrno;
+}
+
+void Handle(int signal) {
+  g_signal = signal;
+  Wake();
+}
+
+void HandleHangup(int) {
+  g_hangups = g_hangups + 1;
+  Wake();
 }
 
 bool IsIgnored(int signal) {
@@ -38,6 +48,21 @@ void InstallSignalHandlers() {
   if (!IsIgnored(SIGHUP)) ::sigaction(SIGHUP, &action, nullptr);
   action.sa_handler = SIG_IGN;
   for (const int signal : {SIGPIPE, SIGXFSZ}) ::sigaction(signal, &action, nullptr);
+}
+
+void CountHangups() {
+  struct sigaction action {};
+  action.sa_handler = &HandleHangup;
+  ::sigaction(SIGHUP, &action, nullptr);
+}
+
+// The pipe is emptied before the count is read, so that a hangup in between is not slept through. A signal that ends
+// the program stays readable.
+unsigned int HangupsReceived() {
+  for (char bytes[64]; ::read(g_pipe[0], bytes, sizeof bytes) > 0;) {
+  }
+  if (g_signal != 0) Wake();
+  return static_cast<unsigned int>(g_hangups);
 }
 
 int SignalReceived() { return g_signal; }

@@ -9,11 +9,18 @@ namespace Host {
 // A second signal of the same kind ends the program at once.
 void InstallSignalHandlers();
 
+// From now on a SIGHUP does not end the program, not even one that the caller ignores: it is counted, and asks for
+// files to be opened anew.
+void CountHangups();
+
+// How many have been counted. After this the waits for input go on.
+unsigned int HangupsReceived();
+
 // The signal that has come, or 0.
 int SignalReceived();
 
-// Becomes readable with the first signal: a wait for input that also polls this descriptor misses none. -1 before
-// `InstallSignalHandlers`.
+// Becomes readable with the first signal, and with each hangup that is counted: a wait for input that also polls this
+// descriptor misses none. -1 before `InstallSignalHandlers`.
 int SignalDescriptor();
 
 }  // namespace Host

@@ -103,7 +103,14 @@ C_TimeText C_TimeText::OfMachine(std::chrono::system_clock::time_point time) {
   const auto days = std::chrono::floor<std::chrono::days>(microseconds);
   const std::int64_t mjd = kMjdOf1970 + days.count();
   if (mjd < kMjdOfGpsEpoch || mjd > std::int64_t{kLastMjd}) return {};
-  return Utc(static_cast<unsigned int>(mjd), static_cast<double>((microseconds - days).count()) / 1e6, kStreamDecimals);
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(microseconds);
+  C_TimeText text = Utc(static_cast<unsigned int>(mjd), static_cast<double>((seconds - days).count()), 0);
+  if (text.IsEmpty()) return text;
+  --text.m_size;
+  text.Append(".");
+  text.AppendNumber(static_cast<unsigned int>((microseconds - seconds).count()), 6);
+  text.Append("Z");
+  return text;
 }
 
 C_TimeText C_TimeText::StreamTime(const velagnss::StreamClock& clock, double seconds) {

@@ -17,7 +17,7 @@ C_ChunkQueue::C_ChunkQueue() : m_wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) 
 bool C_ChunkQueue::Push(std::span<const unsigned char> bytes) {
   const S_Chunk::t_Clock::time_point arrival = S_Chunk::t_Clock::now();
   std::unique_lock lock(m_mutex);
-  m_hasRoom.wait(lock, [this] { return m_isClosed || m_bytes < kMaxBytes; });
+  WaitForRoom(lock);
   for (; !bytes.empty() && !m_isClosed; bytes = bytes.subspan(std::min(bytes.size(), kMaxPiece))) {
     const std::span<const unsigned char> piece = bytes.first(std::min(bytes.size(), kMaxPiece));
     m_bytes += piece.size();
@@ -28,8 +28,13 @@ bool C_ChunkQueue::Push(std::span<const unsigned char> bytes) {
 
 void C_ChunkQueue::Push(S_LinkChange change) {
   change.at = S_Chunk::t_Clock::now();
-  const std::scoped_lock lock(m_mutex);
+  std::unique_lock lock(m_mutex);
+  WaitForRoom(lock);
   Add({{}, change.at, std::move(change)});
+}
+
+void C_ChunkQueue::WaitForRoom(std::unique_lock<std::mutex>& lock) {
+  m_hasRoom.wait(lock, [this] { return m_isClosed || (m_bytes < kMaxBytes && m_items.size() < kMaxItems); });
 }
 
 // The event counter is that of "something waits", not of items.

@@ -19,6 +19,7 @@ class C_ChunkQueue {
   // Of bytes that wait. A source that is ahead by as much is read no further: TCP then holds the sender back, and the
   // kernel drops what other kinds send.
   static constexpr std::size_t kMaxBytes = std::size_t{4} << 20;
+  static constexpr std::size_t kMaxItems = 8192;  // pieces can be as short as a byte
 
   struct S_Item {
     std::vector<unsigned char> bytes;  // empty: a change
@@ -33,17 +34,19 @@ class C_ChunkQueue {
 
   static constexpr std::size_t kMaxPiece = 1 << 16;  // of an item
 
-  // Adds bytes that have just been read; waits for room. False after `Close`.
+  // Adds bytes that have just been read. False after `Close`.
   bool Push(std::span<const unsigned char> bytes);
+  // Adds a change of now.
   void Push(S_LinkChange change);
 
   // Never waits.
   std::optional<S_Item> Pop();
 
-  // Nothing more is wanted: `Push` returns at once.
+  // Nothing more is wanted: `Push`, which otherwise waits for room, returns at once.
   void Close();
 
  private:
+  void WaitForRoom(std::unique_lock<std::mutex>& lock);
   void Add(S_Item item);
 
   C_FileDescriptor m_wake;

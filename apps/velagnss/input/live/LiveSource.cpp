@@ -25,6 +25,12 @@ std::chrono::nanoseconds TimeSuspended() {
   return read(CLOCK_BOOTTIME) - read(CLOCK_MONOTONIC);
 }
 
+S_RetryRules Rules(const C_Link& link, const S_LiveOptions& options) {
+  S_RetryRules rules = link.RetryRules();
+  if (options.retryPause) rules.first = rules.longest = std::max(*options.retryPause, rules.least);
+  return rules;
+}
+
 S_LinkFailure Idle(milliseconds timeout) {
   return {S_LinkFailure::eKind::Lost, fmt::format("no data for {} s", static_cast<double>(timeout.count()) / 1000), {}};
 }
@@ -54,7 +60,8 @@ void C_LiveSource::Work(const t_MakeLink& makeLink) {
 
 void C_LiveSource::KeepOpen(C_Link& link) {
   using eState = S_LinkChange::eState;
-  C_RetryPauses pauses(link.RetryRules());
+  C_RetryPauses pauses(Rules(link, m_options));
+  link.SetNotice([this](const std::string& text) { m_queue.Push({eState::Notice, text, {}, 0, {}}); });
   while (!m_await.IsStopping()) {
     m_queue.Push({eState::Connecting, {}, {}, pauses.Failures(), {}});
     milliseconds goodFor{};
@@ -66,7 +73,8 @@ void C_LiveSource::KeepOpen(C_Link& link) {
     link.Close();
     if (m_await.IsStopping()) return;
     const milliseconds pause = pauses.Next(*failure, goodFor);
-    const bool isOver = failure->kind == S_LinkFailure::eKind::Final || pauses.Failures() == m_options.maxTries;
+    const bool isOver = failure->kind == S_LinkFailure::eKind::Final ||
+                        (m_options.maxTries > 0 && pauses.Failures() == m_options.maxTries);
     const eState state = isOver                                           ? eState::Failed
                          : failure->kind == S_LinkFailure::eKind::Refused ? eState::Refused
                                                                           : eState::Lost;
@@ -87,10 +95,12 @@ S_LinkFailure C_LiveSource::Stream(C_Link& link, milliseconds& goodFor) {
   while (!m_await.IsStopping()) {
     const t_Time look = C_Await::t_Clock::now() + kLook;
     const C_Link::S_Read read = link.Read(idleTimeout ? std::min(look, last + *idleTimeout) : look);
-    const t_Time now = C_Await::t_Clock::now();
     if (!read.bytes.empty()) {
       m_positions.Take(read.bytes);
       if (!m_queue.Push(read.bytes)) break;
+    }
+    const t_Time now = C_Await::t_Clock::now();  // after the queue had room, which may have taken long
+    if (!read.bytes.empty()) {
       if (!first) first = now;
       last = now;
     }

@@ -18,6 +18,7 @@ namespace Host {
 struct S_LiveOptions {
   std::optional<std::chrono::milliseconds> quietTime = std::chrono::milliseconds(500);  // none: a pause means nothing
   std::optional<std::chrono::milliseconds> idleTimeout;  // then the link is opened anew; none: what its kind does
+  std::optional<std::chrono::milliseconds> retryPause;   // after each loss; none: they grow as its kind wants
   unsigned int maxTries = 0;                             // that fail in a row; 0: without end
   std::string credentials;                               // the name of a file; may be empty
   std::string position;                                  // "latitude,longitude,height" for casters, or "stream"

@@ -29,6 +29,7 @@ constexpr S_RetryRules kRetryRules = {.first = 5s,
                                       .firstRefused = kRefusalPause,
                                       .longestRefused = 600s,
                                       .goodAfter = 60s,
+                                      .least = 5s,
                                       .idleTimeout = kIdleTime};
 
 constexpr auto kPositionPeriod = 10s;
@@ -37,11 +38,6 @@ constexpr auto kPositionLook = 1s;  // as long as there is none
 S_LinkFailure Lost(std::string text) { return {eFailure::Lost, std::move(text), {}}; }
 S_LinkFailure Refused(std::string text, std::chrono::seconds pause) {
   return {eFailure::Refused, std::move(text), pause};
-}
-
-std::string OptionOf(const S_Address& address, const std::string& name) {
-  const auto option = address.options.find(name);
-  return option == address.options.end() ? std::string() : option->second;
 }
 
 class C_NtripLink : public C_Link {
@@ -119,7 +115,7 @@ S_LinkFailure C_NtripLink::NotAStream(std::string text) {
   });
   if (BodyOf(text) != eNtripBody::Page) {
     const S_SourceTable table = ReadSourceTable(text);
-    const std::string_view mount = std::string_view(m_address.path).substr(1);
+    const std::string_view mount = MountOf(m_address);
     return Refused(WhyTable(table, mount), table.Find(mount) != nullptr ? kRefusalPause : kAccountPause);
   }
   const std::string title = TitleOf(text);
@@ -154,7 +150,7 @@ C_Link::S_Read C_NtripLink::Read(t_Time deadline) {
 
 std::string C_NtripLink::Peer() const {
   const S_HttpHead& head = m_client.Head();
-  const bool isV2 = head.kind == S_HttpHead::eKind::Http;
+  const bool isV2 = head.kind == S_HttpHead::eKind::Http && !head.isHttp10;
   const std::string server = Printable(head.Field("server").substr(0, 60));
   return fmt::format("NTRIP {}{}{}{}", isV2 ? 2 : 1, m_address.scheme == "ntrips" ? " over TLS" : "",
                      server.empty() ? "" : ", ", server);
@@ -173,44 +169,13 @@ void C_NtripLink::SendPosition(t_Time now) {
   m_nextPosition = now + (gga ? t_Time::duration(kPositionPeriod) : t_Time::duration(kPositionLook));
 }
 
-bool IsVersion(const std::string& value) { return value == "1" || value == "2"; }
-bool IsEmpty(const std::string& value) { return value.empty(); }
-bool IsNo(const std::string& value) { return value == "no"; }
-bool IsFile(const std::string& value) { return !value.empty(); }
-
-constexpr S_AddressOption kOptions[] = {
-    {"version", "1 or 2", &IsVersion},
-    {"gga", "no", &IsNo},
-    {"ca", "the name of a file", &IsFile},
-    {"insecure", "without a value", &IsEmpty},
-};
-constexpr std::span<const S_AddressOption> kPlainOptions = std::span(kOptions).first(2);
-
-std::string CheckNtrip(const S_Address& address) {
-  const std::string error = CheckMount(std::string_view(address.path).substr(1));
-  return error.empty() ? CheckAccount(address.user, address.password) : error;
-}
-
 std::unique_ptr<C_Link> MakeNtripLink(const S_Address& address, const S_LiveOptions& options, C_Await& await) {
   return std::make_unique<C_NtripLink>(address, options, await);
 }
 
-constexpr S_AddressForm FormOf(std::string_view scheme, std::string_view example,
-                               std::span<const S_AddressOption> options) {
-  using eNeed = S_AddressForm::eNeed;
-  return {.scheme = scheme,
-          .example = example,
-          .account = eNeed::Maybe,
-          .host = eNeed::Must,
-          .port = eNeed::Maybe,
-          .path = eNeed::Must,
-          .options = options,
-          .check = &CheckNtrip};
-}
-
 }  // namespace
 
-constexpr S_LinkKind kNtripLink = {FormOf("ntrip", "ntrip://USER@HOST:PORT/MOUNT", kPlainOptions), &MakeNtripLink};
-constexpr S_LinkKind kNtripTlsLink = {FormOf("ntrips", "ntrips://USER@HOST:PORT/MOUNT", kOptions), &MakeNtripLink};
+const S_LinkKind kNtripLink = {kNtripForm, &MakeNtripLink};
+const S_LinkKind kNtripTlsLink = {kNtripTlsForm, &MakeNtripLink};
 
 }  // namespace Host

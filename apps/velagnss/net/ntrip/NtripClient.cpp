@@ -1,25 +1,13 @@
 #include "apps/velagnss/net/ntrip/NtripClient.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
-#include "apps/velagnss/net/TcpTransport.h"
-#include "apps/velagnss/net/TlsTransport.h"
 #include "apps/velagnss/net/ntrip/Request.h"
-#include "apps/velagnss/os/Diagnostics.h"
 
 namespace Host {
 namespace {
 
 using eKind = S_NtripAnswer::eKind;
-
-// Casters say where something is moved to in the words of the web.
-struct S_SchemePair {
-  std::string_view web;
-  std::string_view ntrip;
-};
-constexpr S_SchemePair kSchemes[] = {{"http", "ntrip"}, {"https", "ntrips"}};
 
 S_NtripAnswer Lost(std::string text) { return {eKind::Lost, std::move(text), {}, false}; }
 
@@ -33,18 +21,6 @@ S_NtripAnswer WithoutHead(const C_HeadParser& parser, const C_Transport::S_Read&
 }
 
 }  // namespace
-
-std::unique_ptr<C_Transport> MakeNtripTransport(C_Await& await, const S_Address& address) {
-  if (address.scheme != "ntrips") return MakeTcpTransport(await);
-  const auto authorities = address.options.find("ca");
-  return MakeTlsTransport(await, {.isInsecure = address.options.contains("insecure"),
-                                  .authorities = authorities == address.options.end() ? "" : authorities->second});
-}
-
-S_Address WithNtripPort(S_Address address) {
-  if (address.port.empty()) address.port = "2101";
-  return address;
-}
 
 S_NtripAnswer AskCaster(C_Transport& transport, std::string_view head, C_HeadParser& parser, C_Await::t_Time deadline) {
   constexpr auto kUndecided = std::chrono::seconds(1);
@@ -60,33 +36,8 @@ S_NtripAnswer AskCaster(C_Transport& transport, std::string_view head, C_HeadPar
     else
       return WithoutHead(parser, read);
   }
-  if (parser.State() == C_HeadParser::eState::Bad) return {eKind::Refused, parser.Error(), kRefusalPause, true};
+  if (parser.State() == C_HeadParser::eState::Bad) return {eKind::Refused, parser.Error(), kRefusalPause, false};
   return MeaningOf(parser.Head(), std::chrono::system_clock::now());
-}
-
-std::string Redirect(const S_Address& from, std::string_view location, S_Address& to) {
-  to = from;
-  const std::string shown = Printable(location.substr(0, 100));
-  if (location.starts_with('/') && !location.starts_with("//")) {
-    to.path = location;
-    return {};
-  }
-  S_Address read;
-  if (!ReadAddress(location, read).empty()) return fmt::format("moved to '{}', which is not an address", shown);
-  for (const S_SchemePair& pair : kSchemes)
-    if (read.scheme == pair.web) {
-      read.scheme = pair.ntrip;
-      if (read.port.empty()) read.port = pair.web == "http" ? "80" : "443";
-    }
-  read = WithNtripPort(read);
-  if (read.scheme != from.scheme) return fmt::format("moved to '{}': another scheme is not followed", shown);
-  const bool isSameServer = InLowerCase(read.host) == InLowerCase(from.host) && read.port == from.port;
-  if (!isSameServer && !from.user.empty())
-    return fmt::format("moved to '{}': another server does not get the password", shown);
-  to.host = read.host;
-  to.port = read.port;
-  to.path = read.path;
-  return {};
 }
 
 S_NtripAnswer C_NtripClient::Get(const S_Address& address, unsigned int version, std::string_view gga) {
@@ -104,7 +55,7 @@ S_NtripAnswer C_NtripClient::Get(const S_Address& address, unsigned int version,
 }
 
 S_NtripAnswer C_NtripClient::GetOnce(const S_Address& address, unsigned int version, std::string_view gga) {
-  const std::string mount = address.path.empty() ? "" : address.path.substr(1);
+  const std::string mount(MountOf(address));
   if (const std::string error = CheckMount(mount); !error.empty()) return {eKind::Refused, error, kRefusalPause, false};
   const C_Await::t_Time deadline = C_Await::t_Clock::now() + kAnswerTime;
   m_parser = {};

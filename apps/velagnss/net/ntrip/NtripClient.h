@@ -8,11 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "apps/velagnss/net/Address.h"
-#include "apps/velagnss/net/Transport.h"
 #include "apps/velagnss/net/ntrip/Answer.h"
 #include "apps/velagnss/net/ntrip/ChunkDecoder.h"
 #include "apps/velagnss/net/ntrip/HttpHead.h"
+#include "apps/velagnss/net/ntrip/NtripAddress.h"
 
 namespace Host {
 
@@ -20,19 +19,8 @@ namespace Host {
 // get more.
 inline constexpr std::chrono::seconds kAnswerTime{15};
 
-// The transport that an address "ntrip://" or "ntrips://" asks for: its options are `insecure` and `ca=FILE`.
-std::unique_ptr<C_Transport> MakeNtripTransport(C_Await& await, const S_Address& address);
-
-// `address` with the usual port where it has none. It is 2101 for both schemes: casters have TLS at many ports, 2101,
-// 2102 and 443 among them, and none of them is usual.
-S_Address WithNtripPort(S_Address address);
-
 // Sends `head` over a connected transport and reads the answer's head.
 S_NtripAnswer AskCaster(C_Transport& transport, std::string_view head, C_HeadParser& parser, C_Await::t_Time deadline);
-
-// Where `from` is moved to by the `location` of an answer. Another scheme is not followed, nor another host or port
-// when `from` has an account: it would get the password. Returns an error text, empty when good.
-std::string Redirect(const S_Address& from, std::string_view location, S_Address& to);
 
 class C_NtripClient {
  public:

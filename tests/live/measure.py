@@ -1,0 +1,193 @@
+#!/usr/bin/env python3
+"""Measures the program under load; for people, not for ctest. Prints tables.
+
+  VELAGNSS_PROGRAM=.../velagnss measure.py sources|relay [SECONDS]
+
+sources: decode reads 20 sources of 100 kB/s each and a probe, from which a sentence comes 20 times a second: how long it
+         takes from its sending to its line of output.
+relay:   relay hands 10 kB/s on to 200 clients, of which every tenth reads nothing: what the others get, and when.
+"""
+
+import asyncio
+import multiprocessing
+import os
+import pathlib
+import selectors
+import socket
+import sys
+import time
+
+import harness
+
+SOURCES, SOURCE_RATE = 20, 100_000
+CLIENTS, CLIENT_RATE = 200, 10_000
+PROBE = b"$GNZDA,%02d%02d%02d.%02d,18,05,2024,00,00"
+STEP = 0.01  # seconds between pieces
+
+
+def sentence(number):
+    body = PROBE % (number // 360000 % 24, number // 6000 % 60, number // 100 % 60, number % 100)
+    check = 0
+    for byte in body[1:]:
+        check ^= byte
+    return b"%b*%02X\r\n" % (body, check)
+
+
+async def feed(writer, rate):
+    """The session, again and again, in small pieces."""
+    data, at, sent, begin = harness.SESSION.read_bytes(), 0, 0, time.monotonic()
+    while True:
+        piece = data[at:at + int(rate * STEP)]
+        at = (at + len(piece)) % len(data)
+        sent += len(piece)
+        writer.write(piece)
+        await writer.drain()
+        await asyncio.sleep(begin + sent / rate - time.monotonic())
+
+
+async def probe(writer, times):
+    for number in range(1 << 30):
+        data = sentence(number)
+        times.append(time.time())
+        writer.write(data)
+        await asyncio.sleep(0.05)
+
+
+def feeders(rates, pipe):
+    """In a process of its own: a listener per rate, and one for the probe; then, when asked, the times of sending."""
+    async def run():
+        times, servers = [], []
+        for rate in (*rates, None):
+            async def serve(reader, writer, rate=rate):
+                await (feed(writer, rate) if rate else probe(writer, times))
+            servers.append(await asyncio.start_server(serve, "127.0.0.1", 0))
+        pipe.send([server.sockets[0].getsockname()[1] for server in servers])
+        while not pipe.poll():
+            await asyncio.sleep(0.2)
+        pipe.send(times)
+    asyncio.run(run())
+
+
+class Feeders:
+    def __init__(self, rates):
+        self.pipe, other = multiprocessing.Pipe()
+        self.process = multiprocessing.Process(target=feeders, args=(rates, other), daemon=True)
+        self.process.start()
+        self.addresses = [f"tcp://127.0.0.1:{port}" for port in self.pipe.recv()]
+
+    def times(self):
+        self.pipe.send("end")
+        return self.pipe.recv()
+
+
+def percentiles(name, seconds):
+    ordered = sorted(seconds)
+    if not ordered:
+        return print(f"{name}: none")
+    at = {share: ordered[min(len(ordered) - 1, int(len(ordered) * share / 100))] for share in (50, 90, 99, 99.9)}
+    print(f"{name}, {len(ordered)}: " + ", ".join(f"{share} % {value * 1000:.2f} ms" for share, value in at.items())
+          + f", longest {ordered[-1] * 1000:.2f} ms")
+
+
+class Watch:
+    """Processor share and memory of the program over time."""
+
+    def __init__(self, program):
+        self.program, self.rows = program, []
+        self.begin, self.used = time.monotonic(), program.processor_time()
+
+    def note(self):
+        self.rows.append((time.monotonic() - self.begin, self.program.memory(), self.program.descriptors()))
+
+    def print(self):
+        share = (self.program.processor_time() - self.used) / (time.monotonic() - self.begin)
+        print(f"processor share: {share:.1%} of a core")
+        print("   seconds  memory KiB  descriptors")
+        for row in self.rows[::max(1, len(self.rows) // 10)]:
+            print("%10.0f %11d %12d" % row)
+
+
+class Output:
+    """A program whose standard output is read here, because keeping all of it would take too long."""
+
+    def __init__(self, *arguments):
+        read, write = os.pipe()
+        self.program = harness.Running([harness.PROGRAM, *arguments], stdout=write)
+        os.close(write)
+        self.file = os.fdopen(read, "rb", 1 << 20)
+
+
+def measure_sources(seconds):
+    fed = Feeders([SOURCE_RATE] * SOURCES)
+    out = Output("decode", *fed.addresses)
+    watch, probe_name = None, b'"input":"%b"' % fed.addresses[-1].encode()
+    came, count, size = [], 0, 0
+    end, next_note = time.monotonic() + seconds + 2, time.monotonic() + 2
+    for line in out.file:
+        count, size = count + 1, size + len(line)
+        if probe_name in line[:120]:
+            came.append(time.time())
+        now = time.monotonic()
+        if now >= next_note:
+            watch = watch or Watch(out.program)
+            watch.note()
+            next_note = now + 1
+        if now > end:
+            break
+    watch.print()
+    print(f"{count / seconds:.0f} lines/s, {size / seconds / 1e6:.1f} MB/s of output")
+    percentiles("latency of probes", [b - a for a, b in zip(fed.times(), came)])
+    out.program.kill()
+
+
+def read_clients(port, seconds, pipe):
+    """In a process of its own: connects the clients and reads all but every tenth."""
+    chooser, clients = selectors.DefaultSelector(), []
+    for number in range(CLIENTS):
+        client = socket.create_connection(("127.0.0.1", port))
+        clients.append(client)
+        if number % 10:
+            client.setblocking(False)
+            chooser.register(client, selectors.EVENT_READ, number)
+    got, closed, longest, last = [0] * CLIENTS, 0, [0.0] * CLIENTS, [time.monotonic()] * CLIENTS
+    end = time.monotonic() + seconds
+    while (now := time.monotonic()) < end:
+        for key, _ in chooser.select(0.2):
+            part = key.fileobj.recv(65536)
+            now = time.monotonic()
+            if not part:
+                closed += 1
+                chooser.unregister(key.fileobj)
+            longest[key.data] = max(longest[key.data], now - last[key.data])
+            last[key.data] = now
+            got[key.data] += len(part)
+    reading = [number for number in range(CLIENTS) if number % 10]
+    pipe.send(([got[n] for n in reading], closed, [longest[n] for n in reading]))
+
+
+def measure_relay(seconds):
+    fed = Feeders([CLIENT_RATE])
+    port = harness.free_port()
+    program = harness.Running([harness.PROGRAM, "relay", fed.addresses[0], "--to", f"tcp-listen://127.0.0.1:{port}"])
+    harness.wait_until(lambda: f":{port:04X} " in pathlib.Path("/proc/net/tcp").read_text())
+    mine, other = multiprocessing.Pipe()
+    reader = multiprocessing.Process(target=read_clients, args=(port, seconds, other), daemon=True)
+    reader.start()
+    time.sleep(1)
+    watch = Watch(program)
+    while not mine.poll(1):
+        watch.note()
+    got, closed, longest = mine.recv()
+    watch.print()
+    print(f"bytes of the clients that read: {min(got)} to {max(got)}, due {CLIENT_RATE * seconds:.0f}; closed: {closed}")
+    percentiles("longest silence of each", longest)
+    program.kill()
+
+
+def main():
+    what, seconds = sys.argv[1], float(sys.argv[2]) if len(sys.argv) > 2 else 60
+    {"sources": measure_sources, "relay": measure_relay}[what](seconds)
+
+
+if __name__ == "__main__":
+    main()
