@@ -1,6 +1,6 @@
 // The caster and the pusher, against clients and casters that are played here.
-#include <gmock/gmock.h>
 #include <fmt/format.h>
+#include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -61,9 +61,10 @@ class Caster : public testing::Test {
   std::vector<std::unique_ptr<Host::C_Sink>> m_sinks;
 };
 
-constexpr const char* kTable = "STR;CLOSED;CLOSED;RTCM 3;;2;GNSS;none;;0.00;0.00;0;0;velagnss " VELAGNSS_VERSION
-                               ";none;B;N;0;none\r\nSTR;OPEN;Town;RTCM 3;;2;GNSS;none;;50.1;0.00;0;0;velagnss " VELAGNSS_VERSION
-                               ";none;N;N;0;none\r\nENDSOURCETABLE\r\n";
+constexpr const char* kTable =
+    "STR;CLOSED;CLOSED;RTCM 3;;2;GNSS;none;;0.00;0.00;0;0;velagnss " VELAGNSS_VERSION
+    ";none;B;N;0;none\r\nSTR;OPEN;Town;RTCM 3;;2;GNSS;none;;50.1;0.00;0;0;velagnss " VELAGNSS_VERSION
+    ";none;N;N;0;none\r\nENDSOURCETABLE\r\n";
 constexpr const char* kAgent = "User-Agent: NTRIP test/1\r\n";
 constexpr const char* kV2 = "Ntrip-Version: Ntrip/2.0\r\n";
 
@@ -132,10 +133,11 @@ const S_Reading kReadings[] = {
 TEST_ROWS_F(CasterReaders, GetWholeUnits, Caster, kReadings, row) {
   OpenCaster();
   const C_FileDescriptor client = Ask(row.request);
-  ASSERT_TRUE(m_thread.WaitFor([this] { return m_sinks[0]->Totals().accepted == 1; }, std::chrono::steady_clock::now() + 20s));
+  ASSERT_TRUE(
+      m_thread.WaitFor([this] { return m_sinks[0]->Totals().accepted == 1; }, std::chrono::steady_clock::now() + 20s));
   WriteTo(client, std::string(100'000, 'g'));  // positions that nobody wants
   Put("one\ntwo\n");
-  std::string all = ReadFrom(client, 30);
+  std::string all;
   while (all.find("two\n") == std::string::npos && !testing::Test::HasFailure()) all += ReadFrom(client, 1);
   Put("three\n");
   Finish();
@@ -185,7 +187,8 @@ TEST_ROWS_F(Pushes, Stream, Caster, kPushes, row) {
   const C_FileDescriptor client = server.Accept();
   EXPECT_THAT(ReadHead(client), StartsWith(row.head));
   WriteTo(client, row.answer);
-  ASSERT_TRUE(m_thread.WaitFor([this] { return m_sinks[0]->Totals().units == 2; }, std::chrono::steady_clock::now() + 20s));
+  ASSERT_TRUE(
+      m_thread.WaitFor([this] { return m_sinks[0]->Totals().units == 2; }, std::chrono::steady_clock::now() + 20s));
   Finish();
   EXPECT_EQ(ReadToEnd(client), row.body);
 }

@@ -127,6 +127,7 @@ const S_PauseRow kPauses[] = {
     {"TheOtherSideMayAskForMore", {kLost, "", 30s}, 0s, {30, 30}},
     {"ButNotForLess", {kRefused, "", 5s}, 0s, {20, 40}},
 };
+
 TEST_ROWS(RetryPauses, Next, kPauses, row) {
   Host::C_RetryPauses pauses({1s, 10s, 20s, 90s, 60s, {}}, 1);
   for (const int seconds : row.seconds) {
@@ -134,6 +135,14 @@ TEST_ROWS(RetryPauses, Next, kPauses, row) {
     EXPECT_GE(pause, std::chrono::seconds(seconds));
     EXPECT_LE(pause, milliseconds(seconds * 1500));
   }
+}
+
+TEST(RetryPauses, NoPauseIsNoFailure) {
+  Host::C_RetryPauses pauses({.first = {}, .idleTimeout = {}});
+  EXPECT_EQ(pauses.Next({kLost, "", {}}, 0ms), 0ms);
+  EXPECT_EQ(pauses.Failures(), 0u);
+  EXPECT_GE(pauses.Next({kLost, "", 5s}, 0ms), 5s);
+  EXPECT_EQ(pauses.Failures(), 1u);
 }
 
 }  // namespace

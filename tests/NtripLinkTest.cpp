@@ -4,12 +4,18 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <CLI/CLI.hpp>
+#include <fstream>
 #include <mutex>
+#include <sstream>
 #include <thread>
 
+#include "apps/velagnss/commands/NtripTableCommand.h"
 #include "apps/velagnss/input/live/Links.h"
 #include "apps/velagnss/os/FileDescriptor.h"
 #include "tests/Cases.h"
+#include "tests/HostData.h"
+#include "tests/JsonSchema.h"
 
 namespace {
 
@@ -219,6 +225,68 @@ TEST_F(NtripLinks, EndsPromptly) {
   EXPECT_LT(C_Await::t_Clock::now() - begin, 5s);
   stop.join();
   m_link->Close();
+}
+
+// The command as a user runs it; its output, and its exit code where that is not 0.
+std::string RunTable(const std::string& caster, std::vector<std::string> options) {
+  const std::string file = testing::TempDir() + "velagnss-table-" + std::to_string(::getpid());
+  options.insert(options.end(), {"-o", file, caster});
+  std::reverse(options.begin(), options.end());  // the parser takes the last one first
+  const auto command = Host::kNtripTableCommand.make();
+  CLI::App app;
+  command->Declare(app);
+  app.parse(options);
+  const int code = command->Run();
+  std::ifstream in(file);
+  const std::string text{std::istreambuf_iterator<char>(in), {}};
+  std::remove(file.c_str());
+  return code == 0 ? text : text + "<exit " + std::to_string(code) + ">";
+}
+
+constexpr char kTable[] =
+    "SOURCETABLE 200 OK\r\n\r\nCAS;h.example;2101;Name;Op;0;AUT;48;11;;0;\r\n"
+    "STR;B;Far;RTCM 3.3;;2;GPS+GLO;N;DEU;50.14;8.5;0;0;g;none;B;N;9600;\r\n"
+    "STR;A\x1B;Near;RAW;;0;GPS;N;AUT;48.1;371;1;0;g;none;N;Y;;\r\nSTR;C;\xFC\r\nENDSOURCETABLE\r\n";
+
+TEST(NtripTable, ForPeople) {
+  Caster caster({kTable, kTable});
+  const std::string name = "ntrip://127.0.0.1:" + caster.Port();
+  EXPECT_EQ(RunTable(name, {}),
+            "caster h.example:2101, Name\n"
+            "mount  place  format    systems  latitude  longitude  gga     account  fee\n"
+            "A\\x1b  Near   RAW       GPS      48.10     11.00      needed  -        yes\n"
+            "B      Far    RTCM 3.3  GPS+GLO  50.14     8.50       -       needed   -\n"
+            "C      \\xfc                      -         -          -       -        -\n");
+  EXPECT_EQ(RunTable(name, {"--filter", "glo", "--position", "50.14,8.5,0"}),
+            "mount  place  format    systems  latitude  longitude  gga  account  fee  km\n"
+            "B      Far    RTCM 3.3  GPS+GLO  50.14     8.50       -    needed   -    0.0\n");
+}
+
+TEST(NtripTable, AsTheSchemaAllows) {
+  Caster caster({kTable});
+  const JsonSchema schema(nlohmann::json::parse(ReadHostFile("docs/velagnss.schema.json")));
+  std::istringstream lines(RunTable("ntrip://127.0.0.1:" + caster.Port(), {"--json", "--position", "48.2,11,0"}));
+  std::string mounts;
+  double nearest = 1e9;
+  for (std::string line; std::getline(lines, line);) {
+    const nlohmann::json row = nlohmann::json::parse(line);
+    EXPECT_EQ(schema.Check(row), "") << line;
+    if (row["report"] != "stream") continue;
+    mounts += row["mount"].get<std::string>();
+    nearest = std::min(nearest, row["distance_m"].is_null() ? nearest : row["distance_m"].get<double>());
+  }
+  EXPECT_NEAR(nearest, 11'120, 10) << "0.1 degrees of latitude";
+  EXPECT_EQ(mounts, "A\x1B\x42\x43") << "the nearest first";
+}
+
+TEST(NtripTable, Failures) {
+  Caster caster({"HTTP/1.1 401 x\r\n\r\n", "HTTP/1.0 505 x\r\n\r\n", kTable, "<html>~", kTable});
+  const std::string name = "ntrip://127.0.0.1:" + caster.Port();
+  EXPECT_EQ(RunTable(name, {}), "<exit 3>");
+  EXPECT_THAT(RunTable(name, {}), HasSubstr("caster h.example")) << "version 1 is tried at once";
+  EXPECT_EQ(RunTable(name, {}), "<exit 3>") << "a page";
+  EXPECT_EQ(RunTable(name, {"--filter", "nowhere"}).substr(0, 5), "mount");
+  EXPECT_THROW(RunTable(name + "/M", {}), CLI::ValidationError);
 }
 
 }  // namespace

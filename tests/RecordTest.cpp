@@ -196,6 +196,21 @@ TEST_F(Recordings, AClockThatIsSetIsNotedAndReopensNothing) {
                                       Pair("unsynced-" + Host::BootId() + "_rx_050000.bin", kFrame)));
 }
 
+TEST_F(Recordings, ALostLinkCutsAFrameOffAndIsNoted) {
+  Host::S_RecorderOptions options = Options();
+  options.maxSize = 30;
+  Begin(options);
+  Send(kFrame.substr(0, 9));
+  m_recorder->OnLink({.state = Host::S_LinkChange::eState::Lost, .text = {}, .at = {}});
+  Pass(1s);
+  m_recorder->OnLink({.state = Host::S_LinkChange::eState::Connected, .text = {}, .at = {}});
+  Send(kFrame + kFrame);
+  End();
+  EXPECT_THAT(Contents(),
+              ElementsAre(Pair("rx_120000.bin", kFrame.substr(0, 9) + kFrame), Pair("rx_120001.bin", kFrame)));
+  EXPECT_EQ(IndexText(m_directory / "rx_120000.bin.idx"), "D9 R D23 E");
+}
+
 struct S_RotationCase {
   const char* name;
   std::chrono::seconds every;
@@ -282,14 +297,17 @@ TEST_ROWS_F(Index, IsMended, Recordings, kMends, row) {
   EXPECT_EQ(IndexText(m_directory / "x.idx"), row.mended);
 }
 
-// The bytes of the format, so that other programs can read it.
+// The bytes of the format, so that other programs can read it. The checksums are those of Python's zlib.
 TEST(IndexFormat, HasTheDocumentedBytes) {
   const std::string record = Host::EncodeIndexRecord(
-      {Host::t_RecordTime(0x0102030405060708us), Host::S_IndexRecord::eKind::Gap, 0x0A0B0C0}, 0);
-  EXPECT_EQ(record.substr(0, 12), (std::string{8, 7, 6, 5, 4, 3, 2, 1, '\xC0', '\xB0', '\xA0', 0x10}));
+      {Host::t_RecordTime(0x0102030405060708us), Host::S_IndexRecord::eKind::Gap, 0x0A0B0C0}, 0x11223344);
+  EXPECT_EQ(record, std::string("\x08\x07\x06\x05\x04\x03\x02\x01\xC0\xB0\xA0\x10"
+                                "\x2F\xC6\x58\xB4",
+                                16));
   const std::string head = Host::EncodeIndexHead({false, 0x01020304, 5});
-  EXPECT_EQ(head.substr(0, 24),
-            (std::string("VGNSSIDX") + '\1' + '\0' + '\1' + '\0' + "\4\3\2\1\5" + std::string(7, '\0')));
+  EXPECT_EQ(head, "VGNSSIDX" + std::string("\1\0\1\0\4\3\2\1\5\0\0\0\0\0\0\0\0\0\0\0"
+                                           "\xE1\x24\xF3\x83",
+                                           24));
 }
 
 // --- Disks and signals ---
@@ -345,6 +363,9 @@ TEST_F(Recordings, TeeRecordsBesideOtherCommandsAndOverwritesNothing) {
   EXPECT_EQ(Run("velagnss stat --tee y.bin $S > /dev/null; cmp y_2.bin $S").code, 0);
   EXPECT_EQ(Slurp(m_directory / "y.bin"), "old");
   EXPECT_EQ(Run("velagnss stat --tee /dev/null $S").code, 2);
+  EXPECT_EQ(
+      Run("velagnss stat $S > a; ulimit -f 100; velagnss stat --tee z.bin $S | cmp - a; exit ${PIPESTATUS[0]}").code,
+      4);
   EXPECT_EQ(Run("velagnss record -o x.bin $S $S").code, 2);
 }
 
@@ -436,6 +457,17 @@ TEST_F(Recordings, NothingThatWasReadIsLostByAKill) {
   program.Signal(SIGKILL);
   program.Wait();
   EXPECT_EQ(Slurp(m_directory / "x.bin.part"), session.substr(0, 50'000));
+}
+
+TEST_F(Recordings, AFileThatIsBeingWrittenIsLeftToItsProgram) {
+  PipedProgram program(m_directory, {"record", "-", "-o", "x.bin"});
+  program.Send(kFrame);
+  EXPECT_TRUE(Comes([&] { return Slurp(m_directory / "x.bin.part") == kFrame; }));
+  Run("printf other | velagnss record - -o x.bin");
+  program.Hangup();
+  EXPECT_EQ(program.Wait(), 0);
+  EXPECT_EQ(Slurp(m_directory / "x.bin"), kFrame);
+  EXPECT_EQ(Slurp(m_directory / "x_2.bin"), "other");
 }
 
 TEST_F(Recordings, AHangupBeginsAnotherFile) {

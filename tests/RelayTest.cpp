@@ -13,8 +13,9 @@ struct S_Relay {
 };
 constexpr S_Relay kRelays[] = {
     {"RawIsAllOfIt", "velagnss relay $S --to raw | cmp - $S", 0, "", ""},
-    {"WithoutFormatAndFilter", "velagnss relay $S --to out; cmp out $S", 0, "", ""},
-    {"FramesAsExtracted", "velagnss extract --proto rtcm3 $S >a; velagnss relay --proto rtcm3 $S --to b; cmp a b", 0, "", ""},
+    {"WithoutFormatAndFilter", "velagnss relay $S --to copy; cmp copy $S", 0, "", ""},
+    {"FramesAsExtracted", "velagnss extract --proto rtcm3 $S >a; velagnss relay --proto rtcm3 $S --to b; cmp a b", 0,
+     "", ""},
     {"LinesAsDecoded",
      "velagnss decode --msg GGA $S >a; velagnss decode --epochs-only $S >b;"
      "velagnss relay --msg GGA $S --to json:c --to epochs:d; cmp a c; cmp b d",

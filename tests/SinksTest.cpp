@@ -132,7 +132,7 @@ TEST_F(Sinks, UnixSockets) {
   }
   EXPECT_EQ(Slurp(m_directory + "/file"), "mine");
   const C_FileDescriptor client = ConnectTo(path);
-  ASSERT_TRUE(m_to.WaitForClients(1));
+  ASSERT_TRUE(m_to.WaitForClients(2));  // the second program has knocked
   Put(kLines);
   m_to.Finish();
   EXPECT_EQ(ReadToEnd(client), kLines);
@@ -212,7 +212,7 @@ TEST_F(Sinks, AClientThatLeavesTakesNobodyWithIt) {
 TEST_F(Sinks, FilesWaitForTheirReaders) {
   const int port = FreePort();
   Open(fmt::format("tcp-listen://:{}?queue=65536", port), false);
-  const C_FileDescriptor client = ConnectTo(port, 4096);
+  const C_FileDescriptor client = ConnectTo(port);
   ASSERT_TRUE(m_to.WaitForClients(1));
   std::string got;
   std::thread reader([&] { got = ReadToEnd(client); });
@@ -274,7 +274,10 @@ const S_WrongTo kWrongTo[] = {
     {"NoPort", "tcp-listen://", {}, "has no port"},
     {"Option", "udp://h:1?tll=3", {}, "unknown option 'tll'"},
     {"Policy", "tcp://h:1?policy=maybe", {}, "policy must be drop, close or wait"},
-    {"PasswordIsNotShown", "ntrip-push://me:secret@h:2101/M?version=3", {}, "ntrip-push://h:2101/M: version must be 1 or 2"},
+    {"PasswordIsNotShown",
+     "ntrip-push://me:secret@h:2101/M?version=3",
+     {},
+     "ntrip-push://h:2101/M: version must be 1 or 2"},
     {"NoMount", "ntrip-caster://:2101", {}, "has no path"},
     {"RawOfSeveral", "raw:out", {.isOne = false}, "is for one source"},
     {"RawWithFilter", "raw:out", {.isSelected = true}, "does not go with a filter"},

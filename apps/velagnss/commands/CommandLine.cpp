@@ -16,6 +16,7 @@
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
 #include "apps/velagnss/commands/NtripTableCommand.h"
+#include "apps/velagnss/commands/PortsCommand.h"
 #include "apps/velagnss/commands/RecordCommand.h"
 #include "apps/velagnss/commands/RelayCommand.h"
 #include "apps/velagnss/commands/ReplayCommand.h"
@@ -29,8 +30,8 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand,       &kConvertCommand, &kExtractCommand, &kEncodeCommand,
-    &kGeoCommand,    &kNtripTableCommand, &kRecordCommand,  &kReplayCommand,  &kRelayCommand,
+    &kDecodeCommand, &kStatCommand,   &kConvertCommand, &kExtractCommand,    &kEncodeCommand, &kGeoCommand,
+    &kRecordCommand, &kReplayCommand, &kRelayCommand,   &kNtripTableCommand, &kPortsCommand,
 };
 
 constexpr char kDescription[] =

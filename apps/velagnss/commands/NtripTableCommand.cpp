@@ -88,10 +88,10 @@ void WriteField(C_JsonWriter& json, const S_TableRow& row, const S_TableColumn& 
 }
 
 void WriteEntry(C_JsonWriter& json, const S_Entry& entry, bool hasDistance) {
-  constexpr std::string_view kTypes[] = {"stream", "caster", "network"};
+  constexpr std::string_view kKinds[] = {"stream", "caster", "network"};
   json.BeginObject();
   json.Key("schema").Integer(kSchemaVersion);
-  json.Key("type").Name(kTypes[static_cast<std::size_t>(entry.row->kind)]);
+  json.Key("report").Name(kKinds[static_cast<std::size_t>(entry.row->kind)]);
   for (const S_TableColumn& column : entry.row->Columns()) WriteField(json, *entry.row, column);
   if (hasDistance) json.Key("distance_m").Number(entry.distance);
   json.EndObject();

@@ -29,9 +29,10 @@ struct S_LinkChange {
     Lost,     // it will be tried again
     Refused,  // likewise, but slowly
     Failed,   // for good: the last of the source
+    Notice,   // no change at all, but worth a line to the user
   };
   eState state = eState::Connecting;
-  std::string text;                     // connected: the other end; afterwards: why
+  std::string text;                     // connected: the other end; afterwards: why; a notice: what
   std::chrono::milliseconds retryIn{};  // lost or refused
   unsigned int failures = 0;            // in a row, this one included
   S_Chunk::t_Clock::time_point at;

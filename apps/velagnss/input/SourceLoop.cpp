@@ -86,6 +86,7 @@ void C_Stream::Feed(const S_Chunk& chunk) {
 
 void C_Stream::Take(const S_LinkChange& change) {
   m_messages.Report(m_source.Name(), change);
+  if (change.state == S_LinkChange::eState::Notice) return;
   m_job.OnLink(change);
   m_hasFailed = change.state == S_LinkChange::eState::Failed;
   if (m_hasFailed) Close();

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <grp.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -22,13 +23,29 @@ using eFlow = S_SerialSettings::eFlow;
 
 constexpr char kBusy[] = "another program has it open; end that one, see: fuser -v";
 
+// The group that may use the device, "dialout" on most systems; "" for none.
+std::string GroupOf(const std::string& path) {
+  struct stat status {};
+  constexpr mode_t kUse = S_IRGRP | S_IWGRP;
+  if (::stat(path.c_str(), &status) != 0 || (status.st_mode & kUse) != kUse) return {};
+  char buffer[4096];
+  group entry{};
+  group* found = nullptr;
+  ::getgrgid_r(status.st_gid, &entry, buffer, sizeof buffer, &found);
+  return found == nullptr ? "" : found->gr_name;
+}
+
+std::string DeniedText(const std::string& path) {
+  const std::string group = GroupOf(path);
+  if (group.empty()) return "permission denied; let a rule of udev give the device to the group dialout, and join it";
+  return fmt::format("permission denied; join the group {0} and log in again: sudo usermod -aG {0} $USER", group);
+}
+
 S_SerialFailure OpenFailure(const std::string& path) {
   switch (errno) {
     case EACCES:
     case EPERM:
-      return {
-          "permission denied; become a member of the group dialout and log in again: sudo usermod -aG dialout $USER",
-          true};
+      return {DeniedText(path), true};
     case EBUSY:
       return {fmt::format("{} {}", kBusy, path), true};
     case ENOENT:

@@ -62,7 +62,7 @@ class C_Link {
   // Closes what is open; it can be opened again.
   virtual void Close() = 0;
 
-  // What the other end is, once open: "127.0.0.1:5015", "115200 8N1"; may be empty.
+  // The other end, once open: "127.0.0.1:5015", "/dev/ttyUSB0 at 115200 8N1"; may be empty.
   virtual std::string Peer() const { return {}; }
 
   virtual S_RetryRules RetryRules() const { return {}; }

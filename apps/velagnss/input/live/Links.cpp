@@ -34,10 +34,13 @@ std::string ReadName(const std::string& name, S_Address& address) {
   return ReadAddress(IsAddress(name) ? name : "serial://" + name, address);
 }
 
+constexpr std::string_view kPlaces[] = {"/dev/tty", "/dev/serial/", "/dev/pts/"};
+
 // Also of a device that is not plugged in now.
 bool IsNameOfPort(std::string_view name) {
   name = name.substr(0, name.find('?'));
-  const bool isInPlace = (name.starts_with("/dev/tty") && name != "/dev/tty") || name.starts_with("/dev/serial/");
+  const bool isInPlace = name != "/dev/tty" && std::any_of(std::begin(kPlaces), std::end(kPlaces),
+                                                           [name](auto place) { return name.starts_with(place); });
   std::error_code none;
   return IsSerialDevice(std::string(name)) || (isInPlace && !std::filesystem::exists(name, none));
 }

@@ -61,6 +61,7 @@ void C_LiveSource::Work(const t_MakeLink& makeLink) {
 void C_LiveSource::KeepOpen(C_Link& link) {
   using eState = S_LinkChange::eState;
   C_RetryPauses pauses(Rules(link, m_options));
+  link.SetNotice([this](const std::string& text) { m_queue.Push({eState::Notice, text, {}, 0, {}}); });
   while (!m_await.IsStopping()) {
     m_queue.Push({eState::Connecting, {}, {}, pauses.Failures(), {}});
     milliseconds goodFor{};
@@ -72,7 +73,8 @@ void C_LiveSource::KeepOpen(C_Link& link) {
     link.Close();
     if (m_await.IsStopping()) return;
     const milliseconds pause = pauses.Next(*failure, goodFor);
-    const bool isOver = failure->kind == S_LinkFailure::eKind::Final || pauses.Failures() == m_options.maxTries;
+    const bool isOver = failure->kind == S_LinkFailure::eKind::Final ||
+                        (m_options.maxTries > 0 && pauses.Failures() == m_options.maxTries);
     const eState state = isOver                                           ? eState::Failed
                          : failure->kind == S_LinkFailure::eKind::Refused ? eState::Refused
                                                                           : eState::Lost;

@@ -14,7 +14,8 @@ class C_RetryPauses {
   explicit C_RetryPauses(const S_RetryRules& rules, unsigned int seed = std::random_device{}())
       : m_rules(rules), m_random(seed) {}
 
-  // The pause after `failure`. `goodFor`: how long bytes came before it.
+  // The pause after `failure`. `goodFor`: how long bytes came before it. Without a pause, by the rules of its kind, it
+  // does not count as a failure: a sender that has left is none.
   std::chrono::milliseconds Next(const S_LinkFailure& failure, std::chrono::milliseconds goodFor);
 
   // In a row, without a good time in between.

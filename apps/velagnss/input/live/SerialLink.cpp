@@ -1,7 +1,9 @@
 #include "apps/velagnss/input/live/SerialLink.h"
 
+#include <fmt/format.h>
+
 #include <asio/posix/stream_descriptor.hpp>
-#include <iterator>
+#include <filesystem>
 
 #include "apps/velagnss/input/live/StreamLink.h"
 #include "apps/velagnss/net/SerialSettings.h"
@@ -23,8 +25,10 @@ class C_SerialLink : public C_StreamLink<t_Port> {
     C_FileDescriptor port;
     if (auto failure = OpenSerialPort(m_path, m_settings, port))
       return failure->mayPass ? S_LinkFailure::Lost(failure->text) : S_LinkFailure::Final(failure->text);
-    std::string text = SerialText(port.Get(), m_settings);
-    Use(t_Port(m_await.Context(), port.Release()), std::move(text));
+    std::error_code gone;
+    const std::string device = std::filesystem::canonical(m_path, gone);  // where the links of udev lead
+    std::string peer = fmt::format("{} at {}", device, SerialText(port.Get(), m_settings));
+    Use(t_Port(m_await.Context(), port.Release()), std::move(peer));
     return std::nullopt;
   }
 

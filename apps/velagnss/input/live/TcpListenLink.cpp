@@ -14,6 +14,9 @@ namespace {
 
 using asio::ip::tcp;
 
+// Senders that come and go at once, by mistake or with intent, must not fill the log either.
+constexpr auto kBetweenSenders = std::chrono::seconds(1);
+
 // Accepts connections for as long as it lives, so that none is refused between two senders.
 class C_Door : public std::enable_shared_from_this<C_Door> {
  public:
@@ -33,16 +36,23 @@ class C_Door : public std::enable_shared_from_this<C_Door> {
   // The sender that has come, or nobody. Others are turned away until the next call.
   std::optional<tcp::socket> Take() { return std::exchange(m_newcomer, std::nullopt); }
   bool HasNewcomer() const { return m_newcomer.has_value(); }
-  void SetOccupied(bool isOccupied) { m_isOccupied = isOccupied; }
+  void SetOccupied(bool isOccupied) {
+    m_isOccupied = isOccupied;
+    m_hasTurnedAway = false;
+  }
 
  private:
   void OnAccept(const asio::error_code& error, tcp::socket socket);
+  void TryLater(const asio::error_code& error);
+  void TurnAway(const tcp::socket& socket);
 
   tcp::acceptor m_acceptor;
   asio::steady_timer m_pause;
   const t_Notice m_notice;
   std::optional<tcp::socket> m_newcomer;
   bool m_isOccupied = false;
+  bool m_hasTurnedAway = false;
+  bool m_hasFailed = false;  // to accept
 };
 
 asio::error_code C_Door::Listen(const tcp::endpoint& endpoint) {
@@ -61,24 +71,32 @@ void C_Door::AcceptNext() {
   });
 }
 
-// Without descriptors a connection stays in the queue of the system, which would be offered again at once, and for
-// ever.
 void C_Door::OnAccept(const asio::error_code& error, tcp::socket socket) {
   if (!m_acceptor.is_open()) return;
-  if (error) {
-    m_notice(fmt::format("a connection cannot be accepted: {}", error.message()));
-    m_pause.expires_after(std::chrono::seconds(1));
-    m_pause.async_wait([self = shared_from_this()](const asio::error_code& cancelled) {
-      if (!cancelled) self->AcceptNext();
-    });
-    return;
-  }
-  asio::error_code gone;
+  if (error) return TryLater(error);
+  m_hasFailed = false;
   if (m_isOccupied || m_newcomer)
-    m_notice(fmt::format("turned {} away: there is a sender already", EndpointText(socket.remote_endpoint(gone))));
+    TurnAway(socket);
   else
     m_newcomer = std::move(socket);
   AcceptNext();
+}
+
+// Without a free descriptor the connection stays in the system's queue and would be offered again at once, for ever.
+void C_Door::TryLater(const asio::error_code& error) {
+  if (!std::exchange(m_hasFailed, true))
+    m_notice(fmt::format("a connection cannot be accepted: {}; trying again each second", error.message()));
+  m_pause.expires_after(std::chrono::seconds(1));
+  m_pause.async_wait([self = shared_from_this()](const asio::error_code& cancelled) {
+    if (!cancelled) self->AcceptNext();
+  });
+}
+
+// Said once for each sender: whoever knocks again and again must not fill the log.
+void C_Door::TurnAway(const tcp::socket& socket) {
+  asio::error_code gone;
+  if (std::exchange(m_hasTurnedAway, true)) return;
+  m_notice(fmt::format("turned {} away: there is a sender already", EndpointText(socket.remote_endpoint(gone))));
 }
 
 // Looked at again every 5 s: the rules below have no pause.
@@ -103,8 +121,8 @@ class C_TcpListenLink : public C_StreamLink<tcp::socket> {
     if (m_door) m_door->SetOccupied(false);
   }
 
-  // The next sender is waited for at once, however short the last one stayed.
-  S_RetryRules RetryRules() const override { return {.first = {}, .longest = {}, .goodAfter = {}, .idleTimeout = {}}; }
+  // The next sender is waited for at once.
+  S_RetryRules RetryRules() const override { return {.first = {}, .idleTimeout = {}}; }
 
  private:
   std::optional<S_LinkFailure> Listen();
@@ -115,6 +133,7 @@ class C_TcpListenLink : public C_StreamLink<tcp::socket> {
 
   const S_Address m_address;
   std::shared_ptr<C_Door> m_door;
+  C_Await::t_Time m_nextAt;  // a sender may be taken
 };
 
 std::optional<S_LinkFailure> C_TcpListenLink::Listen() {
@@ -126,8 +145,8 @@ std::optional<S_LinkFailure> C_TcpListenLink::Listen() {
     StopListening();
     return ListenFailure(ListenErrorText(error, m_address));
   }
-  if (!place.address.is_loopback())
-    Notify(fmt::format("listens at {}, where other machines can connect and send", EndpointText(endpoint)));
+  Notify(fmt::format("waits for a connection at {}{}", EndpointText(endpoint),
+                     place.address.is_loopback() ? "" : ", which other machines can reach"));
   return std::nullopt;
 }
 
@@ -135,7 +154,9 @@ std::optional<S_LinkFailure> C_TcpListenLink::Open() {
   if (!m_door) {
     if (std::optional<S_LinkFailure> failure = Listen()) return failure;
   }
+  m_await.Until(m_nextAt, [] { return false; });
   m_await.Until(C_Await::t_Time::max(), [this] { return m_door->HasNewcomer(); });
+  m_nextAt = C_Await::t_Clock::now() + kBetweenSenders;
   std::optional<tcp::socket> sender = m_door->Take();
   if (!sender) return S_LinkFailure::Lost("stopped");
   m_door->SetOccupied(true);

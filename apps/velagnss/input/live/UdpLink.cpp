@@ -67,8 +67,7 @@ asio::error_code ChangeMembership(udp::socket& socket, const asio::ip::address& 
 }
 
 std::string JoinError(const asio::error_code& error) {
-  if (error.value() == ENODEV)
-    return "there is no route to this group; name the network interface: ?interface=eth0";
+  if (error.value() == ENODEV) return "there is no route to this group; name the network interface: ?interface=eth0";
   return fmt::format("cannot join the group: {}", error.message());
 }
 
@@ -152,7 +151,10 @@ std::string C_UdpLink::Rejoin() {
 }
 
 void C_UdpLink::WarnOfStrangers() {
-  if (m_endpoint.address().is_loopback() || std::exchange(m_hasWarned, true)) return;
+  const auto interface = m_address.options.find("interface");
+  const bool isLocal =
+      m_endpoint.address().is_loopback() || (interface != m_address.options.end() && interface->second == "lo");
+  if (isLocal || std::exchange(m_hasWarned, true)) return;
   Notify(fmt::format("receives at {}, where other machines can send", EndpointText(m_endpoint)));
 }
 

@@ -63,6 +63,8 @@ C_Listener::S_Peer PeerOf(const sockaddr_storage& address, socklen_t size) {
   return {fmt::format("{}{}{}:{}", isV6 ? "[" : "", host, isV6 ? "]" : "", port), IsLoopback(*any) ? "" : host};
 }
 
+C_FileDescriptor Spare() { return C_FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC)); }
+
 // Whether a program listens at the socket file.
 bool IsInUse(const sockaddr_un& address) {
   const C_FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -81,6 +83,8 @@ std::string MakeWayFor(const sockaddr_un& address) {
 }
 
 }  // namespace
+
+C_Listener::C_Listener(asio::io_context& context) : m_context(context), m_pause(context), m_spare(Spare()) {}
 
 C_Listener::~C_Listener() { Close(); }
 
@@ -140,7 +144,6 @@ std::string C_Listener::ListenUnix(const std::string& path, unsigned int mode) {
 void C_Listener::Begin(t_OnAccept onAccept, t_OnTrouble onTrouble) {
   m_onAccept = std::move(onAccept);
   m_onTrouble = std::move(onTrouble);
-  m_spare = C_FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
   for (const auto& socket : m_sockets) Wait(*socket);
 }
 
@@ -181,7 +184,7 @@ void C_Listener::Accept(t_Socket& socket) {
 void C_Listener::TurnAway(int socket) {
   m_spare.Close();
   C_FileDescriptor(::accept4(socket, nullptr, nullptr, SOCK_CLOEXEC)).Close();
-  m_spare = C_FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+  m_spare = Spare();
 }
 
 void C_Listener::OnFailure(int error) {

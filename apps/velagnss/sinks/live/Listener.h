@@ -15,7 +15,7 @@ namespace Host {
 
 class C_Listener {
  public:
-  explicit C_Listener(asio::io_context& context) : m_context(context), m_pause(context) {}
+  explicit C_Listener(asio::io_context& context);
   ~C_Listener();  // removes the file of a Unix socket
   C_Listener(const C_Listener&) = delete;
   C_Listener& operator=(const C_Listener&) = delete;
