@@ -97,7 +97,7 @@ eVerdict C_BodyScanner::Scan(eBody body) {
 }
 
 template <eBody kBody>
-inline eVerdict C_BodyScanner::ScanAs() {
+eVerdict C_BodyScanner::ScanAs() {
   constexpr S_Rule kRule = kRules[static_cast<unsigned int>(kBody)];
   if (m_examinedAs != kBody) m_examined = 0;
   m_examinedAs = kBody;

@@ -86,9 +86,10 @@ class C_BodyScanner {
   struct S_Rule;
   static const S_Rule kRules[];  // by eBody
 
-  // The shape is a template argument, so that reading its rule costs nothing at run time.
+  // The shape is a template argument, so that reading its rule costs nothing at run time. Not all in one function, which
+  // would save registers for the most complex of them.
   template <eBody kBody>
-  eVerdict ScanAs();
+  [[gnu::noinline]] eVerdict ScanAs();
 
   // The two ways to find the end: by the length from the header, and at an end mark. Both leave the number of bytes
   // that belong to the frame in its message.
@@ -195,8 +196,9 @@ inline bool C_BodyScanner::MayHoldLine() const { return false; }
 inline eVerdict C_BodyScanner::GlanceAtLine() { return eVerdict::Rejected; }
 #endif
 
+// Bytes that were searched for a false start before this one mostly do not hold a sentence.
 inline eVerdict C_BodyScanner::GlanceAtText() {
-  if (m_examined != 0 && m_examinedAs != eBody::Text) return eVerdict::Rejected;
+  if (m_examined == 0 ? !IsUnknown(eMark::Control) : m_examinedAs != eBody::Text) return eVerdict::Rejected;
   const unsigned char* const bytes = m_queue.Bytes();
   const unsigned int queued = m_queue.Queued();
   const unsigned int limit = Limit();
