@@ -52,6 +52,7 @@ class C_BodyScanner {
   bool MayHoldLine() const;
   eVerdict GlanceAtLine();
   eVerdict GlanceAtText();
+  eVerdict GlanceAtUnlisted();
   eVerdict GlanceAtRtcm();
 
   // After `More`: while fewer than `below` bytes are queued in all, further bytes leave the scan waiting if they are
@@ -86,8 +87,8 @@ class C_BodyScanner {
   struct S_Rule;
   static const S_Rule kRules[];  // by eBody
 
-  // The shape is a template argument, so that reading its rule costs nothing at run time. Not all in one function, which
-  // would save registers for the most complex of them.
+  // The shape is a template argument, so that reading its rule costs nothing at run time. Not all in one function,
+  // which would save registers for the most complex of them.
   template <eBody kBody>
   [[gnu::noinline]] eVerdict ScanAs();
 
@@ -205,6 +206,14 @@ inline eVerdict C_BodyScanner::GlanceAtText() {
   const unsigned int at = FirstMark<eMark::Control>(0, bytes, queued);
   if (at < queued) return JudgeEnd(bytes, at, [bytes](unsigned int end) { return XorOf(bytes + 1, end - 4); });
   return queued < limit ? AwaitMore(eBody::Text, limit, kFirstPrintable) : eVerdict::Rejected;
+}
+
+inline eVerdict C_BodyScanner::GlanceAtUnlisted() {
+  if (m_examined != 0 && m_examinedAs != eBody::Unlisted) return eVerdict::Rejected;
+  const unsigned int queued = m_queue.Queued();
+  const unsigned int limit = Limit();
+  const bool isContent = queued < limit && FirstMark<eMark::Control>(0, m_queue.Bytes(), queued) >= queued;
+  return isContent ? AwaitMore(eBody::Unlisted, limit, kFirstPrintable) : eVerdict::Rejected;
 }
 
 inline eVerdict C_BodyScanner::GlanceAtRtcm() {

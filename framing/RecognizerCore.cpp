@@ -298,7 +298,8 @@ eRecognitionResult C_RecognizerCore::StepWithoutMatch(eRecognitionResult result,
 eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
   const eBody body = kProtocols[m_currentRow].body;
   if (body == eBody::Rtcm) return StepAfterGlance(m_scanner.GlanceAtRtcm(), message);
-  if (body != eBody::Text || m_isUnlisted) return StepOtherBody(message);
+  if (body != eBody::Text) return StepOtherBody(message);
+  if (m_isUnlisted) return StepAfterGlance(m_scanner.GlanceAtUnlisted(), message);
   if (m_scanner.MayHoldLine()) return StepLine(message);
   return StepAfterGlance(m_scanner.GlanceAtText(), message);
 }
@@ -388,8 +389,9 @@ eRecognitionResult C_RecognizerCore::LookAsUnlisted(eRecognitionResult result, b
   m_listedResult = result;
   m_state = eBodyWait;
   m_lastScanCount = kStepAgain;
+  // A line that failed otherwise than in the search has been asked for its end before.
   const bool isLine = m_frame.message.protocol == C_RawDataMessage::eNMEA0183;
-  if (!isLine || !m_scanner.LacksSentenceEnd()) return StepBodyWait(message);
+  if (!isLine || result != eRecSearching || !m_scanner.LacksSentenceEnd()) return StepBodyWait(message);
   const eRecognitionResult rejected = Conclude(eVerdict::Rejected);
   DropFalseStart();
   return rejected;
