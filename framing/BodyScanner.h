@@ -52,7 +52,8 @@ class C_BodyScanner {
   bool MayHoldLine() const;
   eVerdict GlanceAtLine();
   eVerdict GlanceAtText();
-  eVerdict GlanceAtUnlisted();
+  eVerdict GlanceAtUnlisted() { return GlanceAtContent<eMark::Control>(eBody::Unlisted, Limit(), kFirstPrintable); }
+  eVerdict GlanceAtAck() { return GlanceAtContent<eMark::LineEnd>(eBody::Ack, m_frame.message.capacity, kCr + 1); }
   eVerdict GlanceAtRtcm();
 
   // After `More`: while fewer than `below` bytes are queued in all, further bytes leave the scan waiting if they are
@@ -102,6 +103,9 @@ class C_BodyScanner {
   unsigned int FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end);
   // Whether the bytes from the oldest one on have not been searched for the mark.
   bool IsUnknown(eMark mark) const { return m_unmarkedTo[static_cast<unsigned int>(mark)] <= m_queue.Position(); }
+  // Whether all that is queued is content, which no byte from `least` on ends.
+  template <eMark kMark>
+  eVerdict GlanceAtContent(eBody body, unsigned int limit, unsigned char least);
   // Judges a sentence by its first control character; `sumOf(end)` is the sum of its content.
   template <class SumOf>
   eVerdict JudgeEnd(const unsigned char* bytes, unsigned int end, SumOf sumOf);
@@ -208,12 +212,12 @@ inline eVerdict C_BodyScanner::GlanceAtText() {
   return queued < limit ? AwaitMore(eBody::Text, limit, kFirstPrintable) : eVerdict::Rejected;
 }
 
-inline eVerdict C_BodyScanner::GlanceAtUnlisted() {
-  if (m_examined != 0 && m_examinedAs != eBody::Unlisted) return eVerdict::Rejected;
+template <eMark kMark>
+inline eVerdict C_BodyScanner::GlanceAtContent(eBody body, unsigned int limit, unsigned char least) {
+  if (m_examined != 0 && m_examinedAs != body) return eVerdict::Rejected;
   const unsigned int queued = m_queue.Queued();
-  const unsigned int limit = Limit();
-  const bool isContent = queued < limit && FirstMark<eMark::Control>(0, m_queue.Bytes(), queued) >= queued;
-  return isContent ? AwaitMore(eBody::Unlisted, limit, kFirstPrintable) : eVerdict::Rejected;
+  const bool isContent = queued < limit && FirstMark<kMark>(0, m_queue.Bytes(), queued) >= queued;
+  return isContent ? AwaitMore(body, limit, least) : eVerdict::Rejected;
 }
 
 inline eVerdict C_BodyScanner::GlanceAtRtcm() {

@@ -34,7 +34,8 @@ class C_QueueWindow {
     m_queued += count;
   }
 
-  // Whether so many bytes can be queued without moving the others, and the operations that queue one, or a few.
+  // Whether one byte, or a few, can be queued without moving the others, and the operations that queue them.
+  bool HasPlace() const { return m_queued < m_capacity && m_head + m_queued < m_end; }
   bool HasPlace(unsigned int count) const {
     return count <= m_capacity - m_queued && count <= static_cast<std::size_t>(m_end - m_head) - m_queued;
   }

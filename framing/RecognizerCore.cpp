@@ -296,12 +296,18 @@ eRecognitionResult C_RecognizerCore::StepWithoutMatch(eRecognitionResult result,
 // The scanner has judged the body; here the queue is moved: by one byte after a fault, by the frame when it is
 // complete.
 eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
-  const eBody body = kProtocols[m_currentRow].body;
-  if (body == eBody::Rtcm) return StepAfterGlance(m_scanner.GlanceAtRtcm(), message);
-  if (body != eBody::Text) return StepOtherBody(message);
-  if (m_isUnlisted) return StepAfterGlance(m_scanner.GlanceAtUnlisted(), message);
-  if (m_scanner.MayHoldLine()) return StepLine(message);
-  return StepAfterGlance(m_scanner.GlanceAtText(), message);
+  switch (kProtocols[m_currentRow].body) {
+    case eBody::Rtcm:
+      return StepAfterGlance(m_scanner.GlanceAtRtcm(), message);
+    case eBody::Ack:
+      return StepAfterGlance(m_scanner.GlanceAtAck(), message);
+    case eBody::Text:
+      if (m_isUnlisted) return StepAfterGlance(m_scanner.GlanceAtUnlisted(), message);
+      if (m_scanner.MayHoldLine()) return StepLine(message);
+      return StepAfterGlance(m_scanner.GlanceAtText(), message);
+    default:
+      return StepOtherBody(message);
+  }
 }
 
 eRecognitionResult C_RecognizerCore::StepLine(C_RawDataMessage& message) {

@@ -30,7 +30,7 @@ class C_RecognizerCore {
     if (m_state == eResynchronise) return Resynchronize(data, length, message);
     if (data != nullptr && length != 0) {
       if (length > kShortCopy) return Feed(data, length, message);
-      if (length > 1 || !m_queue.HasPlace(1)) return FeedShort(data, length, message);
+      if (length > 1 || !m_queue.HasPlace()) return FeedShort(data, length, message);
       const bool isPlain = IsPlain(*data);
       m_queue.AddInPlace(*data);
       if (isPlain) return Pass();
