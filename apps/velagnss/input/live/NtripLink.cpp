@@ -43,7 +43,8 @@ S_LinkFailure Refused(std::string text, std::chrono::seconds pause) {
 class C_NtripLink : public C_Link {
  public:
   C_NtripLink(const S_Address& address, const S_LiveOptions& options, C_Await& await)
-      : m_address(WithNtripPort(address)),
+      : m_name(address.Shown()),
+        m_address(WithNtripPort(address)),
         m_options(options),
         m_client(await),
         m_version(OptionOf(address, "version") == "1" ? 1 : 2),
@@ -65,6 +66,7 @@ class C_NtripLink : public C_Link {
   std::string FallBack(std::string text);
   void WarnOnce();
 
+  const std::string m_name;  // of the source, whose own positions are not sent back
   const S_Address m_address;
   const S_LiveOptions m_options;
   C_NtripClient m_client;
@@ -162,7 +164,7 @@ std::string C_NtripLink::Peer() const {
 std::optional<std::string> C_NtripLink::Position() const {
   if (!m_sendsPosition) return std::nullopt;
   if (m_position) return FixedGga(*m_position, std::chrono::system_clock::now());
-  return m_options.positions->Latest(m_address.Shown(), C_PositionFeed::t_Clock::now());
+  return m_options.positions->Latest(m_name, C_PositionFeed::t_Clock::now());
 }
 
 void C_NtripLink::SendPosition(t_Time now) {
