@@ -33,6 +33,7 @@ class C_TeeJob : public C_StreamJob {
     m_second.BeforeWait();
   }
   std::optional<std::chrono::milliseconds> LongestWait() const override { return m_first.LongestWait(); }
+  int WakeDescriptor() const override { return m_second.WakeDescriptor(); }
   void OnQuiet() override {
     m_first.OnQuiet();
     m_second.OnQuiet();
