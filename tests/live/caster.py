@@ -201,7 +201,8 @@ class Link:
         self.caster, self.reader, self.writer = caster, reader, writer
         self.has_position = asyncio.Event()
         self.is_reset = False
-        writer.transport.set_write_buffer_limits(high=0)  # sent means: handed to the kernel
+        if not caster.options.tls:  # where drain would wait for ever
+            writer.transport.set_write_buffer_limits(high=0)  # sent means: handed to the kernel
 
     async def send(self, data):
         self.writer.write(data)

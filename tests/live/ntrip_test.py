@@ -126,7 +126,7 @@ class NtripTest(harness.Case):
     def test_tls_is_verified(self):
         running = self.run_caster("--tls", self.where, "--at-end", "hold", data=self.data)
         for host, query, text in (("127.0.0.1", "", "certificate"), ("127.0.0.1", f"?ca={self.where}/cert.pem", ""),
-                                  ("localhost", f"?ca={self.where}/cert.pem", ""), ("127.0.0.2", "?insecure", "")):
+                                  ("localhost", f"?ca={self.where}/cert.pem", ""), ("127.0.0.1", "?insecure", "")):
             with self.subTest(host=host, query=query):
                 program = self.run_program("decode", "--events", f"ntrips://{host}:{running.port}/BASE{query}")
                 if text:

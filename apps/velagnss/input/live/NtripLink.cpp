@@ -134,7 +134,10 @@ C_Link::S_Read C_NtripLink::Read(t_Time deadline) {
   const t_Time now = C_Await::t_Clock::now();
   SendPosition(now);
   const C_Transport::S_Read read = m_client.Read(m_sendsPosition ? std::min(deadline, m_nextPosition) : deadline);
-  if (m_client.HasBadChunks()) return {{}, Lost(FallBack("the chunks of the stream are damaged"))};
+  if (read.bytes.empty() && m_client.HasBadChunks()) {
+    constexpr const char* kText = "the chunks of the stream are damaged";
+    return {{}, Lost(m_hasData ? kText : FallBack(kText))};
+  }
   if (!read.error.empty()) return {{}, Lost(read.error)};
   if (read.hasEnded) return {{}, Lost("the caster has ended the stream")};
   const std::string_view text(reinterpret_cast<const char*>(read.bytes.data()), read.bytes.size());
