@@ -32,8 +32,8 @@ class C_TeeJob : public C_StreamJob {
     m_first.BeforeWait();
     m_second.BeforeWait();
   }
-  int WakeDescriptor() const override { return m_second.WakeDescriptor(); }
   std::optional<std::chrono::milliseconds> LongestWait() const override { return m_first.LongestWait(); }
+  int WakeDescriptor() const override { return m_second.WakeDescriptor(); }
   void OnQuiet() override {
     m_first.OnQuiet();
     m_second.OnQuiet();

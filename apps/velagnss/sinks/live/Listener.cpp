@@ -174,11 +174,10 @@ void C_Listener::Accept(t_Socket& socket) {
       continue;
     }
     if (errno == EAGAIN) break;
-    if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
-      const int error = errno;
-      TurnAway(socket.native_handle());
-      return OnFailure(error);
-    }
+    if (errno == EINTR || errno == ECONNABORTED) continue;
+    const int error = errno;
+    TurnAway(socket.native_handle());
+    return OnFailure(error);
   }
   if (socket.is_open()) Wait(socket);
 }
