@@ -160,11 +160,11 @@ class LiveTest(harness.Case):
             with self.subTest(kind=kind.__name__):
                 line = kind(self)
                 program = self.run_program("decode", "--events", line.open())
-                for begin, end in zip(cuts, cuts[1:]):
+                for number, (begin, end) in enumerate(zip(cuts, cuts[1:]), 1):
                     line.send(Pieces(self.session[begin:end], begin))
                     line.cut()
+                    program.wait_for_state("lost", number)
                 program.wait_for_frames(len(expected))
-                program.wait_for_state("lost", 3)
                 program.end()
                 self.assert_objects(program.frames(), expected)
                 self.assertEqual([c["state"] for c in program.changes() if c["state"] != "connecting"][:6], ["connected", "lost"] * 3)
