@@ -27,8 +27,7 @@ struct C_BodyScanner::S_Rule {
 namespace {
 
 constexpr unsigned int kJroxHeader = RowOf(C_RawDataMessage::eJROX).frame.startLength;
-constexpr unsigned int kShortestSum = 5;  // "$*hh" and a line end
-constexpr std::size_t kRawComma =         // after "$PKVN,RAW"
+constexpr std::size_t kRawComma =  // after "$PKVN,RAW"
     textproto::PkvnSentences::kPrefix.size() + textproto::PkvnSentences::kNames[VelaPKVN_Messages::ePkvnRAW].size();
 constexpr std::size_t kRawCountDigits = 9;  // characters of the field with the payload's length that are read
 
@@ -97,7 +96,6 @@ eVerdict C_BodyScanner::Scan(eBody body) {
   }
 }
 
-// The shape is a template argument, so that reading its rule costs nothing at run time.
 template <eBody kBody>
 eVerdict C_BodyScanner::ScanAs() {
   constexpr S_Rule kRule = kRules[static_cast<unsigned int>(kBody)];
@@ -108,30 +106,9 @@ eVerdict C_BodyScanner::ScanAs() {
   return isChecked ? (this->*kRule.check)() : collected;
 }
 
-#ifdef __SSE2__
-bool C_BodyScanner::JudgeLine() {
-  const unsigned char* const bytes = m_queue.Bytes();
-  const S_Line line = ReadLine(bytes);
-  const unsigned int length = line.end + 1;
-  const unsigned int least = std::max<unsigned int>(m_frame.lengths.least, kShortestSum);
-  if (line.end == kLineWindow || length < least || length > Limit() || !IsLineEnd(bytes[line.end]) ||
-      bytes[line.end - 3] != '*')
-    return false;
-  unsigned int sum = 0;
-  if (!ReadHex(&bytes[line.end - 2], 2, sum) || sum != line.sum) return false;
-  m_unmarkedTo[static_cast<unsigned int>(eMark::Control)] = m_queue.Position() + line.end;
-  m_frame.message.length = static_cast<unsigned short>(length);
-  return true;
-}
-#endif
-
 // The frame has at least these bytes; a start search may have taken more.
 inline void C_BodyScanner::Hold(unsigned int count) {
   m_frame.message.length = std::max(m_frame.message.length, static_cast<unsigned short>(count));
-}
-
-inline unsigned int C_BodyScanner::Limit() const {
-  return std::min<unsigned int>(m_frame.lengths.greatest, m_frame.message.capacity);
 }
 
 // Collects bytes up to the end that the rule describes. An end that comes exactly at the limit still counts.
@@ -156,24 +133,9 @@ inline eVerdict C_BodyScanner::CollectUntilEnd() {
     m_frame.message.length = static_cast<unsigned short>(at + 1);
     return eVerdict::Complete;
   }
+  if (end < limit) return AwaitMore(kBody, limit, kLeastOfContent[static_cast<unsigned int>(kRule.mark)]);
   Hold(end);
-  if (end == limit) return kRule.limited ? eVerdict::Rejected : eVerdict::GivenUp;
-  m_examined = end;
-  m_wait = {limit, kLeastOfContent[static_cast<unsigned int>(kRule.mark)]};
-  return eVerdict::More;
-}
-
-// The first mark that needs a look, `end` or more when there is none. How far the stream has no mark is remembered
-// from one false start to the next: a stream of nothing but starts would be scanned over and over otherwise.
-template <eMark kMark>
-inline unsigned int C_BodyScanner::FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end) {
-  std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(kMark)];
-  const std::uint64_t position = m_queue.Position();
-  const unsigned int from = std::max(m_examined, first);
-  const unsigned int unmarked = unmarkedTo > position ? static_cast<unsigned int>(unmarkedTo - position) : 0;
-  const unsigned int at = FindReadingAhead<kMark>(bytes, std::max(from, unmarked), end);
-  if (from <= std::max(unmarked, 1U)) unmarkedTo = std::max(unmarkedTo, position + std::min(at, end));
-  return at;
+  return kRule.limited ? eVerdict::Rejected : eVerdict::GivenUp;
 }
 
 // The whole queue is scanned, even beyond the longest sentence: the answer then serves later starts as well.
@@ -192,10 +154,8 @@ bool C_BodyScanner::LooksForSentenceEnd() {
 // Collects a body whose frame ends at its greatest length.
 inline eVerdict C_BodyScanner::CollectLength() {
   const unsigned int limit = Limit();
-  const unsigned int length = std::min(m_queue.Queued(), limit);
-  m_frame.message.length = static_cast<unsigned short>(length);
-  m_wait = {limit, 0};
-  if (length < limit) return eVerdict::More;
+  if (m_queue.Queued() < limit) return AwaitMore(m_examinedAs, limit, 0);
+  m_frame.message.length = static_cast<unsigned short>(limit);
   return limit < m_frame.lengths.greatest ? eVerdict::Rejected : eVerdict::Complete;
 }
 
@@ -308,16 +268,5 @@ eVerdict C_BodyScanner::CheckPackedSentence() {
   const unsigned int wholeWords = expected + expected % 2U;  // an odd payload is padded
   return unwound != 0 && unwound == wholeWords ? eVerdict::Complete : eVerdict::BadCheck;
 }
-
-// For RecognizerCore.cpp, which does not see the definition.
-template eVerdict C_BodyScanner::ScanAs<eBody::Rtcm>();
-template eVerdict C_BodyScanner::ScanAs<eBody::VelaBin>();
-template eVerdict C_BodyScanner::ScanAs<eBody::Text>();
-template eVerdict C_BodyScanner::ScanAs<eBody::Pkvn>();
-template eVerdict C_BodyScanner::ScanAs<eBody::SiteRecord>();
-template eVerdict C_BodyScanner::ScanAs<eBody::Ack>();
-template eVerdict C_BodyScanner::ScanAs<eBody::Jrox>();
-template eVerdict C_BodyScanner::ScanAs<eBody::PkvnRaw>();
-template eVerdict C_BodyScanner::ScanAs<eBody::Unlisted>();
 
 }  // namespace velagnss::framing

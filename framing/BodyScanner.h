@@ -2,6 +2,7 @@
 #ifndef VELAGNSS_FRAMING_BODY_SCANNER_H
 #define VELAGNSS_FRAMING_BODY_SCANNER_H
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 
@@ -11,8 +12,11 @@
 #include "framing/RawDataMessage.h"
 #include "framing/RunningCrc24.h"
 #include "framing/UnlistedSentence.h"
+#include "framing/XorSum.h"
 
 namespace velagnss::framing {
+
+inline constexpr unsigned int kShortestSum = 5;  // "$*hh" and a line end
 
 // The frame that the recognizer is working on. Its bytes stay in the queue: the message has none, its length says how
 // many of the oldest queued bytes are taken for the frame, its capacity how many it may have.
@@ -41,20 +45,16 @@ class C_BodyScanner {
 
   // Looks at the queued bytes as a body of this shape, whatever frame is in progress.
   eVerdict Scan(eBody body);
-  // The same of a shape that is known to the caller.
-  template <eBody kBody>
-  eVerdict ScanAs();
 
-  // Whether the frame, a text, is queued as a whole and has the right checksum; the message then has its length. A
-  // quick look at the usual case: after `false`, a scan decides.
-  bool IsWholeSentence() {
-#ifdef __SSE2__
-    // The pass over the line would be wasted where the end may be missing, or where bytes have been looked at before.
-    return m_queue.Queued() >= kLineWindow && m_examined == 0 && IsUnknown(eMark::Control) && JudgeLine();
-#else
-    return false;
-#endif
-  }
+  // Glances decide the usual cases only: a whole sentence with the right checksum, and a body that is good so far.
+  // After `Rejected`, a scan decides. A sentence that may be queued as a whole, as most are in large pieces, takes the
+  // glance at a line.
+  bool MayHoldLine() const;
+  eVerdict GlanceAtLine();
+  eVerdict GlanceAtText();
+  eVerdict GlanceAtUnlisted() { return GlanceAtContent<eMark::Control>(eBody::Unlisted, Limit(), kFirstPrintable); }
+  eVerdict GlanceAtAck() { return GlanceAtContent<eMark::LineEnd>(eBody::Ack, m_frame.message.capacity, kCr + 1); }
+  eVerdict GlanceAtRtcm();
 
   // After `More`: while fewer than `below` bytes are queued in all, further bytes leave the scan waiting if they are
   // `least` or greater.
@@ -88,6 +88,11 @@ class C_BodyScanner {
   struct S_Rule;
   static const S_Rule kRules[];  // by eBody
 
+  // The shape is a template argument, so that reading its rule costs nothing at run time. Not all in one function,
+  // which would save registers for the most complex of them.
+  template <eBody kBody>
+  [[gnu::noinline]] eVerdict ScanAs();
+
   // The two ways to find the end: by the length from the header, and at an end mark. Both leave the number of bytes
   // that belong to the frame in its message.
   inline eVerdict CollectLength();
@@ -98,13 +103,20 @@ class C_BodyScanner {
   unsigned int FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end);
   // Whether the bytes from the oldest one on have not been searched for the mark.
   bool IsUnknown(eMark mark) const { return m_unmarkedTo[static_cast<unsigned int>(mark)] <= m_queue.Position(); }
-  bool JudgeLine();  // the pass of IsWholeSentence
+  // Whether all that is queued is content, which no byte from `least` on ends.
+  template <eMark kMark>
+  eVerdict GlanceAtContent(eBody body, unsigned int limit, unsigned char least);
+  // Judges a sentence by its first control character; `sumOf(end)` is the sum of its content.
+  template <class SumOf>
+  eVerdict JudgeEnd(const unsigned char* bytes, unsigned int end, SumOf sumOf);
+  // The queued bytes are good so far; further ones will be, from `least` on and below `limit`.
+  eVerdict AwaitMore(eBody body, unsigned int limit, unsigned char least);
   // The part of LacksSentenceEnd that looks at bytes.
   bool LooksForSentenceEnd();
   // Takes that many of the oldest queued bytes for the frame.
   void Hold(unsigned int count);
   // Length at which a frame without an end is given up: its own limit or the room for it, whichever is less.
-  unsigned int Limit() const;
+  unsigned int Limit() const { return std::min<unsigned int>(m_frame.lengths.greatest, m_frame.message.capacity); }
   // Bytes that a packed message unpacks to; 0 if its checksum is wrong.
   unsigned int Unwound(const unsigned char* packed);
 
@@ -138,6 +150,80 @@ class C_BodyScanner {
   C_RunningCrc24 m_runningSums;                // of the bytes after a false start of RTCM 3
   std::unique_ptr<unsigned char[]> m_unwound;  // what a packed message unpacks to
 };
+
+// The first mark that needs a look, `end` or more when there is none. How far the stream has no mark is remembered
+// from one false start to the next: a stream of nothing but starts would be scanned over and over otherwise.
+template <eMark kMark>
+inline unsigned int C_BodyScanner::FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end) {
+  std::uint64_t& unmarkedTo = m_unmarkedTo[static_cast<unsigned int>(kMark)];
+  const std::uint64_t position = m_queue.Position();
+  const unsigned int from = std::max(m_examined, first);
+  const unsigned int unmarked = unmarkedTo > position ? static_cast<unsigned int>(unmarkedTo - position) : 0;
+  const unsigned int at = FindReadingAhead<kMark>(bytes, std::max(from, unmarked), end);
+  if (from <= std::max(unmarked, 1U)) unmarkedTo = std::max(unmarkedTo, position + std::min(at, end));
+  return at;
+}
+
+inline eVerdict C_BodyScanner::AwaitMore(eBody body, unsigned int limit, unsigned char least) {
+  m_examined = m_queue.Queued();
+  m_examinedAs = body;
+  m_frame.message.length = static_cast<unsigned short>(m_examined);
+  m_wait = {limit, least};
+  return eVerdict::More;
+}
+
+template <class SumOf>
+inline eVerdict C_BodyScanner::JudgeEnd(const unsigned char* bytes, unsigned int end, SumOf sumOf) {
+  const unsigned int least = std::max<unsigned int>(m_frame.lengths.least, kShortestSum);
+  unsigned int sum = 0;
+  if (end + 1 < least || end >= Limit() || !IsLineEnd(bytes[end]) || bytes[end - 3] != '*' ||
+      !ReadHex(&bytes[end - 2], 2, sum) || sum != sumOf(end))
+    return eVerdict::Rejected;
+  m_frame.message.length = static_cast<unsigned short>(end + 1);
+  return eVerdict::Complete;
+}
+
+#ifdef __SSE2__
+// The pass over the line would be wasted where the end may be missing, or where bytes have been looked at before.
+inline bool C_BodyScanner::MayHoldLine() const {
+  return m_queue.Queued() >= kLineWindow && m_examined == 0 && IsUnknown(eMark::Control);
+}
+
+inline eVerdict C_BodyScanner::GlanceAtLine() {
+  const unsigned char* const bytes = m_queue.Bytes();
+  const S_Line line = ReadLine(bytes);
+  if (line.end == kLineWindow) return eVerdict::Rejected;
+  m_unmarkedTo[static_cast<unsigned int>(eMark::Control)] = m_queue.Position() + line.end;
+  return JudgeEnd(bytes, line.end, [&line](unsigned int) { return line.sum; });
+}
+#else
+inline bool C_BodyScanner::MayHoldLine() const { return false; }
+inline eVerdict C_BodyScanner::GlanceAtLine() { return eVerdict::Rejected; }
+#endif
+
+// Bytes that were searched for a false start before this one mostly do not hold a sentence.
+inline eVerdict C_BodyScanner::GlanceAtText() {
+  if (m_examined == 0 ? !IsUnknown(eMark::Control) : m_examinedAs != eBody::Text) return eVerdict::Rejected;
+  const unsigned char* const bytes = m_queue.Bytes();
+  const unsigned int queued = m_queue.Queued();
+  const unsigned int limit = Limit();
+  const unsigned int at = FirstMark<eMark::Control>(0, bytes, queued);
+  if (at < queued) return JudgeEnd(bytes, at, [bytes](unsigned int end) { return XorOf(bytes + 1, end - 4); });
+  return queued < limit ? AwaitMore(eBody::Text, limit, kFirstPrintable) : eVerdict::Rejected;
+}
+
+template <eMark kMark>
+inline eVerdict C_BodyScanner::GlanceAtContent(eBody body, unsigned int limit, unsigned char least) {
+  if (m_examined != 0 && m_examinedAs != body) return eVerdict::Rejected;
+  const unsigned int queued = m_queue.Queued();
+  const bool isContent = queued < limit && FirstMark<kMark>(0, m_queue.Bytes(), queued) >= queued;
+  return isContent ? AwaitMore(body, limit, least) : eVerdict::Rejected;
+}
+
+inline eVerdict C_BodyScanner::GlanceAtRtcm() {
+  const unsigned int limit = Limit();
+  return m_queue.Queued() < limit ? AwaitMore(eBody::Rtcm, limit, 0) : eVerdict::Rejected;
+}
 
 }  // namespace velagnss::framing
 

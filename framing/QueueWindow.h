@@ -34,9 +34,16 @@ class C_QueueWindow {
     m_queued += count;
   }
 
-  // Whether one more byte can be queued without moving the others, and the operation that queues it.
+  // Whether one byte, or a few, can be queued without moving the others, and the operations that queue them.
   bool HasPlace() const { return m_queued < m_capacity && m_head + m_queued < m_end; }
+  bool HasPlace(unsigned int count) const {
+    return count <= m_capacity - m_queued && count <= static_cast<std::size_t>(m_end - m_head) - m_queued;
+  }
   void AddInPlace(unsigned char byte) { m_head[m_queued++] = byte; }
+  void AddInPlace(const unsigned char* bytes, unsigned int count) {
+    CopyShort(m_head + m_queued, bytes, count);
+    m_queued += count;
+  }
 
   // Copies the oldest bytes, `room` at most, and returns how many. A null pointer gets none.
   unsigned int Copy(unsigned char* out, unsigned int room) const;

@@ -169,8 +169,23 @@ eRecognitionResult C_RecognizerCore::Feed(const unsigned char* data, unsigned sh
   }
   const unsigned int before = m_queue.Queued();
   m_queue.Add(data, length);
-  if (before == m_wait.queued && m_queue.Queued() <= m_wait.plainBelow &&
-      AreAtLeast(m_wait.leastPlain, m_queue.Bytes() + before, length))
+  return TakeQueued(before, message);
+}
+
+// The same for a few bytes that mostly have place. What it calls comes last, so that it saves no registers.
+eRecognitionResult C_RecognizerCore::FeedShort(const unsigned char* data, unsigned short length,
+                                               C_RawDataMessage& message) {
+  if (!m_queue.HasPlace(length)) return Feed(data, length, message);
+  const unsigned int before = m_queue.Queued();
+  m_queue.AddInPlace(data, length);
+  return TakeQueued(before, message);
+}
+
+// There are more bytes than `before`: a step, unless they leave the last one waiting.
+inline eRecognitionResult C_RecognizerCore::TakeQueued(unsigned int before, C_RawDataMessage& message) {
+  const unsigned int queued = m_queue.Queued();
+  if (before == m_wait.queued && queued <= m_wait.plainBelow &&
+      AreAtLeast(m_wait.leastPlain, m_queue.Bytes() + before, queued - before))
     return Pass();
   m_lastScanCount = kStepAgain;
   return Advance(message);
@@ -281,17 +296,41 @@ eRecognitionResult C_RecognizerCore::StepWithoutMatch(eRecognitionResult result,
 // The scanner has judged the body; here the queue is moved: by one byte after a fault, by the frame when it is
 // complete.
 eRecognitionResult C_RecognizerCore::StepBodyWait(C_RawDataMessage& message) {
-  if (kProtocols[m_currentRow].body == eBody::Text && !m_isUnlisted && m_scanner.IsWholeSentence()) {
-    Count(&S_RecognizerStatistics::framesGood, 1);
-    DeliverFrame(message);
-    return eRecFrameComplete;
+  switch (kProtocols[m_currentRow].body) {
+    case eBody::Rtcm:
+      return StepAfterGlance(m_scanner.GlanceAtRtcm(), message);
+    case eBody::Ack:
+      return StepAfterGlance(m_scanner.GlanceAtAck(), message);
+    case eBody::Text:
+      if (m_isUnlisted) return StepAfterGlance(m_scanner.GlanceAtUnlisted(), message);
+      if (m_scanner.MayHoldLine()) return StepLine(message);
+      return StepAfterGlance(m_scanner.GlanceAtText(), message);
+    default:
+      return StepOtherBody(message);
   }
-  return StepOtherBody(message);
+}
+
+eRecognitionResult C_RecognizerCore::StepLine(C_RawDataMessage& message) {
+  return StepAfterGlance(m_scanner.GlanceAtLine(), message);
+}
+
+inline eRecognitionResult C_RecognizerCore::StepAfterGlance(eVerdict verdict, C_RawDataMessage& message) {
+  switch (verdict) {
+    case eVerdict::Complete:
+      Count(&S_RecognizerStatistics::framesGood, 1);
+      return DeliverFrame(message);
+    case eVerdict::More:
+      m_scanCount = m_frame.message.length;
+      WaitForBody();
+      return eRecFrameStarted;
+    default:
+      return StepOtherBody(message);
+  }
 }
 
 eRecognitionResult C_RecognizerCore::StepOtherBody(C_RawDataMessage& message) {
   const unsigned int framesBad = m_counters.framesBad;
-  const eRecognitionResult result = AwaitedBodyWait();
+  const eRecognitionResult result = AwaitedBodyWait(AwaitedBody());
   if (m_state == eResynchronise) {
     if (m_acceptsUnlisted && !m_isUnlisted && MayBeUnlisted(result)) {
       const bool isCounted = m_counters.framesBad != framesBad;
@@ -300,9 +339,8 @@ eRecognitionResult C_RecognizerCore::StepOtherBody(C_RawDataMessage& message) {
     }
     DropFalseStart();
   }
-  if (result == eRecFrameComplete) DeliverFrame(message);
   if (result == eRecFrameStarted) WaitForBody();
-  return result;
+  return result == eRecFrameComplete ? DeliverFrame(message) : result;
 }
 
 inline void C_RecognizerCore::Wait(eRecognitionResult result, unsigned int below, unsigned char leastPlain) {
@@ -357,8 +395,9 @@ eRecognitionResult C_RecognizerCore::LookAsUnlisted(eRecognitionResult result, b
   m_listedResult = result;
   m_state = eBodyWait;
   m_lastScanCount = kStepAgain;
+  // A line that failed otherwise than in the search has been asked for its end before.
   const bool isLine = m_frame.message.protocol == C_RawDataMessage::eNMEA0183;
-  if (!isLine || !m_scanner.LacksSentenceEnd()) return StepBodyWait(message);
+  if (!isLine || result != eRecSearching || !m_scanner.LacksSentenceEnd()) return StepBodyWait(message);
   const eRecognitionResult rejected = Conclude(eVerdict::Rejected);
   DropFalseStart();
   return rejected;
@@ -407,7 +446,7 @@ bool C_RecognizerCore::FindFrame(const unsigned char* bytes, unsigned int count,
 }
 
 // A message that is too small gets the first bytes of the frame; the whole frame leaves the queue all the same.
-void C_RecognizerCore::DeliverFrame(C_RawDataMessage& message) {
+eRecognitionResult C_RecognizerCore::DeliverFrame(C_RawDataMessage& message) {
   const C_RawDataMessage& frame = m_frame.message;
   message.protocol = frame.protocol;
   message.messageType = frame.messageType;
@@ -426,6 +465,7 @@ void C_RecognizerCore::DeliverFrame(C_RawDataMessage& message) {
   m_state = eIdle;
   m_scanCount = 0;
   m_lastScanCount = kStepAgain;
+  return eRecFrameComplete;
 }
 
 // With nothing enabled the shortest start is 255 bytes and the longest 0: a start cannot be looked at, or is given up.
@@ -490,27 +530,16 @@ bool C_RecognizerCore::ReadParameters(const S_ProtocolRow& row) {
 }
 
 // Two shapes of body depend on the message as well: a sentence that is not listed, and a packed one.
-inline eRecognitionResult C_RecognizerCore::AwaitedBodyWait() {
-  switch (kProtocols[m_currentRow].body) {
-    case eBody::Rtcm:
-      return BodyWaitAs<eBody::Rtcm>();
-    case eBody::VelaBin:
-      return BodyWaitAs<eBody::VelaBin>();
-    case eBody::Text:
-      return m_isUnlisted ? BodyWaitAs<eBody::Unlisted>() : BodyWaitAs<eBody::Text>();
-    case eBody::Pkvn:
-      return m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW ? BodyWaitAs<eBody::PkvnRaw>()
-                                                                        : BodyWaitAs<eBody::Pkvn>();
-    case eBody::SiteRecord:
-      return BodyWaitAs<eBody::SiteRecord>();
-    case eBody::Ack:
-      return BodyWaitAs<eBody::Ack>();
-    default:
-      return BodyWaitAs<eBody::Jrox>();
-  }
+inline eBody C_RecognizerCore::AwaitedBody() const {
+  const eBody body = kProtocols[m_currentRow].body;
+  if (body == eBody::Text && m_isUnlisted) return eBody::Unlisted;
+  const bool isRaw = body == eBody::Pkvn && m_frame.message.messageType == VelaPKVN_Messages::ePkvnRAW;
+  return isRaw ? eBody::PkvnRaw : body;
 }
 
-eRecognitionResult C_RecognizerCore::FrameBodyWait() { return IsBodyAwaited() ? AwaitedBodyWait() : eRecError; }
+eRecognitionResult C_RecognizerCore::FrameBodyWait() {
+  return IsBodyAwaited() ? AwaitedBodyWait(AwaitedBody()) : eRecError;
+}
 
 // A host may call this for the frame of another protocol, which may be longer than there is room for.
 eRecognitionResult C_RecognizerCore::VelaBINBodyWait() {
@@ -519,18 +548,12 @@ eRecognitionResult C_RecognizerCore::VelaBINBodyWait() {
 }
 
 eRecognitionResult C_RecognizerCore::BodyWait(eBody body) {
-  if (!IsBodyAwaited()) return eRecError;
-  m_wait.queued = kNoWait;
-  return ConcludeBody(body, m_scanner.Scan(body));
+  return IsBodyAwaited() ? AwaitedBodyWait(body) : eRecError;
 }
 
-template <eBody kBody>
-inline eRecognitionResult C_RecognizerCore::BodyWaitAs() {
+inline eRecognitionResult C_RecognizerCore::AwaitedBodyWait(eBody body) {
   m_wait.queued = kNoWait;
-  return ConcludeBody(kBody, m_scanner.ScanAs<kBody>());
-}
-
-inline eRecognitionResult C_RecognizerCore::ConcludeBody(eBody body, eVerdict verdict) {
+  const eVerdict verdict = m_scanner.Scan(body);
   const bool isUnlisted = verdict == eVerdict::ShortLine || (m_isUnlisted && verdict == eVerdict::Complete);
   return Conclude(isUnlisted ? JudgeUnlisted(body, verdict) : verdict);
 }

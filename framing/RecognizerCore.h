@@ -29,7 +29,8 @@ class C_RecognizerCore {
   eRecognitionResult DoRecognition(const unsigned char* data, unsigned short length, C_RawDataMessage& message) {
     if (m_state == eResynchronise) return Resynchronize(data, length, message);
     if (data != nullptr && length != 0) {
-      if (length != 1 || !m_queue.HasPlace()) return Feed(data, length, message);
+      if (length > kShortCopy) return Feed(data, length, message);
+      if (length > 1 || !m_queue.HasPlace()) return FeedShort(data, length, message);
       const bool isPlain = IsPlain(*data);
       m_queue.AddInPlace(*data);
       if (isPlain) return Pass();
@@ -86,6 +87,8 @@ class C_RecognizerCore {
   // What `DoRecognition` is made of. A step is made only when something is new: bytes, or the outcome of the last step.
   eRecognitionResult Resynchronize(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
   eRecognitionResult Feed(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
+  eRecognitionResult FeedShort(const unsigned char* data, unsigned short length, C_RawDataMessage& message);
+  eRecognitionResult TakeQueued(unsigned int before, C_RawDataMessage& message);
   eRecognitionResult Advance(C_RawDataMessage& message) {
     if (m_queue.Queued() == 0 || m_lastScanCount == m_scanCount) return eRecNoNewData;
     m_lastScanCount = m_scanCount;
@@ -119,7 +122,9 @@ class C_RecognizerCore {
   eRecognitionResult StepStartSearch(C_RawDataMessage& message);
   eRecognitionResult StepWithoutMatch(eRecognitionResult result, C_RawDataMessage& message);
   eRecognitionResult StepBodyWait(C_RawDataMessage& message);
-  // For all but a whole sentence. Apart, because it needs registers saved.
+  eRecognitionResult StepAfterGlance(eVerdict verdict, C_RawDataMessage& message);
+  // What needs more registers saved: a whole line in view, and what a glance leaves to be decided.
+  [[gnu::noinline]] eRecognitionResult StepLine(C_RawDataMessage& message);
   [[gnu::noinline]] eRecognitionResult StepOtherBody(C_RawDataMessage& message);
 
   // Frames that are not listed: at each start that has failed as a listed one.
@@ -141,17 +146,15 @@ class C_RecognizerCore {
   void Wait(eRecognitionResult result, unsigned int below, unsigned char leastPlain);
   void WaitForStart();
   void WaitForBody();
-  // Copies the frame out and drops it from the queue.
-  void DeliverFrame(C_RawDataMessage& message);
+  // Copies the frame out and drops it from the queue. Its result is that of the step.
+  eRecognitionResult DeliverFrame(C_RawDataMessage& message);
 
   // Protocols that were not named at construction stay disabled: the buffers were sized without them.
   void Enable(eProtocols protocol, const t_Protocols& flags);
   void ResetFrame();
-  // FrameBodyWait where a body is awaited, and what it is made of.
-  eRecognitionResult AwaitedBodyWait();
-  template <eBody kBody>
-  eRecognitionResult BodyWaitAs();
-  eRecognitionResult ConcludeBody(eBody body, eVerdict verdict);
+  // The shape of the body that is awaited, and the step of any shape where one is awaited.
+  eBody AwaitedBody() const;
+  eRecognitionResult AwaitedBodyWait(eBody body);
   // Type and length limits, read from the start of the frame.
   void Expect(const S_Expectation& expectation);
   // The frame is one of this row.

@@ -11,6 +11,8 @@
 #include <emmintrin.h>
 #endif
 
+#include "framing/UnlistedSentence.h"
+
 namespace velagnss::framing {
 
 namespace {
@@ -68,11 +70,13 @@ void C_StartMatcher::Search(const t_Protocols& enabled, bool patient) {
   m_minLength = 255;
   m_maxLength = 0;
   m_searched = 0;
+  m_longRows = 0;
   for (unsigned int i = 0; i < kNumProtocols; ++i) {
     const S_ProtocolRow& row = kProtocols[i];
     if (!enabled[row.frame.protocol]) continue;
     m_searched |= 1U << i;
     m_comparedLengths[i] = patient ? row.neededLength : row.frame.startLength;
+    if (m_comparedLengths[i] > kShortestSentence) m_longRows |= 1U << i;
     m_minLength = std::min(m_minLength, m_comparedLengths[i]);
     m_maxLength = std::max(m_maxLength, m_comparedLengths[i]);
   }

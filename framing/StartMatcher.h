@@ -60,9 +60,9 @@ class C_StartMatcher {
     return rows == 0 ? m_maxLength : NextLengthAmong(rows, held);
   }
 
-  // Whether a pattern that needs more than the `held` (2 or more) bytes begins as they do.
+  // Whether a pattern that needs more than the `held` bytes, a sentence's start or more, begins as they do.
   bool MayMatchLater(const unsigned char* bytes, unsigned int held) const {
-    const unsigned int rows = Candidates(bytes);
+    const unsigned int rows = Candidates(bytes) & m_longRows;
     return rows != 0 && MayAnyMatchLater(rows, bytes, held);
   }
 
@@ -97,6 +97,7 @@ class C_StartMatcher {
   unsigned short m_minLength = 255;
   unsigned short m_maxLength = 0;
   unsigned int m_searched = 0;                            // rows
+  unsigned int m_longRows = 0;                            // that need more bytes than a sentence's start has
   unsigned short m_comparedLengths[kNumProtocols] = {};   // bytes held before a row is compared
   bool m_canStart[256] = {};                              // by byte: of the rows that are searched
   unsigned char m_startBytes[kStartBytes] = {};           // the same as a list; those left over repeat the first

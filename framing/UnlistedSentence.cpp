@@ -1,6 +1,7 @@
 #include "framing/UnlistedSentence.h"
 
 #include <algorithm>
+#include <array>
 
 #include "framing/ByteScan.h"
 #include "framing/XorSum.h"
@@ -11,9 +12,12 @@ namespace {
 
 constexpr unsigned int kSumAndEnd = 4;  // "*hh" and the first byte of the line end
 
-constexpr bool IsAddressCharacter(unsigned char byte) {
-  return (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9');
-}
+// By byte: capital letters and digits.
+constexpr auto kIsOfAddress = [] {
+  std::array<bool, 256> isOfAddress = {};
+  for (unsigned int byte = '0'; byte <= 'Z'; ++byte) isOfAddress[byte] = byte <= '9' || byte >= 'A';
+  return isOfAddress;
+}();
 
 // Only for digits of the checksum: a byte that is not a letter may turn into another one that is not a digit.
 constexpr unsigned char ToUpper(unsigned char byte) {
@@ -23,7 +27,7 @@ constexpr unsigned char ToUpper(unsigned char byte) {
 // Position of the first byte in [1, end) that an address does not have.
 unsigned int AddressEnd(const unsigned char* bytes, unsigned int end) {
   unsigned int at = 1;
-  while (at < end && IsAddressCharacter(bytes[at])) ++at;
+  while (at < end && kIsOfAddress[bytes[at]]) ++at;
   return at;
 }
 

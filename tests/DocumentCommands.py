@@ -122,7 +122,7 @@ class Checker:
         for number, command, process in reversed(background):
             process.send_signal(signal.SIGTERM)
             try:
-                if process.wait(10) != 0:
+                if process.wait(10) not in (0, 128 + signal.SIGTERM):
                     self.fault(path, number, f"{command}: ended with {process.returncode}")
             except subprocess.TimeoutExpired:
                 process.kill()
@@ -137,7 +137,7 @@ class Checker:
             for script in re.findall(r"(?<![\w./])(?:scripts|\.ci|bench)/\w+", line):
                 if not os.access(self.source / script, os.X_OK):
                     self.fault(path, number, f"no such script: {script}")
-            for command, options in re.findall(r"\bvelagnss( [a-z]+| )([^|;&#]*)", line):
+            for command, options in re.findall(r"\bvelagnss( [a-z-]+| )([^|;&#]*)", line):
                 help_text = self.run(f"velagnss {command} --help; velagnss --help", self.source).stdout.decode()
                 for option in re.findall(r"(?<!\S)--?\w[\w-]*", options):
                     if not re.search(rf"(?<![\w-]){option}(?![\w-])", help_text):

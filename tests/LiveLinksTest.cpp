@@ -226,6 +226,8 @@ std::size_t NumDescriptors() {
 
 class Links : public testing::Test {
  protected:
+  Links() { ::alarm(60); }  // a sender is waited for without end
+  ~Links() override { ::alarm(0); }
   void Make(const std::string& name) {
     ASSERT_TRUE(Host::IsLive(name)) << name;
     ASSERT_EQ(Host::CheckLive(name), "") << name;

@@ -126,6 +126,12 @@ const S_CutCase kCuts[] = {
      0,
      1h,
      true},
+    {"DataTimeInPieces",
+     {{0s, Zda("125959") + Zda("130000").substr(0, 12)}, {1s, Zda("130000").substr(12)}},
+     {{"rx_120000.bin", Zda("125959")}, {"rx_130000.bin", Zda("130000")}},
+     0,
+     1h,
+     true},
     {"DataTimeRefusesAJump",
      AtOnce(Zda("120000") + Zda("120000", "2025") + Zda("120001")),
      {{"rx_120000.bin", Zda("120000") + Zda("120000", "2025") + Zda("120001")}},
@@ -430,6 +436,7 @@ TEST_F(Recordings, AKilledProgramLeavesAGoodBeginning) {
     program.Wait();
     Run(std::string("printf '$' | velagnss record - -o ") + name);  // adopts what is left
     EXPECT_FALSE(std::filesystem::exists(part));
+    EXPECT_EQ(isCompressed ? Run("gzip -t x.bin.gz").code : 0, 0);
     const bool isNumbered = std::filesystem::exists(m_directory / Host::NumberedName(name, 2));
     const std::string kept = isNumbered ? BytesOf(m_directory / name) : "";
     EXPECT_TRUE(session.starts_with(kept));

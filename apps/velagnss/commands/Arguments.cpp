@@ -263,7 +263,7 @@ void DeclareDestinations(CLI::App& app, std::vector<std::string>& destinations) 
   app.add_option(
          "--to", destinations,
          fmt::format("where it goes, FORMAT:DESTINATION, FORMAT for standard output, or DESTINATION; repeated for\n"
-                     "several. Formats: {}. Destinations: files and\n{}",
+                     "several. Formats: {}. Destinations: files; {}",
                      UnitNames(), DestinationForms()))
       ->option_text("WHERE")
       ->required()

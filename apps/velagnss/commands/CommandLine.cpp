@@ -42,6 +42,7 @@ constexpr char kDescription[] =
     "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
     "  velagnss convert --to gpx session.bin          its track as GPX\n"
     "  velagnss convert --to rinex-nav session.bin    its ephemerides as a RINEX file\n"
+    "  velagnss record --every 1h /dev/ttyUSB0        a receiver's bytes, in a file per hour\n"
     "  velagnss decode --help                         everything a command can do\n"
     "\nMessages go to standard error. On a terminal they are in color, unless NO_COLOR is set or TERM is dumb, and "
     "the\n"

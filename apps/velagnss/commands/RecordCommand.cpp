@@ -76,9 +76,9 @@ const S_CommandEntry kRecordCommand = {
     "Record the raw bytes of sources in files.\n\n"
     "Examples:\n"
     "  velagnss record --every 1h /dev/ttyUSB0                        a file per hour, cut between frames\n"
-    "  velagnss record -o '/rec/%Y/%j/%n_%H.bin' --every 1h tcp://a:5015 tcp://b:5015\n"
+    "  velagnss record -o '/rec/%Y/%j/%n_%H.bin' --every 1h tcp://a:5015   with a directory per day\n"
     "  velagnss record --gzip --max-size 100M -o /rec/ tcp://a:5015   by size, compressed\n"
-    "  cat session.bin | velagnss record --data-time --every 15m      divided by its own time\n",
+    "  velagnss record --data-time --every 15m session.bin            divided by its own time\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_RecordCommand>(); }};
 
 }  // namespace Host

@@ -139,7 +139,7 @@ void WaitForBytes(C_SourceWait& wait, std::span<C_Stream> streams) {
 }  // namespace
 
 bool C_SourceLoop::Run(std::span<const S_SourceAndJob> given) {
-  C_SourceWait wait;
+  C_SourceWait wait(given.empty() ? -1 : given.front().job.WakeDescriptor());
   std::vector<C_Stream> streams;
   for (const S_SourceAndJob& stream : given) {
     streams.emplace_back(stream, m_pieceSize, m_showProgress && given.size() == 1);

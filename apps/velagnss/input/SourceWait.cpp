@@ -6,12 +6,12 @@
 
 namespace Host {
 
+// A signal that comes just before the wait still ends it.
+C_SourceWait::C_SourceWait(int wake) : m_polled{{wake, POLLIN, 0}, {SignalDescriptor(), POLLIN, 0}} {}
+
 void C_SourceWait::Add(const C_ByteSource& source) {
-  if (!m_polled.empty()) m_polled.pop_back();
   m_sources.push_back({&source, false});
-  m_polled.push_back({source.Descriptor(), POLLIN, 0});
-  // A signal that comes just before the wait still ends it.
-  m_polled.push_back({SignalDescriptor(), POLLIN, 0});
+  m_polled.insert(m_polled.end() - kNumOthers, {source.Descriptor(), POLLIN, 0});
 }
 
 void C_SourceWait::Remove(std::size_t number) {

@@ -17,6 +17,9 @@ class C_SourceWait {
  public:
   using t_Limit = std::optional<std::chrono::milliseconds>;  // none: as long as it takes
 
+  // `wake`: a descriptor that ends waits as a signal does when it is readable; -1 for none.
+  explicit C_SourceWait(int wake = -1);
+
   // Sources are numbered in the order in which they are added. Each must live as long as the wait.
   void Add(const C_ByteSource& source);
 
@@ -26,7 +29,7 @@ class C_SourceWait {
   enum class eWait {
     Ready,        // at least one source
     TimeOver,     // none
-    Interrupted,  // by a signal, before that
+    Interrupted,  // by a signal or `wake`, before that
   };
 
   // Waits until a source is ready, for at most `limit`.
@@ -44,7 +47,8 @@ class C_SourceWait {
   };
 
   std::vector<S_Source> m_sources;
-  std::vector<pollfd> m_polled;  // one for each source, and the signals' last
+  static constexpr int kNumOthers = 2;
+  std::vector<pollfd> m_polled;  // one for each source, then `wake` and the signals'
 };
 
 }  // namespace Host

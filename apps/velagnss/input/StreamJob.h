@@ -23,6 +23,10 @@ class C_StreamJob {
   // The input may have to be waited for: what is ready should be shown now.
   virtual void BeforeWait() {}
 
+  // Becomes readable when `BeforeWait` has something to do although no source has; -1 for never. All jobs that are fed
+  // at the same time have the same.
+  virtual int WakeDescriptor() const { return -1; }
+
   // `BeforeWait` is wanted at least this often. None: only when there is news.
   virtual std::optional<std::chrono::milliseconds> LongestWait() const { return std::nullopt; }
 

@@ -53,7 +53,7 @@ std::string ConnectTcp(C_Await& await, const std::string& host, const std::strin
     if (await.IsStopping() || now >= deadline) break;
     error = ConnectTo(await, endpoint, std::min(deadline, now + kTimePerAddress), socket);
     if (error) continue;
-    TuneTcp(socket);
+    TuneTcp(socket.native_handle());
     return {};
   }
   asio::error_code ignored;
@@ -61,11 +61,12 @@ std::string ConnectTcp(C_Await& await, const std::string& host, const std::strin
   return await.IsStopping() ? "stopped" : ErrorText(error, resolved.endpoints.size());
 }
 
-void TuneTcp(tcp::socket& socket) {
-  asio::error_code ignored;  // a connection without them is still one
-  socket.set_option(tcp::socket::keep_alive(true), ignored);
+// A connection without them is still one.
+void TuneTcp(int socket) {
+  const int on = 1;
+  ::setsockopt(socket, SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);
   for (const S_TcpOption& option : kTcpOptions)
-    ::setsockopt(socket.native_handle(), IPPROTO_TCP, option.name, &option.value, sizeof option.value);
+    ::setsockopt(socket, IPPROTO_TCP, option.name, &option.value, sizeof option.value);
 }
 
 }  // namespace Host

@@ -16,7 +16,7 @@ std::string ConnectTcp(C_Await& await, const std::string& host, const std::strin
 
 // Small pieces leave at once. A peer that has vanished ends the connection after a minute: by probes while we are
 // silent, and by the user time-out while bytes of ours wait for their acknowledgement, when no probes are sent.
-void TuneTcp(asio::ip::tcp::socket& socket);
+void TuneTcp(int socket);
 
 }  // namespace Host
 

@@ -97,6 +97,8 @@ void C_Destinations::Settle() {
   m_thread->ShowMessages();
 }
 
+int C_Destinations::WakeDescriptor() const { return m_thread->Descriptor(); }
+
 bool C_Destinations::WantsMore() const {
   return std::any_of(m_destinations.begin(), m_destinations.end(),
                      [](const S_Destination& destination) { return !destination.sink->HasEnded(); });
@@ -137,9 +139,9 @@ void C_Destinations::Finish() {
 void C_Destinations::ReportTotals() const {
   for (const S_Destination& destination : m_destinations) {
     const S_SinkTotals totals = destination.sink->Totals();
-    ReportDetail(fmt::format("{}: {}, {} and {} sent, {} dropped", destination.sink->Name(),
+    ReportDetail(fmt::format("{}: {}, {} and {} sent, {} dropped, {} unsent", destination.sink->Name(),
                              Counted(totals.accepted, "connection"), Counted(totals.units, "unit"),
-                             Counted(totals.bytes, "byte"), Counted(totals.dropped, "unit")));
+                             Counted(totals.bytes, "byte"), Counted(totals.dropped, "unit"), totals.waiting));
   }
 }
 

@@ -55,6 +55,9 @@ class C_Destinations {
   // Shows messages. Where the source can wait, waits until no destination is full.
   void Settle();
 
+  // Becomes readable when `Settle` has something to do.
+  int WakeDescriptor() const;
+
   // Whether one can still take something.
   bool WantsMore() const;
 

@@ -27,6 +27,7 @@ class C_RelayJob : public C_StreamJob {
   void EndInput() override;
   bool WantsMore() const override { return m_destinations.WantsMore(); }
   void BeforeWait() override;
+  int WakeDescriptor() const override { return m_destinations.WakeDescriptor(); }
   void OnQuiet() override;
   void OnLink(const S_LinkChange& change) override { m_run.OnLink(change); }
   void Finish() override;

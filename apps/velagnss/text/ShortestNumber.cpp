@@ -1,5 +1,7 @@
 #include "apps/velagnss/text/ShortestNumber.h"
 
+#include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -7,36 +9,129 @@
 namespace Host {
 namespace {
 
-// Most numbers of receivers were decimals with few digits before they were read. The standard library takes any number
-// and several times as long.
-constexpr std::uint64_t kScale = 10'000;
-constexpr double kLeast = 1e-3;  // below it, an exponent is shorter: "1e-04"
-constexpr double kEnd = 1e9;     // with its decimals a number has up to 13 digits
+__extension__ using t_Wide = unsigned __int128;
 
-// The number as an integer of 1 / `kScale`, if it is the double nearest to one. No other decimal of up to 15 digits
-// reads as the same number, so no other can be shorter.
-bool FindDecimal(double magnitude, std::uint64_t& digits) {
-  if (!(magnitude >= kLeast && magnitude < kEnd)) return false;
-  digits = static_cast<std::uint64_t>(std::llround(magnitude * static_cast<double>(kScale)));
-  constexpr std::uint64_t kManyZeros = 100'000;  // shorter with an exponent: "1e+05"
-  return static_cast<double>(digits) / static_cast<double>(kScale) == magnitude && digits % (kScale * kManyZeros) != 0;
+constexpr unsigned int kMaxDecimals = 16;
+constexpr auto kPowersOfTen = [] {
+  std::array<std::uint64_t, kMaxDecimals + 1> powers = {1};
+  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = 10 * powers[i - 1];
+  return powers;
+}();
+
+// A number without its sign.
+struct S_Decimal {
+  std::uint32_t whole;
+  std::uint64_t fraction;  // in units of 10^-decimals
+  unsigned int decimals;
+};
+
+// The usual numbers are from 1 on and below 2^kEndExponent. Others are left to the standard library, which takes twice
+// as long, except small ones with few decimals.
+constexpr int kEndExponent = 31;
+constexpr int kFractionBits = 52;  // of a double
+
+// By the exponent of two: the fewest decimals with which decimals are no farther apart than doubles.
+constexpr auto kDecimals = [] {
+  std::array<unsigned char, kEndExponent> decimals = {};
+  for (int exponent = 0; exponent < kEndExponent; ++exponent)
+    while (kPowersOfTen[decimals[exponent]] >> (kFractionBits - exponent) == 0) ++decimals[exponent];
+  return decimals;
+}();
+
+// With so many decimals, at least one number reads as the double; with one decimal less, at most one does. If that
+// exists, it is the shortest, once its zeros at the end are left out. Otherwise it is the nearest of the others. No
+// fraction is rounded up to 1, because integers are doubles themselves.
+bool FindUsual(double magnitude, S_Decimal& decimal) {
+  constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << kFractionBits;
+  const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+  const int exponent = static_cast<int>(bits >> kFractionBits) - 1023;
+  const std::uint64_t mantissa = (bits & (kHiddenBit - 1)) | kHiddenBit;
+  if (exponent < 0 || exponent >= kEndExponent) return false;
+
+  // The fraction in units of 10^-decimals, exact: `digits`, and `rest` after a point of `shift` bits.
+  const int shift = kFractionBits - exponent;
+  const std::uint64_t one = std::uint64_t{1} << shift;
+  const unsigned int decimals = kDecimals[exponent];
+  const std::uint64_t unit = kPowersOfTen[decimals];
+  const t_Wide exact = t_Wide{mantissa & (one - 1)} * unit;
+  const auto high = static_cast<std::uint64_t>(exact >> 64);
+  const auto low = static_cast<std::uint64_t>(exact);
+  const std::uint64_t digits = high << (64 - shift) | low >> shift;
+  const std::uint64_t rest = low & (one - 1);
+  std::uint64_t fraction = digits + ((rest + one / 2 - 1 + digits % 2) >> shift);  // of two as near the even one
+
+  const std::uint64_t halfway = unit / 2;  // to the next double, measured as `rest` is
+  const std::uint64_t lastDigit = digits % 10;
+  const std::uint64_t down = lastDigit * one + rest;
+  if (down < halfway) fraction = digits - lastDigit;
+  if (10 * one - down < halfway) fraction = digits - lastDigit + 10;
+  decimal = {static_cast<std::uint32_t>(mantissa >> shift), fraction, decimals};
+  return true;
+}
+
+// Below 1, what was a number of up to four decimals. No other one of up to 15 digits reads as the same number, so none
+// can be shorter.
+bool FindSmall(double magnitude, S_Decimal& decimal) {
+  constexpr double kScale = 1e4;
+  constexpr double kLeast = 1e-3;  // below it, an exponent is shorter: "1e-04"
+  if (!(magnitude >= kLeast && magnitude < 1)) return false;
+  const auto digits = static_cast<std::uint32_t>(magnitude * kScale + 0.5);
+  decimal = {0, digits, 4};
+  return digits / kScale == magnitude;
+}
+
+// Eight digits, one in each byte, the first in the lowest: all groups are halved at once. The products are quotients by
+// 100 and 10, exact for numbers of four and two digits.
+constexpr std::uint32_t kEightDigits = 100'000'000;
+std::uint64_t EightDigits(std::uint32_t number) {
+  const std::uint64_t fours = number / 10'000 | std::uint64_t{number % 10'000} << 32;
+  const std::uint64_t hundreds = fours * 5243 >> 19 & 0x7F'0000'007F;
+  const std::uint64_t pairs = hundreds | (fours - 100 * hundreds) << 16;
+  const std::uint64_t tens = pairs * 103 >> 10 & 0xF'000F'000F'000F;
+  return tens | (pairs - 10 * tens) << 8;
+}
+
+// Writes eight characters, of which `size` count.
+char* WriteText(char* out, std::uint64_t digits, int size = 8) {
+  const std::uint64_t text = digits | 0x3030'3030'3030'3030;  // "0" and so on
+  for (int i = 0; i < 8; ++i) out[i] = static_cast<char>(text >> 8 * i);
+  return out + size;
+}
+
+char* WriteWhole(char* out, std::uint32_t whole) {
+  if (whole >= kEightDigits) {
+    out = std::to_chars(out, out + kShortestSize, whole / kEightDigits).ptr;
+    return WriteText(out, EightDigits(whole % kEightDigits));
+  }
+  const std::uint64_t digits = EightDigits(whole);
+  const int zeros = std::countr_zero(digits | std::uint64_t{1} << 56) / 8;  // the last one is written
+  return WriteText(out, digits >> 8 * zeros, 8 - zeros);
+}
+
+char* WriteDecimal(char* out, const S_Decimal& decimal) {
+  out = WriteWhole(out, decimal.whole);
+  if (decimal.fraction == 0) return out;
+  *out++ = '.';
+  const std::uint64_t decimals = decimal.fraction * kPowersOfTen[kMaxDecimals - decimal.decimals];
+  const std::uint64_t first = EightDigits(static_cast<std::uint32_t>(decimals / kEightDigits));
+  const auto rest = static_cast<std::uint32_t>(decimals % kEightDigits);
+  out = WriteText(out, first);
+  if (rest == 0) return out - std::countl_zero(first) / 8;
+  const std::uint64_t last = EightDigits(rest);
+  return WriteText(out, last) - std::countl_zero(last) / 8;
 }
 
 }  // namespace
 
 char* WriteShortest(char* out, double value) {
-  std::uint64_t digits = 0;
-  if (!FindDecimal(std::fabs(value), digits)) return std::to_chars(out, out + kShortestSize, value).ptr;
-  if (value < 0) *out++ = '-';
-  out = std::to_chars(out, out + kShortestSize, digits / kScale).ptr;
-  std::uint64_t decimals = digits % kScale;
-  if (decimals == 0) return out;
-  *out++ = '.';
-  for (std::uint64_t unit = kScale / 10; decimals != 0; unit /= 10) {
-    *out++ = static_cast<char>('0' + decimals / unit);
-    decimals %= unit;
-  }
-  return out;
+  const double magnitude = std::fabs(value);
+  S_Decimal decimal = {};
+  const bool isFound = FindUsual(magnitude, decimal) || FindSmall(magnitude, decimal);
+  constexpr std::uint32_t kManyZeros = 100'000;  // shorter with an exponent: "1e+05"
+  if (!isFound || (decimal.fraction == 0 && decimal.whole % kManyZeros == 0))
+    return std::to_chars(out, out + kShortestSize, value).ptr;
+  *out = '-';
+  return WriteDecimal(out + (value < 0 ? 1 : 0), decimal);
 }
 
 }  // namespace Host

@@ -160,7 +160,7 @@ std::optional<S_LinkFailure> C_TcpListenLink::Open() {
   std::optional<tcp::socket> sender = m_door->Take();
   if (!sender) return S_LinkFailure::Lost("stopped");
   m_door->SetOccupied(true);
-  TuneTcp(*sender);
+  TuneTcp(sender->native_handle());
   asio::error_code gone;
   std::string peer = EndpointText(sender->remote_endpoint(gone));
   Use(std::move(*sender), std::move(peer));

@@ -180,7 +180,6 @@ std::string C_Caster::Listen(const S_Address& address) {
   return {};
 }
 
-// The listener runs on the sink thread already when another mount has begun it.
 std::string C_Caster::Add(const std::string& name, S_CasterMount mount) {
   if (m_mounts.contains(name)) return "this mount is given twice";
   m_mounts.emplace(name, std::move(mount));
@@ -243,17 +242,20 @@ C_Casters::C_Casters(C_SinkThread& thread, std::chrono::milliseconds headTime)
 
 C_Casters::~C_Casters() = default;
 
+// The sink thread may be looking through the casters and their mounts already.
 std::string C_Casters::Add(const S_Address& address, S_CasterMount mount) {
-  std::unique_ptr<C_Caster>& caster = m_casters[address.HostAndPort()];
-  const bool isNew = caster == nullptr;
-  if (isNew)
-    caster =
-        std::make_unique<C_Caster>(m_thread, fmt::format("{}://{}", address.scheme, address.HostAndPort()), m_headTime);
-  const std::string name = address.path.substr(1);
-  if (isNew) {
-    if (std::string error = caster->Listen(address); !error.empty()) return error;
-  }
-  return m_thread.Call([&] { return caster->Add(name, std::move(mount)); });
+  bool isNew = false;
+  C_Caster* const caster = m_thread.Call([&] {
+    std::unique_ptr<C_Caster>& place = m_casters[address.HostAndPort()];
+    isNew = place == nullptr;
+    if (isNew)
+      place = std::make_unique<C_Caster>(m_thread, fmt::format("{}://{}", address.scheme, address.HostAndPort()),
+                                         m_headTime);
+    return place.get();
+  });
+  std::string error = isNew ? caster->Listen(address) : std::string();
+  if (!error.empty()) return error;
+  return m_thread.Call([&] { return caster->Add(address.path.substr(1), std::move(mount)); });
 }
 
 void C_Casters::Close() {

@@ -37,7 +37,7 @@ C_Connection::C_Connection(asio::io_context& context, C_FileDescriptor descripto
 void C_Connection::Begin(std::string head, t_OnEnd onEnd) {
   m_onEnd = std::move(onEnd);
   m_head = std::move(head);
-  Read();
+  if (!m_isPipe) Read();
   Write();
 }
 
@@ -114,6 +114,7 @@ void C_Connection::AddPieces(t_Clock::time_point now) {
     if (piece == nullptr) return;
     if (m_usesChunks) addLine(fmt::format("{:X}\r\n", piece->bytes.size()));
     m_inFlight.push_back({piece, size});
+    m_counters->waiting += piece->ends.size();
     m_buffers.push_back(asio::buffer(piece->bytes));
     size += piece->bytes.size();
     if (m_usesChunks) addLine("\r\n");
@@ -137,6 +138,7 @@ void C_Connection::Account(std::size_t sent) {
     const auto unsent = std::upper_bound(piece.ends.begin(), piece.ends.end(), pieceSent);
     const auto units = static_cast<std::size_t>(unsent - piece.ends.begin());
     m_counters->units += units;
+    m_counters->waiting -= piece.ends.size();
     m_counters->bytes += pieceSent;
     m_queue->PutBack(flight->piece, units, now);
   }

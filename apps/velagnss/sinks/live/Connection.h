@@ -28,8 +28,9 @@ class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Conn
   // Each piece becomes a chunk (RFC 9112, 7.1), and the end the last one.
   void UseChunks() { m_usesChunks = true; }
 
-  // It is a serial port.
+  // It is a serial port, or a pipe, which cannot be read.
   void UsePort() { m_isPort = true; }
+  void UsePipe() { m_isPipe = true; }
 
   void Begin(std::string head, t_OnEnd onEnd) override;
   void Put(const t_Piece& piece) override;
@@ -68,6 +69,7 @@ class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Conn
   bool m_isWriting = false;
   bool m_usesChunks = false;
   bool m_isPort = false;
+  bool m_isPipe = false;
   bool m_isFinishing = false;
   bool m_isShutDown = false;
   bool m_hasEnded = false;

@@ -15,6 +15,8 @@
 #include <optional>
 #include <utility>
 
+#include "apps/velagnss/net/TcpSocket.h"
+
 namespace Host {
 namespace {
 
@@ -167,6 +169,7 @@ void C_Listener::Accept(t_Socket& socket) {
     C_FileDescriptor reader(
         ::accept4(socket.native_handle(), reinterpret_cast<sockaddr*>(&address), &size, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (reader.IsOpen()) {
+      if (m_path.empty()) TuneTcp(reader.Get());
       m_onAccept(std::move(reader), PeerOf(address, size));
       continue;
     }

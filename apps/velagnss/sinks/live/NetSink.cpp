@@ -58,7 +58,8 @@ void C_NetSink::NoteFinished() {
 }
 
 S_SinkTotals C_NetSink::Totals() const {
-  return {m_counters->readers, m_counters->accepted, m_counters->units, m_counters->bytes, m_counters->dropped};
+  return {m_counters->readers, m_counters->accepted, m_counters->units,
+          m_counters->bytes,   m_counters->dropped,  m_counters->waiting};
 }
 
 void C_NetSink::Say(S_SinkMessage::eWeight weight, const std::string& text) {

@@ -6,6 +6,7 @@ namespace Host {
 
 bool C_SendQueue::Add(t_Piece piece, t_Clock::time_point now) {
   SetBytes(m_bytes + piece->bytes.size());
+  m_counters->waiting += piece->ends.size();
   m_pieces.push_back({std::move(piece), now});
   if (m_limits.policy == ePolicy::Wait) return true;
   if (m_limits.policy == ePolicy::Close) return !IsOverLimits(now);
@@ -26,6 +27,7 @@ void C_SendQueue::PutBack(const t_Piece& piece, std::size_t unitsSent, t_Clock::
   }
   if (rest->ends.empty()) return;
   SetBytes(m_bytes + rest->bytes.size());
+  m_counters->waiting += rest->ends.size();
   m_pieces.push_front({std::move(rest), now});
 }
 
@@ -41,6 +43,7 @@ t_Piece C_SendQueue::PopOldest() {
   t_Piece piece = std::move(m_pieces.front().piece);
   m_pieces.pop_front();
   SetBytes(m_bytes - piece->bytes.size());
+  m_counters->waiting -= piece->ends.size();
   return piece;
 }
 

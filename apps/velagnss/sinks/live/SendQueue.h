@@ -35,6 +35,7 @@ struct S_SinkCounters {
   std::atomic<std::uint64_t> units = 0;     // sent, to each reader
   std::atomic<std::uint64_t> bytes = 0;     // likewise
   std::atomic<std::uint64_t> dropped = 0;   // units
+  std::atomic<std::uint64_t> waiting = 0;   // units that are not sent yet
   std::atomic<std::uint64_t> full = 0;      // queues that are full
 };
 
@@ -47,7 +48,9 @@ class C_SendQueue {
 
   C_SendQueue(const S_QueueLimits& limits, t_SinkCounters counters)
       : m_limits(limits), m_counters(std::move(counters)) {}
-  ~C_SendQueue() { SetBytes(0); }
+  ~C_SendQueue() {
+    while (!IsEmpty()) PopOldest();
+  }
   C_SendQueue(const C_SendQueue&) = delete;
   C_SendQueue& operator=(const C_SendQueue&) = delete;
 

@@ -17,6 +17,7 @@ struct S_SinkTotals {
   std::uint64_t units = 0;     // sent, to each reader
   std::uint64_t bytes = 0;     // likewise
   std::uint64_t dropped = 0;   // units
+  std::uint64_t waiting = 0;   // units that are not sent yet
 };
 
 // Used by the main thread.

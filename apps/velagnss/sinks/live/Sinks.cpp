@@ -10,6 +10,7 @@
 #include "apps/velagnss/sinks/live/ListenSink.h"
 #include "apps/velagnss/sinks/live/NtripCasterSink.h"
 #include "apps/velagnss/sinks/live/NtripPushSink.h"
+#include "apps/velagnss/sinks/live/PipeSink.h"
 #include "apps/velagnss/sinks/live/SerialSink.h"
 #include "apps/velagnss/sinks/live/SinkKind.h"
 #include "apps/velagnss/sinks/live/TcpSink.h"
@@ -99,15 +100,17 @@ std::string CheckDestination(const std::string& destination) {
   return error.empty() ? error : fmt::format("{}: {}", address.Shown(), error);
 }
 
-bool IsNtrip(const std::string& destination) { return destination.starts_with("ntrip"); }
+bool IsNtrip(const std::string& destination) { return IsAddress(destination) && destination.starts_with("ntrip"); }
 
 std::string DestinationForms() {
   return JoinNames(
-      kKinds, [](const S_SinkKind* kind) { return kind->form.example; }, "\n");
+      kKinds, [](const S_SinkKind* kind) { return kind->form.example; }, "; ");
 }
 
 std::unique_ptr<C_Sink> MakeSink(const std::string& destination, const S_SinkContext& context) {
   using eWriting = C_Output::eWriting;
+  if (!IsAddress(destination) && !context.canWait && IsPipe(destination))
+    return MakePipeSink(context.thread, destination, {});
   if (!IsAddress(destination))
     return std::make_unique<C_FileSink>(destination, context.canWait ? eWriting::Replacement : eWriting::Direct);
   S_Address address;

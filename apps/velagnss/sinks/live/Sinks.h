@@ -19,7 +19,7 @@ std::string CheckDestination(const std::string& destination);
 // Whether a destination is a caster's mount, here or elsewhere: the readers of such streams expect whole frames.
 bool IsNtrip(const std::string& destination);
 
-// The addresses that a destination can be, a line each, for the help.
+// The addresses that a destination can be, for the help.
 std::string DestinationForms();
 
 struct S_SinkContext {
