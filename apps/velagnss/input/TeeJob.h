@@ -32,7 +32,7 @@ class C_TeeJob : public C_StreamJob {
     m_first.BeforeWait();
     m_second.BeforeWait();
   }
-  int WakeDescriptor() const override { return m_first.WakeDescriptor(); }
+  int WakeDescriptor() const override { return m_second.WakeDescriptor(); }
   std::optional<std::chrono::milliseconds> LongestWait() const override { return m_first.LongestWait(); }
   void OnQuiet() override {
     m_first.OnQuiet();
