@@ -97,7 +97,7 @@ TEST(JsonOfALiveSource, ShowsWhatWaitsWhenItPausesOrIsLost) {
     for (std::string line; std::getline(text, line);) {
       const json object = json::parse(line);
       EXPECT_EQ(schema.Check(object), "") << line;
-      EXPECT_EQ(object["arrival"], "2026-10-17T00:00:00.00025Z");
+      EXPECT_EQ(object["arrival"], "2026-10-17T00:00:00.000250Z");
       words += object.value("event", object.value("message", "")) + object.value("state", "") + " ";
     }
     return words;

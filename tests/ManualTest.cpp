@@ -38,7 +38,7 @@ class Manual : public Program {
       if (std::regex_search(line, found, std::regex("^  (-\\w|--[-\\w]+)(?:,(--[-\\w]+))?\\b")))
         for (std::size_t i = 1; i < found.size(); ++i)
           if (found[i].matched) helps[0].options.push_back(found[i]);
-      if (isCommands && std::regex_search(line, found, std::regex("^  (\\w+) "))) helps[0].commands.push_back(found[1]);
+      if (isCommands && std::regex_search(line, found, std::regex("^  (\\w[-\\w]*) "))) helps[0].commands.push_back(found[1]);
       isCommands = line == "Subcommands:" || (isCommands && !line.empty());
     }
     for (const std::string& below : helps[0].commands)

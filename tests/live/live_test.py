@@ -159,12 +159,12 @@ class LiveTest(harness.Case):
         for kind in (TcpLine, ResetLine, UnixLine, ListenLine, SerialLine):
             with self.subTest(kind=kind.__name__):
                 line = kind(self)
-                program = self.run_program("decode", "--events", line.open())
-                for begin, end in zip(cuts, cuts[1:]):
+                program = self.run_program("decode", "--events", "--retry-pause", "0.1", line.open())
+                for number, (begin, end) in enumerate(zip(cuts, cuts[1:]), 1):
                     line.send(Pieces(self.session[begin:end], begin))
                     line.cut()
+                    program.wait_for_state("lost", number)
                 program.wait_for_frames(len(expected))
-                program.wait_for_state("lost", 3)
                 program.end()
                 self.assert_objects(program.frames(), expected)
                 self.assertEqual([c["state"] for c in program.changes() if c["state"] != "connecting"][:6], ["connected", "lost"] * 3)
@@ -220,7 +220,7 @@ class LiveTest(harness.Case):
         program = self.run_program("decode", "--events", "--idle-timeout", "1.5", caster.address(), inside=network.inside)
         program.wait_for_frames(50)
         network.set_loopback("down")
-        program.wait_for_state("lost", 2)
+        program.wait_for_state("lost")
         network.set_loopback("up")
         count = len(program.frames())
         program.wait_for_frames(count + 50, 40)

@@ -9,6 +9,7 @@ relay:   relay hands 10 kB/s on to 200 clients, of which every tenth reads nothi
 """
 
 import asyncio
+import contextlib
 import multiprocessing
 import os
 import pathlib
@@ -59,7 +60,8 @@ def feeders(rates, pipe):
         times, servers = [], []
         for rate in (*rates, None):
             async def serve(reader, writer, rate=rate):
-                await (feed(writer, rate) if rate else probe(writer, times))
+                with contextlib.suppress(ConnectionError, asyncio.CancelledError):
+                    await (feed(writer, rate) if rate else probe(writer, times))
             servers.append(await asyncio.start_server(serve, "127.0.0.1", 0))
         pipe.send([server.sockets[0].getsockname()[1] for server in servers])
         while not pipe.poll():
@@ -144,7 +146,10 @@ def read_clients(port, seconds, pipe):
     """In a process of its own: connects the clients and reads all but every tenth."""
     chooser, clients = selectors.DefaultSelector(), []
     for number in range(CLIENTS):
-        client = socket.create_connection(("127.0.0.1", port))
+        client = socket.socket()
+        if number % 10 == 0:
+            client.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)  # soon full
+        client.connect(("127.0.0.1", port))
         clients.append(client)
         if number % 10:
             client.setblocking(False)
@@ -179,6 +184,7 @@ def measure_relay(seconds):
         watch.note()
     got, closed, longest = mine.recv()
     watch.print()
+    print(program.summary().rpartition("err, ")[2])
     print(f"bytes of the clients that read: {min(got)} to {max(got)}, due {CLIENT_RATE * seconds:.0f}; closed: {closed}")
     percentiles("longest silence of each", longest)
     program.kill()

@@ -94,11 +94,10 @@ std::optional<S_LinkFailure> C_NtripLink::Open() {
   return std::nullopt;
 }
 
-// Whoever lists the processes of the machine sees the arguments of all of them.
 void C_NtripLink::WarnOnce() {
   if (std::exchange(m_hasWarned, true)) return;
   if (!m_address.password.empty())
-    Notify("the password in the address can be read in the list of processes; --credentials FILE hides it");
+    Notify("the password in the address may stay in the history of the shell; --credentials FILE avoids that");
   if (m_address.options.contains("insecure"))
     Notify("INSECURE: the certificate is not verified, and anybody between here and the caster can read the password");
 }
