@@ -38,7 +38,8 @@ class Manual : public Program {
       if (std::regex_search(line, found, std::regex("^  (-\\w|--[-\\w]+)(?:,(--[-\\w]+))?\\b")))
         for (std::size_t i = 1; i < found.size(); ++i)
           if (found[i].matched) helps[0].options.push_back(found[i]);
-      if (isCommands && std::regex_search(line, found, std::regex("^  (\\w[-\\w]*) "))) helps[0].commands.push_back(found[1]);
+      if (isCommands && std::regex_search(line, found, std::regex("^  (\\w[-\\w]*) ")))
+        helps[0].commands.push_back(found[1]);
       isCommands = line == "Subcommands:" || (isCommands && !line.empty());
     }
     for (const std::string& below : helps[0].commands)
@@ -67,10 +68,11 @@ TEST_F(Manual, ManPageAndShellsKnowEachOptionOfEachCommand) {
     EXPECT_NE(begin, std::string::npos) << heading;
     return text.substr(std::min(begin, text.size()), text.find(nextHeading, begin + 1) - begin);
   };
+  const auto roff = [](const std::string& text) { return std::regex_replace(text, std::regex("-"), "\\-"); };
   for (const S_Help& help : helps) {
     const std::string& command = help.command;
     const std::string manual =
-        section(page, command.empty() ? ".SH OPTIONS\n" : ".SS velagnss " + command + '\n', "\n.S");
+        section(page, command.empty() ? ".SH OPTIONS\n" : ".SS velagnss " + roff(command) + '\n', "\n.S");
     const std::string function = command.empty() ? "" : '_' + std::regex_replace(command, std::regex(" "), "_");
     const std::string zshBody = section(zsh, "\n_velagnss" + function + "() {", "\n}\n");
     EXPECT_THAT(BashOffers(command + " -"), IsSupersetOf(help.options)) << command;
@@ -78,7 +80,7 @@ TEST_F(Manual, ManPageAndShellsKnowEachOptionOfEachCommand) {
       EXPECT_EQ(BashOffers(command + " ''"), help.commands);
     }
     for (const std::string& option : help.options) {
-      EXPECT_THAT(manual, HasSubstr("\\fB" + std::regex_replace(option, std::regex("-"), "\\-") + "\\fR")) << command;
+      EXPECT_THAT(manual, HasSubstr("\\fB" + roff(option) + "\\fR")) << command;
       EXPECT_TRUE(std::regex_search(zshBody, std::regex("['\\)]" + option + "[=+]?\\["))) << command << ' ' << option;
       const std::string name = option.starts_with("--") ? "-l " + option.substr(2) : "-s " + option.substr(1);
       EXPECT_TRUE(std::regex_search(fish, std::regex("__velagnss_at '" + command + "'\"[^\n]* " + name + " ")))

@@ -105,10 +105,10 @@ const S_CommandEntry kRelayCommand = {
     "relay",
     "Hand streams on: to clients, other machines, ports, casters and files.\n\n"
     "Examples:\n"
-    "  velagnss relay /dev/ttyUSB0 --to tcp-listen://:2947\n"
-    "  velagnss relay --proto rtcm3 tcp://rover:5000 --to udp://239.1.2.3:6000\n"
-    "  velagnss relay /dev/ttyUSB0 --to ntrip-caster://:2101/BASE?users=u.txt\n"
-    "  velagnss relay rover.bin --to json:all.jsonl --to raw:tcp-listen://:2948\n",
+    "  velagnss relay /dev/ttyUSB0 --to tcp-listen://:2947              for programs of this machine\n"
+    "  velagnss relay --proto rtcm3 tcp://rover:5000 --to udp://239.1.2.3:6000   RTCM 3 only, to a group\n"
+    "  velagnss relay /dev/ttyUSB0 --to ntrip-caster://:2101/BASE?users=u.txt    a caster\n"
+    "  velagnss relay rover.bin --to json:all.jsonl --to raw:tcp-listen://:2948   several\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_RelayCommand>(); }};
 
 }  // namespace Host
