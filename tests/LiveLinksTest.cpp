@@ -314,17 +314,20 @@ TEST_F(Links, TcpListenTakesOneSenderAtATime) {
   Write(first, "more");
   EXPECT_EQ(Read(4), "more");
   EXPECT_EQ(ReadSome(second), "");  // it was closed
+  const C_FileDescriptor third = Connected(port);
+  Write(third, "third");
+  Write(first, "most");
+  EXPECT_EQ(Read(4), "most");
   first.Close();
   EXPECT_EQ(ReadFailure(), "the sender has closed the connection");
   EXPECT_EQ(m_failure->kind, eKind::Lost);
   EXPECT_EQ(m_link->RetryRules().first, 0ms);
   m_link->Close();
-  const C_FileDescriptor third = Connected(port);  // between `Close` and `Open`: the port is open
-  Write(third, "third");
   ASSERT_EQ(Open(), "");
   EXPECT_EQ(Read(5), "third");
   EXPECT_THAT(m_notices,
-              testing::MatchesRegex("waits for a connection at 127.0.0.1:[0-9]+\nturned 127.0.0.1:[0-9]+ away: .*\n"));
+              testing::MatchesRegex("waits for a connection at 127.0.0.1:[0-9]+\nturned 127.0.0.1:[0-9]+ away: .*\n"
+                                    "127.0.0.1:[0-9]+ waits until .*\n"));
 }
 
 TEST_F(Links, ListeningBeyondThisMachineIsSaid) {

@@ -15,7 +15,7 @@ namespace {
 using asio::ip::tcp;
 
 // Senders that come and go at once, by mistake or with intent, must not fill the log either.
-constexpr auto kBetweenSenders = std::chrono::seconds(1);
+constexpr auto kBetweenSenders = std::chrono::milliseconds(200);
 
 // Accepts connections for as long as it lives, so that none is refused between two senders.
 class C_Door : public std::enable_shared_from_this<C_Door> {
@@ -33,7 +33,8 @@ class C_Door : public std::enable_shared_from_this<C_Door> {
     m_pause.cancel();
   }
 
-  // The sender that has come, or nobody. Others are turned away until the next call.
+  // The sender that has come, or nobody. One may wait for the present one to end: a receiver that has lost its line comes
+  // back before that is noticed here. Others are turned away.
   std::optional<tcp::socket> Take() { return std::exchange(m_newcomer, std::nullopt); }
   bool HasNewcomer() const { return m_newcomer.has_value(); }
   void SetOccupied(bool isOccupied) {
@@ -44,6 +45,7 @@ class C_Door : public std::enable_shared_from_this<C_Door> {
  private:
   void OnAccept(const asio::error_code& error, tcp::socket socket);
   void TryLater(const asio::error_code& error);
+  void LetIn(tcp::socket socket);
   void TurnAway(const tcp::socket& socket);
 
   tcp::acceptor m_acceptor;
@@ -75,10 +77,10 @@ void C_Door::OnAccept(const asio::error_code& error, tcp::socket socket) {
   if (!m_acceptor.is_open()) return;
   if (error) return TryLater(error);
   m_hasFailed = false;
-  if (m_isOccupied || m_newcomer)
+  if (m_newcomer)
     TurnAway(socket);
   else
-    m_newcomer = std::move(socket);
+    LetIn(std::move(socket));
   AcceptNext();
 }
 
@@ -92,11 +94,18 @@ void C_Door::TryLater(const asio::error_code& error) {
   });
 }
 
+void C_Door::LetIn(tcp::socket socket) {
+  asio::error_code gone;
+  if (m_isOccupied)
+    m_notice(fmt::format("{} waits until the present sender has left", EndpointText(socket.remote_endpoint(gone))));
+  m_newcomer = std::move(socket);
+}
+
 // Said once for each sender: whoever knocks again and again must not fill the log.
 void C_Door::TurnAway(const tcp::socket& socket) {
   asio::error_code gone;
   if (std::exchange(m_hasTurnedAway, true)) return;
-  m_notice(fmt::format("turned {} away: there is a sender already", EndpointText(socket.remote_endpoint(gone))));
+  m_notice(fmt::format("turned {} away: another one waits already", EndpointText(socket.remote_endpoint(gone))));
 }
 
 // Looked at again every 5 s: the rules below have no pause.
