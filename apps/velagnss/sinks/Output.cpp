@@ -49,7 +49,8 @@ void WaitForReader(int descriptor) {
 bool C_Output::Open(const std::string& name, eWriting writing) {
   const bool isStandardOutput = name == "-";
   m_name = isStandardOutput ? "standard output" : name;
-  m_descriptor = isStandardOutput ? C_FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) : OpenFile(name, writing);
+  m_descriptor =
+      isStandardOutput ? C_FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) : OpenFile(name, writing);
   if (m_descriptor.IsOpen()) {
     m_isTerminal = ::isatty(m_descriptor.Get()) == 1;
     m_state = eState::Good;

@@ -33,8 +33,8 @@ class C_Door : public std::enable_shared_from_this<C_Door> {
     m_pause.cancel();
   }
 
-  // The sender that has come, or nobody. One may wait for the present one to end: a receiver that has lost its line comes
-  // back before that is noticed here. Others are turned away.
+  // The sender that has come, or nobody. One may wait for the present one to end: a receiver that has lost its line
+  // comes back before that is noticed here. Others are turned away.
   std::optional<tcp::socket> Take() { return std::exchange(m_newcomer, std::nullopt); }
   bool HasNewcomer() const { return m_newcomer.has_value(); }
   void SetOccupied(bool isOccupied) {
