@@ -77,18 +77,19 @@ std::string ReadHost(std::string_view authority, S_Address& address) {
   std::string_view port;
   if (authority.starts_with('[')) {
     const std::size_t end = authority.find(']');
-    if (end == std::string_view::npos) return "the '[' of its IPv6 address is not closed";
+    if (end == std::string_view::npos) return "has an IPv6 address whose '[' is not closed";
     address.host = authority.substr(1, end - 1);
     port = authority.substr(end + 1);
-    if (!port.empty() && port[0] != ':') return "only ':' and a port may follow the ']' of its IPv6 address";
+    if (!port.empty() && port[0] != ':') return "may have only ':' and a port after the ']' of its IPv6 address";
     port.remove_prefix(port.empty() ? 0 : 1);
   } else {
     port = CutAt(authority, ':');
     address.host = Decoded(authority);
   }
   std::uint16_t number = 0;
+  // The text is not shown: without a host, or with a '/' in the password, it is the password.
   if (!port.empty() && (!ParseWhole(port, number) || number == 0))
-    return fmt::format("'{}' is not a port from 1 to 65535", port);
+    return "has a port that is not a number from 1 to 65535";
   address.port = port;
   return {};
 }
