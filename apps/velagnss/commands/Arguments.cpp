@@ -87,7 +87,8 @@ void DeclareLive(CLI::App& app, S_LiveOptions& live) {
       ->check([](const std::string& text) { return text == "never" ? std::string() : CheckSeconds(text); });
   app.add_option_function<std::string>(
          "--retry-pause", [&live](const std::string& text) { live.retryPause = ReadSeconds(text); },
-         "pause, up to half longer at random, before a lost live source is tried\nagain (default: 0.5, doubled up to 30; "
+         "pause, up to half longer at random, before a lost live source is tried\nagain (default: 0.5, doubled up to "
+         "30; "
          "casters longer)")
       ->option_text("SECONDS")
       ->check(&CheckSeconds);
@@ -96,9 +97,10 @@ void DeclareLive(CLI::App& app, S_LiveOptions& live) {
       ->check(NumberBetween(1U, 1'000'000U, "a whole number from 1 to 1000000"));
   DeclareCredentials(app, live.credentials);
   // --position of `convert` is that of the antenna.
-  app.add_option(app.get_name() == "convert" ? "--send-position" : "--position,--send-position", live.position,
-                 "send casters this latitude,longitude,height in degrees and meters, or with\n'stream' the position in the "
-                 "GGA sentences of another source (default: none)")
+  app.add_option(
+         app.get_name() == "convert" ? "--send-position" : "--position,--send-position", live.position,
+         "send casters this latitude,longitude,height in degrees and meters, or with\n'stream' the position in the "
+         "GGA sentences of another source (default: none)")
       ->option_text("PLACE")
       ->check(
           [](const std::string& text) { return text == kPositionOfStream ? std::string() : CheckFixedPosition(text); });
