@@ -62,6 +62,7 @@ const S_AddressCase kAddresses[] = {
     {"OpenBracket",      "tcp://[::1:5",      "", "'['"},
     {"AfterBracket",     "tcp://[::1]5",      "", "']'"},
     {"LineFeed",         "ntrip://h/M%0d%0aX: y", "", "control character"},
+    {"OptionTwice",      "udp://:1?interface=a&interface=b", "", "an option that is given twice"},
     {"LineFeedInOption", "udp://:1?interface=%0a", "", "control character"},
 };
 // clang-format on

@@ -52,13 +52,16 @@ std::string_view CutAt(std::string_view& text, char mark) {
   return rest;
 }
 
-void ReadOptions(std::string_view query, S_Address& address) {
+// Returns an error text.
+std::string ReadOptions(std::string_view query, S_Address& address) {
   while (!query.empty()) {
     const std::string_view rest = CutAt(query, '&');
     const std::string_view value = CutAt(query, '=');
-    if (!query.empty()) address.options[Decoded(query)] = Decoded(value);
+    const bool isNew = query.empty() || address.options.emplace(Decoded(query), Decoded(value)).second;
+    if (!isNew) return "has an option that is given twice";
     query = rest;
   }
+  return {};
 }
 
 // A password may hold '@' and ':': the last '@' ends the account, the first ':' the name.
@@ -118,7 +121,7 @@ std::string ReadAddress(std::string_view text, S_Address& address) {
   const std::string_view query = CutAt(rest, '?');
   std::string_view authority = rest.substr(0, rest.find('/'));
   address.path = Decoded(rest.substr(authority.size()));
-  ReadOptions(query, address);
+  if (std::string error = ReadOptions(query, address); !error.empty()) return error;
   ReadAccount(authority, address);
   if (std::string error = ReadHost(authority, address); !error.empty()) return error;
   return HasControl(address) ? "has a control character in it" : std::string();
