@@ -55,12 +55,14 @@ const S_AddressCase kAddresses[] = {
     {"PathAndOptions",   "serial:///dev/ttyS0?baud=9600&flow=&x", "serial:///dev/ttyS0 baud=9600 flow= x=", ""},
     {"PathWithColon",    "serial:///dev/serial/by-path/pci-0:1.0", "serial:///dev/serial/by-path/pci-0:1.0", ""},
     {"NoScheme",         "://h:1",            "", "SCHEME://"},
-    {"PortTooGreat",     "tcp://h:65536",     "", "'65536' is not a port"},
-    {"PortZero",         "tcp://h:0",         "", "'0' is not a port"},
-    {"PortWithSign",     "tcp://h:+1",        "", "'+1' is not a port"},
+    {"PortTooGreat",     "tcp://h:65536",     "", "a port that is not"},
+    {"PortZero",         "tcp://h:0",         "", "a port that is not"},
+    {"PortWithSign",     "tcp://h:+1",        "", "a port that is not"},
+    {"PasswordAsPort",   "ntrip://me:secret/M", "", "a port that is not a number from 1 to 65535"},
     {"OpenBracket",      "tcp://[::1:5",      "", "'['"},
     {"AfterBracket",     "tcp://[::1]5",      "", "']'"},
     {"LineFeed",         "ntrip://h/M%0d%0aX: y", "", "control character"},
+    {"OptionTwice",      "udp://:1?interface=a&interface=b", "", "an option that is given twice"},
     {"LineFeedInOption", "udp://:1?interface=%0a", "", "control character"},
 };
 // clang-format on
@@ -354,9 +356,9 @@ const S_FailureCase kFailures[] = {
     {"NoSuchName", "tcp://nowhere.invalid:1", "of this name|cannot look the name up"},
     {"TcpPortInUse", "tcp-listen://:#", "in use by another program", eKind::Lost, SOCK_STREAM},
     {"UdpPortInUse", "udp://:#", "in use by another program", eKind::Lost, SOCK_DGRAM},
-    {"OtherMachine", "udp://192.0.2.1:5000", "192.0.2.1 is no address of this machine"},
+    {"OtherMachine", "udp://192.0.2.1:5000", "192.0.2.1 is not an address of this machine"},
     {"NoSuchInterface", "udp://239.255.7.7:5000?interface=none7", "no network interface 'none7'"},
-    {"NoSuchDevice", "/dev/pts/999999", "there is no such device now"},
+    {"NoSuchDevice", "/dev/pts/999999", "there is no such device"},
     {"NoPortAtAll", "serial:///dev/null", "is not a serial port", eKind::Final},
 };
 
@@ -483,7 +485,7 @@ TEST_F(Links, SerialPortThatIsUnpluggedIsLetGo) {
   EXPECT_EQ(NumDescriptors(), numOpen - 2);  // it and the other end
   std::filesystem::remove(link);
   m_link->Close();
-  EXPECT_EQ(Open(), "there is no such device now");
+  EXPECT_EQ(Open(), "there is no such device");
   EXPECT_EQ(m_failure->kind, eKind::Lost);
   terminal = std::make_unique<Terminal>();  // back, under whatever number
   std::filesystem::create_symlink(terminal->Name(), link);

@@ -279,15 +279,22 @@ const S_WrongTo kWrongTo[] = {
      {},
      "ntrip-push://h:2101/M: version must be 1 or 2"},
     {"NoMount", "ntrip-caster://:2101", {}, "has no path"},
-    {"RawOfSeveral", "raw:out", {.isOne = false}, "is for one source"},
-    {"RawWithFilter", "raw:out", {.isSelected = true}, "does not go with a filter"},
+    {"RawOfSeveral", "raw:out", {.isOne = false}, "is for a single source"},
+    {"RawWithFilter", "raw:out", {.isSelected = true}, "takes no filter"},
     {"NoDestination", "json:", {}, "names no destination"},
+    {"UnknownFormat", "nmea:out", {}, "unknown format"},
 };
 
 TEST_ROWS(Destinations, AreRefused, kWrongTo, row) {
   const std::string error = Host::C_Destinations().Read({row.to}, row.source);
   EXPECT_NE(error.find(row.error), std::string::npos) << error;
   EXPECT_EQ(error.find("secret"), std::string::npos) << error;
+}
+
+TEST(Destinations, AreNamedOnce) {
+  const std::string push = "ntrip-push://me:secret@h:2101/M";
+  EXPECT_EQ(Host::C_Destinations().Read({"raw:" + push, push}, {}), "--to ntrip-push://h:2101/M is given twice");
+  EXPECT_EQ(Host::C_Destinations().Read({"json", "-"}, {}), "--to standard output is given twice");
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ std::string CheckSearch(const std::string& list) {
 
 std::string CheckInput(const std::string& name) {
   const std::string error = IsLive(name) ? CheckLive(name) : std::string();
-  return error.empty() ? error : fmt::format("'{}' {}", ShownLive(name), error);
+  return error.empty() ? error : fmt::format("'{}': {}", ShownLive(name), error);
 }
 
 constexpr double kMaxSeconds = 86400;  // of pauses and time-outs
@@ -77,29 +77,30 @@ std::optional<std::chrono::milliseconds> ReadSeconds(const std::string& text) {
 void DeclareLive(CLI::App& app, S_LiveOptions& live) {
   app.add_option_function<std::string>(
          "--idle-timeout", [&live](const std::string& text) { live.idleTimeout = ReadSeconds(text); },
-         "open a live source anew after this time without a byte\n(default: as docs/live.md says for each kind)")
+         "reconnect a live source after this time without data\n(default: depends on the kind, see docs/live.md)")
       ->option_text("SECONDS")
       ->check(&CheckSeconds);
   app.add_option_function<std::string>(
          "--quiet-time", [&live](const std::string& text) { live.quietTime = ReadSeconds(text); },
-         "when a live source pauses for so long, give up what looks like the\nbeginning of a frame (default: 0.5; "
-         "'never' waits for its end)")
+         "give up an unfinished frame after this silence of a live source\n(default: 0.5; 'never': keep waiting)")
       ->option_text("SECONDS")
       ->check([](const std::string& text) { return text == "never" ? std::string() : CheckSeconds(text); });
   app.add_option_function<std::string>(
          "--retry-pause", [&live](const std::string& text) { live.retryPause = ReadSeconds(text); },
-         "pause about so long before a lost live source is tried again\n(default: 0.5, doubled up to 30; casters "
-         "longer)")
+         "pause, up to half longer at random, before a lost live source is tried\nagain (default: 0.5, doubled up to "
+         "30; "
+         "casters longer)")
       ->option_text("SECONDS")
       ->check(&CheckSeconds);
-  app.add_option("--tries", live.maxTries, "give up a live source after so many failures in a row\n(default: never)")
+  app.add_option("--tries", live.maxTries, "give up a live source after this many failures in a row\n(default: never)")
       ->option_text("COUNT")
       ->check(NumberBetween(1U, 1'000'000U, "a whole number from 1 to 1000000"));
   DeclareCredentials(app, live.credentials);
   // --position of `convert` is that of the antenna.
-  app.add_option(app.get_name() == "convert" ? "--send-position" : "--position,--send-position", live.position,
-                 "send casters this latitude,longitude,height in degrees and meters; 'stream': the\nposition that "
-                 "another source of the run has in its GGA sentences (default: none)")
+  app.add_option(
+         app.get_name() == "convert" ? "--send-position" : "--position,--send-position", live.position,
+         "send casters this latitude,longitude,height in degrees and meters, or with\n'stream' the position in the "
+         "GGA sentences of another source (default: none)")
       ->option_text("PLACE")
       ->check(
           [](const std::string& text) { return text == kPositionOfStream ? std::string() : CheckFixedPosition(text); });
@@ -189,7 +190,7 @@ void DeclareInputs(CLI::App& app, S_InputOptions& input) {
 
 void DeclareCredentials(CLI::App& app, std::string& file) {
   app.add_option("--credentials", file,
-                 "take users and passwords of casters from this file, which nobody else may\nread; its lines: "
+                 "take users and passwords for casters from this file, which nobody else may\nread; its lines: "
                  "HOST[:PORT] USER PASSWORD")
       ->option_text("FILE")
       ->check(&CheckCredentials);
@@ -202,7 +203,7 @@ std::string CheckFixedPosition(const std::string& text) {
 
 bool HasTooManyLive(std::string_view command, const S_InputOptions& input) {
   if (CountLive(input) < 2) return false;
-  ReportUsage(command, "reads one live source at a time; run it once for each");
+  ReportUsage(command, fmt::format("{} reads one live source at a time; run it once for each", command));
   return true;
 }
 

@@ -60,7 +60,9 @@ void C_DecodeCommand::Declare(CLI::App& app) {
   DeclareSeed(app, m_stream);
   app.add_flag("--frames", m_lines.framesOnly, "envelopes only: decode nothing");
   app.add_flag("--hex", m_lines.hex, "add the bytes of frames and events");
-  app.add_flag("--events", m_lines.events, "add an object for each rejected start and each skipped range");
+  app.add_flag(
+      "--events", m_lines.events,
+      "add an object for each rejected start, each skipped range, and each change\nof the state of a live source");
   app.add_flag("--epochs", m_lines.epochs, "add an object for each epoch: time, position, accuracy, satellites");
   app.add_flag("--epochs-only", m_lines.epochsOnly, "write epochs instead of frames; -n counts them");
   app.add_flag("--strict", m_isStrict, "exit with 1 when anything in the inputs is damaged or skipped");

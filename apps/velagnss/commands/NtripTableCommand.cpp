@@ -191,7 +191,7 @@ class C_NtripTableCommand : public C_Command, public C_TextBuffer {
 std::string CheckCaster(const std::string& name) {
   S_Address address;
   if (std::string error = ReadAddress(name, address); !error.empty()) return error;
-  if (address.scheme != "ntrip" && address.scheme != "ntrips") return "must be ntrip://HOST:PORT or ntrips://HOST:PORT";
+  if (address.scheme != "ntrip" && address.scheme != "ntrips") return "must begin with ntrip:// or ntrips://";
   return CheckAddress(address, address.scheme == "ntrip" ? kNtripTableForm : kNtripTlsTableForm);
 }
 

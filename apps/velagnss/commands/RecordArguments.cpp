@@ -34,7 +34,7 @@ bool IsOtherThanFile(const std::string& name) {
 
 std::string FillTee(const std::string& name, S_InputOptions& input) {
   S_RecorderOptions options;
-  std::string error = FillPattern(name, 1, options);
+  std::string error = name.empty() ? "names no file" : FillPattern(name, 1, options);
   if (error.empty()) input.tee = std::make_shared<C_Recorders>(options);
   return error;
 }

@@ -40,7 +40,7 @@ void C_RelayCommand::Declare(CLI::App& app) {
   DeclareFilter(app, m_filter);
   DeclareSeed(app, m_stream);
   app.add_option("--wait-clients", m_waitClients,
-                 "begin when this many clients are connected, to whichever destinations")
+                 "begin when this many clients are connected, counted over all destinations")
       ->option_text("COUNT")
       ->check(NumberBetween(std::uint64_t{1}, std::uint64_t{100'000}, "a whole number from 1 to 100000"));
 }
@@ -61,6 +61,8 @@ int C_RelayCommand::Run() {
     return ReportUsage("relay", error);
   C_Destinations destinations;
   if (const std::string error = destinations.Read(m_to, Source()); !error.empty()) return ReportUsage("relay", error);
+  if (m_waitClients > 0 && destinations.Files().size() == m_to.size())
+    return ReportUsage("relay", "--wait-clients needs a destination to connect to, such as --to tcp-listen://:2947");
   if (const eExitCode code = CheckFiles(destinations); code != eExitOk) return code;
   if (!destinations.Open()) return eExitOutput;
   return Relay(options, destinations);
@@ -103,11 +105,11 @@ eExitCode C_RelayCommand::Judge(const std::deque<C_RelayJob>& jobs, const C_Dest
 
 const S_CommandEntry kRelayCommand = {
     "relay",
-    "Hand streams on: to clients, other machines, ports, casters and files.\n\n"
+    "Pass streams on to clients, other machines, ports, casters and files.\n\n"
     "Examples:\n"
     "  velagnss relay /dev/ttyUSB0 --to tcp-listen://:2947              for programs of this machine\n"
     "  velagnss relay --proto rtcm3 tcp://rover:5000 --to udp://239.1.2.3:6000   RTCM 3 only, to a group\n"
-    "  velagnss relay /dev/ttyUSB0 --to ntrip-caster://:2101/BASE?users=u.txt    a caster\n"
+    "  velagnss relay /dev/ttyUSB0 --to 'ntrip-caster://:2101/BASE?users=u.txt'   a caster\n"
     "  velagnss relay rover.bin --to json:all.jsonl --to raw:tcp-listen://:2948   several\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_RelayCommand>(); }};
 

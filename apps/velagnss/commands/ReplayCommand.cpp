@@ -5,6 +5,7 @@
 
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/input/SourceLoop.h"
+#include "apps/velagnss/input/live/Links.h"
 #include "apps/velagnss/record/ReplaySource.h"
 #include "apps/velagnss/relay/RelayJob.h"
 #include "apps/velagnss/sinks/OutputRun.h"
@@ -65,15 +66,17 @@ void C_ReplayCommand::Declare(CLI::App& app) {
          "shorten longer pauses to this time, as in 500ms or 10s")
       ->option_text("TIME")
       ->check(&CheckGap);
-  app.add_flag("--loop", m_options.loops, "begin again at the end, for ever");
+  app.add_flag("--loop", m_options.loops, "begin again at the end, forever");
 }
 
 // Empty when there is none.
 std::string C_ReplayCommand::Objection() const {
-  if (!m_to.empty() && !m_output.empty()) return "-o and --to exclude each other; write raw:FILE after another --to";
+  if (!m_to.empty() && !m_output.empty()) return "-o and --to exclude each other; write --to raw:FILE in place of -o";
   const auto isPush = [](const std::string& to) { return to.find("ntrip-push") != std::string::npos; };
   if (!m_mayPush && std::any_of(m_to.begin(), m_to.end(), isPush))
     return "readers of a caster would take a replay for live data; --allow-push permits it";
+  if (std::any_of(m_options.files.begin(), m_options.files.end(), &IsLive))
+    return "replay sends recordings; to hand a live source on, use 'velagnss relay'";
   return {};
 }
 
@@ -112,12 +115,12 @@ int C_ReplayCommand::Replay(C_Destinations& destinations) {
 
 const S_CommandEntry kReplayCommand = {
     "replay",
-    "Send recordings with the rhythm in which they came.\n\n"
+    "Play recordings with their original timing.\n\n"
     "The times are those of the index beside a recording, FILE.idx, or else those in the data.\n\n"
     "Examples:\n"
     "  velagnss replay rover_20260501_120000Z.bin | velagnss decode   as it was recorded\n"
     "  velagnss replay --speed 10 --max-gap 5s --to tcp-listen://:2947 a.bin    faster, without long pauses\n"
-    "  velagnss replay --speed max --loop session.bin | ...           for ever, as fast as it is read\n",
+    "  velagnss replay --speed max --loop session.bin | ...           forever, as fast as it is read\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_ReplayCommand>(); }};
 
 }  // namespace Host

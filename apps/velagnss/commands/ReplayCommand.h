@@ -1,4 +1,4 @@
-// `velagnss replay`: recordings with the rhythm in which they came.
+// `velagnss replay`: recordings with their original timing.
 #ifndef VELAGNSS_APPS_REPLAY_COMMAND_H
 #define VELAGNSS_APPS_REPLAY_COMMAND_H
 

@@ -52,13 +52,16 @@ std::string_view CutAt(std::string_view& text, char mark) {
   return rest;
 }
 
-void ReadOptions(std::string_view query, S_Address& address) {
+// Returns an error text.
+std::string ReadOptions(std::string_view query, S_Address& address) {
   while (!query.empty()) {
     const std::string_view rest = CutAt(query, '&');
     const std::string_view value = CutAt(query, '=');
-    if (!query.empty()) address.options[Decoded(query)] = Decoded(value);
+    const bool isNew = query.empty() || address.options.emplace(Decoded(query), Decoded(value)).second;
+    if (!isNew) return "has an option that is given twice";
     query = rest;
   }
+  return {};
 }
 
 // A password may hold '@' and ':': the last '@' ends the account, the first ':' the name.
@@ -77,18 +80,19 @@ std::string ReadHost(std::string_view authority, S_Address& address) {
   std::string_view port;
   if (authority.starts_with('[')) {
     const std::size_t end = authority.find(']');
-    if (end == std::string_view::npos) return "the '[' of its IPv6 address is not closed";
+    if (end == std::string_view::npos) return "has an IPv6 address whose '[' is not closed";
     address.host = authority.substr(1, end - 1);
     port = authority.substr(end + 1);
-    if (!port.empty() && port[0] != ':') return "only ':' and a port may follow the ']' of its IPv6 address";
+    if (!port.empty() && port[0] != ':') return "may have only ':' and a port after the ']' of its IPv6 address";
     port.remove_prefix(port.empty() ? 0 : 1);
   } else {
     port = CutAt(authority, ':');
     address.host = Decoded(authority);
   }
   std::uint16_t number = 0;
+  // The text is not shown: without a host, or with a '/' in the password, it is the password.
   if (!port.empty() && (!ParseWhole(port, number) || number == 0))
-    return fmt::format("'{}' is not a port from 1 to 65535", port);
+    return "has a port that is not a number from 1 to 65535";
   address.port = port;
   return {};
 }
@@ -117,7 +121,7 @@ std::string ReadAddress(std::string_view text, S_Address& address) {
   const std::string_view query = CutAt(rest, '?');
   std::string_view authority = rest.substr(0, rest.find('/'));
   address.path = Decoded(rest.substr(authority.size()));
-  ReadOptions(query, address);
+  if (std::string error = ReadOptions(query, address); !error.empty()) return error;
   ReadAccount(authority, address);
   if (std::string error = ReadHost(authority, address); !error.empty()) return error;
   return HasControl(address) ? "has a control character in it" : std::string();

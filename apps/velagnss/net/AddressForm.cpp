@@ -27,7 +27,7 @@ std::string CheckAccount(const S_Address& address, const S_AddressForm& form) {
 }
 
 std::string CheckOption(const std::string& name, const std::string& value, const S_AddressForm& form) {
-  if (form.options.empty()) return fmt::format("{} takes no options, and no '{}='", form.scheme, name);
+  if (form.options.empty()) return fmt::format("has the option '{}', but {} takes no options", name, form.scheme);
   const auto option = std::find_if(form.options.begin(), form.options.end(),
                                    [&name](const S_AddressOption& known) { return known.name == name; });
   if (option == form.options.end())

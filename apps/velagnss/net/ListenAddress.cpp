@@ -20,9 +20,10 @@ std::string ListenErrorText(const asio::error_code& error, const S_Address& addr
   if (error == asio::error::address_in_use)
     return fmt::format("port {} is in use by another program; end that one or choose another port", address.port);
   if (error == asio::error::access_denied)
-    return fmt::format("port {} may not be used; choose one from 1024 on", address.port);
+    return fmt::format("ports below 1024, such as {}, need special rights; choose one from 1024 on", address.port);
   if (error.value() == EADDRNOTAVAIL)
-    return fmt::format("{} is no address of this machine; 0.0.0.0 and [::] are all that it has", address.host);
+    return fmt::format("{} is not an address of this machine; 0.0.0.0 and [::] mean all of its addresses",
+                       address.host);
   return error.message();
 }
 

@@ -51,7 +51,7 @@ S_SerialFailure OpenFailure(const std::string& path) {
     case ENOENT:
     case ENODEV:
     case ENXIO:
-      return {"there is no such device now", true};
+      return {"there is no such device", true};
     default:
       return {std::strerror(errno), true};
   }

@@ -1,4 +1,4 @@
-// Recordings as a source whose bytes come with the rhythm in which they were recorded.
+// Recordings as a source whose bytes arrive with their original timing.
 #ifndef VELAGNSS_APPS_REPLAY_SOURCE_H
 #define VELAGNSS_APPS_REPLAY_SOURCE_H
 

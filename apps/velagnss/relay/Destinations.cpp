@@ -19,6 +19,20 @@ using t_Clock = C_SinkThread::t_Clock;
 constexpr auto kFinishAfterSignal = 2s;
 constexpr auto kFinishWithoutProgress = 30s;
 
+// Without a password.
+std::string Shown(const std::string& where) {
+  if (!IsAddress(where)) return where == "-" ? "standard output" : where;
+  S_Address address;
+  ReadAddress(where, address);
+  return address.Shown();
+}
+
+// Whether `text` begins as a format does: a misspelled one must not become the name of a file.
+bool HasWordAndColon(std::string_view text) {
+  const std::size_t end = text.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-");
+  return end != std::string_view::npos && end > 0 && text[end] == ':';
+}
+
 }  // namespace
 
 C_Destinations::C_Destinations() = default;
@@ -40,12 +54,17 @@ std::string C_Destinations::ReadOne(const std::string& text, const S_RelaySource
   const std::size_t colon = text.find(':');
   std::optional<eUnits> units = FindUnits(std::string_view(text).substr(0, colon));
   const std::string where = !units ? text : colon == std::string::npos ? "-" : text.substr(colon + 1);
-  if (where.empty()) return fmt::format("{}: names no destination", text);
+  if (where.empty()) return fmt::format("'{}' names no destination", text);
+  if (!units && !IsAddress(where) && HasWordAndColon(where))
+    return fmt::format("'{}' begins with an unknown format; known: {}; a file of this name is written ./{}", where,
+                       UnitNames(), where);
   if (std::string error = CheckDestination(where); !error.empty()) return error;
   const bool canBeRaw = source.isOne && !source.isSelected;
   if (units == eUnits::Raw && !canBeRaw)
     return fmt::format("raw: {}; write frames instead",
-                       source.isOne ? "holds everything, and so does not go with a filter" : "is for one source");
+                       source.isOne ? "copies the source as it is, and so takes no filter" : "is for a single source");
+  if (std::ranges::find(m_destinations, where, &S_Destination::where) != m_destinations.end())
+    return fmt::format("{} is given twice", Shown(where));
   if (!units) units = canBeRaw && !IsNtrip(where) ? eUnits::Raw : eUnits::Frames;
   m_destinations.push_back({*units, where, nullptr});
   return {};

@@ -22,11 +22,11 @@ const char* Advice(int error) {
   switch (error) {
     case ENOSPC:
     case EDQUOT:
-      return "free some space, or write elsewhere with -o";
+      return "free some space, or name another file";
     case EFBIG:
-      return "the file is at its size limit (ulimit -f): write elsewhere with -o";
+      return "the file is at its size limit (ulimit -f): name another file";
     default:
-      return "write elsewhere with -o";
+      return "name another file";
   }
 }
 

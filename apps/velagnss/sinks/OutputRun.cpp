@@ -6,6 +6,8 @@
 #include <deque>
 #include <filesystem>
 
+#include "apps/velagnss/input/live/Links.h"
+#include "apps/velagnss/net/Address.h"
 #include "apps/velagnss/os/Diagnostics.h"
 
 namespace Host {
@@ -77,6 +79,11 @@ eExitCode CheckOutput(const std::string& name, const S_InputOptions& input) {
   if (IsAnInput(input, name)) {
     ReportError(fmt::format("{}: is also an input; write to another file", name == "-" ? "standard output" : name));
     return eExitUsage;
+  }
+  // A regular file in its place would be read as the port later on.
+  if (IsLive(name) && !IsAddress(name) && !std::filesystem::exists(name)) {
+    ReportError(fmt::format("{}: there is no such device; 'velagnss ports' lists those of this machine", name));
+    return eExitOutput;
   }
   return name != "-" && !CanBeOpened(input) ? eExitInput : eExitOk;
 }

@@ -11,8 +11,8 @@
 
 namespace Host {
 
-// Whether `name` ("-" for standard output) can be an output of `input`: not when it is an input itself, nor when it is
-// a file and an input cannot be opened. Both are reported.
+// Whether `name` ("-" for standard output) can be an output of `input`: not when it is an input itself, a serial port
+// that is not there, or a file while an input cannot be opened. Each of these is reported.
 eExitCode CheckOutput(const std::string& name, const S_InputOptions& input);
 
 //   C_OutputRun run;
