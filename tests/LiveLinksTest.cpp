@@ -60,6 +60,8 @@ const S_AddressCase kAddresses[] = {
     {"PortWithSign",     "tcp://h:+1",        "", "'+1' is not a port"},
     {"OpenBracket",      "tcp://[::1:5",      "", "'['"},
     {"AfterBracket",     "tcp://[::1]5",      "", "']'"},
+    {"PasswordWithSlash",    "ntrip://me:pa/ss@h:2101/M", "", "%2F"},  // else the port would be 'pa', and be shown
+    {"PasswordWithQuestion", "ntrip://me:12?34@h:2101/M", "", "%3F"},
     {"LineFeed",         "ntrip://h/M%0d%0aX: y", "", "control character"},
     {"LineFeedInOption", "udp://:1?interface=%0a", "", "control character"},
 };
