@@ -85,7 +85,8 @@ std::string Redirect(const S_Address& from, std::string_view location, S_Address
     return {};
   }
   S_Address read;
-  if (!ReadAddress(location, read).empty()) return fmt::format("moved to '{}', which is not an address", shown);
+  if (!ReadAddress(location, read).empty() || read.host.empty())
+    return fmt::format("moved to '{}', which is not an address", shown);
   for (const S_SchemePair& pair : kSchemes)
     if (read.scheme == pair.web) {
       read.scheme = pair.ntrip;
