@@ -61,6 +61,8 @@ const S_AddressCase kAddresses[] = {
     {"PasswordAsPort",   "ntrip://me:secret/M", "", "a port that is not a number from 1 to 65535"},
     {"OpenBracket",      "tcp://[::1:5",      "", "'['"},
     {"AfterBracket",     "tcp://[::1]5",      "", "']'"},
+    {"PasswordWithSlash",    "ntrip://me:pa/ss@h:2101/M", "", "%2F"},  // else the port would be 'pa', and be shown
+    {"PasswordWithQuestion", "ntrip://me:12?34@h:2101/M", "", "%3F"},
     {"LineFeed",         "ntrip://h/M%0d%0aX: y", "", "control character"},
     {"OptionTwice",      "udp://:1?interface=a&interface=b", "", "an option that is given twice"},
     {"LineFeedInOption", "udp://:1?interface=%0a", "", "control character"},

@@ -271,6 +271,14 @@ TEST(SourceTables, OddForms) {
   EXPECT_EQ(Host::ReadSourceTable("STR;A\r\nENDSOURCETABLE\r\nSTR;B").rows.size(), 1U);
 }
 
+TEST(SourceTables, HaveALimit) {
+  std::string text;
+  while (text.size() < Host::kMaxSourceTable) text += "STR;\n";
+  const Host::S_SourceTable table = Host::ReadSourceTable(text + "ENDSOURCETABLE");
+  EXPECT_EQ(table.rows.size(), Host::kMaxTableRows);
+  EXPECT_FALSE(table.isComplete);
+}
+
 TEST(SourceTables, Quotes) {
   const Host::S_SourceTable table = Host::ReadSourceTable("STR;Q;a\";\"b;RAW\nSTR;R;\";RAW");
   EXPECT_EQ(table.rows[0]["identifier"], "a;b");
@@ -315,6 +323,7 @@ constexpr S_MoveCase kMoves[] = {
     {"NoAddress", "ntrip://h/A", "B", "not an address"},
     {"TwoSlashes", "ntrip://u@h/A", "//i/B", "not an address"},
     {"Nothing", "ntrip://h/A", "", "not an address"},
+    {"NoHost", "ntrip://h/A", "http:///B", "not an address"},  // would be this machine
 };
 
 TEST_ROWS(Moves, FollowOnlyWhatIsSafe, kMoves, row) {

@@ -40,6 +40,7 @@ const S_ExitCase kExits[] = {
     {"Help",                "velagnss decode --help",                           0, kNone},
     {"Version",             "velagnss --version",                               0, kNone},
     {"NoCommand",           "velagnss",                                         2, "--help"},
+    {"PasswordInTheWrongPlace", "velagnss ports ntrip://me:se/cret@h/M",            2, "not expected: ntrip://me:xxxxxxx@h/M;"},
     {"UnknownCommand",      "velagnss decod x",                                 2, "unknown command 'decod' (did you mean 'decode'?); see 'velagnss --help'"},
     {"UnknownGlobalOption", "velagnss --colour decode $S",                      2, "unknown option '--colour'"},
     {"OptionAlone",         "velagnss -o",                                      2, "unknown option '-o'; see 'velagnss --help'"},

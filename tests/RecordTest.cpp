@@ -477,6 +477,15 @@ TEST_F(Recordings, AFileThatIsBeingWrittenIsLeftToItsProgram) {
   EXPECT_EQ(Slurp(m_directory / "x_2.bin"), "other");
 }
 
+// A link in the place of what an earlier run left may lead to any file of the user.
+TEST_F(Recordings, LinksAreNotMended) {
+  Write("mine", "not a recording");
+  for (const char* link : {"x.bin.gz.part", "x_2.bin.gz.part.idx"})
+    std::filesystem::create_symlink("mine", m_directory / link);
+  EXPECT_EQ(Run("printf '$' | velagnss record - -o x.bin.gz").code, 0);
+  EXPECT_EQ(Slurp(m_directory / "mine"), "not a recording");
+}
+
 TEST_F(Recordings, AHangupBeginsAnotherFile) {
   PipedProgram program(m_directory, {"record", "-", "-o", "x.bin"});
   program.Send(kFrame);

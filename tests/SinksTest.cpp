@@ -224,6 +224,15 @@ TEST_F(Sinks, FilesWaitForTheirReaders) {
   EXPECT_EQ(m_to.Judge(), Host::eExitOk);
 }
 
+// One that can never take anything holds no file up.
+TEST_F(Sinks, OneThatFailsIsNotWaitedFor) {
+  Open("serial:///dev/null?queue=1", false);
+  for (int i = 0; i < 3; ++i) Put(kLines);
+  EXPECT_FALSE(m_to.WantsMore());
+  m_to.Finish();
+  EXPECT_EQ(m_to.Judge(), Host::eExitOutput);
+}
+
 TEST_F(Sinks, TooManyClientsAreTurnedAway) {
   const int port = FreePort();
   Open(fmt::format("tcp-listen://:{}?clients=1", port));
@@ -278,6 +287,7 @@ const S_WrongTo kWrongTo[] = {
      "ntrip-push://me:secret@h:2101/M?version=3",
      {},
      "ntrip-push://h:2101/M: version must be 1 or 2"},
+    {"PasswordWithSlash", "ntrip-push://me:sec/secret@h:2101/M", {}, "ntrip-push://...: has an '@'"},
     {"NoMount", "ntrip-caster://:2101", {}, "has no path"},
     {"RawOfSeveral", "raw:out", {.isOne = false}, "is for a single source"},
     {"RawWithFilter", "raw:out", {.isSelected = true}, "takes no filter"},

@@ -137,12 +137,18 @@ class NtripTest(harness.Case):
                 program.end()
                 self.assert_objects(program.frames(), [] if text else self.expected)
 
+    # Also with an interface behind the address, which no certificate names.
     def test_name_that_the_certificate_is_not_for(self):
-        running = self.run_caster("--tls", self.where, "--tls-names", "DNS:other.example", data=self.data)
-        source = running.address(scheme="ntrips") + f"?ca={self.where}/cert.pem"
-        program = self.run_program("decode", "--events", source)
-        program.wait(lambda p: p.changes("refused") or p.changes("lost"))
-        self.assertRegex(program.changes()[-1]["text"], "certificate|name")
+        hosts = [("127.0.0.1", "127.0.0.1")]
+        if pathlib.Path("/proc/net/if_inet6").exists():
+            hosts.append(("::1", "[::1%1]"))
+        for bound, host in hosts:
+            running = self.run_caster("--tls", self.where, "--tls-names", "DNS:other.example", "--bind", bound,
+                                      data=self.data)
+            source = f"ntrips://{host}:{running.port}/BASE?ca={self.where}/cert.pem"
+            program = self.run_program("decode", "--events", source)
+            program.wait(lambda p: p.changes("refused") or p.changes("lost"))
+            self.assertRegex(program.changes()[-1]["text"], "certificate|name")
 
     def test_plain_and_tls_mistaken(self):
         plain, secured = self.run_caster(), self.run_caster("--tls", self.where)

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstring>
 #include <optional>
 #include <span>
 #include <sstream>
@@ -24,6 +25,7 @@
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
+#include "apps/velagnss/os/HidePassword.h"
 #include "apps/velagnss/sinks/OutputRun.h"
 #include "apps/velagnss/text/EditDistance.h"
 
@@ -155,18 +157,6 @@ std::string WhatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
   return plain.value_or(error.what());
 }
 
-// Whoever lists the processes of the machine sees these words: the passwords of addresses are painted over.
-void HidePasswords(std::span<char* const> words) {
-  for (char* const word : words) {
-    const std::string_view text = word;
-    const std::size_t account = text.find("://");
-    if (account == std::string_view::npos) continue;
-    const std::size_t at = text.substr(0, text.find('/', account + 3)).rfind('@');
-    const std::size_t colon = text.find(':', account + 3);
-    if (at != std::string_view::npos && colon < at) std::fill(word + colon + 1, word + at, 'x');
-  }
-}
-
 }  // namespace
 
 C_CommandLine::C_CommandLine() : m_app(std::make_unique<CLI::App>(kDescription, "velagnss")) {
@@ -202,7 +192,8 @@ int C_CommandLine::Run(int argc, char** argv) {
     if (unknown) return ReportUsage("", WrongWord(*unknown));
     return ReportUsage(ChosenCommand(*m_app), WhatIsWrong(*m_app, error));
   }
-  HidePasswords({argv, static_cast<std::size_t>(argc)});
+  // Whoever lists the processes of the machine sees these words.
+  for (char* const word : std::span(argv, static_cast<std::size_t>(argc))) HidePassword({word, std::strlen(word)});
   if (m_isQuiet) SetVerbosity(eVerbosity::Quiet);
   if (m_isVerbose) SetVerbosity(eVerbosity::Verbose);
   for (const auto& [arguments, command] : m_commands)

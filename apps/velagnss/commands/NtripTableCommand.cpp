@@ -136,17 +136,19 @@ constexpr S_ShownColumn kShownColumns[] = {
 
 using t_Line = std::vector<std::string>;
 
-// Each column is as wide as its widest text. All but the first, the name to ask for, are cut beyond a limit.
+// Each column is as wide as its widest text, up to a limit. What is longer is cut, but for the first, the name to ask
+// for.
 std::string Aligned(const std::vector<t_Line>& lines) {
   constexpr std::size_t kWidest = 24;
+  constexpr std::size_t kWidestName = 100;  // every line is filled up to it
   std::vector<std::size_t> widths(lines[0].size());
   for (const t_Line& line : lines)
     for (std::size_t i = 0; i < line.size(); ++i)
-      widths[i] = std::max(widths[i], i == 0 ? line[i].size() : std::min(line[i].size(), kWidest));
+      widths[i] = std::max(widths[i], std::min(line[i].size(), i == 0 ? kWidestName : kWidest));
   std::string text;
   for (const t_Line& line : lines) {
     for (std::size_t i = 0; i < line.size(); ++i)
-      fmt::format_to(std::back_inserter(text), "{:<{}.{}}  ", line[i], widths[i], widths[i]);
+      fmt::format_to(std::back_inserter(text), "{:<{}.{}}  ", line[i], widths[i], i == 0 ? line[i].size() : widths[i]);
     text.erase(text.find_last_not_of(' ') + 1);
     text += '\n';
   }

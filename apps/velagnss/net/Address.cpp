@@ -120,6 +120,8 @@ std::string ReadAddress(std::string_view text, S_Address& address) {
   std::string_view rest = text.substr(at + kSeparator.size());
   const std::string_view query = CutAt(rest, '?');
   std::string_view authority = rest.substr(0, rest.find('/'));
+  if (!authority.empty() && text.find('@', at + kSeparator.size() + authority.size()) != std::string_view::npos)
+    return "has an '@' after a '/' or '?'; in a user or password write these as %2F and %3F, and another '@' as %40";
   address.path = Decoded(rest.substr(authority.size()));
   if (std::string error = ReadOptions(query, address); !error.empty()) return error;
   ReadAccount(authority, address);

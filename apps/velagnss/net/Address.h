@@ -30,7 +30,8 @@ struct S_Address {
 bool IsAddress(std::string_view text);
 
 // Returns an error text, empty when `text` has been read. Control characters are refused wherever they are: they would
-// otherwise find their way into requests.
+// otherwise find their way into requests. So is an '@' where it may end a password with a '/' or '?' in it, the parts
+// of which would otherwise be taken for port and path, and be shown.
 std::string ReadAddress(std::string_view text, S_Address& address);
 
 }  // namespace Host

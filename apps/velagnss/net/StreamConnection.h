@@ -89,6 +89,8 @@ C_Transport::S_Read C_StreamConnection<Stream>::Read(C_Await::t_Time deadline) {
   S_State& state = *m_state;
   if (!state.isReading && !state.readError) state.BeginRead();
   if (!m_await.Until(deadline, [&state] { return !state.isReading || state.writeError; })) return {};
+  // What the other side sent before it went away is still there.
+  if (state.isReading) m_await.Until(C_Await::t_Clock::now(), [&state] { return !state.isReading; });
   if (!state.isReading && !state.readError) return {std::span(state.buffer).first(state.numRead), false, {}};
   if (state.readError == asio::error::eof) return {{}, true, {}};
   return {{}, false, (state.readError ? state.readError : state.writeError).message()};

@@ -40,18 +40,17 @@ std::string SetUpContext(const S_TlsOptions& options, asio::ssl::context& contex
   return error ? fmt::format("cannot read the trusted certificates: {}", error.message()) : std::string();
 }
 
-// Certificates name machines or addresses. Only a name may be sent in the clear (RFC 6066, 3), which a server with
-// several certificates needs.
-void SetPeer(SSL* tls, const std::string& host) {
+// Certificates name machines or addresses, these without the interface of a link-local one ("fe80::1%eth0"). Only a
+// name may be sent in the clear (RFC 6066, 3), which a server with several certificates needs. False: what the
+// certificate must name could not be set, and any would do.
+bool SetPeer(SSL* tls, const std::string& host) {
   asio::error_code isName;
   asio::ip::make_address(host, isName);
-  if (!isName) {
-    ::X509_VERIFY_PARAM_set1_ip_asc(::SSL_get0_param(tls), host.c_str());
-    return;
-  }
-  ::SSL_set1_host(tls, host.c_str());
+  if (!isName)
+    return ::X509_VERIFY_PARAM_set1_ip_asc(::SSL_get0_param(tls), host.substr(0, host.find('%')).c_str()) == 1;
   std::string name = host;  // the macro for this has a cast that our warnings refuse
-  ::SSL_ctrl(tls, SSL_CTRL_SET_TLSEXT_HOSTNAME, TLSEXT_NAMETYPE_host_name, name.data());
+  return !host.empty() && ::SSL_set1_host(tls, host.c_str()) == 1 &&
+         ::SSL_ctrl(tls, SSL_CTRL_SET_TLSEXT_HOSTNAME, TLSEXT_NAMETYPE_host_name, name.data()) == 1;
 }
 
 std::string HandshakeError(SSL* tls, const asio::error_code& error) {
@@ -103,7 +102,7 @@ std::string C_TlsTransport::Connect(const std::string& host, const std::string& 
 
 std::string C_TlsTransport::ShakeHands(const std::string& host, C_Await::t_Time deadline) {
   S_TlsStream& stream = m_connection->Get();
-  SetPeer(stream.native_handle(), host);
+  if (!SetPeer(stream.native_handle(), host)) return fmt::format("TLS: no certificate can name '{}'", host);
   const asio::error_code error = m_await.Operation(
       deadline, [&](const C_Await::t_Handler& done) { stream.async_handshake(asio::ssl::stream_base::client, done); },
       [&] { m_connection->Close(); });

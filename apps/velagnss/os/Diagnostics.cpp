@@ -8,6 +8,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <span>
+
+#include "apps/velagnss/os/HidePassword.h"
 
 namespace Host {
 namespace {
@@ -54,12 +57,21 @@ std::size_t Columns() {
   return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
 }
 
+// Addresses also get here as arguments that are in the wrong place, and as names of files.
+void HidePasswords(std::string& message) {
+  for (std::size_t begin = 0, end = 0; begin < message.size(); begin = end + 1) {
+    end = std::min(message.find_first_of(" '", begin), message.size());
+    HidePassword(std::span(message).subspan(begin, end - begin));
+  }
+}
+
 // The progress line is cleared first, or the message would be appended to it.
 void Report(std::string_view kind, const S_Color& color, std::string_view message) {
   ShowProgressLine({});
   const bool isColored = UsesColor() && !kind.empty();
-  WriteToError(fmt::format("velagnss: {}{}{}{}\n", isColored ? color.on : "", kind, isColored ? color.off : "",
-                           Printable(message)));
+  std::string shown = Printable(message);
+  HidePasswords(shown);
+  WriteToError(fmt::format("velagnss: {}{}{}{}\n", isColored ? color.on : "", kind, isColored ? color.off : "", shown));
 }
 
 }  // namespace
@@ -89,6 +101,15 @@ std::string Printable(std::string_view text) {
     printable += isPlain ? std::string(1, character) : fmt::format("\\x{:02x}", byte);
   }
   return printable;
+}
+
+void HidePassword(std::span<char> word) {
+  const std::string_view text(word.data(), word.size());
+  const std::size_t account = text.find("://");
+  const std::size_t at = text.rfind('@');
+  if (account == std::string_view::npos || at == std::string_view::npos) return;
+  const std::size_t colon = text.find(':', account + 3);
+  if (colon < at) std::fill(word.data() + colon + 1, word.data() + at, 'x');
 }
 
 bool IsErrorATerminal() {

@@ -19,6 +19,9 @@ constexpr unsigned int kKindShift = 28;
 constexpr std::size_t kHeadChecked = 28;    // bytes before the checksum
 constexpr std::size_t kRecordChecked = 12;  // likewise
 
+// Times beyond it, which nothing was recorded at, would overflow where pauses are computed.
+constexpr t_RecordTime kLastTime = std::chrono::sys_days(std::chrono::year(2200) / 1 / 1);
+
 template <class Number>
 void AppendNumber(std::string& bytes, Number number) {
   for (std::size_t i = 0; i < sizeof(Number); ++i) bytes += static_cast<char>((number >> (8 * i)) & 0xFF);
@@ -58,6 +61,7 @@ std::optional<S_IndexRecord> ReadRecord(std::string_view bytes, std::uint32_t sa
   const std::uint32_t kind = word >> kKindShift;
   if (kind > static_cast<std::uint32_t>(S_IndexRecord::eKind::End)) return std::nullopt;
   const auto time = static_cast<std::int64_t>(ReadNumber<std::uint64_t>(bytes, 0));
+  if (time < 0 || time > kLastTime.time_since_epoch().count()) return std::nullopt;
   return S_IndexRecord{t_RecordTime(std::chrono::microseconds(time)), S_IndexRecord::eKind{static_cast<uint8_t>(kind)},
                        word & S_IndexRecord::kMaxLength};
 }
@@ -139,7 +143,7 @@ bool MendIndex(const std::string& name, std::uint64_t dataSize) {
   C_IndexReader index;
   if (!index.Open(name)) return true;
   const S_Agreement good = FindAgreement(index, dataSize);
-  const C_FileDescriptor file(::open(name.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+  const C_FileDescriptor file(::open(name.c_str(), O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC));
   if (!file.IsOpen() || ::ftruncate(file.Get(), static_cast<off_t>(good.size)) != 0) return false;
   std::string records;
   for (std::uint64_t left = dataSize - std::min(dataSize, good.dataSize); left > 0;) {

@@ -109,8 +109,8 @@ std::shared_ptr<C_RecordFile> C_RecordFile::Create(const std::string& name, bool
   std::shared_ptr<C_RecordFile> file(new C_RecordFile(name, isCompressed, now));
   file->m_data = CreatePart(file->m_name);
   if (!file->m_data.IsOpen()) return nullptr;
-  file->m_index = C_FileDescriptor(
-      ::open(IndexName(PartName(file->m_name)).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, kNewFile));
+  file->m_index = C_FileDescriptor(::open(IndexName(PartName(file->m_name)).c_str(),
+                                          O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_NOFOLLOW | O_CLOEXEC, kNewFile));
   file->AppendToIndex(EncodeIndexHead({IsClockSet(now.utc), file->m_salt}));
   return file;
 }
@@ -292,8 +292,11 @@ std::uint64_t MendData(int file, bool isCompressed) {
 
 std::optional<S_Adopted> AdoptPart(const fs::path& path) {
   const std::string& part = path.native();
-  const C_FileDescriptor file(::open(part.c_str(), O_RDWR | O_CLOEXEC));
-  if (!file.IsOpen() || ::flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
+  // In a directory that others can write to, a link may lead to any file of ours, which mending would cut.
+  const C_FileDescriptor file(::open(part.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat status {};
+  if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  if (::flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
   S_Adopted adopted;
   adopted.name = part.substr(0, part.size() - kPartEnding.size());
   adopted.size = MendData(file.Get(), adopted.name.ends_with(kPackedEnding));

@@ -11,6 +11,9 @@ namespace {
 
 constexpr std::size_t kReadSize = 1 << 16;  // bytes, and the most that a piece has
 
+// Of a recording: a damaged or forged index must not make the sum of its pauses overflow.
+constexpr std::chrono::microseconds kLongest = std::chrono::years(100);
+
 }  // namespace
 
 C_ReplayReader::C_ReplayReader(std::vector<std::string> files, t_MaxGap maxGap)
@@ -66,7 +69,7 @@ void C_ReplayReader::Give(std::size_t size, S_ReplayPiece& piece) {
 void C_ReplayReader::Advance(t_RecordTime time) {
   if (m_time) {
     const auto pause = std::max(time - *m_time, std::chrono::microseconds(0));
-    m_at += m_maxGap ? std::min(pause, *m_maxGap) : pause;
+    m_at = std::min(m_at + (m_maxGap ? std::min(pause, *m_maxGap) : pause), kLongest);
   }
   m_time = time;
 }

@@ -24,7 +24,8 @@ C_ReplaySource::C_ReplaySource(S_ReplayOptions options)
 t_SteadyTime C_ReplaySource::DueTime() const {
   if (!m_options.speed) return m_start;
   const auto at = static_cast<double>((m_before + m_piece.at).count()) / *m_options.speed;
-  return m_start + microseconds(static_cast<std::int64_t>(at));
+  constexpr double kNever = 3e15;  // a hundred years, which the clock can still be ahead of
+  return m_start + microseconds(static_cast<std::int64_t>(std::min(at, kNever)));
 }
 
 // A time that is over makes the timer readable at once, but a time of 0 would switch it off.

@@ -110,7 +110,7 @@ void C_Destinations::Put(eUnits units, const t_Piece& piece) {
 void C_Destinations::Settle() {
   const auto hasRoom = [this] {
     return std::none_of(m_destinations.begin(), m_destinations.end(),
-                        [](const S_Destination& destination) { return destination.sink->IsFull(); });
+                        [](const S_Destination& d) { return d.sink->IsFull() && !d.sink->HasEnded(); });
   };
   if (SignalReceived() == 0 && !hasRoom()) m_thread->WaitFor(hasRoom, t_Clock::time_point::max());
   m_thread->ShowMessages();
@@ -125,7 +125,7 @@ bool C_Destinations::WantsMore() const {
 
 bool C_Destinations::AreFinished() const {
   return std::all_of(m_destinations.begin(), m_destinations.end(),
-                     [](const S_Destination& destination) { return destination.sink->IsFinished(); });
+                     [](const S_Destination& d) { return d.sink->IsFinished() || d.sink->HasEnded(); });
 }
 
 std::vector<S_SinkTotals> C_Destinations::Totals() const {

@@ -85,7 +85,8 @@ std::string Redirect(const S_Address& from, std::string_view location, S_Address
     return {};
   }
   S_Address read;
-  if (!ReadAddress(location, read).empty()) return fmt::format("moved to '{}', which is not an address", shown);
+  const std::string noAddress = fmt::format("moved to '{}', which is not an address", shown);
+  if (!ReadAddress(location, read).empty()) return noAddress;
   for (const S_SchemePair& pair : kSchemes)
     if (read.scheme == pair.web) {
       read.scheme = pair.ntrip;
@@ -93,6 +94,7 @@ std::string Redirect(const S_Address& from, std::string_view location, S_Address
     }
   read = WithNtripPort(read);
   if (read.scheme != from.scheme) return fmt::format("moved to '{}': another scheme is not followed", shown);
+  if (read.host.empty()) return noAddress;  // it would be this machine
   const bool isSameServer = InLowerCase(read.host) == InLowerCase(from.host) && read.port == from.port;
   if (!isSameServer && !from.user.empty())
     return fmt::format("moved to '{}': another server does not get the password", shown);

@@ -132,7 +132,7 @@ const S_TableRow* S_SourceTable::Find(std::string_view mount) const {
 
 S_SourceTable ReadSourceTable(std::string_view text) {
   S_SourceTable table;
-  while (!text.empty() && !table.isComplete) {
+  while (!text.empty() && !table.isComplete && table.rows.size() < kMaxTableRows) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     const std::string_view line = Trimmed(text.substr(0, end));
     table.isComplete = line == kLastLine;

@@ -15,6 +15,7 @@
 namespace Host {
 
 inline constexpr std::size_t kMaxSourceTable = std::size_t{4} << 20;
+inline constexpr std::size_t kMaxTableRows = 50'000;  // in memory, a row of five bytes takes a hundred times as many
 
 struct S_TableColumn {
   enum class eKind { Text, Number, Flag };

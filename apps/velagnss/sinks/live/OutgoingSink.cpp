@@ -97,10 +97,12 @@ void C_OutgoingSink::OnLost(const std::string& why) {
     m_await.Stop();
     return NoteFinished();
   }
+  m_hasData = !m_queue->IsEmpty();
   m_await.Post([this, why] { m_loss = S_LinkFailure{S_LinkFailure::eKind::Lost, why, {}}; });
 }
 
 void C_OutgoingSink::OnPiece(const t_Piece& piece) {
+  if (m_hasFailed) return m_queue->Clear();  // nobody will ever take what waits
   if (m_outlet != nullptr) {
     m_outlet->Put(piece);
   } else if (!m_queue->Add(piece, t_Clock::now())) {

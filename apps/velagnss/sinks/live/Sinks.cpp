@@ -95,8 +95,9 @@ bool IsBetween(const std::string& value, std::size_t least, std::size_t most) {
 std::string CheckDestination(const std::string& destination) {
   if (!IsAddress(destination)) return {};
   S_Address address;
-  std::string error = ReadAddress(destination, address);
-  if (error.empty()) error = CheckKind(address);
+  if (const std::string error = ReadAddress(destination, address); !error.empty())
+    return fmt::format("{}://...: {}", address.scheme, error);
+  const std::string error = CheckKind(address);
   return error.empty() ? error : fmt::format("{}: {}", address.Shown(), error);
 }
 
