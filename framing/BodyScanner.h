@@ -103,7 +103,7 @@ class C_BodyScanner {
   unsigned int FirstMark(unsigned int first, const unsigned char* bytes, unsigned int end);
   // Whether the bytes from the oldest one on have not been searched for the mark.
   bool IsUnknown(eMark mark) const { return m_unmarkedTo[static_cast<unsigned int>(mark)] <= m_queue.Position(); }
-  // Whether all that is queued is content, which no byte from `least` on ends.
+  // Whether all that is queued is content: bytes of `least` and above never end it.
   template <eMark kMark>
   eVerdict GlanceAtContent(eBody body, unsigned int limit, unsigned char least);
   // Judges a sentence by its first control character; `sumOf(end)` is the sum of its content.

@@ -36,7 +36,7 @@ inline void CopyShort(unsigned char* to, const unsigned char* from, std::size_t 
 }
 
 inline void CopyBytes(unsigned char* to, const unsigned char* from, std::size_t count) {
-  if (count - 1 < kShortCopy) {
+  if (count - 1 < kShortCopy) {  // not 0: that wraps round
     CopyShort(to, from, count);
   } else {
     std::memcpy(to, from, count);

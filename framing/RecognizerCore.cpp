@@ -395,7 +395,7 @@ eRecognitionResult C_RecognizerCore::LookAsUnlisted(eRecognitionResult result, b
   m_listedResult = result;
   m_state = eBodyWait;
   m_lastScanCount = kStepAgain;
-  // A line that failed otherwise than in the search has been asked for its end before.
+  // Whether a line that failed in any other way lacks its end has been asked before (`MayBeUnlisted`).
   const bool isLine = m_frame.message.protocol == C_RawDataMessage::eNMEA0183;
   if (!isLine || result != eRecSearching || !m_scanner.LacksSentenceEnd()) return StepBodyWait(message);
   const eRecognitionResult rejected = Conclude(eVerdict::Rejected);

@@ -58,7 +58,7 @@ bool FindUsual(double magnitude, S_Decimal& decimal) {
   const auto low = static_cast<std::uint64_t>(exact);
   const std::uint64_t digits = high << (64 - shift) | low >> shift;
   const std::uint64_t rest = low & (one - 1);
-  std::uint64_t fraction = digits + ((rest + one / 2 - 1 + digits % 2) >> shift);  // of two as near the even one
+  std::uint64_t fraction = digits + ((rest + one / 2 - 1 + digits % 2) >> shift);  // a tie goes to the even one
 
   const std::uint64_t halfway = unit / 2;  // to the next double, measured as `rest` is
   const std::uint64_t lastDigit = digits % 10;
@@ -69,8 +69,8 @@ bool FindUsual(double magnitude, S_Decimal& decimal) {
   return true;
 }
 
-// Below 1, what was a number of up to four decimals. No other one of up to 15 digits reads as the same number, so none
-// can be shorter.
+// Below 1, a number that was written with up to four decimals. No other number of up to 15 digits reads back as the
+// same double, so none can be shorter.
 bool FindSmall(double magnitude, S_Decimal& decimal) {
   constexpr double kScale = 1e4;
   constexpr double kLeast = 1e-3;  // below it, an exponent is shorter: "1e-04"
@@ -130,7 +130,7 @@ char* WriteShortest(char* out, double value) {
   constexpr std::uint32_t kManyZeros = 100'000;  // shorter with an exponent: "1e+05"
   if (!isFound || (decimal.fraction == 0 && decimal.whole % kManyZeros == 0))
     return std::to_chars(out, out + kShortestSize, value).ptr;
-  *out = '-';
+  *out = '-';  // written over unless the value is negative
   return WriteDecimal(out + (value < 0 ? 1 : 0), decimal);
 }
 
