@@ -6,6 +6,7 @@
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/input/SourceLoop.h"
 #include "apps/velagnss/input/live/Links.h"
+#include "apps/velagnss/net/ntrip/HttpHead.h"
 #include "apps/velagnss/record/ReplaySource.h"
 #include "apps/velagnss/relay/RelayJob.h"
 #include "apps/velagnss/sinks/OutputRun.h"
@@ -72,7 +73,7 @@ void C_ReplayCommand::Declare(CLI::App& app) {
 // Empty when there is none.
 std::string C_ReplayCommand::Objection() const {
   if (!m_to.empty() && !m_output.empty()) return "-o and --to exclude each other; write --to raw:FILE in place of -o";
-  const auto isPush = [](const std::string& to) { return to.find("ntrip-push") != std::string::npos; };
+  const auto isPush = [](const std::string& to) { return InLowerCase(to).find("ntrip-push://") != std::string::npos; };
   if (!m_mayPush && std::any_of(m_to.begin(), m_to.end(), isPush))
     return "readers of a caster would take a replay for live data; --allow-push permits it";
   if (std::any_of(m_options.files.begin(), m_options.files.end(), &IsLive))

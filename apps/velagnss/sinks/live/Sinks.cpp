@@ -6,6 +6,7 @@
 #include <iterator>
 #include <vector>
 
+#include "apps/velagnss/net/ntrip/HttpHead.h"
 #include "apps/velagnss/sinks/live/FileSink.h"
 #include "apps/velagnss/sinks/live/ListenSink.h"
 #include "apps/velagnss/sinks/live/NtripCasterSink.h"
@@ -101,7 +102,9 @@ std::string CheckDestination(const std::string& destination) {
   return error.empty() ? error : fmt::format("{}: {}", address.Shown(), error);
 }
 
-bool IsNtrip(const std::string& destination) { return IsAddress(destination) && destination.starts_with("ntrip"); }
+bool IsNtrip(const std::string& destination) {
+  return IsAddress(destination) && InLowerCase(destination).starts_with("ntrip");
+}
 
 std::string DestinationForms() {
   return JoinNames(
