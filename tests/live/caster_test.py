@@ -81,6 +81,7 @@ class CasterTest(harness.Case):
         running = self.run_caster("--after", "1000", "--heal", "1", "--resume", "--at-end", "close", data=self.DATA)
         parts = [read_all(ask(running, "close"))[0][len(caster.ICY):] for _ in range(2)]
         self.assertEqual(b"".join(parts), self.DATA)
+        running.wait_for_event("served", 2)
         self.assertEqual([len(part) for part in parts], [event["sent"] for event in running.events("served")])
 
     def test_positions_and_departures_are_reported(self):
