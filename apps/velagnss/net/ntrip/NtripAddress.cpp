@@ -85,7 +85,7 @@ std::string Redirect(const S_Address& from, std::string_view location, S_Address
     return {};
   }
   S_Address read;
-  const std::string noAddress = fmt::format("moved to '{}', which is not an address", shown);
+  std::string noAddress = fmt::format("moved to '{}', which is not an address", shown);
   if (!ReadAddress(location, read).empty()) return noAddress;
   for (const S_SchemePair& pair : kSchemes)
     if (read.scheme == pair.web) {
