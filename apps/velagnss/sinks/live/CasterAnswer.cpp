@@ -70,7 +70,7 @@ S_CasterAnswer AnswerTo(const S_HttpHead& request, const S_CasterView& view) {
   if (mount.empty()) return {.text = isV2 ? TableV2(view) : TableV1(view)};
   if (!view.hasMount(mount)) return {.text = isV2 ? HttpText("404 Not Found", view.date, {}, {}) : TableV1(view)};
   if (!view.mayRead(mount, request.Field("authorization")))
-    return {.text = Denied(mount, view.date), .isDenied = true, .mount = std::move(mount)};
+    return {.text = Denied(mount, view.date), .isDenied = true, .mount = mount};
   const bool usesChunks = isV2 && !request.isHttp10;
   return {.text = isV2 ? StreamHeadV2(view.date, usesChunks) : "ICY 200 OK\r\n\r\n",
           .isStream = true,
