@@ -33,8 +33,8 @@ constexpr S_Relay kRelays[] = {
     {"OntoItself", "cp $S a; velagnss relay a --to raw:a", 2, "", "is also an input"},
     {"NothingRecognized", "echo hello | velagnss relay --to frames", 1, "", "no frame"},
     {"SignalWhileItWaits",
-     "velagnss relay $S --wait-clients 1 --to unix-listen://$PWD/s & until [ -S s ]; do sleep 0.01; done;"
-     "kill -TERM $!; wait $!",
+     VELAGNSS_PROGRAM " relay $S --wait-clients 1 --to unix-listen://$PWD/s & until [ -S s ]; do sleep 0.01; done;"
+                      "kill -TERM $!; wait $!",
      143, "", ""},
 };
 
