@@ -26,6 +26,7 @@ import unittest
 HERE = pathlib.Path(__file__).resolve().parent
 SESSION = HERE.parent.parent / "samples/session.bin"
 PROGRAM = os.environ.get("VELAGNSS_PROGRAM", "velagnss")
+IS_SANITIZED = b"__asan_init" in pathlib.Path(shutil.which(PROGRAM) or PROGRAM).read_bytes()  # freed memory is kept
 PATIENCE = 20.0  # seconds until a line that must come has not come; long, because the machine may be busy
 
 
