@@ -31,6 +31,7 @@ constexpr S_Relay kRelays[] = {
     {"WrongDestination", "velagnss relay $S --to tcp://nowhere", 2, "", "tcp://nowhere: has no port"},
     {"FullDisk", "velagnss relay $S --to /dev/full --to b; code=$?; cmp b $S && exit $code", 4, "", "No space left"},
     {"OntoItself", "cp $S a; velagnss relay a --to raw:a", 2, "", "is also an input"},
+    {"Empty", ": >e; velagnss relay e --to frames", 1, "", "is empty"},
     {"NothingRecognized", "echo hello | velagnss relay --to frames", 1, "", "no frame"},
     {"SignalWhileItWaits",
      VELAGNSS_PROGRAM " relay $S --wait-clients 1 --to unix-listen://$PWD/s & until [ -S s ]; do sleep 0.01; done;"

@@ -96,8 +96,8 @@ eExitCode C_RelayCommand::Judge(const std::deque<C_RelayJob>& jobs, const C_Dest
   }
   ReportDetail(fmt::format("{} and {} relayed", Counted(bytes, "byte"), Counted(frames, "frame")));
   const bool needsFrames = destinations.Units() != std::set{eUnits::Raw};
-  if (frames > 0 || bytes == 0 || !needsFrames) return code;
-  ReportNoFrame(InputsText(m_stream.input), bytes);
+  if (frames > 0 || !needsFrames) return code;
+  if (bytes > 0) ReportNoFrame(InputsText(m_stream.input), bytes);
   return std::max(code, eExitData);
 }
 

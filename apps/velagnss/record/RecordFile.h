@@ -85,7 +85,7 @@ class C_RecordFile {
 };
 
 // Brings a file that was being written when the program stopped to a good end: a compressed one is cut after its last
-// whole member, its index is mended, and it gets its final name. Nothing when another program still writes it;
+// whole member, its index is repaired, and it gets its final name. Nothing when another program still writes it;
 // otherwise the name, empty when there was nothing in it.
 struct S_Adopted {
   std::string name;
