@@ -33,6 +33,7 @@ enum class eVerdict {
   Rejected,   // too long, or a byte that cannot be
   GivenUp,    // as Rejected, but not counted as a bad frame: an acknowledgement without end
   ShortLine,  // a checked sentence that ends below the least length of its kind; ShortLine() has its length
+  Undecided,  // only of a glance: a scan decides
 };
 
 // Scans by the rule of the body's shape. There are two kinds: a length that is known from the start, and bytes up to an
@@ -46,8 +47,8 @@ class C_BodyScanner {
   // Looks at the queued bytes as a body of this shape, whatever frame is in progress.
   eVerdict Scan(eBody body);
 
-  // Glances decide the usual cases only: a whole sentence with the right checksum, and a body that is good so far.
-  // After `Rejected`, a scan decides. A sentence that may be queued as a whole, as most are in large pieces, takes the
+  // Glances decide the usual cases only: a whole sentence with the right checksum, and a body that is good so far. A
+  // sentence that may be queued as a whole, as most are in large pieces, takes the
   // glance at a line.
   bool MayHoldLine() const;
   eVerdict GlanceAtLine();
@@ -178,7 +179,7 @@ inline eVerdict C_BodyScanner::JudgeEnd(const unsigned char* bytes, unsigned int
   unsigned int sum = 0;
   if (end + 1 < least || end >= Limit() || !IsLineEnd(bytes[end]) || bytes[end - 3] != '*' ||
       !ReadHex(&bytes[end - 2], 2, sum) || sum != sumOf(end))
-    return eVerdict::Rejected;
+    return eVerdict::Undecided;
   m_frame.message.length = static_cast<unsigned short>(end + 1);
   return eVerdict::Complete;
 }
@@ -192,37 +193,37 @@ inline bool C_BodyScanner::MayHoldLine() const {
 inline eVerdict C_BodyScanner::GlanceAtLine() {
   const unsigned char* const bytes = m_queue.Bytes();
   const S_Line line = ReadLine(bytes);
-  if (line.end == kLineWindow) return eVerdict::Rejected;
+  if (line.end == kLineWindow) return eVerdict::Undecided;
   m_unmarkedTo[static_cast<unsigned int>(eMark::Control)] = m_queue.Position() + line.end;
   return JudgeEnd(bytes, line.end, [&line](unsigned int) { return line.sum; });
 }
 #else
 inline bool C_BodyScanner::MayHoldLine() const { return false; }
-inline eVerdict C_BodyScanner::GlanceAtLine() { return eVerdict::Rejected; }
+inline eVerdict C_BodyScanner::GlanceAtLine() { return eVerdict::Undecided; }
 #endif
 
 // Bytes that were searched for a false start before this one mostly do not hold a sentence.
 inline eVerdict C_BodyScanner::GlanceAtText() {
-  if (m_examined == 0 ? !IsUnknown(eMark::Control) : m_examinedAs != eBody::Text) return eVerdict::Rejected;
+  if (m_examined == 0 ? !IsUnknown(eMark::Control) : m_examinedAs != eBody::Text) return eVerdict::Undecided;
   const unsigned char* const bytes = m_queue.Bytes();
   const unsigned int queued = m_queue.Queued();
   const unsigned int limit = Limit();
   const unsigned int at = FirstMark<eMark::Control>(0, bytes, queued);
   if (at < queued) return JudgeEnd(bytes, at, [bytes](unsigned int end) { return XorOf(bytes + 1, end - 4); });
-  return queued < limit ? AwaitMore(eBody::Text, limit, kFirstPrintable) : eVerdict::Rejected;
+  return queued < limit ? AwaitMore(eBody::Text, limit, kFirstPrintable) : eVerdict::Undecided;
 }
 
 template <eMark kMark>
 inline eVerdict C_BodyScanner::GlanceAtContent(eBody body, unsigned int limit, unsigned char least) {
-  if (m_examined != 0 && m_examinedAs != body) return eVerdict::Rejected;
+  if (m_examined != 0 && m_examinedAs != body) return eVerdict::Undecided;
   const unsigned int queued = m_queue.Queued();
   const bool isContent = queued < limit && FirstMark<kMark>(0, m_queue.Bytes(), queued) >= queued;
-  return isContent ? AwaitMore(body, limit, least) : eVerdict::Rejected;
+  return isContent ? AwaitMore(body, limit, least) : eVerdict::Undecided;
 }
 
 inline eVerdict C_BodyScanner::GlanceAtRtcm() {
   const unsigned int limit = Limit();
-  return m_queue.Queued() < limit ? AwaitMore(eBody::Rtcm, limit, 0) : eVerdict::Rejected;
+  return m_queue.Queued() < limit ? AwaitMore(eBody::Rtcm, limit, 0) : eVerdict::Undecided;
 }
 
 }  // namespace velagnss::framing
