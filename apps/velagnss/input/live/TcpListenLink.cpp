@@ -22,15 +22,14 @@ class C_Door : public std::enable_shared_from_this<C_Door> {
  public:
   using t_Notice = std::function<void(const std::string& text)>;
 
-  C_Door(C_Await& await, t_Notice notice)
-      : m_acceptor(await.Context()), m_pause(await.Context()), m_notice(std::move(notice)) {}
+  C_Door(C_Await& await, t_Notice notice) : m_acceptor(await.Context()), m_notice(std::move(notice)) {}
 
   asio::error_code Listen(const tcp::endpoint& endpoint);
   void AcceptNext();
   void Shut() {
     asio::error_code ignored;
     m_acceptor.close(ignored);
-    m_pause.cancel();
+    m_pause.reset();
   }
 
   // The sender that has come, or nobody. One may wait for the present one to end: a receiver that has lost its line
@@ -49,7 +48,7 @@ class C_Door : public std::enable_shared_from_this<C_Door> {
   void TurnAway(const tcp::socket& socket);
 
   tcp::acceptor m_acceptor;
-  asio::steady_timer m_pause;
+  std::optional<asio::steady_timer> m_pause;  // whose end cancels it
   const t_Notice m_notice;
   std::optional<tcp::socket> m_newcomer;
   bool m_isOccupied = false;
@@ -88,8 +87,8 @@ void C_Door::OnAccept(const asio::error_code& error, tcp::socket socket) {
 void C_Door::TryLater(const asio::error_code& error) {
   if (!std::exchange(m_hasFailed, true))
     m_notice(fmt::format("a connection cannot be accepted: {}; trying again each second", error.message()));
-  m_pause.expires_after(std::chrono::seconds(1));
-  m_pause.async_wait([self = shared_from_this()](const asio::error_code& cancelled) {
+  m_pause.emplace(m_acceptor.get_executor(), std::chrono::seconds(1));
+  m_pause->async_wait([self = shared_from_this()](const asio::error_code& cancelled) {
     if (!cancelled) self->AcceptNext();
   });
 }

@@ -22,7 +22,7 @@ namespace {
 using eWeight = S_SinkMessage::eWeight;
 using namespace std::chrono_literals;
 
-constexpr std::size_t kMaxRequest = 8 * 1024;
+constexpr std::size_t kMaxRequest = 8192;
 constexpr auto kDenialPause = 1s;
 
 // RFC 9110, 5.6.7. The names of days and months do not depend on the locale.

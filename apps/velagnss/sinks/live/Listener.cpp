@@ -88,7 +88,7 @@ std::string MakeWayFor(const sockaddr_un& address) {
 
 C_Listener::C_Listener(asio::io_context& context) : m_context(context), m_pause(context), m_spare(Spare()) {}
 
-C_Listener::~C_Listener() { Close(); }
+C_Listener::~C_Listener() { RemoveSocketFile(); }
 
 std::string C_Listener::ListenTcp(const std::string& host, const std::string& port) {
   addrinfo hints{};
@@ -153,7 +153,12 @@ void C_Listener::Close() {
   asio::error_code ignored;
   for (const auto& socket : m_sockets) socket->close(ignored);
   m_pause.cancel();
-  if (!m_path.empty()) ::unlink(std::exchange(m_path, {}).c_str());
+  RemoveSocketFile();
+}
+
+void C_Listener::RemoveSocketFile() {
+  if (!m_path.empty()) ::unlink(m_path.c_str());
+  m_path.clear();
 }
 
 void C_Listener::Wait(t_Socket& socket) {
@@ -194,8 +199,8 @@ void C_Listener::OnFailure(int error) {
   if (std::exchange(m_isPausing, true)) return;
   m_pause.expires_after(1s);
   m_pause.async_wait([this](const asio::error_code& cancelled) {
-    m_isPausing = false;
     if (cancelled) return;
+    m_isPausing = false;
     for (const auto& socket : m_sockets) {
       socket->cancel();
       Wait(*socket);

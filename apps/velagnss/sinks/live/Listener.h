@@ -50,6 +50,7 @@ class C_Listener {
   void Accept(t_Socket& socket);
   void OnFailure(int error);
   void TurnAway(int socket);
+  void RemoveSocketFile();
 
   asio::io_context& m_context;
   asio::steady_timer m_pause;
