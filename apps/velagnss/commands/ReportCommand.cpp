@@ -6,6 +6,7 @@
 
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/pipeline/NoFrameWarning.h"
+#include "apps/velagnss/report/InputReport.h"
 #include "apps/velagnss/report/ReportJson.h"
 #include "apps/velagnss/sinks/OutputRun.h"
 
@@ -17,7 +18,7 @@ class C_ReportText : public C_TextBuffer {
  public:
   C_ReportText() { BeginReport(m_json); }
 
-  void Add(const S_InputReport& input) { WriteReportInput(m_json, input); }
+  void Add(const C_InputReport& input) { input.Write(m_json); }
 
   // Further calls do nothing: several runs share one text.
   void Finish() {
@@ -36,7 +37,7 @@ class C_ReportText : public C_TextBuffer {
 // Adds each input to the text when it has ended. It comes last among the consumers.
 class C_ReportWriter : public C_RecordConsumer {
  public:
-  C_ReportWriter(const S_InputReport& input, C_ReportText& text) : m_input(input), m_text(text) {}
+  C_ReportWriter(const C_InputReport& input, C_ReportText& text) : m_input(input), m_text(text) {}
 
   void OnFrame(const S_FrameRecord&) override {}
   void EndInput(const S_InputEnd& end) override;
@@ -44,7 +45,7 @@ class C_ReportWriter : public C_RecordConsumer {
   eExitCode Judge() const override { return m_haveAllFrames ? eExitOk : eExitData; }
 
  private:
-  const S_InputReport& m_input;
+  const C_InputReport& m_input;
   C_ReportText& m_text;
   bool m_haveAllFrames = true;  // the inputs so far
 };
@@ -52,7 +53,7 @@ class C_ReportWriter : public C_RecordConsumer {
 void C_ReportWriter::EndInput(const S_InputEnd& end) {
   m_text.Add(m_input);
   const bool hasFrames = end.reader.Totals().framesGood > 0;
-  if (!hasFrames && end.reader.BytesFed() > 0) ReportNoFrame(m_input.account.Input(), end.reader.BytesFed());
+  if (!hasFrames && end.reader.BytesFed() > 0) ReportNoFrame(m_input.Account().Input(), end.reader.BytesFed());
   m_haveAllFrames = m_haveAllFrames && hasFrames;
 }
 
@@ -61,12 +62,12 @@ struct S_Reporting {
   S_Reporting(const S_RunOptions& options, C_ReportText& text) : writer(input, text), run(options, Consumers()) {}
 
   std::vector<C_RecordConsumer*> Consumers() {
-    std::vector<C_RecordConsumer*> consumers = input.Collectors();
+    std::vector<C_RecordConsumer*> consumers = input.Consumers();
     consumers.push_back(&writer);
     return consumers;
   }
 
-  S_InputReport input;
+  C_InputReport input;
   C_ReportWriter writer;
   C_RecordRun run;
 };

@@ -2,17 +2,13 @@
 #ifndef VELAGNSS_APPS_REPORT_JSON_H
 #define VELAGNSS_APPS_REPORT_JSON_H
 
-#include "apps/velagnss/report/InputReport.h"
 #include "apps/velagnss/text/JsonWriter.h"
 
 namespace Host {
 
-// `WriteReportInput` comes between the two, for each input.
+// A line. The inputs come between the two, each as C_InputReport writes it.
 void BeginReport(C_JsonWriter& json);
 void EndReport(C_JsonWriter& json);
-
-// `input` has ended.
-void WriteReportInput(C_JsonWriter& json, const S_InputReport& input);
 
 }  // namespace Host
 
