@@ -1,9 +1,8 @@
 #include "apps/velagnss/monitor/FaultLog.h"
 
-#include <fmt/format.h>
-
 #include <utility>
 
+#include "apps/velagnss/monitor/FrameName.h"
 #include "apps/velagnss/pipeline/TagBlock.h"
 #include "apps/velagnss/text/Numbers.h"
 #include "records/ResultCodes.h"
@@ -14,18 +13,12 @@ namespace {
 
 constexpr std::size_t kMaxFaults = 100;
 
-std::string MessageOf(const velagnss::Frame& frame) {
-  const std::string_view unlisted = velagnss::UnlistedName(frame);
-  const velagnss::MessageName listed(frame.protocol, frame.message);
-  return std::string(unlisted.empty() ? listed.Text() : unlisted);
-}
-
 }  // namespace
 
 void C_FaultLog::OnFrame(const S_FrameRecord& record, const C_TimeText& when) {
   if (!record.decoded.hasDataError) return;
   ++m_contentFaults;
-  Add({record.frame.offset, record.frame.length, MessageOf(record.frame),
+  Add({record.frame.offset, record.frame.length, NameOf(record.frame),
        std::string(velagnss::ResultText(record.decoded.result.value_or(eResultOk))), when});
 }
 

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "apps/velagnss/monitor/PageParts.h"
 #include "apps/velagnss/monitor/ViewText.h"
@@ -10,26 +11,26 @@
 namespace Host {
 namespace {
 
-// A column of a list, shown if the pane has at least so many columns.
+// A column of a list, shown in panes of at least and at most so many columns.
 template <class Row>
 struct S_Column {
   std::string_view title;
-  int width;
+  int width;  // 0: the rest of the pane
   int leastColumns;
   bool isRight;  // numbers
   std::string (*text)(const Row& row);
+  int mostColumns = 1000;
 };
 
 template <class Row, std::size_t N>
 void PutRow(const C_Pane& pane, int row, const S_Column<Row> (&columns)[N], const Row* values, eStyle style) {
   int at = 0;
   for (const S_Column<Row>& column : columns) {
-    if (pane.Columns() < column.leastColumns) continue;
+    if (pane.Columns() < column.leastColumns || pane.Columns() > column.mostColumns) continue;
     const std::string text = values == nullptr ? std::string(column.title) : column.text(*values);
-    const bool isLast = &column == &columns[N - 1];
-    const int width = isLast ? pane.Columns() - at : column.width;
+    const int width = column.width > 0 ? column.width : pane.Columns() - at;
     const C_Pane cell = pane.Part(row, at, 1, width);
-    const std::string shown = FittingParts(text, width);
+    const std::string shown = FittingText(text, width);
     column.isRight ? cell.PutRight(0, width, shown, style) : static_cast<void>(cell.Put(0, 0, shown, style));
     at += width + 1;
   }
@@ -40,19 +41,30 @@ std::string CountText(std::uint64_t count) { return fmt::format("{}", count); }
 constexpr S_Column<S_MessageView> kMessageColumns[] = {
     {"Protocol", 8, 48, false, [](const S_MessageView& m) { return m.protocol; }},
     {"Message", 10, 0, false, [](const S_MessageView& m) { return m.name.empty() ? m.protocol : m.name; }},
-    {"Per s", 6, 0, true, [](const S_MessageView& m) { return DecimalText(m.rate, 1); }},
+    {"Per s", 6, 0, true, [](const S_MessageView& m) { return RateText(m.rate); }},
     {"Count", 9, 0, true, [](const S_MessageView& m) { return CountText(m.count); }},
     {"Size", 7, 60, true, [](const S_MessageView& m) { return SizeText(static_cast<double>(m.bytes)); }},
     {"Faults", 6, 56, true, [](const S_MessageView& m) { return m.faults > 0 ? CountText(m.faults) : "-"; }},
-    {"Last", 8, 0, false, [](const S_MessageView& m) { return IsKnown(m.age) ? AgeText(m.age) + " ago" : "-"; }},
+    {"Age", 8, 0, true, [](const S_MessageView& m) { return AgeText(m.age); }},
 };
 
+constexpr S_Column<S_MessageView> kProtocolColumns[] = {
+    {"Protocol", 8, 0, false, [](const S_MessageView& m) { return m.protocol; }},
+    {"Per s", 6, 0, true, [](const S_MessageView& m) { return RateText(m.rate); }},
+    {"Count", 9, 0, true, [](const S_MessageView& m) { return CountText(m.count); }},
+    {"Age", 8, 0, true, [](const S_MessageView& m) { return AgeText(m.age); }},
+    {"Size", 7, 42, true, [](const S_MessageView& m) { return SizeText(static_cast<double>(m.bytes)); }},
+    {"Faults", 6, 50, true, [](const S_MessageView& m) { return m.faults > 0 ? CountText(m.faults) : "-"; }},
+};
+
+constexpr std::string_view kNoFrames = "No frame has come yet.";
+
 constexpr S_Column<S_FaultView> kFaultColumns[] = {
-    {"When", 20, 60, false,
-     [](const S_FaultView& f) { return std::string(f.when.IsEmpty() ? "-" : f.when.Text().substr(0, 19)); }},
-    {"Offset", 11, 0, true, [](const S_FaultView& f) { return CountText(f.offset); }},
+    {"When", 8, 0, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, false); }, 59},
+    {"When", 19, 60, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, true); }},
+    {"Offset", 11, 48, true, [](const S_FaultView& f) { return CountText(f.offset); }},
     {"Bytes", 7, 0, true, [](const S_FaultView& f) { return f.length > 0 ? CountText(f.length) : "..."; }},
-    {"What", 9, 48, false, [](const S_FaultView& f) { return f.what; }},
+    {"What", 9, 56, false, [](const S_FaultView& f) { return f.what; }},
     {"Why", 0, 0, false, [](const S_FaultView& f) { return f.why; }},
 };
 
@@ -77,12 +89,35 @@ eStyle StyleOf(const S_FaultView&) { return eStyle::Normal; }
 
 }  // namespace
 
+// The last message of a protocol makes its age.
+int DrawProtocolList(const C_Pane& pane, const S_SourceView& view) {
+  std::vector<S_MessageView> protocols;
+  for (const S_MessageView& message : view.messages) {
+    if (protocols.empty() || protocols.back().protocol != message.protocol) {
+      protocols.push_back(message);
+      protocols.back().name.clear();
+      continue;
+    }
+    S_MessageView& sum = protocols.back();
+    sum.count += message.count;
+    sum.bytes += message.bytes;
+    sum.faults += message.faults;
+    sum.isStale = sum.isStale && message.isStale;
+    if (!(message.age > sum.age)) sum.age = message.age;
+    sum.rate = std::isnan(sum.rate) ? message.rate : sum.rate + (std::isnan(message.rate) ? 0 : message.rate);
+  }
+  pane.Rule(0, "Protocols");
+  if (protocols.empty()) PutNothing(pane.Below(1), kNoFrames);
+  if (protocols.empty()) return 0;
+  return DrawList<S_MessageView>(pane.Below(1), kProtocolColumns, protocols, 0, &StyleOf);
+}
+
 int DrawMessageList(const C_Pane& pane, const S_SourceView& view, int scroll) {
   std::string title = "Messages";
   if (view.messagesLeftOut > 0) title += fmt::format(", {} of others", view.messagesLeftOut);
   pane.Rule(0, title);
   if (view.messages.empty()) {
-    PutNothing(pane.Below(1), "No frame has come yet.");
+    PutNothing(pane.Below(1), kNoFrames);
     return 0;
   }
   return DrawList<S_MessageView>(pane.Below(1), kMessageColumns, view.messages, scroll, &StyleOf);

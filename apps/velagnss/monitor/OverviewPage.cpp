@@ -46,10 +46,7 @@ using t_Shown = std::optional<S_Shown>;
 
 t_Shown TimeOf(const S_SourceView& view) {
   if (!view.time) return S_Shown{"-"};
-  std::string text(view.time->value.Text());
-  if (const std::size_t middle = text.find('T'); middle != std::string::npos) text[middle] = ' ';
-  if (text.ends_with('Z')) text.pop_back();
-  return Shown(view.time, text + " UTC");
+  return Shown(view.time, ClockText(view.time->value, true) + " UTC");
 }
 
 t_Shown PlaceOf(const S_SourceView& view) {
@@ -104,16 +101,17 @@ t_Shown MotionOf(const S_SourceView& view) {
 // The one heard last, and how many others there are.
 t_Shown StationOf(const S_SourceView& view) {
   if (view.stations.empty()) return std::nullopt;
-  const auto age = [](const S_StationView& s) { return s.epoch && IsKnown(s.epoch->age) ? s.epoch->age : 1e9; };
+  constexpr double kNever = 1e9;  // s
+  const auto age = [](const S_StationView& s) { return s.sky && IsKnown(s.sky->age) ? s.sky->age : kNever; };
   const auto station = std::min_element(view.stations.begin(), view.stations.end(),
                                         [&](const auto& a, const auto& b) { return age(a) < age(b); });
   S_Shown shown{fmt::format("{}", station->number)};
   if (IsKnown(station->latitude)) shown.text += "  " + PlaceText(station->latitude, station->longitude);
   if (IsKnown(station->height)) shown.text += fmt::format("  {:.3f} m", station->height);
   if (view.stations.size() > 1) shown.text = fmt::format("{} and {} more", station->number, view.stations.size() - 1);
-  if (!station->epoch) return shown;
-  shown.age = station->epoch->age;
-  shown.isStale = station->epoch->isStale;
+  if (!station->sky) return shown;
+  shown.age = station->sky->age;
+  shown.isStale = station->sky->isStale;
   return shown;
 }
 
@@ -128,6 +126,10 @@ t_Shown LinkOf(const S_SourceView& view) {
 }
 
 t_Shown StreamOf(const S_SourceView& view) {
+  if (view.state == eSourceState::Silent || view.state == eSourceState::Lost)
+    return S_Shown{fmt::format("nothing for {}", AgeText(view.silence)), kNoAge, false, eStyle::Warning};
+  if (view.state == eSourceState::NoFrames)
+    return S_Shown{"no frames: wrong speed or protocol?", kNoAge, false, eStyle::Bad};
   std::string text = SizeText(view.bytesPerSecond) + "/s";
   if (!IsKnown(view.bytesPerSecond)) text = SizeText(static_cast<double>(view.bytes));
   if (IsKnown(view.framesPerSecond)) text += fmt::format("  {:.1f} frames/s", view.framesPerSecond);
@@ -180,40 +182,64 @@ int DrawFields(const C_Pane& pane, const S_SourceView& view) {
   return std::min(rows, pane.Rows());
 }
 
+// A sky plot at the right of the chart where there is room for both.
 void DrawChart(const C_Pane& pane, const S_SourceView& view) {
-  const S_Aged<t_EpochPointer>* const epoch = FirstEpoch(view);
-  std::string title = fmt::format("C/N0 from {}, * used", kBarScale);
-  if (epoch != nullptr && epoch->isStale) title += fmt::format(", {} ago", AgeText(epoch->age));
+  constexpr int kLeastSky = 13;  // rows
+  constexpr int kColumns = 4;    // of a satellite in the chart
+  const S_Aged<t_Sky>* const sky = FirstSky(view);
+  std::string title = fmt::format("C/N0 from {}", kBarScale);
+  if (sky != nullptr && UsedOf(*sky->value)) title += ", * used";
+  if (sky != nullptr && sky->isStale) title += fmt::format(", {} ago", AgeText(sky->age));
   pane.Rule(0, title);
-  if (epoch != nullptr)
-    DrawSatelliteChart(pane.Below(1), *epoch->value);
-  else
-    PutNothing(pane.Below(1), "No satellites: neither GSV sentences nor observations have come.");
+  const C_Pane inside = pane.Below(1);
+  if (sky == nullptr) return PutNothing(inside, kNoSatellites);
+  const int plot = 2 * inside.Rows() + 4;
+  const bool hasPlot = inside.Rows() >= kLeastSky && HasSky(*sky->value) &&
+                       static_cast<int>(sky->value->size()) * kColumns + plot < inside.Columns();
+  if (hasPlot) DrawSky(inside.RightOf(inside.Columns() - plot), *sky->value);
+  DrawSatelliteChart(hasPlot ? inside.LeftOf(inside.Columns() - plot) : inside, *sky->value);
+}
+
+// One above the other in a narrow terminal, or only the first.
+void DrawLists(const C_Pane& pane, const S_SourceView& view) {
+  constexpr int kSideBySide = 76;
+  constexpr int kBoth = 8;  // rows
+  if (pane.Columns() >= kSideBySide) {
+    const int left = pane.Columns() / 2;
+    DrawProtocolList(pane.LeftOf(left - 1), view);
+    DrawFaultList(pane.RightOf(left), view, 0);
+  } else {
+    const int upper = pane.Rows() >= kBoth ? pane.Rows() / 2 : pane.Rows();
+    DrawProtocolList(pane.Above(upper), view);
+    if (upper < pane.Rows()) DrawFaultList(pane.Below(upper), view, 0);
+  }
 }
 
 }  // namespace
 
-const S_Aged<t_EpochPointer>* FirstEpoch(const S_SourceView& view) {
-  if (view.sentences) return &*view.sentences;
+const S_Aged<t_Sky>* FirstSky(const S_SourceView& view) {
+  if (view.sky) return &*view.sky;
   const auto observed =
-      std::find_if(view.stations.begin(), view.stations.end(), [](const auto& s) { return s.epoch.has_value(); });
-  return observed == view.stations.end() ? nullptr : &*observed->epoch;
+      std::find_if(view.stations.begin(), view.stations.end(), [](const auto& s) { return s.sky.has_value(); });
+  return observed == view.stations.end() ? nullptr : &*observed->sky;
+}
+
+std::optional<std::size_t> UsedOf(const t_SatelliteList& satellites) {
+  std::optional<std::size_t> used;
+  for (const S_EpochSatellite& satellite : satellites)
+    if (satellite.isUsed) used = used.value_or(0) + (*satellite.isUsed ? 1 : 0);
+  return used;
 }
 
 // The values first, then the chart, and lists in the rows that are left.
 int DrawOverview(const C_Pane& pane, const S_SourceView& view, const S_ScreenState&) {
   constexpr int kLeastLists = 4;
-  constexpr int kMostChart = 16;
-  const int used = DrawFields(pane, view);
-  const C_Pane rest = pane.Below(used);
-  int chart = std::min(rest.Rows() - kLeastLists, std::min(rest.Rows() / 2 + 2, kMostChart));
-  if (chart < kLeastChartRows + 1) chart = rest.Rows() >= kLeastChartRows + 1 ? rest.Rows() : 0;
+  constexpr int kMostChart = 18;
+  const C_Pane rest = pane.Below(DrawFields(pane, view));
+  int chart = std::min({rest.Rows() - kLeastLists, rest.Rows() / 2 + 2, kMostChart});
+  if (chart <= kLeastChartRows) chart = rest.Rows() > kLeastChartRows ? rest.Rows() : 0;
   if (chart > 0) DrawChart(rest.Above(chart), view);
-  const C_Pane lists = rest.Below(chart);
-  if (lists.Rows() < kLeastLists) return 0;
-  const int left = lists.Columns() / 2;
-  DrawMessageList(lists.LeftOf(left - 1), view, 0);
-  DrawFaultList(lists.RightOf(left), view, 0);
+  if (rest.Rows() - chart >= kLeastLists) DrawLists(rest.Below(chart), view);
   return 0;
 }
 

@@ -18,18 +18,23 @@ int DrawLog(const C_Pane& pane, const S_SourceView& view, const S_ScreenState& s
 int DrawHelp(const C_Pane& pane, const S_SourceView& view, const S_ScreenState& state);
 
 // A bar upwards for each satellite, its name, and `*` if it is used.
-void DrawSatelliteChart(const C_Pane& pane, const S_Epoch& epoch);
+using t_SatelliteList = std::vector<S_EpochSatellite>;
+void DrawSatelliteChart(const C_Pane& pane, const t_SatelliteList& satellites);
 inline constexpr int kLeastChartRows = 5;
 
 // Where the satellites are in the sky: north up, the zenith in the middle. Names of those that are not used are in
 // lower case.
-void DrawSky(const C_Pane& pane, const S_Epoch& epoch);
+void DrawSky(const C_Pane& pane, const t_SatelliteList& satellites);
+bool HasSky(const t_SatelliteList& satellites);  // azimuth and elevation of one at least
 
-// The epoch whose satellites a page shows first: that of the sentences, else that of the first station; null if there
-// is none.
-const S_Aged<t_EpochPointer>* FirstEpoch(const S_SourceView& view);
+// The satellites that a page shows first: those of the sentences, else those of the first station; null without any.
+const S_Aged<t_Sky>* FirstSky(const S_SourceView& view);
 
-// Lists of the messages page, with a line of titles.
+// How many are used; nothing when no sentence says so.
+std::optional<std::size_t> UsedOf(const t_SatelliteList& satellites);
+
+// Lists with a line of titles: messages, their protocols, faults.
+int DrawProtocolList(const C_Pane& pane, const S_SourceView& view);
 int DrawMessageList(const C_Pane& pane, const S_SourceView& view, int scroll);
 int DrawFaultList(const C_Pane& pane, const S_SourceView& view, int scroll);
 
@@ -41,7 +46,10 @@ struct S_ListPart {
   int first;
 };
 
-// Heading of a page or part without anything to show.
+inline constexpr std::string_view kNoSatellites =
+    "No satellites: neither GSV or GSA sentences nor observations have come.";
+
+// A part without anything to show, and why.
 void PutNothing(const C_Pane& pane, std::string_view why);
 
 }  // namespace Host

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "apps/velagnss/monitor/FrameName.h"
 #include "apps/velagnss/text/Lists.h"
-#include "stream/Names.h"
 
 namespace Host {
 namespace {
@@ -96,6 +96,7 @@ void C_RawObjects::Keep(std::string_view line, const S_Origin& origin) {
   object.json = line.substr(0, kMaxLine);
   object.seconds = origin.seconds;
   if (const velagnss::Frame* const frame = origin.frame) {
+    object.name = NameOf(*frame);
     object.bytes.assign(reinterpret_cast<const char*>(frame->data), frame->length);
     object.protocol = frame->protocol;
     object.message = frame->message;

@@ -14,6 +14,16 @@ std::string TitleOf(const S_SourceView& view, const S_ScreenState& state) {
   return fmt::format("Objects, the newest first; {}; {} kept", what, view.raw.size());
 }
 
+// What differs from one object to the next: the message and its fields. The whole is shown below the list.
+std::string LineOf(const S_RawObject& object) {
+  const std::string_view json = object.json;
+  const std::size_t fields = json.find("\"fields\":");
+  constexpr std::string_view kBegin = "{\"schema\":1,";
+  if (object.name.empty() || fields == std::string_view::npos)
+    return std::string(json.starts_with(kBegin) ? json.substr(kBegin.size()) : json);
+  return fmt::format("{:<8} {}", object.name, json.substr(fields + std::string_view("\"fields\":").size()));
+}
+
 // The whole of an object, as far as the pane has room.
 void DrawObject(const C_Pane& pane, const S_RawObject& object) {
   pane.Rule(0, fmt::format("Object {}", object.number));
@@ -23,27 +33,28 @@ void DrawObject(const C_Pane& pane, const S_RawObject& object) {
   if (static_cast<int>(lines.size()) >= pane.Rows()) pane.PutRight(pane.Rows() - 1, pane.Columns(), " >", eStyle::Dim);
 }
 
+void DrawObjectList(const C_Pane& pane, const S_SourceView& view, int first) {
+  for (int row = 0; row < pane.Rows() && first + row < static_cast<int>(view.raw.size()); ++row) {
+    const S_RawObject& object = *view.raw[static_cast<std::size_t>(first + row)];
+    const eStyle style = row == 0 ? eStyle::Selected : eStyle::Normal;
+    pane.Put(row, 0, row == 0 ? ">" : " ", style);
+    pane.RightOf(1).Put(row, 0, FittingText(LineOf(object), pane.Columns() - 1), style);
+  }
+}
+
 }  // namespace
 
-// The first row is the one that is shown whole below, where there is room for it.
+// The first row is the object that is shown whole below.
 int DrawRaw(const C_Pane& pane, const S_SourceView& view, const S_ScreenState& state) {
-  constexpr int kLeastForDetail = 12;
   pane.Rule(0, TitleOf(view, state));
   if (view.raw.empty()) {
     PutNothing(pane.Below(1), state.filter.empty() ? "No object has come yet." : "None has passed the filter yet.");
     return 0;
   }
-  const int detail = pane.Rows() >= kLeastForDetail ? pane.Rows() / 2 : 0;
-  const C_Pane list = pane.Above(pane.Rows() - detail).Below(1);
   const S_ListPart part(view.raw.size(), 1, state.scroll);
-  for (int row = 0; row < list.Rows() && part.first + row < static_cast<int>(view.raw.size()); ++row) {
-    const S_RawObject& object = *view.raw[static_cast<std::size_t>(part.first + row)];
-    const bool isShown = row == 0 && detail > 0;
-    list.Put(row, 0, isShown ? ">" : " ", eStyle::Selected);
-    list.RightOf(1).Put(row, 0, FittingParts(object.json, list.Columns() - 1),
-                        isShown ? eStyle::Selected : eStyle::Normal);
-  }
-  if (detail > 0) DrawObject(pane.Below(pane.Rows() - detail), *view.raw[static_cast<std::size_t>(part.first)]);
+  const int list = pane.Rows() / 2;
+  DrawObjectList(pane.Above(list).Below(1), view, part.first);
+  DrawObject(pane.Below(list), *view.raw[static_cast<std::size_t>(part.first)]);
   return part.most;
 }
 

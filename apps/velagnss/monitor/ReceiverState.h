@@ -11,10 +11,11 @@
 
 namespace Host {
 
-// Keeps the last of each value, because an epoch need not have all of them. Memory is bounded: 64 stations.
+// Keeps the last of each value, because an epoch need not have all of them: receivers send GSV and GSA now and then.
+// Memory is bounded: 64 stations, the satellites of the last seconds.
 class C_ReceiverState {
  public:
-  // `now`: when the frame came.
+  // `now`: when the frame came; NaN while the stream has no time.
   void Take(const S_FrameRecord& record, double now);
   void Finish(const velagnss::StreamClock& clock);
 
@@ -27,14 +28,22 @@ class C_ReceiverState {
   struct S_Station {
     S_StationView view;
     double lastAt;
-    std::optional<S_Noted<t_EpochPointer>> epoch;
+    std::optional<S_Noted<t_Sky>> sky;
+  };
+  struct S_Seen {
+    S_EpochSatellite satellite;
+    double at;
+    double usedAt = kNoAge;
   };
 
   void Take(const S_Epoch& epoch);
-  void TakeSentences(const S_Epoch& epoch, const t_EpochPointer& kept);
+  void TakeSentences(const S_Epoch& epoch);
   void TakeFix(const S_Epoch& epoch);
+  void TakeCounts(const S_Epoch& epoch);
   void TakeSatellites(const S_Epoch& epoch);
-  void TakeStation(const S_EpochStation& station, const t_EpochPointer& kept, bool isReceiver);
+  void TakeUse(const S_Epoch& epoch, double kept);
+  S_Seen& SeenOf(const S_EpochSatellite& satellite);
+  t_Sky SkyOfSeen() const;
   void Take(const velagnss::Rtcm3Station& record);
   void Take(const velagnss::Rtcm3Antenna& record);
   S_Station& StationOf(unsigned short number);
@@ -43,9 +52,9 @@ class C_ReceiverState {
     noted = {value, m_lastAt};
   }
 
-  double m_now = kNoAge;
-  double m_lastAt = kNoAge;   // when the frame before came: an epoch ends with the first one of the next
-  double m_epochAt = kNoAge;  // when the last epoch of any receiver came
+  double m_now = 0;      // s; 0 while there is no time
+  double m_lastAt = 0;   // when the frame before came: an epoch ends with the first one of the next
+  double m_epochAt = 0;  // when the last epoch of any receiver came; 0 before
   double m_interval = 0;
   std::optional<S_Noted<S_Position>> m_position;
   std::optional<S_Noted<S_Motion>> m_motion;
@@ -53,7 +62,8 @@ class C_ReceiverState {
   std::optional<S_Noted<S_Dops>> m_dops;
   std::optional<S_Noted<S_SatelliteCounts>> m_counts;
   std::optional<S_Noted<velagnss::GstRecord>> m_accuracy;
-  std::optional<S_Noted<t_EpochPointer>> m_sentences;
+  std::optional<S_Noted<t_Sky>> m_sky;
+  std::vector<S_Seen> m_seen;         // by system and number
   std::vector<S_Station> m_stations;  // by number
   C_EpochBuilder m_epochs{[this](const S_Epoch& epoch) { Take(epoch); }};
 };

@@ -42,14 +42,14 @@ void PutName(const C_Pane& pane, int row, int column, const S_Shape& shape, cons
 }  // namespace
 
 // From the top: bars, values where there is room for them, names, marks of use.
-void DrawSatelliteChart(const C_Pane& pane, const S_Epoch& epoch) {
-  const S_Shape& shape = ShapeFor(epoch.satellites.size(), pane.Columns());
+void DrawSatelliteChart(const C_Pane& pane, const t_SatelliteList& satellites) {
+  const S_Shape& shape = ShapeFor(satellites.size(), pane.Columns());
   const int markRow = pane.Rows() - 1;
   const int nameRow = markRow - shape.labelRows;
   const bool hasValue = shape.hasValue && nameRow > 2;
   const int height = hasValue ? nameRow - 1 : nameRow;
   int column = 0;
-  for (const S_EpochSatellite& satellite : epoch.satellites) {
+  for (const S_EpochSatellite& satellite : satellites) {
     if (column + shape.bar > pane.Columns()) break;
     const double cn0 = StrongestOf(satellite);
     pane.BarUp(height - 1, column, shape.bar, height, ShareOf(cn0), StyleOf(satellite.system));

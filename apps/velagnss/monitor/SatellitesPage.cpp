@@ -5,8 +5,6 @@
 
 #include "apps/velagnss/monitor/PageParts.h"
 #include "apps/velagnss/monitor/ViewText.h"
-#include "apps/velagnss/text/Numbers.h"
-#include "stream/Names.h"
 
 namespace Host {
 namespace {
@@ -29,39 +27,36 @@ constexpr int kBar = 27;
 constexpr int kLeastLine = 36;  // with a bar of some columns
 constexpr int kMostLine = 60;
 
-std::string SystemHeading(const S_Epoch& epoch, ALGO::eGNSSSystem system) {
-  const auto isOfIt = [system](const S_EpochSatellite& satellite) { return satellite.system == system; };
-  const auto isUsed = [&](const S_EpochSatellite& s) { return isOfIt(s) && s.isUsed.value_or(false); };
-  const auto count = std::count_if(epoch.satellites.begin(), epoch.satellites.end(), isOfIt);
-  const auto used = std::count_if(epoch.satellites.begin(), epoch.satellites.end(), isUsed);
-  const std::string_view name = velagnss::SystemName(system);
-  return fmt::format("{}: {}, {} used", name.empty() ? "unknown system" : name, count, used);
+void AddSignals(t_Lines& lines, const S_EpochSatellite& satellite) {
+  if (satellite.signals.empty()) lines.push_back({"", &satellite, nullptr, true});
+  for (const S_EpochSignal& signal : satellite.signals)
+    lines.push_back({"", &satellite, &signal, &signal == &satellite.signals.front()});
 }
 
-void AddLines(t_Lines& lines, const S_Epoch& epoch) {
-  const S_EpochSatellite* before = nullptr;
-  for (const S_EpochSatellite& satellite : epoch.satellites) {
-    if (before == nullptr || before->system != satellite.system)
-      lines.push_back({SystemHeading(epoch, satellite.system), &satellite});
-    before = &satellite;
-    if (satellite.signals.empty()) lines.push_back({"", &satellite, nullptr, true});
-    for (const S_EpochSignal& signal : satellite.signals)
-      lines.push_back({"", &satellite, &signal, &signal == &satellite.signals.front()});
+void AddLines(t_Lines& lines, const t_SatelliteList& satellites) {
+  for (auto begin = satellites.begin(); begin != satellites.end();) {
+    const auto end =
+        std::find_if(begin, satellites.end(), [begin](const auto& s) { return s.system != begin->system; });
+    const t_SatelliteList ofSystem(begin, end);
+    std::string heading = fmt::format("{}: {}", SystemTitle(begin->system), ofSystem.size());
+    if (const auto used = UsedOf(ofSystem)) heading += fmt::format(", {} used", *used);
+    lines.push_back({heading, &*begin});
+    for (; begin != end; ++begin) AddSignals(lines, *begin);
   }
 }
 
-void AddReceiver(t_Lines& lines, const S_Aged<t_EpochPointer>& epoch, std::string name) {
-  if (epoch.isStale) name += fmt::format(", {} ago", AgeText(epoch.age));
+// The list is part of the view, and outlives the lines.
+void AddReceiver(t_Lines& lines, const S_Aged<t_Sky>& sky, std::string name) {
+  if (sky.isStale) name += fmt::format("{}{} ago", name.empty() ? "" : ", ", AgeText(sky.age));
   if (!name.empty()) lines.push_back({name});
-  AddLines(lines, *epoch.value);
+  AddLines(lines, *sky.value);
 }
 
 t_Lines LinesOf(const S_SourceView& view) {
   t_Lines lines;
-  if (view.sentences) AddReceiver(lines, *view.sentences, view.stations.empty() ? "" : "Receiver");
+  if (view.sky) AddReceiver(lines, *view.sky, view.stations.empty() ? "" : "Receiver");
   for (const S_StationView& station : view.stations)
-    if (station.epoch && !station.isReceiver)
-      AddReceiver(lines, *station.epoch, fmt::format("Station {}", station.number));
+    if (station.sky && !station.isReceiver) AddReceiver(lines, *station.sky, fmt::format("Station {}", station.number));
   return lines;
 }
 
@@ -99,7 +94,7 @@ void PutTitles(const C_Pane& pane) {
   pane.PutRight(0, kAzimuth + 3, "Az", eStyle::Title);
   pane.Put(0, kSignal, "Signal", eStyle::Title);
   pane.PutRight(0, kCn0End, "C/N0", eStyle::Title);
-  pane.Put(0, kBar, kBarScale, eStyle::Title);
+  pane.Put(0, kBar, "10 to 55", eStyle::Title);
 }
 
 // Downwards, then in the next column.
@@ -119,12 +114,6 @@ int DrawLines(const C_Pane& pane, const t_Lines& lines, int scroll) {
   return part.most;
 }
 
-bool HasSky(const S_Epoch& epoch) {
-  return std::any_of(epoch.satellites.begin(), epoch.satellites.end(), [](const S_EpochSatellite& satellite) {
-    return !IsNotAvailable(satellite.elevation) && !IsNotAvailable(satellite.azimuth);
-  });
-}
-
 // Columns of the sky plot at the right; 0 where there is no room for one.
 int SkyColumns(const C_Pane& pane) {
   constexpr int kLeastColumns = 100;
@@ -136,14 +125,14 @@ int SkyColumns(const C_Pane& pane) {
 }  // namespace
 
 int DrawSatellites(const C_Pane& pane, const S_SourceView& view, const S_ScreenState& state) {
-  const S_Aged<t_EpochPointer>* const epoch = FirstEpoch(view);
-  if (epoch == nullptr) {
-    PutNothing(pane, "No satellites: neither GSV sentences nor observations have come.");
+  const S_Aged<t_Sky>* const sky = FirstSky(view);
+  if (sky == nullptr) {
+    PutNothing(pane, kNoSatellites);
     return 0;
   }
-  const int sky = HasSky(*epoch->value) ? SkyColumns(pane) : 0;
-  if (sky > 0) DrawSky(pane.RightOf(pane.Columns() - sky), *epoch->value);
-  return DrawLines(pane.LeftOf(pane.Columns() - sky - (sky > 0 ? 1 : 0)), LinesOf(view), state.scroll);
+  const int plot = HasSky(*sky->value) ? SkyColumns(pane) : 0;
+  if (plot > 0) DrawSky(pane.RightOf(pane.Columns() - plot), *sky->value);
+  return DrawLines(pane.LeftOf(pane.Columns() - plot - (plot > 0 ? 1 : 0)), LinesOf(view), state.scroll);
 }
 
 }  // namespace Host

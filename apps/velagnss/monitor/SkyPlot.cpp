@@ -30,7 +30,7 @@ class C_Sky {
   }
 
   void Circle(double elevation) const {
-    constexpr int kStep = 4;  // degrees
+    constexpr int kStep = 2;  // degrees
     for (int azimuth = 0; azimuth < 360; azimuth += kStep) Put(azimuth, elevation, ".", eStyle::Dim);
   }
 
@@ -40,6 +40,10 @@ class C_Sky {
   double m_row;     // of the zenith
   double m_column;
 };
+
+bool IsPlaced(const S_EpochSatellite& satellite) {
+  return !IsNotAvailable(satellite.elevation) && !IsNotAvailable(satellite.azimuth);
+}
 
 std::string InLowerCase(std::string text) {
   for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -54,12 +58,14 @@ constexpr S_Direction kDirections[] = {{0, "N"}, {90, "E"}, {180, "S"}, {270, "W
 
 }  // namespace
 
-void DrawSky(const C_Pane& pane, const S_Epoch& epoch) {
+bool HasSky(const t_SatelliteList& satellites) { return std::any_of(satellites.begin(), satellites.end(), &IsPlaced); }
+
+void DrawSky(const C_Pane& pane, const t_SatelliteList& satellites) {
   const C_Sky sky(pane);
   for (const double elevation : {0.0, 30.0, 60.0}) sky.Circle(elevation);
   for (const S_Direction& direction : kDirections) sky.Put(direction.azimuth, 0, direction.name, eStyle::Title);
-  for (const S_EpochSatellite& satellite : epoch.satellites) {
-    if (IsNotAvailable(satellite.elevation) || IsNotAvailable(satellite.azimuth)) continue;
+  for (const S_EpochSatellite& satellite : satellites) {
+    if (!IsPlaced(satellite)) continue;
     const std::string name = SatelliteName(satellite);
     const bool isUnused = satellite.isUsed.has_value() && !*satellite.isUsed;
     sky.Put(satellite.azimuth, satellite.elevation, isUnused ? InLowerCase(name) : name, StyleOf(satellite.system));

@@ -71,8 +71,8 @@ struct S_SatelliteCounts {
   std::optional<unsigned int> inView;
 };
 
-// Epochs do not change any more: they are shared, not copied.
-using t_EpochPointer = std::shared_ptr<const S_Epoch>;
+// Satellites by system and number. They do not change any more: they are shared, not copied.
+using t_Sky = std::shared_ptr<const std::vector<S_EpochSatellite>>;
 
 // A reference station of RTCM 3.
 struct S_StationView {
@@ -82,8 +82,8 @@ struct S_StationView {
   double height = NA_DOUBLE;     // m above the ellipsoid
   std::string receiver;          // as sent; may be empty, as the next one
   std::string antenna;
-  std::optional<S_Aged<t_EpochPointer>> epoch;  // of its observations
-  bool isReceiver = false;                      // it also sends the sentences, and its epochs are theirs
+  std::optional<S_Aged<t_Sky>> sky;  // of its last epoch
+  bool isReceiver = false;           // it also sends the sentences, and its satellites are theirs
 };
 
 struct S_MessageView {
@@ -108,6 +108,7 @@ struct S_FaultView {
 // One JSON object as `decode` writes it: plain ASCII without a line end.
 struct S_RawObject {
   std::uint64_t number = 0;  // counts the objects of the source from 1
+  std::string name;          // of the message; empty for an event
   std::string json;          // the end is cut off when it is very long
   std::string bytes;         // of the frame; empty for an event
   C_RawDataMessage::eProtocols protocol = C_RawDataMessage::eNoProtocol;
@@ -129,8 +130,8 @@ struct S_SourceView {
   std::optional<S_Aged<S_Dops>> dops;
   std::optional<S_Aged<S_SatelliteCounts>> counts;
   std::optional<S_Aged<velagnss::GstRecord>> accuracy;
-  std::optional<S_Aged<t_EpochPointer>> sentences;  // the last epoch of the receiver that sends sentences
-  std::vector<S_StationView> stations;              // by number
+  std::optional<S_Aged<t_Sky>> sky;     // of the receiver that sends the sentences
+  std::vector<S_StationView> stations;  // by number
 
   std::uint64_t bytes = 0;
   std::uint64_t framesGood = 0;

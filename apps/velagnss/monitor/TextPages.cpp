@@ -58,16 +58,14 @@ std::span<const S_KeyHelp> KeyHelp() { return kKeys; }
 // The newest first.
 int DrawLog(const C_Pane& pane, const S_SourceView&, const S_ScreenState& state) {
   constexpr int kWithDate = 80;
-  constexpr std::size_t kTimeOfDay = 11;  // where it begins
   if (state.log.empty()) {
     PutNothing(pane, "The program has nothing to say yet.");
     return 0;
   }
   std::vector<S_TextLine> lines;
   for (auto message = state.log.rbegin(); message != state.log.rend(); ++message) {
-    std::string_view when = message->when.Text().substr(0, 19);
-    if (pane.Columns() < kWithDate && when.size() > kTimeOfDay) when.remove_prefix(kTimeOfDay);
-    AddParagraph(lines, std::string(when) + "  ", message->text, pane.Columns(), message->style);
+    const std::string when = ClockText(message->when, pane.Columns() >= kWithDate);
+    AddParagraph(lines, when + "  ", message->text, pane.Columns(), message->style);
   }
   return DrawText(pane, lines, state.scroll);
 }

@@ -36,10 +36,12 @@ std::string AngleText(double degrees, std::string_view letters) {
 }
 
 struct S_SystemName {
+  std::string_view title;
   char letter;
   unsigned int offset;  // what RINEX takes off a PRN
 };
-constexpr S_SystemName kSystems[] = {{'G', 0}, {'R', 0}, {'C', 0}, {'E', 0}, {'S', 100}, {'J', 192}, {'I', 0}};
+constexpr S_SystemName kSystems[] = {{"GPS", 'G', 0},    {"GLONASS", 'R', 0}, {"BeiDou", 'C', 0}, {"Galileo", 'E', 0},
+                                     {"SBAS", 'S', 100}, {"QZSS", 'J', 192},  {"NavIC", 'I', 0}};
 
 struct S_StateRow {
   std::string_view text;
@@ -67,6 +69,11 @@ std::string DecimalText(double value, int decimals) {
   return IsKnown(value) ? fmt::format("{:.{}f}", value, decimals) : "-";
 }
 
+std::string RateText(double perSecond) {
+  constexpr double kManyDigits = 9.995;
+  return DecimalText(perSecond, perSecond < kManyDigits ? 2 : 1);
+}
+
 std::string AgeText(double seconds) { return IsKnown(seconds) ? UnitText(seconds, kTimes, true) : "-"; }
 std::string SizeText(double bytes) { return IsKnown(bytes) ? UnitText(bytes, kSizes, bytes >= 1000) : "-"; }
 
@@ -80,6 +87,7 @@ std::string FixText(const S_Fix& fix) {
   if (!fix.hasPosition) return fix.type >= '2' && fix.type <= '3' ? "fix without position" : "no position";
   const std::string_view name = ModeName(fix.kind);
   std::string text(name.empty() ? "position" : name);
+  if (text.starts_with("rtk")) text.replace(0, 3, "RTK");
   if (fix.type == '2') text += ", 2D";
   if (fix.type == '3') text += ", 3D";
   return text;
@@ -88,6 +96,10 @@ std::string FixText(const S_Fix& fix) {
 eStyle StyleOf(const S_Fix& fix) {
   if (!fix.hasPosition) return eStyle::Bad;
   return fix.type == '2' || fix.kind == eNmeaModeEstimated ? eStyle::Warning : eStyle::Good;
+}
+
+std::string_view SystemTitle(ALGO::eGNSSSystem system) {
+  return system < std::size(kSystems) ? kSystems[system].title : "Unknown system";
 }
 
 std::string SatelliteName(const S_EpochSatellite& satellite) {
@@ -118,7 +130,21 @@ std::string FittingParts(std::string_view text, int width) {
   constexpr std::string_view kSeparator = "  ";
   const std::size_t end = text.rfind(kSeparator, SizeOf(text, width));
   if (end != std::string_view::npos && end > 0) return std::string(text.substr(0, end));
+  return FittingText(text, width);
+}
+
+std::string FittingText(std::string_view text, int width) {
+  if (WidthOf(text) <= width) return std::string(text);
   return width > 0 ? std::string(text.substr(0, SizeOf(text, width - 1))) + '>' : "";
+}
+
+std::string ClockText(const C_TimeText& time, bool hasDate) {
+  constexpr std::size_t kDate = 10;
+  std::string text(time.Text());
+  const std::size_t middle = text.find('T');
+  if (middle == kDate && hasDate) text[middle] = ' ';
+  if (middle == kDate && !hasDate) text.erase(0, kDate + 1);
+  return text.substr(0, text.find_first_of(".Z"));
 }
 
 std::string FittingName(std::string_view name, int width) {

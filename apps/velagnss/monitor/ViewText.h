@@ -24,9 +24,15 @@ std::string SizeText(double bytes);
 // "52.1234567 N  4.1234567 E": centimeters.
 std::string PlaceText(double latitude, double longitude);
 
+// "3.0", "0.25".
+std::string RateText(double perSecond);
+
 // "RTK, 3D"; "no position".
 std::string FixText(const S_Fix& fix);
 eStyle StyleOf(const S_Fix& fix);
+
+// "GPS".
+std::string_view SystemTitle(ALGO::eGNSSSystem system);
 
 // As RINEX names it: "G05", "J02"; "?05" for an unknown system.
 std::string SatelliteName(const S_EpochSatellite& satellite);
@@ -48,6 +54,12 @@ std::string FittingParts(std::string_view text, int width);
 
 // The end of a name that fits, after "...".
 std::string FittingName(std::string_view name, int width);
+
+// The beginning of any other text that fits; ">" at the end if that is not all of it.
+std::string FittingText(std::string_view text, int width);
+
+// "2024-05-18 23:59:07", or the time of day alone.
+std::string ClockText(const C_TimeText& time, bool hasDate);
 
 // Lines of at most `width` columns, broken at blanks where there are some.
 std::vector<std::string_view> Wrapped(std::string_view text, int width);
