@@ -53,34 +53,37 @@ struct S_Motion {
   double courseTrue = NA_DOUBLE;  // degrees
 };
 
-// Fix and quality of the last epoch that said anything of them.
-struct S_Quality {
-  char fixType = '\0';                      // of GSA: '1' none, '2' 2D, '3' 3D
-  bool hasFix = false;                      // a sentence has a position
-  bool isDenied = false;                    // sentences for a position came without one
-  eNmeaModeIndicator fix = eNmeaModeEmpty;  // of the position
+// What the sentences say of the fix.
+struct S_Fix {
+  bool hasPosition = false;                  // false: the sentences for a position came without one
+  eNmeaModeIndicator kind = eNmeaModeEmpty;  // of the position
+  char type = '\0';                          // of GSA: '1' none, '2' 2D, '3' 3D; NUL when none came
+};
+
+struct S_Dops {
   double pdop = NA_DOUBLE;
   double hdop = NA_DOUBLE;
   double vdop = NA_DOUBLE;
-  std::optional<unsigned int> satellitesUsed;
-  std::optional<unsigned int> satellitesInView;
 };
 
-// Whose satellites these are: those of the sentences, or a reference station's. Epochs do not change once they are
-// here.
-struct S_ReceiverView {
-  std::optional<unsigned short> station;  // nothing: the receiver that sends the sentences
-  S_Aged<std::shared_ptr<const S_Epoch>> epoch;
+struct S_SatelliteCounts {
+  std::optional<unsigned int> used;
+  std::optional<unsigned int> inView;
 };
 
+// Epochs do not change any more: they are shared, not copied.
+using t_EpochPointer = std::shared_ptr<const S_Epoch>;
+
+// A reference station of RTCM 3.
 struct S_StationView {
   unsigned short number = 0;
   double latitude = NA_DOUBLE;   // degrees, of the antenna reference point
   double longitude = NA_DOUBLE;  // degrees
   double height = NA_DOUBLE;     // m above the ellipsoid
-  std::string receiver;          // as sent
-  std::string antenna;           // as sent
-  std::optional<S_Aged<unsigned int>> satellites;
+  std::string receiver;          // as sent; may be empty, as the next one
+  std::string antenna;
+  std::optional<S_Aged<t_EpochPointer>> epoch;  // of its observations
+  bool isReceiver = false;                      // it also sends the sentences, and its epochs are theirs
 };
 
 struct S_MessageView {
@@ -105,7 +108,7 @@ struct S_FaultView {
 // One JSON object as `decode` writes it: plain ASCII without a line end.
 struct S_RawObject {
   std::uint64_t number = 0;  // counts the objects of the source from 1
-  std::string json;          // cut when it is too long
+  std::string json;          // the end is cut off when it is very long
   std::string bytes;         // of the frame; empty for an event
   C_RawDataMessage::eProtocols protocol = C_RawDataMessage::eNoProtocol;
   unsigned int message = 0;
@@ -122,11 +125,12 @@ struct S_SourceView {
   std::optional<S_Aged<C_TimeText>> time;  // UTC of the stream
   std::optional<S_Aged<S_Position>> position;
   std::optional<S_Aged<S_Motion>> motion;
-  std::optional<S_Aged<S_Quality>> quality;
+  std::optional<S_Aged<S_Fix>> fix;
+  std::optional<S_Aged<S_Dops>> dops;
+  std::optional<S_Aged<S_SatelliteCounts>> counts;
   std::optional<S_Aged<velagnss::GstRecord>> accuracy;
-  std::vector<S_ReceiverView> receivers;  // the sentences first, then stations by number
-  std::vector<S_StationView> stations;    // by number
-  std::uint64_t stationsLeftOut = 0;
+  std::optional<S_Aged<t_EpochPointer>> sentences;  // the last epoch of the receiver that sends sentences
+  std::vector<S_StationView> stations;              // by number
 
   std::uint64_t bytes = 0;
   std::uint64_t framesGood = 0;
