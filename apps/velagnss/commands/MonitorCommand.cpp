@@ -104,7 +104,7 @@ const S_CommandEntry kMonitorCommand = {
     "Watch sources in the terminal: position, satellites, messages, faults.\n\n"
     "Examples:\n"
     "  velagnss monitor /dev/ttyUSB0                              a receiver\n"
-    "  velagnss monitor --tee today.bin tcp://a:5015 tcp://b:5015   two, which n and p switch between\n"
+    "  velagnss monitor --tee today.bin tcp://a:5015 tcp://b:5015   two, which Tab switches between\n"
     "  velagnss monitor --msg GGA,rtcm3 --plain session.bin       a file to its end, in ASCII\n"
     "  velagnss replay session.bin | velagnss monitor             a file at its own speed\n"
     "\nKeys: 1 to 5 and Tab choose a page, arrows scroll, space holds the screen, / filters the raw objects,\n"

@@ -45,6 +45,7 @@ class C_Controls {
   void GoToTop();
   void BeginEdit();
   void ToggleHelp();
+  void TogglePause() { m_state.isPaused = !m_state.isPaused; }
 
   S_ScreenState m_state;
   t_SetFilter m_setFilter;
