@@ -307,6 +307,7 @@ const S_StreamCase kStreams[] = {
      Gga(0, 1) + Sentence("GPGSA,A,3,05,,,,,,,,,,,,1.5,1.0,1.1") + kGsv + Gga(1, 1) + kGsv,
      "/satellites/0/track",
      {{0, 83, 40, 1, 1}}},
+    {"AcrossMidnightWithoutADate", Gga(86399, 1) + Gga(0, 4) + Gga(1, 4), "/fix/periods", {{1, 2, 1}, {0, 0, 0}}},
     {"AnotherPassBegins",
      Gga(0, 1) + kGsv + Gga(601, 1) + kGsv,
      "/satellites/0/track",
@@ -327,6 +328,7 @@ TEST(ReportOfARover, HasItsObservationsBetweenSentences) {
   }
   const Reported report(stream);
   ASSERT_EQ(report.all["receivers"].size(), 1);
+  EXPECT_EQ(report.At(0)["station"], nullptr);
   EXPECT_EQ(report.At(0)["epochs"], 10);
   EXPECT_EQ(report.At(0)["positions"], 5);
 }
