@@ -103,6 +103,15 @@ TEST_ROWS(TimeAxis, IsWhereMostTimesAre, kVotes, row) {
   EXPECT_EQ(axis.IndexOf(kNaN), std::nullopt);
 }
 
+TEST(SeriesWithAnOldBin, PutsItWhereItIsNow) {
+  C_TimeBins axis;
+  C_Series series;
+  const auto old = axis.Note(5);
+  series.Add(axis.Note(2 * C_TimeBins::kMaxBins), 1);
+  series.Add(old, 2);
+  ExpectAll(series, axis, {{5, 2}, {2 * C_TimeBins::kMaxBins, 1}});
+}
+
 template <class Write>
 std::string TextOf(const Write& write) {
   C_JsonWriter json;
@@ -118,9 +127,9 @@ TEST(SeriesJson, LeavesOutWhatIsTheSame) {
   EXPECT_EQ(text(), "null");
   series.Add(axis.Note(10), -0.01);
   series.Add(axis.Note(12.5), 41.26);
-  EXPECT_EQ(text(), R"({"first":1,"max":[0,null,41.3]})");
+  EXPECT_EQ(text(), R"({"first":1,"runs":[1,1,1],"max":[0,41.3]})");
   series.Add(axis.Note(12.9), 40);
-  EXPECT_EQ(text(), R"({"first":1,"max":[0,null,41.3],"min":[0,null,40],"mean":[0,null,40.6]})");
+  EXPECT_EQ(text(), R"({"first":1,"runs":[1,1,1],"max":[0,41.3],"min":[0,40],"mean":[0,40.6]})");
   axis.Note(14);
   EXPECT_EQ(TextOf([&](C_JsonWriter& json) { WriteSums(json, series, axis); }),
             R"({"first":0,"max":[0,-0.01,0,81.26,0,0]})");

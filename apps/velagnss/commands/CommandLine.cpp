@@ -46,6 +46,7 @@ constexpr char kDescription[] =
     "  velagnss decode session.bin                    every frame as a JSON object per line\n"
     "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
     "  velagnss monitor /dev/ttyUSB0                  what a receiver sends, as it comes, in the terminal\n"
+    "  velagnss report session.bin -o report.html     charts of it for a browser\n"
     "  velagnss convert --to gpx session.bin          its track as GPX\n"
     "  velagnss convert --to rinex-nav session.bin    its ephemerides as a RINEX file\n"
     "  velagnss record --every 1h /dev/ttyUSB0        a receiver's bytes, in a file per hour\n"
