@@ -61,7 +61,7 @@ const ReceiverSections = (() => {
     const signal = Figure.choice('Signal', [[kFirstSignal, 'first of each satellite'], ...signals.map((name) => [name, name])], (name) => {
       chart.content.setLines(signalLines(satellites, name, group.grid));
       fillHighlight();
-      chart.replaceSeries();
+      chart.redraw();
     });
     const chart = Lines.chart(group, first, { name: 'cn0', title: 'C/N0 over time', titled: true, unit: 'dB-Hz', digits: 0, size: 'tall',
       controls: [signal.element, highlight.element], legend: systemLegend(satellites),
