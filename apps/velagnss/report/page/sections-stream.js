@@ -164,7 +164,7 @@ const StreamSections = (() => {
     const shown = found.events.length;
     const title = shown < found.count ? `The first ${Format.number(shown)} of ${Format.number(found.count)} events` : Format.plural(found.count, 'event');
     const line = group && Data.hasValues(found.damaged_bytes)
-      ? Lines.chart(group, [Lines.line('bytes', found.damaged_bytes, group.grid, { color: 'alarm' })],
+      ? Lines.chart(group, [Lines.line('skipped', found.damaged_bytes, group.grid, { color: 'alarm' })],
         { name: 'damage', title: 'Bytes in no frame over time', unit: 'bytes', digits: 0, whole: true, fromZero: true }).figure : null;
     return [facts, line, Table.onDemand(title, () => eventTable(found.events), shown <= kOpenRows)];
   }

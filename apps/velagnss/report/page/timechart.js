@@ -209,6 +209,7 @@ const TimeChart = (() => {
       return this.windowText();
     }
     clear() {
+      this.content.setChosen?.(null, this);
       this.group.setCursor(null);
     }
     windowText() {
