@@ -7,6 +7,7 @@ const Plane = (() => {
   const kMargin = 1.12;
   const kLeastHalf = 0.005;  // meters from the middle to the edge
   const kBarShare = 0.3;     // of the width that the scale bar may have
+  const kManyPoints = 500;  // need a thinner line
   const kZoomLimit = 4096;
 
   // What must be in the picture: points and circles.
@@ -70,7 +71,7 @@ const Plane = (() => {
       const place = (point) => [this.x(point.east), this.y(point.north)];
       const ends = [['start', points[0], 'circle', 13], ['end', points[points.length - 1], 'square', -7]];
       return [
-        ...this.content.pieces.map((piece) => Dom.svg('path', { class: 'line track', d: piece.length > 1
+        ...this.content.pieces.map((piece) => Dom.svg('path', { class: this.content.points.length > kManyPoints ? 'line track dense' : 'line track', d: piece.length > 1
           ? Svg.path(piece.map(place)) : `${Svg.path(piece.map(place))}h0` })),
         ...ends.flatMap(([name, point, shape, below]) => [
           Svg.marker(shape, ...place(point), 4, { class: 'mark' }),
@@ -182,15 +183,12 @@ const Plane = (() => {
 
   const offset = ({ east, north }) => `${Format.number(east, 3)} m east, ${Format.number(north, 3)} m north`;
 
-  // Points of a track that follow each other without a gap.
+  // The data say where a new piece begins.
   function pieces(points) {
-    const presence = new Array(points[points.length - 1].bin + 1).fill(null);
-    points.forEach(({ bin }) => (presence[bin] = 1));
-    const reach = Math.max(2, 1.5 * Data.usualDistance(presence));
     const found = [];
-    points.forEach((point, i) => {
-      if (i && point.bin - points[i - 1].bin <= reach) found[found.length - 1].push(point);
-      else found.push([point]);
+    points.forEach((point) => {
+      if (found.length === 0 || point.begins) found.push([]);
+      found[found.length - 1].push(point);
     });
     return found;
   }
@@ -201,12 +199,13 @@ const Plane = (() => {
   }
 
   function track(position, grid) {
-    const points = position.track.map(([bin, east, north]) => ({ bin, east, north }));
+    const points = position.track.map(([bin, east, north, begins]) => ({ bin, east, north, begins }));
+    const name = ({ bin }, i) => (grid && bin !== null ? grid.text(bin) : `Point ${i + 1}`);
     const content = { points, pieces: pieces(points), isTrack: true, circles: [], center: 'mean',
-      describe: (point) => `${grid.text(point.bin)}: ${offset(point)} of the mean` };
+      describe: (point, i) => `${name(point, i)}: ${offset(point)} of the mean` };
     return chart(content, { name: 'track', title: 'Track', titled: true, note: 'around the mean position',
       label: `Track of ${Format.plural(points.length, 'point')} on a map without background.`,
-      table: () => pointTable('track', 'Track, around the mean position', points, 'Time (UTC)', ({ bin }) => grid.text(bin)) });
+      table: () => pointTable('track', 'Track, around the mean position', points, grid ? 'Time (UTC)' : 'Point', name) });
   }
 
   // Points around a center with the circles that hold 50 and 95 % of all.
