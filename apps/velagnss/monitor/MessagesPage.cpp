@@ -60,8 +60,8 @@ constexpr S_Column<S_MessageView> kProtocolColumns[] = {
 constexpr std::string_view kNoFrames = "No frame has come yet.";
 
 constexpr S_Column<S_FaultView> kFaultColumns[] = {
-    {"When", 8, 0, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, false); }, 59},
-    {"When", 19, 60, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, true); }},
+    {"When", 8, 0, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, false); }, 75},
+    {"When", 19, 76, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, true); }},
     {"Offset", 11, 48, true, [](const S_FaultView& f) { return CountText(f.offset); }},
     {"Bytes", 7, 0, true, [](const S_FaultView& f) { return f.length > 0 ? CountText(f.length) : "..."; }},
     {"What", 9, 56, false, [](const S_FaultView& f) { return f.what; }},

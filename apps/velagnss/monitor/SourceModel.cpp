@@ -104,13 +104,15 @@ S_LinkView C_SourceModel::Link() const {
   return view;
 }
 
+double C_SourceModel::Silence() const { return S_AgeClock{MachineTime()}.AgeOf(m_bytesAt); }
+
 // A link that has failed before it was ever connected is lost as well.
-eSourceState C_SourceModel::State(double silence) const {
-  if (m_hasFailed || (m_link && m_link->state == eState::Failed)) return eSourceState::Failed;
+eSourceState C_SourceModel::State() const {
+  if (m_link && m_link->state == eState::Failed) return eSourceState::Failed;
   if (m_hasEnded) return eSourceState::Ended;
   if (m_link && m_link->state != eState::Connected && m_connected + m_link->failures > 0) return eSourceState::Lost;
   if (m_bytes == 0) return eSourceState::Waiting;
-  if (silence > Patience()) return eSourceState::Silent;
+  if (Silence() > Patience()) return eSourceState::Silent;
   return m_bytes - m_bytesAtFrame > kNoise ? eSourceState::NoFrames : eSourceState::Receiving;
 }
 
@@ -119,8 +121,8 @@ S_SourceView C_SourceModel::Snapshot() const {
   S_SourceView view;
   view.name = m_name;
   view.isLive = m_isLive;
-  view.silence = S_AgeClock{MachineTime()}.AgeOf(m_bytesAt);
-  view.state = State(view.silence);
+  view.silence = Silence();
+  view.state = State();
   view.link = Link();
   view.time = Aged(m_time, clock);
   view.bytes = m_bytes;

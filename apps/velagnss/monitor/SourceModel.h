@@ -42,23 +42,22 @@ class C_SourceModel : public C_RecordConsumer {
   // empty for all. Those kept that do not pass are dropped. Gives back an error text, and changes nothing then.
   std::optional<std::string> SetFilter(std::string_view list) { return m_raw.SetFilter(list); }
 
-  // The source could not be opened, or reading it failed.
-  void SetFailed() { m_hasFailed = true; }
-
   S_SourceView Snapshot() const;
+
+  // That of a snapshot.
+  eSourceState State() const;
 
  private:
   double MachineTime() const;  // s
   double Now() const;          // s on the scale of ages and rates; NaN while there is none
   C_TimeText When() const;     // for people
   double Patience() const;     // s, after which a value is stale
-  eSourceState State(double silence) const;
+  double Silence() const;      // s since the last byte; NaN before the first
   S_LinkView Link() const;
 
   std::string m_name;
   t_Now m_now;
   bool m_isLive = false;
-  bool m_hasFailed = false;
   bool m_hasEnded = false;
   velagnss::StreamClock m_clock;  // of the last frame
 
