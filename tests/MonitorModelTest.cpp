@@ -32,8 +32,8 @@ TEST(MonitorRates, AreOverTenSecondsOfTheRightClock) {
     EXPECT_EQ(RateOf(watched.View(), "GGA"), 1) << isLive;
     EXPECT_EQ(RateOf(watched.View(), "GST"), 2) << isLive;
     EXPECT_NEAR(watched.View().bytesPerSecond, static_cast<double>((Gga(1) + Gst(1) + Gst(1)).size()), 7) << isLive;
-    watched.Wait(60);
-    EXPECT_EQ(RateOf(watched.View(), "GGA"), isLive ? 0 : 1);
+    const S_SourceView ended = (watched.End(), watched.Wait(60), watched.View());
+    EXPECT_EQ(RateOf(ended, "GGA"), isLive ? 0 : 1);
   }
 }
 
@@ -61,6 +61,17 @@ TEST(MonitorValues, GoStale) {
   watched.Wait(6);
   EXPECT_TRUE(watched.View().sky->isStale);
   EXPECT_EQ(watched.View().state, eSourceState::Silent);
+}
+
+// A file that has ended is as it was at its end; a pipe that is silent grows old.
+TEST(MonitorValues, OfFilesAreThoseOfTheirEnd) {
+  C_Watched watched(false);
+  for (int second = 0; second < 10; ++second) watched.Feed(Epoch(second));
+  watched.Wait(60);
+  EXPECT_TRUE(watched.View().position->isStale);
+  watched.End();
+  EXPECT_FALSE(watched.View().position->isStale);
+  EXPECT_EQ(watched.View().position->age, 0);
 }
 
 TEST(MonitorValues, OfSlowStationsAreNotStale) {
@@ -135,7 +146,8 @@ TEST(MonitorFaults, AreRunsAndContents) {
   const std::string wrong = Sentence("GPGGA,not a time,,,,,,,,,,,,,");
   watched.Feed(Gga(0) + wrong + damaged + damaged);
   const std::size_t at = Gga(0).size();
-  const std::string content = fmt::format("{} +{} GGA: too few fields, or a field that cannot be parsed\n", at, wrong.size() - 1);
+  const std::string content =
+      fmt::format("{} +{} GGA: too few fields, or a field that cannot be parsed\n", at, wrong.size() - 1);
   const std::size_t run = at + wrong.size();
   EXPECT_EQ(FaultText(watched.View()), fmt::format("{} +0 skipping: 2 checksum errors\n", run) + content);
   watched.Feed(Gga(1));

@@ -188,13 +188,16 @@ TEST_ROWS(MonitorScreen, IsAsExpected, kScreens, row) {
 // --- Hostile contents ---
 
 // Control sequences, wide, combining and invisible characters, no UTF-8 at all, and much of everything.
-const std::string kBad = "\x1b[2J\x9b" "31m\r\n\t\x7f" "\xe6\xbc\xa2\xcc\x81\xe2\x80\xae\xf0\x9f\x98\x80\xff\xc3\u00ad";
+const std::string kBad =
+    "\x1b[2J\x9b"
+    "31m\r\n\t\x7f"
+    "\xe6\xbc\xa2\xcc\x81\xe2\x80\xae\xf0\x9f\x98\x80\xff\xc3\u00ad";
 
 // Numbers of all sizes.
 double AnyNumber(std::mt19937& random) {
   constexpr double kLimit = std::numeric_limits<double>::max();
-  constexpr double kNumbers[] = {0,    -1,     55,        1e9,        -1e300,    kLimit,
-                                 -0.5, kNoAge, NA_DOUBLE, std::numeric_limits<double>::infinity()};
+  constexpr double kNumbers[] = {0,      -1,   55,     1e9,       -1e300,
+                                 kLimit, -0.5, kNoAge, NA_DOUBLE, std::numeric_limits<double>::infinity()};
   return kNumbers[random() % std::size(kNumbers)];
 }
 
@@ -302,9 +305,9 @@ struct S_BarCase {
   const char* plain;
 };
 const S_BarCase kBars[] = {
-    {"None", 0, "", ""},        {"Negative", -5, "", ""}, {"Eighth", 0.03125, "▏", ""},  {"Half", 0.5, "██", "##"},
-    {"More", 0.53, "██▏", "##"}, {"Most", 0.9, "███▋", "####"}, {"All", 1, "████", "####"}, {"Beyond", 7, "████", "####"},
-    {"Unknown", kNoAge, "", ""},
+    {"None", 0, "", ""},        {"Negative", -5, "", ""},      {"Eighth", 0.03125, "▏", ""},
+    {"Half", 0.5, "██", "##"},  {"More", 0.53, "██▏", "##"},   {"Most", 0.9, "███▋", "####"},
+    {"All", 1, "████", "####"}, {"Beyond", 7, "████", "####"}, {"Unknown", kNoAge, "", ""},
 };
 TEST_ROWS(MonitorBar, HasEighths, kBars, row) {
   for (const bool isPlain : {false, true}) {

@@ -22,7 +22,11 @@ C_SourceModel::C_SourceModel(std::string name, t_Now now) : m_name(std::move(nam
 
 double C_SourceModel::MachineTime() const { return std::chrono::duration<double>(m_now().time_since_epoch()).count(); }
 
-double C_SourceModel::Now() const { return m_isLive ? MachineTime() : m_seconds; }
+// A pipe may be fed by a receiver: what has come from it grows old as well.
+double C_SourceModel::Now() const {
+  if (m_isLive) return MachineTime();
+  return m_hasEnded ? m_seconds : m_seconds + Silence();
+}
 
 C_TimeText C_SourceModel::When() const {
   if (m_isLive) return C_TimeText::OfMachine(m_now());
@@ -61,7 +65,7 @@ void C_SourceModel::OnFrame(const S_FrameRecord& record) {
   if (!m_isLive && !std::isnan(now)) m_byteRate.Add(now, end - std::exchange(m_bytesRated, end));
   m_receivers.Take(record, now);
   m_messages.Take(record, now);
-  m_faults.OnFrame(record, When());
+  if (record.decoded.hasDataError) m_faults.OnWrongContents(record, When());
   m_raw.OnFrame(record);
 }
 
@@ -120,7 +124,6 @@ S_SourceView C_SourceModel::Snapshot() const {
   const S_AgeClock clock{Now(), Patience()};
   S_SourceView view;
   view.name = m_name;
-  view.isLive = m_isLive;
   view.silence = Silence();
   view.state = State();
   view.link = Link();

@@ -17,7 +17,7 @@
 namespace Host {
 
 // Ages and rates are by the machine's clock for a live source, and by the stream's time for any other: a file is read
-// in an instant, and its last epoch is as good as new.
+// in an instant, and its last epoch is as good as new. While such a source is silent, its time goes on.
 //
 // Memory is bounded, whatever the stream holds. One thread feeds the model; whoever takes snapshots on another one
 // locks both sides.
