@@ -18,9 +18,8 @@ std::string TitleOf(const S_SourceView& view, const S_ScreenState& state) {
 std::string LineOf(const S_RawObject& object) {
   const std::string_view json = object.json;
   const std::size_t fields = json.find("\"fields\":");
-  constexpr std::string_view kBegin = "{\"schema\":1,";
-  if (object.name.empty() || fields == std::string_view::npos)
-    return std::string(json.starts_with(kBegin) ? json.substr(kBegin.size()) : json);
+  if (object.name.empty()) return std::string(json.substr(std::min(json.find("\"event\":"), json.size())));
+  if (fields == std::string_view::npos) return object.name;
   return fmt::format("{:<8} {}", object.name, json.substr(fields + std::string_view("\"fields\":").size()));
 }
 
