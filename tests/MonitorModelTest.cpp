@@ -97,7 +97,8 @@ TEST(MonitorValues, SatellitesThatComeInTurnAreTogether) {
   int second = 0;
   const auto feed = [&](const std::string& sky, int seconds) {
     watched.Feed(Gga(second) + sky);
-    for (; seconds > 0; --seconds, watched.Wait(1)) watched.Feed(Gga(++second));
+    for (watched.Wait(1); seconds > 1; --seconds, watched.Wait(1)) watched.Feed(Gga(++second));
+    ++second;
   };
   feed(kUsed + kGpsInView, 5);
   EXPECT_EQ(SkyText(watched), "05+ 012+ 029- ");

@@ -51,7 +51,8 @@ int DrawRaw(const C_Pane& pane, const S_SourceView& view, const S_ScreenState& s
     return 0;
   }
   const S_ListPart part(view.raw.size(), 1, state.scroll);
-  const int list = pane.Rows() / 2;
+  constexpr int kMostDetail = 16;
+  const int list = std::max(pane.Rows() / 2, pane.Rows() - kMostDetail);
   DrawObjectList(pane.Above(list).Below(1), view, part.first);
   DrawObject(pane.Below(list), *view.raw[static_cast<std::size_t>(part.first)]);
   return part.most;
