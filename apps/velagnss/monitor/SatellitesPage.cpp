@@ -65,7 +65,8 @@ std::string StationHeading(const S_StationView& station) {
 
 t_Lines LinesOf(const S_SourceView& view) {
   t_Lines lines;
-  if (view.sky) AddSky(lines, view.sky, view.stations.empty() ? "" : "Receiver");
+  const bool needsHeading = view.sky && (view.sky->isStale || !view.stations.empty());
+  if (view.sky) AddSky(lines, view.sky, needsHeading ? "Receiver" : "");
   for (const S_StationView& station : view.stations)
     if (!station.isReceiver) AddSky(lines, station.sky, StationHeading(station));
   return lines;

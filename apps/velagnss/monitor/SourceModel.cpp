@@ -52,12 +52,9 @@ void C_SourceModel::OnBytes(std::span<const unsigned char> bytes, t_Arrival arri
 }
 
 void C_SourceModel::OnFrame(const S_FrameRecord& record) {
-  m_clock = record.clock;
-  const double seconds = m_clock.Seconds();
-  const bool isNewTime = !std::isnan(seconds) && seconds != m_seconds;
-  m_seconds = seconds;
+  const double before = std::exchange(m_seconds, record.clock.Seconds());
   const double now = m_isLive ? m_bytesAt : m_seconds;
-  if (isNewTime) m_time = {C_TimeText::StreamTime(m_clock, seconds), now};
+  if (!std::isnan(m_seconds) && m_seconds != before) m_time = {C_TimeText::StreamTime(record.clock, m_seconds), now};
   ++m_frames;
   m_bytesAtFrame = m_bytes;
   m_frameRate.Add(now);

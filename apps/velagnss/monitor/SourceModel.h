@@ -59,13 +59,11 @@ class C_SourceModel : public C_RecordConsumer {
   t_Now m_now;
   bool m_isLive = false;
   bool m_hasEnded = false;
-  velagnss::StreamClock m_clock;  // of the last frame
 
   std::uint64_t m_bytes = 0;
   std::uint64_t m_bytesRated = 0;  // offset up to which the rate has counted
   std::uint64_t m_frames = 0;
   double m_bytesAt = kNoAge;         // machine's time
-  double m_frameAt = kNoAge;         // machine's time, as far as pieces of bytes tell
   std::uint64_t m_bytesAtFrame = 0;  // bytes that had come with the last frame
   C_Rate m_byteRate;
   C_Rate m_frameRate;
