@@ -131,7 +131,6 @@ void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account, const C_Po
   WriteIntegrity(json, account);
   if (points != nullptr) WritePoints(json, *points);
   json.EndObject();
-  json.EndLine();
 }
 
 }  // namespace Host

@@ -8,7 +8,7 @@
 
 namespace Host {
 
-// A line. `points` may be null: then there is no member "positions".
+// An object. `points` may be null: then there is no member "positions".
 void WriteAccount(C_JsonWriter& json, const C_StreamAccount& account, const C_PointReport* points = nullptr);
 
 // A line, the counts of a total of so many inputs.

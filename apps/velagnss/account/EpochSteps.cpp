@@ -1,15 +1,15 @@
 #include "apps/velagnss/account/EpochSteps.h"
 
+#include <algorithm>
+
 #include "apps/velagnss/pipeline/Observations.h"
 
 namespace Host {
 namespace {
 
-constexpr double kGapFactor = 1.5;        // of the interval
-constexpr std::size_t kMaxSteps = 10000;  // different lengths that are counted
-constexpr long kMaxLate = 10000;          // ms that a sentence may be late, as in tracks
+constexpr double kGapFactor = 1.5;  // of the interval
+constexpr long kMaxLate = 10000;    // ms that a sentence may be late, as in tracks
 constexpr long kMaxApart = kSameEpoch - 1;
-constexpr std::size_t kMaxStepsKept = 1000;
 
 }  // namespace
 
@@ -21,12 +21,13 @@ void C_EpochSteps::Note(std::uint64_t offset, double seconds) {
   if (length >= -kMaxLate && length <= kMaxApart) return;
   m_last = seconds;
   if (length < 0) return;
+  m_longest = std::max(m_longest, length);
   Count(length);
   Keep(step);
 }
 
 void C_EpochSteps::Count(long step) {
-  if (m_counts.size() == kMaxSteps && !m_counts.contains(step)) return;
+  if (m_counts.size() == m_limits.lengths && !m_counts.contains(step)) return;
   const std::uint64_t count = ++m_counts[step];
   const std::uint64_t most = m_interval == 0 ? 0 : m_counts[m_interval];
   if (count > most || (count == most && step < m_interval)) m_interval = step;
@@ -35,11 +36,11 @@ void C_EpochSteps::Count(long step) {
 // What looks like a gap takes the place of what does not. When everything kept is a gap, only another interval makes
 // room.
 void C_EpochSteps::Keep(const S_TimeGap& step) {
-  if (m_steps.size() == kMaxStepsKept && m_interval != m_fullAt && IsGap(step.Milliseconds())) {
+  if (m_steps.size() == m_limits.kept && m_interval != m_fullAt && IsGap(step.Milliseconds())) {
     m_steps = Gaps();
-    m_fullAt = m_steps.size() == kMaxStepsKept ? m_interval : 0;
+    m_fullAt = m_steps.size() == m_limits.kept ? m_interval : 0;
   }
-  if (m_steps.size() < kMaxStepsKept) m_steps.push_back(step);
+  if (m_steps.size() < m_limits.kept) m_steps.push_back(step);
 }
 
 bool C_EpochSteps::IsGap(long step) const {

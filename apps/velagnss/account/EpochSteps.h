@@ -22,6 +22,14 @@ struct S_TimeGap {
 // epoch with times that differ by some milliseconds.
 class C_EpochSteps {
  public:
+  // Bounds of the memory: different lengths that are counted, and steps that are kept because they may be gaps.
+  struct S_Limits {
+    std::size_t lengths = 10000;
+    std::size_t kept = 1000;
+  };
+  explicit C_EpochSteps(const S_Limits& limits) : m_limits(limits) {}
+  C_EpochSteps() = default;
+
   void Note(std::uint64_t offset, double seconds);
 
   std::optional<double> First() const { return m_first; }
@@ -30,7 +38,10 @@ class C_EpochSteps {
   // The step that occurs most often, in s; the shortest one of several; 0 with fewer than two epochs.
   double Interval() const { return static_cast<double>(m_interval) / 1000; }
 
-  // Steps of more than one and a half intervals: how many, and of them the first 1000.
+  // The longest step, in s; 0 with fewer than two epochs.
+  double Longest() const { return static_cast<double>(m_longest) / 1000; }
+
+  // Steps of more than one and a half intervals: how many, and of them the first ones.
   std::uint64_t GapCount() const;
   std::vector<S_TimeGap> Gaps() const;
 
@@ -39,9 +50,11 @@ class C_EpochSteps {
   void Keep(const S_TimeGap& step);
   bool IsGap(long step) const;
 
+  S_Limits m_limits;
   std::optional<double> m_first;
   std::optional<double> m_last;
   std::map<long, std::uint64_t> m_counts;  // by step in ms
+  long m_longest = 0;                      // ms
   long m_interval = 0;                     // of them the most frequent, ms
   long m_fullAt = 0;                       // the interval with which all kept steps were gaps, ms
   std::vector<S_TimeGap> m_steps;          // that may be gaps: the interval is only known at the end

@@ -19,16 +19,6 @@ std::optional<double> GpsTime(const Rtcm3Time& time) {
   return SecondsOf(time.week, time.seconds);
 }
 
-double ReferenceOf(const S_IFKeplerEphRec& record) {
-  return SecondsOf(record.ToeWeek, record.Toe) + (record.TimeSystem == ALGO::GNSS_BEIDOU ? ALGO::kBeidouBehind : 0);
-}
-double ReferenceOf(const S_IFPvaEphRec& record) {
-  const double time = SecondsOf(record.RefWeek, record.RefTime);
-  if (record.TimeSystem != ALGO::GNSS_GLONASS) return time;
-  const double utc = std::max(time - ALGO::kGlonassAhead, 0.0);  // a wrong date may lie before the GPS epoch
-  return utc + LeapSecondsOn(kMjdOfGpsEpoch + static_cast<unsigned int>(utc / kSecondsPerDay));
-}
-
 // Station names are padded with blanks. A message that has no such text leaves the earlier one.
 void Take(const Rtcm3Text& text, std::string& kept) {
   const std::string_view view = text.View().substr(0, text.View().find_last_not_of(' ') + 1);
@@ -47,6 +37,16 @@ Entry& Find(std::vector<Entry>& list, const Key& key, const KeyOf& keyOf) {
 }
 
 }  // namespace
+
+double ReferenceOf(const S_IFKeplerEphRec& record) {
+  return SecondsOf(record.ToeWeek, record.Toe) + (record.TimeSystem == ALGO::GNSS_BEIDOU ? ALGO::kBeidouBehind : 0);
+}
+double ReferenceOf(const S_IFPvaEphRec& record) {
+  const double time = SecondsOf(record.RefWeek, record.RefTime);
+  if (record.TimeSystem != ALGO::GNSS_GLONASS) return time;
+  const double utc = std::max(time - ALGO::kGlonassAhead, 0.0);  // a wrong date may lie before the GPS epoch
+  return utc + LeapSecondsOn(kMjdOfGpsEpoch + static_cast<unsigned int>(utc / kSecondsPerDay));
+}
 
 void C_ObservationSummary::Note(const S_FrameRecord& record) {
   const bool isDated = record.decoded.week != WeekSource::None;

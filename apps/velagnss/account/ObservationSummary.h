@@ -60,6 +60,10 @@ struct S_EphemerisSummary {
   std::optional<double> latest;  // latest reference time: GPS time, s since 6 January 1980; none without a date
 };
 
+// Reference time of an ephemeris whose week is resolved: GPS time, s since 6 January 1980.
+double ReferenceOf(const S_IFKeplerEphRec& record);
+double ReferenceOf(const S_IFPvaEphRec& record);
+
 // Takes RTCM 3 messages and ephemerides of any protocol and ignores every other record. What the wire can name is
 // finite, and so is the memory: 4096 stations, the systems, their signals.
 class C_ObservationSummary {

@@ -1,12 +1,8 @@
 #include "apps/velagnss/account/StreamAccount.h"
 
-#include <algorithm>
 #include <cmath>
-#include <tuple>
-#include <utility>
 
 #include "apps/velagnss/pipeline/TagBlock.h"
-#include "stream/Names.h"
 
 namespace Host {
 
@@ -20,43 +16,16 @@ void C_StreamAccount::BeginInput(const std::string& name) {
 }
 
 void C_StreamAccount::OnFrame(const S_FrameRecord& record) {
-  S_MessageCount& entry = CountOf(record.frame);
+  S_MessageCount& entry = *m_messages.Of(record.frame);
   ++entry.count;
-  const bool isDecoded =
-      record.decoded.depth == velagnss::Depth::Full || record.decoded.depth == velagnss::Depth::Partial;
-  if (isDecoded) ++entry.decoded;
-  if (isDecoded) ++m_framesDecoded;
+  if (IsDecoded(record.decoded)) {
+    ++entry.decoded;
+    ++m_framesDecoded;
+  }
   if (record.decoded.hasDataError) ++entry.faults;
   m_epochs.Note(record.frame.offset, record.clock.Seconds());
   m_position.Note(record.decoded.record);
   m_observations.Note(record);
-}
-
-S_MessageCount& C_StreamAccount::CountOf(const velagnss::Frame& frame) {
-  const S_MessageKey key = KeyOf(frame);
-  if (key.name.empty()) {
-    const auto found =
-        std::find_if(m_messages.begin(), m_messages.end(), [&](const auto& row) { return row.key == key; });
-    if (found != m_messages.end()) return *found;
-  }
-  std::string name = key.name;
-  if (name.empty()) name = velagnss::MessageName(frame.protocol, frame.message).Text();
-  return RowOf({key, std::move(name), velagnss::MessageNumber(frame)});
-}
-
-// A linear search: a stream carries some tens of message types at most. A sentence that breaks a rule of the catalog
-// shares the row of those of the same name that keep it.
-S_MessageCount& C_StreamAccount::RowOf(const S_MessageCount& message) {
-  const auto found = std::find_if(m_messages.begin(), m_messages.end(), [&](const S_MessageCount& row) {
-    return row.key.protocol == message.key.protocol && row.name == message.name;
-  });
-  if (found == m_messages.end())
-    return m_messages.emplace_back(S_MessageCount{message.key, message.name, message.number});
-  if (!found->number && message.number) {
-    found->key = message.key;
-    found->number = message.number;
-  }
-  return *found;
 }
 
 // A failed checksum means a damaged frame; other rejections are mostly bytes that happen to look like a start.
@@ -83,13 +52,7 @@ void C_StreamAccount::EndInput(const S_InputEnd& end) {
   m_framesGood = end.totals.overall.framesGood;
   m_framesBad = end.totals.overall.framesBad;
   m_bytesDamaged = end.totals.overall.bytesDiscarded - m_bytesOfTags;
-  SortMessages();
-}
-
-void C_StreamAccount::SortMessages() {
-  std::sort(m_messages.begin(), m_messages.end(), [](const S_MessageCount& a, const S_MessageCount& b) {
-    return std::tie(a.key.protocol, a.key.type, a.name) < std::tie(b.key.protocol, b.key.type, b.name);
-  });
+  m_messages.Sort();
 }
 
 void C_StreamAccount::AddCounts(const C_StreamAccount& other) {
@@ -101,13 +64,13 @@ void C_StreamAccount::AddCounts(const C_StreamAccount& other) {
   for (const auto count : {&velagnss::StreamTotals::bytesAccepted, &velagnss::StreamTotals::bytesDiscarded,
                            &velagnss::StreamTotals::framesGood, &velagnss::StreamTotals::framesBad})
     m_atEnd.*count += other.m_atEnd.*count;
-  for (const S_MessageCount& from : other.m_messages) {
-    S_MessageCount& entry = RowOf(from);
+  for (const S_MessageCount& from : other.Messages()) {
+    S_MessageCount& entry = *m_messages.Of(from);
     entry.count += from.count;
     entry.decoded += from.decoded;
     entry.faults += from.faults;
   }
-  SortMessages();
+  m_messages.Sort();
   m_skipped.AddCount(other.m_skipped.Count());
   m_durationOfOthers += other.Duration() > 0 ? other.Duration() : std::nan("");
 }

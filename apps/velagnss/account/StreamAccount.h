@@ -10,20 +10,17 @@
 
 #include "apps/velagnss/account/BoundedList.h"
 #include "apps/velagnss/account/EpochSteps.h"
+#include "apps/velagnss/account/MessageRows.h"
 #include "apps/velagnss/account/ObservationSummary.h"
 #include "apps/velagnss/account/PositionSummary.h"
 #include "apps/velagnss/pipeline/RecordConsumer.h"
-#include "apps/velagnss/text/MessageNames.h"
 #include "apps/velagnss/text/TimeText.h"
 
 namespace Host {
 
-struct S_MessageCount {
-  S_MessageKey key;
-  std::string name;
-  std::optional<unsigned int> number;
+struct S_MessageCount : S_MessageRow {
   std::uint64_t count = 0;
-  std::uint64_t decoded = 0;  // in full or in part
+  std::uint64_t decoded = 0;  // of these
   std::uint64_t faults = 0;   // the checksum is right, but the contents cannot be decoded
 };
 
@@ -36,6 +33,11 @@ struct S_SkippedBytes {
   std::uint64_t offset;
   std::uint64_t length;
 };
+
+// In full or in part: more than its text or bytes.
+inline bool IsDecoded(const velagnss::DecodedFrame& decoded) {
+  return decoded.depth == velagnss::Depth::Full || decoded.depth == velagnss::Depth::Partial;
+}
 
 // Complete when the input has ended; the next one begins a new account.
 class C_StreamAccount : public C_RecordConsumer {
@@ -69,7 +71,7 @@ class C_StreamAccount : public C_RecordConsumer {
   double BadPercent() const;
 
   // By protocol and message.
-  const std::vector<S_MessageCount>& Messages() const { return m_messages; }
+  const std::vector<S_MessageCount>& Messages() const { return m_messages.All(); }
 
   const C_EpochSteps& Epochs() const { return m_epochs; }
   C_TimeText TimeText(double seconds) const { return C_TimeText::StreamTime(m_clock, seconds); }
@@ -91,13 +93,9 @@ class C_StreamAccount : public C_RecordConsumer {
   std::uint64_t RejectedStarts() const { return m_rejectedStarts; }  // for other reasons
 
  private:
-  S_MessageCount& CountOf(const velagnss::Frame& frame);
-  S_MessageCount& RowOf(const S_MessageCount& message);
-  void SortMessages();
-
   std::string m_input;
   velagnss::StreamClock m_clock;  // at the end
-  std::vector<S_MessageCount> m_messages;
+  C_MessageRows<S_MessageCount> m_messages;
   C_EpochSteps m_epochs;
   C_PositionSummary m_position;
   C_ObservationSummary m_observations;

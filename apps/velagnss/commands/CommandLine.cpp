@@ -22,6 +22,7 @@
 #include "apps/velagnss/commands/RecordCommand.h"
 #include "apps/velagnss/commands/RelayCommand.h"
 #include "apps/velagnss/commands/ReplayCommand.h"
+#include "apps/velagnss/commands/ReportCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
@@ -33,8 +34,8 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand,   &kConvertCommand, &kExtractCommand,    &kEncodeCommand, &kGeoCommand,
-    &kRecordCommand, &kReplayCommand, &kRelayCommand,   &kNtripTableCommand, &kPortsCommand,
+    &kDecodeCommand, &kStatCommand,   &kReportCommand, &kConvertCommand, &kExtractCommand,    &kEncodeCommand,
+    &kGeoCommand,    &kRecordCommand, &kReplayCommand, &kRelayCommand,   &kNtripTableCommand, &kPortsCommand,
 };
 
 constexpr char kDescription[] =

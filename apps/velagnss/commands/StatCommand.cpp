@@ -63,6 +63,7 @@ void C_AccountWriter::Show() {
   }
   C_JsonWriter json;
   WriteAccount(json, m_account, m_points);
+  json.EndLine();
   m_text += json.Text();
 }
 
