@@ -2,7 +2,7 @@
 
 import assert from 'node:assert/strict';
 import { createHash } from 'node:crypto';
-import { readFileSync } from 'node:fs';
+import { readFileSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { after, before, describe, test } from 'node:test';
 import { launch, open } from './browser.mjs';
@@ -10,6 +10,7 @@ import { makeReports, names } from './reports.mjs';
 
 const axe = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
 const rules = ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'];
+const kPaperWidth = 718;  // A4 less 1 cm on each side, at 96 dots per inch
 const looks = ['light', 'dark'].flatMap((scheme) => [400, 1600].map((width) => ({ scheme, width })));
 
 const reports = makeReports();
@@ -18,8 +19,8 @@ before(async () => { browser = await launch(); });
 after(() => browser.close());
 
 /** Opens a report, calls `look` with the page, and then wants no complaint about it. */
-async function visit(name, options, look) {
-  const { page, complaints, close } = await open(browser, reports[name].file, options);
+async function visit(file, options, look) {
+  const { page, complaints, close } = await open(browser, file, options);
   try {
     await look(page);
     assert.deepEqual(complaints, []);
@@ -72,6 +73,14 @@ function wideParts() {
     .map((part) => `${part.localName}.${part.className}: ${part.textContent.slice(0, 40)}`)];
 }
 
+/** Charts wider than a sheet, or than what is around them. */
+function cutCharts(paperWidth) {
+  const width = (part) => part.getBoundingClientRect().width;
+  return [...document.querySelectorAll('[data-chart] [role=img]')]
+    .filter((plot) => width(plot) > paperWidth || [...plot.querySelectorAll('canvas, svg')].some((each) => width(each) > width(plot) + 1))
+    .map((plot) => `${plot.parentElement.dataset.chart}: ${width(plot)} pixels`);
+}
+
 /** Elements and attributes in use: hostile texts must not add to them. */
 function markup() {
   const found = new Set();
@@ -110,22 +119,62 @@ async function walkByTab(page) {
   return faults;
 }
 
+/** What the keys of a chart do not do: [a fault, ...]. Each key's answer is announced. */
+async function faultsOfKeys(page, chart) {
+  const plot = chart.locator('[role=img]');
+  const press = async (key) => {
+    await page.evaluate(() => { document.getElementById('announcer').textContent = ''; });
+    await page.keyboard.press(key);
+    return page.textContent('#announcer');
+  };
+  const drawn = () => plot.evaluate((each) =>
+    [...each.querySelectorAll('canvas')].map((canvas) => canvas.toDataURL()).join() || each.innerHTML);
+  await plot.focus();
+  const canZoom = await plot.evaluate((each) => each.matches('.time') || Boolean(each.querySelector('.scale-bar')));
+  const [right, end, home] = [await press('ArrowRight'), await press('End'), await press('Home')];
+  await press('Escape');
+  const whole = await drawn();
+  const zoomed = await press('+');
+  const near = await drawn();
+  const reset = await press('0');
+  const again = await drawn();
+  const closer = [await press('+'), await press('-')];
+  return [
+    !right && 'right: nothing announced', home !== right && `home: ${home}, but the first step: ${right}`,
+    !end && 'end: nothing announced', canZoom && !zoomed && '+: nothing announced', canZoom && near === whole && '+: not drawn',
+    canZoom && (!reset || reset === zoomed) && '0: nothing announced', again !== whole && '0: not drawn as before',
+    canZoom && (closer[0] !== zoomed || closer[1] !== reset) && `+ and -: ${closer}`,
+  ].filter(Boolean);
+}
+
+/** The same numbers with a hostile text added to each text but names of systems, kinds and instants. */
+function withHostileTexts(html) {
+  const payload = '"\'><img src=x onerror=intruder()><script>intruder()</script>\u2028\u202e';
+  const spoil = (key, value) =>
+    typeof value === 'string' && !/^\d{4}-\d\d-\d\dT|^\d\d:/.test(value) ? `${value}${payload}` : value;
+  const escape = (text) => text.replace(/[<>&\u2028]/g, (each) => `\\u${each.charCodeAt().toString(16).padStart(4, '0')}`);
+  return html.replace(/(<script type="application\/json" id="report">)([^<]*)/,
+    (_, tag, json) => tag + escape(JSON.stringify(JSON.parse(json), spoil)));
+}
+
 for (const name of names) {
   describe(`report of ${name}`, () => {
+    const { file, json, stat } = reports[name];
+
     for (const look of looks) {
-      test(`${look.scheme}, ${look.width} px: drawn, readable`, () => visit(name, look, async (page) => {
+      test(`${look.scheme}, ${look.width} px: drawn, readable`, () => visit(file, look, async (page) => {
         assert.deepEqual(await page.evaluate(blankCharts), []);
         await openTables(page);
         assert.deepEqual(await faultsOfAccess(page), []);
       }));
     }
 
-    test('360 px: nothing to scroll sideways', () => visit(name, { width: 360 }, async (page) => {
+    test('360 px: nothing to scroll sideways', () => visit(file, { width: 360 }, async (page) => {
       await openTables(page);
       assert.deepEqual(await page.evaluate(wideParts), []);
     }));
 
-    test('the policy allows the blocks in the page and nothing else', () => visit(name, {}, async (page) => {
+    test('the policy allows the blocks in the page and nothing else', () => visit(file, {}, async (page) => {
       const policy = await page.getAttribute('meta[http-equiv="Content-Security-Policy"]', 'content');
       const blocks = await page.evaluate(() =>
         [...document.querySelectorAll('script:not([type="application/json"]), style')].map((block) => [block.localName, block.textContent]));
@@ -135,8 +184,52 @@ for (const name of names) {
       assert.deepEqual(policy.split('; ').sort(), wanted.sort());
     }));
 
-    test('without script a text says what is missing', () => visit(name, { javaScriptEnabled: false }, async (page) => {
+    test('the page has the numbers of --json, and those of stat', () => visit(file, {}, async (page) => {
+      assert.deepEqual(JSON.parse(await page.textContent('#report')), json);
+      assert.deepEqual(json.inputs.map((input) => input.stat), stat);
+    }));
+
+    test('by keyboard: a visible way through the page', () => visit(file, {}, async (page) => {
+      assert.deepEqual(await walkByTab(page), []);
+    }));
+
+    test('by keyboard: charts', () => visit(file, {}, async (page) => {
+      for (const chart of await page.locator('[data-chart]').all())
+        assert.deepEqual(await faultsOfKeys(page, chart), [], await chart.getAttribute('data-chart'));
+    }));
+
+    test('on paper: no chart is cut', () => visit(file, {}, async (page) => {
+      await page.emulateMedia({ media: 'print' });
+      assert.deepEqual(await page.evaluate(blankCharts), []);
+      assert.deepEqual(await page.evaluate(cutCharts, kPaperWidth), []);
+      assert.ok((await page.pdf({ format: 'A4' })).length > 10000);
+    }));
+
+    test('without script a text says what is missing', () => visit(file, { javaScriptEnabled: false }, async (page) => {
       assert.match(await page.innerText('body'), /JavaScript|script/);
     }));
   });
 }
+
+describe('hostile texts', () => {
+  const { file: plain } = reports.several;
+  const spoiled = plain.replace('several', 'spoiled');
+  writeFileSync(spoiled, withHostileTexts(readFileSync(plain, 'utf8')));
+
+  const markupOf = async (file) => {
+    let found;
+    await visit(file, {}, async (page) => {
+      await openTables(page);
+      found = await page.evaluate(markup);
+    });
+    return found;
+  };
+
+  for (const [what, file] of [['of an input', reports.hostile.file], ['in every text of the data', spoiled]]) {
+    test(`${what} remain texts`, async () => {
+      const known = await markupOf(plain);
+      assert.deepEqual((await markupOf(file)).filter((each) => !known.includes(each)), []);
+      await visit(file, {}, async (page) => assert.match(await page.innerText('main'), /<img src=x onerror=intruder\(\)>/));
+    });
+  }
+});

@@ -55,7 +55,6 @@ export function makeReports() {
     run(directory, 'report', '-o', file, ...inputs);
     return [name, {
       file,
-      html: readFileSync(file, 'utf8'),
       json: JSON.parse(run(directory, 'report', '--json', ...inputs)),
       stat: inputs.map((input) => JSON.parse(run(directory, 'stat', '--json', '--positions', input))),
     }];
