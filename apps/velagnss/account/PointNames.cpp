@@ -22,7 +22,7 @@ constexpr std::array<std::string_view, 9> kUses = {
 
 std::string PointSatelliteName(unsigned int system, unsigned int svId) {
   const S_SystemRow& row = kSystems[system];
-  return fmt::format("{}{:02}", row.letter, svId >= row.offset ? svId - row.offset : svId);
+  return fmt::format("{}{:02}", row.letter, svId < row.offset ? svId : svId - row.offset);
 }
 
 std::string_view WhyUnused(const S_PointSatellite& satellite) {

@@ -9,7 +9,7 @@
 
 namespace Host {
 
-// As RINEX names it: "G05", "J02" for QZSS 194.
+// As RINEX names it: "G05", "J02" for QZSS 194. A number that the system does not have stays as it is.
 std::string PointSatelliteName(unsigned int system, unsigned int svId);
 
 // The most frequent reason, in words; empty if there is none.

@@ -1,6 +1,7 @@
 #include "apps/velagnss/account/PointReport.h"
 
 #include <cmath>
+#include <utility>
 
 #include "apps/velagnss/pipeline/Ephemerides.h"
 #include "apps/velagnss/text/Units.h"
@@ -22,7 +23,9 @@ S_PointStation StationOf(const velagnss::Rtcm3Station& record) {
 }  // namespace
 
 void C_PointReport::BeginInput(const std::string&) {
+  t_ErrorSink sink = std::move(m_errorSink);
   *this = C_PointReport();
+  m_errorSink = std::move(sink);
   m_engine = std::make_unique<S_Engine>();
 }
 
@@ -61,11 +64,11 @@ void C_PointReport::SolveOldest() {
   S_Waiting& oldest = m_waiting.front();
   oldest.epoch.satellites = oldest.satellites.data();
   if (const auto known = m_stations.find(*m_stationNumber); known != m_stations.end()) m_station = known->second;
-  NoteSolution(m_engine->solver.Solve(oldest.epoch, m_engine->ephemerides));
+  NoteSolution(oldest.epoch.time, m_engine->solver.Solve(oldest.epoch, m_engine->ephemerides));
   m_waiting.pop_front();
 }
 
-void C_PointReport::NoteSolution(const velagnss::PointSolution& solution) {
+void C_PointReport::NoteSolution(const C_GnssTime& time, const velagnss::PointSolution& solution) {
   ++m_results[static_cast<std::size_t>(solution.result)];
   const bool isSolved = solution.result == velagnss::PointResult::Ok;
   for (std::size_t i = 0; i < solution.numSatellites; ++i) {
@@ -91,10 +94,10 @@ void C_PointReport::NoteSolution(const velagnss::PointSolution& solution) {
   m_pdop.Add(solution.pdop);
   m_hdop.Add(solution.hdop);
   m_vdop.Add(solution.vdop);
-  NotePosition(solution.position);
+  NotePosition(time, solution.position);
 }
 
-void C_PointReport::NotePosition(const C_Vector3& position) {
+void C_PointReport::NotePosition(const C_GnssTime& time, const C_Vector3& position) {
   C_PointCoordinate point(C_PointCoordinate::COORD_CARTESIAN, position);
   point.ConvertToAllInternal();
   const C_Vector3& geodetic = point.Geodetic();
@@ -105,6 +108,7 @@ void C_PointReport::NotePosition(const C_Vector3& position) {
   m_errors.Add(error);
   m_errorSum += error;
   ++m_errorCount;
+  if (m_errorSink) m_errorSink(time, error);
 }
 
 std::optional<S_PointErrors> C_PointReport::Errors() const {

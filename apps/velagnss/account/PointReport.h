@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -81,6 +82,11 @@ struct S_PointErrors {
 // satellite, and samples of the positions.
 class C_PointReport : public C_RecordConsumer {
  public:
+  // Gets each position that is compared with the station's own coordinates, in the order of the epochs: its GPS time,
+  // and how far off it is in m to the north, east and up.
+  using t_ErrorSink = std::function<void(const C_GnssTime& time, const C_Vector3& error)>;
+  void SetErrorSink(t_ErrorSink sink) { m_errorSink = std::move(sink); }
+
   void BeginInput(const std::string& name) override;
   void OnFrame(const S_FrameRecord& record) override;
   void EndInput(const S_InputEnd& end) override;
@@ -92,6 +98,7 @@ class C_PointReport : public C_RecordConsumer {
   const std::optional<S_PointStation>& Station() const { return m_station; }
   std::optional<S_PositionSummary> Positions() const { return m_positions.Summary(); }
   std::optional<S_PointErrors> Errors() const;
+  const std::vector<C_Vector3>& SomeErrors() const { return m_errors.Kept(); }  // an even part: m, north, east, up
 
   double ResidualRms() const { return m_residuals.Root(); }
   double Pdop() const { return m_pdop.Root(); }  // root mean squares
@@ -115,9 +122,10 @@ class C_PointReport : public C_RecordConsumer {
   void Note(const velagnss::Rtcm3Station& station);
   void Wait(const velagnss::PointEpoch* epoch);
   void SolveOldest();
-  void NoteSolution(const velagnss::PointSolution& solution);
-  void NotePosition(const C_Vector3& position);
+  void NoteSolution(const C_GnssTime& time, const velagnss::PointSolution& solution);
+  void NotePosition(const C_GnssTime& time, const C_Vector3& position);
 
+  t_ErrorSink m_errorSink;
   std::unique_ptr<S_Engine> m_engine;
   std::deque<S_Waiting> m_waiting;
   std::optional<unsigned short> m_stationNumber;        // of the first epoch

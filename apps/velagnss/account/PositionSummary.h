@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <vector>
 
 #include "apps/velagnss/account/EvenSample.h"
 #include "geo/Vector3.h"
@@ -52,6 +53,10 @@ class C_PositionSummary {
 
   // Nothing without fixes.
   std::optional<S_PositionSummary> Summary() const;
+
+  // ECEF, m: the mean, and the fixes that the radii are made of.
+  const C_Vector3& Mean() const { return m_mean; }
+  const std::vector<C_Vector3>& SomeFixes() const { return m_kept.Kept(); }
 
   // Why there is no fix, if there is none.
   eNoPosition Reason() const { return m_reason; }

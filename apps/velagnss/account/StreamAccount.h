@@ -84,6 +84,7 @@ class C_StreamAccount : public C_RecordConsumer {
   double RateOf(std::uint64_t count) const;
 
   std::optional<S_PositionSummary> Position() const { return m_position.Summary(); }
+  const C_PositionSummary& Positions() const { return m_position; }
   const C_ObservationSummary& Observations() const { return m_observations; }
   eNoPosition WhyNoPosition() const { return m_position.Reason(); }
 

@@ -48,6 +48,7 @@ struct S_Epoch {
   double timeOfDay = NA_DOUBLE;     // s of the UTC day
   std::optional<unsigned int> mjd;  // the day; nothing when the date is not known
 
+  bool hasSentences = false;           // otherwise all of it is from observations
   bool hasPosition = false;            // a sentence with a position was there, with a fix or without one
   std::optional<S_Position> position;  // with a fix
   char fixType = '\0';                 // of GSA: '1' none, '2' 2D, '3' 3D

@@ -259,6 +259,7 @@ void C_EpochBuilder::Close(const velagnss::StreamClock& clock) {
   if (m_isOpen) {
     AddObserved(clock);
     if (!IsNotAvailable(m_epoch.timeOfDay)) m_epoch.mjd = clock.UtcOf(m_midnight + kSecondsPerDay / 2).mjd;
+    m_epoch.hasSentences = true;
     m_epoch.hasPosition = !m_position.IsEmpty();
     m_epoch.position = m_position.Best();
     if (m_epoch.position && IsNotAvailable(m_epoch.hdop)) m_epoch.hdop = m_epoch.position->hdop;

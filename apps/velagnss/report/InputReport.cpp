@@ -1,6 +1,7 @@
 #include "apps/velagnss/report/InputReport.h"
 
 #include "apps/velagnss/account/AccountJson.h"
+#include "apps/velagnss/report/ReceiverJson.h"
 
 namespace Host {
 
@@ -43,9 +44,7 @@ void C_InputReport::Write(C_JsonWriter& json) const {
   json.Key("name").Utf8(m_account.Input());
   WriteAccount(json.Key("stat"), m_account, &m_points);
   WriteBins(json.Key("bins"), m_contents.axis, m_clock);
-  json.Key("receivers").BeginArray();
-  json.EndArray();
-  json.Key("receivers_left_out").Integer(0);
+  WriteReceivers(json, m_receivers);
   m_contents.messages.Write(json, m_contents.axis);
   WriteGaps(json);
   m_contents.latency.Write(json, m_contents.axis);

@@ -13,14 +13,15 @@
 #include "apps/velagnss/report/EphemerisList.h"
 #include "apps/velagnss/report/Latency.h"
 #include "apps/velagnss/report/MessageRates.h"
+#include "apps/velagnss/report/ReceiverReports.h"
 
 namespace Host {
 
 // Complete when the input has ended; the next one begins a new report.
 class C_InputReport : public C_RecordConsumer {
  public:
-  // All that a C_RecordRun must feed, this one included.
-  std::vector<C_RecordConsumer*> Consumers() { return {&m_account, &m_points, this}; }
+  // All that a C_RecordRun must feed, in this order.
+  std::vector<C_RecordConsumer*> Consumers() { return {&m_account, &m_points, this, &m_receivers}; }
 
   bool NeedsEvents() const override { return true; }
   void BeginInput(const std::string& name) override;
@@ -49,6 +50,7 @@ class C_InputReport : public C_RecordConsumer {
   C_StreamAccount m_account;
   C_PointReport m_points;
   S_Contents m_contents;
+  C_ReceiverReports m_receivers{m_contents.axis, m_account, m_points};
   std::optional<C_ArrivalTimes> m_arrivals;  // of an input that has begun
   velagnss::StreamClock m_clock;             // at the end
 };

@@ -46,11 +46,17 @@ bool C_TimeBins::Reaches(std::int64_t second) {
   return true;
 }
 
-std::optional<std::size_t> C_TimeBins::IndexOf(double seconds) const {
+std::optional<S_TimeBin> C_TimeBins::Find(double seconds) const {
   if (IsEmpty() || !IsTime(seconds)) return std::nullopt;
   const std::int64_t number = WholeSecond(seconds) >> m_level;
   if (number < m_first || number > m_last) return std::nullopt;
-  return static_cast<std::size_t>(number - m_first);
+  return S_TimeBin{number, m_level, m_generation};
+}
+
+std::optional<std::size_t> C_TimeBins::IndexOf(double seconds) const {
+  const std::optional<S_TimeBin> bin = Find(seconds);
+  if (!bin) return std::nullopt;
+  return static_cast<std::size_t>(bin->number - m_first);
 }
 
 }  // namespace Host

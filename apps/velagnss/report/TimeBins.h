@@ -35,6 +35,9 @@ class C_TimeBins {
   // The bin of a time, for which the axis grows; nothing for a time that cannot be on it.
   std::optional<S_TimeBin> Note(double seconds);
 
+  // The same without growing: nothing for a time that is not on the axis as it is.
+  std::optional<S_TimeBin> Find(double seconds) const;
+
   // The place of a time on the axis as it is now, from 0 to `Count() - 1`; nothing for a time that is not on it.
   std::optional<std::size_t> IndexOf(double seconds) const;
 
