@@ -10,6 +10,7 @@
 #include "JsonSchema.h"
 #include "ProgramRun.h"
 #include "Recordings.h"
+#include "Streams.h"
 
 namespace {
 
@@ -99,6 +100,30 @@ TEST_F(Report, TakesPartOfAStream) {
   const json input = Json("--from 2024-05-19 --until 2024-05-19T00:01:00 --talker GP $S")["inputs"][0];
   EXPECT_EQ(input["bins"]["start"], "2024-05-19T00:00:00Z");
   EXPECT_EQ(input["bins"]["count"], 60);
+}
+
+// Sentences that came 0.3 s and 1.3 s late, with the times in the index beside the recording; before the first of them
+// the clock of the recorder was not set.
+TEST_F(Recordings, HaveTheLatencyOfTheirArrivals) {
+  using namespace std::chrono_literals;
+  m_now.utc = Host::t_RecordTime(5h);
+  Begin(Options("a.bin"));
+  Send(Sentence("GPZDA,115959,01,05,2026,00,00"));
+  Pass(1300ms);
+  m_now.utc = kNoon + 300ms;
+  Send(Sentence("GPZDA,120000,01,05,2026,00,00"));
+  Pass(2s);
+  Send(Sentence("GPZDA,120001,01,05,2026,00,00"));
+  End();
+  const std::filesystem::path file = Files().at(0);
+  Run("mv " + file.native() + " a.bin; mv " + file.native() +
+      ".idx a.bin.idx; gzip -k a.bin; cp a.bin.idx a.bin.gz.idx");
+  const json report = json::parse(Run("velagnss report --json a.bin a.bin.gz").output);
+  for (const json& input : report["inputs"]) {
+    EXPECT_EQ(input["latency"]["count"], 2);
+    EXPECT_EQ(input["latency"]["min_s"], 0.3);
+    EXPECT_EQ(input["latency"]["max_s"], 1.3);
+  }
 }
 
 }  // namespace

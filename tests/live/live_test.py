@@ -1,6 +1,10 @@
 #!/usr/bin/env python3
 """Live sources against the other ends of their lines: what arrives is decoded as a file is, whatever happens to the line."""
 
+import datetime
+import functools
+import json
+import operator
 import pathlib
 import signal
 import socket
@@ -12,6 +16,12 @@ import harness
 from harness import PATIENCE, Pieces, wait_until
 
 SHORT = 60_000  # bytes of the session for what only needs some frames
+
+
+def sentence_of_now():
+    now = datetime.datetime.now(datetime.timezone.utc)
+    body = now.strftime("GPZDA,%H%M%S.%f,%d,%m,%Y,00,00").encode()
+    return b"$%s*%02X\r\n" % (body, functools.reduce(operator.xor, body))
 
 
 class Line:
@@ -251,6 +261,19 @@ class LiveTest(harness.Case):
         program.end()
         for name in names:
             self.assert_objects([frame for frame in program.objects() if frame["input"] == name.split("?")[0]], expected)
+
+    def test_report_is_written_at_the_end(self):
+        lines = [TcpLine(self), UnixLine(self)]
+        program = self.run_program("report", "--json", "-o", self.where / "report", *[line.open() for line in lines])
+        for line in lines:
+            line.send([sentence_of_now() for _ in range(3)])
+            harness.wait_until_read(line.connection)
+        self.assertFalse((self.where / "report").exists())
+        self.assertEqual(program.end(signal.SIGINT), 128 + signal.SIGINT)
+        inputs = json.loads((self.where / "report").read_text())["inputs"]
+        self.assertEqual([each["latency"]["count"] for each in inputs], [3, 3])
+        for each in inputs:
+            self.assertTrue(0 <= each["latency"]["min_s"] <= each["latency"]["max_s"] < harness.PATIENCE, each["latency"])
 
     def test_false_start_gives_way_when_the_line_pauses(self):
         sentence = b"$GNZDA,235700.00,18,05,2024,00,00*73\r\n"

@@ -8,6 +8,7 @@
 #include "apps/velagnss/pipeline/NoFrameWarning.h"
 #include "apps/velagnss/report/InputReport.h"
 #include "apps/velagnss/report/ReportJson.h"
+#include "apps/velagnss/report/ReportPage.h"
 #include "apps/velagnss/sinks/OutputRun.h"
 
 namespace Host {
@@ -16,7 +17,7 @@ namespace {
 // The text of the report: that of all inputs, which is complete when the last of them has ended.
 class C_ReportText : public C_TextBuffer {
  public:
-  C_ReportText() { BeginReport(m_json); }
+  explicit C_ReportText(bool isJson) : m_isJson(isJson) { BeginReport(m_json); }
 
   void Add(const C_InputReport& input) { input.Write(m_json); }
 
@@ -25,11 +26,12 @@ class C_ReportText : public C_TextBuffer {
     if (m_isFinished) return;
     m_isFinished = true;
     EndReport(m_json);
-    m_text = m_json.Text();
+    m_text = m_isJson ? std::string(m_json.Text()) : ReportPage(m_json.Text());
     m_json.ClearText();
   }
 
  private:
+  const bool m_isJson;
   C_JsonWriter m_json;
   bool m_isFinished = false;
 };
@@ -94,7 +96,9 @@ int C_ReportCommand::Run() {
   if (const eExitCode code = CheckOutput(m_output, m_stream.input); code != eExitOk) return code;
   C_OutputRun output;
   if (!output.Open(m_output)) return eExitOutput;
-  C_ReportText text;
+  if (!m_isJson && output.Output().IsATerminal())
+    return ReportUsage("report", "a report is a page for a browser: write it to a file, -o report.html");
+  C_ReportText text(m_isJson);
   std::deque<S_Reporting> reportings;
   const auto next = [&]() -> C_OutputRun::S_Maker {
     return {reportings.emplace_back(RunOptions(m_stream), text).run, text};
