@@ -3,6 +3,7 @@ const Comparison = (() => {
   'use strict';
 
   const number = (value, digits = 0, unit = '') => Table.cell(value, Format.withUnit(value, digits, unit));
+  const text = (value) => Table.cell(undefined, value ?? Format.kMissing);
   const percent = (value) => number(value, 1, '%');
   const meters = (value) => Table.cell(value, Format.length(value));
   const seconds = (value) => Table.cell(value, Format.duration(value));
@@ -24,8 +25,8 @@ const Comparison = (() => {
   }
 
   const kRows = [
-    ['First time', ({ stat }) => Format.instant(stat.time?.first)],
-    ['Last time', ({ stat }) => Format.instant(stat.time?.last)],
+    ['First time', ({ stat }) => text(Format.instant(stat.time?.first))],
+    ['Last time', ({ stat }) => text(Format.instant(stat.time?.last))],
     ['Duration', ({ stat }) => seconds(stat.time?.duration_s)],
     ['Bytes', ({ stat }) => number(stat.bytes.total)],
     ['Frames', ({ stat }) => number(stat.frames.good)],
@@ -35,7 +36,7 @@ const Comparison = (() => {
     ['Gaps', ({ stat }) => number(stat.time?.gap_count)],
     ['Epochs', (input) => number(receiver(input)?.epochs)],
     ['Positions', (input) => number(receiver(input)?.positions)],
-    ['Most frequent fix', (input) => bestFix(receiver(input))],
+    ['Most frequent fix', (input) => text(bestFix(receiver(input)))],
     ['Satellites in view, mean', (input) => number(Data.mean(receiver(input)?.in_view?.all), 1)],
     ['Satellites used, mean', (input) => number(Data.mean(receiver(input)?.used?.all), 1)],
     ['C/N0, mean', (input) => number(meanSignal(receiver(input)), 1, 'dB-Hz')],
@@ -48,7 +49,7 @@ const Comparison = (() => {
     ['Ephemerides, satellites', (input) => number(input.ephemerides.length)],
   ];
 
-  const isMissing = (content) => content === null || content === Format.kMissing || content.text === Format.kMissing;
+  const isMissing = (content) => content.text === Format.kMissing;
 
   // Rows that no input has a value for are left out.
   function table(inputs) {

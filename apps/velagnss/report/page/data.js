@@ -23,8 +23,9 @@ const Data = (() => {
   }
 
   // In the order of the table above.
-  const systemRank = (name) => kSystems.findIndex((row) => row.key === String(name).toLowerCase());
-  const bySystem = (a, b) => systemRank(a.system) - systemRank(b.system) || a.number - b.number;
+  const systemRank = (name) => kSystems.indexOf(system(name));
+  const systemOrder = (a, b) => systemRank(a) - systemRank(b);
+  const bySystem = (a, b) => systemOrder(a.system, b.system) || a.number - b.number;
 
   // The bins of an input as times. Without a date, times are those of a day that has none.
   class Grid {
@@ -72,24 +73,22 @@ const Data = (() => {
     return values.length ? values.reduce((sum, value) => sum + value, 0) / values.length : null;
   }
 
-  // The most frequent distance between values that follow each other, over all of the arrays: data that come every 30 s
-  // on a grid of 1 s are no gaps.
-  function usualDistance(arrays) {
+  // The most frequent distance between values that follow each other: data that come every 30 s on a grid of 1 s have no
+  // gaps.
+  function usualDistance(values) {
     const counts = new Map();
-    for (const values of arrays) {
-      let last = null;
-      values.forEach((value, bin) => {
-        if (value === null) return;
-        if (last !== null) counts.set(bin - last, (counts.get(bin - last) ?? 0) + 1);
-        last = bin;
-      });
-    }
+    let last = null;
+    values.forEach((value, bin) => {
+      if (value === null) return;
+      if (last !== null) counts.set(bin - last, (counts.get(bin - last) ?? 0) + 1);
+      last = bin;
+    });
     return [...counts].reduce((best, row) => (row[1] > best[1] ? row : best), [1, 0])[0];
   }
 
   const inputs = report.inputs.map((input) => ({ ...input, grid: input.bins ? new Grid(input.bins) : null }));
 
-  const receiverName = (receiver) => (receiver.station === null ? 'sentences' : `reference station ${receiver.station}`);
+  const receiverName = (receiver) => (receiver.station === null ? 'Sentences' : `Reference station ${receiver.station}`);
 
-  return { report, inputs, kSystems, system, bySystem, expand, hasValues, mean, usualDistance, receiverName };
+  return { report, inputs, kSystems, system, systemOrder, bySystem, expand, hasValues, mean, usualDistance, receiverName };
 })();

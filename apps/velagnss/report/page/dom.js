@@ -9,7 +9,7 @@ const Dom = (() => {
     for (const [name, value] of Object.entries(attributes)) {
       if (value !== undefined && value !== null && value !== false) element.setAttribute(name, value === true ? '' : value);
     }
-    element.append(...children.flat().filter((child) => child !== undefined && child !== null && child !== false));
+    element.append(...children.flat(Infinity).filter((child) => child !== undefined && child !== null && child !== false));
     return element;
   }
 
@@ -17,7 +17,7 @@ const Dom = (() => {
   const svg = (name, attributes = {}, ...children) => fill(document.createElementNS(kSvg, name), attributes, children);
 
   // Replaces all children.
-  const replace = (element, ...children) => element.replaceChildren(...children.flat().filter(Boolean));
+  const replace = (element, ...children) => element.replaceChildren(...children.flat(Infinity).filter(Boolean));
 
   // What a screen reader says next.
   function announce(text) {

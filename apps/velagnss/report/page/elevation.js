@@ -90,7 +90,7 @@ const Elevation = (() => {
   }
 
   function describe({ signal, band }) {
-    return `${signal.system} ${signal.signal}, ${band.from_deg} to ${band.to_deg}\u00b0: mean ${Format.number(band.mean, 1)} dB-Hz, `
+    return `${Data.system(signal.system).name} ${signal.signal}, ${band.from_deg} to ${band.to_deg}\u00b0: mean ${Format.number(band.mean, 1)} dB-Hz, `
       + `${Format.number(band.min)} to ${Format.number(band.max)}, ${Format.plural(band.count, 'value')}`;
   }
 
@@ -99,7 +99,7 @@ const Elevation = (() => {
       name: 'elevation',
       caption: 'C/N0 by elevation, dB-Hz',
       columns: ['System', 'Signal', 'Elevation', ...['Values', 'Least', 'Mean', 'Greatest'].map((text) => ({ text, number: true }))],
-      rows: signals.flatMap(({ system, signal, bands }) => bands.map((band) => [system, signal,
+      rows: signals.flatMap(({ system, signal, bands }) => bands.map((band) => [Data.system(system).name, signal,
         `${band.from_deg} to ${band.to_deg}\u00b0`, Table.numeric(band.count), Table.numeric(band.min),
         Table.numeric(band.mean, 1), Table.numeric(band.max)])),
     });
@@ -107,14 +107,14 @@ const Elevation = (() => {
 
   // `all`: the signals with their bands, at least one of them with a value.
   function chart(all) {
-    const signals = all.filter(({ bands }) => bands.length > 0).sort((a, b) => Data.bySystem({ ...a, number: 0 }, { ...b, number: 0 }));
+    const signals = all.filter(({ bands }) => bands.length > 0).sort((a, b) => Data.systemOrder(a.system, b.system));
     const shared = scale(signals);
     const systems = [...new Set(signals.map(({ system }) => system))];
     const panels = systems.map((system) => panel(system, signals.filter((signal) => signal.system === system), shared));
     const plot = Figure.plot('panels', `C/N0 by elevation of ${Format.plural(signals.length, 'signal')}. Arrow keys go from point to point.`, panels);
     plot.querySelectorAll('[data-point]').forEach((mark, i) => mark.addEventListener('pointerenter', () => controller.select(i)));
     const controller = new Controller(signals, plot);
-    const { figure, show } = Figure.make({ name: 'elevation', title: 'C/N0 by elevation',
+    const { figure, show } = Figure.make({ name: 'elevation', title: 'C/N0 by elevation', titled: true,
       note: 'dB-Hz; mean, with least and greatest value', plot, controller, table: () => table(signals) });
     controller.show = show;
     return figure;

@@ -35,12 +35,12 @@ const Figure = (() => {
       'aria-describedby': 'keys' }, children);
   }
 
-  // `table` builds the table of the chart when it is wanted.
-  function make({ name, title, note, controls = [], legend, plot: drawing, controller, table }) {
+  // `titled`: the section already has this title. `table` builds the table of the chart when it is wanted.
+  function make({ name, title, titled = false, note, controls = [], legend, plot: drawing, controller, table }) {
     const readout = Dom.make('p', { class: 'readout' });
     drawing.addEventListener('keydown', (event) => onKey(event, controller));
     const figure = Dom.make('figure', { class: 'chart', 'data-chart': name },
-      Dom.make('figcaption', {}, Dom.make('strong', {}, title), note && Dom.make('span', { class: 'muted' }, note)),
+      Dom.make('figcaption', {}, Dom.make('strong', { class: titled && 'unseen' }, title), note && Dom.make('span', { class: 'muted' }, note)),
       controls.length > 0 && Dom.make('div', { class: 'controls' }, controls),
       legend, drawing, readout, Table.onDemand(`Table: ${title}`, table));
     return { figure, show: (text) => (readout.textContent = text ?? '') };

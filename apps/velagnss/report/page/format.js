@@ -60,6 +60,7 @@ const Format = (() => {
     return /^\d{4}-\d\d-\d\dT/.test(text) ? `${text.replace('T', ' ').replace(/Z$/, '')} UTC` : text.replace(/Z$/, ' UTC');
   }
 
+  const kMonths = ['Jan', 'Feb', 'Mar', 'Apr', 'May', 'Jun', 'Jul', 'Aug', 'Sep', 'Oct', 'Nov', 'Dec'];
   const two = (value) => String(value).padStart(2, '0');
 
   // Time of day of milliseconds of UTC, with seconds where they are wanted.
@@ -69,6 +70,9 @@ const Format = (() => {
   }
 
   const date = (milliseconds) => new Date(milliseconds).toISOString().slice(0, 10);
+
+  // 19 May
+  const day = (milliseconds) => `${new Date(milliseconds).getUTCDate()} ${kMonths[new Date(milliseconds).getUTCMonth()]}`;
 
   function degrees(value, digits = 1) {
     return isNumber(value) ? `${number(value, digits)}\u00b0` : kMissing;
@@ -81,5 +85,5 @@ const Format = (() => {
 
   const plural = (count, one, many = `${one}s`) => `${number(count)} ${count === 1 ? one : many}`;
 
-  return { kMissing, isNumber, number, withUnit, brief, length, duration, instant, clock, date, degrees, place, plural };
+  return { kMissing, isNumber, number, withUnit, brief, length, duration, instant, clock, date, day, degrees, place, plural };
 })();

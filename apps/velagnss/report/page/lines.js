@@ -25,7 +25,6 @@ const Lines = (() => {
     setLines(lines) {
       this.lines = lines;
       this.series = lines.map((line) => ({ label: line.label, values: line.mean }));
-      this.reach = 1.5 * Data.usualDistance(lines.map((line) => line.mean));
       if (!lines.some((line) => line.label === this.chosen)) this.chosen = null;
     }
 
@@ -47,7 +46,9 @@ const Lines = (() => {
       const all = Svg.ticks(low, high, count);
       const step = all.length > 1 ? all[1] - all[0] : 1;
       const digits = Math.max(0, -Math.floor(Math.log10(step) + 1e-9));
-      return all.filter((v) => !this.whole || Number.isInteger(v)).map((v) => ({ v, label: Format.number(v, digits) }));
+      // None at the very bottom, where the first time is.
+      return all.filter((v) => !this.whole || Number.isInteger(v))
+        .map((v) => ({ v, label: v > low ? Format.number(v, digits) : '' }));
     }
 
     paint(context, chart) {
@@ -61,7 +62,7 @@ const Lines = (() => {
       const { color, dash = [], width = 1.5, band = this.lines.length <= kFewLines } = line.style;
       context.save();
       context.strokeStyle = context.fillStyle = Theme.color(color);
-      for (const [first, last] of TimeChart.runs(line.mean, this.reach)) {
+      for (const [first, last] of TimeChart.runs(line.mean, 1.5 * Data.usualDistance(line.mean))) {
         const bins = [];
         for (let bin = first; bin <= last; bin += 1) if (line.mean[bin] !== null) bins.push(bin);
         context.globalAlpha = alpha * kBandAlpha;

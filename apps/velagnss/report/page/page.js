@@ -5,54 +5,77 @@
   const { report, inputs } = Data;
   const groups = inputs.map(({ grid }) => (grid ? new TimeChart.Group(grid) : null));
 
-  const missing = (title, reason) => Dom.make('p', { class: 'none' }, `${title}: ${reason}.`);
+  const kNoTime = 'the stream carries no time';
+  const reason = ({ timed, missing }, input) => (timed && !input.grid ? kNoTime : missing);
+  const sentence = (text) => `${text[0].toUpperCase()}${text.slice(1)}.`;
 
-  // A tile: { heading, content }.
+  // A tile: { heading, input, content }, content is null when there is nothing to show.
   function inputTile(section, input, i) {
-    return { heading: input.name, content: section.show(input, groups[i]) };
+    return { heading: input.name, input, content: section.show(input, groups[i]) };
   }
   function receiverTiles(section, input, i) {
-    if (input.receivers.length === 0) return [{ heading: input.name, content: null }];
+    if (input.receivers.length === 0) return [{ heading: input.name, input, content: null }];
     return input.receivers.map((receiver) => ({
       heading: [inputs.length > 1 && input.name, input.receivers.length > 1 && Data.receiverName(receiver)].filter(Boolean).join(', '),
+      input,
       content: section.show(receiver, input, groups[i]),
     }));
   }
 
-  function drawTile(section, { heading, content }, several) {
-    return Dom.make('div', { class: 'tile' }, several && Dom.make('h3', {}, heading),
-      content ?? missing(section.title, section.missing));
+  const drawTile = ({ heading, content }, several) => Dom.make('div', { class: 'tile' }, several && Dom.make('h3', {}, heading), content);
+
+  function drawMissing(section, { heading, input }, several) {
+    const text = reason(section, input);
+    return Dom.make('p', { class: 'none' }, several ? `${heading}: ${text}.` : sentence(text));
   }
 
+  // What has nothing to show takes a line below what has.
   function drawSection(section, tiles) {
     const several = tiles.length > 1;
-    return Dom.make('section', { id: section.id, 'data-section': section.id, class: section.half && !several && 'half',
-      'aria-labelledby': `${section.id}-title` },
-      Dom.make('h2', { id: `${section.id}-title` }, section.title),
-      Dom.make('div', { class: 'tiles' }, tiles.map((tile) => drawTile(section, tile, several))));
+    const [shown, missing] = [tiles.filter(({ content }) => content), tiles.filter(({ content }) => !content)];
+    return {
+      half: section.half && shown.length <= 1,
+      element: Dom.make('section', { id: section.id, 'data-section': section.id, 'aria-labelledby': `${section.id}-title` },
+        Dom.make('h2', { id: `${section.id}-title` }, section.title),
+        shown.length > 0 && Dom.make('div', { class: 'tiles' }, shown.map((tile) => drawTile(tile, several))),
+        missing.map((tile) => drawMissing(section, tile, several))),
+    };
   }
 
   const perInput = (section) => drawSection(section, inputs.map((input, i) => inputTile(section, input, i)));
   const perReceiver = (section) => drawSection(section, inputs.flatMap((input, i) => receiverTiles(section, input, i)));
   const comparison = { id: 'comparison', title: 'Comparison' };
 
+  // Narrow sections share a row in pairs; one that is left over has a row of its own.
+  function pair(sections) {
+    for (let i = 0; i + 1 < sections.length; i += 1) {
+      if (!sections[i].half || !sections[i + 1].half) continue;
+      sections.slice(i, i + 2).forEach(({ element }) => element.classList.add('half'));
+      i += 1;
+    }
+    return sections.map(({ element }) => element);
+  }
+
   function sections() {
-    return [
+    return pair([
       ...(inputs.length > 1 ? [drawSection(comparison, [{ content: Comparison.table(inputs) }])] : []),
       perInput(StreamSections.kSummary),
       ...ReceiverSections.map(perReceiver),
       ...StreamSections.kList.map(perInput),
-    ];
+    ]);
+  }
+
+  function subtitle() {
+    if (inputs.length > 1) return inputs.map(({ name }) => name).join(', ');
+    const { time } = inputs[0].stat;
+    return time ? `${Format.instant(time.first)} to ${Format.instant(time.last)}, ${Format.duration(time.duration_s)}` : sentence(kNoTime);
   }
 
   function head() {
-    const names = inputs.map(({ name }) => name).join(', ');
-    const title = inputs.length > 1 ? `${inputs.length} inputs compared` : names;
+    const title = inputs.length > 1 ? `${inputs.length} inputs compared` : inputs[0].name;
     document.title = `${title} \u2013 velagnss report`;
     document.getElementById('title').textContent = title;
-    const [{ stat }] = inputs;
-    document.getElementById('subtitle').textContent = inputs.length > 1 ? names
-      : stat.time ? `${Format.instant(stat.time.first)} to ${Format.instant(stat.time.last)}, ${Format.duration(stat.time.duration_s)}` : '';
+    document.getElementById('subtitle').textContent = subtitle();
     document.getElementById('source').textContent = `Made by velagnss ${report.version}. Charts of times by dygraphs ${Dygraph.VERSION}.`;
     document.getElementById('keys').hidden = false;
   }

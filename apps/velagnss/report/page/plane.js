@@ -68,14 +68,20 @@ const Plane = (() => {
     track() {
       const { points } = this.content;
       const place = (point) => [this.x(point.east), this.y(point.north)];
-      const ends = [['start', points[0], 'circle'], ['end', points[points.length - 1], 'square']];
+      const ends = [['start', points[0], 'circle', 13], ['end', points[points.length - 1], 'square', -7]];
       return [
         ...this.content.pieces.map((piece) => Dom.svg('path', { class: 'line track', d: piece.length > 1
           ? Svg.path(piece.map(place)) : `${Svg.path(piece.map(place))}h0` })),
-        ...ends.flatMap(([name, point, shape]) => [
+        ...ends.flatMap(([name, point, shape, below]) => [
           Svg.marker(shape, ...place(point), 4, { class: 'mark' }),
-          Dom.svg('text', { class: 'label halo', x: this.x(point.east) + 8, y: this.y(point.north) + 4 }, name)]),
+          this.endLabel(name, ...place(point), below)]),
       ];
+    }
+
+    // To the left of its point where it would leave the frame.
+    endLabel(name, x, y, below) {
+      const left = x > kArea.left + 0.9 * kArea.size;
+      return Dom.svg('text', { class: 'label halo', x: left ? x - 6 : x + 6, y: y + below, 'text-anchor': left && 'end' }, name);
     }
 
     dots() {
@@ -164,12 +170,12 @@ const Plane = (() => {
     }
   }
 
-  function chart(content, { name, title, note, label, table }) {
+  function chart(content, { label, ...frame }) {
     const drawing = new Drawing(content);
     const plot = Figure.plot('square', label, drawing.svg);
     plot.addEventListener('pointermove', (event) => drawing.select(drawing.nearest(event)));
     plot.addEventListener('pointerleave', () => drawing.clear());
-    const { figure, show } = Figure.make({ name, title, note, plot, controller: drawing, table });
+    const { figure, show } = Figure.make({ ...frame, plot, controller: drawing });
     drawing.show = show;
     return figure;
   }
@@ -180,7 +186,7 @@ const Plane = (() => {
   function pieces(points) {
     const presence = new Array(points[points.length - 1].bin + 1).fill(null);
     points.forEach(({ bin }) => (presence[bin] = 1));
-    const reach = Math.max(2, 1.5 * Data.usualDistance([presence]));
+    const reach = Math.max(2, 1.5 * Data.usualDistance(presence));
     const found = [];
     points.forEach((point, i) => {
       if (i && point.bin - points[i - 1].bin <= reach) found[found.length - 1].push(point);
@@ -198,7 +204,7 @@ const Plane = (() => {
     const points = position.track.map(([bin, east, north]) => ({ bin, east, north }));
     const content = { points, pieces: pieces(points), isTrack: true, circles: [], center: 'mean',
       describe: (point) => `${grid.text(point.bin)}: ${offset(point)} of the mean` };
-    return chart(content, { name: 'track', title: 'Track', note: 'around the mean position',
+    return chart(content, { name: 'track', title: 'Track', titled: true, note: 'around the mean position',
       label: `Track of ${Format.plural(points.length, 'point')} on a map without background.`,
       table: () => pointTable('track', 'Track, around the mean position', points, 'Time (UTC)', ({ bin }) => grid.text(bin)) });
   }

@@ -1,5 +1,6 @@
 // The sections about a receiver: its satellites, fixes and positions. Each entry has
-//   id, title, missing: why there may be nothing to show
+//   id, title, half: may share a row with another section
+//   missing: why there may be nothing to show; timed: also because the stream carries no time
 //   show(receiver, input, group): what is shown, or null when there is nothing
 const ReceiverSections = (() => {
   'use strict';
@@ -18,7 +19,7 @@ const ReceiverSections = (() => {
   }
 
   const kFirstSignal = 'first';
-  const signalKey = ({ system }, { name }) => `${system} ${name}`;
+  const signalKey = ({ system }, { name }) => `${Data.system(system).name} ${name}`;
 
   // The satellites' lines for a choice of signal.
   function signalLines(satellites, choice, grid) {
@@ -38,7 +39,7 @@ const ReceiverSections = (() => {
     return Table.make({
       name: 'cn0', caption: 'C/N0 by satellite and signal, dB-Hz',
       columns: ['Satellite', 'System', 'Signal', ...['Values', 'Least', 'Mean', 'Greatest'].map((text) => ({ text, number: true }))],
-      rows: satellites.flatMap(({ name, system, signals }) => signals.map((signal) => [name, system,
+      rows: satellites.flatMap(({ name, system, signals }) => signals.map((signal) => [name, Data.system(system).name,
         signal.name + (signal.code ? ` (${signal.code})` : ''), Table.numeric(signal.count), Table.numeric(signal.min),
         Table.numeric(signal.mean, 1), Table.numeric(signal.max)])),
     });
@@ -62,7 +63,7 @@ const ReceiverSections = (() => {
       fillHighlight();
       chart.replaceSeries();
     });
-    const chart = Lines.chart(group, first, { name: 'cn0', title: 'C/N0 over time', unit: 'dB-Hz', digits: 0, size: 'tall',
+    const chart = Lines.chart(group, first, { name: 'cn0', title: 'C/N0 over time', titled: true, unit: 'dB-Hz', digits: 0, size: 'tall',
       controls: [signal.element, highlight.element], legend: systemLegend(satellites),
       onChosen: (name) => (highlight.select.value = name ?? '') });
     fillHighlight();
@@ -71,8 +72,9 @@ const ReceiverSections = (() => {
 
   function counts(group, byName, options) {
     if (!byName) return null;
-    const rows = Data.kSystems.filter(({ name }) => byName[name]).map(({ name }) => [name, byName[name], style(name)]);
-    return lines(group, [['all', byName.all, { color: 'ink', width: 2 }], ...rows], { unit: '', digits: 0, whole: true, fromZero: true, ...options });
+    const { all, ...systems } = byName;
+    const rows = Object.keys(systems).sort(Data.systemOrder).map((name) => [Data.system(name).name, systems[name], style(name)]);
+    return lines(group, [['all', all, { color: 'ink', width: 2 }], ...rows], { unit: '', digits: 0, whole: true, fromZero: true, ...options });
   }
 
   function satellites(receiver, input, group) {
@@ -109,7 +111,7 @@ const ReceiverSections = (() => {
       ...Object.entries(receiver.fix.type ?? {}).filter(([, count]) => count).map(([name, count]) => [`Type ${name}`, share(count)])]);
     const rows = group ? fixRows(receiver.fix, group.grid) : [];
     if (rows.length === 0) return facts;
-    const chart = Timeline.chart(group, rows, { name: 'fix', title: 'Fix', note: 'kind of fix over time',
+    const chart = Timeline.chart(group, rows, { name: 'fix', title: 'Fix', titled: true, note: 'kind of fix over time',
       label: `Kinds of fix over time: ${rows.map(({ label }) => label).join(', ')}.`,
       reads: (row) => row.label, table: () => fixTable(receiver.fix, group.grid) });
     return [chart.figure, facts];
@@ -161,18 +163,18 @@ const ReceiverSections = (() => {
       show: ({ satellites: all }) => (all.some(({ track: one }) => one.length) ? Sky.chart(all) : null) },
     { id: 'elevation', title: 'C/N0 by elevation', half: true, missing: 'no satellite has both a C/N0 and an elevation',
       show: ({ elevation }) => (elevation?.some(({ bands }) => bands.length) ? Elevation.chart(elevation) : null) },
-    { id: 'cn0', title: 'C/N0 over time', missing: 'no C/N0 with a time: it comes from GSV sentences or RTCM 3 observations', show: cn0 },
-    { id: 'satellites', title: 'Satellites over time', missing: 'no satellites with a time: they come from GSV and GSA sentences or RTCM 3 observations', show: satellites },
+    { id: 'cn0', title: 'C/N0 over time', timed: true, missing: 'no C/N0 with a time: it comes from GSV sentences or RTCM 3 observations', show: cn0 },
+    { id: 'satellites', title: 'Satellites over time', timed: true, missing: 'no satellites with a time: they come from GSV and GSA sentences or RTCM 3 observations', show: satellites },
     { id: 'fix', title: 'Fix', missing: 'no sentence states a kind of fix', show: fix },
-    { id: 'accuracy', title: 'Accuracy', half: true, missing: 'no estimate of accuracy: it comes from GST sentences',
+    { id: 'accuracy', title: 'Accuracy', half: true, timed: true, missing: 'no estimate of accuracy: it comes from GST sentences',
       show: ({ accuracy }, input, group) => lines(group, [['horizontal', accuracy?.horizontal_m, plain()], ['vertical', accuracy?.vertical_m, other()]],
         { name: 'accuracy', title: 'Accuracy as the receiver estimates it', unit: 'm', digits: 2, fromZero: true }) },
-    { id: 'dop', title: 'Dilution of precision', half: true, missing: 'no DOP: it comes from GSA and GGA sentences, or from computed positions',
+    { id: 'dop', title: 'Dilution of precision', half: true, timed: true, missing: 'no DOP: it comes from GSA and GGA sentences, or from computed positions',
       show: ({ dop }, input, group) => lines(group, [['PDOP', dop?.pdop, plain()], ['HDOP', dop?.hdop, other()], ['VDOP', dop?.vdop, third()]],
-        { name: 'dop', title: 'Dilution of precision', unit: '', digits: 2, fromZero: true }) },
-    { id: 'track', title: 'Track', half: true, missing: 'no positions with a time', show: track },
+        { name: 'dop', title: 'Dilution of precision', titled: true, unit: '', digits: 2, fromZero: true }) },
+    { id: 'track', title: 'Track', half: true, timed: true, missing: 'no positions with a time', show: track },
     { id: 'scatter', title: 'Scatter', half: true, missing: 'no positions', show: scatter },
-    { id: 'height', title: 'Height', half: true, missing: 'no heights with a time', show: height },
+    { id: 'height', title: 'Height', half: true, timed: true, missing: 'no heights with a time', show: height },
     { id: 'station', title: 'Position against the station', half: true, missing: 'no position was computed that could be compared: this takes RTCM 3 observations, '
       + 'ephemerides and the station\u2019s own coordinates', show: station },
   ];

@@ -18,6 +18,7 @@ const StreamSections = (() => {
       .map(([protocol, count], i) => `${protocolName(protocol)} (${Format.number(count)}${i ? '' : ' frames'})`).join(', ') || 'no frames';
   }
 
+  const withPart = (all, part, which) => (all ? `${Format.number(all)}, ${Format.number(part)} of them ${which}` : '0');
   const stationText = ({ station, antenna, receiver }) => [`station ${station}`, receiver, antenna].filter(Boolean).join(', ');
 
   function summary({ name, stat, receivers, receivers_left_out: leftOut }) {
@@ -28,10 +29,10 @@ const StreamSections = (() => {
       ['Time', time ? `${Format.instant(time.first)} to ${Format.instant(time.last)}` : 'the stream carries no time'],
       ['Duration', time ? Format.duration(time.duration_s) : null],
       ['Step between epochs', time?.usual_step_s ? Format.duration(time.usual_step_s) : null],
-      ['Bytes', `${Format.number(bytes.total)}, ${Format.number(bytes.damaged)} of them in no frame`],
-      ['Frames', `${Format.number(frames.good)}, ${Format.number(frames.decoded)} of them decoded`],
+      ['Bytes', withPart(bytes.total, bytes.damaged, 'in no frame')],
+      ['Frames', withPart(frames.good, frames.decoded, 'decoded')],
       ['Bad frames', `${Format.number(frames.bad)} (${Format.number(frames.bad_percent, 2)} %)`],
-      ['Epochs of', receivers.length ? receivers.map((one) => `${Data.receiverName(one)} (${Format.number(one.epochs)})`).join(', ') : null],
+      ['Epochs of', receivers.length ? receivers.map((one) => `${Data.receiverName(one).toLowerCase()} (${Format.number(one.epochs)})`).join(', ') : null],
       ['Not shown', leftOut ? `epochs of ${Format.plural(leftOut, 'further station')}` : null],
       ['Stations', stat.stations.length ? stat.stations.map(stationText).join('; ') : null],
     ]);
@@ -98,9 +99,11 @@ const StreamSections = (() => {
 
   function messages(input, group) {
     if (input.stat.messages.length === 0) return null;
+    const leftOut = input.messages_left_out;
     const timed = group ? input.messages.filter(({ rate: series }) => Data.hasValues(series)) : [];
     return [
       messageTable(input),
+      leftOut > 0 && Dom.make('p', { class: 'none' }, `Without steps and rates, which would be too many: ${Format.plural(leftOut, 'message')}.`),
       timed.length > 0 && presence(timed, group).figure,
       timed.length > 0 && rates(timed, group).figure,
       input.gaps.length > 0 ? Table.onDemand(`Gaps in time: ${Format.number(input.gaps.length)}`, () => gapTable(input.gaps), input.gaps.length <= kOpenRows)
@@ -115,20 +118,22 @@ const StreamSections = (() => {
       ['Greatest', Format.duration(one.max_s)]]);
     if (!group || !Data.hasValues(one.series)) return facts;
     const line = Lines.line('latency', one.series, group.grid, { color: 'accent' });
-    return [facts, Lines.chart(group, [line], { name: 'latency', title: 'Latency', unit: 's', digits: 3 }).figure];
+    return [facts, Lines.chart(group, [line], { name: 'latency', title: 'Latency', titled: true, unit: 's', digits: 3 }).figure];
   }
 
   const health = ({ health: bits, healthy }) => (healthy === null ? Format.kMissing : healthy ? 'healthy' : `unhealthy (${bits})`);
 
-  function ephemerides({ ephemerides: all }) {
+  function ephemerides({ ephemerides: all, ephemerides_left_out: leftOut }) {
     if (all.length === 0) return null;
-    return Table.make({
+    const table = Table.make({
       name: 'ephemerides', caption: 'Ephemerides, the last of each satellite',
       columns: ['Satellite', 'System', 'Message', right('Received'), right('Issues'), right('Last issue'), 'Reference time',
         right('Age at the end'), 'Health', 'First', 'Last'],
-      rows: all.slice().sort(Data.bySystem).map((row) => [row.name, row.system, row.message, Table.numeric(row.count), Table.numeric(row.issues),
-        Table.numeric(row.issue), Format.instant(row.reference_time), seconds(row.age_s), health(row), Format.instant(row.first), Format.instant(row.last)]),
+      rows: all.slice().sort(Data.bySystem).map((row) => [row.name, Data.system(row.system).name, row.message, Table.numeric(row.count),
+        Table.numeric(row.issues), Table.numeric(row.issue), Format.instant(row.reference_time), seconds(row.age_s), health(row),
+        Format.instant(row.first), Format.instant(row.last)]),
     });
+    return [table, leftOut > 0 && Dom.make('p', { class: 'none' }, `Left out: ${Format.plural(leftOut, 'further row')}.`)];
   }
 
   function eventTable(events) {
@@ -143,6 +148,7 @@ const StreamSections = (() => {
       ['Bytes in no frame', Format.number(stat.bytes.damaged)], ['Skipped ranges', Format.number(stat.integrity.skipped_ranges)],
       ['Checksum errors', Format.number(stat.integrity.checksum_errors)], ['Rejected starts', Format.number(stat.integrity.rejected_starts)],
       ['Good frames at the end, found by searching again', stat.frames.recovered_at_end ? Format.number(stat.frames.recovered_at_end) : null]]);
+    if (stat.bytes.total === 0) return null;
     if (found.count === 0) return [Dom.make('p', { class: 'none' }, 'No damage: every byte is in a good frame.')];
     const shown = found.events.length;
     const title = shown < found.count ? `The first ${Format.number(shown)} of ${Format.number(found.count)} events` : Format.plural(found.count, 'event');

@@ -4,7 +4,8 @@ const Sky = (() => {
 
   const kHorizon = 100;  // radius
   const kLabelSize = 6.5;
-  const kMarkerRadius = 2.6;
+  const kMarkerRadius = 2.1;
+  const kElevationLabels = 22.5;  // azimuth
   const kReach = 8;  // from the pointer to a satellite
   const kRings = [0, 30, 60];
   const kDirections = [['N', 0], ['E', 90], ['S', 180], ['W', 270]];
@@ -17,7 +18,7 @@ const Sky = (() => {
   const place = ([, azimuth, elevation]) => position(azimuth, elevation);
 
   function frame() {
-    const rings = kRings.map((elevation) => Dom.svg('circle', { class: 'grid', r: kHorizon * (1 - elevation / 90) }));
+    const rings = kRings.map((elevation) => Dom.svg('circle', { class: elevation ? 'grid' : 'frame', r: kHorizon * (1 - elevation / 90) }));
     const spokes = [0, 45, 90, 135].map((azimuth) => {
       const [x, y] = position(azimuth, 0);
       return Dom.svg('path', { class: 'grid', d: `M${x},${y}L${-x},${-y}` });
@@ -26,15 +27,17 @@ const Sky = (() => {
       const [x, y] = position(azimuth, 0);
       return Dom.svg('text', { class: 'axis', x: x * 1.07, y: y * 1.07 + 2.4, 'text-anchor': 'middle' }, name);
     });
-    const elevations = [30, 60].map((elevation) =>
-      Dom.svg('text', { class: 'axis small', x: 1.5, y: -kHorizon * (1 - elevation / 90) - 1 }, `${elevation}\u00b0`));
+    const elevations = [30, 60].map((elevation) => {
+      const [x, y] = position(kElevationLabels, elevation);
+      return Dom.svg('text', { class: 'axis small', x, y: y + 2, 'text-anchor': 'middle' }, `${elevation}\u00b0`);
+    });
     return [...rings, ...spokes, ...names, ...elevations];
   }
 
   // Pieces of a track without gaps in which the satellite is used throughout, or not. A piece begins where the one
   // before it ends.
   function pieces(track) {
-    const reach = 4 * Data.usualDistance([presence(track)]);
+    const reach = 4 * Data.usualDistance(presence(track));
     const found = [];
     track.forEach((point, i) => {
       const before = track[i - 1];
@@ -53,10 +56,16 @@ const Sky = (() => {
     return values;
   }
 
-  // Beside the marker where no other label is yet; `boxes` collects what is taken.
+  // What labels must not cover: first the markers, then labels too.
+  const markerBoxes = (satellites) => satellites.map(({ track }) => {
+    const [x, y] = place(track[track.length - 1]);
+    return { left: x - kMarkerRadius, base: y + kLabelSize / 3, width: 2 * kMarkerRadius };
+  });
+
+  // Beside the marker where nothing else is yet; `boxes` collects what is taken.
   function labelPlace([x, y], text, boxes) {
     const width = text.length * kLabelSize * 0.62;
-    const candidates = [[x + 4, y + 2.2], [x - 4 - width, y + 2.2], [x - width / 2, y - 4], [x - width / 2, y + 4 + kLabelSize]];
+    const candidates = [[x + 3.5, y + 2.2], [x - 3.5 - width, y + 2.2], [x - width / 2, y - 3.5], [x - width / 2, y + 3.5 + kLabelSize]];
     const free = candidates.find(([left, base]) => !boxes.some((box) => overlaps(box, left, base, width))) ?? candidates[0];
     boxes.push({ left: free[0], base: free[1], width });
     return free;
@@ -81,7 +90,7 @@ const Sky = (() => {
   function describe(satellite) {
     const [, azimuth, elevation] = satellite.track[satellite.track.length - 1];
     const use = satellite.used === null ? '' : `, used in ${Format.number(satellite.used)}`;
-    return `${satellite.name} (${satellite.system}): at last azimuth ${Format.degrees(azimuth)}, elevation ${Format.degrees(elevation)}; `
+    return `${satellite.name} (${Data.system(satellite.system).name}): at last azimuth ${Format.degrees(azimuth)}, elevation ${Format.degrees(elevation)}; `
       + `seen in ${Format.plural(satellite.epochs, 'epoch')}${use}`;
   }
 
@@ -140,7 +149,7 @@ const Sky = (() => {
         'Elevation at last', 'Highest elevation'].map((text) => ({ text, number: true }))],
       rows: satellites.map(({ name, system, epochs, used, track }) => {
         const ends = track.length ? [track[0], track[track.length - 1]] : [];
-        return [name, system, Table.numeric(epochs), Table.numeric(used),
+        return [name, Data.system(system).name, Table.numeric(epochs), Table.numeric(used),
           ...[0, 1].flatMap((end) => [1, 2].map((part) => angle(ends[end]?.[part]))),
           angle(track.length ? highest(track) : null)];
       }),
@@ -153,20 +162,20 @@ const Sky = (() => {
     const entries = present.map(({ key, name, marker }) => ({ style: { color: key, marker }, text: name }));
     const known = satellites.some(({ used }) => used !== null);
     return Svg.legend([...entries,
-      ...(known ? [{ style: { color: 'ink', width: 2.5 }, text: 'used' }, { style: { color: 'ink', dash: [1, 3], width: 1.5 }, text: 'only tracked' }] : [])]);
+      ...(known ? [{ style: { color: 'ink', width: 2.5, marker: 'circle' }, text: 'used' }, { style: { color: 'ink', dash: [1, 3], width: 1.5, marker: 'circle', hollow: true }, text: 'only tracked' }] : [])]);
   }
 
   // `satellites` in any order, at least one of them with a track.
   function chart(all) {
     const listed = all.slice().sort(Data.bySystem);
     const satellites = listed.filter(({ track }) => track.length > 0);
-    const boxes = [];
+    const boxes = markerBoxes(satellites);
     const svg = Dom.svg('svg', { viewBox: '-116 -112 232 224', 'aria-hidden': true }, frame(),
       satellites.map((satellite) => drawSatellite(satellite, boxes)));
     const controller = new Controller(satellites, svg);
     const note = `${Format.plural(satellites.length, 'satellite')}; the marker is at the last position`;
     const { figure, show } = Figure.make({
-      name: 'sky', title: 'Sky plot', note, legend: legend(satellites), controller, table: () => table(listed),
+      name: 'sky', title: 'Sky plot', titled: true, note, legend: legend(satellites), controller, table: () => table(listed),
       plot: Figure.plot('square', `Sky plot of ${Format.plural(satellites.length, 'satellite')}. Arrow keys go from satellite to satellite.`, svg),
     });
     controller.show = show;

@@ -36,10 +36,10 @@ const Svg = (() => {
   }
 
   // A short line in the style of a series, for legends.
-  function swatch({ color, dash = [], marker: shape, width = 2 }) {
+  function swatch({ color, dash = [], marker: shape, width = 2, hollow }) {
     return Dom.svg('svg', { class: `swatch c-${color}`, viewBox: '0 0 32 12', 'aria-hidden': true },
       Dom.svg('path', { class: 'line', d: 'M1,6H31', 'stroke-dasharray': dash.join(' '), 'stroke-width': width }),
-      shape && marker(shape, 16, 6, 4, { class: 'mark' }));
+      shape && marker(shape, 16, 6, 4, { class: hollow ? 'mark hollow' : 'mark' }));
   }
 
   // [{ style, text }] as a list with swatches.

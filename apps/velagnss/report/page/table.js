@@ -2,6 +2,8 @@
 const Table = (() => {
   'use strict';
 
+  const kLong = 60;  // characters of a value that needs the width of two
+
   // A cell is a text, a node, or a number with its text. The number stays readable for programs in data-value.
   const cell = (value, text) => ({ value, text });
   const numeric = (value, digits = 0) => cell(value, Format.number(value, digits));
@@ -42,7 +44,7 @@ const Table = (() => {
   // Names and values: [['Bytes', '372 291'], ...]. Pairs without a value are left out.
   function pairs(list) {
     return Dom.make('dl', {}, list.filter(([, value]) => value !== null && value !== undefined)
-      .map(([name, value]) => Dom.make('div', {}, Dom.make('dt', {}, name), Dom.make('dd', {}, value))));
+      .map(([name, value]) => Dom.make('div', { class: value.length > kLong && 'long' }, Dom.make('dt', {}, name), Dom.make('dd', {}, value))));
   }
 
   return { make, onDemand, pairs, cell, numeric };

@@ -47,7 +47,7 @@ const TimeChart = (() => {
 
   function timeLabel(time, grid) {
     const milliseconds = Number(time);
-    if (grid.hasDate && milliseconds % 86400000 === 0) return Format.date(milliseconds);
+    if (grid.hasDate && milliseconds % 86400000 === 0) return Format.day(milliseconds);
     return Format.clock(milliseconds, milliseconds % 60000 !== 0);
   }
 
