@@ -1,5 +1,8 @@
 #include "apps/velagnss/report/ReceiverReports.h"
 
+#include <cmath>
+#include <utility>
+
 #include "geo/LeapSeconds.h"
 
 namespace Host {
@@ -38,8 +41,19 @@ void C_ReceiverReports::Take(const S_Epoch& epoch) {
 
 C_ReceiverReports::t_Station C_ReceiverReports::ReceiverOf(const S_Epoch& epoch) {
   if (!epoch.station) return std::nullopt;
-  if (epoch.hasSentences) m_contents.own = epoch.station->number;
+  if (epoch.hasSentences) NoteOwn(*epoch.station);
   return m_contents.own == epoch.station->number ? std::nullopt : t_Station(epoch.station->number);
+}
+
+// Observations may have come before the first epoch of sentences ended.
+void C_ReceiverReports::NoteOwn(const S_EpochStation& station) {
+  if (m_contents.own == station.number) return;
+  m_contents.own = station.number;
+  if (m_contents.receivers.contains(std::nullopt)) return;
+  auto report = m_contents.receivers.extract(station.number);
+  if (report.empty()) return;
+  report.key() = std::nullopt;
+  m_contents.receivers.insert(std::move(report));
 }
 
 // There is always room for the receiver of the sentences.

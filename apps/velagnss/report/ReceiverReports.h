@@ -78,6 +78,7 @@ class C_ReceiverReports : public C_RecordConsumer {
 
   void Take(const S_Epoch& epoch);
   t_Station ReceiverOf(const S_Epoch& epoch);
+  void NoteOwn(const S_EpochStation& station);
   S_ReceiverReport* ReportOf(const t_Station& receiver);
   S_Moment MomentOf(const S_Epoch& epoch);
   void NoteError(const C_GnssTime& time, const C_Vector3& error);

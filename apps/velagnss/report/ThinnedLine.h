@@ -51,12 +51,13 @@ template <class Point, std::size_t kMost>
 void C_ThinnedLine<Point, kMost>::Thin() {
   const std::vector<double> weights = Weights();
   std::vector<double> sorted = weights;
-  const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
-  std::nth_element(sorted.begin(), middle, sorted.end());
+  const std::size_t surplus = std::min(sorted.size() / 2, sorted.size() - kMost / 2);
+  const auto limit = sorted.begin() + static_cast<std::ptrdiff_t>(surplus - 1);
+  std::nth_element(sorted.begin(), limit, sorted.end());
   std::size_t kept = 0;
   bool isLastOut = false;
   for (std::size_t i = 0; i < m_points.size(); ++i) {
-    isLastOut = !isLastOut && weights[i] <= *middle && weights[i] < kNever;
+    isLastOut = !isLastOut && weights[i] <= *limit && weights[i] < kNever;
     if (!isLastOut) m_points[kept++] = m_points[i];
   }
   m_points.resize(kept);

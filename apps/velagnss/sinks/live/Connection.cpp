@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <asio/completion_condition.hpp>
 #include <asio/io_context.hpp>
-#include <asio/post.hpp>
 #include <asio/write.hpp>
 #include <utility>
 
@@ -29,32 +28,13 @@ constexpr auto kLinger = 1s;
 
 C_Connection::C_Connection(asio::io_context& context, C_FileDescriptor descriptor, const S_QueueLimits& limits,
                            t_SinkCounters counters, std::shared_ptr<C_SendQueue> queue)
-    : m_stream(context, descriptor.Release()),
-      m_limits(limits),
-      m_counters(std::move(counters)),
-      m_queue(std::move(queue)) {}
+    : C_Outlet(context, std::move(descriptor), std::move(counters), std::move(queue)), m_limits(limits) {}
 
 void C_Connection::Begin(std::string head, t_OnEnd onEnd) {
   m_onEnd = std::move(onEnd);
   m_head = std::move(head);
   if (!m_isPipe) Read();
-  Write();
-}
-
-void C_Connection::Put(const t_Piece& piece) {
-  if (m_hasEnded || m_isFinishing) return;
-  if (!m_queue->Add(piece, t_Clock::now())) return End("does not keep up");
-  Write();
-}
-
-void C_Connection::Finish() {
-  m_isFinishing = true;
-  Write();
-}
-
-void C_Connection::Close() {
-  m_onEnd = nullptr;
-  End({});
+  Send();
 }
 
 void C_Connection::CheckProgress(t_Clock::time_point now) {
@@ -66,16 +46,16 @@ void C_Connection::CheckProgress(t_Clock::time_point now) {
 }
 
 void C_Connection::Read() {
-  m_stream.async_read_some(
-      asio::buffer(m_dropped), [self = shared_from_this()](const asio::error_code& error, std::size_t) {
-        if (self->m_hasEnded) return;
-        if (!error) return self->Read();
-        const auto* const atEnd = self->m_isPort ? "the device is gone" : "closed by the other side";
-        self->End(error == asio::error::eof ? atEnd : error.message());
-      });
+  m_descriptor.async_read_some(asio::buffer(m_dropped),
+                               [this, self = shared_from_this()](const asio::error_code& error, std::size_t) {
+                                 if (m_hasEnded) return;
+                                 if (!error) return Read();
+                                 const auto* const atEnd = m_isPort ? "the device is gone" : "closed by the other side";
+                                 End(error == asio::error::eof ? atEnd : error.message());
+                               });
 }
 
-void C_Connection::Write() {
+void C_Connection::Send() {
   if (m_isWriting || m_hasEnded || m_isShutDown) return;
   const t_Clock::time_point now = t_Clock::now();
   if (!Gather(now)) {
@@ -89,8 +69,8 @@ void C_Connection::Write() {
     return asio::transfer_all()(error, sent);
   };
   asio::async_write(
-      m_stream, m_buffers, goOn,
-      [self = shared_from_this()](const asio::error_code& error, std::size_t sent) { self->OnWritten(error, sent); });
+      m_descriptor, m_buffers, goOn,
+      [this, self = shared_from_this()](const asio::error_code& error, std::size_t sent) { OnWritten(error, sent); });
 }
 
 // False: there is nothing to send.
@@ -126,7 +106,7 @@ void C_Connection::OnWritten(const asio::error_code& error, std::size_t sent) {
   Account(sent);
   if (m_hasEnded) return;
   if (error) return End(error.message());
-  Write();
+  Send();
 }
 
 // What was not sent as a whole unit goes back: the next connection of a destination begins with it.
@@ -149,28 +129,22 @@ void C_Connection::EndWriting() {
   if (m_usesChunks) {
     m_usesChunks = false;
     m_head = "0\r\n\r\n";
-    return Write();
+    return Send();
   }
   m_isShutDown = true;
   m_lastProgress = t_Clock::now();
   if (m_isPort) return EndPort();
-  if (::shutdown(m_stream.native_handle(), SHUT_WR) != 0) End("closed");
+  if (::shutdown(m_descriptor.native_handle(), SHUT_WR) != 0) End("closed");
 }
 
 // A port that is closed drops what the line has not taken yet.
 void C_Connection::EndPort() {
   int waiting = 0;
-  if (::ioctl(m_stream.native_handle(), TIOCOUTQ, &waiting) != 0 || waiting == 0) End("closed");
+  if (::ioctl(m_descriptor.native_handle(), TIOCOUTQ, &waiting) != 0 || waiting == 0) End("closed");
 }
 
-// The handlers of what is going on run once more, with an error.
-void C_Connection::End(const std::string& why) {
-  if (m_hasEnded) return;
-  m_hasEnded = true;
-  if (m_isPort) ReleaseSerialPort(m_stream.native_handle());
-  asio::error_code ignored;
-  m_stream.close(ignored);
-  if (m_onEnd) asio::post(m_stream.get_executor(), [onEnd = std::exchange(m_onEnd, nullptr), why] { onEnd(why); });
+void C_Connection::BeforeEnd() {
+  if (m_isPort) ReleaseSerialPort(m_descriptor.native_handle());
 }
 
 }  // namespace Host

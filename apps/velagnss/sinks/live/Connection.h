@@ -5,22 +5,18 @@
 #include <array>
 #include <asio/buffer.hpp>
 #include <asio/error.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <deque>
-#include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "apps/velagnss/os/FileDescriptor.h"
 #include "apps/velagnss/sinks/live/Outlet.h"
 
 namespace Host {
 
 // A socket or a port. What the other side sends is read and dropped: unread bytes would hide its end, and turn our own
 // into a reset.
-class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Connection> {
+class C_Connection : public C_Outlet {
  public:
   C_Connection(asio::io_context& context, C_FileDescriptor descriptor, const S_QueueLimits& limits,
                t_SinkCounters counters, std::shared_ptr<C_SendQueue> queue);
@@ -33,9 +29,6 @@ class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Conn
   void UsePipe() { m_isPipe = true; }
 
   void Begin(std::string head, t_OnEnd onEnd) override;
-  void Put(const t_Piece& piece) override;
-  void Finish() override;
-  void Close() override;
   void CheckProgress(t_Clock::time_point now) override;
 
  private:
@@ -45,20 +38,16 @@ class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Conn
   };
 
   void Read();
-  void Write();
+  void Send() override;
   bool Gather(t_Clock::time_point now);
   void AddPieces(t_Clock::time_point now);
   void OnWritten(const asio::error_code& error, std::size_t sent);
   void Account(std::size_t sent);
   void EndWriting();
   void EndPort();
-  void End(const std::string& why);
+  void BeforeEnd() override;
 
-  asio::posix::stream_descriptor m_stream;
   S_QueueLimits m_limits;
-  t_SinkCounters m_counters;
-  std::shared_ptr<C_SendQueue> m_queue;
-  t_OnEnd m_onEnd;
   std::array<char, 1024> m_dropped;
 
   std::string m_head;                  // before the first piece
@@ -70,9 +59,7 @@ class C_Connection : public C_Outlet, public std::enable_shared_from_this<C_Conn
   bool m_usesChunks = false;
   bool m_isPort = false;
   bool m_isPipe = false;
-  bool m_isFinishing = false;
   bool m_isShutDown = false;
-  bool m_hasEnded = false;
 };
 
 }  // namespace Host

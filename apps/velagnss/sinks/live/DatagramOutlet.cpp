@@ -3,36 +3,15 @@
 #include <sys/socket.h>
 
 #include <asio/io_context.hpp>
-#include <asio/post.hpp>
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
 namespace Host {
 
-C_DatagramOutlet::C_DatagramOutlet(asio::io_context& context, C_FileDescriptor socket, t_SinkCounters counters,
-                                   std::shared_ptr<C_SendQueue> queue)
-    : m_socket(context, socket.Release()), m_counters(std::move(counters)), m_queue(std::move(queue)) {}
-
 void C_DatagramOutlet::Begin(std::string, t_OnEnd onEnd) {
   m_onEnd = std::move(onEnd);
   Send();
-}
-
-void C_DatagramOutlet::Put(const t_Piece& piece) {
-  if (m_hasEnded || m_isFinishing) return;
-  if (!m_queue->Add(piece, t_Clock::now())) return End("does not keep up");
-  Send();
-}
-
-void C_DatagramOutlet::Finish() {
-  m_isFinishing = true;
-  Send();
-}
-
-void C_DatagramOutlet::Close() {
-  m_onEnd = nullptr;
-  End({});
 }
 
 void C_DatagramOutlet::Send() {
@@ -46,11 +25,11 @@ void C_DatagramOutlet::Send() {
     if (sent == eSent::Failed) return End(std::strerror(errno));
     if (sent == eSent::Yes) continue;
     m_isWaiting = true;
-    m_socket.async_wait(asio::posix::stream_descriptor::wait_write,
-                        [self = shared_from_this()](const asio::error_code& error) {
-                          self->m_isWaiting = false;
-                          if (!error) self->Send();
-                        });
+    m_descriptor.async_wait(asio::posix::stream_descriptor::wait_write,
+                            [this, self = shared_from_this()](const asio::error_code& error) {
+                              m_isWaiting = false;
+                              if (!error) Send();
+                            });
   }
 }
 
@@ -70,7 +49,7 @@ C_DatagramOutlet::eSent C_DatagramOutlet::SendPiece(const t_Piece& piece) {
 C_DatagramOutlet::eSent C_DatagramOutlet::SendUnit(std::string_view unit) {
   ssize_t sent = -1;
   do {
-    sent = ::send(m_socket.native_handle(), unit.data(), unit.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    sent = ::send(m_descriptor.native_handle(), unit.data(), unit.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
   } while (sent < 0 && (errno == EINTR || errno == ECONNREFUSED));
   if (sent >= 0) {
     ++m_counters->units;
@@ -81,14 +60,6 @@ C_DatagramOutlet::eSent C_DatagramOutlet::SendUnit(std::string_view unit) {
   if (errno != EMSGSIZE) return eSent::Failed;
   ++m_counters->dropped;
   return eSent::Yes;
-}
-
-void C_DatagramOutlet::End(const std::string& why) {
-  if (m_hasEnded) return;
-  m_hasEnded = true;
-  asio::error_code ignored;
-  m_socket.close(ignored);
-  if (m_onEnd) asio::post(m_socket.get_executor(), [onEnd = std::exchange(m_onEnd, nullptr), why] { onEnd(why); });
 }
 
 }  // namespace Host

@@ -4,7 +4,7 @@
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/sinks/live/Listener.h"
-#include "apps/velagnss/sinks/live/Readers.h"
+#include "apps/velagnss/sinks/live/ReaderSink.h"
 #include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
@@ -12,32 +12,26 @@ namespace {
 
 using eWeight = S_SinkMessage::eWeight;
 
-class C_ListenSink : public C_NetSink {
+class C_ListenSink : public C_ReaderSink {
  public:
   explicit C_ListenSink(const S_SinkMaking& making)
-      : C_NetSink(making.thread, making.address.Shown(), making.limits),
+      : C_ReaderSink(making),
         m_address(making.address),
         m_listener(making.thread.Context()),
         m_admission({.all = NumberOption(m_address, "clients", S_ReaderLimits().all),
-                     .perAddress = NumberOption(m_address, "per-address", S_ReaderLimits().perAddress)}),
-        m_readers(making.thread.Context(), making.limits, Counters(),
-                  [this](const std::string& name, const std::string& why) { OnLeave(name, why); }) {}
+                     .perAddress = NumberOption(m_address, "per-address", S_ReaderLimits().perAddress)}) {}
 
  protected:
   bool Prepare() override;
   void Begin() override;
-  void OnPiece(const t_Piece& piece) override { m_readers.Put(piece); }
-  void OnTick(t_Clock::time_point now) override { m_readers.CheckProgress(now); }
-  void BeginFinish() override;
+  void StopListening() override { m_listener.Close(); }
 
  private:
   void OnAccept(C_FileDescriptor socket, const C_Listener::S_Peer& peer);
-  void OnLeave(const std::string& name, const std::string& why);
 
   S_Address m_address;
   C_Listener m_listener;
   C_Admission m_admission;
-  C_Readers m_readers;
   std::uint64_t m_unnamed = 0;
 };
 
@@ -69,20 +63,7 @@ void C_ListenSink::OnAccept(C_FileDescriptor socket, const C_Listener::S_Peer& p
   std::string name = peer.name.empty() ? fmt::format("client {}", ++m_unnamed) : peer.name;
   C_Admission::t_Pass pass = m_admission.Admit(peer.address);
   if (pass == nullptr) return Say(eWeight::Detail, name + " turned away: there are too many clients");
-  Say(eWeight::Detail, name + " connected");
-  m_readers.Add({std::move(socket), std::move(name), {}, false, std::move(pass)});
-  Thread().Wake();
-}
-
-void C_ListenSink::OnLeave(const std::string& name, const std::string& why) {
-  Say(eWeight::Detail, fmt::format("{} left: {}", name, why));
-  if (IsFinishing() && m_readers.IsEmpty()) NoteFinished();
-}
-
-void C_ListenSink::BeginFinish() {
-  m_listener.Close();
-  m_readers.Finish();
-  if (m_readers.IsEmpty()) NoteFinished();
+  AddReader({std::move(socket), std::move(name), {}, false, std::move(pass)});
 }
 
 bool IsMode(const std::string& value) {

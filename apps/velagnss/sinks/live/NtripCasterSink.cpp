@@ -8,6 +8,7 @@
 #include "apps/velagnss/net/ntrip/Request.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/sinks/live/Casters.h"
+#include "apps/velagnss/sinks/live/ReaderSink.h"
 #include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
@@ -31,32 +32,25 @@ std::string TableRecord(const S_Address& address) {
                      isOpen ? "N" : "B");
 }
 
-class C_NtripCasterSink : public C_NetSink {
+class C_NtripCasterSink : public C_ReaderSink {
  public:
   explicit C_NtripCasterSink(const S_SinkMaking& making)
-      : C_NetSink(making.thread, making.address.Shown(), making.limits),
-        m_address(WithNtripPort(making.address)),
-        m_casters(making.casters),
-        m_readers(making.thread.Context(), making.limits, Counters(),
-                  [this](const std::string& name, const std::string& why) { OnLeave(name, why); }) {}
+      : C_ReaderSink(making), m_address(WithNtripPort(making.address)), m_casters(making.casters) {}
 
  protected:
   bool Prepare() override;
   void Begin() override {}
-  void OnPiece(const t_Piece& piece) override { m_readers.Put(piece); }
+  void StopListening() override { m_casters.Close(); }
   void OnTick(t_Clock::time_point now) override {
-    m_readers.CheckProgress(now);
+    C_ReaderSink::OnTick(now);
     m_casters.CheckProgress(now);
   }
-  void BeginFinish() override;
 
  private:
   void OnReader(C_Readers::S_Newcomer newcomer);
-  void OnLeave(const std::string& name, const std::string& why);
 
   S_Address m_address;
   C_Casters& m_casters;
-  C_Readers m_readers;
 };
 
 bool C_NtripCasterSink::Prepare() {
@@ -72,21 +66,7 @@ bool C_NtripCasterSink::Prepare() {
 }
 
 void C_NtripCasterSink::OnReader(C_Readers::S_Newcomer newcomer) {
-  if (IsFinishing()) return;
-  Say(eWeight::Detail, newcomer.name + " connected");
-  m_readers.Add(std::move(newcomer));
-  Thread().Wake();
-}
-
-void C_NtripCasterSink::OnLeave(const std::string& name, const std::string& why) {
-  Say(eWeight::Detail, fmt::format("{} left: {}", name, why));
-  if (IsFinishing() && m_readers.IsEmpty()) NoteFinished();
-}
-
-void C_NtripCasterSink::BeginFinish() {
-  m_casters.Close();
-  m_readers.Finish();
-  if (m_readers.IsEmpty()) NoteFinished();
+  if (!IsFinishing()) AddReader(std::move(newcomer));
 }
 
 // What has these characters would break the line of the table.
