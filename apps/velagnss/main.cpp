@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
   InstallSignalHandlers();
   try {
     const int code = C_CommandLine().Run(argc, argv);
-    return SignalReceived() != 0 ? kExitSignalBase + SignalReceived() : code;
+    return SignalReceived() > 0 ? kExitSignalBase + SignalReceived() : code;
   } catch (const S_SpillLost&) {
     ReportError("a temporary file cannot be read back; set TMPDIR to a directory on another disk");
     return eExitOutput;

@@ -17,6 +17,7 @@
 #include "apps/velagnss/commands/ExtractCommand.h"
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
+#include "apps/velagnss/commands/MonitorCommand.h"
 #include "apps/velagnss/commands/NtripTableCommand.h"
 #include "apps/velagnss/commands/PortsCommand.h"
 #include "apps/velagnss/commands/RecordCommand.h"
@@ -34,8 +35,9 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand, &kStatCommand,   &kReportCommand, &kConvertCommand, &kExtractCommand,    &kEncodeCommand,
-    &kGeoCommand,    &kRecordCommand, &kReplayCommand, &kRelayCommand,   &kNtripTableCommand, &kPortsCommand,
+    &kDecodeCommand,  &kMonitorCommand,    &kStatCommand,  &kReportCommand, &kConvertCommand,
+    &kExtractCommand, &kEncodeCommand,     &kGeoCommand,   &kRecordCommand, &kReplayCommand,
+    &kRelayCommand,   &kNtripTableCommand, &kPortsCommand,
 };
 
 constexpr char kDescription[] =
@@ -43,6 +45,7 @@ constexpr char kDescription[] =
     "Examples:\n"
     "  velagnss decode session.bin                    every frame as a JSON object per line\n"
     "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
+    "  velagnss monitor /dev/ttyUSB0                  what a receiver sends, as it comes, in the terminal\n"
     "  velagnss convert --to gpx session.bin          its track as GPX\n"
     "  velagnss convert --to rinex-nav session.bin    its ephemerides as a RINEX file\n"
     "  velagnss record --every 1h /dev/ttyUSB0        a receiver's bytes, in a file per hour\n"

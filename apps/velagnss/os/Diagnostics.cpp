@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <span>
+#include <utility>
 
 #include "apps/velagnss/os/HidePassword.h"
 
@@ -17,14 +18,18 @@ namespace {
 
 eVerbosity g_verbosity = eVerbosity::Normal;
 bool g_progressShown = false;
+t_MessageTaker g_taker;
 
 // ECMA-48; no colors for users who set NO_COLOR (no-color.org).
 struct S_Color {
   std::string_view on;
   std::string_view off = "\x1b[0m";
 };
-constexpr S_Color kRed{"\x1b[1;31m"};
-constexpr S_Color kYellow{"\x1b[1;33m"};
+struct S_MessageStyle {
+  std::string_view start;
+  S_Color color;
+};
+constexpr S_MessageStyle kStyles[] = {{"error: ", {"\x1b[1;31m"}}, {"warning: ", {"\x1b[1;33m"}}, {"", {"", ""}}};
 
 bool UsesColor() {
   static const bool use = [] {
@@ -65,29 +70,41 @@ void HidePasswords(std::string& message) {
   }
 }
 
+const S_MessageStyle& StyleOf(eMessage kind) { return kStyles[static_cast<std::size_t>(kind)]; }
+
 // The progress line is cleared first, or the message would be appended to it.
-void Report(std::string_view kind, const S_Color& color, std::string_view message) {
+void Write(eMessage kind, std::string_view message) {
   ShowProgressLine({});
-  const bool isColored = UsesColor() && !kind.empty();
-  std::string shown = Printable(message);
-  HidePasswords(shown);
-  WriteToError(fmt::format("velagnss: {}{}{}{}\n", isColored ? color.on : "", kind, isColored ? color.off : "", shown));
+  const auto& [start, color] = StyleOf(kind);
+  const bool isColored = UsesColor();
+  WriteToError(
+      fmt::format("velagnss: {}{}{}{}\n", isColored ? color.on : "", start, isColored ? color.off : "", message));
 }
 
 }  // namespace
 
+void ReportMessage(eMessage kind, std::string_view message) {
+  std::string shown = Printable(message);
+  HidePasswords(shown);
+  if (g_taker) g_taker(kind, shown);
+  if (!g_taker || ::isatty(STDERR_FILENO) == 0) Write(kind, shown);
+}
+
+std::string_view MessageStart(eMessage kind) { return StyleOf(kind).start; }
+void SetMessageTaker(t_MessageTaker taker) { g_taker = std::move(taker); }
+
 void SetVerbosity(eVerbosity verbosity) { g_verbosity = verbosity; }
 eVerbosity Verbosity() { return g_verbosity; }
 
-void ReportError(std::string_view message) { Report("error: ", kRed, message); }
+void ReportError(std::string_view message) { ReportMessage(eMessage::Error, message); }
 void ReportWarning(std::string_view message) {
-  if (g_verbosity != eVerbosity::Quiet) Report("warning: ", kYellow, message);
+  if (g_verbosity != eVerbosity::Quiet) ReportMessage(eMessage::Warning, message);
 }
 void ReportNotice(std::string_view message) {
-  if (g_verbosity != eVerbosity::Quiet) Report("", {}, message);
+  if (g_verbosity != eVerbosity::Quiet) ReportMessage(eMessage::Notice, message);
 }
 void ReportDetail(std::string_view message) {
-  if (g_verbosity == eVerbosity::Verbose) Report("", {}, message);
+  if (g_verbosity == eVerbosity::Verbose) ReportMessage(eMessage::Notice, message);
 }
 
 void ReportOutOfMemory() noexcept { WriteToError("velagnss: error: out of memory; try a smaller --read-size\n"); }

@@ -5,6 +5,7 @@
 #ifndef VELAGNSS_APPS_DIAGNOSTICS_H
 #define VELAGNSS_APPS_DIAGNOSTICS_H
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,19 @@ void ReportWarning(std::string_view message);  // unless quiet
 void ReportNotice(std::string_view message);   // likewise: good to know, nothing is wrong
 void ReportDetail(std::string_view message);   // only when verbose
 void ReportOutOfMemory() noexcept;             // without allocating any
+
+enum class eMessage { Error, Warning, Notice };
+
+// Writes a message whatever the verbosity is.
+void ReportMessage(eMessage kind, std::string_view message);
+
+// The beginning of a message of this kind: "warning: ".
+std::string_view MessageStart(eMessage kind);
+
+// While it is set, messages go there, printable and without passwords, and not to standard error if that is a
+// terminal: the taker has the screen. Called by the thread that reports.
+using t_MessageTaker = std::function<void(eMessage kind, const std::string& message)>;
+void SetMessageTaker(t_MessageTaker taker);
 
 // `text` made safe for a terminal: control characters and bytes from 0x7F on as "\xNN".
 std::string Printable(std::string_view text);

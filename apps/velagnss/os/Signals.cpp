@@ -39,13 +39,24 @@ bool IsIgnored(int signal) {
 
 }  // namespace
 
+// No SA_RESTART: blocking calls return. A signal that has come already has had its first time.
+void EndAtSecondSignal(bool on) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    if (IsIgnored(signal)) continue;
+    struct sigaction action {};
+    action.sa_handler = on && g_signal == signal ? SIG_DFL : &Handle;
+    action.sa_flags = on ? static_cast<int>(SA_RESETHAND) : 0;
+    ::sigaction(signal, &action, nullptr);
+  }
+}
+
 void InstallSignalHandlers() {
   if (::pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0) g_pipe[0] = g_pipe[1] = -1;
   struct sigaction action {};
   action.sa_handler = &Handle;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);  // and no SA_RESTART: blocking calls return
-  for (const int signal : {SIGINT, SIGTERM}) ::sigaction(signal, &action, nullptr);
-  if (!IsIgnored(SIGHUP)) ::sigaction(SIGHUP, &action, nullptr);
+  for (const int signal : {SIGINT, SIGTERM})
+    ::sigaction(signal, &action, nullptr);  // a caller's SIG_IGN does not count
+  EndAtSecondSignal(true);
   action.sa_handler = SIG_IGN;
   for (const int signal : {SIGPIPE, SIGXFSZ}) ::sigaction(signal, &action, nullptr);
 }
@@ -66,6 +77,9 @@ unsigned int HangupsReceived() {
 }
 
 int SignalReceived() { return g_signal; }
+void RequestEnd() {
+  if (g_signal == 0) Handle(kEndRequested);
+}
 int SignalDescriptor() { return g_pipe[0]; }
 
 }  // namespace Host

@@ -16,8 +16,17 @@ void CountHangups();
 // How many have been counted. After this the waits for input go on.
 unsigned int HangupsReceived();
 
-// The signal that has come, or 0.
+// The signal that has come, or 0; `kEndRequested` after `RequestEnd`.
 int SignalReceived();
+
+// The user wants the program to end by a key of its own: everything stops as it does for a signal, but the exit code is
+// what it would be otherwise. From any thread.
+inline constexpr int kEndRequested = -1;
+void RequestEnd();
+
+// Whether a second signal of the same kind ends the program at once. It shall not while a terminal is in a state that
+// nobody else would restore.
+void EndAtSecondSignal(bool on);
 
 // Becomes readable with the first signal, and with each hangup that is counted: a wait for input that also polls this
 // descriptor misses none. -1 before `InstallSignalHandlers`.
