@@ -55,7 +55,7 @@ const Comparison = (() => {
   function table(inputs) {
     const rows = kRows.map(([name, show]) => [name, ...inputs.map(show)]).filter(([, ...cells]) => !cells.every(isMissing));
     return Table.make({ name: 'comparison', caption: 'Inputs compared',
-      columns: ['', ...inputs.map(({ name }) => ({ text: name, number: true }))], rows });
+      columns: ['Value', ...inputs.map(({ label }) => ({ text: label, number: true }))], rows });
   }
 
   return { table };

@@ -86,7 +86,13 @@ const Data = (() => {
     return [...counts].reduce((best, row) => (row[1] > best[1] ? row : best), [1, 0])[0];
   }
 
-  const inputs = report.inputs.map((input) => ({ ...input, grid: input.bins ? new Grid(input.bins) : null }));
+  // A file without its directories, if no other input has the same name then.
+  function label({ name }) {
+    const last = (path) => path.split('/').pop() || path;
+    return report.inputs.filter((other) => last(other.name) === last(name)).length === 1 ? last(name) : name;
+  }
+
+  const inputs = report.inputs.map((input) => ({ ...input, label: label(input), grid: input.bins ? new Grid(input.bins) : null }));
 
   const receiverName = (receiver) => (receiver.station === null ? 'Sentences' : `Reference station ${receiver.station}`);
 

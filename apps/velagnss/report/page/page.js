@@ -11,12 +11,12 @@
 
   // A tile: { heading, input, content }, content is null when there is nothing to show.
   function inputTile(section, input, i) {
-    return { heading: input.name, input, content: section.show(input, groups[i]) };
+    return { heading: input.label, input, content: section.show(input, groups[i]) };
   }
   function receiverTiles(section, input, i) {
-    if (input.receivers.length === 0) return [{ heading: input.name, input, content: null }];
+    if (input.receivers.length === 0) return [{ heading: input.label, input, content: null }];
     return input.receivers.map((receiver) => ({
-      heading: [inputs.length > 1 && input.name, input.receivers.length > 1 && Data.receiverName(receiver)].filter(Boolean).join(', '),
+      heading: [inputs.length > 1 && input.label, input.receivers.length > 1 && Data.receiverName(receiver)].filter(Boolean).join(', '),
       input,
       content: section.show(receiver, input, groups[i]),
     }));
@@ -24,9 +24,15 @@
 
   const drawTile = ({ heading, content }, several) => Dom.make('div', { class: 'tile' }, several && Dom.make('h3', {}, heading), content);
 
-  function drawMissing(section, { heading, input }, several) {
-    const text = reason(section, input);
-    return Dom.make('p', { class: 'none' }, several ? `${heading}: ${text}.` : sentence(text));
+  // A line for each reason, with those that it holds for unless it holds for all.
+  function drawMissing(section, missing, count) {
+    const headings = new Map();
+    for (const { heading, input } of missing) {
+      const text = reason(section, input);
+      headings.set(text, [...(headings.get(text) ?? []), heading]);
+    }
+    return [...headings].map(([text, concerned]) =>
+      Dom.make('p', { class: 'none' }, concerned.length < count ? `${concerned.join(', ')}: ${text}.` : sentence(text)));
   }
 
   // What has nothing to show takes a line below what has.
@@ -38,7 +44,7 @@
       element: Dom.make('section', { id: section.id, 'data-section': section.id, 'aria-labelledby': `${section.id}-title` },
         Dom.make('h2', { id: `${section.id}-title` }, section.title),
         shown.length > 0 && Dom.make('div', { class: 'tiles' }, shown.map((tile) => drawTile(tile, several))),
-        missing.map((tile) => drawMissing(section, tile, several))),
+        drawMissing(section, missing, tiles.length)),
     };
   }
 
@@ -66,13 +72,13 @@
   }
 
   function subtitle() {
-    if (inputs.length > 1) return inputs.map(({ name }) => name).join(', ');
+    if (inputs.length > 1) return inputs.map(({ label }) => label).join(', ');
     const { time } = inputs[0].stat;
     return time ? `${Format.instant(time.first)} to ${Format.instant(time.last)}, ${Format.duration(time.duration_s)}` : sentence(kNoTime);
   }
 
   function head() {
-    const title = inputs.length > 1 ? `${inputs.length} inputs compared` : inputs[0].name;
+    const title = inputs.length > 1 ? `${inputs.length} inputs compared` : inputs[0].label;
     document.title = `${title} \u2013 velagnss report`;
     document.getElementById('title').textContent = title;
     document.getElementById('subtitle').textContent = subtitle();

@@ -61,7 +61,7 @@ const ReceiverSections = (() => {
     const signal = Figure.choice('Signal', [[kFirstSignal, 'first of each satellite'], ...signals.map((name) => [name, name])], (name) => {
       chart.content.setLines(signalLines(satellites, name, group.grid));
       fillHighlight();
-      chart.replaceSeries();
+      chart.redraw();
     });
     const chart = Lines.chart(group, first, { name: 'cn0', title: 'C/N0 over time', titled: true, unit: 'dB-Hz', digits: 0, size: 'tall',
       controls: [signal.element, highlight.element], legend: systemLegend(satellites),
@@ -151,7 +151,7 @@ const ReceiverSections = (() => {
     const { computed } = receiver;
     if (!computed) return null;
     const chart = lines(group, [['north', computed.north_m, plain()], ['east', computed.east_m, other()], ['up', computed.up_m, third()]],
-      { name: 'station', title: 'Computed position minus station coordinates', unit: 'm', digits: 2 });
+      { name: 'station', title: 'Computed position minus station coordinates', unit: 'm', digits: 3 });
     const points = computed.scatter?.length
       ? Plane.scatter(computed.scatter, [computed.horizontal_50_m, computed.horizontal_95_m], { name: 'station-scatter',
         title: 'Scatter around the station', note: 'circles hold 50 and 95 % of the positions', center: 'station' }) : null;
@@ -168,7 +168,7 @@ const ReceiverSections = (() => {
     { id: 'fix', title: 'Fix', missing: 'no sentence states a kind of fix', show: fix },
     { id: 'accuracy', title: 'Accuracy', half: true, timed: true, missing: 'no estimate of accuracy: it comes from GST sentences',
       show: ({ accuracy }, input, group) => lines(group, [['horizontal', accuracy?.horizontal_m, plain()], ['vertical', accuracy?.vertical_m, other()]],
-        { name: 'accuracy', title: 'Accuracy as the receiver estimates it', unit: 'm', digits: 2, fromZero: true }) },
+        { name: 'accuracy', title: 'Accuracy as the receiver estimates it', unit: 'm', digits: 3, fromZero: true }) },
     { id: 'dop', title: 'Dilution of precision', half: true, timed: true, missing: 'no DOP: it comes from GSA and GGA sentences, or from computed positions',
       show: ({ dop }, input, group) => lines(group, [['PDOP', dop?.pdop, plain()], ['HDOP', dop?.hdop, other()], ['VDOP', dop?.vdop, third()]],
         { name: 'dop', title: 'Dilution of precision', titled: true, unit: '', digits: 2, fromZero: true }) },

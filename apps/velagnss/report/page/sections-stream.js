@@ -4,6 +4,7 @@ const StreamSections = (() => {
   'use strict';
 
   const kOpenRows = 20;  // tables up to this length are open from the start
+  const kMostRows = 40;  // of a chart of messages
   const kProtocols = { nmea: 'NMEA 0183', rtcm3: 'RTCM 3', bin: 'binary protocol', pkvn: 'PKVN sentences', rd: 'RD1 sentences' };
   const protocolName = (key) => kProtocols[key] ?? `${key.toUpperCase()} frames`;
 
@@ -59,10 +60,20 @@ const StreamSections = (() => {
 
   const rate = (message, grid) => Data.expand(message.rate, grid.count).mean;
 
-  function presence(messages, group) {
+  // In charts that a sheet of paper has room for.
+  function presences(messages, group) {
+    const count = Math.ceil(messages.length / kMostRows);
+    const size = Math.ceil(messages.length / count);
+    const charts = Array.from({ length: count }, (_, i) =>
+      presence(messages.slice(i * size, (i + 1) * size), group, count > 1 ? i + 1 : null).figure);
+    return Dom.make('div', { class: 'pair' }, charts);
+  }
+
+  function presence(messages, group, part) {
     const rows = messages.map((message) => ({ label: message.message, style: { color: 'accent' },
       values: rate(message, group.grid).map((value) => value || null) }));
-    return Timeline.chart(group, rows, { name: 'messages', title: 'Messages over time', note: 'a bar while a message keeps coming',
+    return Timeline.chart(group, rows, { name: part > 1 ? `messages-${part}` : 'messages',
+      title: `Messages over time${part ? `, part ${part}` : ''}`, note: 'a bar while a message keeps coming',
       label: `When each of ${Format.plural(rows.length, 'message')} came.`,
       reads: (row, bin) => `${row.label} ${Format.number(row.values[bin])}`, table: () => messageSteps(messages) });
   }
@@ -90,7 +101,7 @@ const StreamSections = (() => {
   function rates(messages, group) {
     const choice = Figure.choice('Message', [kAll, ...messages.map(({ message }) => message)].map((name) => [name, name]), (name) => {
       chart.content.setLines([rateLine(messages.filter(({ message }) => name === kAll || message === name), name, group.grid)]);
-      chart.replaceSeries();
+      chart.redraw();
     });
     const chart = Lines.chart(group, [rateLine(messages, kAll, group.grid)], { name: 'rates', title: 'Message rate', unit: 'per second',
       digits: 2, fromZero: true, controls: [choice.element] });
@@ -104,7 +115,7 @@ const StreamSections = (() => {
     return [
       messageTable(input),
       leftOut > 0 && Dom.make('p', { class: 'none' }, `Without steps and rates, which would be too many: ${Format.plural(leftOut, 'message')}.`),
-      timed.length > 0 && presence(timed, group).figure,
+      timed.length > 0 && presences(timed, group),
       timed.length > 0 && rates(timed, group).figure,
       input.gaps.length > 0 ? Table.onDemand(`Gaps in time: ${Format.number(input.gaps.length)}`, () => gapTable(input.gaps), input.gaps.length <= kOpenRows)
         : input.stat.time && Dom.make('p', { class: 'none' }, 'Gaps in time: none.'),
@@ -153,7 +164,7 @@ const StreamSections = (() => {
     const shown = found.events.length;
     const title = shown < found.count ? `The first ${Format.number(shown)} of ${Format.number(found.count)} events` : Format.plural(found.count, 'event');
     const line = group && Data.hasValues(found.damaged_bytes)
-      ? Lines.chart(group, [Lines.line('bytes', found.damaged_bytes, group.grid, { color: 'alarm' })],
+      ? Lines.chart(group, [Lines.line('skipped', found.damaged_bytes, group.grid, { color: 'alarm' })],
         { name: 'damage', title: 'Bytes in no frame over time', unit: 'bytes', digits: 0, whole: true, fromZero: true }).figure : null;
     return [facts, line, Table.onDemand(title, () => eventTable(found.events), shown <= kOpenRows)];
   }

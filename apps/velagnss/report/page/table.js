@@ -29,7 +29,7 @@ const Table = (() => {
     const table = Dom.make('table', { 'data-table': name }, Dom.make('caption', {}, caption),
       Dom.make('thead', {}, Dom.make('tr', {}, columns.map(headCell))),
       Dom.make('tbody', {}, rows.map(bodyRow)));
-    return Dom.make('div', { class: 'scroll', tabindex: 0, role: 'region', 'aria-label': caption }, table);
+    return Dom.make('div', { class: 'scroll', tabindex: 0, role: 'group', 'aria-label': caption }, table);
   }
 
   // A table that is built when it is opened: thousands of rows would make the page slow.

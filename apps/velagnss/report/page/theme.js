@@ -7,13 +7,15 @@ const Theme = (() => {
 
   const color = (name) => getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim();
 
+  const isPrinting = () => document.documentElement.classList.contains(kPrinting);
+
   // `redraw` is called whenever colors or the width of the page have changed.
   const onChange = (redraw) => redraws.push(redraw);
   const changed = () => redraws.forEach((redraw) => redraw());
 
   // A canvas does not follow the style sheet: for paper it is drawn again, black on white and as wide as a sheet.
   function print(on) {
-    if (document.documentElement.classList.contains(kPrinting) === on) return;
+    if (isPrinting() === on) return;
     document.documentElement.classList.toggle(kPrinting, on);
     changed();
   }
@@ -23,5 +25,5 @@ const Theme = (() => {
   addEventListener('beforeprint', () => print(true));
   addEventListener('afterprint', () => print(false));
 
-  return { color, onChange };
+  return { color, isPrinting, onChange };
 })();

@@ -9,6 +9,7 @@ const TimeChart = (() => {
   const kLeastBins = 4;  // that a zoomed chart shows
   const kTickHeight = 36;
   const kTickWidth = 90;
+  const kPrintRatio = 3;  // dots of the printed image for a pixel
   const kLeastDrag = 6;  // pixels; below, it was a click
 
   class Group {
@@ -96,7 +97,9 @@ const TimeChart = (() => {
         rightGap: 8,
         xRangePad: 0,
         plotter: (event) => this.paint(event),
+        pixelRatio: Theme.isPrinting() ? kPrintRatio : null,
       });
+      if (Theme.isPrinting()) this.fixForPrint();
     }
 
     // dygraphs calls it for each series, the first time within its constructor; a content paints all of them at once.
@@ -132,19 +135,21 @@ const TimeChart = (() => {
       this.showCursor();
     }
 
-    // Other series may be more or fewer than before: the chart is made anew.
-    replaceSeries() {
-      this.graph.destroy();
+    // Anew: with other series, in other colors or in another size.
+    redraw() {
+      this.graph?.destroy();
       this.draw();
       this.showCursor();
     }
 
-    // In other colors or another size.
-    redraw() {
-      if (!this.graph) return;
-      this.graph.resize();
-      this.graph.updateOptions({ ...this.options(), file: this.rows() });
-      this.showCursor();
+    // What dygraphs draws just before printing does not reach the paper in Chromium; a copy of the image does.
+    fixForPrint() {
+      for (const canvas of this.canvas.querySelectorAll('canvas')) {
+        const copy = Dom.make('canvas', { width: canvas.width, height: canvas.height });
+        copy.getContext('2d').drawImage(canvas, 0, 0);
+        for (const property of ['position', 'left', 'top', 'width', 'height']) copy.style[property] = canvas.style[property];
+        canvas.replaceWith(copy);
+      }
     }
 
     x(bin) {
@@ -204,6 +209,7 @@ const TimeChart = (() => {
       return this.windowText();
     }
     clear() {
+      this.content.setChosen?.(null, this);
       this.group.setCursor(null);
     }
     windowText() {
