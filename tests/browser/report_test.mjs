@@ -7,6 +7,7 @@ import { createRequire } from 'node:module';
 import { after, before, describe, test } from 'node:test';
 import { launch, open } from './browser.mjs';
 import { makeReports, names } from './reports.mjs';
+import { expectedTables, misprints, shownTables } from './tables.mjs';
 
 const axe = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
 const rules = ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'];
@@ -29,13 +30,13 @@ async function visit(file, options, look) {
   }
 }
 
-/** Opens the tables; of long ones, some rows are enough to look at. */
-function openTables(rows = Infinity) {
-  for (const details of document.querySelectorAll('details')) details.open = true;
-  return new Promise((resolve) => { requestAnimationFrame(() => {  // they are built when the page hears of it
-    for (const body of document.querySelectorAll('tbody')) body.replaceChildren(...[...body.rows].slice(0, rows ?? Infinity));
-    resolve();
-  }); });
+/** Opens the tables, which are built then; of long ones, some rows may be enough to look at. */
+async function openTables(page, rows = Infinity) {
+  await page.evaluate(() => { for (const details of document.querySelectorAll('details')) details.open = true; });
+  await page.waitForFunction(() => [...document.querySelectorAll('details')].every((details) => details.childElementCount > 1));
+  await page.evaluate((count) => {
+    for (const body of document.querySelectorAll('tbody')) body.replaceChildren(...[...body.rows].slice(0, count));
+  }, rows);
 }
 
 /** Charts without a line, bar or point, or too small to see. */
@@ -67,7 +68,7 @@ function blankCharts() {
 /** Rules of accessibility that are broken, and where. */
 async function faultsOfAccess(page) {
   await page.evaluate(axe);
-  const { violations } = await page.evaluate((rules) => window.axe.run({ runOnly: rules }), rules);
+  const { violations } = await page.evaluate((rules) => window.axe.run({ runOnly: rules, resultTypes: ["violations"], preload: false }), rules);
   return violations.flatMap(({ id, nodes }) => nodes.slice(0, 5).map((node) => `${id}: ${node.target}: ${node.failureSummary}`));
 }
 
@@ -175,13 +176,13 @@ for (const name of names) {
     for (const look of looks) {
       test(`${look.scheme}, ${look.width} px: drawn, readable`, () => visit(file, look, async (page) => {
         assert.deepEqual(await page.evaluate(blankCharts), []);
-        await page.evaluate(openTables, 3);
+        await openTables(page, 3);
         assert.deepEqual(await faultsOfAccess(page), []);
       }));
     }
 
     test('360 px: nothing to scroll sideways', () => visit(file, { width: 360 }, async (page) => {
-      await page.evaluate(openTables);
+      await openTables(page);
       assert.deepEqual(await page.evaluate(wideParts), []);
     }));
 
@@ -198,6 +199,12 @@ for (const name of names) {
     test('the page has the numbers of --json, and those of stat', () => visit(file, {}, async (page) => {
       assert.deepEqual(JSON.parse(await page.textContent('#report')), json);
       assert.deepEqual(json.inputs.map((input) => input.stat), stat);
+    }));
+
+    test('the tables have them', () => visit(file, {}, async (page) => {
+      await openTables(page);
+      assert.deepEqual(await shownTables(page), expectedTables(json));
+      assert.deepEqual(await page.evaluate(misprints), []);
     }));
 
     test('by keyboard: a visible way through the page', () => visit(file, {}, async (page) => {
@@ -230,7 +237,7 @@ describe('hostile texts', () => {
   const markupOf = async (file) => {
     let found;
     await visit(file, {}, async (page) => {
-      await page.evaluate(openTables);
+      await openTables(page);
       found = await page.evaluate(markup);
     });
     return found;
