@@ -428,11 +428,13 @@ TEST_F(Program, WritesWhatTheSchemaAllows) {
 }
 
 TEST(JsonDocument, NamesEveryMemberOfTheSchema) {
-  const std::string document = ReadHostFile("docs/json.md");
+  const std::string document = ReadHostFile("docs/json.md") + ReadHostFile("docs/report.md");
   const json schema = json::parse(ReadHostFile("docs/velagnss.schema.json"));
-  for (const auto& definition : schema["$defs"])
+  for (const auto& definition : schema["$defs"]) {
+    if (!definition.contains("properties")) continue;
     for (const auto& [name, rules] : definition["properties"].items())
       EXPECT_THAT(document, HasSubstr("`" + name + "`"));
+  }
 }
 
 }  // namespace

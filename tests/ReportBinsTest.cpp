@@ -118,9 +118,9 @@ TEST(SeriesJson, LeavesOutWhatIsTheSame) {
   EXPECT_EQ(text(), "null");
   series.Add(axis.Note(10), -0.01);
   series.Add(axis.Note(12.5), 41.26);
-  EXPECT_EQ(text(), R"({"first":1,"max":[0,null,41.3]})");
+  EXPECT_EQ(text(), R"({"first":1,"runs":[1,1,1],"max":[0,41.3]})");
   series.Add(axis.Note(12.9), 40);
-  EXPECT_EQ(text(), R"({"first":1,"max":[0,null,41.3],"min":[0,null,40],"mean":[0,null,40.6]})");
+  EXPECT_EQ(text(), R"({"first":1,"runs":[1,1,1],"max":[0,41.3],"min":[0,40],"mean":[0,40.6]})");
   axis.Note(14);
   EXPECT_EQ(TextOf([&](C_JsonWriter& json) { WriteSums(json, series, axis); }),
             R"({"first":0,"max":[0,-0.01,0,81.26,0,0]})");

@@ -70,18 +70,28 @@ void ExpectRange(const json& reported, const S_Range& range) {
   EXPECT_EQ(reported["max"], Tenth(range.max));
 }
 
-void ExpectSeries(const json& series, const t_Bins& bins) {
-  ASSERT_EQ(series.is_null(), bins.empty());
-  if (bins.empty()) return;
-  const std::size_t first = bins.begin()->first;
-  ASSERT_EQ(series["first"], first);
-  ASSERT_EQ(series["max"].size(), bins.rbegin()->first - first + 1);
-  for (std::size_t i = 0; i < series["max"].size(); ++i) {
-    const auto bin = bins.find(first + i);
-    const bool isEmpty = bin == bins.end();
-    EXPECT_EQ(series["max"][i], isEmpty ? json() : json(Tenth(bin->second.max)));
-    if (!series.contains("min")) continue;
-    EXPECT_EQ(series["min"][i], isEmpty ? json() : json(Tenth(bin->second.min)));
+// The bins of a series that have values.
+std::vector<std::size_t> BinsOf(const json& series) {
+  std::vector<std::size_t> bins;
+  std::size_t bin = series["first"];
+  bool hasValues = true;
+  for (const std::size_t length : series.value("runs", std::vector<std::size_t>{series["max"].size()})) {
+    for (std::size_t i = 0; i < length && hasValues; ++i) bins.push_back(bin + i);
+    bin += length;
+    hasValues = !hasValues;
+  }
+  return bins;
+}
+
+void ExpectSeries(const json& series, const t_Bins& expected) {
+  ASSERT_EQ(series.is_null(), expected.empty());
+  if (expected.empty()) return;
+  const std::vector<std::size_t> bins = BinsOf(series);
+  ASSERT_EQ(bins.size(), expected.size());
+  for (std::size_t i = 0; i < bins.size(); ++i) {
+    const S_Range& range = expected.at(bins[i]);
+    EXPECT_EQ(series["max"][i], Tenth(range.max));
+    EXPECT_EQ(series.contains("min") ? series["min"][i] : series["max"][i], Tenth(range.min));
   }
 }
 

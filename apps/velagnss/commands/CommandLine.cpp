@@ -45,6 +45,7 @@ constexpr char kDescription[] =
     "Examples:\n"
     "  velagnss decode session.bin                    every frame as a JSON object per line\n"
     "  velagnss stat session.bin                      what is in it, how much of it is damaged\n"
+    "  velagnss report session.bin -o report.html     charts of it for a browser\n"
     "  velagnss monitor /dev/ttyUSB0                  what a receiver sends, as it comes, in the terminal\n"
     "  velagnss convert --to gpx session.bin          its track as GPX\n"
     "  velagnss convert --to rinex-nav session.bin    its ephemerides as a RINEX file\n"

@@ -115,8 +115,12 @@ int C_ReportCommand::Run() {
 const S_CommandEntry kReportCommand = {
     "report",
     "Show what the inputs contain as a page with charts.\n\n"
+    "The page is one HTML file that needs no network. It contains positions.\n\n"
     "Examples:\n"
-    "  velagnss report --json session.bin             the numbers of the report, for scripts\n",
+    "  velagnss report session.bin -o report.html              sky, signals, fixes, track, messages, damage\n"
+    "  velagnss report before.bin after.bin -o both.html       compared side by side\n"
+    "  velagnss report -o now.html tcp://10.0.0.5:5015         live: Ctrl-C writes the page\n"
+    "  velagnss report --json session.bin                      the numbers of the page, for scripts\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_ReportCommand>(); }};
 
 }  // namespace Host

@@ -1,5 +1,6 @@
 #include "apps/velagnss/report/SeriesJson.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 
@@ -31,7 +32,22 @@ double Rounded(double value, unsigned int decimals) {
 void WritePart(C_JsonWriter& json, const S_Part& part, const C_Series::S_Bins& bins, unsigned int decimals) {
   json.Key(part.name).BeginArray();
   for (const S_ValueRange& range : bins.ranges)
-    range.count == 0 ? json.Null() : WriteRounded(json, part.valueOf(range), decimals);
+    if (range.count > 0) WriteRounded(json, part.valueOf(range), decimals);
+  json.EndArray();
+}
+
+// How many bins in a row have values, how many then have none, and so on. A satellite is below the horizon for most of
+// a day: nulls would be more than half of a report.
+void WriteRuns(C_JsonWriter& json, const std::vector<S_ValueRange>& ranges) {
+  const auto isEmpty = [](const S_ValueRange& range) { return range.count == 0; };
+  if (std::none_of(ranges.begin(), ranges.end(), isEmpty)) return;
+  json.Key("runs").BeginArray();
+  bool isOfEmpty = false;
+  for (auto begin = ranges.begin(); begin != ranges.end(); isOfEmpty = !isOfEmpty) {
+    const auto end = std::find_if(begin, ranges.end(), [&](const auto& range) { return isEmpty(range) != isOfEmpty; });
+    json.Integer(end - begin);
+    begin = end;
+  }
   json.EndArray();
 }
 
@@ -63,6 +79,7 @@ void WriteSeries(C_JsonWriter& json, const C_Series& series, const C_TimeBins& a
   if (bins.ranges.empty()) return json.Null();
   json.BeginObject();
   json.Key("first").Integer(bins.first);
+  WriteRuns(json, bins.ranges);
   bool isSame = true;
   for (const S_Part& part : kOthers) isSame = isSame && IsSame(part, kMax, bins, decimals);
   WritePart(json, kMax, bins, decimals);

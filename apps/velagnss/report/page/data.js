@@ -54,22 +54,34 @@ const Data = (() => {
     }
   }
 
+  // The bins of a series. Every second run of bins has no values.
+  function binsOf(series) {
+    const bins = [];
+    let bin = series.first;
+    (series.runs ?? [series.max.length]).forEach((length, i) => {
+      if (i % 2 === 0) for (let k = 0; k < length; k += 1) bins.push(bin + k);
+      bin += length;
+    });
+    return bins;
+  }
+
   // A series as arrays over the whole grid; null where it has no value.
   function expand(series, count) {
+    const bins = binsOf(series);
     const spread = (values) => {
       const all = new Array(count).fill(null);
-      values.forEach((value, i) => (all[series.first + i] = value));
+      values.forEach((value, i) => (all[bins[i]] = value));
       return all;
     };
     const max = spread(series.max);
     return { max, min: series.min ? spread(series.min) : max, mean: series.mean ? spread(series.mean) : max };
   }
 
-  const hasValues = (series) => Boolean(series && series.max.some((value) => value !== null));
+  const hasValues = (series) => Boolean(series);
 
   // Mean of the means, each bin once.
   function mean(series) {
-    const values = (series?.mean ?? series?.max ?? []).filter((value) => value !== null);
+    const values = series?.mean ?? series?.max ?? [];
     return values.length ? values.reduce((sum, value) => sum + value, 0) / values.length : null;
   }
 

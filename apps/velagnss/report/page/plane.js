@@ -182,15 +182,12 @@ const Plane = (() => {
 
   const offset = ({ east, north }) => `${Format.number(east, 3)} m east, ${Format.number(north, 3)} m north`;
 
-  // Points of a track that follow each other without a gap.
+  // The data say where a new piece begins.
   function pieces(points) {
-    const presence = new Array(points[points.length - 1].bin + 1).fill(null);
-    points.forEach(({ bin }) => (presence[bin] = 1));
-    const reach = Math.max(2, 1.5 * Data.usualDistance(presence));
     const found = [];
-    points.forEach((point, i) => {
-      if (i && point.bin - points[i - 1].bin <= reach) found[found.length - 1].push(point);
-      else found.push([point]);
+    points.forEach((point) => {
+      if (found.length === 0 || point.begins) found.push([]);
+      found[found.length - 1].push(point);
     });
     return found;
   }
@@ -201,12 +198,13 @@ const Plane = (() => {
   }
 
   function track(position, grid) {
-    const points = position.track.map(([bin, east, north]) => ({ bin, east, north }));
+    const points = position.track.map(([bin, east, north, begins]) => ({ bin, east, north, begins }));
+    const name = ({ bin }, i) => (grid && bin !== null ? grid.text(bin) : `Point ${i + 1}`);
     const content = { points, pieces: pieces(points), isTrack: true, circles: [], center: 'mean',
-      describe: (point) => `${grid.text(point.bin)}: ${offset(point)} of the mean` };
+      describe: (point, i) => `${name(point, i)}: ${offset(point)} of the mean` };
     return chart(content, { name: 'track', title: 'Track', titled: true, note: 'around the mean position',
       label: `Track of ${Format.plural(points.length, 'point')} on a map without background.`,
-      table: () => pointTable('track', 'Track, around the mean position', points, 'Time (UTC)', ({ bin }) => grid.text(bin)) });
+      table: () => pointTable('track', 'Track, around the mean position', points, grid ? 'Time (UTC)' : 'Point', name) });
   }
 
   // Points around a center with the circles that hold 50 and 95 % of all.

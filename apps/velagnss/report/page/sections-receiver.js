@@ -129,8 +129,8 @@ const ReceiverSections = (() => {
   }
 
   function track(receiver, input, group) {
-    if (!group || !receiver.position?.track?.length) return null;
-    return [Plane.track(receiver.position, group.grid), position(receiver),
+    if (!receiver.position?.track?.length) return null;
+    return [Plane.track(receiver.position, group?.grid), position(receiver),
       lines(group, [['speed', receiver.position.speed_m_per_s, plain()]], { name: 'speed', title: 'Speed', unit: 'm/s', digits: 2, fromZero: true })];
   }
 
@@ -172,7 +172,7 @@ const ReceiverSections = (() => {
     { id: 'dop', title: 'Dilution of precision', half: true, timed: true, missing: 'no DOP: it comes from GSA and GGA sentences, or from computed positions',
       show: ({ dop }, input, group) => lines(group, [['PDOP', dop?.pdop, plain()], ['HDOP', dop?.hdop, other()], ['VDOP', dop?.vdop, third()]],
         { name: 'dop', title: 'Dilution of precision', titled: true, unit: '', digits: 2, fromZero: true }) },
-    { id: 'track', title: 'Track', half: true, timed: true, missing: 'no positions with a time', show: track },
+    { id: 'track', title: 'Track', half: true, missing: 'no positions', show: track },
     { id: 'scatter', title: 'Scatter', half: true, missing: 'no positions', show: scatter },
     { id: 'height', title: 'Height', half: true, timed: true, missing: 'no heights with a time', show: height },
     { id: 'station', title: 'Position against the station', half: true, missing: 'no position was computed that could be compared: this takes RTCM 3 observations, '

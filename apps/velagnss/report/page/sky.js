@@ -34,26 +34,17 @@ const Sky = (() => {
     return [...rings, ...spokes, ...names, ...elevations];
   }
 
-  // Pieces of a track without gaps in which the satellite is used throughout, or not. A piece begins where the one
-  // before it ends.
+  // Pieces of a track: the data say where a new one begins, and within one the satellite is used throughout, or not. A
+  // piece that begins because of that begins where the one before it ends.
   function pieces(track) {
-    const reach = 4 * Data.usualDistance(presence(track));
     const found = [];
     track.forEach((point, i) => {
-      const before = track[i - 1];
-      const joined = before && point[0] - before[0] <= reach;
+      const joined = i > 0 && !point[4];
       const current = found[found.length - 1];
       if (joined && current.used === point[3]) current.points.push(point);
-      else found.push({ used: point[3], points: joined ? [before, point] : [point] });
+      else found.push({ used: point[3], points: joined ? [track[i - 1], point] : [point] });
     });
     return found;
-  }
-
-  function presence(track) {
-    const values = [];
-    for (let bin = 0; bin <= track[track.length - 1][0]; bin += 1) values.push(null);
-    track.forEach(([bin]) => (values[bin] = 1));
-    return values;
   }
 
   // What labels must not cover: first the markers, then labels too.
