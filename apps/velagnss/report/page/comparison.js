@@ -46,7 +46,7 @@ const Comparison = (() => {
     ['Half within, of the station', (input) => meters(receiver(input)?.computed?.horizontal_50_m)],
     ['95 % within, of the station', (input) => meters(receiver(input)?.computed?.horizontal_95_m)],
     ['Latency, median', (input) => seconds(input.latency?.p50_s)],
-    ['Ephemerides, satellites', (input) => number(input.ephemerides.length)],
+    ['Satellites with ephemerides', (input) => number(new Set(input.ephemerides.map(({ name }) => name)).size)],
   ];
 
   const isMissing = (content) => content.text === Format.kMissing;

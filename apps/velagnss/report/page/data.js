@@ -106,7 +106,7 @@ const Data = (() => {
 
   const inputs = report.inputs.map((input) => ({ ...input, label: label(input), grid: input.bins ? new Grid(input.bins) : null }));
 
-  const receiverName = (receiver) => (receiver.station === null ? 'Sentences' : `Reference station ${receiver.station}`);
+  const receiverName = (receiver) => (receiver.station === null ? 'sentences' : `reference station ${receiver.station}`);
 
   return { report, inputs, kSystems, system, systemOrder, bySystem, expand, hasValues, mean, usualDistance, receiverName };
 })();

@@ -16,7 +16,7 @@ const Lines = (() => {
     // lines: [{ label, min, mean, max, style: { color, dash, width } }]
     // options: name, title, note, label, unit, digits, whole (numbers of things), fromZero, controls, legend
     constructor(lines, options) {
-      Object.assign(this, { labelWidth: 46, digits: 1, note: options.unit }, options);
+      Object.assign(this, { labelWidth: 46, digits: 1, things: 'lines', note: options.unit }, options);
       this.chosen = null;
       this.table = () => this.makeTable();
       this.setLines(lines);
@@ -38,7 +38,7 @@ const Lines = (() => {
         }
       }
       if (low > high) [low, high] = [0, 1];
-      const margin = 0.06 * (high - low) || (this.whole ? 1 : Math.abs(high) * 0.1 || 1);
+      const margin = 0.06 * (high - low) || 1;
       return [this.fromZero && low === 0 ? 0 : low - margin, high + margin];
     }
 
@@ -89,7 +89,7 @@ const Lines = (() => {
     readMany(present, bin) {
       const low = Math.min(...present.map((line) => line.min[bin]));
       const high = Math.max(...present.map((line) => line.max[bin]));
-      return `${present.length} lines, ${Format.number(low, this.digits)} to ${Format.number(high, this.digits)} ${this.unit}`;
+      return `${present.length} ${this.things}, ${Format.number(low, this.digits)} to ${Format.number(high, this.digits)} ${this.unit}`;
     }
 
     // The next line; all of them after the last.

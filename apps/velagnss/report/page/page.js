@@ -7,16 +7,22 @@
 
   const kNoTime = 'the stream carries no time';
   const reason = ({ timed, missing }, input) => (timed && !input.grid ? kNoTime : missing);
-  const sentence = (text) => `${text[0].toUpperCase()}${text.slice(1)}.`;
+  const capital = (text) => text[0].toUpperCase() + text.slice(1);
+  const sentence = (text) => `${capital(text)}.`;
 
   // A tile: { heading, input, content }, content is null when there is nothing to show.
   function inputTile(section, input, i) {
     return { heading: input.label, input, content: section.show(input, groups[i]) };
   }
+  function receiverHeading(input, receiver) {
+    const name = Data.receiverName(receiver);
+    if (inputs.length === 1) return capital(name);
+    return input.receivers.length > 1 ? `${input.label}, ${name}` : input.label;
+  }
   function receiverTiles(section, input, i) {
     if (input.receivers.length === 0) return [{ heading: input.label, input, content: null }];
     return input.receivers.map((receiver) => ({
-      heading: [inputs.length > 1 && input.label, input.receivers.length > 1 && Data.receiverName(receiver)].filter(Boolean).join(', '),
+      heading: receiverHeading(input, receiver),
       input,
       content: section.show(receiver, input, groups[i]),
     }));

@@ -7,6 +7,7 @@ const Plane = (() => {
   const kMargin = 1.12;
   const kLeastHalf = 0.005;  // meters from the middle to the edge
   const kBarShare = 0.3;     // of the width that the scale bar may have
+  const kManyPoints = 500;  // need a thinner line
   const kZoomLimit = 4096;
 
   // What must be in the picture: points and circles.
@@ -70,7 +71,7 @@ const Plane = (() => {
       const place = (point) => [this.x(point.east), this.y(point.north)];
       const ends = [['start', points[0], 'circle', 13], ['end', points[points.length - 1], 'square', -7]];
       return [
-        ...this.content.pieces.map((piece) => Dom.svg('path', { class: 'line track', d: piece.length > 1
+        ...this.content.pieces.map((piece) => Dom.svg('path', { class: this.content.points.length > kManyPoints ? 'line track dense' : 'line track', d: piece.length > 1
           ? Svg.path(piece.map(place)) : `${Svg.path(piece.map(place))}h0` })),
         ...ends.flatMap(([name, point, shape, below]) => [
           Svg.marker(shape, ...place(point), 4, { class: 'mark' }),

@@ -63,7 +63,7 @@ const ReceiverSections = (() => {
       fillHighlight();
       chart.redraw();
     });
-    const chart = Lines.chart(group, first, { name: 'cn0', title: 'C/N0 over time', titled: true, unit: 'dB-Hz', digits: 0, size: 'tall',
+    const chart = Lines.chart(group, first, { name: 'cn0', title: 'C/N0 over time', titled: true, unit: 'dB-Hz', digits: 0, size: 'tall', things: 'satellites',
       controls: [signal.element, highlight.element], legend: systemLegend(satellites),
       onChosen: (name) => (highlight.select.value = name ?? '') });
     fillHighlight();

@@ -33,7 +33,7 @@ const StreamSections = (() => {
       ['Bytes', withPart(bytes.total, bytes.damaged, 'in no frame')],
       ['Frames', withPart(frames.good, frames.decoded, 'decoded')],
       ['Bad frames', `${Format.number(frames.bad)} (${Format.number(frames.bad_percent, 2)} %)`],
-      ['Epochs of', receivers.length ? receivers.map((one) => `${Data.receiverName(one).toLowerCase()} (${Format.number(one.epochs)})`).join(', ') : null],
+      ['Epochs of', receivers.length ? receivers.map((one) => `${Data.receiverName(one)} (${Format.number(one.epochs)})`).join(', ') : null],
       ['Not shown', leftOut ? `epochs of ${Format.plural(leftOut, 'further station')}` : null],
       ['Stations', stat.stations.length ? stat.stations.map(stationText).join('; ') : null],
     ]);

@@ -6,6 +6,7 @@ const Sky = (() => {
   const kLabelSize = 6.5;
   const kMarkerRadius = 2.1;
   const kElevationLabels = 22.5;  // azimuth
+  const kManyPoints = 2000;  // need thinner lines
   const kReach = 8;  // from the pointer to a satellite
   const kRings = [0, 30, 60];
   const kDirections = [['N', 0], ['E', 90], ['S', 180], ['W', 270]];
@@ -75,7 +76,7 @@ const Sky = (() => {
       pieces(satellite.track).map(({ used, points }) =>
         Dom.svg('path', { class: `line ${unused(used) ? 'unused' : ''}`, d: Svg.path(points.map(place)) })),
       Svg.marker(marker, x, y, kMarkerRadius, { class: `mark ${unused(last[3]) ? 'hollow' : ''}` }),
-      Dom.svg('text', { class: 'label', x: left, y: base }, satellite.name));
+      Dom.svg('text', { class: 'label halo', x: left, y: base }, satellite.name));
   }
 
   function describe(satellite) {
@@ -161,7 +162,8 @@ const Sky = (() => {
     const listed = all.slice().sort(Data.bySystem);
     const satellites = listed.filter(({ track }) => track.length > 0);
     const boxes = markerBoxes(satellites);
-    const svg = Dom.svg('svg', { viewBox: '-116 -112 232 224', 'aria-hidden': true }, frame(),
+    const points = satellites.reduce((sum, { track }) => sum + track.length, 0);
+    const svg = Dom.svg('svg', { viewBox: '-116 -112 232 224', class: points > kManyPoints && 'dense', 'aria-hidden': true }, frame(),
       satellites.map((satellite) => drawSatellite(satellite, boxes)));
     const controller = new Controller(satellites, svg);
     const note = `${Format.plural(satellites.length, 'satellite')}; the marker is at the last position`;

@@ -8,7 +8,7 @@ const TimeChart = (() => {
 
   const kLeastBins = 4;  // that a zoomed chart shows
   const kTickHeight = 36;
-  const kTickWidth = 90;
+  const kTickWidth = 60;
   const kPrintRatio = 3;  // dots of the printed image for a pixel
   const kLeastDrag = 6;  // pixels; below, it was a click
 
