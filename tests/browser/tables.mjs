@@ -9,14 +9,24 @@ const first = (list) => list[0];
 const last = (list) => list[list.length - 1];
 const numbersOf = (object, ...members) => members.map((member) => object?.[member] ?? null);
 
-/** Values of a series by bin. */
-function spread({ first: from, max, min = max, mean = max }) {
-  return new Map(max.map((value, i) => [from + i, value === null ? null : [min[i], mean[i], value]]).filter(([, values]) => values));
+/** The bins of a series' values: `runs` counts bins with and without a value in turn; without it there is no gap. */
+function binsOf({ first: from, max, runs = [max.length] }) {
+  const bins = [];
+  let bin = from;
+  runs.forEach((count, i) => {
+    for (const end = bin + count; bin < end; ++bin) if (i % 2 === 0) bins.push(bin);
+  });
+  return bins;
+}
+
+/** Least, mean and greatest values of a series by bin. */
+function spread({ max, min = max, mean = max, ...where }) {
+  return new Map(binsOf({ max, ...where }).map((bin, i) => [bin, [min[i], mean[i], max[i]]]));
 }
 
 /** A row for each bin with a value: least, mean and greatest value of each series, or only means where all are the same. */
 function seriesRows(...series) {
-  const present = series.filter((one) => one?.max.some((value) => value !== null));
+  const present = series.filter((one) => one?.max.length > 0);
   const isBanded = present.length <= 8 && present.some((one) => one.min || one.mean);
   const values = present.map(spread);
   const bins = [...new Set(values.flatMap((one) => [...one.keys()]))];
@@ -25,7 +35,7 @@ function seriesRows(...series) {
 }
 
 const messageSteps = (row) => numbersOf(row, 'usual_step_s', 'longest_gap_s', 'gap_count');
-const isTimed = ({ rate }) => rate?.max.some((value) => value !== null);
+const isTimed = ({ rate }) => rate?.max.length > 0;
 const counted = (byName) => Object.keys(byName).sort((a, b) => rank(a) - rank(b)).map((name) => byName[name]);  // all, then systems
 
 const ofInput = {
