@@ -52,6 +52,9 @@ const TimeChart = (() => {
     return Format.clock(milliseconds, milliseconds % 60000 !== 0);
   }
 
+  // The labels of axes are the one place where dygraphs takes a text for markup.
+  const asMarkup = (text) => text.replace(/[&<>]/g, (character) => `&#${character.charCodeAt()};`);
+
   // Bins with values that belong together: [[first, last], ...]. Longer distances than `reach` are gaps.
   function runs(values, reach) {
     const found = [];
@@ -125,7 +128,8 @@ const TimeChart = (() => {
           x: { ...axis, pixelsPerLabel: kTickWidth, ticker: Dygraph.dateTicker,
             axisLabelFormatter: (time) => timeLabel(time, grid) },
           y: { ...axis, axisLabelWidth: this.content.labelWidth,
-            ticker: (low, high, pixels) => this.content.ticks(low, high, Math.max(2, Math.round(pixels / kTickHeight))) },
+            ticker: (low, high, pixels) => this.content.ticks(low, high, Math.max(2, Math.round(pixels / kTickHeight)))
+              .map(({ v, label }) => ({ v, label: asMarkup(label) })) },
         },
       };
     }
