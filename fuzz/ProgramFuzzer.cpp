@@ -1,7 +1,7 @@
-// What the program makes of the bytes of an input, command and options chosen by the input: decode, stat, convert to
-// each format, encode. The output is valid in its format, holds only printable ASCII, and is the same however the input
-// was cut into pieces, unless acknowledgements are searched for: "$>" is one as soon as it is read, before it can turn
-// out to begin a reply.
+// What the program makes of the bytes of an input, command and options chosen by the input: decode, stat, report,
+// convert to each format, encode. The output is valid in its format, holds only printable ASCII, and is the same
+// however the input was cut into pieces, unless acknowledgements are searched for: "$>" is one as soon as it is read,
+// before it can turn out to begin a reply.
 #include <tinyxml2.h>
 
 #include <fstream>
@@ -17,6 +17,8 @@
 #include "apps/velagnss/nmea/SentenceConverter.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/pipeline/RecordRun.h"
+#include "apps/velagnss/report/InputReport.h"
+#include "apps/velagnss/report/ReportJson.h"
 #include "apps/velagnss/rinex/NavConverter.h"
 #include "apps/velagnss/rinex/ObsConverter.h"
 #include "apps/velagnss/text/MessageNames.h"
@@ -36,7 +38,7 @@ struct S_Options {
   Host::S_RunOptions run;
   Host::S_JsonLinesOptions lines;
   bool dependsOnCut;
-  bool hasPositions;    // in stat
+  bool hasPositions;    // in stat, as part of a report
   unsigned int format;  // of convert
 };
 
@@ -115,7 +117,20 @@ std::string Convert(const S_Options& options, std::string_view stream, std::size
   return std::string(converter->Text());
 }
 
+std::string Session(const S_Options& options, std::string_view stream, std::size_t piece) {
+  Host::C_InputReport report;
+  Host::C_RecordRun run(options.run, report.Consumers());
+  FeedAll(run, stream, piece);
+  Host::C_JsonWriter object;
+  Host::BeginReport(object);
+  report.Write(object);
+  Host::EndReport(object);
+  return std::string(object.Text());
+}
+
+// The session's report contains the account with its positions.
 std::string Report(const S_Options& options, std::string_view stream, std::size_t piece) {
+  if (options.lines.hex && options.hasPositions) return Session(options, stream, piece);
   Host::C_StreamAccount account;
   Host::C_PointReport points;
   Host::C_RecordRun run(options.run, {&account, &points});
@@ -124,7 +139,8 @@ std::string Report(const S_Options& options, std::string_view stream, std::size_
   if (!options.lines.hex)
     return Host::AccountTable(account, isLong) + (options.hasPositions ? Host::PointTable(points, isLong) : "");
   Host::C_JsonWriter object;
-  Host::WriteAccount(object, account, options.hasPositions ? &points : nullptr);
+  Host::WriteAccount(object, account);
+  object.EndLine();
   return std::string(object.Text());
 }
 

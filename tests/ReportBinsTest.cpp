@@ -103,6 +103,15 @@ TEST_ROWS(TimeAxis, IsWhereMostTimesAre, kVotes, row) {
   EXPECT_EQ(axis.IndexOf(kNaN), std::nullopt);
 }
 
+TEST(SeriesWithAnOldBin, PutsItWhereItIsNow) {
+  C_TimeBins axis;
+  C_Series series;
+  const auto old = axis.Note(5);
+  series.Add(axis.Note(2 * C_TimeBins::kMaxBins), 1);
+  series.Add(old, 2);
+  ExpectAll(series, axis, {{5, 2}, {2 * C_TimeBins::kMaxBins, 1}});
+}
+
 template <class Write>
 std::string TextOf(const Write& write) {
   C_JsonWriter json;

@@ -254,6 +254,11 @@ std::string Gga(int second, int quality, const char* latitude = "4807.038") {
   return Sentence(fmt::format("GPGGA,{},{},N,01131.000,E,{},08,0.9,545.4,M,46.9,M,,", Time(second), latitude, quality));
 }
 
+// 18 m from the station of observation frames.
+std::string Rmc(unsigned int second) {
+  return Sentence(fmt::format("GNRMC,1159{},A,0000.01,N,00000.00,E,,,160524,,,A,V", second));
+}
+
 struct S_FixCase {
   const char* name;
   int lost;  // the epoch without a fix
@@ -263,12 +268,15 @@ constexpr S_FixCase kFixes[] = {{"AtTheStart", 0}, {"Amid", 5000}, {"AtTheEnd", 
 // 10,000 s in bins of 16 s.
 TEST_ROWS(ShortLossOfFix, IsShown, kFixes, row) {
   std::string stream;
-  for (int second = 0; second < 10000; ++second) stream += Gga(second, second == row.lost ? 0 : 4);
+  for (int second = 0; second < 10000; ++second) stream += Gga(second, second == row.lost || second == 7500 ? 0 : 4);
   const Reported report(stream);
   const json& fix = report.At(0)["fix"];
   EXPECT_EQ(fix["kinds"], json({"none", "rtk"}));
-  EXPECT_EQ(fix["epochs"], json({1, 9999}));
-  EXPECT_EQ(fix["periods"], json({{0, 624, 1}, {row.lost / 16, row.lost / 16, 0}}));
+  EXPECT_EQ(fix["epochs"], json({2, 9998}));
+  const json lost = {row.lost / 16, row.lost / 16, 0};
+  const json always = {0, 624, 1};
+  const json other = {7500 / 16, 7500 / 16, 0};
+  EXPECT_EQ(fix["periods"], row.lost < 7500 ? json({always, lost, other}) : json({always, other, lost}));
   EXPECT_EQ(report.At(0)["position"]["height"]["max"].size(), 625);
 }
 
@@ -307,6 +315,14 @@ const S_StreamCase kStreams[] = {
      Gga(0, 1) + Sentence("GPGSA,A,3,05,,,,,,,,,,,,1.5,1.0,1.1") + kGsv + Gga(1, 1) + kGsv,
      "/satellites/0/track",
      {{0, 83, 40, 1, 1}}},
+    {"ObservationsGiveTheCodeOfASignal", Date() + Rmc(42) + kGsv + Rmc(43) + Msm(1077, kNoon + 1000, {{}}),
+     "/satellites/0/signals/0/code", "1C"},
+    {"ALossOfFixBreaksTheTrack", Gga(0, 1) + Gga(1, 0) + Gga(2, 1), "/position/track", {{0, 0, 0, 1}, {2, 0, 0, 1}}},
+    {"APauseBreaksTheTrack",
+     Gga(0, 1) + Gga(1, 1) + Gga(700, 1),
+     "/position/track",
+     {{0, 0, 0, 1}, {1, 0, 0}, {700, 0, 0, 1}}},
+    {"AcrossMidnightWithoutADate", Gga(86399, 1) + Gga(0, 4) + Gga(1, 4), "/fix/periods", {{1, 2, 1}, {0, 0, 0}}},
     {"AnotherPassBegins",
      Gga(0, 1) + kGsv + Gga(601, 1) + kGsv,
      "/satellites/0/track",
@@ -322,11 +338,11 @@ TEST(ReportOfARover, HasItsObservationsBetweenSentences) {
   std::string stream = Date();
   for (unsigned int second = 0; second < 10; ++second) {
     stream += Msm(1077, kNoon + 1000 * second, {{}});
-    if (second % 2 == 0)
-      stream += Sentence(fmt::format("GNRMC,1159{},A,0000.01,N,00000.00,E,,,160524,,,A,V", 42 + second));
+    if (second % 2 == 0) stream += Rmc(42 + second);
   }
   const Reported report(stream);
   ASSERT_EQ(report.all["receivers"].size(), 1);
+  EXPECT_EQ(report.At(0)["station"], nullptr);
   EXPECT_EQ(report.At(0)["epochs"], 10);
   EXPECT_EQ(report.At(0)["positions"], 5);
 }

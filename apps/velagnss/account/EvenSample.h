@@ -9,9 +9,9 @@
 
 namespace Host {
 
-// All of up to `kMaxKept` values, an even number; of these every second one is then dropped, and from then on only every
-// second (fourth, ...) is kept: at least half as many.
-template <class Value, std::size_t kMaxKept = std::size_t{1} << 17>
+// All of up to 131,072 values; of these every second one is then dropped, and from then on only every second (fourth,
+// ...) is kept: at least 65,536.
+template <class Value>
 class C_EvenSample {
  public:
   void Add(const Value& value) {
@@ -26,6 +26,8 @@ class C_EvenSample {
   const std::vector<Value>& Kept() const { return m_kept; }
 
  private:
+  static constexpr std::size_t kMaxKept = std::size_t{1} << 17;
+
   std::vector<Value> m_kept;  // every `m_stride`th value, from the first
   std::uint64_t m_count = 0;
   std::uint64_t m_stride = 1;

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <deque>
+#include <string>
 
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/pipeline/NoFrameWarning.h"
@@ -15,9 +16,18 @@ namespace Host {
 namespace {
 
 // The text of the report: that of all inputs, which is complete when the last of them has ended.
-class C_ReportText : public C_TextBuffer {
+class C_ReportText : public C_TextMaker {
  public:
   explicit C_ReportText(bool isJson) : m_isJson(isJson) { BeginReport(m_json); }
+
+  std::string_view Text() const override {
+    if (!m_isFinished) return {};
+    return m_isJson ? m_json.Text() : std::string_view(m_page);
+  }
+  void ClearText() override {
+    if (m_isFinished) m_json.ClearText();
+    m_page.clear();
+  }
 
   void Add(const C_InputReport& input) { input.Write(m_json); }
 
@@ -26,13 +36,13 @@ class C_ReportText : public C_TextBuffer {
     if (m_isFinished) return;
     m_isFinished = true;
     EndReport(m_json);
-    m_text = m_isJson ? std::string(m_json.Text()) : ReportPage(m_json.Text());
-    m_json.ClearText();
+    if (!m_isJson) m_page = ReportPage(m_json.Text());
   }
 
  private:
   const bool m_isJson;
   C_JsonWriter m_json;
+  std::string m_page;
   bool m_isFinished = false;
 };
 

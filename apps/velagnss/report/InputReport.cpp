@@ -24,6 +24,11 @@ void C_InputReport::OnFrame(const S_FrameRecord& record) {
     m_contents.latency.Note(record, *arrival, bin);
 }
 
+void C_InputReport::EndInput(const S_InputEnd& end) {
+  m_clock = end.clock;
+  m_contents.messages.Finish();
+}
+
 // The gaps of the account, on the axis.
 void C_InputReport::WriteGaps(C_JsonWriter& json) const {
   json.Key("gaps").BeginArray();

@@ -29,7 +29,7 @@ class C_InputReport : public C_RecordConsumer {
   void OnFrame(const S_FrameRecord& record) override;
   void OnRejection(const velagnss::RejectedStart& start) override { m_contents.damage.Note(start); }
   void OnSkipped(const velagnss::SkippedRange& range) override { m_contents.damage.Note(range); }
-  void EndInput(const S_InputEnd& end) override { m_clock = end.clock; }
+  void EndInput(const S_InputEnd& end) override;
 
   // An object.
   void Write(C_JsonWriter& json) const;

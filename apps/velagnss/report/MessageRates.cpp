@@ -27,10 +27,8 @@ void C_MessageRates::Note(const S_FrameRecord& record, const std::optional<S_Tim
 }
 
 void C_MessageRates::Write(C_JsonWriter& json, const C_TimeBins& axis) const {
-  C_MessageRows<S_MessageRate> sorted = m_rows;
-  sorted.Sort();
   json.Key("messages").BeginArray();
-  for (const S_MessageRate& row : sorted.All()) {
+  for (const S_MessageRate& row : m_rows.All()) {
     json.BeginObject();
     WriteName(json, row);
     json.Key("count").Integer(row.count);

@@ -28,6 +28,9 @@ class C_MessageRates {
   // `bin`: of the stream's time, which is that of the message.
   void Note(const S_FrameRecord& record, const std::optional<S_TimeBin>& bin);
 
+  // The input has ended.
+  void Finish() { m_rows.Sort(); }
+
   void Write(C_JsonWriter& json, const C_TimeBins& axis) const;
 
   // Those that are not decoded, the most bytes first. `bytes`: of all of the input.

@@ -23,6 +23,13 @@ constexpr unsigned int kOfSpeed = 3;  // m/s
 
 std::string_view NameOf(ALGO::eGNSSSystem system) { return velagnss::SystemName(system); }
 
+template <class Items, class WriteItem>
+void WriteArray(C_JsonWriter& json, std::string_view name, const Items& items, const WriteItem& writeItem) {
+  json.Key(name).BeginArray();
+  for (const auto& item : items) writeItem(item);
+  json.EndArray();
+}
+
 void WriteRange(C_JsonWriter& json, const S_ValueRange& range) {
   json.Key("count").Integer(range.count);
   json.Key("mean");
@@ -58,38 +65,34 @@ void WriteSkyPoint(C_JsonWriter& json, const S_SkyPoint& point, const C_TimeBins
   EndPoint(json, point);
 }
 
-void WriteSignals(C_JsonWriter& json, const S_SkySatellite& satellite, const C_TimeBins& axis) {
-  json.Key("signals").BeginArray();
-  for (const S_SkySignal& signal : satellite.signals) {
-    json.BeginObject();
-    json.Key("name").String(NameOf(signal));
-    json.Key("code").StringOrNull(signal.code);
-    WriteRange(json, signal.cn0);
-    json.Key("cn0");
-    WriteSeries(json, signal.series, axis, kOfCn0);
-    json.EndObject();
-  }
-  json.EndArray();
+void WriteSignal(C_JsonWriter& json, const S_SkySignal& signal, const C_TimeBins& axis) {
+  json.BeginObject();
+  json.Key("name").String(NameOf(signal));
+  json.Key("code").StringOrNull(signal.code);
+  WriteRange(json, signal.cn0);
+  json.Key("cn0");
+  WriteSeries(json, signal.series, axis, kOfCn0);
+  json.EndObject();
+}
+
+void WriteSatellite(C_JsonWriter& json, const C_SkyReport::t_Satellites::value_type& entry, const C_TimeBins& axis) {
+  const auto& [key, satellite] = entry;
+  json.BeginObject();
+  json.Key("system").String(NameOf(key.first));
+  json.Key("number").Integer(key.second);
+  json.Key("name").String(PointSatelliteName(key.first, key.second));
+  json.Key("epochs").Integer(satellite.epochs);
+  json.Key("used");
+  satellite.saysUse ? json.Integer(satellite.used) : json.Null();
+  WriteArray(json, "track", satellite.track.Points(), [&](const S_SkyPoint& point) {
+    if (HasPlace(axis, point)) WriteSkyPoint(json, point, axis);
+  });
+  WriteArray(json, "signals", satellite.signals, [&](const auto& signal) { WriteSignal(json, signal, axis); });
+  json.EndObject();
 }
 
 void WriteSatellites(C_JsonWriter& json, const C_SkyReport& sky, const C_TimeBins& axis) {
-  json.Key("satellites").BeginArray();
-  for (const auto& [key, satellite] : sky.Satellites()) {
-    json.BeginObject();
-    json.Key("system").String(NameOf(key.first));
-    json.Key("number").Integer(key.second);
-    json.Key("name").String(PointSatelliteName(key.first, key.second));
-    json.Key("epochs").Integer(satellite.epochs);
-    json.Key("used");
-    satellite.saysUse ? json.Integer(satellite.used) : json.Null();
-    json.Key("track").BeginArray();
-    for (const S_SkyPoint& point : satellite.track.Points())
-      if (HasPlace(axis, point)) WriteSkyPoint(json, point, axis);
-    json.EndArray();
-    WriteSignals(json, satellite, axis);
-    json.EndObject();
-  }
-  json.EndArray();
+  WriteArray(json, "satellites", sky.Satellites(), [&](const auto& entry) { WriteSatellite(json, entry, axis); });
   json.Key("satellites_left_out").Integer(sky.SatellitesLeftOut());
   json.Key("signals_left_out").Integer(sky.SignalsLeftOut());
 }
@@ -111,18 +114,14 @@ bool HasBands(const S_SignalKind& kind) {
   return std::any_of(kind.bands.begin(), kind.bands.end(), [](const S_ValueRange& band) { return band.count > 0; });
 }
 
-void WriteElevation(C_JsonWriter& json, const C_SkyReport& sky) {
-  json.Key("elevation").BeginArray();
-  for (const S_SignalKind& kind : sky.Kinds()) {
-    if (!HasBands(kind)) continue;
-    json.BeginObject();
-    json.Key("system").String(NameOf(kind.system));
-    json.Key("signal").String(NameOf(kind));
-    json.Key("code").StringOrNull(kind.code);
-    WriteBands(json, kind);
-    json.EndObject();
-  }
-  json.EndArray();
+void WriteKind(C_JsonWriter& json, const S_SignalKind& kind) {
+  if (!HasBands(kind)) return;
+  json.BeginObject();
+  json.Key("system").String(NameOf(kind.system));
+  json.Key("signal").String(NameOf(kind));
+  json.Key("code").StringOrNull(kind.code);
+  WriteBands(json, kind);
+  json.EndObject();
 }
 
 void WriteCounts(C_JsonWriter& json, std::string_view name, const S_SatelliteCounts& counts, const C_TimeBins& axis) {
@@ -142,21 +141,15 @@ void WriteFix(C_JsonWriter& json, const C_QualityReport& quality, const C_TimeBi
   for (std::size_t kind = 0; kind < std::size(kFixKinds); ++kind)
     if (quality.EpochsOf(kind) > 0) kinds.push_back(kind);
   json.Key("fix").BeginObject();
-  json.Key("kinds").BeginArray();
-  for (const std::size_t kind : kinds) json.Name(kFixKinds[kind]);
-  json.EndArray();
-  json.Key("epochs").BeginArray();
-  for (const std::size_t kind : kinds) json.Integer(quality.EpochsOf(kind));
-  json.EndArray();
-  json.Key("periods").BeginArray();
-  for (const S_FixPeriod& period : quality.Periods(axis)) {
+  WriteArray(json, "kinds", kinds, [&json](std::size_t kind) { json.Name(kFixKinds[kind]); });
+  WriteArray(json, "epochs", kinds, [&](std::size_t kind) { json.Integer(quality.EpochsOf(kind)); });
+  WriteArray(json, "periods", quality.Periods(axis), [&](const S_FixPeriod& period) {
     json.BeginArray();
     json.Integer(period.from);
     json.Integer(period.to);
     json.Integer(std::lower_bound(kinds.begin(), kinds.end(), period.kind) - kinds.begin());
     json.EndArray();
-  }
-  json.EndArray();
+  });
   json.Key("type").BeginObject();
   json.Key("2D").Integer(quality.FixesOfType('2'));
   json.Key("3D").Integer(quality.FixesOfType('3'));
@@ -206,19 +199,14 @@ void WriteScatter(C_JsonWriter& json, std::span<const C_Vector3> sample, const L
   json.EndArray();
 }
 
-void WriteTrack(C_JsonWriter& json, const C_PlaceReport& place, C_PointCoordinate& mean, const C_TimeBins& axis) {
-  json.Key("track").BeginArray();
-  for (const S_PlacePoint& point : place.Track().Points()) {
-    if (!HasPlace(axis, point)) continue;
-    C_PointCoordinate position(C_PointCoordinate::COORD_GEODETIC, point.latitude * kRadiansPerDegree,
-                               point.longitude * kRadiansPerDegree, point.height);
-    position.ConvertToAllInternal();
-    json.BeginArray();
-    json.IntegerOrNull(axis.IndexOf(point.seconds));
-    WriteEastAndNorth(json, mean.RangeLocal(position.Cartesian()));
-    EndPoint(json, point);
-  }
-  json.EndArray();
+void WritePlacePoint(C_JsonWriter& json, const S_PlacePoint& point, C_PointCoordinate& mean, const C_TimeBins& axis) {
+  C_PointCoordinate position(C_PointCoordinate::COORD_GEODETIC, point.latitude * kRadiansPerDegree,
+                             point.longitude * kRadiansPerDegree, point.height);
+  position.ConvertToAllInternal();
+  json.BeginArray();
+  json.IntegerOrNull(axis.IndexOf(point.seconds));
+  WriteEastAndNorth(json, mean.RangeLocal(position.Cartesian()));
+  EndPoint(json, point);
 }
 
 // The same numbers as in the account, if it has any: it counts fixes with an altitude only.
@@ -234,7 +222,9 @@ void WritePosition(C_JsonWriter& json, const C_PlaceReport& place, const C_Recei
   json.Key("altitude_m").Number(account ? summary->altitude : kNotKnown);
   json.Key("radius_50_m").Number(summary->radius50);
   json.Key("radius_95_m").Number(summary->radius95);
-  WriteTrack(json, place, mean, reports.Axis());
+  WriteArray(json, "track", place.Track().Points(), [&](const S_PlacePoint& point) {
+    if (HasPlace(reports.Axis(), point)) WritePlacePoint(json, point, mean, reports.Axis());
+  });
   WriteScatter(json, positions.SomeFixes(), [&mean](const C_Vector3& fix) { return mean.RangeLocal(fix); });
   WriteMembers(json, {{"height", place.Height()}}, reports.Axis(), kOfMeters);
   json.Key("height_is").Name(place.HasHeights() ? "ellipsoid" : "sea level");
@@ -266,7 +256,7 @@ void WriteReceiver(C_JsonWriter& json, const C_ReceiverReports::t_Station& stati
   json.Key("epochs").Integer(receiver.epochs);
   json.Key("positions").Integer(receiver.place.Positions());
   WriteSatellites(json, receiver.sky, axis);
-  WriteElevation(json, receiver.sky);
+  WriteArray(json, "elevation", receiver.sky.Kinds(), [&json](const S_SignalKind& kind) { WriteKind(json, kind); });
   WriteCounts(json, "in_view", receiver.sky.InView(), axis);
   WriteCounts(json, "used", receiver.sky.Used(), axis);
   WriteQuality(json, receiver.quality, axis);
@@ -279,9 +269,8 @@ void WriteReceiver(C_JsonWriter& json, const C_ReceiverReports::t_Station& stati
 }  // namespace
 
 void WriteReceivers(C_JsonWriter& json, const C_ReceiverReports& reports) {
-  json.Key("receivers").BeginArray();
-  for (const auto& [station, receiver] : reports.Receivers()) WriteReceiver(json, station, receiver, reports);
-  json.EndArray();
+  WriteArray(json, "receivers", reports.Receivers(),
+             [&](const auto& entry) { WriteReceiver(json, entry.first, entry.second, reports); });
   json.Key("receivers_left_out").Integer(reports.ReceiversLeftOut());
 }
 

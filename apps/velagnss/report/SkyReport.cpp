@@ -9,16 +9,17 @@ namespace Host {
 namespace {
 
 constexpr std::size_t kMaxSatellites = 200;
-constexpr std::size_t kMaxSignals = 12;  // of a satellite
-constexpr double kLongestPause = 600;    // s
-constexpr unsigned int kZenith = 90;     // degrees
+constexpr std::size_t kMaxSignals = 12;    // of a satellite
+constexpr double kLongestPause = 600;      // s
+constexpr unsigned int kFullCircle = 360;  // degrees
+constexpr unsigned int kZenith = 90;       // degrees
 
 eUse UseOf(const S_EpochSatellite& seen) {
   if (!seen.isUsed) return eUseNotKnown;
   return *seen.isUsed ? eUsed : eTracked;
 }
 
-bool HasPlace(const S_EpochSatellite& seen) { return seen.elevation <= kZenith && !IsNotAvailable(seen.azimuth); }
+bool HasPlace(const S_EpochSatellite& seen) { return seen.elevation <= kZenith && seen.azimuth <= kFullCircle; }
 
 bool IsInSky(const S_EpochSatellite& seen) { return HasPlace(seen) || !seen.signals.empty(); }
 

@@ -2,6 +2,7 @@
 #ifndef VELAGNSS_APPS_MESSAGE_NAMES_H
 #define VELAGNSS_APPS_MESSAGE_NAMES_H
 
+#include <compare>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,7 +27,7 @@ struct S_MessageKey {
   C_RawDataMessage::eProtocols protocol;
   unsigned int type;
   std::string name = {};
-  friend bool operator==(const S_MessageKey&, const S_MessageKey&) = default;
+  friend auto operator<=>(const S_MessageKey&, const S_MessageKey&) = default;
 };
 
 // The messages of a name ("GGA", "BIN95", "HPR") or of a number (1077, 95: of RTCM 3 and the binary protocol), in
