@@ -10,6 +10,7 @@ import json
 import os
 import pathlib
 import random
+import re
 import select
 import shutil
 import signal
@@ -70,6 +71,12 @@ class Running:
 
     def wait_for_lines(self, count, name="out", seconds=PATIENCE):
         self.wait(lambda self: len(self.lines[name]) >= count, seconds)
+
+    def wait_until_it_handles(self, how):
+        """Until a signal no longer ends it as if it had not begun."""
+        status = pathlib.Path(f"/proc/{self.process.pid}/status")
+        caught = lambda _: int(re.search(r"^SigCgt:\s*(\w+)", status.read_text(), re.M)[1], 16) >> how - 1 & 1
+        self.wait(caught)
 
     def end(self, how=signal.SIGTERM, seconds=10):
         """Its exit status."""
