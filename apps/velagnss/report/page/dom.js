@@ -7,9 +7,12 @@ const Dom = (() => {
   // A missing attribute or child (undefined, null, false) is left out.
   function fill(element, attributes, children) {
     for (const [name, value] of Object.entries(attributes)) {
-      if (value !== undefined && value !== null && value !== false) element.setAttribute(name, value === true ? '' : value);
+      if (value !== undefined && value !== null && value !== false)
+        element.setAttribute(name, value === true ? '' : value);
     }
-    element.append(...children.flat(Infinity).filter((child) => child !== undefined && child !== null && child !== false));
+    element.append(
+      ...children.flat(Infinity).filter((child) => child !== undefined && child !== null && child !== false),
+    );
     return element;
   }
 
