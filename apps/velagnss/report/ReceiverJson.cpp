@@ -124,7 +124,7 @@ void WriteKind(C_JsonWriter& json, const S_SignalKind& kind) {
   json.EndObject();
 }
 
-void WriteCounts(C_JsonWriter& json, std::string_view name, const S_SatelliteCounts& counts, const C_TimeBins& axis) {
+void WriteCounts(C_JsonWriter& json, std::string_view name, const S_SatelliteSeries& counts, const C_TimeBins& axis) {
   json.Key(name).BeginObject();
   json.Key("all");
   WriteSeries(json, counts.all, axis, kOfCounts);

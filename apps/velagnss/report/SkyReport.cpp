@@ -121,7 +121,7 @@ std::size_t C_SkyReport::KindOf(ALGO::eGNSSSystem system, const S_EpochSignal& s
 }
 
 void C_SkyReport::AddCounts(const S_Epoch& epoch, const S_Moment& moment) {
-  const auto add = [&](S_SatelliteCounts& counts, const auto& isCounted) {
+  const auto add = [&](S_SatelliteSeries& counts, const auto& isCounted) {
     std::map<ALGO::eGNSSSystem, unsigned int> numbers;  // 0 for a system of which none is counted
     unsigned int all = 0;
     for (const S_EpochSatellite& seen : epoch.satellites) {

@@ -59,7 +59,7 @@ struct S_SignalKind : S_SignalName {
 };
 
 // Satellites per epoch.
-struct S_SatelliteCounts {
+struct S_SatelliteSeries {
   C_Series all;
   std::map<ALGO::eGNSSSystem, C_Series> systems;
 };
@@ -79,8 +79,8 @@ class C_SkyReport {
 
   const t_Satellites& Satellites() const { return m_satellites; }
   const std::vector<S_SignalKind>& Kinds() const { return m_kinds; }
-  const S_SatelliteCounts& InView() const { return m_inView; }
-  const S_SatelliteCounts& Used() const { return m_used; }
+  const S_SatelliteSeries& InView() const { return m_inView; }
+  const S_SatelliteSeries& Used() const { return m_used; }
   std::size_t SatellitesLeftOut() const { return m_leftOut.count(); }
   std::uint64_t SignalsLeftOut() const { return m_signalsLeftOut; }
 
@@ -96,8 +96,8 @@ class C_SkyReport {
 
   t_Satellites m_satellites;
   std::vector<S_SignalKind> m_kinds;
-  S_SatelliteCounts m_inView;
-  S_SatelliteCounts m_used;
+  S_SatelliteSeries m_inView;
+  S_SatelliteSeries m_used;
   std::bitset<(ALGO::GNSS_UNKNOWN + 1) * 256> m_leftOut;
   std::uint64_t m_signalsLeftOut = 0;  // C/N0 values of signals that are left out
 };
