@@ -226,10 +226,13 @@ void C_Terminal::Return() {
   Redraw();
 }
 
-void C_Terminal::DropOutput() const {
+// What the user has stopped only goes on after a stop by the program.
+void C_Terminal::GoOn() const {
+  ::tcflow(m_descriptor, TCOOFF);
   ::tcflow(m_descriptor, TCOON);
-  ::tcflush(m_descriptor, TCOFLUSH);
 }
+
+void C_Terminal::DropOutput() const { ::tcflush(m_descriptor, TCOFLUSH); }
 
 void C_Terminal::RestoreLine() const { ::tcsetattr(m_descriptor, TCSANOW, &m_line); }
 
