@@ -1,7 +1,7 @@
 // What the program makes of the bytes of an input, command and options chosen by the input: decode, stat, report,
-// convert to each format, encode. The output is valid in its format, holds only printable ASCII, and is the same
-// however the input was cut into pieces, unless acknowledgements are searched for: "$>" is one as soon as it is read,
-// before it can turn out to begin a reply.
+// convert to each format, encode, and the screens of monitor. The output is valid in its format, holds only printable
+// ASCII, and is the same however the input was cut into pieces, unless acknowledgements are searched for: "$>" is one
+// as soon as it is read, before it can turn out to begin a reply.
 #include <tinyxml2.h>
 
 #include <fstream>
@@ -14,6 +14,8 @@
 #include "apps/velagnss/account/PointReportTable.h"
 #include "apps/velagnss/json/JsonLines.h"
 #include "apps/velagnss/json/LineEncoder.h"
+#include "apps/velagnss/monitor/Pages.h"
+#include "apps/velagnss/monitor/SourceModel.h"
 #include "apps/velagnss/nmea/SentenceConverter.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/pipeline/RecordRun.h"
@@ -144,6 +146,25 @@ std::string Report(const S_Options& options, std::string_view stream, std::size_
   return std::string(object.Text());
 }
 
+// All pages, on a small and on a large terminal.
+std::string Monitor(const S_Options& options, std::string_view stream, std::size_t piece) {
+  Host::C_SourceModel model("input", [] { return Host::C_SourceModel::t_Clock::time_point(); });
+  Host::C_RecordRun run(options.run, {&model});
+  FeedAll(run, stream, piece);
+  Host::S_ScreenState state;
+  state.tabs = {{"input", model.State()}};
+  std::string text;
+  for (const Host::S_Page& page : Host::Pages()) {
+    state.page = page.page;
+    for (const int rows : {Host::kLeastRows, 60}) {
+      Host::C_Grid grid(rows, 4 * rows, true);
+      Host::DrawScreen(grid, model.Snapshot(), state);
+      for (int row = 0; row < rows; ++row) text += grid.Text(row) + '\n';
+    }
+  }
+  return text;
+}
+
 // --- What the output must be ---
 
 void RequirePrintable(const std::string& text) {
@@ -237,14 +258,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
   }
   const std::string stream = Fuzz::MakeStream(input).bytes;
+  const bool isMonitor = command == 6 && options.format > 5;
   const auto run = [&](std::size_t pieceSize) {
     if (command < 3) return Decode(options, stream, pieceSize);
-    return command < 6 ? Convert(options, stream, pieceSize) : Report(options, stream, pieceSize);
+    if (command < 6) return Convert(options, stream, pieceSize);
+    return isMonitor ? Monitor(options, stream, pieceSize) : Report(options, stream, pieceSize);
   };
   const std::string text = run(60000);
   Fuzz::Require(options.dependsOnCut || run(piece) == text, "the output does not depend on how the input is read");
   RequirePrintable(text);
-  if (command < 3 || (command == 6 && options.lines.hex)) RequireJsonLines(text);
+  if (command < 3 || (command == 6 && options.lines.hex && !isMonitor)) RequireJsonLines(text);
   if (command < 3) RequireEncode(text);
   if (command >= 3 && command < 6) RequireFormat(text, options.format);
   return 0;

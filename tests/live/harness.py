@@ -10,6 +10,8 @@ import json
 import os
 import pathlib
 import random
+import re
+import select
 import shutil
 import signal
 import socket
@@ -33,9 +35,9 @@ PATIENCE = 20.0  # seconds until a line that must come has not come; long, becau
 class Running:
     """A program whose lines are kept as they come, with the time of each."""
 
-    def __init__(self, command, stdout=subprocess.PIPE):
-        self.process = subprocess.Popen([str(word) for word in command], stdin=subprocess.DEVNULL, stdout=stdout,
-                                        stderr=subprocess.PIPE)
+    def __init__(self, command, stdout=subprocess.PIPE, **how):
+        self.process = subprocess.Popen([str(word) for word in command], stdout=stdout, stderr=subprocess.PIPE,
+                                        **{"stdin": subprocess.DEVNULL, **how})
         self.changed = threading.Condition()
         self.lines = {"out": [], "err": []}
         self.times = {"out": [], "err": []}
@@ -69,6 +71,12 @@ class Running:
 
     def wait_for_lines(self, count, name="out", seconds=PATIENCE):
         self.wait(lambda self: len(self.lines[name]) >= count, seconds)
+
+    def wait_until_it_handles(self, how):
+        """Until a signal no longer ends it as if it had not begun."""
+        status = pathlib.Path(f"/proc/{self.process.pid}/status")
+        caught = lambda _: int(re.search(r"^SigCgt:\s*(\w+)", status.read_text(), re.M)[1], 16) >> how - 1 & 1
+        self.wait(caught)
 
     def end(self, how=signal.SIGTERM, seconds=10):
         """Its exit status."""
@@ -122,6 +130,45 @@ class Running:
         parts += [f"{name}, {len(lines)} lines, the last:\n  " + "\n  ".join(line[:300] for line in lines[-8:])
                   for name, lines in self.lines.items()]
         return "\n".join(parts)
+
+
+class OnTerminal(Running):
+    """A program at a terminal of its own, which is read all the time, unless it is to be stuck."""
+
+    def __init__(self, command, columns=80, rows=24, is_read=True, **how):
+        self.master, slave = os.openpty()
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
+        self.before = termios.tcgetattr(slave)
+        self.slave = slave
+        self.drawn, self.last = 0, b""
+        super().__init__(command, start_new_session=True, pass_fds=(slave,),
+                         preexec_fn=lambda: fcntl.ioctl(slave, termios.TIOCSCTTY, 0), **how)
+        self.is_lost = False
+        self.reader = threading.Thread(target=self.read_terminal if is_read else lambda: None, daemon=True)
+        self.reader.start()
+
+    def read_terminal(self):
+        while not self.is_lost:
+            if select.select([self.master], [], [], 0.1)[0]:
+                part = os.read(self.master, 65536)
+                with self.changed:
+                    self.drawn += len(part)
+                    self.last = (self.last + part)[-100_000:]
+                    self.changed.notify_all()
+
+    def lose_terminal(self):
+        self.is_lost = True
+        self.reader.join()
+        os.close(self.master)
+
+    def wait_for_output(self, part, seconds=PATIENCE):
+        self.wait(lambda self: part in self.last, seconds)
+
+    def type(self, text):
+        os.write(self.master, text.encode())
+
+    def is_restored(self):
+        return termios.tcgetattr(self.slave) == self.before
 
 
 class RunningCaster(Running):

@@ -301,7 +301,8 @@ class LiveTest(harness.Case):
             for how in (signal.SIGTERM, signal.SIGINT):
                 with self.subTest(source=source, how=how):
                     program = self.run_program("decode", source)
-                    time.sleep(0.5)
+                    program.wait_until_it_handles(how)
+                    time.sleep(0.3)  # it begins to connect
                     begin = time.monotonic()
                     self.assertEqual(program.end(how), 128 + how)
                     self.assertLess(time.monotonic() - begin, 2)

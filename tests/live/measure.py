@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Measures the program under load; for people, not for ctest. Prints tables.
 
-  VELAGNSS_PROGRAM=.../velagnss measure.py sources|relay [SECONDS]
+  VELAGNSS_PROGRAM=.../velagnss measure.py sources|relay|monitor [SECONDS]
 
 sources: decode reads 20 sources of 100 kB/s each and a probe, from which a sentence comes 20 times a second: how long it
          takes from its sending to its line of output.
 relay:   relay hands 10 kB/s on to 200 clients, of which every tenth reads nothing: what the others get, and when.
+monitor: the monitor shows a source of 100 kB/s, each page for an equal time, on a terminal of 80x24 and one of 200x50.
 """
 
 import asyncio
@@ -190,9 +191,26 @@ def measure_relay(seconds):
     program.kill()
 
 
+def measure_monitor(seconds):
+    fed = Feeders([SOURCE_RATE])
+    for columns, rows in ((80, 24), (200, 50)):
+        program = harness.OnTerminal([harness.PROGRAM, "monitor", fed.addresses[0]], columns, rows)
+        program.wait_for_output(b"receiving")
+        print(f"{columns}x{rows}")
+        for page in "12345":
+            program.type(page)
+            watch, drawn = Watch(program), program.drawn
+            for _ in range(5):
+                time.sleep(seconds / 50)
+                watch.note()
+            print(f"page {page}: {(program.drawn - drawn) / seconds * 10 / 1000:.1f} kB/s to the terminal")
+            watch.print()
+        program.kill()
+
+
 def main():
     what, seconds = sys.argv[1], float(sys.argv[2]) if len(sys.argv) > 2 else 60
-    {"sources": measure_sources, "relay": measure_relay}[what](seconds)
+    {"sources": measure_sources, "relay": measure_relay, "monitor": measure_monitor}[what](seconds)
 
 
 if __name__ == "__main__":

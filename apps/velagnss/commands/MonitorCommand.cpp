@@ -103,12 +103,13 @@ const S_CommandEntry kMonitorCommand = {
     "monitor",
     "Watch sources in the terminal: position, satellites, messages, faults.\n\n"
     "Examples:\n"
-    "  velagnss monitor /dev/ttyUSB0                              a receiver\n"
-    "  velagnss monitor --tee today.bin tcp://a:5015 tcp://b:5015   two, which Tab switches between\n"
-    "  velagnss monitor --msg GGA,rtcm3 --plain session.bin       a file to its end, in ASCII\n"
-    "  velagnss replay session.bin | velagnss monitor             a file at its own speed\n"
-    "\nKeys: 1 to 5 and Tab choose a page, arrows scroll, space holds the screen, / filters the raw objects,\n"
-    "? explains everything, q ends the program.\n",
+    "  velagnss monitor /dev/ttyUSB0                      a receiver\n"
+    "  velagnss monitor tcp://a:5015 ntrip://b/BASE       two sources; Tab switches between them\n"
+    "  velagnss monitor --tee today.bin tcp://a:5015      also recorded\n"
+    "  velagnss monitor --proto rtcm3 --plain base.bin    a file to its end, in ASCII\n"
+    "  velagnss replay session.bin | velagnss monitor     a file at its own speed\n"
+    "\nKeys: 1 to 5 choose a page, arrows scroll, p holds the screen, f filters the raw\n"
+    "objects, ? explains everything, q quits.\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_MonitorCommand>(); }};
 
 }  // namespace Host

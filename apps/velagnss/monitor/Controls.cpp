@@ -10,6 +10,7 @@ namespace {
 
 constexpr int kEndOfPage = std::numeric_limits<int>::max() / 2;
 constexpr std::size_t kLongestFilter = 200;
+constexpr int kListsOnPage = 3;  // at most, one below the other: what scrolls takes as much of the screen at least
 
 }  // namespace
 
@@ -33,8 +34,8 @@ const C_Controls::S_Binding C_Controls::kBindings[] = {
     {{eKey::Character, 'k'}, [](C_Controls& c) { c.Scroll(-1); }},
     {{eKey::Down}, [](C_Controls& c) { c.Scroll(1); }},
     {{eKey::Character, 'j'}, [](C_Controls& c) { c.Scroll(1); }},
-    {{eKey::PageUp}, [](C_Controls& c) { c.Scroll(-c.m_rows); }},
-    {{eKey::PageDown}, [](C_Controls& c) { c.Scroll(c.m_rows); }},
+    {{eKey::PageUp}, [](C_Controls& c) { c.Scroll(-c.m_rows / kListsOnPage); }},
+    {{eKey::PageDown}, [](C_Controls& c) { c.Scroll(c.m_rows / kListsOnPage); }},
     {{eKey::Home}, [](C_Controls& c) { c.Scroll(-kEndOfPage); }},
     {{eKey::End}, [](C_Controls& c) { c.Scroll(kEndOfPage); }},
     {{eKey::Character, '?'}, [](C_Controls& c) { c.ToggleHelp(); }},
@@ -100,7 +101,7 @@ void C_Controls::BeginEdit() {
 
 // The underscore is the cursor: that of the terminal is off.
 void C_Controls::ShowEdited() {
-  m_state.message = "filter, as in GGA,BIN95,rtcm3: " + *m_edited + "_";
+  m_state.message = "filter: " + *m_edited + "_";
   m_state.messageStyle = eStyle::Normal;
 }
 
@@ -122,7 +123,7 @@ void C_Controls::EndEdit() {
 void C_Controls::TakeFilter() {
   ShowEdited();
   if (const std::optional<std::string> error = m_setFilter(*m_edited)) {
-    m_state.message += "  " + *error;
+    m_state.message += " - " + *error;
     m_state.messageStyle = eStyle::Bad;
     return;
   }

@@ -15,8 +15,7 @@ constexpr std::size_t kMaxFaults = 100;
 
 }  // namespace
 
-void C_FaultLog::OnFrame(const S_FrameRecord& record, const C_TimeText& when) {
-  if (!record.decoded.hasDataError) return;
+void C_FaultLog::OnWrongContents(const S_FrameRecord& record, const C_TimeText& when) {
   ++m_contentFaults;
   Add({record.frame.offset, record.frame.length, NameOf(record.frame),
        std::string(velagnss::ResultText(record.decoded.result.value_or(eResultOk))), when});

@@ -15,7 +15,7 @@ namespace Host {
 // everything else out of the list. So is a frame with wrong contents. Keeps the last 100.
 class C_FaultLog {
  public:
-  void OnFrame(const S_FrameRecord& record, const C_TimeText& when);
+  void OnWrongContents(const S_FrameRecord& record, const C_TimeText& when);
   void OnRejection(const velagnss::RejectedStart& start, const C_TimeText& when);
   void OnSkipped(const velagnss::SkippedRange& range, const C_TimeText& when);
 

@@ -112,14 +112,10 @@ void C_Pane::PutRight(int row, int column, std::string_view text, eStyle style) 
   Put(row, column - WidthOf(text), text, style);
 }
 
-void C_Pane::Fill(int row, char32_t character, eStyle style) const {
-  for (int column = 0; column < m_columns; ++column) Set(row, column, {character, style});
-}
-
 void C_Pane::Rule(int row, std::string_view title) const {
-  constexpr char32_t kLine = 0x2500;
+  const char32_t line = IsPlain() ? U'-' : U'\u2500';
   constexpr int kIndent = 2;
-  Fill(row, IsPlain() ? U'-' : kLine, eStyle::Dim);
+  for (int column = 0; column < m_columns; ++column) Set(row, column, {line, eStyle::Dim});
   if (title.empty()) return;
   const int end = Put(row, Put(row, kIndent, " "), title, eStyle::Title);
   Put(row, end, " ");

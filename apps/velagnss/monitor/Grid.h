@@ -96,13 +96,6 @@ class C_Pane {
   // The same, ending before `column`: for numbers.
   void PutRight(int row, int column, std::string_view text, eStyle style = eStyle::Normal) const;
 
-  // One of two texts: the first on a terminal with UTF-8.
-  int Put(int row, int column, std::string_view utf8, std::string_view plain, eStyle style) const {
-    return Put(row, column, IsPlain() ? plain : utf8, style);
-  }
-
-  void Fill(int row, char32_t character, eStyle style) const;  // a row
-
   // A line across the pane with a title in it.
   void Rule(int row, std::string_view title) const;
 

@@ -36,6 +36,11 @@ C_MessageRates::S_Row* C_MessageRates::RowOf(const velagnss::Frame& frame) {
   });
   if (at != m_rows.end() && at->protocol == frame.protocol && at->message == frame.message && at->name == name)
     return &*at;
+  // A sentence that is not listed because of its form may have the name of one that is.
+  const auto same = std::find_if(m_rows.begin(), m_rows.end(), [&](const S_Row& row) {
+    return row.protocol == frame.protocol && row.name == name && !name.empty();
+  });
+  if (same != m_rows.end()) return &*same;
   if (m_rows.size() >= kMaxRows) return nullptr;
   return &*m_rows.insert(at, {frame.protocol, frame.message, std::string(name)});
 }

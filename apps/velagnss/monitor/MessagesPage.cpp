@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 
 #include "apps/velagnss/monitor/PageParts.h"
 #include "apps/velagnss/monitor/ViewText.h"
@@ -60,8 +59,8 @@ constexpr S_Column<S_MessageView> kProtocolColumns[] = {
 constexpr std::string_view kNoFrames = "No frame has come yet.";
 
 constexpr S_Column<S_FaultView> kFaultColumns[] = {
-    {"When", 8, 0, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, false); }, 59},
-    {"When", 19, 60, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, true); }},
+    {"When", 8, 0, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, false); }, 75},
+    {"When", 19, 76, false, [](const S_FaultView& f) { return f.when.IsEmpty() ? "-" : ClockText(f.when, true); }},
     {"Offset", 11, 48, true, [](const S_FaultView& f) { return CountText(f.offset); }},
     {"Bytes", 7, 0, true, [](const S_FaultView& f) { return f.length > 0 ? CountText(f.length) : "..."; }},
     {"What", 9, 56, false, [](const S_FaultView& f) { return f.what; }},
@@ -80,6 +79,27 @@ int DrawList(const C_Pane& pane, const S_Column<Row> (&columns)[N], const std::v
   return part.most;
 }
 
+// The last message of a protocol makes its age.
+void Add(S_MessageView& sum, const S_MessageView& message) {
+  sum.count += message.count;
+  sum.bytes += message.bytes;
+  sum.faults += message.faults;
+  sum.isStale = sum.isStale && message.isStale;
+  if (!(message.age > sum.age)) sum.age = message.age;
+  if (IsKnown(message.rate)) sum.rate = message.rate + (IsKnown(sum.rate) ? sum.rate : 0);
+}
+
+std::vector<S_MessageView> ProtocolsOf(const std::vector<S_MessageView>& messages) {
+  std::vector<S_MessageView> protocols;
+  for (const S_MessageView& message : messages) {
+    if (!protocols.empty() && protocols.back().protocol == message.protocol)
+      Add(protocols.back(), message);
+    else
+      protocols.push_back(message);
+  }
+  return protocols;
+}
+
 eStyle StyleOf(const S_MessageView& message) {
   if (message.isStale) return eStyle::Dim;
   return message.faults > 0 ? eStyle::Warning : eStyle::Normal;
@@ -89,27 +109,11 @@ eStyle StyleOf(const S_FaultView&) { return eStyle::Normal; }
 
 }  // namespace
 
-// The last message of a protocol makes its age.
 int DrawProtocolList(const C_Pane& pane, const S_SourceView& view) {
-  std::vector<S_MessageView> protocols;
-  for (const S_MessageView& message : view.messages) {
-    if (protocols.empty() || protocols.back().protocol != message.protocol) {
-      protocols.push_back(message);
-      protocols.back().name.clear();
-      continue;
-    }
-    S_MessageView& sum = protocols.back();
-    sum.count += message.count;
-    sum.bytes += message.bytes;
-    sum.faults += message.faults;
-    sum.isStale = sum.isStale && message.isStale;
-    if (!(message.age > sum.age)) sum.age = message.age;
-    sum.rate = std::isnan(sum.rate) ? message.rate : sum.rate + (std::isnan(message.rate) ? 0 : message.rate);
-  }
   pane.Rule(0, "Protocols");
-  if (protocols.empty()) PutNothing(pane.Below(1), kNoFrames);
-  if (protocols.empty()) return 0;
-  return DrawList<S_MessageView>(pane.Below(1), kProtocolColumns, protocols, 0, &StyleOf);
+  if (view.messages.empty()) PutNothing(pane.Below(1), kNoFrames);
+  if (view.messages.empty()) return 0;
+  return DrawList<S_MessageView>(pane.Below(1), kProtocolColumns, ProtocolsOf(view.messages), 0, &StyleOf);
 }
 
 int DrawMessageList(const C_Pane& pane, const S_SourceView& view, int scroll) {

@@ -2,7 +2,6 @@
 #ifndef VELAGNSS_APPS_NOTED_H
 #define VELAGNSS_APPS_NOTED_H
 
-#include <algorithm>
 #include <optional>
 
 #include "apps/velagnss/monitor/SourceView.h"

@@ -31,14 +31,12 @@ S_Shown Shown(const std::optional<S_Aged<Value>>& aged, std::string text, eStyle
 struct S_Part {
   std::string_view label;
   double value;
-  std::string_view unit;
 };
 std::string PartsText(std::initializer_list<S_Part> parts, int decimals) {
   std::string text;
   for (const S_Part& part : parts)
     if (IsKnown(part.value))
-      text += fmt::format("{}{}{}{:.{}f}{}", text.empty() ? "" : "  ", part.label, part.label.empty() ? "" : " ",
-                          part.value, decimals, part.unit);
+      text += fmt::format("{}{} {:.{}f}", text.empty() ? "" : "  ", part.label, part.value, decimals);
   return text.empty() ? "-" : text;
 }
 
@@ -79,23 +77,24 @@ t_Shown CountsOf(const S_SourceView& view) {
 t_Shown DopsOf(const S_SourceView& view) {
   if (!view.dops) return std::nullopt;
   const S_Dops& dops = view.dops->value;
-  return Shown(view.dops, PartsText({{"P", dops.pdop, ""}, {"H", dops.hdop, ""}, {"V", dops.vdop, ""}}, 1));
+  return Shown(view.dops, PartsText({{"P", dops.pdop}, {"H", dops.hdop}, {"V", dops.vdop}}, 1));
 }
 
 t_Shown AccuracyOf(const S_SourceView& view) {
   if (!view.accuracy) return std::nullopt;
   const velagnss::GstRecord& gst = view.accuracy->value;
-  return Shown(view.accuracy, PartsText({{"N", gst.latitudeDeviation, " m"},
-                                         {"E", gst.longitudeDeviation, " m"},
-                                         {"U", gst.altitudeDeviation, " m"}},
-                                        2));
+  constexpr int kMillimeters = 3;
+  const std::string text = PartsText(
+      {{"N", gst.latitudeDeviation}, {"E", gst.longitudeDeviation}, {"U", gst.altitudeDeviation}}, kMillimeters);
+  return Shown(view.accuracy, text + " m");
 }
 
 t_Shown MotionOf(const S_SourceView& view) {
   if (!view.motion) return std::nullopt;
   const S_Motion& motion = view.motion->value;
-  const double speed = IsKnown(motion.speedKnots) ? motion.speedKnots * kKmPerHourOfKnot : kNoAge;
-  return Shown(view.motion, PartsText({{"", speed, " km/h"}, {"course", motion.courseTrue, " deg"}}, 1));
+  std::string text = fmt::format("{:.1f} km/h", motion.speedKnots * kKmPerHourOfKnot);
+  if (IsKnown(motion.courseTrue)) text += fmt::format("  course {:.1f} deg", motion.courseTrue);
+  return Shown(view.motion, text);
 }
 
 // The one heard last, and how many others there are.
@@ -115,14 +114,22 @@ t_Shown StationOf(const S_SourceView& view) {
   return shown;
 }
 
+S_Shown LinkText(const S_LinkView& link, eStyle style) {
+  std::string text = fmt::format("{} for {}", link.state, AgeText(link.age));
+  if (link.lost > 0) text += fmt::format("  lost {}", Counted(link.lost, "time"));
+  if (link.failures > 0) text += fmt::format("  {} in a row", Counted(link.failures, "failure"));
+  if (!link.text.empty()) text += "  " + link.text;
+  return {text, kNoAge, false, style};
+}
+
+// Near the top while it is down, among the last otherwise.
+bool IsUp(const S_LinkView& link) { return link.state.empty() || link.state == "connected"; }
+t_Shown LostLinkOf(const S_SourceView& view) {
+  return IsUp(view.link) ? std::nullopt : t_Shown(LinkText(view.link, eStyle::Bad));
+}
 t_Shown LinkOf(const S_SourceView& view) {
-  if (view.link.state.empty()) return std::nullopt;
-  const bool isUp = view.link.state == "connected";
-  std::string text = fmt::format("{} for {}", view.link.state, AgeText(view.link.age));
-  if (view.link.lost > 0) text += fmt::format("  lost {} times", view.link.lost);
-  if (view.link.failures > 0 && !isUp) text += fmt::format("  {} in a row", Counted(view.link.failures, "failure"));
-  if (!view.link.text.empty()) text += "  " + view.link.text;
-  return S_Shown{text, kNoAge, false, isUp ? eStyle::Good : eStyle::Bad};
+  const bool isShown = IsUp(view.link) && !view.link.state.empty();
+  return isShown ? t_Shown(LinkText(view.link, eStyle::Good)) : std::nullopt;
 }
 
 t_Shown StreamOf(const S_SourceView& view) {
@@ -148,11 +155,12 @@ struct S_Field {
   std::string_view label;
   t_Shown (*show)(const S_SourceView& view);  // nothing: the stream has no such thing
 };
-constexpr S_Field kFields[] = {{"Time", &TimeOf},         {"Position", &PlaceOf},    {"Fix", &FixOf},
-                               {"Satellites", &CountsOf}, {"Altitude", &AltitudeOf}, {"Stream", &StreamOf},
-                               {"Frames", &FramesOf},     {"Accuracy", &AccuracyOf}, {"DOP", &DopsOf},
-                               {"Station", &StationOf},   {"Motion", &MotionOf},     {"Link", &LinkOf}};
-constexpr int kLabelWidth = 11;
+constexpr S_Field kFields[] = {{"Link", &LostLinkOf}, {"Time", &TimeOf},         {"Position", &PlaceOf},
+                               {"Fix", &FixOf},       {"Satellites", &CountsOf}, {"Altitude", &AltitudeOf},
+                               {"Stream", &StreamOf}, {"Frames", &FramesOf},     {"Accuracy", &AccuracyOf},
+                               {"DOP", &DopsOf},      {"Station", &StationOf},   {"Motion", &MotionOf},
+                               {"Link", &LinkOf}};
+constexpr int kLabelWidth = 12;  // "2.0 min ago "
 
 // The age of an old value is after it, or in place of its label where there is not enough room.
 void PutField(const C_Pane& pane, int row, std::string_view label, const S_Shown& shown) {
@@ -168,16 +176,15 @@ void PutField(const C_Pane& pane, int row, std::string_view label, const S_Shown
 // Gives back the rows used. A wide pane has two columns of fields.
 int DrawFields(const C_Pane& pane, const S_SourceView& view) {
   constexpr int kTwoColumns = 80;
-  constexpr int kLeast = 46;  // columns of the left one
   std::vector<std::pair<std::string_view, S_Shown>> fields;
   for (const S_Field& field : kFields)
     if (t_Shown shown = field.show(view)) fields.emplace_back(field.label, std::move(*shown));
   const auto count = static_cast<int>(fields.size());
   const int rows = pane.Columns() < kTwoColumns ? count : (count + 1) / 2;
-  const int left = pane.Columns() < kTwoColumns ? pane.Columns() : std::max(kLeast, pane.Columns() / 2);
+  const int left = pane.Columns() < kTwoColumns ? pane.Columns() + 1 : pane.Columns() / 2;
   for (int i = 0; i < count; ++i) {
     const auto& [label, shown] = fields[static_cast<std::size_t>(i)];
-    PutField(i < rows ? pane.LeftOf(left) : pane.RightOf(left + 1), i % rows, label, shown);
+    PutField(i < rows ? pane.LeftOf(left - 1) : pane.RightOf(left), i % rows, label, shown);
   }
   return std::min(rows, pane.Rows());
 }

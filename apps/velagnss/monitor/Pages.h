@@ -54,13 +54,6 @@ struct S_Page {
 };
 std::span<const S_Page> Pages();
 
-// A key and what it does, for the help page; the terminal obeys it.
-struct S_KeyHelp {
-  std::string_view keys;
-  std::string_view what;
-};
-std::span<const S_KeyHelp> KeyHelp();
-
 }  // namespace Host
 
 #endif  // VELAGNSS_APPS_PAGES_H

@@ -18,9 +18,8 @@ std::string TitleOf(const S_SourceView& view, const S_ScreenState& state) {
 std::string LineOf(const S_RawObject& object) {
   const std::string_view json = object.json;
   const std::size_t fields = json.find("\"fields\":");
-  constexpr std::string_view kBegin = "{\"schema\":1,";
-  if (object.name.empty() || fields == std::string_view::npos)
-    return std::string(json.starts_with(kBegin) ? json.substr(kBegin.size()) : json);
+  if (object.name.empty()) return std::string(json.substr(std::min(json.find("\"event\":"), json.size())));
+  if (fields == std::string_view::npos) return object.name;
   return fmt::format("{:<8} {}", object.name, json.substr(fields + std::string_view("\"fields\":").size()));
 }
 
@@ -52,7 +51,8 @@ int DrawRaw(const C_Pane& pane, const S_SourceView& view, const S_ScreenState& s
     return 0;
   }
   const S_ListPart part(view.raw.size(), 1, state.scroll);
-  const int list = pane.Rows() / 2;
+  constexpr int kMostDetail = 16;
+  const int list = std::max(pane.Rows() / 2, pane.Rows() - kMostDetail);
   DrawObjectList(pane.Above(list).Below(1), view, part.first);
   DrawObject(pane.Below(list), *view.raw[static_cast<std::size_t>(part.first)]);
   return part.most;

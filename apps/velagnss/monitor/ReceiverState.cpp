@@ -70,10 +70,10 @@ void C_ReceiverState::TakeSentences(const S_Epoch& epoch) {
   TakeCounts(epoch);
 }
 
-// What an epoch does not say of a satellite stays as it was.
+// What an epoch does not say of a satellite stays as it was, if there is a time by which to forget it.
 void C_ReceiverState::TakeSatellites(const S_Epoch& epoch) {
   const double kept = std::max(kLeastSeen, kEpochsSeen * m_interval);
-  std::erase_if(m_seen, [&](const S_Seen& seen) { return std::abs(m_lastAt - seen.at) > kept; });
+  std::erase_if(m_seen, [&](const S_Seen& seen) { return m_lastAt == 0 || std::abs(m_lastAt - seen.at) > kept; });
   for (const S_EpochSatellite& satellite : epoch.satellites) {
     S_EpochSatellite& seen = SeenOf(satellite).satellite;
     if (!IsNotAvailable(satellite.elevation)) seen.elevation = satellite.elevation;
@@ -150,21 +150,23 @@ void C_ReceiverState::Take(const velagnss::Rtcm3Antenna& record) {
 }
 
 C_ReceiverState::S_Station& C_ReceiverState::StationOf(unsigned short number) {
-  auto at = std::find_if(m_stations.begin(), m_stations.end(),
-                         [number](const S_Station& station) { return station.view.number >= number; });
+  const auto find = [&] {
+    return std::find_if(m_stations.begin(), m_stations.end(),
+                        [number](const S_Station& station) { return station.view.number >= number; });
+  };
+  auto at = find();
   if (at == m_stations.end() || at->view.number != number) {
-    if (m_stations.size() >= kMaxStations) {
-      const auto oldest = std::min_element(m_stations.begin(), m_stations.end(),
-                                           [](const auto& a, const auto& b) { return a.lastAt < b.lastAt; });
-      m_stations.erase(oldest);
-      return StationOf(number);
-    }
-    S_Station station{};
-    station.view.number = number;
-    at = m_stations.insert(at, station);
+    if (m_stations.size() >= kMaxStations) DropOldestStation();
+    at = m_stations.emplace(find());
+    at->view.number = number;
   }
   at->lastAt = m_now;
   return *at;
+}
+
+void C_ReceiverState::DropOldestStation() {
+  m_stations.erase(std::min_element(m_stations.begin(), m_stations.end(),
+                                    [](const auto& a, const auto& b) { return a.lastAt < b.lastAt; }));
 }
 
 void C_ReceiverState::Show(S_SourceView& view, const S_AgeClock& clock) const {

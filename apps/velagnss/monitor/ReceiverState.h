@@ -26,9 +26,9 @@ class C_ReceiverState {
 
  private:
   struct S_Station {
-    S_StationView view;
-    double lastAt;
-    std::optional<S_Noted<t_Sky>> sky;
+    S_StationView view = {};
+    double lastAt = 0;
+    std::optional<S_Noted<t_Sky>> sky = {};
   };
   struct S_Seen {
     S_EpochSatellite satellite;
@@ -47,6 +47,7 @@ class C_ReceiverState {
   void Take(const velagnss::Rtcm3Station& record);
   void Take(const velagnss::Rtcm3Antenna& record);
   S_Station& StationOf(unsigned short number);
+  void DropOldestStation();
   template <class Value>
   void Note(std::optional<S_Noted<Value>>& noted, const Value& value) const {
     noted = {value, m_lastAt};

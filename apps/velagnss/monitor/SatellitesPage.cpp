@@ -46,17 +46,29 @@ void AddLines(t_Lines& lines, const t_SatelliteList& satellites) {
 }
 
 // The list is part of the view, and outlives the lines.
-void AddReceiver(t_Lines& lines, const S_Aged<t_Sky>& sky, std::string name) {
-  if (sky.isStale) name += fmt::format("{}{} ago", name.empty() ? "" : ", ", AgeText(sky.age));
-  if (!name.empty()) lines.push_back({name});
-  AddLines(lines, *sky.value);
+void AddSky(t_Lines& lines, const std::optional<S_Aged<t_Sky>>& sky, std::string heading) {
+  if (!sky) heading += "  no observations";
+  if (sky && sky->isStale) heading += fmt::format("  {} ago", AgeText(sky->age));
+  if (!heading.empty()) lines.push_back({heading});
+  if (sky) AddLines(lines, *sky->value);
+}
+
+// As many of the parts as there is room for will be shown.
+std::string StationHeading(const S_StationView& station) {
+  std::string heading = fmt::format("Station {}", station.number);
+  if (!IsNotAvailable(station.latitude))
+    heading += fmt::format("  {}  {:.3f} m", PlaceText(station.latitude, station.longitude), station.height);
+  for (const std::string& name : {station.receiver, station.antenna})
+    if (!name.empty()) heading += "  " + name;
+  return heading;
 }
 
 t_Lines LinesOf(const S_SourceView& view) {
   t_Lines lines;
-  if (view.sky) AddReceiver(lines, *view.sky, view.stations.empty() ? "" : "Receiver");
+  const bool needsHeading = view.sky && (view.sky->isStale || !view.stations.empty());
+  if (view.sky) AddSky(lines, view.sky, needsHeading ? "Receiver" : "");
   for (const S_StationView& station : view.stations)
-    if (station.sky && !station.isReceiver) AddReceiver(lines, *station.sky, fmt::format("Station {}", station.number));
+    if (!station.isReceiver) AddSky(lines, station.sky, StationHeading(station));
   return lines;
 }
 
@@ -72,7 +84,8 @@ std::string DegreesText(Angle degrees) {
 
 void PutLine(const C_Pane& pane, int row, const S_Line& line) {
   if (!line.heading.empty()) {
-    pane.Put(row, 0, line.heading, line.satellite == nullptr ? eStyle::Title : StyleOf(line.satellite->system));
+    pane.Put(row, 0, FittingParts(line.heading, pane.Columns()),
+             line.satellite == nullptr ? eStyle::Title : StyleOf(line.satellite->system));
     return;
   }
   const S_EpochSatellite& satellite = *line.satellite;
@@ -125,14 +138,12 @@ int SkyColumns(const C_Pane& pane) {
 }  // namespace
 
 int DrawSatellites(const C_Pane& pane, const S_SourceView& view, const S_ScreenState& state) {
+  const t_Lines lines = LinesOf(view);
+  if (lines.empty()) PutNothing(pane, kNoSatellites);
   const S_Aged<t_Sky>* const sky = FirstSky(view);
-  if (sky == nullptr) {
-    PutNothing(pane, kNoSatellites);
-    return 0;
-  }
-  const int plot = HasSky(*sky->value) ? SkyColumns(pane) : 0;
+  const int plot = sky != nullptr && HasSky(*sky->value) ? SkyColumns(pane) : 0;
   if (plot > 0) DrawSky(pane.RightOf(pane.Columns() - plot), *sky->value);
-  return DrawLines(pane.LeftOf(pane.Columns() - plot - (plot > 0 ? 1 : 0)), LinesOf(view), state.scroll);
+  return DrawLines(pane.LeftOf(pane.Columns() - plot - (plot > 0 ? 1 : 0)), lines, state.scroll);
 }
 
 }  // namespace Host

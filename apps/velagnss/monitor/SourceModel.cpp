@@ -22,7 +22,11 @@ C_SourceModel::C_SourceModel(std::string name, t_Now now) : m_name(std::move(nam
 
 double C_SourceModel::MachineTime() const { return std::chrono::duration<double>(m_now().time_since_epoch()).count(); }
 
-double C_SourceModel::Now() const { return m_isLive ? MachineTime() : m_seconds; }
+// A pipe may be fed by a receiver: what has come from it grows old as well.
+double C_SourceModel::Now() const {
+  if (m_isLive) return MachineTime();
+  return m_hasEnded ? m_seconds : m_seconds + Silence();
+}
 
 C_TimeText C_SourceModel::When() const {
   if (m_isLive) return C_TimeText::OfMachine(m_now());
@@ -48,12 +52,9 @@ void C_SourceModel::OnBytes(std::span<const unsigned char> bytes, t_Arrival arri
 }
 
 void C_SourceModel::OnFrame(const S_FrameRecord& record) {
-  m_clock = record.clock;
-  const double seconds = m_clock.Seconds();
-  const bool isNewTime = !std::isnan(seconds) && seconds != m_seconds;
-  m_seconds = seconds;
+  const double before = std::exchange(m_seconds, record.clock.Seconds());
   const double now = m_isLive ? m_bytesAt : m_seconds;
-  if (isNewTime) m_time = {C_TimeText::StreamTime(m_clock, seconds), now};
+  if (!std::isnan(m_seconds) && m_seconds != before) m_time = {C_TimeText::StreamTime(record.clock, m_seconds), now};
   ++m_frames;
   m_bytesAtFrame = m_bytes;
   m_frameRate.Add(now);
@@ -61,7 +62,7 @@ void C_SourceModel::OnFrame(const S_FrameRecord& record) {
   if (!m_isLive && !std::isnan(now)) m_byteRate.Add(now, end - std::exchange(m_bytesRated, end));
   m_receivers.Take(record, now);
   m_messages.Take(record, now);
-  m_faults.OnFrame(record, When());
+  if (record.decoded.hasDataError) m_faults.OnWrongContents(record, When());
   m_raw.OnFrame(record);
 }
 
@@ -104,13 +105,15 @@ S_LinkView C_SourceModel::Link() const {
   return view;
 }
 
+double C_SourceModel::Silence() const { return S_AgeClock{MachineTime()}.AgeOf(m_bytesAt); }
+
 // A link that has failed before it was ever connected is lost as well.
-eSourceState C_SourceModel::State(double silence) const {
-  if (m_hasFailed || (m_link && m_link->state == eState::Failed)) return eSourceState::Failed;
+eSourceState C_SourceModel::State() const {
+  if (m_link && m_link->state == eState::Failed) return eSourceState::Failed;
   if (m_hasEnded) return eSourceState::Ended;
   if (m_link && m_link->state != eState::Connected && m_connected + m_link->failures > 0) return eSourceState::Lost;
   if (m_bytes == 0) return eSourceState::Waiting;
-  if (silence > Patience()) return eSourceState::Silent;
+  if (Silence() > Patience()) return eSourceState::Silent;
   return m_bytes - m_bytesAtFrame > kNoise ? eSourceState::NoFrames : eSourceState::Receiving;
 }
 
@@ -118,9 +121,8 @@ S_SourceView C_SourceModel::Snapshot() const {
   const S_AgeClock clock{Now(), Patience()};
   S_SourceView view;
   view.name = m_name;
-  view.isLive = m_isLive;
-  view.silence = S_AgeClock{MachineTime()}.AgeOf(m_bytesAt);
-  view.state = State(view.silence);
+  view.silence = Silence();
+  view.state = State();
   view.link = Link();
   view.time = Aged(m_time, clock);
   view.bytes = m_bytes;

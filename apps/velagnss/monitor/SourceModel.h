@@ -17,7 +17,7 @@
 namespace Host {
 
 // Ages and rates are by the machine's clock for a live source, and by the stream's time for any other: a file is read
-// in an instant, and its last epoch is as good as new.
+// in an instant, and its last epoch is as good as new. While such a source is silent, its time goes on.
 //
 // Memory is bounded, whatever the stream holds. One thread feeds the model; whoever takes snapshots on another one
 // locks both sides.
@@ -42,31 +42,28 @@ class C_SourceModel : public C_RecordConsumer {
   // empty for all. Those kept that do not pass are dropped. Gives back an error text, and changes nothing then.
   std::optional<std::string> SetFilter(std::string_view list) { return m_raw.SetFilter(list); }
 
-  // The source could not be opened, or reading it failed.
-  void SetFailed() { m_hasFailed = true; }
-
   S_SourceView Snapshot() const;
+
+  // That of a snapshot.
+  eSourceState State() const;
 
  private:
   double MachineTime() const;  // s
   double Now() const;          // s on the scale of ages and rates; NaN while there is none
   C_TimeText When() const;     // for people
   double Patience() const;     // s, after which a value is stale
-  eSourceState State(double silence) const;
+  double Silence() const;      // s since the last byte; NaN before the first
   S_LinkView Link() const;
 
   std::string m_name;
   t_Now m_now;
   bool m_isLive = false;
-  bool m_hasFailed = false;
   bool m_hasEnded = false;
-  velagnss::StreamClock m_clock;  // of the last frame
 
   std::uint64_t m_bytes = 0;
   std::uint64_t m_bytesRated = 0;  // offset up to which the rate has counted
   std::uint64_t m_frames = 0;
   double m_bytesAt = kNoAge;         // machine's time
-  double m_frameAt = kNoAge;         // machine's time, as far as pieces of bytes tell
   std::uint64_t m_bytesAtFrame = 0;  // bytes that had come with the last frame
   C_Rate m_byteRate;
   C_Rate m_frameRate;

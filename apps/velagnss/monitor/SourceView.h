@@ -119,7 +119,6 @@ struct S_RawObject {
 struct S_SourceView {
   std::string name;
   eSourceState state = eSourceState::Waiting;
-  bool isLive = false;
   double silence = kNoAge;  // s since the last byte, by the machine's clock
   S_LinkView link;
 

@@ -89,7 +89,7 @@ std::optional<std::string> C_Sources::SetFilter(std::string_view text) {
 std::vector<S_Tab> C_Sources::Tabs() {
   const C_Lock lock(*this, C_Lock::eFor::Looking);
   std::vector<S_Tab> tabs;
-  for (const auto& [name, model] : m_models) tabs.push_back({name, model.Snapshot().state});
+  for (const auto& [name, model] : m_models) tabs.push_back({name, model.State()});
   return tabs;
 }
 

@@ -33,6 +33,11 @@ void AddParagraph(std::vector<S_TextLine>& lines, const std::string& head, std::
   }
 }
 
+// What Controls.cpp obeys.
+struct S_KeyHelp {
+  std::string_view keys;
+  std::string_view what;
+};
 constexpr S_KeyHelp kKeys[] = {
     {"1 to 5, ?", "pages; Left, Right: the one before, the next; Esc: back from this one"},
     {"Tab", "next source; Shift-Tab: the one before"},
@@ -49,13 +54,12 @@ constexpr std::string_view kNotes[] = {
     "the time in it. Rates are those of the last 10 seconds.",
     "* after the name of a satellite: it is used in the position. In the sky plot, names in lower case are those of "
     "satellites that are not.",
+    "The raw page begins with the newest object and moves on with each one: pause to read.",
     "A run of bytes that belong to no frame is one fault, and so is a frame with the right checksum and wrong "
     "contents.",
 };
 
 }  // namespace
-
-std::span<const S_KeyHelp> KeyHelp() { return kKeys; }
 
 // The newest first.
 int DrawLog(const C_Pane& pane, const S_SourceView&, const S_ScreenState& state) {

@@ -32,7 +32,8 @@ std::string UnitText(double value, const S_Unit (&units)[N], bool hasDecimal) {
 
 // Latitude or longitude with a letter for its sign.
 std::string AngleText(double degrees, std::string_view letters) {
-  return fmt::format("{:.7f} {}", std::abs(degrees), letters[degrees < 0 ? 1 : 0]);
+  constexpr double kHalfDigit = 5e-8;
+  return fmt::format("{:.7f} {}", std::abs(degrees), letters[degrees < -kHalfDigit ? 1 : 0]);
 }
 
 struct S_SystemName {
@@ -79,7 +80,7 @@ std::string SizeText(double bytes) { return IsKnown(bytes) ? UnitText(bytes, kSi
 
 std::string PlaceText(double latitude, double longitude) {
   if (!IsKnown(latitude) || !IsKnown(longitude)) return "-";
-  return AngleText(latitude, "NS") + "  " + AngleText(longitude, "EW");
+  return AngleText(latitude, "NS") + " " + AngleText(longitude, "EW");
 }
 
 // GSA and the sentence of the position may differ; each is given.

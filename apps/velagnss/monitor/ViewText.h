@@ -21,7 +21,7 @@ std::string AgeText(double seconds);
 // "812 B", "1.2 kB", "34 MB": decimal units.
 std::string SizeText(double bytes);
 
-// "52.1234567 N  4.1234567 E": centimeters.
+// "52.1234567 N 4.1234567 E": centimeters.
 std::string PlaceText(double latitude, double longitude);
 
 // "3.0", "0.25".

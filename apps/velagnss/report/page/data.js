@@ -42,7 +42,7 @@ const Data = (() => {
       return Math.min(this.count - 1, Math.max(0, Math.round((time - this.start) / this.step)));
     }
     get end() {
-      return this.time(Math.max(1, this.count - 1));
+      return this.time(this.count - 1);
     }
     text(bin) {
       const time = this.time(bin);

@@ -32,7 +32,7 @@ const Figure = (() => {
   // A drawing that can be focused. `label` is what a screen reader says about it.
   function plot(kind, label, ...children) {
     return Dom.make('div', { class: `plot ${kind}`, tabindex: 0, role: 'img', 'aria-label': label,
-      'aria-describedby': 'keys' }, children);
+      'aria-describedby': 'keys-short' }, children);
   }
 
   // `titled`: the section already has this title. `table` builds the table of the chart when it is wanted.

@@ -134,7 +134,7 @@ const Lines = (() => {
   function paintRun(context, chart, values, bins) {
     context.beginPath();
     if (bins.length === 1) {
-      context.arc(chart.x(bins[0]), chart.y(values[bins[0]]), context.lineWidth, 0, 2 * Math.PI);
+      context.arc(chart.x(bins[0]), chart.y(values[bins[0]]), 1.5 * context.lineWidth, 0, 2 * Math.PI);
       context.fill();
       return;
     }

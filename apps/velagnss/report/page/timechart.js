@@ -7,6 +7,7 @@ const TimeChart = (() => {
   Dygraph.PLUGINS = [Dygraph.Plugins.Axes, Dygraph.Plugins.Grid];
 
   const kLeastBins = 4;  // that a zoomed chart shows
+  const kSecondsSpan = 120000;  // of a chart, ms
   const kTickHeight = 36;
   const kTickWidth = 60;
   const kPrintRatio = 3;  // dots of the printed image for a pixel
@@ -19,8 +20,11 @@ const TimeChart = (() => {
       this.cursor = null;
       this.window = this.whole;
     }
+    // Few bins are in the middle of a chart that has room for more.
     get whole() {
-      return [this.grid.start, this.grid.end];
+      const { start, end, step } = this.grid;
+      const margin = Math.max(0, kLeastBins * step - (end - start)) / 2;
+      return [start - margin, end + margin];
     }
     setWindow(from, to) {
       const [start, end] = this.whole;
@@ -46,10 +50,12 @@ const TimeChart = (() => {
     }
   }
 
-  function timeLabel(time, grid) {
+  // Seconds are shown where ticks are close, and where a tick has some.
+  function timeLabel(time, grid, [from, to]) {
     const milliseconds = Number(time);
+    if (milliseconds % 1000 !== 0) return '';
     if (grid.hasDate && milliseconds % 86400000 === 0) return Format.day(milliseconds);
-    return Format.clock(milliseconds, milliseconds % 60000 !== 0);
+    return Format.clock(milliseconds, milliseconds % 60000 !== 0 || to - from < kSecondsSpan);
   }
 
   // The labels of axes are the one place where dygraphs takes a text for markup.
@@ -126,7 +132,7 @@ const TimeChart = (() => {
         valueRange: this.content.range(grid.bin(window[0]), grid.bin(window[1])),
         axes: {
           x: { ...axis, pixelsPerLabel: kTickWidth, ticker: Dygraph.dateTicker,
-            axisLabelFormatter: (time) => timeLabel(time, grid) },
+            axisLabelFormatter: (time) => timeLabel(time, grid, window) },
           y: { ...axis, axisLabelWidth: this.content.labelWidth,
             ticker: (low, high, pixels) => this.content.ticks(low, high, Math.max(2, Math.round(pixels / kTickHeight)))
               .map(({ v, label }) => ({ v, label: asMarkup(label) })) },
