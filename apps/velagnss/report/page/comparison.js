@@ -19,7 +19,9 @@ const Comparison = (() => {
   }
 
   function meanSignal({ satellites = [] } = {}) {
-    const signals = satellites.flatMap((satellite) => satellite.signals).filter(({ count, mean }) => count > 0 && mean !== null);
+    const signals = satellites
+      .flatMap((satellite) => satellite.signals)
+      .filter(({ count, mean }) => count > 0 && mean !== null);
     const count = signals.reduce((sum, signal) => sum + signal.count, 0);
     return count ? signals.reduce((sum, signal) => sum + signal.count * signal.mean, 0) / count : null;
   }
@@ -53,9 +55,15 @@ const Comparison = (() => {
 
   // Rows that no input has a value for are left out.
   function table(inputs) {
-    const rows = kRows.map(([name, show]) => [name, ...inputs.map(show)]).filter(([, ...cells]) => !cells.every(isMissing));
-    return Table.make({ name: 'comparison', caption: 'Inputs compared',
-      columns: ['Value', ...inputs.map(({ label }) => ({ text: label, number: true }))], rows });
+    const rows = kRows
+      .map(([name, show]) => [name, ...inputs.map(show)])
+      .filter(([, ...cells]) => !cells.every(isMissing));
+    return Table.make({
+      name: 'comparison',
+      caption: 'Inputs compared',
+      columns: ['Value', ...inputs.map(({ label }) => ({ text: label, number: true }))],
+      rows,
+    });
   }
 
   return { table };

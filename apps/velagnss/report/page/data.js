@@ -104,9 +104,26 @@ const Data = (() => {
     return report.inputs.filter((other) => last(other.name) === last(name)).length === 1 ? last(name) : name;
   }
 
-  const inputs = report.inputs.map((input) => ({ ...input, label: label(input), grid: input.bins ? new Grid(input.bins) : null }));
+  const inputs = report.inputs.map((input) => ({
+    ...input,
+    label: label(input),
+    grid: input.bins ? new Grid(input.bins) : null,
+  }));
 
-  const receiverName = (receiver) => (receiver.station === null ? 'sentences' : `reference station ${receiver.station}`);
+  const receiverName = (receiver) =>
+    receiver.station === null ? 'sentences' : `reference station ${receiver.station}`;
 
-  return { report, inputs, kSystems, system, systemOrder, bySystem, expand, hasValues, mean, usualDistance, receiverName };
+  return {
+    report,
+    inputs,
+    kSystems,
+    system,
+    systemOrder,
+    bySystem,
+    expand,
+    hasValues,
+    mean,
+    usualDistance,
+    receiverName,
+  };
 })();

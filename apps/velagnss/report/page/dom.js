@@ -10,9 +10,12 @@ const Dom = (() => {
   // A missing attribute or child (undefined, null, false) is left out.
   function fill(element, attributes, children) {
     for (const [name, value] of Object.entries(attributes)) {
-      if (value !== undefined && value !== null && value !== false) element.setAttribute(name, textOf(name, value));
+      if (value !== undefined && value !== null && value !== false)
+        element.setAttribute(name, textOf(name, value));
     }
-    element.append(...children.flat(Infinity).filter((child) => child !== undefined && child !== null && child !== false));
+    element.append(
+      ...children.flat(Infinity).filter((child) => child !== undefined && child !== null && child !== false),
+    );
     return element;
   }
 

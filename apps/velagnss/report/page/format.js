@@ -17,7 +17,8 @@ const Format = (() => {
     return value < 0 && Number(value.toFixed(digits)) !== 0 ? kMinus + text : text;
   }
 
-  const withUnit = (value, digits, unit) => (isNumber(value) ? `${number(value, digits)}${unit ? ` ${unit}` : ''}` : kMissing);
+  const withUnit = (value, digits, unit) =>
+    isNumber(value) ? `${number(value, digits)}${unit ? ` ${unit}` : ''}` : kMissing;
 
   // Few digits for large values: 0.012, 3.45, 67.8, 912.
   function brief(value) {
@@ -26,7 +27,12 @@ const Format = (() => {
     return number(value, Number.isInteger(value) || size >= 100 ? 0 : size >= 10 ? 1 : size >= 1 ? 2 : 3);
   }
 
-  const kLengths = [[1000, 1000, 'km'], [1, 1, 'm'], [0.01, 0.01, 'cm'], [0, 0.001, 'mm']];
+  const kLengths = [
+    [1000, 1000, 'km'],
+    [1, 1, 'm'],
+    [0.01, 0.01, 'cm'],
+    [0, 0.001, 'mm'],
+  ];
 
   // A length in the unit that suits it.
   function length(meters) {
@@ -36,7 +42,11 @@ const Format = (() => {
     return `${brief(Number((meters / unit).toPrecision(3)))} ${name}`;
   }
 
-  const kPeriods = [[86400, 'd'], [3600, 'h'], [60, 'min']];
+  const kPeriods = [
+    [86400, 'd'],
+    [3600, 'h'],
+    [60, 'min'],
+  ];
 
   // 3 h 25 min; at most two units.
   function duration(seconds) {
@@ -57,7 +67,9 @@ const Format = (() => {
   // ISO 8601 as people read it: 2024-05-18 23:57:00 UTC. Texts of another form stay as they are.
   function instant(text) {
     if (!text) return kMissing;
-    return /^\d{4}-\d\d-\d\dT/.test(text) ? `${text.replace('T', ' ').replace(/Z$/, '')} UTC` : text.replace(/Z$/, ' UTC');
+    return /^\d{4}-\d\d-\d\dT/.test(text)
+      ? `${text.replace('T', ' ').replace(/Z$/, '')} UTC`
+      : text.replace(/Z$/, ' UTC');
   }
 
   const kMonths = ['Jan', 'Feb', 'Mar', 'Apr', 'May', 'Jun', 'Jul', 'Aug', 'Sep', 'Oct', 'Nov', 'Dec'];
@@ -72,7 +84,8 @@ const Format = (() => {
   const date = (milliseconds) => new Date(milliseconds).toISOString().slice(0, 10);
 
   // 19 May
-  const day = (milliseconds) => `${new Date(milliseconds).getUTCDate()} ${kMonths[new Date(milliseconds).getUTCMonth()]}`;
+  const day = (milliseconds) =>
+    `${new Date(milliseconds).getUTCDate()} ${kMonths[new Date(milliseconds).getUTCMonth()]}`;
 
   function degrees(value, digits = 1) {
     return isNumber(value) ? `${number(value, digits)}\u00b0` : kMissing;
@@ -85,5 +98,20 @@ const Format = (() => {
 
   const plural = (count, one, many = `${one}s`) => `${number(count)} ${count === 1 ? one : many}`;
 
-  return { kMissing, isNumber, number, withUnit, brief, length, duration, instant, clock, date, day, degrees, place, plural };
+  return {
+    kMissing,
+    isNumber,
+    number,
+    withUnit,
+    brief,
+    length,
+    duration,
+    instant,
+    clock,
+    date,
+    day,
+    degrees,
+    place,
+    plural,
+  };
 })();

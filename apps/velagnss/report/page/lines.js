@@ -4,12 +4,15 @@ const Lines = (() => {
 
   const kBandAlpha = 0.22;
   const kFadedAlpha = 0.25;
-  const kFewLines = 8;  // whose values are shown all at once
-  const kTableWidth = 12;  // lines in a table
+  const kFewLines = 8; // whose values are shown all at once
+  const kTableWidth = 12; // lines in a table
 
   const valueText = (line, bin, digits) => {
     const [min, mean, max] = [line.min[bin], line.mean[bin], line.max[bin]];
-    return Format.number(mean, digits) + (min === max ? '' : ` (${Format.number(min, digits)} to ${Format.number(max, digits)})`);
+    return (
+      Format.number(mean, digits) +
+      (min === max ? '' : ` (${Format.number(min, digits)} to ${Format.number(max, digits)})`)
+    );
   };
 
   class Content {
@@ -47,7 +50,8 @@ const Lines = (() => {
       const step = all.length > 1 ? all[1] - all[0] : 1;
       const digits = Math.max(0, -Math.floor(Math.log10(step) + 1e-9));
       // None at the very bottom, where the first time is.
-      return all.filter((v) => !this.whole || Number.isInteger(v))
+      return all
+        .filter((v) => !this.whole || Number.isInteger(v))
         .map((v) => ({ v, label: v > low ? Format.number(v, digits) : '' }));
     }
 
@@ -78,12 +82,17 @@ const Lines = (() => {
     read(bin, y) {
       const present = this.lines.filter((line) => line.mean[bin] !== null);
       if (present.length === 0) return 'no value';
-      const single = this.chosen !== null ? present.filter((line) => line.label === this.chosen)
-        : this.lines.length > kFewLines && y !== null ? [nearest(present, bin, y)] : null;
+      const single =
+        this.chosen !== null
+          ? present.filter((line) => line.label === this.chosen)
+          : this.lines.length > kFewLines && y !== null
+            ? [nearest(present, bin, y)]
+            : null;
       if (single?.length === 0) return `no value of ${this.chosen}`;
       if (!single && this.lines.length > kFewLines) return this.readMany(present, bin);
       return (single ?? present)
-        .map((line) => `${line.label} ${valueText(line, bin, this.digits)}${this.unit ? ` ${this.unit}` : ''}`).join(', ');
+        .map((line) => `${line.label} ${valueText(line, bin, this.digits)}${this.unit ? ` ${this.unit}` : ''}`)
+        .join(', ');
     }
 
     readMany(present, bin) {
@@ -108,16 +117,28 @@ const Lines = (() => {
     makeTable() {
       const shown = this.chosen === null ? this.lines : this.lines.filter((line) => line.label === this.chosen);
       const banded = shown.length <= kFewLines && shown.some((line) => line.min !== line.max);
-      const parts = banded ? [['min', 'least'], ['mean', 'mean'], ['max', 'greatest']] : [['mean', '']];
-      const columns = shown.flatMap((line) => parts.map(([, text]) => ({ text: `${line.label} ${text}`.trim(), number: true })));
+      const parts = banded
+        ? [
+            ['min', 'least'],
+            ['mean', 'mean'],
+            ['max', 'greatest'],
+          ]
+        : [['mean', '']];
+      const columns = shown.flatMap((line) =>
+        parts.map(([, text]) => ({ text: `${line.label} ${text}`.trim(), number: true })),
+      );
       const { grid } = this;
-      const bins = Array.from({ length: grid.count }, (_, bin) => bin).filter((bin) => shown.some((line) => line.mean[bin] !== null));
+      const bins = Array.from({ length: grid.count }, (_, bin) => bin).filter((bin) =>
+        shown.some((line) => line.mean[bin] !== null),
+      );
       return Table.make({
         name: `${this.name}-values`,
         caption: `${this.title}${this.unit ? `, ${this.unit}` : ''}`,
         columns: ['Time (UTC)', ...columns],
-        rows: bins.map((bin) => [grid.text(bin),
-          ...shown.flatMap((line) => parts.map(([part]) => Table.numeric(line[part][bin], this.digits)))]),
+        rows: bins.map((bin) => [
+          grid.text(bin),
+          ...shown.flatMap((line) => parts.map(([part]) => Table.numeric(line[part][bin], this.digits))),
+        ]),
       });
     }
   }
@@ -125,7 +146,10 @@ const Lines = (() => {
   function paintBand(context, chart, line, bins) {
     context.beginPath();
     bins.forEach((bin) => context.lineTo(chart.x(bin), chart.y(line.max[bin])));
-    bins.slice().reverse().forEach((bin) => context.lineTo(chart.x(bin), chart.y(line.min[bin])));
+    bins
+      .slice()
+      .reverse()
+      .forEach((bin) => context.lineTo(chart.x(bin), chart.y(line.min[bin])));
     context.closePath();
     context.fill();
   }
@@ -150,8 +174,10 @@ const Lines = (() => {
   const line = (label, series, grid, style) => ({ label, ...Data.expand(series, grid.count), style });
 
   function chart(group, lines, options) {
-    const legend = lines.length <= kFewLines && lines.length > 1
-      ? Svg.legend(lines.map(({ label, style }) => ({ style, text: label }))) : undefined;
+    const legend =
+      lines.length <= kFewLines && lines.length > 1
+        ? Svg.legend(lines.map(({ label, style }) => ({ style, text: label })))
+        : undefined;
     const label = `${options.title}, a chart over time${options.unit ? ` in ${options.unit}` : ''}. ${summary(lines, options)}`;
     return new TimeChart.Chart(group, new Content(lines, { legend, label, grid: group.grid, ...options }));
   }
@@ -159,11 +185,13 @@ const Lines = (() => {
   // What a screen reader says about the chart as a whole.
   function summary(lines, { digits = 1, unit = '' }) {
     if (lines.length > kFewLines) return `${lines.length} lines.`;
-    return lines.map((one) => {
-      const low = one.min.reduce((least, value) => (value !== null && value < least ? value : least), Infinity);
-      const high = one.max.reduce((most, value) => (value !== null && value > most ? value : most), -Infinity);
-      return `${one.label}: ${Format.number(low, digits)} to ${Format.number(high, digits)} ${unit}`.trim();
-    }).join('; ');
+    return lines
+      .map((one) => {
+        const low = one.min.reduce((least, value) => (value !== null && value < least ? value : least), Infinity);
+        const high = one.max.reduce((most, value) => (value !== null && value > most ? value : most), -Infinity);
+        return `${one.label}: ${Format.number(low, digits)} to ${Format.number(high, digits)} ${unit}`.trim();
+      })
+      .join('; ');
   }
 
   return { chart, line };

@@ -28,7 +28,8 @@
     }));
   }
 
-  const drawTile = ({ heading, content }, several) => Dom.make('div', { class: 'tile' }, several && Dom.make('h3', {}, heading), content);
+  const drawTile = ({ heading, content }, several) =>
+    Dom.make('div', { class: 'tile' }, several && Dom.make('h3', {}, heading), content);
 
   // A line for each reason, with those that it holds for unless it holds for all.
   function drawMissing(section, missing, count) {
@@ -38,7 +39,8 @@
       headings.set(text, [...(headings.get(text) ?? []), heading]);
     }
     return [...headings].map(([text, concerned]) =>
-      Dom.make('p', { class: 'none' }, concerned.length < count ? `${concerned.join(', ')}: ${text}.` : sentence(text)));
+      Dom.make('p', { class: 'none' }, concerned.length < count ? `${concerned.join(', ')}: ${text}.` : sentence(text)),
+    );
   }
 
   // What has nothing to show takes a line below what has.
@@ -47,15 +49,31 @@
     const [shown, missing] = [tiles.filter(({ content }) => content), tiles.filter(({ content }) => !content)];
     return {
       half: section.half && shown.length <= 1,
-      element: Dom.make('section', { id: section.id, 'data-section': section.id, 'aria-labelledby': `${section.id}-title` },
+      element: Dom.make(
+        'section',
+        { id: section.id, 'data-section': section.id, 'aria-labelledby': `${section.id}-title` },
         Dom.make('h2', { id: `${section.id}-title` }, section.title),
-        shown.length > 0 && Dom.make('div', { class: 'tiles' }, shown.map((tile) => drawTile(tile, several))),
-        drawMissing(section, missing, tiles.length)),
+        shown.length > 0 &&
+          Dom.make(
+            'div',
+            { class: 'tiles' },
+            shown.map((tile) => drawTile(tile, several)),
+          ),
+        drawMissing(section, missing, tiles.length),
+      ),
     };
   }
 
-  const perInput = (section) => drawSection(section, inputs.map((input, i) => inputTile(section, input, i)));
-  const perReceiver = (section) => drawSection(section, inputs.flatMap((input, i) => receiverTiles(section, input, i)));
+  const perInput = (section) =>
+    drawSection(
+      section,
+      inputs.map((input, i) => inputTile(section, input, i)),
+    );
+  const perReceiver = (section) =>
+    drawSection(
+      section,
+      inputs.flatMap((input, i) => receiverTiles(section, input, i)),
+    );
   const comparison = { id: 'comparison', title: 'Comparison' };
 
   // Narrow sections share a row in pairs; one that is left over has a row of its own.
@@ -80,7 +98,9 @@
   function subtitle() {
     if (inputs.length > 1) return inputs.map(({ label }) => label).join(', ');
     const { time } = inputs[0].stat;
-    return time ? `${Format.instant(time.first)} to ${Format.instant(time.last)}, ${Format.duration(time.duration_s)}` : sentence(kNoTime);
+    return time
+      ? `${Format.instant(time.first)} to ${Format.instant(time.last)}, ${Format.duration(time.duration_s)}`
+      : sentence(kNoTime);
   }
 
   function head() {
@@ -88,11 +108,13 @@
     document.title = `${title} \u2013 velagnss report`;
     document.getElementById('title').textContent = title;
     document.getElementById('subtitle').textContent = subtitle();
-    document.getElementById('source').textContent = `Made by velagnss ${report.version}. Charts of times by dygraphs ${Dygraph.VERSION}.`;
+    document.getElementById('source').textContent =
+      `Made by velagnss ${report.version}. Charts of times by dygraphs ${Dygraph.VERSION}.`;
     document.getElementById('keys').hidden = false;
   }
 
-  const link = (section) => Dom.make('li', {}, Dom.make('a', { href: `#${section.id}` }, section.querySelector('h2').textContent));
+  const link = (section) =>
+    Dom.make('li', {}, Dom.make('a', { href: `#${section.id}` }, section.querySelector('h2').textContent));
 
   head();
   const drawn = sections();

@@ -14,8 +14,12 @@ const Svg = (() => {
   };
 
   function marker(name, x, y, radius, attributes = {}) {
-    return Dom.svg('path', { d: kMarkers[name], transform: `translate(${round(x)} ${round(y)}) scale(${radius})`,
-      'vector-effect': 'non-scaling-stroke', ...attributes });
+    return Dom.svg('path', {
+      d: kMarkers[name],
+      transform: `translate(${round(x)} ${round(y)}) scale(${radius})`,
+      'vector-effect': 'non-scaling-stroke',
+      ...attributes,
+    });
   }
 
   const round = (value) => Math.round(value * 100) / 100;
@@ -37,15 +41,21 @@ const Svg = (() => {
 
   // A short line in the style of a series, for legends.
   function swatch({ color, dash = [], marker: shape, width = 2, hollow }) {
-    return Dom.svg('svg', { class: `swatch c-${color}`, viewBox: '0 0 32 12', 'aria-hidden': true },
+    return Dom.svg(
+      'svg',
+      { class: `swatch c-${color}`, viewBox: '0 0 32 12', 'aria-hidden': true },
       Dom.svg('path', { class: 'line', d: 'M1,6H31', 'stroke-dasharray': dash.join(' '), 'stroke-width': width }),
-      shape && marker(shape, 16, 6, 4, { class: hollow ? 'mark hollow' : 'mark' }));
+      shape && marker(shape, 16, 6, 4, { class: hollow ? 'mark hollow' : 'mark' }),
+    );
   }
 
   // [{ style, text }] as a list with swatches.
   function legend(entries) {
-    return Dom.make('ul', { class: 'legend' },
-      entries.map(({ style, text }) => Dom.make('li', {}, swatch(style), text)));
+    return Dom.make(
+      'ul',
+      { class: 'legend' },
+      entries.map(({ style, text }) => Dom.make('li', {}, swatch(style), text)),
+    );
   }
 
   return { marker, path, round, roundStep, ticks, legend };

@@ -2,7 +2,7 @@
 const Table = (() => {
   'use strict';
 
-  const kLong = 60;  // characters of a value that needs the width of two
+  const kLong = 60; // characters of a value that needs the width of two
 
   // A cell is a text, a node, or a number with its text. The number stays readable for programs in data-value.
   const cell = (value, text) => ({ value, text });
@@ -26,9 +26,13 @@ const Table = (() => {
 
   // The first cell of each row is its heading. `name` identifies the table for programs.
   function make({ name, caption, columns, rows }) {
-    const table = Dom.make('table', { 'data-table': name }, Dom.make('caption', {}, caption),
+    const table = Dom.make(
+      'table',
+      { 'data-table': name },
+      Dom.make('caption', {}, caption),
       Dom.make('thead', {}, Dom.make('tr', {}, columns.map(headCell))),
-      Dom.make('tbody', {}, rows.map(bodyRow)));
+      Dom.make('tbody', {}, rows.map(bodyRow)),
+    );
     return Dom.make('div', { class: 'scroll', tabindex: 0, role: 'group', 'aria-label': caption }, table);
   }
 
@@ -43,8 +47,20 @@ const Table = (() => {
 
   // Names and values: [['Bytes', '372 291'], ...]. Pairs without a value are left out.
   function pairs(list) {
-    return Dom.make('dl', {}, list.filter(([, value]) => value !== null && value !== undefined)
-      .map(([name, value]) => Dom.make('div', { class: value.length > kLong && 'long' }, Dom.make('dt', {}, name), Dom.make('dd', {}, value))));
+    return Dom.make(
+      'dl',
+      {},
+      list
+        .filter(([, value]) => value !== null && value !== undefined)
+        .map(([name, value]) =>
+          Dom.make(
+            'div',
+            { class: value.length > kLong && 'long' },
+            Dom.make('dt', {}, name),
+            Dom.make('dd', {}, value),
+          ),
+        ),
+    );
   }
 
   return { make, onDemand, pairs, cell, numeric };

@@ -6,12 +6,12 @@ const TimeChart = (() => {
   // The legend and the labels of dygraphs write markup with styles, which the policy of the page forbids.
   Dygraph.PLUGINS = [Dygraph.Plugins.Axes, Dygraph.Plugins.Grid];
 
-  const kLeastBins = 4;  // that a zoomed chart shows
-  const kSecondsSpan = 120000;  // of a chart, ms
+  const kLeastBins = 4; // that a zoomed chart shows
+  const kSecondsSpan = 120000; // of a chart, ms
   const kTickHeight = 36;
   const kTickWidth = 60;
-  const kPrintRatio = 3;  // dots of the printed image for a pixel
-  const kLeastDrag = 6;  // pixels; below, it was a click
+  const kPrintRatio = 3; // dots of the printed image for a pixel
+  const kLeastDrag = 6; // pixels; below, it was a click
 
   class Group {
     constructor(grid) {
@@ -119,8 +119,10 @@ const TimeChart = (() => {
 
     rows() {
       const { grid } = this.group;
-      return Array.from({ length: grid.count }, (_, bin) =>
-        [grid.time(bin), ...this.content.series.map(({ values }) => values[bin])]);
+      return Array.from({ length: grid.count }, (_, bin) => [
+        grid.time(bin),
+        ...this.content.series.map(({ values }) => values[bin]),
+      ]);
     }
 
     options() {
@@ -131,11 +133,20 @@ const TimeChart = (() => {
         dateWindow: window,
         valueRange: this.content.range(grid.bin(window[0]), grid.bin(window[1])),
         axes: {
-          x: { ...axis, pixelsPerLabel: kTickWidth, ticker: Dygraph.dateTicker,
-            axisLabelFormatter: (time) => timeLabel(time, grid, window) },
-          y: { ...axis, axisLabelWidth: this.content.labelWidth,
-            ticker: (low, high, pixels) => this.content.ticks(low, high, Math.max(2, Math.round(pixels / kTickHeight)))
-              .map(({ v, label }) => ({ v, label: asMarkup(label) })) },
+          x: {
+            ...axis,
+            pixelsPerLabel: kTickWidth,
+            ticker: Dygraph.dateTicker,
+            axisLabelFormatter: (time) => timeLabel(time, grid, window),
+          },
+          y: {
+            ...axis,
+            axisLabelWidth: this.content.labelWidth,
+            ticker: (low, high, pixels) =>
+              this.content
+                .ticks(low, high, Math.max(2, Math.round(pixels / kTickHeight)))
+                .map(({ v, label }) => ({ v, label: asMarkup(label) })),
+          },
         },
       };
     }
@@ -157,7 +168,8 @@ const TimeChart = (() => {
       for (const canvas of this.canvas.querySelectorAll('canvas')) {
         const copy = Dom.make('canvas', { width: canvas.width, height: canvas.height });
         copy.getContext('2d').drawImage(canvas, 0, 0);
-        for (const property of ['position', 'left', 'top', 'width', 'height']) copy.style[property] = canvas.style[property];
+        for (const property of ['position', 'left', 'top', 'width', 'height'])
+          copy.style[property] = canvas.style[property];
         canvas.replaceWith(copy);
       }
     }
@@ -231,7 +243,11 @@ const TimeChart = (() => {
       const box = this.plot.getBoundingClientRect();
       const area = this.graph.getArea();
       const x = Math.min(Math.max(event.clientX - box.left, area.x), area.x + area.w);
-      return { x, bin: this.group.grid.bin(this.graph.toDataXCoord(x)), y: this.graph.toDataYCoord(event.clientY - box.top) };
+      return {
+        x,
+        bin: this.group.grid.bin(this.graph.toDataXCoord(x)),
+        y: this.graph.toDataYCoord(event.clientY - box.top),
+      };
     }
 
     followPointer() {
@@ -258,8 +274,12 @@ const TimeChart = (() => {
     select(from, to) {
       const area = this.graph.getArea();
       this.selection.hidden = false;
-      Object.assign(this.selection.style, { left: `${Math.min(from, to)}px`, width: `${Math.abs(to - from)}px`,
-        top: `${area.y}px`, height: `${area.h}px` });
+      Object.assign(this.selection.style, {
+        left: `${Math.min(from, to)}px`,
+        width: `${Math.abs(to - from)}px`,
+        top: `${area.y}px`,
+        height: `${area.h}px`,
+      });
     }
     zoomTo(from, to) {
       this.selection.hidden = true;

@@ -14,7 +14,10 @@ const Timeline = (() => {
       Object.assign(this, options);
       this.bars = rows;
       // dygraphs knows a row by its height in the chart.
-      this.series = rows.map(({ label, values }, i) => ({ label, values: values.map((value) => (value === null ? null : -i)) }));
+      this.series = rows.map(({ label, values }, i) => ({
+        label,
+        values: values.map((value) => (value === null ? null : -i)),
+      }));
       this.reaches = rows.map(({ values }) => Data.usualDistance(values));
       const longest = Math.max(...rows.map(({ label }) => label.length));
       this.labelWidth = Math.min(kGreatestLabelWidth, longest * kCharacterWidth + 8);
