@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <numbers>
 #include <random>
+#include <set>
 #include <sstream>
 
 #include "Cases.h"
@@ -108,7 +109,10 @@ struct S_Expected {
     std::map<std::string, S_Signal> signals;
   };
 
+  using t_Last = std::map<std::string, std::pair<std::size_t, int>>;  // bin and number of a system's satellites
+
   void Add(const json& epoch);
+  static double Together(const std::map<std::string, int>& numbers, std::size_t bin, t_Last& last);
   void AddSatellite(const json& seen, std::size_t bin);
   void Compare(const json& receiver) const;
   void CompareSatellite(const json& satellite) const;
@@ -117,23 +121,36 @@ struct S_Expected {
   std::map<std::pair<std::string, int>, S_Satellite> satellites;
   std::map<std::pair<std::string, std::string>, std::map<int, S_Range>> bands;
   t_Bins inView, hdop, used;
+  t_Last lastInView, lastUsed;
 };
 
 void S_Expected::Add(const json& epoch) {
   const auto bin = static_cast<std::size_t>(std::fmod(epoch["time_of_day_s"].get<double>() - 86220 + 86400, 86400));
   ++epochs;
   if (epoch["hdop"].is_number()) hdop[bin].Add(epoch["hdop"]);
-  int listed = 0;
-  bool isInView = false, saysUse = false;
+  std::map<std::string, int> seenOf, listedOf;  // by system
+  std::set<std::string> inSky;
   for (const json& seen : epoch["satellites"]) {
-    isInView = isInView || seen["elevation_deg"].is_number() || !seen["signals"].empty();
-    saysUse = saysUse || seen["used"].is_boolean();
-    listed += seen["used"] == true ? 1 : 0;
+    ++seenOf[seen["system"]];
+    if (seen["elevation_deg"].is_number() || !seen["signals"].empty()) inSky.insert(seen["system"]);
+    if (seen["used"].is_boolean()) listedOf[seen["system"]] += seen["used"] == true ? 1 : 0;
     AddSatellite(seen, bin);
   }
-  if (isInView) inView[bin].Add(static_cast<double>(epoch["satellites"].size()));
-  if (saysUse) used[bin].Add(listed);
-  if (!saysUse && epoch["satellites_used"].is_number()) used[bin].Add(epoch["satellites_used"]);
+  std::erase_if(seenOf, [&](const auto& row) { return !inSky.contains(row.first); });
+  if (!seenOf.empty()) inView[bin].Add(Together(seenOf, bin, lastInView));
+  if (!listedOf.empty())
+    used[bin].Add(Together(listedOf, bin, lastUsed));
+  else if (epoch["satellites_used"].is_number())
+    used[bin].Add(epoch["satellites_used"]);
+}
+
+// Of all systems: what the epoch says, and of those of which it names none what was so up to a minute before.
+double S_Expected::Together(const std::map<std::string, int>& numbers, std::size_t bin, t_Last& last) {
+  for (const auto& [system, number] : numbers)
+    if (number > 0) last[system] = {bin, number};
+  double sum = 0;
+  for (const auto& [system, one] : last) sum += bin - one.first <= 60 ? one.second : 0;
+  return sum;
 }
 
 void S_Expected::AddSatellite(const json& seen, std::size_t bin) {

@@ -11,24 +11,18 @@ namespace {
 constexpr std::size_t kMaxSatellites = 200;
 constexpr std::size_t kMaxSignals = 12;    // of a satellite
 constexpr double kLongestPause = 600;      // s
+constexpr double kLongestSilence = 60;     // s, of a system when sentences name one after the other
 constexpr unsigned int kFullCircle = 360;  // degrees
 constexpr unsigned int kZenith = 90;       // degrees
-
-eUse UseOf(const S_EpochSatellite& seen) {
-  if (!seen.isUsed) return eUseNotKnown;
-  return *seen.isUsed ? eUsed : eTracked;
-}
 
 bool HasPlace(const S_EpochSatellite& seen) { return seen.elevation <= kZenith && seen.azimuth <= kFullCircle; }
 
 bool IsInSky(const S_EpochSatellite& seen) { return HasPlace(seen) || !seen.signals.empty(); }
 
-S_SkyPoint PointOf(const S_EpochSatellite& seen, double seconds) {
+S_SkyPoint PointOf(const S_EpochSatellite& seen, eUse use, double seconds) {
   const double radius = kZenith - seen.elevation;
   const double azimuth = seen.azimuth * kRadiansPerDegree;
-  return {{seconds, radius * std::sin(azimuth), radius * std::cos(azimuth), UseOf(seen), false},
-          seen.azimuth,
-          seen.elevation};
+  return {{seconds, radius * std::sin(azimuth), radius * std::cos(azimuth), use, false}, seen.azimuth, seen.elevation};
 }
 
 bool IsSame(const S_SkyPoint& one, const S_SkyPoint& other) {
@@ -53,17 +47,17 @@ void S_SignalName::Complete(const S_EpochSignal& signal) {
 }
 
 void C_SkyReport::Add(const S_Epoch& epoch, const S_Moment& moment, std::size_t& signalsLeft) {
+  AddCounts(epoch, moment);
   for (const S_EpochSatellite& seen : epoch.satellites) {
     S_SkySatellite* const satellite = SatelliteOf(seen);
     if (satellite == nullptr) continue;
     ++satellite->epochs;
     satellite->saysUse = satellite->saysUse || seen.isUsed.has_value();
-    satellite->used += UseOf(seen) == eUsed ? 1 : 0;
+    satellite->used += seen.isUsed.value_or(false) ? 1 : 0;
     if (HasPlace(seen)) AddPlace(*satellite, seen, moment);
     for (const S_EpochSignal& signal : seen.signals)
       if (IsKnown(signal.cn0)) AddSignal(*satellite, seen, signal, moment, signalsLeft);
   }
-  AddCounts(epoch, moment);
 }
 
 S_SkySatellite* C_SkyReport::SatelliteOf(const S_EpochSatellite& seen) {
@@ -74,8 +68,15 @@ S_SkySatellite* C_SkyReport::SatelliteOf(const S_EpochSatellite& seen) {
   return nullptr;
 }
 
+// A GSA speaks of one system, and not every epoch has those of all.
+eUse C_SkyReport::UseOf(const S_EpochSatellite& seen, const S_Moment& moment) const {
+  if (!seen.isUsed) return eUseNotKnown;
+  if (*seen.isUsed) return eUsed;
+  return m_used.IsOlder(seen.system, moment) ? eUseNotKnown : eTracked;
+}
+
 void C_SkyReport::AddPlace(S_SkySatellite& satellite, const S_EpochSatellite& seen, const S_Moment& moment) {
-  S_SkyPoint point = PointOf(seen, moment.seconds);
+  S_SkyPoint point = PointOf(seen, UseOf(seen, moment), moment.seconds);
   const double pause = moment.seconds - satellite.seen;
   const bool isFirst = satellite.track.Points().empty();
   point.startsPiece = isFirst || pause < 0 || pause > kLongestPause;
@@ -121,24 +122,42 @@ std::size_t C_SkyReport::KindOf(ALGO::eGNSSSystem system, const S_EpochSignal& s
 }
 
 void C_SkyReport::AddCounts(const S_Epoch& epoch, const S_Moment& moment) {
-  const auto add = [&](S_SatelliteSeries& counts, const auto& isCounted) {
-    std::map<ALGO::eGNSSSystem, unsigned int> numbers;  // 0 for a system of which none is counted
-    unsigned int all = 0;
-    for (const S_EpochSatellite& seen : epoch.satellites) {
-      numbers[seen.system] += isCounted(seen) ? 1 : 0;
-      all += isCounted(seen) ? 1 : 0;
-    }
-    for (const auto& [system, number] : numbers) counts.systems[system].Add(moment.bin, number);
-    counts.all.Add(moment.bin, all);
-  };
-  const auto isAny = [&epoch](const auto& is) {
-    return std::any_of(epoch.satellites.begin(), epoch.satellites.end(), is);
-  };
-  if (isAny(IsInSky)) add(m_inView, [](const S_EpochSatellite&) { return true; });
-  if (isAny([](const S_EpochSatellite& seen) { return seen.isUsed.has_value(); }))
-    add(m_used, [](const S_EpochSatellite& seen) { return seen.isUsed.value_or(false); });
+  C_SatelliteCounts::t_Numbers seen, inView, used;
+  for (const S_EpochSatellite& satellite : epoch.satellites) {
+    ++seen[satellite.system];
+    if (IsInSky(satellite)) inView[satellite.system] = 0;
+    if (satellite.isUsed) used[satellite.system] += *satellite.isUsed ? 1 : 0;
+  }
+  for (auto& [system, number] : inView) number = seen[system];
+  std::erase_if(used, [&](const auto& row) { return row.second == 0 && m_used.Holds(row.first, moment); });
+  if (!inView.empty()) m_inView.Add(inView, moment);
+  if (!used.empty())
+    m_used.Add(used, moment);
   else if (epoch.position && !IsNotAvailable(epoch.position->satellites))
-    m_used.all.Add(moment.bin, epoch.position->satellites);
+    m_used.AddAll(epoch.position->satellites, moment);
+}
+
+void C_SatelliteCounts::Add(const t_Numbers& numbers, const S_Moment& moment) {
+  unsigned int all = 0;
+  for (const auto& [system, last] : m_last)
+    if (!numbers.contains(system) && Holds(system, moment)) all += last.number;
+  for (const auto& [system, number] : numbers) {
+    m_systems[system].Add(moment.bin, number);
+    m_last[system] = {moment.seconds, number};
+    all += number;
+  }
+  AddAll(all, moment);
+}
+
+bool C_SatelliteCounts::Holds(ALGO::eGNSSSystem system, const S_Moment& moment) const {
+  const auto found = m_last.find(system);
+  return found != m_last.end() && found->second.number > 0 &&
+         std::abs(moment.seconds - found->second.seconds) <= kLongestSilence;
+}
+
+bool C_SatelliteCounts::IsOlder(ALGO::eGNSSSystem system, const S_Moment& moment) const {
+  const auto found = m_last.find(system);
+  return found != m_last.end() && found->second.seconds < moment.seconds;
 }
 
 }  // namespace Host

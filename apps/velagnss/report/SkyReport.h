@@ -58,10 +58,32 @@ struct S_SignalKind : S_SignalName {
   std::array<S_ValueRange, 90 / kBandWidth> bands;
 };
 
-// Satellites per epoch.
-struct S_SatelliteSeries {
-  C_Series all;
-  std::map<ALGO::eGNSSSystem, C_Series> systems;
+// Satellites per epoch. An epoch may speak of some systems only: of all together there are then as many as it says and
+// was last said of the others.
+class C_SatelliteCounts {
+ public:
+  using t_Numbers = std::map<ALGO::eGNSSSystem, unsigned int>;
+
+  void Add(const t_Numbers& numbers, const S_Moment& moment);
+  void AddAll(unsigned int number, const S_Moment& moment) { m_all.Add(moment.bin, number); }
+
+  // Whether satellites of a system were counted, and so lately that there still are as many.
+  bool Holds(ALGO::eGNSSSystem system, const S_Moment& moment) const;
+  // Whether an epoch before this one counted a system last.
+  bool IsOlder(ALGO::eGNSSSystem system, const S_Moment& moment) const;
+
+  const C_Series& All() const { return m_all; }
+  const std::map<ALGO::eGNSSSystem, C_Series>& Systems() const { return m_systems; }
+
+ private:
+  struct S_Last {
+    double seconds;
+    unsigned int number;
+  };
+
+  C_Series m_all;
+  std::map<ALGO::eGNSSSystem, C_Series> m_systems;
+  std::map<ALGO::eGNSSSystem, S_Last> m_last;
 };
 
 // Memory is bounded: 200 satellites, 12 signals of each, and as many signals of all receivers together as the caller
@@ -79,14 +101,15 @@ class C_SkyReport {
 
   const t_Satellites& Satellites() const { return m_satellites; }
   const std::vector<S_SignalKind>& Kinds() const { return m_kinds; }
-  const S_SatelliteSeries& InView() const { return m_inView; }
-  const S_SatelliteSeries& Used() const { return m_used; }
+  const C_SatelliteCounts& InView() const { return m_inView; }
+  const C_SatelliteCounts& Used() const { return m_used; }
   std::size_t SatellitesLeftOut() const { return m_leftOut.count(); }
   std::uint64_t SignalsLeftOut() const { return m_signalsLeftOut; }
 
  private:
   S_SkySatellite* SatelliteOf(const S_EpochSatellite& seen);
-  static void AddPlace(S_SkySatellite& satellite, const S_EpochSatellite& seen, const S_Moment& moment);
+  eUse UseOf(const S_EpochSatellite& seen, const S_Moment& moment) const;  // after AddCounts
+  void AddPlace(S_SkySatellite& satellite, const S_EpochSatellite& seen, const S_Moment& moment);
   void AddSignal(S_SkySatellite& satellite, const S_EpochSatellite& seen, const S_EpochSignal& signal,
                  const S_Moment& moment, std::size_t& signalsLeft);
   S_SkySignal* SignalOf(S_SkySatellite& satellite, const S_EpochSatellite& seen, const S_EpochSignal& signal,
@@ -96,8 +119,8 @@ class C_SkyReport {
 
   t_Satellites m_satellites;
   std::vector<S_SignalKind> m_kinds;
-  S_SatelliteSeries m_inView;
-  S_SatelliteSeries m_used;
+  C_SatelliteCounts m_inView;
+  C_SatelliteCounts m_used;
   std::bitset<(ALGO::GNSS_UNKNOWN + 1) * 256> m_leftOut;
   std::uint64_t m_signalsLeftOut = 0;  // C/N0 values of signals that are left out
 };

@@ -5,13 +5,13 @@ const Dom = (() => {
   const kSvg = 'http://www.w3.org/2000/svg';
 
   // True as the value of an attribute: those of ARIA spell it out, all others only have to be there.
-  const trueOf = (name) => (name.startsWith('aria-') ? 'true' : '');
+  const textOf = (name, value) => (value === true ? (name.startsWith('aria-') ? 'true' : '') : value);
 
   // A missing attribute or child (undefined, null, false) is left out.
   function fill(element, attributes, children) {
     for (const [name, value] of Object.entries(attributes)) {
       if (value !== undefined && value !== null && value !== false)
-        element.setAttribute(name, value === true ? trueOf(name) : value);
+        element.setAttribute(name, textOf(name, value));
     }
     element.append(
       ...children.flat(Infinity).filter((child) => child !== undefined && child !== null && child !== false),
