@@ -17,7 +17,7 @@ import screen
 from harness import PATIENCE, wait_until
 from screen import LARGE, SMALL
 
-ENDS_WITHIN = 2.0  # seconds
+ENDS_WITHIN = 20.0 if harness.IS_SANITIZED else 2.0  # seconds
 
 
 def gga(number, minutes):
@@ -309,7 +309,8 @@ class EndTest(MonitorCase):
                 wait_until(lambda: self.is_stuck(program), 60, "the terminal takes everything")
                 memory, sent = program.memory(), feed.sent
                 wait_until(lambda: feed.sent > sent + 500_000, 60, "the source is held back")
-                self.assertLess(program.memory(), memory + 4096)
+                if not harness.IS_SANITIZED:
+                    self.assertLess(program.memory(), memory + 4096)
                 begin = time.monotonic()
                 self.assertEqual(program.end(), 128 + signal.SIGTERM)
                 self.assertLess(time.monotonic() - begin, ENDS_WITHIN)
