@@ -39,6 +39,11 @@ std::optional<double> GpsSeconds(const velagnss::StreamClock& clock) {
 
 }  // namespace
 
+void S_SatelliteEphemerides::NoteIssue(const t_Issue& latest) {
+  const auto known = last.begin() + static_cast<std::ptrdiff_t>(std::min<std::uint64_t>(issues, last.size()));
+  if (std::find(last.begin(), known, latest) == known) last[issues++ % last.size()] = latest;
+}
+
 void C_EphemerisList::Note(const S_FrameRecord& record) {
   const auto note = [&](const auto& kind) {
     if constexpr (requires { kind.ephemeris; }) Add(kind.ephemeris, record);
@@ -55,10 +60,7 @@ void C_EphemerisList::Add(const Ephemeris& ephemeris, const S_FrameRecord& recor
   row->lastTime = record.clock.Seconds();
   if (row->count++ == 0) row->firstTime = row->lastTime;
   row->issue = IssueOf(ephemeris);
-  const std::pair issue(row->issue, ReferenceSeconds(ephemeris));
-  const auto known =
-      row->last.begin() + static_cast<std::ptrdiff_t>(std::min(row->issues, std::uint64_t{row->last.size()}));
-  if (std::find(row->last.begin(), known, issue) == known) row->last[row->issues++ % row->last.size()] = issue;
+  row->NoteIssue({row->issue, ReferenceSeconds(ephemeris)});
   row->reference.reset();
   if (record.decoded.week != velagnss::WeekSource::None) row->reference = ReferenceOf(ephemeris);
   row->health = IsNotAvailable(ephemeris.Health) ? std::nullopt : std::optional(ephemeris.Health);

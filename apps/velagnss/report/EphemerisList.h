@@ -16,13 +16,17 @@ namespace Host {
 
 // The ephemerides of one satellite that came in one message.
 struct S_SatelliteEphemerides {
+  using t_Issue = std::pair<std::uint32_t, double>;  // issue of data and reference time, s of the week
+
+  void NoteIssue(const t_Issue& latest);
+
   unsigned int system = 0;  // ALGO::eGNSSSystem
   unsigned int number = 0;  // of its system: PRN, GLONASS slot
   std::string message;
 
   std::uint64_t count = 0;
   std::uint64_t issues = 0;  // that differ in issue or reference time from the four before them
-  std::array<std::pair<std::uint32_t, double>, 4> last{};
+  std::array<t_Issue, 4> last{};
   double firstTime = 0;  // s, of the stream; NaN before its first time
   double lastTime = 0;   // likewise
 
