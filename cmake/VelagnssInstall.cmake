@@ -13,7 +13,8 @@ function(velagnss_install_documents component)
     install(FILES ${PROJECT_SOURCE_DIR}/${name} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT ${component})
   endforeach()
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
-    COMPONENT ${component} FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.cpp" PATTERN "*.service" PATTERN "*.rules")
+    COMPONENT ${component} FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.cpp" PATTERN "*.service" PATTERN "*.rules"
+    PATTERN "*.png" PATTERN "*.svg")
 endfunction()
 velagnss_install_documents(development)
 

@@ -54,6 +54,7 @@ void C_SkyReport::Add(const S_Epoch& epoch, const S_Moment& moment, std::size_t&
     ++satellite->epochs;
     satellite->saysUse = satellite->saysUse || seen.isUsed.has_value();
     satellite->used += seen.isUsed.value_or(false) ? 1 : 0;
+    if (seen.isUsed.value_or(false)) satellite->usedAt = m_used.TimesOf(seen.system);
     if (HasPlace(seen)) AddPlace(*satellite, seen, moment);
     for (const S_EpochSignal& signal : seen.signals)
       if (IsKnown(signal.cn0)) AddSignal(*satellite, seen, signal, moment, signalsLeft);
@@ -68,20 +69,20 @@ S_SkySatellite* C_SkyReport::SatelliteOf(const S_EpochSatellite& seen) {
   return nullptr;
 }
 
-// A GSA speaks of one system, and not every epoch has those of all.
-eUse C_SkyReport::UseOf(const S_EpochSatellite& seen, const S_Moment& moment) const {
-  if (!seen.isUsed) return eUseNotKnown;
-  if (*seen.isUsed) return eUsed;
-  return m_used.IsOlder(seen.system, moment) ? eUseNotKnown : eTracked;
+// Of GSA and GSV, an epoch may have one or the other, and that of some systems only: the last that named satellites of
+// a system in use counts.
+eUse C_SkyReport::UseOf(const S_SkySatellite& satellite, ALGO::eGNSSSystem system) const {
+  const std::uint64_t times = m_used.TimesOf(system);
+  if (times == 0) return eUseNotKnown;
+  return satellite.usedAt == times ? eUsed : eTracked;
 }
 
 void C_SkyReport::AddPlace(S_SkySatellite& satellite, const S_EpochSatellite& seen, const S_Moment& moment) {
-  S_SkyPoint point = PointOf(seen, UseOf(seen, moment), moment.seconds);
+  S_SkyPoint point = PointOf(seen, UseOf(satellite, seen.system), moment.seconds);
   const double pause = moment.seconds - satellite.seen;
   const bool isFirst = satellite.track.Points().empty();
   point.startsPiece = isFirst || pause < 0 || pause > kLongestPause;
   satellite.seen = moment.seconds;
-  if (point.kind == eUseNotKnown && !point.startsPiece) point.kind = satellite.track.Points().back().kind;
   if (point.startsPiece || !IsSame(point, satellite.track.Points().back())) satellite.track.Add(point);
 }
 
@@ -143,7 +144,7 @@ void C_SatelliteCounts::Add(const t_Numbers& numbers, const S_Moment& moment) {
     if (!numbers.contains(system) && Holds(system, moment)) all += last.number;
   for (const auto& [system, number] : numbers) {
     m_systems[system].Add(moment.bin, number);
-    m_last[system] = {moment.seconds, number};
+    m_last[system] = {moment.seconds, number, TimesOf(system) + 1};
     all += number;
   }
   AddAll(all, moment);
@@ -155,9 +156,9 @@ bool C_SatelliteCounts::Holds(ALGO::eGNSSSystem system, const S_Moment& moment) 
          std::abs(moment.seconds - found->second.seconds) <= kLongestSilence;
 }
 
-bool C_SatelliteCounts::IsOlder(ALGO::eGNSSSystem system, const S_Moment& moment) const {
+std::uint64_t C_SatelliteCounts::TimesOf(ALGO::eGNSSSystem system) const {
   const auto found = m_last.find(system);
-  return found != m_last.end() && found->second.seconds < moment.seconds;
+  return found == m_last.end() ? 0 : found->second.times;
 }
 
 }  // namespace Host

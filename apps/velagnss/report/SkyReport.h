@@ -43,9 +43,10 @@ struct S_SkySignal : S_SignalName {
 
 struct S_SkySatellite {
   std::uint64_t epochs = 0;
-  std::uint64_t used = 0;   // of these
-  bool saysUse = false;     // an epoch said whether it was used
-  double seen = NA_DOUBLE;  // s, when it had a place in the sky last
+  std::uint64_t used = 0;    // of these
+  std::uint64_t usedAt = 0;  // the last epoch that used it, among those that name satellites of its system in use
+  bool saysUse = false;      // an epoch said whether it was used
+  double seen = NA_DOUBLE;   // s, when it had a place in the sky last
   C_ThinnedLine<S_SkyPoint, 120> track;
   std::vector<S_SkySignal> signals;
 };
@@ -69,8 +70,8 @@ class C_SatelliteCounts {
 
   // Whether satellites of a system were counted, and so lately that there still are as many.
   bool Holds(ALGO::eGNSSSystem system, const S_Moment& moment) const;
-  // Whether an epoch before this one counted a system last.
-  bool IsOlder(ALGO::eGNSSSystem system, const S_Moment& moment) const;
+  // How many epochs have counted a system.
+  std::uint64_t TimesOf(ALGO::eGNSSSystem system) const;
 
   const C_Series& All() const { return m_all; }
   const std::map<ALGO::eGNSSSystem, C_Series>& Systems() const { return m_systems; }
@@ -79,6 +80,7 @@ class C_SatelliteCounts {
   struct S_Last {
     double seconds;
     unsigned int number;
+    std::uint64_t times;
   };
 
   C_Series m_all;
@@ -108,7 +110,7 @@ class C_SkyReport {
 
  private:
   S_SkySatellite* SatelliteOf(const S_EpochSatellite& seen);
-  eUse UseOf(const S_EpochSatellite& seen, const S_Moment& moment) const;  // after AddCounts
+  eUse UseOf(const S_SkySatellite& satellite, ALGO::eGNSSSystem system) const;
   void AddPlace(S_SkySatellite& satellite, const S_EpochSatellite& seen, const S_Moment& moment);
   void AddSignal(S_SkySatellite& satellite, const S_EpochSatellite& seen, const S_EpochSignal& signal,
                  const S_Moment& moment, std::size_t& signalsLeft);
@@ -121,7 +123,7 @@ class C_SkyReport {
   std::vector<S_SignalKind> m_kinds;
   C_SatelliteCounts m_inView;
   C_SatelliteCounts m_used;
-  std::bitset<(ALGO::GNSS_UNKNOWN + 1) * 256> m_leftOut;
+  std::bitset<(ALGO::GNSS_UNKNOWN + 1) * 256UL> m_leftOut;
   std::uint64_t m_signalsLeftOut = 0;  // C/N0 values of signals that are left out
 };
 
