@@ -72,8 +72,8 @@ int DrawList(const C_Pane& pane, const S_Column<Row> (&columns)[N], const std::v
              eStyle (*styleOf)(const Row& row)) {
   PutRow<Row>(pane, 0, columns, nullptr, eStyle::Title);
   const S_ListPart part(rows.size(), pane.Rows() - 1, scroll);
-  for (int i = 0; i < pane.Rows() - 1 && part.first + i < static_cast<int>(rows.size()); ++i) {
-    const Row& row = rows[static_cast<std::size_t>(part.first + i)];
+  for (int i = 0; i < pane.Rows() - 1 && part.At(i) < rows.size(); ++i) {
+    const Row& row = rows[part.At(i)];
     PutRow(pane, i + 1, columns, &row, styleOf(row));
   }
   return part.most;

@@ -42,6 +42,9 @@ int DrawFaultList(const C_Pane& pane, const S_SourceView& view, int scroll);
 struct S_ListPart {
   S_ListPart(std::size_t count, int rows, int scroll);
 
+  // The place in the list of a row of the part; the list may have ended before.
+  std::size_t At(int row) const { return static_cast<std::size_t>(first) + static_cast<std::size_t>(row); }
+
   int most;
   int first;
 };

@@ -32,9 +32,9 @@ void DrawObject(const C_Pane& pane, const S_RawObject& object) {
   if (static_cast<int>(lines.size()) >= pane.Rows()) pane.PutRight(pane.Rows() - 1, pane.Columns(), " >", eStyle::Dim);
 }
 
-void DrawObjectList(const C_Pane& pane, const S_SourceView& view, int first) {
-  for (int row = 0; row < pane.Rows() && first + row < static_cast<int>(view.raw.size()); ++row) {
-    const S_RawObject& object = *view.raw[static_cast<std::size_t>(first + row)];
+void DrawObjectList(const C_Pane& pane, const S_SourceView& view, const S_ListPart& part) {
+  for (int row = 0; row < pane.Rows() && part.At(row) < view.raw.size(); ++row) {
+    const S_RawObject& object = *view.raw[part.At(row)];
     const eStyle style = row == 0 ? eStyle::Selected : eStyle::Normal;
     pane.Put(row, 0, row == 0 ? ">" : " ", style);
     pane.RightOf(1).Put(row, 0, FittingText(LineOf(object), pane.Columns() - 1), style);
@@ -53,7 +53,7 @@ int DrawRaw(const C_Pane& pane, const S_SourceView& view, const S_ScreenState& s
   const S_ListPart part(view.raw.size(), 1, state.scroll);
   constexpr int kMostDetail = 16;
   const int list = std::max(pane.Rows() / 2, pane.Rows() - kMostDetail);
-  DrawObjectList(pane.Above(list).Below(1), view, part.first);
+  DrawObjectList(pane.Above(list).Below(1), view, part);
   DrawObject(pane.Below(list), *view.raw[static_cast<std::size_t>(part.first)]);
   return part.most;
 }

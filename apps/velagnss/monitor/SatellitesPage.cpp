@@ -119,10 +119,10 @@ int DrawLines(const C_Pane& pane, const t_Lines& lines, int scroll) {
   const S_ListPart part(lines.size(), rows * columns, scroll);
   for (int i = 0; i < columns; ++i) {
     const C_Pane column = pane.Part(0, i * width, pane.Rows(), width - 1);
-    const auto first = static_cast<std::size_t>(part.first + i * rows);
-    if (first < lines.size()) PutTitles(column);
-    for (int row = 0; row < rows && first + static_cast<std::size_t>(row) < lines.size(); ++row)
-      PutLine(column, 1 + row, lines[first + static_cast<std::size_t>(row)]);
+    const int first = i * rows;
+    if (part.At(first) < lines.size()) PutTitles(column);
+    for (int row = 0; row < rows && part.At(first + row) < lines.size(); ++row)
+      PutLine(column, 1 + row, lines[part.At(first + row)]);
   }
   return part.most;
 }

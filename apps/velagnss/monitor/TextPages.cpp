@@ -15,8 +15,8 @@ struct S_TextLine {
 
 int DrawText(const C_Pane& pane, const std::vector<S_TextLine>& lines, int scroll) {
   const S_ListPart part(lines.size(), pane.Rows(), scroll);
-  for (int row = 0; row < pane.Rows() && part.first + row < static_cast<int>(lines.size()); ++row) {
-    const S_TextLine& line = lines[static_cast<std::size_t>(part.first + row)];
+  for (int row = 0; row < pane.Rows() && part.At(row) < lines.size(); ++row) {
+    const S_TextLine& line = lines[part.At(row)];
     pane.Put(row, 0, line.text, line.style);
   }
   return part.most;

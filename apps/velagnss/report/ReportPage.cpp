@@ -7,7 +7,7 @@
 #include <array>
 #include <stdexcept>
 
-#include "apps/velagnss/report/PageParts.h"
+#include "apps/velagnss/report/PageTexts.h"
 
 namespace Host {
 namespace {
@@ -27,7 +27,7 @@ std::string HashSource(std::string_view block) {
 
 std::string Policy() {
   return fmt::format("default-src 'none'; script-src {} {}; style-src {}; base-uri 'none'; form-action 'none'",
-                     HashSource(PageParts::kLibrary), HashSource(PageParts::kScript), HashSource(PageParts::kStyle));
+                     HashSource(PageTexts::kLibrary), HashSource(PageTexts::kScript), HashSource(PageTexts::kStyle));
 }
 
 // What HTML or an older JavaScript could take for more than a character of a string. In JSON they occur in strings
@@ -74,14 +74,14 @@ const std::string& TextOf(std::string_view name, const auto& parts) {
 std::string ReportPage(std::string_view json) {
   const std::array parts = {
       S_Part{"policy", Policy()},
-      S_Part{"style", std::string(PageParts::kStyle)},
-      S_Part{"library", std::string(PageParts::kLibrary)},
-      S_Part{"script", std::string(PageParts::kScript)},
-      S_Part{"license", std::string(PageParts::kLicense)},
+      S_Part{"style", std::string(PageTexts::kStyle)},
+      S_Part{"library", std::string(PageTexts::kLibrary)},
+      S_Part{"script", std::string(PageTexts::kScript)},
+      S_Part{"license", std::string(PageTexts::kLicense)},
       S_Part{"data", ScriptSafe(json)},
   };
   std::string page;
-  std::string_view rest = PageParts::kSkeleton;
+  std::string_view rest = PageTexts::kSkeleton;
   for (std::size_t open = rest.find("{{"); open != std::string_view::npos; open = rest.find("{{")) {
     const std::size_t close = rest.find("}}", open);
     page += rest.substr(0, open);
