@@ -147,14 +147,24 @@ class OnTerminal(Running):
         self.reader = threading.Thread(target=self.read_terminal if is_read else lambda: None, daemon=True)
         self.reader.start()
 
-    def read_terminal(self):
+    def read_terminal(self, may_wait=True):
         while not self.is_lost:
-            if select.select([self.master], [], [], 0.1)[0]:
+            is_there = select.select([self.master], [], [], 0.1)[0]
+            if not is_there and not may_wait:
+                break
+            if is_there:
                 part = os.read(self.master, 65536)
                 with self.changed:
                     self.drawn += len(part)
                     self.last = (self.last + part)[-100_000:]
                     self.changed.notify_all()
+
+    def read_rest(self):
+        """What an ended program has left in the terminal."""
+        self.is_lost = True
+        self.reader.join()
+        self.is_lost = False
+        self.read_terminal(may_wait=False)
 
     def lose_terminal(self):
         self.is_lost = True

@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <map>
 
 #include "apps/velagnss/commands/Arguments.h"
@@ -40,7 +41,6 @@ class C_MonitorCommand : public C_Command {
  private:
   std::string WhatIsWrong() const;
   int Show() const;
-  eExitCode ReadAll(C_Sources& sources) const;
 
   S_StreamArguments m_stream;
   S_FilterArguments m_filter;
@@ -78,11 +78,13 @@ int C_MonitorCommand::Run() {
 // Files are shown until the user ends the program, live sources have no end anyway. The messages come when the screen
 // is that of the shell again.
 int C_MonitorCommand::Show() const {
-  C_ScreenThread screen;
-  C_Sources sources(RunOptions(m_stream), [&screen] { screen.Wake(); });
-  sources.SetFilter(Joined(m_filter));
-  C_MessageLog log([&screen] { screen.Wake(); });
-  if (const auto error = screen.Start(m_terminal, sources, log, Joined(m_filter))) {
+  C_Wake wake;
+  C_Sources sources(RunOptions(m_stream), std::ref(wake));
+  const std::string filter = Joined(m_filter);
+  sources.SetFilter(filter);
+  C_MessageLog log(std::ref(wake));
+  C_ScreenThread screen(wake, sources, log, filter);
+  if (const auto error = screen.Start(m_terminal)) {
     log.GiveBack();
     ReportError(*error);
     return eExitOutput;

@@ -2,14 +2,10 @@
 
 #include <poll.h>
 #include <pthread.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <system_error>
 #include <utility>
 
 #include "apps/velagnss/os/ExitCodes.h"
@@ -25,9 +21,11 @@ constexpr std::chrono::milliseconds kLongestPause = 1s;  // ages are shown in se
 
 }  // namespace
 
-C_ScreenThread::C_ScreenThread() : m_wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  if (!m_wake.IsOpen()) throw std::system_error(errno, std::generic_category());
-}
+C_ScreenThread::C_ScreenThread(C_Wake& wake, C_Sources& sources, const C_MessageLog& log, const std::string& filter)
+    : m_wake(wake),
+      m_sources(sources),
+      m_log(log),
+      m_controls(filter, [&sources](std::string_view text) { return sources.SetFilter(text); }) {}
 
 // In the midst of an exception: a second one is of no use.
 C_ScreenThread::~C_ScreenThread() {
@@ -37,19 +35,7 @@ C_ScreenThread::~C_ScreenThread() {
   }
 }
 
-// A system call for the first piece of news only.
-void C_ScreenThread::Wake() {
-  if (m_isAwake.exchange(true)) return;
-  const std::uint64_t one = 1;
-  [[maybe_unused]] const ssize_t written = ::write(m_wake.Get(), &one, sizeof one);
-}
-
-std::optional<std::string> C_ScreenThread::Start(const S_TerminalOptions& options, C_Sources& sources,
-                                                 const C_MessageLog& log, const std::string& filter) {
-  m_sources = &sources;
-  m_log = &log;
-  m_controls.emplace(filter, [&sources](std::string_view text) { return sources.SetFilter(text); });
-  m_signals.emplace();
+std::optional<std::string> C_ScreenThread::Start(const S_TerminalOptions& options) {
   EndAtSecondSignal(false);
   std::promise<std::optional<std::string>> opened;
   std::future<std::optional<std::string>> result = opened.get_future();
@@ -87,19 +73,19 @@ void C_ScreenThread::ShowUntilEnd() {
 void C_ScreenThread::Draw() {
   C_Grid grid = m_terminal.MakeGrid();
   const S_ScreenState state = State();
-  m_controls->SetExtent(grid.Rows(), DrawScreen(grid, View(state.tab), state));
+  m_controls.SetExtent(grid.Rows(), DrawScreen(grid, View(state.tab), state));
   m_terminal.Show(grid);
   m_lastDraw = t_Clock::now();
   m_hasNews = false;
 }
 
 S_ScreenState C_ScreenThread::State() {
-  S_ScreenState state = m_controls->State();
+  S_ScreenState state = m_controls.State();
   if (state.isPaused != m_isPaused) Hold(state.isPaused);
-  state.tabs = m_sources->Tabs();
-  m_controls->SetTabs(state.tabs.size());
-  state.log = m_log->Lines();
-  if (const std::optional<S_LogLine> latest = m_log->Latest(); latest && state.message.empty()) {
+  state.tabs = m_sources.Tabs();
+  m_controls.SetTabs(state.tabs.size());
+  state.log = m_log.Lines();
+  if (const std::optional<S_LogLine> latest = m_log.Latest(); latest && state.message.empty()) {
     state.message = latest->text;
     state.messageStyle = latest->style;
   }
@@ -110,14 +96,14 @@ S_ScreenState C_ScreenThread::State() {
 const S_SourceView& C_ScreenThread::View(std::size_t tab) {
   S_SourceView& view = m_views[tab];
   if (m_isPaused && !view.name.empty()) return view;
-  if (std::optional<S_SourceView> now = m_sources->View(tab)) view = std::move(*now);
+  if (std::optional<S_SourceView> now = m_sources.View(tab)) view = std::move(*now);
   return view;
 }
 
 void C_ScreenThread::Hold(bool isPaused) {
   m_isPaused = false;
   m_views.clear();
-  for (std::size_t tab = 0; isPaused && tab < m_sources->Tabs().size(); ++tab) View(tab);
+  for (std::size_t tab = 0; isPaused && tab < m_sources.Tabs().size(); ++tab) View(tab);
   m_isPaused = isPaused;
 }
 
@@ -126,27 +112,22 @@ void C_ScreenThread::Wait(std::chrono::milliseconds longest) {
   enum { kKeys, kEnd, kSignals, kNews, kCount };
   pollfd waiting[kCount] = {{m_terminal.Descriptor(), POLLIN, 0},
                             {SignalDescriptor(), POLLIN, 0},
-                            {m_signals->Descriptor(), POLLIN, 0},
-                            {m_hasNews ? -1 : m_wake.Get(), POLLIN, 0}};
+                            {m_signals.Descriptor(), POLLIN, 0},
+                            {m_hasNews ? -1 : m_wake.Descriptor(), POLLIN, 0}};
   if (::poll(waiting, kCount, static_cast<int>(longest.count())) <= 0) return;
-  if (waiting[kNews].revents != 0) TakeNews();
+  if (waiting[kNews].revents != 0) {
+    m_wake.Clear();
+    m_hasNews = true;
+  }
   if (waiting[kSignals].revents != 0) ObeySignals();
   if (waiting[kKeys].revents != 0) ObeyKeys((waiting[kKeys].revents & ~POLLIN) != 0);
 }
 
-// In this order: what comes in between is found by the drawing that follows.
-void C_ScreenThread::TakeNews() {
-  std::uint64_t count = 0;
-  [[maybe_unused]] const ssize_t got = ::read(m_wake.Get(), &count, sizeof count);
-  m_isAwake = false;
-  m_hasNews = true;
-}
-
 void C_ScreenThread::ObeySignals() {
-  const C_TerminalSignals::S_Came came = m_signals->Take();
+  const C_TerminalSignals::S_Came came = m_signals.Take();
   if (came.stop) {
     m_terminal.Leave();
-    m_signals->StopProgram();
+    m_signals.StopProgram();
   }
   if (came.stop || came.resumed) {
     WaitForForeground(m_terminal.Descriptor());
@@ -160,9 +141,9 @@ void C_ScreenThread::ObeyKeys(bool isLost) {
   if (isLost) return RequestEnd();
   for (S_Key key = m_terminal.ReadKey(); key.key != eKey::None; key = m_terminal.ReadKey()) {
     if (key.key == eKey::Redraw) m_terminal.Redraw();
-    m_controls->Press(key);
+    m_controls.Press(key);
   }
-  if (m_controls->WantsEnd()) RequestEnd();
+  if (m_controls.WantsEnd()) RequestEnd();
   m_hasNews = true;
 }
 
@@ -170,12 +151,16 @@ C_ScreenThread::eEnd C_ScreenThread::Stop() {
   constexpr auto kPatience = 300ms;  // for a terminal that is slow, such as a serial line
   if (!m_thread.joinable()) return eEnd::Restored;
   m_isEnding = true;
-  Wake();
-  const bool isInTime = IsDoneWithin(kPatience);
-  if (!isInTime && !Free()) return eEnd::Stuck;
+  m_wake();
+  bool isComplete = IsDoneWithin(kPatience);
+  if (!isComplete) {
+    m_terminal.GoOn();
+    isComplete = IsDoneWithin(kPatience);
+  }
+  if (!isComplete && !Free()) return eEnd::Stuck;
   m_thread.join();
   if (m_failure) std::rethrow_exception(std::exchange(m_failure, nullptr));
-  return isInTime ? eEnd::Restored : eEnd::Dropped;
+  return isComplete ? eEnd::Restored : eEnd::Dropped;
 }
 
 bool C_ScreenThread::IsDoneWithin(std::chrono::milliseconds time) {

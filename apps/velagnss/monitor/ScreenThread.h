@@ -20,25 +20,22 @@
 #include "apps/velagnss/monitor/MessageLog.h"
 #include "apps/velagnss/monitor/Sources.h"
 #include "apps/velagnss/monitor/Terminal.h"
-#include "apps/velagnss/os/FileDescriptor.h"
+#include "apps/velagnss/monitor/Wake.h"
 #include "apps/velagnss/os/TerminalSignals.h"
 
 namespace Host {
 
 class C_ScreenThread {
  public:
-  C_ScreenThread();
+  // `wake` is called when there is something else to show. All of these must outlive the thread.
+  C_ScreenThread(C_Wake& wake, C_Sources& sources, const C_MessageLog& log, const std::string& filter);
   ~C_ScreenThread();
   C_ScreenThread(const C_ScreenThread&) = delete;
   C_ScreenThread& operator=(const C_ScreenThread&) = delete;
 
-  // There is something else to show. From any thread.
-  void Wake();
-
-  // What is shown must outlive the thread. Returns an error text for the user when there is no terminal to draw on, or
-  // nothing: from then on, the end of the program is requested (Signals.h) by a key, and when the terminal is lost.
-  std::optional<std::string> Start(const S_TerminalOptions& options, C_Sources& sources, const C_MessageLog& log,
-                                   const std::string& filter);
+  // Returns an error text for the user when there is no terminal to draw on, or nothing: from then on, the end of the
+  // program is requested (Signals.h) by a key, and when the terminal is lost.
+  std::optional<std::string> Start(const S_TerminalOptions& options);
 
   enum class eEnd {
     Restored,  // the terminal is as it was before
@@ -57,7 +54,6 @@ class C_ScreenThread {
   void ShowUntilEnd();
   void Draw();
   void Wait(std::chrono::milliseconds longest);
-  void TakeNews();
   void ObeyKeys(bool isLost);
   void ObeySignals();
   S_ScreenState State();
@@ -66,13 +62,12 @@ class C_ScreenThread {
   bool IsDoneWithin(std::chrono::milliseconds time);
   bool Free();
 
-  C_FileDescriptor m_wake;
-  std::atomic<bool> m_isAwake = false;  // `m_wake` is readable
-  C_Sources* m_sources = nullptr;
-  const C_MessageLog* m_log = nullptr;
+  C_Wake& m_wake;
+  C_Sources& m_sources;
+  const C_MessageLog& m_log;
+  C_Controls m_controls;
   C_Terminal m_terminal;
-  std::optional<C_TerminalSignals> m_signals;
-  std::optional<C_Controls> m_controls;
+  C_TerminalSignals m_signals;
   std::map<std::size_t, S_SourceView> m_views;  // by number; while paused, as they were
   bool m_isPaused = false;
   t_Clock::time_point m_lastDraw;

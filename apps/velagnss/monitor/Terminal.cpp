@@ -85,6 +85,21 @@ bool IsSet(const char* name) {
   return value != nullptr && *value != '\0';
 }
 
+// Of a thread, until it ends.
+class C_ThreadLocale {
+ public:
+  explicit C_ThreadLocale(locale_t locale) : m_locale(locale) { ::uselocale(locale); }
+  ~C_ThreadLocale() {
+    ::uselocale(LC_GLOBAL_LOCALE);
+    ::freelocale(m_locale);
+  }
+  C_ThreadLocale(const C_ThreadLocale&) = delete;
+  C_ThreadLocale& operator=(const C_ThreadLocale&) = delete;
+
+ private:
+  locale_t m_locale;
+};
+
 // The locale that the environment wants for characters, for this thread: whether it is one with UTF-8. The rest of the
 // program keeps the "C" locale, and numbers keep it everywhere. A locale that is not installed is replaced by C.UTF-8.
 bool SetCharacters() {
@@ -95,7 +110,7 @@ bool SetCharacters() {
   const bool wantsUtf8 = wanted.find("UTF-8") != wanted.npos || wanted.find("utf8") != wanted.npos;
   if (locale == nullptr && wantsUtf8) locale = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
   if (locale == nullptr) return false;
-  ::uselocale(locale);  // for good: the thread ends with the terminal
+  static thread_local const C_ThreadLocale used(locale);
   return std::string_view(::nl_langinfo(CODESET)) == "UTF-8";
 }
 
@@ -226,10 +241,13 @@ void C_Terminal::Return() {
   Redraw();
 }
 
-void C_Terminal::DropOutput() const {
+// What the user has stopped only goes on after a stop by the program.
+void C_Terminal::GoOn() const {
+  ::tcflow(m_descriptor, TCOOFF);
   ::tcflow(m_descriptor, TCOON);
-  ::tcflush(m_descriptor, TCOFLUSH);
 }
+
+void C_Terminal::DropOutput() const { ::tcflush(m_descriptor, TCOFLUSH); }
 
 void C_Terminal::RestoreLine() const { ::tcsetattr(m_descriptor, TCSANOW, &m_line); }
 

@@ -59,8 +59,9 @@ class C_Terminal {
   // Sends the whole screen with the next `Show`.
   void Redraw();
 
-  // From any thread, for a terminal that takes nothing (Ctrl-S, a reader that is stuck): drops what waits in it, so
-  // that its owner gets on.
+  // From any thread, for a terminal that takes nothing: the end of a Ctrl-S; for a reader that is stuck, what waits in
+  // the terminal is dropped, so that there is room for more.
+  void GoOn() const;
   void DropOutput() const;
 
   // From any thread, when that was in vain: line editing and echo as before.

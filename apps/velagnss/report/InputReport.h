@@ -12,7 +12,7 @@
 #include "apps/velagnss/report/Damage.h"
 #include "apps/velagnss/report/EphemerisList.h"
 #include "apps/velagnss/report/Latency.h"
-#include "apps/velagnss/report/MessageRates.h"
+#include "apps/velagnss/report/MessageReport.h"
 #include "apps/velagnss/report/ReceiverReports.h"
 
 namespace Host {
@@ -39,7 +39,7 @@ class C_InputReport : public C_RecordConsumer {
  private:
   struct S_Contents {
     C_TimeBins axis;
-    C_MessageRates messages;
+    C_MessageReport messages;
     C_Latency latency;
     C_EphemerisList ephemerides;
     C_Damage damage;

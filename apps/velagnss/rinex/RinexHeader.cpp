@@ -47,7 +47,7 @@ void C_LeftOut::Report(std::string_view what) const {
   for (const auto& [reason, count] : m_counts) ReportError(fmt::format("{} left out: {}; {}", what, count, reason));
 }
 
-void AppendFirstLines(std::string& text, const S_FileKind& kind, const S_RinexOptions& options,
+void AppendFirstLines(std::string& text, const S_RinexKind& kind, const S_RinexOptions& options,
                       const std::string& runDate) {
   AppendHeaderLine(text, fmt::format("{:9.2f}{:11}{:<20}{}", kind.version, "", kind.type, kind.system),
                    "RINEX VERSION / TYPE");

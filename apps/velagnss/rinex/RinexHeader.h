@@ -43,12 +43,12 @@ class C_LeftOut {
 };
 
 // The first two lines.
-struct S_FileKind {
+struct S_RinexKind {
   double version;
   std::string_view type;    // "OBSERVATION DATA"
   std::string_view system;  // "G: GPS"
 };
-void AppendFirstLines(std::string& text, const S_FileKind& kind, const S_RinexOptions& options,
+void AppendFirstLines(std::string& text, const S_RinexKind& kind, const S_RinexOptions& options,
                       const std::string& runDate);
 
 void AppendLeapSeconds(std::string& text, unsigned int seconds);

@@ -2,10 +2,10 @@
 #ifndef VELAGNSS_APPS_MESSAGE_NAMES_H
 #define VELAGNSS_APPS_MESSAGE_NAMES_H
 
-#include <compare>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "framing/RawDataMessage.h"
@@ -27,7 +27,10 @@ struct S_MessageKey {
   C_RawDataMessage::eProtocols protocol;
   unsigned int type;
   std::string name = {};
-  friend auto operator<=>(const S_MessageKey&, const S_MessageKey&) = default;
+  friend bool operator==(const S_MessageKey&, const S_MessageKey&) = default;
+  friend bool operator<(const S_MessageKey& a, const S_MessageKey& b) {
+    return std::tie(a.protocol, a.type, a.name) < std::tie(b.protocol, b.type, b.name);
+  }
 };
 
 // The messages of a name ("GGA", "BIN95", "HPR") or of a number (1077, 95: of RTCM 3 and the binary protocol), in

@@ -1,4 +1,4 @@
-#include "apps/velagnss/report/MessageRates.h"
+#include "apps/velagnss/report/MessageReport.h"
 
 #include "apps/velagnss/account/StreamAccount.h"
 
@@ -15,7 +15,7 @@ double StepOrNone(double seconds) { return seconds > 0 ? seconds : kNotKnown; }
 
 }  // namespace
 
-void C_MessageRates::Note(const S_FrameRecord& record, const std::optional<S_TimeBin>& bin) {
+void C_MessageReport::Note(const S_FrameRecord& record, const std::optional<S_TimeBin>& bin) {
   S_MessageRate* const row = m_rows.Of(record.frame);
   if (row == nullptr) return void(++m_leftOut);
   ++row->count;
@@ -26,7 +26,7 @@ void C_MessageRates::Note(const S_FrameRecord& record, const std::optional<S_Tim
   row->bytesNotDecoded += record.frame.length;
 }
 
-void C_MessageRates::Write(C_JsonWriter& json, const C_TimeBins& axis) const {
+void C_MessageReport::Write(C_JsonWriter& json, const C_TimeBins& axis) const {
   json.Key("messages").BeginArray();
   for (const S_MessageRate& row : m_rows.All()) {
     json.BeginObject();
@@ -42,7 +42,7 @@ void C_MessageRates::Write(C_JsonWriter& json, const C_TimeBins& axis) const {
   json.Key("messages_left_out").Integer(m_leftOut);
 }
 
-void C_MessageRates::WriteNotDecoded(C_JsonWriter& json, std::uint64_t bytes) const {
+void C_MessageReport::WriteNotDecoded(C_JsonWriter& json, std::uint64_t bytes) const {
   std::vector<const S_MessageRate*> rows;
   for (const S_MessageRate& row : m_rows.All())
     if (row.notDecoded > 0) rows.push_back(&row);

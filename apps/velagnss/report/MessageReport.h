@@ -1,6 +1,6 @@
 // How often each message comes, and how much of a stream is not decoded.
-#ifndef VELAGNSS_APPS_MESSAGE_RATES_H
-#define VELAGNSS_APPS_MESSAGE_RATES_H
+#ifndef VELAGNSS_APPS_MESSAGE_REPORT_H
+#define VELAGNSS_APPS_MESSAGE_REPORT_H
 
 #include <cstdint>
 #include <vector>
@@ -23,7 +23,7 @@ struct S_MessageRate : S_MessageRow {
 };
 
 // At most 256 messages, with some 50 kB for each.
-class C_MessageRates {
+class C_MessageReport {
  public:
   // `bin`: of the stream's time, which is that of the message.
   void Note(const S_FrameRecord& record, const std::optional<S_TimeBin>& bin);
@@ -45,4 +45,4 @@ class C_MessageRates {
 
 }  // namespace Host
 
-#endif  // VELAGNSS_APPS_MESSAGE_RATES_H
+#endif  // VELAGNSS_APPS_MESSAGE_REPORT_H
