@@ -28,7 +28,7 @@ set(rows
   "apps/velagnss/json/"      "${app}(json|epoch|pipeline|os|text)/|public"  # from here on: formats, which do not know each other
   "apps/velagnss/account/"   "${app}(account|pipeline|os|text)/|public"
   "apps/velagnss/report/"    "${app}(report|account|epoch|pipeline|record|os|text)/|public"
-  "apps/velagnss/monitor/"   "${app}(monitor|json|epoch|pipeline|input|os|text)/|public"
+  "apps/velagnss/monitor/"   "${app}(monitor|json|account|epoch|pipeline|input|os|text)/|public"
   "apps/velagnss/track/"     "${app}(track|epoch|pipeline|os|text)/|public"
   "apps/velagnss/rinex/"     "${app}(rinex|pipeline|os|text)/|public"
   "apps/velagnss/nmea/"      "${app}(nmea|pipeline|os|text)/|public"

@@ -2,10 +2,14 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <map>
 
 #include "Cases.h"
+#include "HostData.h"
 #include "MonitorStreams.h"
 #include "ObservationFrames.h"
+#include "apps/velagnss/account/StreamAccount.h"
+#include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/monitor/Rate.h"
 
 namespace {
@@ -156,6 +160,43 @@ TEST(MonitorFaults, AreRunsAndContents) {
   EXPECT_EQ(watched.View().faultCount, 2);
   EXPECT_EQ(watched.View().framesBad, 2);
   EXPECT_EQ(watched.View().bytesSkipped, 34);
+}
+
+using t_Counts = std::map<std::string, std::vector<std::uint64_t>>;
+
+t_Counts CountsOf(const S_SourceView& view) {
+  t_Counts counts{{"all", {view.bytes, view.framesGood, view.framesBad, view.bytesSkipped}}};
+  for (const S_MessageView& message : view.messages)
+    counts[message.protocol + " " + message.name] = {message.count, message.faults};
+  return counts;
+}
+
+t_Counts CountsOf(const C_StreamAccount& account) {
+  t_Counts counts{{"all", {account.Bytes(), account.FramesGood(), account.FramesBad(), account.BytesDamaged()}}};
+  for (const S_MessageCount& message : account.Messages())
+    counts[fmt::format("{} {}", velagnss::ProtocolName(message.key.protocol), message.name)] = {message.count,
+                                                                                                message.faults};
+  return counts;
+}
+
+// However the stream is cut, also when it is quiet in the midst of a frame.
+TEST(MonitorFaults, AreCountedAsInTheAccount) {
+  const std::string session = ReadHostFile("samples/session.bin");
+  for (const std::size_t piece : {100, 10007, 1000000}) {
+    C_SourceModel model("port");
+    C_StreamAccount account;
+    C_RecordRun run({ParseSearchList({}, false).value(), std::nullopt}, {&model, &account});
+    run.BeginInput("port");
+    for (std::size_t at = 0; at < session.size(); at += piece) {
+      const std::string_view bytes = std::string_view(session).substr(at, piece);
+      run.Feed({{reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()}, {}});
+      if (at == 10 * piece) run.OnQuiet();
+    }
+    const S_SourceView before = model.Snapshot();
+    run.EndInput();
+    EXPECT_EQ(before.framesBad, account.AtEnd().framesBad) << piece;
+    EXPECT_EQ(CountsOf(model.Snapshot()), CountsOf(account)) << piece;
+  }
 }
 
 struct S_FilterCase {

@@ -25,7 +25,6 @@ void C_FaultLog::OnRejection(const velagnss::RejectedStart& start, const C_TimeT
   if (!m_run) m_run = S_Run{start.offset, 0, 0, when};
   const bool isChecksum = start.reason == velagnss::RejectedStart::Reason::Checksum;
   ++(isChecksum ? m_run->checksums : m_run->others);
-  ++m_framesBad;
 }
 
 // TAG blocks belong to the sentence after them.
@@ -55,7 +54,6 @@ void C_FaultLog::Show(S_SourceView& view) const {
   view.faults.insert(view.faults.end(), m_last.begin(), m_last.end());
   view.faultCount = m_count + (m_run ? 1 : 0);
   view.contentFaults = m_contentFaults;
-  view.framesBad = m_framesBad;
   view.bytesSkipped = m_bytesSkipped;
 }
 

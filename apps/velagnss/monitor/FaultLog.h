@@ -36,7 +36,6 @@ class C_FaultLog {
   std::optional<S_Run> m_run;
   std::uint64_t m_count = 0;
   std::uint64_t m_contentFaults = 0;
-  std::uint64_t m_framesBad = 0;
   std::uint64_t m_bytesSkipped = 0;
 };
 

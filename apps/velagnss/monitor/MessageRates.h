@@ -3,9 +3,8 @@
 #define VELAGNSS_APPS_MESSAGE_RATES_H
 
 #include <cstdint>
-#include <string>
-#include <vector>
 
+#include "apps/velagnss/account/MessageRows.h"
 #include "apps/velagnss/monitor/Noted.h"
 #include "apps/velagnss/monitor/Rate.h"
 #include "apps/velagnss/monitor/SourceView.h"
@@ -21,10 +20,7 @@ class C_MessageRates {
   void Show(S_SourceView& view, const S_AgeClock& clock) const;
 
  private:
-  struct S_Row {
-    C_RawDataMessage::eProtocols protocol;
-    unsigned int message;  // all sentences that are not listed have the same
-    std::string name;
+  struct S_Row : S_MessageRow {
     std::uint64_t count = 0;
     std::uint64_t bytes = 0;
     std::uint64_t faults = 0;
@@ -32,10 +28,10 @@ class C_MessageRates {
     double step = 0;  // s between the last two
     C_Rate rate = {};
   };
-  S_Row* RowOf(const velagnss::Frame& frame);
+  static void Take(S_Row& row, const S_FrameRecord& record, double now);
   static S_MessageView ViewOf(const S_Row& row, const S_AgeClock& clock);
 
-  std::vector<S_Row> m_rows;  // by protocol, message and name
+  C_MessageRows<S_Row> m_rows{256};  // by protocol and message
   std::uint64_t m_leftOut = 0;
 };
 

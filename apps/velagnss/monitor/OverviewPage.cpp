@@ -144,10 +144,11 @@ t_Shown StreamOf(const S_SourceView& view) {
 }
 
 t_Shown FramesOf(const S_SourceView& view) {
-  const std::uint64_t bad = view.framesBad + view.contentFaults;
-  std::string text = fmt::format("{} good  {} bad", view.framesGood, bad);
+  std::string text = fmt::format("{} good  {} bad", view.framesGood, view.framesBad);
   if (view.bytesSkipped > 0) text += fmt::format("  {} skipped", SizeText(static_cast<double>(view.bytesSkipped)));
-  return S_Shown{text, kNoAge, false, bad > 0 ? eStyle::Warning : eStyle::Normal};
+  if (view.contentFaults > 0) text += fmt::format("  {} with wrong contents", view.contentFaults);
+  const bool isFlawed = view.framesBad + view.contentFaults > 0;
+  return S_Shown{text, kNoAge, false, isFlawed ? eStyle::Warning : eStyle::Normal};
 }
 
 // In the order of what matters: the first of them fit into the smallest terminal.

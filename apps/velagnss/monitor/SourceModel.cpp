@@ -78,6 +78,7 @@ void C_SourceModel::OnSkipped(const velagnss::SkippedRange& range) {
 
 void C_SourceModel::EndInput(const S_InputEnd& end) {
   m_hasEnded = true;
+  OnTotals(end.totals.overall);
   m_receivers.Finish(end.clock);
   m_raw.EndInput(end);
 }
@@ -127,6 +128,7 @@ S_SourceView C_SourceModel::Snapshot() const {
   view.time = Aged(m_time, clock);
   view.bytes = m_bytes;
   view.framesGood = m_frames;
+  view.framesBad = m_framesBad;
   view.bytesPerSecond = m_byteRate.PerSecond(clock.now);
   view.framesPerSecond = m_frameRate.PerSecond(clock.now);
   m_receivers.Show(view, clock);

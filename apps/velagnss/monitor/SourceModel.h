@@ -35,6 +35,7 @@ class C_SourceModel : public C_RecordConsumer {
   void OnFrame(const S_FrameRecord& record) override;
   void OnRejection(const velagnss::RejectedStart& start) override;
   void OnSkipped(const velagnss::SkippedRange& range) override;
+  void OnTotals(const velagnss::StreamTotals& totals) override { m_framesBad = totals.framesBad; }
   void EndInput(const S_InputEnd& end) override;
   void OnLink(const S_LinkChange& change) override;
 
@@ -63,6 +64,7 @@ class C_SourceModel : public C_RecordConsumer {
   std::uint64_t m_bytes = 0;
   std::uint64_t m_bytesRated = 0;  // offset up to which the rate has counted
   std::uint64_t m_frames = 0;
+  std::uint64_t m_framesBad = 0;
   double m_bytesAt = kNoAge;         // machine's time
   std::uint64_t m_bytesAtFrame = 0;  // bytes that had come with the last frame
   C_Rate m_byteRate;

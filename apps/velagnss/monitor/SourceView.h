@@ -134,9 +134,9 @@ struct S_SourceView {
 
   std::uint64_t bytes = 0;
   std::uint64_t framesGood = 0;
-  std::uint64_t framesBad = 0;     // starts whose body failed
-  std::uint64_t bytesSkipped = 0;  // of no frame
-  std::uint64_t contentFaults = 0;
+  std::uint64_t framesBad = 0;      // starts whose body failed
+  std::uint64_t bytesSkipped = 0;   // of no frame
+  std::uint64_t contentFaults = 0;  // good frames with wrong contents
   double bytesPerSecond = kNoAge;
   double framesPerSecond = kNoAge;
 

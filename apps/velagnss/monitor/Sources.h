@@ -46,8 +46,8 @@ class C_Sources {
  private:
   class C_Job;
 
-  // A source is only looked at under this lock. Whoever feeds goes behind whoever looks, who would otherwise come in
-  // rarely while a file is read.
+  // Every access to a source takes this lock. Feeding waits while a look is wanted: a file is fed without pause, and
+  // the screen would hardly ever get its turn.
   class C_Lock {
    public:
     enum class eFor { Feeding, Looking };

@@ -41,7 +41,7 @@ struct S_KeyHelp {
 constexpr S_KeyHelp kKeys[] = {
     {"1 to 5, ?", "pages; Left, Right: the one before, the next; Esc: back from this one"},
     {"Tab", "next source; Shift-Tab: the one before"},
-    {"Up, Down", "scroll by a line; Page Up, Page Down: by a screen; Home, End: to the top, to the end"},
+    {"Up, Down", "scroll by a line; Page Up, Page Down: by a third of the screen; Home, End: to the top, to the end"},
     {"p, Space", "pause: the screen stays as it is, the sources are read all the same"},
     {"f, /",
      "filter of the raw objects: protocols and messages, as in nmea,1077 or GGA:10; empty for all. Enter takes it, Esc "

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <initializer_list>
@@ -10,8 +11,10 @@
 namespace Host {
 namespace {
 
-volatile std::sig_atomic_t g_signal = 0;
-volatile std::sig_atomic_t g_hangups = 0;
+// Set by handlers, which may run in any thread, and read by others.
+std::atomic<int> g_signal = 0;
+std::atomic<unsigned int> g_hangups = 0;
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<unsigned int>::is_always_lock_free);
 int g_pipe[2] = {-1, -1};
 
 // Only async-signal-safe calls. The value of the byte does not matter, and a full pipe is readable anyway.
@@ -28,7 +31,7 @@ void Handle(int signal) {
 }
 
 void HandleHangup(int) {
-  g_hangups = g_hangups + 1;
+  ++g_hangups;
   Wake();
 }
 
@@ -73,13 +76,17 @@ unsigned int HangupsReceived() {
   for (char bytes[64]; ::read(g_pipe[0], bytes, sizeof bytes) > 0;) {
   }
   if (g_signal != 0) Wake();
-  return static_cast<unsigned int>(g_hangups);
+  return g_hangups;
 }
 
 int SignalReceived() { return g_signal; }
+
+// A signal that comes first decides.
 void RequestEnd() {
-  if (g_signal == 0) Handle(kEndRequested);
+  int none = 0;
+  if (g_signal.compare_exchange_strong(none, kEndRequested)) Wake();
 }
+
 int SignalDescriptor() { return g_pipe[0]; }
 
 }  // namespace Host

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <utility>
 
@@ -12,8 +13,9 @@
 namespace Host {
 namespace {
 
-volatile std::sig_atomic_t g_stop = 0;
-volatile std::sig_atomic_t g_resumed = 0;
+std::atomic<bool> g_stop = false;
+std::atomic<bool> g_resumed = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
 int g_pipe[2] = {-1, -1};
 
 // Also when the terminal is lost: using it then fails, and stops nobody.
@@ -25,8 +27,8 @@ bool IsInForeground(int terminal) {
 // Only async-signal-safe calls.
 void Note(int signal) {
   const int savedErrno = errno;
-  if (signal == SIGTSTP) g_stop = 1;
-  if (signal == SIGCONT) g_resumed = 1;
+  if (signal == SIGTSTP) g_stop = true;
+  if (signal == SIGCONT) g_resumed = true;
   const char byte = 0;
   [[maybe_unused]] const ssize_t written = ::write(g_pipe[1], &byte, 1);
   errno = savedErrno;
@@ -43,8 +45,8 @@ void Catch(int signal, struct sigaction* before) {
 
 C_TerminalSignals::C_TerminalSignals() : m_before() {
   if (::pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0) g_pipe[0] = g_pipe[1] = -1;
-  g_stop = 0;
-  g_resumed = 0;
+  g_stop = false;
+  g_resumed = false;
   for (int i = 0; i < 3; ++i) {
     Catch(kSignals[i], &m_before[i]);
     if (kSignals[i] == SIGTSTP && m_before[i].sa_handler == SIG_IGN) ::sigaction(SIGTSTP, &m_before[i], nullptr);
@@ -62,10 +64,7 @@ int C_TerminalSignals::Descriptor() const { return g_pipe[0]; }
 C_TerminalSignals::S_Came C_TerminalSignals::Take() {
   for (char bytes[64]; ::read(g_pipe[0], bytes, sizeof bytes) > 0;) {
   }
-  const S_Came came = {g_stop != 0, g_resumed != 0};
-  g_stop = 0;
-  g_resumed = 0;
-  return came;
+  return {g_stop.exchange(false), g_resumed.exchange(false)};
 }
 
 // Sent to this thread, so that it has its effect on the whole program before `raise` returns.

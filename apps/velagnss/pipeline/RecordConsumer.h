@@ -62,6 +62,9 @@ class C_RecordConsumer {
   virtual void OnSkipped(const velagnss::SkippedRange&) {}
   virtual void EndInput(const S_InputEnd&) {}
 
+  // After the items of bytes that have come: what became of the selected part of the input so far.
+  virtual void OnTotals(const velagnss::StreamTotals& /*totals*/) {}
+
   // The state of a live source has changed. What was cut off by a loss has become items before.
   virtual void OnLink(const S_LinkChange&) {}
 

@@ -46,6 +46,7 @@ void C_RecordRun::Feed(const S_Chunk& chunk) {
     consumer->OnBytes(chunk.bytes, chunk.isLive ? t_Arrival(chunk.arrival) : std::nullopt);
   m_reader.Feed(chunk.bytes.data(), chunk.bytes.size());
   Pump();
+  GiveTotals();
 }
 
 // Bytes that wait for those after them may be a false start that holds frames back: when no more are to be expected
@@ -54,6 +55,7 @@ void C_RecordRun::GiveUpWaiting() {
   if (m_reader.BytesQueued() == 0) return;
   m_reader.Finish();
   Pump();
+  GiveTotals();
 }
 
 void C_RecordRun::OnLink(const S_LinkChange& change) {
@@ -82,6 +84,11 @@ S_InputTotals C_RecordRun::Totals() const {
     return {m_reader.BytesFed(), m_reader.QueuedAtFinish(), m_reader.TotalsAtFinish(), m_reader.Totals()};
   const std::uint64_t queued = m_endsInWindow ? m_reader.QueuedAtFinish() : 0;
   return {m_partAtEnd.bytesAccepted + m_partAtEnd.bytesDiscarded + queued, queued, m_partAtEnd, m_part.Selected()};
+}
+
+void C_RecordRun::GiveTotals() {
+  m_part.NoteGap(m_reader.Totals(), m_isInWindow);
+  for (C_RecordConsumer* consumer : m_active) consumer->OnTotals(m_selectsAll ? m_reader.Totals() : m_part.Selected());
 }
 
 void C_RecordRun::Pump() {

@@ -48,6 +48,7 @@ class C_RecordRun : public C_StreamJob {
 
  private:
   void Pump();
+  void GiveTotals();
   void GiveUpWaiting();
   void Take(const velagnss::Frame& frame);
   bool Select(const velagnss::Frame& frame);
