@@ -232,6 +232,15 @@ TEST_F(ReportOfTheSample, HasTheNumbersOfStat) {
   EXPECT_EQ(computed["scatter"].size(), count);
 }
 
+// The first epoch has no week: the date comes after it.
+TEST_F(ReportOfTheSample, HasErrorsOfEpochsBeforeTheFirstDate) {
+  const json first = json::parse(Run("velagnss decode --msg RTCM1077 $S | head -n 1").output);
+  const Reported report(ReadHostFile("samples/session.bin").substr(first["offset"]));
+  const json& computed = report.At(1)["computed"];
+  EXPECT_EQ(computed["north_m"]["first"], 0);
+  EXPECT_EQ(computed["north_m"]["max"].size(), computed["scatter"].size());
+}
+
 // The last point of a track up to a bin; points that are the same as the one before are left out of it.
 json PlaceAt(const json& track, std::size_t bin) {
   json place;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "geo/LeapSeconds.h"
+#include "geo/NotAvailable.h"
 
 namespace Host {
 namespace {
@@ -72,11 +73,12 @@ S_Moment C_ReceiverReports::MomentOf(const S_Epoch& epoch) {
   return {m_contents.seconds, m_axis.Note(m_contents.seconds)};
 }
 
-// The epoch was on the axis when it came, long before it was solved.
+// The epoch was on the axis when it came, long before it was solved. It has no week if the stream had no date then.
 void C_ReceiverReports::NoteError(const C_GnssTime& time, const C_Vector3& error) {
   if (m_clock == nullptr) return;
   const velagnss::UtcTime utc = velagnss::UtcOfGps(time);
-  const auto bin = m_axis.Find(StreamSecondsOf(*m_clock, utc.mjd, utc.secondsOfDay));
+  const std::optional<unsigned int> mjd = IsNotAvailable(time.m_week) ? std::nullopt : std::optional(utc.mjd);
+  const auto bin = m_axis.Find(StreamSecondsOf(*m_clock, mjd, utc.secondsOfDay));
   m_contents.computed.north.Add(bin, error.X());
   m_contents.computed.east.Add(bin, error.Y());
   m_contents.computed.up.Add(bin, error.Z());

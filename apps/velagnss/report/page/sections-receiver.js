@@ -156,17 +156,21 @@ const ReceiverSections = (() => {
     });
   }
 
+  // Pairs of a name and a count: each count that is not 0 with its share of all of them.
+  function shares(pairs) {
+    const total = pairs.reduce((sum, [, count]) => sum + count, 0);
+    return pairs
+      .filter(([, count]) => count)
+      .map(([name, count]) => [name, `${Format.number(count)} (${Format.number((100 * count) / total, 1)} %)`]);
+  }
+
+  // Not every epoch has a GSA, so types have a total of their own.
   function fix(receiver, input, group) {
-    if (!receiver.fix) return null;
-    const total = receiver.fix.epochs.reduce((sum, count) => sum + count, 0);
-    if (total === 0) return null;
-    const share = (count) => `${Format.number(count)} (${Format.number((100 * count) / total, 1)} %)`;
-    const facts = Table.pairs([
-      ...receiver.fix.kinds.map((kind, i) => [kind, receiver.fix.epochs[i] ? share(receiver.fix.epochs[i]) : null]),
-      ...Object.entries(receiver.fix.type ?? {})
-        .filter(([, count]) => count)
-        .map(([name, count]) => [`Type ${name}`, share(count)]),
-    ]);
+    const { kinds, epochs, type } = receiver.fix;
+    const types = Object.entries(type).map(([name, count]) => [`Type ${name}`, count]);
+    const found = [...shares(kinds.map((kind, i) => [kind, epochs[i]])), ...shares(types)];
+    if (found.length === 0) return null;
+    const facts = Table.pairs(found);
     const rows = group ? fixRows(receiver.fix, group.grid) : [];
     if (rows.length === 0) return facts;
     const chart = Timeline.chart(group, rows, {
@@ -285,7 +289,7 @@ const ReceiverSections = (() => {
       id: 'satellites',
       title: 'Satellites over time',
       timed: true,
-      missing: 'no satellites with a time: they come from GSV and GSA sentences or RTCM 3 observations',
+      missing: 'no satellites with a time: they come from GSV, GSA, GGA and GNS sentences or RTCM 3 observations',
       show: satellites,
     },
     { id: 'fix', title: 'Fix', missing: 'no sentence states a kind of fix', show: fix },
@@ -310,7 +314,7 @@ const ReceiverSections = (() => {
       title: 'Dilution of precision',
       half: true,
       timed: true,
-      missing: 'no DOP: it comes from GSA and GGA sentences, or from computed positions',
+      missing: 'no DOP: it comes from GSA, GGA and GNS sentences',
       show: ({ dop }, input, group) =>
         lines(
           group,

@@ -186,7 +186,7 @@ const StreamSections = (() => {
         Dom.make(
           'p',
           { class: 'none' },
-          `Without steps and rates, which would be too many: ${Format.plural(leftOut, 'message')}.`,
+          `Without steps and rates, because there are too many different messages: ${Format.plural(leftOut, 'frame')}.`,
         ),
       timed.length > 0 && presences(timed, group),
       timed.length > 0 && rates(timed, group).figure,
@@ -205,6 +205,7 @@ const StreamSections = (() => {
     const facts = Table.pairs([
       ['Messages with a time', Format.number(one.count)],
       ['Mean', Format.duration(one.mean_s)],
+      ['Least', Format.duration(one.min_s)],
       ['Median', Format.duration(one.p50_s)],
       ['90 % within', Format.duration(one.p90_s)],
       ['99 % within', Format.duration(one.p99_s)],
