@@ -25,7 +25,7 @@ constexpr S_Unit kSizes[] = {{"B", 1}, {"kB", 1000}, {"MB", 1000}, {"GB", 1000},
 template <std::size_t N>
 std::string UnitText(double value, const S_Unit (&units)[N], bool hasDecimal) {
   std::size_t unit = 0;
-  while (unit + 1 < N && value >= units[unit + 1].factor) value /= units[++unit].factor;
+  while (unit + 1 < N && std::round(value) >= units[unit + 1].factor) value /= units[++unit].factor;
   constexpr double kFewDigits = 10;
   return fmt::format("{:.{}f} {}", value, hasDecimal && value < kFewDigits ? 1 : 0, units[unit].name);
 }
