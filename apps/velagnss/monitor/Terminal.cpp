@@ -16,6 +16,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "apps/velagnss/monitor/TerminalType.h"
 #include "apps/velagnss/os/Signals.h"
 #include "apps/velagnss/os/TerminalSignals.h"
 
@@ -143,7 +144,9 @@ std::optional<std::string> C_Terminal::Open(const S_TerminalOptions& options) {
   if (SignalReceived() != 0) return std::nullopt;
   m_isPlain = !SetCharacters() || options.isPlain;
   const std::string type = TerminalType();
-  m_screen = type.empty() ? nullptr : ::newterm(type.c_str(), m_out.get(), m_in.get());
+  // newterm would not free what it has allocated for a type that it does not find.
+  const bool isKnown = IsTerminalTypeKnown(type, m_descriptor);
+  m_screen = isKnown ? ::newterm(type.c_str(), m_out.get(), m_in.get()) : nullptr;
   if (m_screen == nullptr)
     return fmt::format("terminals of the type '{}' are unknown here; set TERM, for example to xterm{}", type, kAdvice);
   if (!CanDo("cup") || !CanDo("clear")) {
