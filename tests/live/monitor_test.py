@@ -206,6 +206,7 @@ class KeyTest(MonitorCase):
         feeds = (Feed(self, lambda number: gga(number, number % 30), 10), Feed(self, lambda number: gga(number, 45), 10))
         tmux = self.tmux()
         tmux.start("monitor", *(feed.address for feed in feeds), harness.SESSION)
+        tmux.wait_for(r"ended\].* tcp://.* tcp://")
         for position in ("51.4767879 N", r"48\.\d+ N", r"48\.7500000 N", "51.4767879 N"):  # files come first
             tmux.wait_for(position)
             tmux.keys("Tab")
