@@ -49,7 +49,7 @@ std::optional<S_LogLine> C_MessageLog::Latest() const {
   return m_kept.back().line;
 }
 
-// If standard error is no terminal, they have been written there all along.
+// If standard error is not a terminal, they have been written there all along.
 void C_MessageLog::GiveBack() {
   SetMessageTaker({});
   if (::isatty(STDERR_FILENO) == 0) return;

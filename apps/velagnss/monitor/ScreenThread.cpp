@@ -27,7 +27,7 @@ C_ScreenThread::C_ScreenThread(C_Wake& wake, C_Sources& sources, const C_Message
       m_log(log),
       m_controls(filter, [&sources](std::string_view text) { return sources.SetFilter(text); }) {}
 
-// In the midst of an exception: a second one is of no use.
+// When another exception is on its way, a second one would end the program without a message.
 C_ScreenThread::~C_ScreenThread() {
   try {
     if (Stop() == eEnd::Stuck) std::_Exit(eExitOutput);

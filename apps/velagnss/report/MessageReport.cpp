@@ -10,7 +10,7 @@ void WriteName(C_JsonWriter& json, const S_MessageRow& row) {
   json.Key("message").String(row.name);
 }
 
-// Of a single epoch there is no step.
+// A single epoch has no step.
 double StepOrNone(double seconds) { return seconds > 0 ? seconds : kNotKnown; }
 
 }  // namespace
