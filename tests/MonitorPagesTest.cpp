@@ -8,6 +8,7 @@
 #include "MonitorStreams.h"
 #include "ObservationFrames.h"
 #include "apps/velagnss/monitor/Pages.h"
+#include "apps/velagnss/monitor/ViewText.h"
 
 namespace {
 
@@ -315,6 +316,13 @@ TEST_ROWS(MonitorBar, HasEighths, kBars, row) {
     C_Pane(grid).BarRight(0, 0, 4, row.share, eStyle::Normal);
     EXPECT_EQ(grid.Text(0), isPlain ? row.plain : row.utf8);
   }
+}
+
+TEST(MonitorText, HasTheUnitOfWhatItRoundsTo) {
+  EXPECT_EQ(AgeText(59.4), "59 s");
+  EXPECT_EQ(AgeText(59.6), "1.0 min");
+  EXPECT_EQ(SizeText(999'499), "999 kB");
+  EXPECT_EQ(SizeText(999'999), "1.0 MB");
 }
 
 }  // namespace
