@@ -17,6 +17,7 @@ import screen
 from harness import PATIENCE, wait_until
 from screen import LARGE, SMALL
 
+SAMPLE = harness.SESSION.name  # terminals work in its directory, so that no tab is wide
 ENDS_WITHIN = 20.0 if harness.IS_SANITIZED else 2.0  # seconds
 
 
@@ -103,7 +104,7 @@ class ScreenTest(MonitorCase):
         for number, size in enumerate((SMALL, LARGE), 1):
             with self.subTest(size=size):
                 tmux.resize(*size)
-                done = tmux.start("monitor", harness.SESSION)
+                done = tmux.start("monitor", SAMPLE)
                 tmux.wait_for(r"^\[.*session.bin: ended\]$")
                 top = tmux.text()
                 self.assertRegex(top, rf"{epoch['latitude_deg']:.7f} N +{epoch['longitude_deg']:.7f} E")
@@ -137,7 +138,7 @@ class ScreenTest(MonitorCase):
 
     def test_resize(self):
         tmux = self.tmux()
-        tmux.start("monitor", harness.SESSION)
+        tmux.start("monitor", SAMPLE)
         tmux.wait_for("ended")
         for columns, rows, expected in ((200, 50, "with wrong contents$"), (30, 8, "Too small"), (80, 24, "44 bad$"),
                                         (300, 12, "with wrong contents$"), (80, 24, "44 bad$")):
@@ -161,7 +162,7 @@ class ScreenTest(MonitorCase):
                 ("TERM=vt100", (), True, False)):
             with self.subTest(environment=environment, options=options):
                 tmux = self.tmux()
-                tmux.start("monitor", *options, harness.SESSION, environment=environment)
+                tmux.start("monitor", *options, SAMPLE, environment=environment)
                 tmux.wait_for("ended")
                 text = tmux.text("-e")
                 self.assertEqual(not text.isascii(), has_utf8)
@@ -173,7 +174,7 @@ class ScreenTest(MonitorCase):
 class KeyTest(MonitorCase):
     def test_pages_and_scrolling(self):
         tmux = self.tmux()
-        tmux.start("monitor", harness.SESSION)
+        tmux.start("monitor", SAMPLE)
         for key, page in (("3", "3 Messages"), ("Right", "4 Raw"), ("Left", "3 Messages"), ("?", r"\? Help"),
                           ("Escape", "3 Messages")):
             tmux.keys(key)
@@ -184,7 +185,7 @@ class KeyTest(MonitorCase):
 
     def test_filter(self):
         tmux = self.tmux()
-        tmux.start("monitor", "--msg", "RMC", harness.SESSION)
+        tmux.start("monitor", "--msg", "RMC", SAMPLE)
         tmux.wait_for("ended")
         tmux.keys("4")
         tmux.wait_for(lambda text: '"RMC"' in text and '"GGA"' not in text)
@@ -205,7 +206,7 @@ class KeyTest(MonitorCase):
     def test_tabs_and_pause(self):
         feeds = (Feed(self, lambda number: gga(number, number % 30), 10), Feed(self, lambda number: gga(number, 45), 10))
         tmux = self.tmux()
-        tmux.start("monitor", *(feed.address for feed in feeds), harness.SESSION)
+        tmux.start("monitor", *(feed.address for feed in feeds), SAMPLE)
         tmux.wait_for(r"ended\].* tcp://.* tcp://")
         for position in ("51.4767879 N", r"48\.\d+ N", r"48\.7500000 N", "51.4767879 N"):  # files come first
             tmux.wait_for(position)
@@ -244,7 +245,7 @@ class EndTest(MonitorCase):
             with self.subTest(end=end):
                 tmux = self.tmux()
                 tmux.shell("echo before")
-                done = tmux.start("monitor", harness.SESSION, feed.address)
+                done = tmux.start("monitor", SAMPLE, feed.address)
                 tmux.wait_for(r"^\[.*session.bin: ended\]")
                 pid = self.child_of(int(tmux.do("display", "-p", "#{pane_pid}")))
                 begin = time.monotonic()
@@ -265,7 +266,7 @@ class EndTest(MonitorCase):
 
     def test_stop_and_go_on(self):
         tmux = self.tmux(shell="bash --norc --noprofile -i")
-        tmux.start("monitor", harness.SESSION)
+        tmux.start("monitor", SAMPLE)
         tmux.wait_for("ended")
         shell = int(tmux.do("display", "-p", "#{pane_pid}"))
         pid = self.child_of(shell)

@@ -14,7 +14,7 @@ SMALL, LARGE = (80, 24), (200, 50)  # columns, rows
 
 
 class Tmux:
-    """A shell in a terminal that tmux plays, on a server of its own."""
+    """A shell in a terminal that tmux plays, on a server of its own. It works where the sample is."""
 
     def __init__(self, where, size=SMALL, shell="sh"):
         self.where = pathlib.Path(tempfile.mkdtemp(dir=where))
@@ -23,7 +23,7 @@ class Tmux:
         environment = dict(os.environ, PS1="$ ", LC_ALL="C.UTF-8", ENV="")
         environment.pop("TMUX", None)
         subprocess.run([*self.command, "new-session", "-d", "-x", str(size[0]), "-y", str(size[1]), shell], check=True,
-                       env=environment)
+                       cwd=harness.SESSION.parent, env=environment)
 
     def do(self, *words):
         return subprocess.run([*self.command, *map(str, words)], check=True, stdout=subprocess.PIPE).stdout.decode()
