@@ -33,6 +33,7 @@ set(rows
   "apps/velagnss/rinex/"     "${app}(rinex|pipeline|os|text)/|public"
   "apps/velagnss/nmea/"      "${app}(nmea|pipeline|os|text)/|public"
   "apps/velagnss/relay/"     "${app}(relay|json|pipeline|sinks|input|net|os|text)/|public"
+  "apps/velagnss/jobs/"      "${app}(jobs|relay|json|pipeline|sinks|input|net|os|text)/|public"
   "apps/"                    "apps/|public"  # commands and main
   "examples/"       "public")
 

@@ -3,6 +3,7 @@
 #define VELAGNSS_APPS_RECORD_RUN_H
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -12,6 +13,12 @@
 #include "apps/velagnss/pipeline/RecordConsumer.h"
 
 namespace Host {
+
+// A part of a stream, by offsets: a frame belongs to the range that its first byte is in.
+struct S_ByteRange {
+  std::uint64_t begin = 0;
+  std::uint64_t end = std::numeric_limits<std::uint64_t>::max();
+};
 
 // How a stream is read.
 struct S_RunOptions {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "apps/velagnss/input/InputIdentity.h"
+
 namespace Host {
 namespace {
 
@@ -25,6 +27,12 @@ std::vector<C_RecordConsumer*> C_RelayJob::ConsumersOf(const t_Makers& makers) {
   std::vector<C_RecordConsumer*> consumers;
   for (const auto& [units, maker] : makers) consumers.push_back(&maker->Consumer());
   return consumers;
+}
+
+void C_RelayJob::BeginInput(const std::string& name) {
+  const auto input = std::make_shared<const S_InputOrigin>(S_InputOrigin{name, IdentityOfInput(name)});
+  for (const auto& [units, maker] : m_makers) maker->SetInput(input);
+  m_run.BeginInput(name);
 }
 
 void C_RelayJob::Feed(const S_Chunk& chunk) {

@@ -22,7 +22,7 @@ class C_RelayJob : public C_StreamJob {
  public:
   C_RelayJob(const S_RelayOptions& options, C_Destinations& destinations);
 
-  void BeginInput(const std::string& name) override { m_run.BeginInput(name); }
+  void BeginInput(const std::string& name) override;
   void Feed(const S_Chunk& chunk) override;
   void EndInput() override;
   bool WantsMore() const override { return m_destinations.WantsMore(); }

@@ -6,6 +6,7 @@
 #include "apps/velagnss/json/JsonLines.h"
 #include "apps/velagnss/text/FrameBytes.h"
 #include "apps/velagnss/text/Lists.h"
+#include "stream/Names.h"
 
 namespace Host {
 namespace {
@@ -13,12 +14,20 @@ namespace {
 // A raw stream has no borders of its own, and a datagram of this size passes every Ethernet in one packet.
 constexpr std::size_t kRawUnit = 1'400;
 
+S_UnitOrigin OriginOf(const velagnss::Frame& frame) {
+  const std::string_view unlisted = velagnss::UnlistedName(frame);
+  const velagnss::MessageName listed(frame.protocol, frame.message);
+  return {frame.offset, velagnss::ProtocolName(frame.protocol),
+          std::string(unlisted.empty() ? listed.Text() : unlisted)};
+}
+
 class C_PieceMaker : public C_UnitMaker, public C_RecordConsumer {
  public:
   C_RecordConsumer& Consumer() override { return *this; }
   std::size_t Size() const override { return m_piece.bytes.size(); }
   t_Piece Take() override {
     if (m_piece.ends.empty()) return nullptr;
+    m_piece.input = m_input;
     return std::make_shared<const S_Piece>(std::exchange(m_piece, {}));
   }
 
@@ -50,6 +59,7 @@ class C_FrameUnits : public C_PieceMaker {
     if (!m_filter.Passes(record.frame, record.clock.Seconds())) return;
     AppendFrame(record.frame, m_piece.bytes);
     m_piece.EndUnit();
+    m_piece.origins.push_back(OriginOf(record.frame));
   }
 
  private:
@@ -70,6 +80,7 @@ class C_JsonUnits : public C_UnitMaker {
 
 t_Piece C_JsonUnits::Take() {
   S_Piece piece;
+  piece.input = m_input;
   piece.bytes = m_lines.Text().Text();
   m_lines.Text().ClearText();
   if (piece.bytes.empty()) return nullptr;

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "apps/velagnss/pipeline/MessageFilter.h"
 #include "apps/velagnss/pipeline/RecordConsumer.h"
@@ -28,6 +29,9 @@ class C_UnitMaker {
  public:
   virtual ~C_UnitMaker() = default;
 
+  // Where the units come from that are made from now on.
+  void SetInput(std::shared_ptr<const S_InputOrigin> input) { m_input = std::move(input); }
+
   // What makes the units.
   virtual C_RecordConsumer& Consumer() = 0;
 
@@ -36,6 +40,9 @@ class C_UnitMaker {
 
   // Takes the units; null when there are none.
   virtual t_Piece Take() = 0;
+
+ protected:
+  std::shared_ptr<const S_InputOrigin> m_input;
 };
 
 // `namesInput`: in every line of JSON.

@@ -3,6 +3,7 @@
 #define VELAGNSS_APPS_PIECE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,11 +11,26 @@
 
 namespace Host {
 
+// The input of a piece.
+struct S_InputOrigin {
+  std::string name;
+  std::string identity;  // InputIdentity.h
+};
+
+// Where a unit comes from, for destinations that sort units by it.
+struct S_UnitOrigin {
+  std::uint64_t offset = 0;   // of the first byte of its frame, or of the first frame of its epoch
+  std::string_view protocol;  // the names that JSON has; an epoch: "epoch"
+  std::string message;        // likewise; an epoch: "epoch"
+};
+
 // Units that were ready at the same time: frames, lines of JSON, pieces of a raw stream. A destination sends all of
 // them or drops all of them, so a reader never sees a part of a unit.
 struct S_Piece {
   std::string bytes;
-  std::vector<std::size_t> ends;  // where each unit ends; the last is the end of `bytes`
+  std::vector<std::size_t> ends;               // where each unit ends; the last is the end of `bytes`
+  std::vector<S_UnitOrigin> origins;           // of each unit; none for units of the raw stream
+  std::shared_ptr<const S_InputOrigin> input;  // that all of them come from
 
   // What was appended to `bytes` since the last call is a unit; nothing is none.
   void EndUnit() {
