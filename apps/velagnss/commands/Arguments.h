@@ -2,7 +2,7 @@
 #ifndef VELAGNSS_APPS_ARGUMENTS_H
 #define VELAGNSS_APPS_ARGUMENTS_H
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <optional>
 #include <string>

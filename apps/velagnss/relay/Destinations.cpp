@@ -1,6 +1,6 @@
 #include "apps/velagnss/relay/Destinations.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
