@@ -66,9 +66,13 @@ struct S_StreamArguments {
   std::string from;  // UTC
   std::string until;
   std::vector<std::string> talkers;
+  S_ByteRange range;
+  unsigned int cores = 1;
   C_FrameSelection selection;  // made of these three once the command line has been read
 };
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream);
+void DeclareCores(CLI::App& app, S_StreamArguments& stream);
+void DeclareRange(CLI::App& app, S_StreamArguments& stream);
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream);
 
 // Which frames a command that writes frames writes.

@@ -17,8 +17,14 @@ class C_StreamJob {
   virtual void Feed(const S_Chunk& chunk) = 0;
   virtual void EndInput() = 0;
 
-  // False ends the inputs early: everything asked for has been done.
+  // False ends the input early: everything asked for has been done.
   virtual bool WantsMore() const { return true; }
+
+  // The same for the inputs after the one that is fed.
+  virtual bool WantsMoreInputs() const { return WantsMore(); }
+
+  // The most bytes to feed at once where somebody looks at what has been made of them in between.
+  virtual std::size_t FeedSize() const { return 1 << 13; }
 
   // The input may have to be waited for: what is ready should be shown now.
   virtual void BeforeWait() {}

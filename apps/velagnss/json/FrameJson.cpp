@@ -43,6 +43,12 @@ std::string_view SentenceOf(const velagnss::Frame& frame) {
 
 }  // namespace
 
+void C_FrameJson::WriteLike(const C_FrameJson& other) {
+  m_input = other.m_input;
+  m_arrival = other.m_arrival;
+  m_hex = other.m_hex;
+}
+
 void C_FrameJson::Begin() {
   m_json.BeginObject();
   m_json.Key("schema").Integer(kSchemaVersion);

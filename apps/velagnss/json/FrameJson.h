@@ -24,6 +24,9 @@ class C_FrameJson {
   // When the last bytes of what follows came; none for inputs that are not live.
   void SetArrival(t_Arrival arrival) { m_arrival = arrival; }
 
+  // Writes the same as another one from here on, to its own writer.
+  void WriteLike(const C_FrameJson& other);
+
   // Adds the bytes of frames and events as hexadecimal digits.
   void SetHex(bool isWanted) { m_hex = isWanted; }
 

@@ -42,6 +42,12 @@ class C_JsonLines : public C_RecordConsumer {
     return !m_options.framesOnly || m_options.filter.UsesTime() || m_options.epochs;
   }
   bool NeedsEvents() const override { return true; }
+  bool GoesThroughRanges() const override { return true; }
+  void Mute(bool isMute) override { m_isMute = isMute; }
+  std::unique_ptr<C_BlockWork> MakeBlockWork() override { return std::make_unique<C_BlockLines>(); }
+  void BeginBlock(C_BlockWork* work) override;
+  void EndBlock() override { m_block = nullptr; }
+  void Collect(C_BlockWork& work) override { m_json.Lines(static_cast<C_BlockLines&>(work).Text()); }
   void BeginInput(const std::string& name) override;
   void OnBytes(std::span<const unsigned char>, t_Arrival arrival) override { m_lines.SetArrival(arrival); }
   void OnLink(const S_LinkChange& change) override;
@@ -52,18 +58,24 @@ class C_JsonLines : public C_RecordConsumer {
   bool WantsMore() const override { return m_framesWritten < m_options.count; }
 
  private:
-  void OnEpoch(const S_Epoch& epoch);
-  S_TagBlocks TagOf(const velagnss::Frame& frame) const;
+  void OnEpoch(S_Epoch&& epoch);
+  bool FollowsSkipped(const velagnss::Frame& frame) const;
+
+  // Writes the line, now or as the work of a block.
+  template <class Line>
+  void Put(Line line);
 
   S_JsonLinesOptions m_options;
   C_JsonWriter m_json;
   C_FrameJson m_lines;
-  C_RejectionLines m_rejections{m_lines};
-  C_EpochBuilder m_epochs{[this](const S_Epoch& epoch) { OnEpoch(epoch); }};
+  C_BlockLines* m_block = nullptr;  // in a run on several cores
+  C_RejectionLines m_rejections{[this](const S_RejectionsLine& line) { Put(line); }};
+  C_EpochBuilder m_epochs{[this](S_Epoch&& epoch) { OnEpoch(std::move(epoch)); }};
   std::string m_skipped;           // the last run of bytes of no frame, if it may end with a TAG block
   std::uint64_t m_skippedEnd = 0;  // where it ends
   std::uint64_t m_framesWritten = 0;
   std::uint64_t m_dataErrors = 0;
+  bool m_isMute = false;
 };
 
 }  // namespace Host

@@ -5,12 +5,14 @@
 #define VELAGNSS_APPS_RECORD_CONSUMER_H
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 
 #include "apps/velagnss/input/ByteSource.h"
 #include "apps/velagnss/os/ExitCodes.h"
+#include "apps/velagnss/pipeline/FrameBlock.h"
 #include "stream/FrameReader.h"
 #include "stream/RecordDecoder.h"
 #include "stream/StreamClock.h"
@@ -53,9 +55,16 @@ class C_RecordConsumer {
   virtual bool NeedsRecords() const { return true; }
   virtual bool NeedsEvents() const { return false; }
 
+  // When only a range of the input is wanted: whether what comes before it matters to what is made of the range. Then
+  // it gets those items as well, between `Mute(true)` and `Mute(false)`, and takes from them what it has to know, but
+  // makes nothing of them. It is mute again from the end of the range on, if the input goes on. So what is made of
+  // ranges side by side is together what is made of the whole.
+  virtual bool GoesThroughRanges() const { return false; }
+  virtual void Mute(bool /*isMute*/) {}
+
   virtual void BeginInput(const std::string& /*name*/) {}
 
-  // Before the items that end in these bytes: the raw bytes as they came, and when.
+  // Before the items that end in these bytes: the raw bytes as they came, those of the range only, and when.
   virtual void OnBytes(std::span<const unsigned char> /*bytes*/, t_Arrival /*arrival*/) {}
   virtual void OnFrame(const S_FrameRecord& record) = 0;
   virtual void OnRejection(const velagnss::RejectedStart&) {}
@@ -67,6 +76,18 @@ class C_RecordConsumer {
 
   // The state of a live source has changed. What was cut off by a loss has become items before.
   virtual void OnLink(const S_LinkChange&) {}
+
+  // In a run on several cores each consumer gets its items on whatever thread is free, at the same time as others get
+  // later ones. Whether it uses meanwhile what the one before it among the consumers has collected: then both get each
+  // item in turn.
+  virtual bool UsesPreceding() const { return false; }
+
+  // There the items come in blocks. A consumer may put off what needs no order: it has `MakeBlockWork` make a place for
+  // that, gets the place back for each block, and when the work has been done, in the order of the blocks.
+  virtual std::unique_ptr<C_BlockWork> MakeBlockWork() { return nullptr; }
+  virtual void BeginBlock(C_BlockWork* /*work*/) {}
+  virtual void EndBlock() {}
+  virtual void Collect(C_BlockWork& /*work*/) {}
 
   // False: it needs no items, or no more of them. It is asked after each item.
   virtual bool WantsMore() const { return true; }
