@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace Host {
 namespace {
@@ -10,6 +12,9 @@ namespace {
 // A view may join 500 tables, as SQLite is built. Only messages with a decoder have a table, and these are fewer, so
 // this limit is never met; nothing that a stream sends may depend on that.
 constexpr std::size_t kMostTables = 400;
+
+// Of the last bytes of an input.
+constexpr std::string_view kCutOff = "cut off at the end of the input";
 
 }  // namespace
 
@@ -61,7 +66,7 @@ void C_RowStore::CreateAll() {
   m_database.Execute(HeadStatements());
   LoadTables();
   m_database.Execute(ViewStatements());
-  MakeFramesView();
+  m_hasNewTables = true;
 }
 
 void C_RowStore::LoadTables() {
@@ -81,6 +86,7 @@ void C_RowStore::Commit() {
   if (!m_isInTransaction) return;
   for (const auto& [input, offset] : m_offsets) NoteOffset(input, offset);
   m_offsets.clear();
+  if (std::exchange(m_hasNewTables, false)) MakeFramesView();
   m_schemaVersion.Step();
   m_knownSchema = m_schemaVersion.Integer(0);
   m_schemaVersion.Reset();
@@ -114,15 +120,42 @@ std::int64_t C_RowStore::IdOf(const S_InputOrigin& input) {
 void C_RowStore::Put(const S_Piece& piece) {
   Begin();
   const std::int64_t input = IdOf(*piece.input);
-  std::int64_t& greatest = m_offsets[input];
+  S_Span span;
   m_cells.SetLines(piece.bytes);
-  while (m_cells.Next()) {
-    const std::string_view event = m_cells.Text("event");
-    C_RowTable& table = event.empty() ? TableOfFrame() : TableOfEvent(event);
-    const std::int64_t* const offset = m_cells.Integer("offset");
-    ++(table.Put(input, offset, m_cells) ? m_rowsNew : m_rowsKnown);
-    if (offset != nullptr) greatest = std::max(greatest, *offset);
-  }
+  while (m_cells.Next()) PutLine(input, span);
+  if (span.last < 0) return;
+  ForgetOldEnds(input, span);
+  std::int64_t& greatest = m_offsets[input];
+  greatest = std::max(greatest, span.last);
+}
+
+void C_RowStore::PutLine(std::int64_t input, S_Span& span) {
+  const std::string_view event = m_cells.Text("event");
+  C_RowTable& table = event.empty() ? TableOfFrame() : TableOfEvent(event);
+  const std::int64_t* const offset = m_cells.Integer("offset");
+  ++(table.Put(input, offset, m_cells) ? m_rowsNew : m_rowsKnown);
+  if (offset == nullptr) return;
+  span = {std::min(span.first, *offset), std::max(span.last, *offset)};
+  std::int64_t key = 0;
+  if (m_cells.Text("why") == kCutOff && MakeKey(input, *offset, key)) m_ends.insert(key);
+}
+
+// The stream goes on where an earlier run met its end: that was signaled, or the file has grown since.
+void C_RowStore::ForgetOldEnds(std::int64_t input, const S_Span& span) {
+  std::int64_t first = 0;
+  std::int64_t last = 0;
+  MakeKey(input, span.first, first);
+  MakeKey(input, span.last, last);
+  if (!m_oldEnds.IsPrepared())
+    m_oldEnds = m_database.Prepare("SELECT id FROM skipped WHERE id >= ?1 AND id < ?2 AND why = ?3");
+  m_oldEnds.Bind(1, first);
+  m_oldEnds.Bind(2, last);
+  m_oldEnds.Bind(3, kCutOff);
+  std::vector<std::int64_t> old;
+  while (m_oldEnds.Step())
+    if (!m_ends.contains(m_oldEnds.Integer(0))) old.push_back(m_oldEnds.Integer(0));
+  m_oldEnds.Reset();
+  for (const std::int64_t key : old) m_database.Execute(fmt::format("DELETE FROM skipped WHERE id = {}", key));
 }
 
 C_RowTable& C_RowStore::TableOfEvent(std::string_view event) {
@@ -148,9 +181,10 @@ C_RowTable& C_RowStore::AddTable(const std::string& name, std::string_view proto
   note.Bind(2, protocol);
   note.Bind(3, message);
   note.Step();
-  C_RowTable& table = m_tables.try_emplace(name, m_database, name, FrameColumns(), false).first->second;
+  const std::vector<S_Column> columns = C_RowTable::ColumnsFor(FrameColumns(), m_cells);
+  C_RowTable& table = m_tables.try_emplace(name, m_database, name, columns, false).first->second;
   m_tablesOfFrames[m_frameKind] = &table;
-  MakeFramesView();
+  m_hasNewTables = true;
   return table;
 }
 

@@ -4,7 +4,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <limits>
 #include <map>
+#include <set>
 #include <string>
 #include <unordered_map>
 
@@ -35,6 +37,12 @@ class C_RowStore {
   std::uint64_t RowsKnown() const { return m_rowsKnown; }  // that were there already
 
  private:
+  // The offsets of the units of a piece.
+  struct S_Span {
+    std::int64_t first = std::numeric_limits<std::int64_t>::max();
+    std::int64_t last = -1;
+  };
+
   void Configure();
   void CheckOwner();
   void CreateAll();
@@ -45,12 +53,15 @@ class C_RowStore {
   C_RowTable& TableOfFrame();
   C_RowTable& AddTable(const std::string& name, std::string_view protocol, std::string_view message);
   void MakeFramesView();
+  void PutLine(std::int64_t input, S_Span& span);
+  void ForgetOldEnds(std::int64_t input, const S_Span& span);
   void NoteOffset(std::int64_t input, std::int64_t offset);
 
   C_Sqlite m_database;
   C_Statement m_begin;
   C_Statement m_commit;
   C_Statement m_schemaVersion;
+  C_Statement m_oldEnds;
   std::int64_t m_knownSchema = -1;
   C_Cells m_cells;
   std::map<std::string, C_RowTable, std::less<>> m_tables;        // by name
@@ -58,6 +69,8 @@ class C_RowStore {
   std::string m_frameKind;                                        // of the line at hand: a key of these
   std::map<std::string, std::int64_t> m_inputs;                   // by identity
   std::map<std::int64_t, std::int64_t> m_offsets;                 // the greatest one of each input, to be committed
+  std::set<std::int64_t> m_ends;                                  // the keys of ends of inputs that this run has met
+  bool m_hasNewTables = false;                                    // that the view of all frames does not show yet
   bool m_isInTransaction = false;
   std::uint64_t m_rowsNew = 0;
   std::uint64_t m_rowsKnown = 0;

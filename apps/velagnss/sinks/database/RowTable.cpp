@@ -15,6 +15,8 @@ constexpr int kInput = 2;
 // Members that no table holds unless it begins with them: the same in each row, or known by the table or the input.
 constexpr std::string_view kNotStored[] = {"schema", "input", "event", "protocol", "message", "number"};
 
+bool IsNotStored(std::string_view name) { return std::ranges::find(kNotStored, name) != std::end(kNotStored); }
+
 struct S_TypeOf {
   std::string_view operator()(std::monostate) const { return ""; }
   std::string_view operator()(std::int64_t) const { return "INTEGER"; }
@@ -22,11 +24,21 @@ struct S_TypeOf {
   std::string_view operator()(std::string_view) const { return "TEXT"; }
 };
 
+std::string_view TypeFor(const S_Cell& cell) { return ColumnType(cell.name, std::visit(S_TypeOf(), cell.value)); }
+
 std::string ColumnText(std::string_view name, std::string_view type) {
   return fmt::format("{}{}{}", QuotedName(name), type.empty() ? "" : " ", type);
 }
 
 }  // namespace
+
+std::vector<S_Column> C_RowTable::ColumnsFor(std::span<const S_Column> columns, const C_Cells& row) {
+  std::vector<S_Column> all(columns.begin(), columns.end());
+  for (const S_Cell& cell : row.All())
+    if (!IsNotStored(cell.name) && std::ranges::find(all, cell.name, &S_Column::name) == all.end())
+      all.push_back({cell.name, TypeFor(cell)});
+  return all;
+}
 
 C_RowTable::C_RowTable(C_Sqlite& database, std::string name, std::span<const S_Column> columns, bool replaces)
     : m_database(database), m_name(std::move(name)), m_replaces(replaces) {
@@ -76,7 +88,7 @@ int C_RowTable::ColumnOf(const S_Cell& cell) {
 
 // An object that is null needs no column if it has been seen with members.
 bool C_RowTable::IsLeftOut(const S_Cell& cell) const {
-  if (std::ranges::find(kNotStored, cell.name) != std::end(kNotStored)) return true;
+  if (IsNotStored(cell.name)) return true;
   const std::string prefix = fmt::format("{}_", cell.name);
   const auto first = m_columns.lower_bound(prefix);
   return std::holds_alternative<std::monostate>(cell.value) && first != m_columns.end() &&
@@ -84,18 +96,22 @@ bool C_RowTable::IsLeftOut(const S_Cell& cell) const {
 }
 
 int C_RowTable::AddColumn(const S_Cell& cell) {
-  const std::string_view type = ColumnType(cell.name, std::visit(S_TypeOf(), cell.value));
-  m_database.Execute(fmt::format("ALTER TABLE {} ADD COLUMN {}", QuotedName(m_name), ColumnText(cell.name, type)));
+  m_database.Execute(
+      fmt::format("ALTER TABLE {} ADD COLUMN {}", QuotedName(m_name), ColumnText(cell.name, TypeFor(cell))));
   m_insert = {};
   const int at = static_cast<int>(m_columns.size()) + 1;
   return m_columns[std::string(cell.name)] = at;
 }
 
+// A sentence may have been the last of an input that has grown since: its CR is there now. All else of a frame is as it
+// was.
 void C_RowTable::PrepareInsert() {
   std::string values = "?";
   for (std::size_t column = 1; column < m_columns.size(); ++column) values += ",?";
-  m_insert = m_database.Prepare(fmt::format("INSERT OR {} INTO {} VALUES ({})", m_replaces ? "REPLACE" : "IGNORE",
-                                            QuotedName(m_name), values));
+  m_insert = m_database.Prepare(
+      fmt::format("INSERT{} INTO {} VALUES ({}){}", m_replaces ? " OR REPLACE" : "", QuotedName(m_name), values,
+                  m_replaces ? "" : " ON CONFLICT (id) DO UPDATE SET length = excluded.length"
+                                    " WHERE length <> excluded.length"));
 }
 
 void C_RowTable::BindCells(const std::vector<S_Cell>& cells) {

@@ -15,6 +15,9 @@ namespace Host {
 
 class C_RowTable {
  public:
+  // `columns`, and those of a row for them: a table that begins with all of them needs not grow at once.
+  static std::vector<S_Column> ColumnsFor(std::span<const S_Column> columns, const C_Cells& row);
+
   // Begins with these columns if it is not there. `replaces`: see S_TableKind.
   C_RowTable(C_Sqlite& database, std::string name, std::span<const S_Column> columns, bool replaces);
 

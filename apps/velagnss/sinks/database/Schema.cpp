@@ -50,7 +50,7 @@ constexpr S_TableKind kFixedTables[] = {
     {"epoch",     "epoch",    kEpoch,    true},
     {"rejected",  "rejected", kRejected, true},
     {"skipped",   "skipped",  kSkipped,  true},
-    {"source",    "source",   kSource,   false},
+    {"source",    "source",   kSource,   true},
 };
 
 // Real numbers whose names have no unit, and whole numbers whose names have one.
@@ -136,9 +136,9 @@ std::string HeadStatements() {
 std::string ViewStatements() { return fmt::format(fmt::runtime(kViews), kUnixSeconds); }
 
 std::string_view ColumnType(std::string_view name, std::string_view seen) {
-  const bool isNumber = seen != kText;
   const bool isReal = IsIn(kRealNames, name) || (HasUnit(name) && !IsIn(kWholeNames, name));
-  return isNumber && isReal ? kReal : seen;
+  if (isReal && seen != kText) return kReal;
+  return seen == kReal ? "NUMERIC" : seen;
 }
 
 // The word that the protocol and the message begin with is there once: JSON has "rtcm3" and "RTCM1077".

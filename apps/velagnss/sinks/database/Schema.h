@@ -24,7 +24,7 @@ struct S_TableKind {
   std::string_view event;  // the value of that member in the lines that it takes; empty: frames
   std::span<const S_Column> columns;
   // A row that comes again replaces the one that is there. An input that is cut off ends its last epoch and its last
-  // run of damage early; when it is read again, or has grown, they are complete. Frames are what they were.
+  // run of damage early; when it is read again, or has grown, they are complete. Frames stay what they were.
   bool replaces;
 };
 
@@ -39,8 +39,9 @@ std::span<const S_Column> FrameColumns();
 std::string HeadStatements();
 std::string ViewStatements();
 
-// The column for a member, by its name: JSON does not show that 1 is a real number in this line. `seen`: the type of
-// the value that came first, empty for null.
+// The type of the column for a member. `seen`: that of the value that came first, empty for null. JSON does not show
+// whether 1 is a real number, but its name does. Where that has no unit, each value is stored as it is, so that it does
+// not matter which one came first.
 std::string_view ColumnType(std::string_view name, std::string_view seen);
 
 // The table of a message: "nmea_gga", "rtcm3_1077", "rd_1".

@@ -23,7 +23,7 @@ struct S_ErrorText {
 };
 constexpr S_ErrorText kErrors[] = {
     {SQLITE_FULL, "the disk is full; what is committed is safe: make room and run the command again", false},
-    {SQLITE_IOERR, "cannot be written; what is committed is safe", true},
+    {SQLITE_IOERR, "cannot be written any further; what is committed is safe: mend the disk and run the command again", true},
     {SQLITE_BUSY, "is locked by another program; end that, or its transaction, and run the command again", false},
     {SQLITE_NOTADB, "is not a database; name another file", false},
     {SQLITE_CANTOPEN, "cannot be opened", true},
@@ -79,6 +79,8 @@ C_Sqlite::C_Sqlite(const std::string& file, const std::atomic<bool>& isStopping)
   constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
   // Otherwise a name such as ":memory:" would not be that of a file.
   const std::string path = file.starts_with('/') ? file : "./" + file;
+  // The statistics of memory lock a mutex for each piece of it. Has no effect after SQLite has been used elsewhere.
+  [[maybe_unused]] static const int kConfigured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
   sqlite3* database = nullptr;
   const int code = sqlite3_open_v2(path.c_str(), &database, kFlags, nullptr);
   m_database.reset(database);
