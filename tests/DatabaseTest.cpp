@@ -20,8 +20,8 @@ struct S_Name {
   const char* table;
 };
 constexpr S_Name kNames[] = {
-    {"Sentence", "nmea", "GGA", "nmea_gga"},     {"Number", "rtcm3", "RTCM1077", "rtcm3_1077"},
-    {"Block", "bin", "BIN95", "bin_95"},         {"OnlyTheProtocol", "jrox", "JROX", "jrox"},
+    {"Sentence", "nmea", "GGA", "nmea_gga"},      {"Number", "rtcm3", "RTCM1077", "rtcm3_1077"},
+    {"Block", "bin", "BIN95", "bin_95"},          {"OnlyTheProtocol", "jrox", "JROX", "jrox"},
     {"OtherProtocol", "pkvn", "GBS", "pkvn_gbs"}, {"ShorterThanTheProtocol", "nmea", "NM", "nmea_nm"},
 };
 TEST_ROWS(Database, TableName, kNames, row) { EXPECT_EQ(TableName(row.protocol, row.message), row.table); }
@@ -51,7 +51,7 @@ class DatabaseRows : public Program {
   static std::vector<t_Piece> Pieces() {
     const auto units = MakeUnits(eUnits::Rows, {}, false);
     units->SetInput(std::make_shared<const S_InputOrigin>(S_InputOrigin{"session.bin", "0123"}));
-    C_RecordRun run({{C_RawDataMessage::eAllProtocols}, {}}, {&units->Consumer()});
+    C_RecordRun run({{C_RawDataMessage::eAllProtocols}, std::nullopt}, {&units->Consumer()});
     const std::string bytes = Slurp(VELAGNSS_SOURCE_DIR "/samples/session.bin");
     std::vector<t_Piece> pieces;
     const auto take = [&] {
@@ -106,7 +106,8 @@ TEST_F(DatabaseRows, OrderAndRepetitionDoNotMatter) {
   EXPECT_GT(expected.size(), 2'000'000);
   std::mt19937 random(11);  // NOLINT(cert-msc32-c,cert-msc51-cpp): repeatable
   for (const char* name : {"b.db", "c.db"}) {
-    pieces.insert(pieces.end(), pieces.begin(), pieces.begin() + 100);
+    const std::vector<t_Piece> again(pieces.begin(), pieces.begin() + 100);
+    pieces.insert(pieces.end(), again.begin(), again.end());
     std::shuffle(pieces.begin(), pieces.end(), random);
     EXPECT_TRUE(Store(name, pieces, 7) == expected) << name;
   }

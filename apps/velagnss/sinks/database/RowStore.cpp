@@ -36,9 +36,10 @@ void C_RowStore::CheckOwner() {
   }
   const std::int64_t version = m_database.Number("PRAGMA user_version");
   if (version > kDatabaseVersion)
-    throw C_SqliteError(fmt::format("has tables of version {}, and this program knows those up to version {}; use a "
-                                    "newer one, or name another file",
-                                    version, kDatabaseVersion));
+    throw C_SqliteError(
+        fmt::format("has tables of version {}, and this program knows those up to version {}; use a "
+                    "newer one, or name another file",
+                    version, kDatabaseVersion));
 }
 
 // With the write-ahead log readers never wait for the writer, nor it for them. A commit is on the disk: there is one
@@ -76,8 +77,7 @@ void C_RowStore::LoadTables() {
     m_tables.try_emplace(std::string(kind.name), m_database, std::string(kind.name), kind.columns, kind.replaces);
   C_Statement tables = m_database.Prepare("SELECT name, protocol, message FROM tables");
   while (tables.Step()) {
-    const auto [table, isNew] =
-        m_tables.try_emplace(tables.Text(0), m_database, tables.Text(0), FrameColumns(), false);
+    const auto [table, isNew] = m_tables.try_emplace(tables.Text(0), m_database, tables.Text(0), FrameColumns(), false);
     m_tablesOfFrames[tables.Text(1) + '/' + tables.Text(2)] = &table->second;
   }
 }

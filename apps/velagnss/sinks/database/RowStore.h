@@ -10,7 +10,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "apps/velagnss/sinks/database/Cells.h"
+#include "apps/velagnss/sinks/database/RowCells.h"
 #include "apps/velagnss/sinks/database/RowTable.h"
 #include "apps/velagnss/sinks/database/Sqlite.h"
 #include "apps/velagnss/sinks/live/Piece.h"
@@ -63,7 +63,7 @@ class C_RowStore {
   C_Statement m_schemaVersion;
   C_Statement m_oldEnds;
   std::int64_t m_knownSchema = -1;
-  C_Cells m_cells;
+  C_RowCells m_cells;
   std::map<std::string, C_RowTable, std::less<>> m_tables;        // by name
   std::unordered_map<std::string, C_RowTable*> m_tablesOfFrames;  // by protocol and message
   std::string m_frameKind;                                        // of the line at hand: a key of these

@@ -24,7 +24,7 @@ struct S_TypeOf {
   std::string_view operator()(std::string_view) const { return "TEXT"; }
 };
 
-std::string_view TypeFor(const S_Cell& cell) { return ColumnType(cell.name, std::visit(S_TypeOf(), cell.value)); }
+std::string_view TypeFor(const S_RowCell& cell) { return ColumnType(cell.name, std::visit(S_TypeOf(), cell.value)); }
 
 std::string ColumnText(std::string_view name, std::string_view type) {
   return fmt::format("{}{}{}", QuotedName(name), type.empty() ? "" : " ", type);
@@ -32,9 +32,9 @@ std::string ColumnText(std::string_view name, std::string_view type) {
 
 }  // namespace
 
-std::vector<S_Column> C_RowTable::ColumnsFor(std::span<const S_Column> columns, const C_Cells& row) {
+std::vector<S_Column> C_RowTable::ColumnsFor(std::span<const S_Column> columns, const C_RowCells& row) {
   std::vector<S_Column> all(columns.begin(), columns.end());
-  for (const S_Cell& cell : row.All())
+  for (const S_RowCell& cell : row.All())
     if (!IsNotStored(cell.name) && std::ranges::find(all, cell.name, &S_Column::name) == all.end())
       all.push_back({cell.name, TypeFor(cell)});
   return all;
@@ -56,7 +56,7 @@ void C_RowTable::Load() {
   for (int at = 1; columns.Step(); ++at) m_columns[columns.Text(1)] = at;
 }
 
-bool C_RowTable::Put(std::int64_t input, const std::int64_t* offset, const C_Cells& cells) {
+bool C_RowTable::Put(std::int64_t input, const std::int64_t* offset, const C_RowCells& cells) {
   std::int64_t key = 0;
   if (offset != nullptr && !MakeKey(input, *offset, key))
     throw C_SqliteError("has no room for more inputs, or for one as long as this; begin a new file");
@@ -70,16 +70,16 @@ bool C_RowTable::Put(std::int64_t input, const std::int64_t* offset, const C_Cel
   return m_database.RowsChanged() > 0;
 }
 
-void C_RowTable::FindColumns(const std::vector<S_Cell>& cells) {
+void C_RowTable::FindColumns(const std::vector<S_RowCell>& cells) {
   if (m_targets.size() < cells.size()) m_targets.resize(cells.size());
   auto target = m_targets.begin();
-  for (const S_Cell& cell : cells) {
+  for (const S_RowCell& cell : cells) {
     if (target->name != cell.name) *target = {std::string(cell.name), ColumnOf(cell)};
     ++target;
   }
 }
 
-int C_RowTable::ColumnOf(const S_Cell& cell) {
+int C_RowTable::ColumnOf(const S_RowCell& cell) {
   const bool isOurs = cell.name == "id" || cell.name == "input";
   const auto found = m_columns.find(cell.name);
   if (found != m_columns.end() && !isOurs) return found->second;
@@ -87,7 +87,7 @@ int C_RowTable::ColumnOf(const S_Cell& cell) {
 }
 
 // An object that is null needs no column if it has been seen with members.
-bool C_RowTable::IsLeftOut(const S_Cell& cell) const {
+bool C_RowTable::IsLeftOut(const S_RowCell& cell) const {
   if (IsNotStored(cell.name)) return true;
   const std::string prefix = fmt::format("{}_", cell.name);
   const auto first = m_columns.lower_bound(prefix);
@@ -95,7 +95,7 @@ bool C_RowTable::IsLeftOut(const S_Cell& cell) const {
          first->first.starts_with(prefix);
 }
 
-int C_RowTable::AddColumn(const S_Cell& cell) {
+int C_RowTable::AddColumn(const S_RowCell& cell) {
   m_database.Execute(
       fmt::format("ALTER TABLE {} ADD COLUMN {}", QuotedName(m_name), ColumnText(cell.name, TypeFor(cell))));
   m_insert = {};
@@ -108,15 +108,16 @@ int C_RowTable::AddColumn(const S_Cell& cell) {
 void C_RowTable::PrepareInsert() {
   std::string values = "?";
   for (std::size_t column = 1; column < m_columns.size(); ++column) values += ",?";
-  m_insert = m_database.Prepare(
-      fmt::format("INSERT{} INTO {} VALUES ({}){}", m_replaces ? " OR REPLACE" : "", QuotedName(m_name), values,
-                  m_replaces ? "" : " ON CONFLICT (id) DO UPDATE SET length = excluded.length"
-                                    " WHERE length <> excluded.length"));
+  m_insert = m_database.Prepare(fmt::format("INSERT{} INTO {} VALUES ({}){}", m_replaces ? " OR REPLACE" : "",
+                                            QuotedName(m_name), values,
+                                            m_replaces ? ""
+                                                       : " ON CONFLICT (id) DO UPDATE SET length = excluded.length"
+                                                         " WHERE length <> excluded.length"));
 }
 
-void C_RowTable::BindCells(const std::vector<S_Cell>& cells) {
+void C_RowTable::BindCells(const std::vector<S_RowCell>& cells) {
   auto target = m_targets.begin();
-  for (const S_Cell& cell : cells) {
+  for (const S_RowCell& cell : cells) {
     const int at = (target++)->at;
     if (at == kLeftOut) continue;
     std::visit(

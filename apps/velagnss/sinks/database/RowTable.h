@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/velagnss/sinks/database/Cells.h"
+#include "apps/velagnss/sinks/database/RowCells.h"
 #include "apps/velagnss/sinks/database/Schema.h"
 #include "apps/velagnss/sinks/database/Sqlite.h"
 
@@ -16,7 +16,7 @@ namespace Host {
 class C_RowTable {
  public:
   // `columns`, and those of a row for them: a table that begins with all of them needs not grow at once.
-  static std::vector<S_Column> ColumnsFor(std::span<const S_Column> columns, const C_Cells& row);
+  static std::vector<S_Column> ColumnsFor(std::span<const S_Column> columns, const C_RowCells& row);
 
   // Begins with these columns if it is not there. `replaces`: see S_TableKind.
   C_RowTable(C_Sqlite& database, std::string name, std::span<const S_Column> columns, bool replaces);
@@ -25,7 +25,7 @@ class C_RowTable {
   void Load();
 
   // Whether the row is new. `offset`: where its frame or event begins; null when it has no place in the input.
-  bool Put(std::int64_t input, const std::int64_t* offset, const C_Cells& cells);
+  bool Put(std::int64_t input, const std::int64_t* offset, const C_RowCells& cells);
 
  private:
   static constexpr int kLeftOut = 0;  // the positions of values begin with 1
@@ -35,12 +35,12 @@ class C_RowTable {
     int at = kLeftOut;
   };
 
-  void FindColumns(const std::vector<S_Cell>& cells);
-  int ColumnOf(const S_Cell& cell);
-  bool IsLeftOut(const S_Cell& cell) const;
-  int AddColumn(const S_Cell& cell);
+  void FindColumns(const std::vector<S_RowCell>& cells);
+  int ColumnOf(const S_RowCell& cell);
+  bool IsLeftOut(const S_RowCell& cell) const;
+  int AddColumn(const S_RowCell& cell);
   void PrepareInsert();
-  void BindCells(const std::vector<S_Cell>& cells);
+  void BindCells(const std::vector<S_RowCell>& cells);
 
   C_Sqlite& m_database;
   std::string m_name;

@@ -54,7 +54,7 @@ constexpr S_TableKind kFixedTables[] = {
 };
 
 // Real numbers whose names have no unit, and whole numbers whose names have one.
-constexpr std::string_view kRealNames[] = {"eccentricity", "gamma_n", "hdop", "pdop", "probability", "speed", "vdop"};
+constexpr std::string_view kRealNames[] = {"eccentricity", "gamma_n", "hdop", "pdop", "probability", "speed", "time", "vdop"};
 constexpr std::string_view kWholeNames[] = {"epoch_ms",        "epoch_s",           "leap_seconds_s",
                                             "second_of_day_s", "update_interval_s", "retry_in_ms"};
 constexpr std::string_view kUnits[] = {"_m", "_s", "_deg", "_rad", "_hz", "_dbhz", "_knots", "_kmh", "_nmi", "_min",

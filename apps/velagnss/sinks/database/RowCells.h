@@ -1,6 +1,6 @@
 // A line of JSON as the cells of a row: one for each member, those of nested objects with the names of both.
-#ifndef VELAGNSS_APPS_CELLS_H
-#define VELAGNSS_APPS_CELLS_H
+#ifndef VELAGNSS_APPS_ROW_CELLS_H
+#define VELAGNSS_APPS_ROW_CELLS_H
 
 #include <cstdint>
 #include <deque>
@@ -12,18 +12,18 @@
 
 namespace Host {
 
-struct S_Cell {
+struct S_RowCell {
   std::string_view name;
   // The text of an array or of an object that is kept whole is JSON.
   std::variant<std::monostate, std::int64_t, double, std::string_view> value;
 };
 
-class C_Cells {
+class C_RowCells {
  public:
-  C_Cells();
-  ~C_Cells();
-  C_Cells(const C_Cells&) = delete;
-  C_Cells& operator=(const C_Cells&) = delete;
+  C_RowCells();
+  ~C_RowCells();
+  C_RowCells(const C_RowCells&) = delete;
+  C_RowCells& operator=(const C_RowCells&) = delete;
 
   // Takes lines that `Next` gives. They are copied: the parser looks beyond their end.
   void SetLines(std::string_view lines);
@@ -31,7 +31,7 @@ class C_Cells {
   // Reads the next line; false when there is none. What the line before gave is gone.
   bool Next();
 
-  const std::vector<S_Cell>& All() const { return m_cells; }
+  const std::vector<S_RowCell>& All() const { return m_cells; }
 
   // The value of a member; the empty text or nothing when it has none, or another type.
   std::string_view Text(std::string_view name) const;
@@ -44,17 +44,17 @@ class C_Cells {
  private:
   struct S_Parser;  // of simdjson, whose header is large
 
-  const S_Cell* Find(std::string_view name) const;
+  const S_RowCell* Find(std::string_view name) const;
 
   std::unique_ptr<S_Parser> m_parser;
   std::string m_lines;
   std::size_t m_size = 0;  // of the lines
   std::size_t m_next = 0;  // where the next line begins
-  std::vector<S_Cell> m_cells;
+  std::vector<S_RowCell> m_cells;
   std::deque<std::string> m_names;  // of the cells whose names are not in the line
   std::size_t m_namesUsed = 0;
 };
 
 }  // namespace Host
 
-#endif  // VELAGNSS_APPS_CELLS_H
+#endif  // VELAGNSS_APPS_ROW_CELLS_H

@@ -1,4 +1,4 @@
-#include "apps/velagnss/sinks/database/Cells.h"
+#include "apps/velagnss/sinks/database/RowCells.h"
 
 #include <simdjson.h>
 
@@ -21,26 +21,26 @@ bool IsOfEnvelope(std::string_view name) { return std::ranges::find(kEnvelope, n
 
 }  // namespace
 
-struct C_Cells::S_Parser {
+struct C_RowCells::S_Parser {
   ondemand::parser parser;
 
-  static void Add(C_Cells& cells, ondemand::object object, std::string_view prefix);
-  static void AddMember(C_Cells& cells, std::string_view name, ondemand::value value);
-  static std::string_view NameOf(C_Cells& cells, std::string_view prefix, std::string_view key);
-  static void AddNumber(S_Cell& cell, const ondemand::number& number);
+  static void Add(C_RowCells& cells, ondemand::object object, std::string_view prefix);
+  static void AddMember(C_RowCells& cells, std::string_view name, ondemand::value value);
+  static std::string_view NameOf(C_RowCells& cells, std::string_view prefix, std::string_view key);
+  static void AddNumber(S_RowCell& cell, const ondemand::number& number);
 };
 
-C_Cells::C_Cells() : m_parser(std::make_unique<S_Parser>()) {}
-C_Cells::~C_Cells() = default;
+C_RowCells::C_RowCells() : m_parser(std::make_unique<S_Parser>()) {}
+C_RowCells::~C_RowCells() = default;
 
-void C_Cells::SetLines(std::string_view lines) {
+void C_RowCells::SetLines(std::string_view lines) {
   m_lines.assign(lines);
   m_lines.resize(lines.size() + simdjson::SIMDJSON_PADDING);
   m_size = lines.size();
   m_next = 0;
 }
 
-bool C_Cells::Next() {
+bool C_RowCells::Next() {
   m_cells.clear();
   m_namesUsed = 0;
   const std::size_t begin = m_next;
@@ -54,32 +54,32 @@ bool C_Cells::Next() {
 }
 
 // The decoded fields of a frame become columns without a prefix.
-std::string_view C_Cells::S_Parser::NameOf(C_Cells& cells, std::string_view prefix, std::string_view key) {
+std::string_view C_RowCells::S_Parser::NameOf(C_RowCells& cells, std::string_view prefix, std::string_view key) {
   if (prefix.empty() || (prefix == kFields && !IsOfEnvelope(key))) return key;
   if (cells.m_namesUsed == cells.m_names.size()) cells.m_names.emplace_back();
   std::string& name = cells.m_names[cells.m_namesUsed++];
   return name.assign(prefix).append(1, '_').append(key);
 }
 
-void C_Cells::S_Parser::Add(C_Cells& cells, ondemand::object object, std::string_view prefix) {
+void C_RowCells::S_Parser::Add(C_RowCells& cells, ondemand::object object, std::string_view prefix) {
   for (auto member : object) {
     const std::string_view key = member.unescaped_key();
     AddMember(cells, NameOf(cells, prefix, key), member.value());
   }
 }
 
-void C_Cells::S_Parser::AddNumber(S_Cell& cell, const ondemand::number& number) {
+void C_RowCells::S_Parser::AddNumber(S_RowCell& cell, const ondemand::number& number) {
   if (number.is_int64())
     cell.value = number.get_int64();
   else
     cell.value = number.as_double();
 }
 
-void C_Cells::S_Parser::AddMember(C_Cells& cells, std::string_view name, ondemand::value value) {
+void C_RowCells::S_Parser::AddMember(C_RowCells& cells, std::string_view name, ondemand::value value) {
   const ondemand::json_type type = value.type();
   if (type == ondemand::json_type::object && (name != kFields || cells.HasOwnMembers()))
     return Add(cells, value.get_object(), name);
-  S_Cell& cell = cells.m_cells.emplace_back(S_Cell{name, {}});
+  S_RowCell& cell = cells.m_cells.emplace_back(S_RowCell{name, {}});
   if (type == ondemand::json_type::number)
     AddNumber(cell, value.get_number());
   else if (type == ondemand::json_type::string)
@@ -92,24 +92,24 @@ void C_Cells::S_Parser::AddMember(C_Cells& cells, std::string_view name, ondeman
     cell.value = std::string_view(ondemand::object(value.get_object()).raw_json());
 }
 
-const S_Cell* C_Cells::Find(std::string_view name) const {
-  const auto found = std::ranges::find(m_cells, name, &S_Cell::name);
+const S_RowCell* C_RowCells::Find(std::string_view name) const {
+  const auto found = std::ranges::find(m_cells, name, &S_RowCell::name);
   return found == m_cells.end() ? nullptr : &*found;
 }
 
-std::string_view C_Cells::Text(std::string_view name) const {
-  const S_Cell* const cell = Find(name);
+std::string_view C_RowCells::Text(std::string_view name) const {
+  const S_RowCell* const cell = Find(name);
   const auto* const text = cell == nullptr ? nullptr : std::get_if<std::string_view>(&cell->value);
   return text == nullptr ? std::string_view() : *text;
 }
 
-const std::int64_t* C_Cells::Integer(std::string_view name) const {
-  const S_Cell* const cell = Find(name);
+const std::int64_t* C_RowCells::Integer(std::string_view name) const {
+  const S_RowCell* const cell = Find(name);
   return cell == nullptr ? nullptr : std::get_if<std::int64_t>(&cell->value);
 }
 
 // Sentences without a decoder of their own are "partial", too: they are split at their commas.
-bool C_Cells::HasOwnMembers() const {
+bool C_RowCells::HasOwnMembers() const {
   const std::string_view depth = Text("decoded");
   return depth == "full" || (depth == "partial" && Text("protocol") != "nmea");
 }
