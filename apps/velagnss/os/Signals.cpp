@@ -89,4 +89,14 @@ void RequestEnd() {
 
 int SignalDescriptor() { return g_pipe[0]; }
 
+std::thread StartWithoutSignals(const std::function<void()>& work) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  std::thread thread(work);
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return thread;
+}
+
 }  // namespace Host

@@ -2,6 +2,9 @@
 #ifndef VELAGNSS_APPS_SIGNALS_H
 #define VELAGNSS_APPS_SIGNALS_H
 
+#include <functional>
+#include <thread>
+
 namespace Host {
 
 // From now on the three signals are noted instead of ending the program, and SIGPIPE and SIGXFSZ are ignored: the write
@@ -31,6 +34,9 @@ void EndAtSecondSignal(bool on);
 // Becomes readable with the first signal, and with each hangup that is counted: a wait for input that also polls this
 // descriptor misses none. -1 before `InstallSignalHandlers`.
 int SignalDescriptor();
+
+// A thread that runs no handlers of signals: they are for the main thread, whose waits they end.
+std::thread StartWithoutSignals(const std::function<void()>& work);
 
 }  // namespace Host
 

@@ -101,6 +101,7 @@ constexpr S_UnitsRow kRows[] = {
     {"frames", eUnits::Frames},
     {"json", eUnits::Json},
     {"epochs", eUnits::Epochs},
+    {"sqlite", eUnits::Rows},
 };
 
 }  // namespace
@@ -117,8 +118,10 @@ std::unique_ptr<C_UnitMaker> MakeUnits(eUnits units, const C_MessageFilter& filt
   if (units == eUnits::Frames) return std::make_unique<C_FrameUnits>(filter);
   S_JsonLinesOptions options;
   options.filter = filter;
-  options.namesInput = namesInput;
-  options.epochs = options.epochsOnly = units == eUnits::Epochs;
+  options.namesInput = namesInput && units != eUnits::Rows;
+  options.events = units == eUnits::Rows;
+  options.epochs = units == eUnits::Rows || units == eUnits::Epochs;
+  options.epochsOnly = units == eUnits::Epochs;
   return std::make_unique<C_JsonUnits>(options);
 }
 
