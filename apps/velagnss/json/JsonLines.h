@@ -57,8 +57,10 @@ class C_JsonLines : public C_RecordConsumer {
   void EndInput(const S_InputEnd& end) override;
   bool WantsMore() const override { return m_framesWritten < m_options.count; }
 
+ protected:
+  virtual void OnEpoch(S_Epoch&& epoch);
+
  private:
-  void OnEpoch(S_Epoch&& epoch);
   bool FollowsSkipped(const velagnss::Frame& frame) const;
 
   // Writes the line, now or as the work of a block.
