@@ -44,7 +44,7 @@ class C_DatabaseSink : public C_Sink {
   bool IsFull() const override { return m_canWait && m_waitingBytes > kFull; }
   bool HasEnded() const override { return m_hasFailed; }
   void Finish() override;
-  bool IsFinished() const override { return m_isFinished; }
+  bool IsFinished() const override { return m_isFinished || m_hasFailed; }
   bool HasFailed() const override { return m_hasFailed || m_dropped > 0; }
   S_SinkTotals Totals() const override;
 
