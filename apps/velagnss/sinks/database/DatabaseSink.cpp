@@ -22,6 +22,7 @@ using namespace std::chrono_literals;
 using t_Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMostUncommitted = 50'000;  // units
+constexpr std::size_t kMostUncommittedBytes = 64 << 20;
 constexpr auto kLongestUncommitted = 1s;
 constexpr auto kQuiet = 200ms;  // nothing has come for so long: what is there is committed
 
@@ -179,7 +180,8 @@ void C_DatabaseSink::Store(const t_Piece& piece) {
 }
 
 void C_DatabaseSink::CommitIfDue() {
-  if (m_uncommitted >= kMostUncommitted || t_Clock::now() - m_firstUncommitted >= kLongestUncommitted) Commit();
+  const bool isMuch = m_uncommitted >= kMostUncommitted || m_uncommittedBytes >= kMostUncommittedBytes;
+  if (isMuch || t_Clock::now() - m_firstUncommitted >= kLongestUncommitted) Commit();
 }
 
 void C_DatabaseSink::Commit() {
