@@ -60,7 +60,7 @@ class C_SinkThread {
 
   // From the main thread: waits until `isDone`, shows messages meanwhile. False when the deadline comes first, or a
   // signal other than `signalBefore`.
-  bool WaitFor(const std::function<bool()>& isDone, t_Clock::time_point deadline, int signalBefore);
+  bool WaitFor(const std::function<bool()>& isDone, t_Clock::time_point deadline, int signalBefore = 0);
 
   // Becomes readable when there is a message.
   int Descriptor() const { return m_event.Get(); }
