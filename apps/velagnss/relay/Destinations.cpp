@@ -101,7 +101,7 @@ bool C_Destinations::WaitForClients(std::uint64_t count) {
     for (const S_SinkTotals& totals : Totals()) come += totals.accepted;
     return come >= count;
   };
-  return m_thread->WaitFor(haveCome, t_Clock::time_point::max());
+  return m_thread->WaitFor(haveCome, t_Clock::time_point::max(), 0);
 }
 
 std::set<eUnits> C_Destinations::Units() const {
@@ -120,7 +120,7 @@ void C_Destinations::Settle() {
     return std::none_of(m_destinations.begin(), m_destinations.end(),
                         [](const S_Destination& d) { return d.sink->IsFull() && !d.sink->HasEnded(); });
   };
-  if (SignalReceived() == 0 && !hasRoom()) m_thread->WaitFor(hasRoom, t_Clock::time_point::max());
+  if (!hasRoom()) m_thread->WaitFor(hasRoom, t_Clock::time_point::max(), 0);
   m_thread->ShowMessages();
 }
 
@@ -152,9 +152,10 @@ void C_Destinations::Finish() {
   for (const S_Destination& destination : m_destinations) destination.sink->Finish();
   const auto areFinished = [this] { return AreFinished(); };
   for (std::uint64_t before = BytesSent(); !m_isComplete; before = BytesSent()) {
-    const bool isSignaled = SignalReceived() != 0;
-    m_isComplete =
-        m_thread->WaitFor(areFinished, t_Clock::now() + (isSignaled ? kFinishAfterSignal : kFinishWithoutProgress));
+    const int signal = SignalReceived();
+    const bool isSignaled = signal != 0;
+    m_isComplete = m_thread->WaitFor(
+        areFinished, t_Clock::now() + (isSignaled ? kFinishAfterSignal : kFinishWithoutProgress), signal);
     const bool mayGoOn = SignalReceived() == 0 ? BytesSent() > before : !isSignaled;
     if (!mayGoOn) break;
   }
