@@ -45,6 +45,7 @@ C_Destinations::~C_Destinations() {
 
 std::string C_Destinations::Read(const std::vector<std::string>& texts, const S_RelaySource& source) {
   m_canWait = !source.isLive;
+  m_isInOrder = source.isInOrder;
   m_credentials = source.credentials;
   for (const std::string& text : texts)
     if (std::string error = ReadOne(text, source); !error.empty()) return "--to " + error;
@@ -87,9 +88,10 @@ bool C_Destinations::Open() {
   m_thread = std::make_unique<C_SinkThread>();
   m_casters = std::make_unique<C_Casters>(*m_thread);
   for (S_Destination& destination : m_destinations) {
-    destination.sink = destination.units == eUnits::Rows
-                           ? MakeDatabaseSink(destination.where, m_canWait, *m_thread)
-                           : MakeSink(destination.where, {m_canWait, *m_thread, *m_casters, m_credentials});
+    destination.sink =
+        destination.units == eUnits::Rows
+            ? MakeDatabaseSink(destination.where, m_canWait, *m_thread)
+            : MakeSink(destination.where, {m_canWait, *m_thread, *m_casters, m_credentials, m_isInOrder});
     if (!destination.sink->Open()) return false;
   }
   return true;
