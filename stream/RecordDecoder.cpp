@@ -111,7 +111,7 @@ class SentenceReader {
   void ReadByAddress(const Frame& frame, TimeDigits digits, DecodedFrame& decoded);
 
   U_EcdDcdData m_nmea;
-  NmeaRecord m_sentence;
+  std::optional<NmeaRecord> m_sentence;  // made when it is needed: it is large
 };
 
 // clang-format off
@@ -147,12 +147,13 @@ void SentenceReader::ReadOneOfEight(const Frame& frame, TimeDigits digits, const
 }
 
 void SentenceReader::ReadByAddress(const Frame& frame, TimeDigits digits, DecodedFrame& decoded) {
-  SetResultOf(decoded, DecodeSentence(TextOf(frame), m_sentence, digits));
+  if (!m_sentence) m_sentence.emplace();
+  SetResultOf(decoded, DecodeSentence(TextOf(frame), *m_sentence, digits));
   if (decoded.hasDataError) return KeepTextOf(frame, decoded);
   const auto keep = [&decoded]<class T>(const T& record) {
     KeepRecord(record, std::is_same_v<T, OtherSentence> ? Depth::Partial : Depth::Full, decoded);
   };
-  std::visit(keep, m_sentence);
+  std::visit(keep, *m_sentence);
 }
 
 }  // namespace
