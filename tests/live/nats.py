@@ -69,4 +69,4 @@ def wait_for_messages(server, count, seconds=60):
     end = time.monotonic() + seconds
     while (there := server.count()) < count:
         assert time.monotonic() < end, f"{there} messages of {count}"
-        time.sleep(0.1)
+        time.sleep(0.05)

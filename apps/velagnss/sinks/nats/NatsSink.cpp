@@ -28,7 +28,7 @@ constexpr std::size_t kUsualDuplicates = 120;  // s, as servers have it
 constexpr auto kAnswerWait = 10ms;
 
 // A server that is started again, and a stream that was full, are found soon.
-constexpr S_RetryRules kRetryRules = {.longest = 10s, .firstRefused = 2s, .longestRefused = 60s};
+constexpr S_RetryRules kRetryRules = {.longest = 10s, .firstRefused = 1s, .longestRefused = 60s};
 
 S_PublisherOptions OptionsOf(const S_SinkMaking& making) {
   const S_Address& address = making.address;
