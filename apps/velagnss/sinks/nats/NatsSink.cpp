@@ -192,12 +192,12 @@ void C_NatsSink::WaitForPiece() {
 // go away would hide it.
 void C_NatsSink::ReportFailure(const S_NatsFailure& failure, milliseconds pause, bool wasConnected) {
   if (wasConnected || failure.kind == S_NatsFailure::eKind::Lost) return SayFailure(failure.text, pause);
+  Say(eWeight::Error, failure.text);  // before anybody learns that there is nothing to wait for
   {
     const std::lock_guard lock(m_mutex);
     m_hasFailed = true;
     m_queue.Clear();
   }
-  Say(eWeight::Error, failure.text);
   Thread().Post([this] { NoteFinished(); });
 }
 
