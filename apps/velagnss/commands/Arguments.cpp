@@ -212,7 +212,8 @@ void DeclareInputs(CLI::App& app, S_InputOptions& input) {
 
 void DeclareCredentials(CLI::App& app, std::string& file) {
   app.add_option("--credentials", file,
-                 "take users and passwords for casters from this file, which nobody else may\nread; its lines: "
+                 "take users and passwords for casters and NATS servers from this file, which\nnobody else may read; "
+                 "its lines: "
                  "HOST[:PORT] USER PASSWORD")
       ->option_text("FILE")
       ->check(&CheckCredentials);

@@ -28,7 +28,7 @@ constexpr std::size_t kUsualDuplicates = 120;  // s, as servers have it
 constexpr auto kAnswerWait = 10ms;
 
 // A server that is started again, and a stream that was full, are found soon.
-constexpr S_RetryRules kRetryRules = {.longest = 10s, .firstRefused = 2s, .longestRefused = 60s};
+constexpr S_RetryRules kRetryRules = {.longest = 10s, .firstRefused = 1s, .longestRefused = 60s};
 
 S_PublisherOptions OptionsOf(const S_SinkMaking& making) {
   const S_Address& address = making.address;
@@ -192,12 +192,12 @@ void C_NatsSink::WaitForPiece() {
 // go away would hide it.
 void C_NatsSink::ReportFailure(const S_NatsFailure& failure, milliseconds pause, bool wasConnected) {
   if (wasConnected || failure.kind == S_NatsFailure::eKind::Lost) return SayFailure(failure.text, pause);
+  Say(eWeight::Error, failure.text);  // before anybody learns that there is nothing to wait for
   {
     const std::lock_guard lock(m_mutex);
     m_hasFailed = true;
     m_queue.Clear();
   }
-  Say(eWeight::Error, failure.text);
   Thread().Post([this] { NoteFinished(); });
 }
 
