@@ -1,7 +1,9 @@
 """A NATS server for tests: on a free port of the loopback, with a directory of its own."""
 
+import contextlib
 import json
 import os
+import random
 import shutil
 import socket
 import subprocess
@@ -12,10 +14,20 @@ import harness
 SERVER = shutil.which("nats-server", path=os.environ.get("PATH", "") + ":/usr/sbin")
 
 
+def steady_port():
+    """A free port below those that the system gives to outgoing connections: one of these could take it while the server
+    is away."""
+    while True:
+        port = random.randrange(15_000, 32_000)
+        with socket.socket() as made, contextlib.suppress(OSError):
+            made.bind(("127.0.0.1", port))
+            return port
+
+
 class Server:
     def __init__(self, where, *options, jetstream=True, tls=False):
         where.mkdir(parents=True, exist_ok=True)
-        self.where, self.port, self.process = where, harness.free_port(), None
+        self.where, self.port, self.process = where, steady_port(), None
         self.command = [SERVER, "-a", "127.0.0.1", "-p", str(self.port), "-l", where / "log", *options]
         if jetstream:
             self.command += ["-js", "-sd", where / "store"]

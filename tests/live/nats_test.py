@@ -156,7 +156,7 @@ class NatsTest(harness.Case):
         server, line = self.server(), harness.listener()
         self.addCleanup(line.close)
         source = "tcp://127.0.0.1:%d" % line.getsockname()[1]
-        program = self.run_program("relay", source, "--to", server.address("gnss?station=BASE"))
+        program = self.run_program("relay", "--quiet-time", "never", source, "--to", server.address("gnss?station=BASE"))
         connection, _ = line.accept()
         with connection:
             half = len(self.session) // 2
@@ -166,7 +166,7 @@ class NatsTest(harness.Case):
             connection.sendall(self.session[half:])
             program.wait_for("trying again")
             server.start()
-            nats.wait_for_messages(server, len(harness.decode_file(harness.SESSION)))
+        nats.wait_for_messages(server, len(harness.decode_file(harness.SESSION)))
         program.end()
         self.check(server, "BASE", harness.SESSION)
 
