@@ -9,6 +9,7 @@
 #include "apps/velagnss/commands/RecordArguments.h"
 #include "apps/velagnss/input/live/Links.h"
 #include "apps/velagnss/net/Credentials.h"
+#include "apps/velagnss/net/http/HttpAddress.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/relay/Destinations.h"
@@ -58,7 +59,7 @@ std::string CheckSearch(const std::string& list) {
 }
 
 std::string CheckInput(const std::string& name) {
-  const std::string error = IsLive(name) ? CheckLive(name) : std::string();
+  const std::string error = IsHttp(name) ? CheckHttp(name) : IsLive(name) ? CheckLive(name) : std::string();
   return error.empty() ? error : fmt::format("'{}': {}", ShownLive(name), error);
 }
 
@@ -178,7 +179,8 @@ std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::st
 
 void DeclareInputs(CLI::App& app, S_InputOptions& input) {
   app.add_option("INPUT", input.names,
-                 "files, live sources such as /dev/ttyUSB0 or tcp://host:port,\n'-' or nothing for standard input")
+                 "files, also https://host/file, live sources such as /dev/ttyUSB0 or tcp://host:port,\n'-' or nothing "
+                 "for standard input")
       ->option_text("...")
       ->check(&CheckInput);
   app.add_option("--read-size", input.readSize,

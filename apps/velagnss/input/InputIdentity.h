@@ -2,6 +2,8 @@
 #ifndef VELAGNSS_APPS_INPUT_IDENTITY_H
 #define VELAGNSS_APPS_INPUT_IDENTITY_H
 
+#include <cstddef>
+#include <span>
 #include <string>
 
 namespace Host {
@@ -10,6 +12,10 @@ namespace Host {
 // the same, and a file that has grown since keeps it. Of anything else: the name, without a password, and the time of
 // the call, because what comes from there never comes again.
 std::string IdentityOfInput(const std::string& name);
+
+// Of a file with this beginning: `kIdentityHead` bytes, or all that it has.
+inline constexpr std::size_t kIdentityHead = 1 << 16;
+std::string IdentityOfHead(std::span<const unsigned char> head);
 
 }  // namespace Host
 

@@ -80,8 +80,8 @@ std::string ReadLines(const std::string& file, std::string& text, std::vector<S_
   return {};
 }
 
-std::string FromEnvironment(const char* name) {
-  const char* const value = std::getenv(name);
+std::string FromEnvironment(std::string_view variables, std::string_view part) {
+  const char* const value = std::getenv(fmt::format("{}_{}", variables, part).c_str());
   return value != nullptr ? value : "";
 }
 
@@ -93,7 +93,7 @@ std::string CheckCredentials(const std::string& file) {
   return ReadLines(file, text, lines);
 }
 
-std::string FillAccount(S_Address& address, const std::string& file) {
+std::string FillAccount(S_Address& address, const std::string& file, std::string_view variables) {
   if (!address.password.empty()) return {};
   std::string text;
   std::vector<S_Line> lines;
@@ -104,10 +104,10 @@ std::string FillAccount(S_Address& address, const std::string& file) {
     address.password = line.password;
     return {};
   }
-  const std::string user = FromEnvironment("VELAGNSS_NTRIP_USER");
+  const std::string user = FromEnvironment(variables, "USER");
   if (!address.user.empty() && !user.empty() && user != address.user) return {};
   if (address.user.empty()) address.user = user;
-  if (!address.user.empty()) address.password = FromEnvironment("VELAGNSS_NTRIP_PASSWORD");
+  if (!address.user.empty()) address.password = FromEnvironment(variables, "PASSWORD");
   return {};
 }
 

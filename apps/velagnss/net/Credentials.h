@@ -1,20 +1,22 @@
-// User names and passwords of casters.
+// User names and passwords of servers.
 #ifndef VELAGNSS_APPS_CREDENTIALS_H
 #define VELAGNSS_APPS_CREDENTIALS_H
 
 #include <string>
+#include <string_view>
 
 #include "apps/velagnss/net/Address.h"
 
 namespace Host {
 
 // Fills the user and password of `address` in, unless it has a password. They come from the first line of `file` for
-// its host and port (and user, where it has one), else from the variables VELAGNSS_NTRIP_USER and
-// VELAGNSS_NTRIP_PASSWORD of the environment. An address for which there are none keeps what it has.
+// its host and port (and user, where it has one), else from the variables of the environment that begin with
+// `variables`, such as VELAGNSS_NTRIP_USER and VELAGNSS_NTRIP_PASSWORD. An address for which there are none keeps what
+// it has.
 //
 // The lines of the file are "HOST[:PORT] USER PASSWORD"; a '#' begins a comment line. `file` may be empty. Returns an
 // error text, empty when good: a file that other users may read is refused.
-std::string FillAccount(S_Address& address, const std::string& file);
+std::string FillAccount(S_Address& address, const std::string& file, std::string_view variables = "VELAGNSS_NTRIP");
 
 // Returns an error text, empty when `file` can be read and each of its lines is good.
 std::string CheckCredentials(const std::string& file);

@@ -22,6 +22,7 @@ class C_RelayJob : public C_StreamJob {
  public:
   C_RelayJob(const S_RelayOptions& options, C_Destinations& destinations);
 
+  void OnSource(const C_ByteSource& source) override { m_identity = source.Identity(); }
   void BeginInput(const std::string& name) override;
   void Feed(const S_Chunk& chunk) override;
   void EndInput() override;
@@ -46,6 +47,7 @@ class C_RelayJob : public C_StreamJob {
   C_Destinations& m_destinations;
   t_Makers m_makers;
   C_RecordRun m_run;
+  std::string m_identity;  // of the input
 };
 
 }  // namespace Host
