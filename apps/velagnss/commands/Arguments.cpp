@@ -15,6 +15,7 @@
 #include "apps/velagnss/relay/Destinations.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/MessageNames.h"
+#include "apps/velagnss/text/Quantities.h"
 #include "apps/velagnss/text/TimeRead.h"
 #include "apps/velagnss/text/Units.h"
 #include "geo/LeapSeconds.h"
@@ -61,6 +62,24 @@ std::string CheckSearch(const std::string& list) {
 std::string CheckInput(const std::string& name) {
   const std::string error = IsHttp(name) ? CheckHttp(name) : IsLive(name) ? CheckLive(name) : std::string();
   return error.empty() ? error : fmt::format("'{}': {}", ShownLive(name), error);
+}
+
+// Either bound may be missing.
+std::optional<S_ByteRange> ReadRange(std::string_view text) {
+  const std::size_t colon = text.find(':');
+  if (colon == std::string_view::npos) return std::nullopt;
+  const S_ByteRange all;
+  const std::string_view begin = text.substr(0, colon);
+  const std::string_view end = text.substr(colon + 1);
+  const std::optional<std::uint64_t> first = begin.empty() ? all.begin : ParseDataSize(begin);
+  const std::optional<std::uint64_t> last = end.empty() ? all.end : ParseDataSize(end);
+  if (!first || !last || *first >= *last) return std::nullopt;
+  return S_ByteRange{*first, *last};
+}
+
+std::string CheckRange(const std::string& text) {
+  if (ReadRange(text)) return {};
+  return "'" + text + "' is not a range of bytes, BEGIN:END, as in 0:1000000, 100M:200M or 1G:";
 }
 
 constexpr double kMaxSeconds = 86400;  // of pauses and time-outs
@@ -112,6 +131,8 @@ void ReadSelection(S_StreamArguments& stream) {
   const auto check = [](const std::optional<std::string>& error) {
     if (error) throw CLI::ValidationError(*error);
   };
+  if (!stream.range.IsEverything() && CountLive(stream.input) > 0)
+    throw CLI::ValidationError("--range is for files: live sources have no end to cut");
   check(stream.selection.SetWindow(stream.from, stream.until));
   for (const std::string& list : stream.talkers) check(stream.selection.AddTalkers(list));
 }
@@ -224,6 +245,15 @@ void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
   DeclareSelection(app, stream);
 }
 
+void DeclareRange(CLI::App& app, S_StreamArguments& stream) {
+  app.add_option_function<std::string>(
+         "--range", [&stream](const std::string& text) { stream.range = *ReadRange(text); },
+         "only frames that begin in these bytes of each file, BEGIN:END, END excluded,\nas in 100M:200M, 100M: or "
+         ":100M; what is before them is only searched")
+      ->option_text("BYTES")
+      ->check(&CheckRange);
+}
+
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream) {
   app.add_option(
          "--seed", stream.seed,
@@ -258,8 +288,12 @@ void ReportIgnoredPeriod(const C_MessageFilter& filter) {
 }
 
 S_RunOptions RunOptions(const S_StreamArguments& stream) {
-  return {ParseSearchList(stream.search, stream.acknowledgements).value(), ParseSeed(stream.seed), !stream.listedOnly,
-          stream.selection, ParseDate(stream.date)};
+  return {ParseSearchList(stream.search, stream.acknowledgements).value(),
+          ParseSeed(stream.seed),
+          !stream.listedOnly,
+          stream.selection,
+          ParseDate(stream.date),
+          stream.range};
 }
 
 void DeclareDestinations(CLI::App& app, std::vector<std::string>& destinations) {

@@ -66,9 +66,11 @@ struct S_StreamArguments {
   std::string from;  // UTC
   std::string until;
   std::vector<std::string> talkers;
+  S_ByteRange range;
   C_FrameSelection selection;  // made of these three once the command line has been read
 };
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream);
+void DeclareRange(CLI::App& app, S_StreamArguments& stream);
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream);
 
 // Which frames a command that writes frames writes.

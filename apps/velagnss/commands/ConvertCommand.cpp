@@ -101,6 +101,7 @@ class C_ConvertCommand : public C_Command {
 void C_ConvertCommand::Declare(CLI::App& app) {
   m_app = &app;
   DeclareStreamArguments(app, m_options.stream);
+  DeclareRange(app, m_options.stream);
   app.add_option("--to", m_options.format, FormatHelp())->option_text("FORMAT")->required()->check(&CheckFormat);
   DeclareOutput(app, m_options.output);
   DeclareSeed(app, m_options.stream);

@@ -52,6 +52,7 @@ class C_DecodeCommand : public C_Command {
 
 void C_DecodeCommand::Declare(CLI::App& app) {
   DeclareStreamArguments(app, m_stream);
+  DeclareRange(app, m_stream);
   DeclareOutput(app, m_output);
   DeclareFilter(app, m_filter);
   app.add_option("-n", m_lines.count, "stop after this many frames, of each live source")

@@ -88,6 +88,7 @@ class C_ReportCommand : public C_Command {
  public:
   void Declare(CLI::App& app) override {
     DeclareStreamArguments(app, m_stream);
+    DeclareRange(app, m_stream);
     DeclareOutput(app, m_output);
     app.add_flag("--json", m_isJson, "the numbers of the page as one JSON object");
     m_stream.input.progress = S_InputOptions::eProgress::Always;

@@ -91,6 +91,7 @@ class C_StatCommand : public C_Command {
  public:
   void Declare(CLI::App& app) override {
     DeclareStreamArguments(app, m_stream);
+    DeclareRange(app, m_stream);
     DeclareOutput(app, m_output);
     app.add_flag("--json", m_isJson, "one JSON object per input instead of a table, and one for the total of several");
     app.add_flag("--positions", m_hasPositions,

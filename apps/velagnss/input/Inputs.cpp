@@ -84,7 +84,7 @@ eExitCode ReadInputs(const S_InputOptions& options, bool showProgress, C_StreamJ
   const auto live = std::stable_partition(names.begin(), names.end(), [](const auto& name) { return !IsLive(name); });
   bool isAllGood = true;
   for (const std::string& name : std::span(names.begin(), live)) {
-    if (SignalReceived() != 0 || !job.WantsMore()) break;
+    if (SignalReceived() != 0 || !job.WantsMoreInputs()) break;
     isAllGood = RunFile(name, options.live, loop, job) && isAllGood;
   }
   if (live != names.end() && SignalReceived() == 0)

@@ -21,8 +21,11 @@ class C_StreamJob {
   virtual void Feed(const S_Chunk& chunk) = 0;
   virtual void EndInput() = 0;
 
-  // False ends the inputs early: everything asked for has been done.
+  // False ends the input early: everything asked for has been done.
   virtual bool WantsMore() const { return true; }
+
+  // The same for the inputs after the one that is fed.
+  virtual bool WantsMoreInputs() const { return WantsMore(); }
 
   // The input may have to be waited for: what is ready should be shown now.
   virtual void BeforeWait() {}

@@ -32,6 +32,7 @@ class C_TeeJob : public C_StreamJob {
     m_second.EndInput();
   }
   bool WantsMore() const override { return m_second.WantsMore(); }
+  bool WantsMoreInputs() const override { return m_second.WantsMoreInputs(); }
   void BeforeWait() override {
     m_first.BeforeWait();
     m_second.BeforeWait();

@@ -83,6 +83,7 @@ void C_FrameJson::WriteEpoch(const S_Epoch& epoch) {
 }
 
 void C_FrameJson::WriteRejections(const velagnss::RejectedStart& first, std::uint64_t lastOffset, std::uint64_t count) {
+  if (m_isMute) return;
   Begin();
   m_json.Key("event").String("rejected");
   m_json.Key("offset").Integer(first.offset);
@@ -97,6 +98,7 @@ void C_FrameJson::WriteRejections(const velagnss::RejectedStart& first, std::uin
 }
 
 void C_FrameJson::WriteSkipped(const velagnss::SkippedRange& range) {
+  if (m_isMute) return;
   Begin();
   m_json.Key("event").String("skipped");
   m_json.Key("offset").Integer(range.offset);

@@ -27,6 +27,9 @@ class C_FrameJson {
   // Adds the bytes of frames and events as hexadecimal digits.
   void SetHex(bool isWanted) { m_hex = isWanted; }
 
+  // Writes nothing of events while it is mute.
+  void Mute(bool isMute) { m_isMute = isMute; }
+
   // A frame and what was decoded of it; null for the envelope alone.
   // `clock` has noted the frame already. `tag`: the TAG blocks before it.
   void WriteFrame(const velagnss::Frame& frame, const velagnss::DecodedFrame* decoded,
@@ -46,6 +49,7 @@ class C_FrameJson {
   std::string m_input;
   t_Arrival m_arrival;
   bool m_hex = false;
+  bool m_isMute = false;
 };
 
 }  // namespace Host

@@ -13,19 +13,25 @@ void C_JsonLines::BeginInput(const std::string& name) {
   if (m_options.namesInput) m_lines.SetInput(name);
 }
 
+void C_JsonLines::Mute(bool isMute) {
+  m_isMute = isMute;
+  m_lines.Mute(isMute);
+}
+
 void C_JsonLines::OnFrame(const S_FrameRecord& record) {
   const velagnss::Frame& frame = record.frame;
   // Counted before the filter: --strict judges the whole input, not only what is shown.
-  if (record.decoded.hasDataError) ++m_dataErrors;
+  if (record.decoded.hasDataError && !m_isMute) ++m_dataErrors;
   // The frames of an epoch make it whether they are shown or not.
   if (m_options.epochs) m_epochs.Take(record);
-  if (m_options.epochsOnly || !WantsMore() || !m_options.filter.Passes(frame, record.clock.Seconds())) return;
+  if (m_options.epochsOnly || !WantsMore() || !m_options.filter.Passes(frame, record.clock.Seconds()) || m_isMute)
+    return;
   ++m_framesWritten;
   m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded, record.clock, TagOf(frame));
 }
 
 void C_JsonLines::OnEpoch(const S_Epoch& epoch) {
-  if (m_options.epochsOnly && m_framesWritten++ >= m_options.count) return;
+  if (m_isMute || (m_options.epochsOnly && m_framesWritten++ >= m_options.count)) return;
   m_lines.WriteEpoch(epoch);
 }
 
@@ -42,7 +48,7 @@ void C_JsonLines::OnLink(const S_LinkChange& change) {
 }
 
 void C_JsonLines::OnRejection(const velagnss::RejectedStart& start) {
-  ++m_dataErrors;
+  if (!m_isMute) ++m_dataErrors;
   if (m_options.events) m_rejections.Add(start);
 }
 
@@ -51,7 +57,7 @@ void C_JsonLines::OnSkipped(const velagnss::SkippedRange& range) {
   const bool isWhole = range.size == range.length && range.data[range.size - 1] == '\\';
   m_skipped.assign(reinterpret_cast<const char*>(range.data), isWhole ? range.size : 0);
   m_skippedEnd = range.offset + range.length;
-  if (!IsTagOnly(range)) ++m_dataErrors;
+  if (!IsTagOnly(range) && !m_isMute) ++m_dataErrors;
   if (!m_options.events) return;
   m_rejections.EndRange();
   m_lines.WriteSkipped(range);

@@ -42,6 +42,8 @@ class C_JsonLines : public C_RecordConsumer {
     return !m_options.framesOnly || m_options.filter.UsesTime() || m_options.epochs;
   }
   bool NeedsEvents() const override { return true; }
+  bool GoesThroughRanges() const override { return true; }
+  void Mute(bool isMute) override;
   void BeginInput(const std::string& name) override;
   void OnBytes(std::span<const unsigned char>, t_Arrival arrival) override { m_lines.SetArrival(arrival); }
   void OnLink(const S_LinkChange& change) override;
@@ -64,6 +66,7 @@ class C_JsonLines : public C_RecordConsumer {
   std::uint64_t m_skippedEnd = 0;  // where it ends
   std::uint64_t m_framesWritten = 0;
   std::uint64_t m_dataErrors = 0;
+  bool m_isMute = false;
 };
 
 }  // namespace Host

@@ -53,9 +53,16 @@ class C_RecordConsumer {
   virtual bool NeedsRecords() const { return true; }
   virtual bool NeedsEvents() const { return false; }
 
+  // When only a range of the input is wanted: whether what comes before it matters to what is made of the range. Then
+  // it gets those items as well, between `Mute(true)` and `Mute(false)`, and takes from them what it has to know, but
+  // makes nothing of them. It is mute again from the end of the range on, if the input goes on. So what is made of
+  // ranges side by side is together what is made of the whole.
+  virtual bool GoesThroughRanges() const { return false; }
+  virtual void Mute(bool /*isMute*/) {}
+
   virtual void BeginInput(const std::string& /*name*/) {}
 
-  // Before the items that end in these bytes: the raw bytes as they came, and when.
+  // Before the items that end in these bytes: the raw bytes as they came, those of the range only, and when.
   virtual void OnBytes(std::span<const unsigned char> /*bytes*/, t_Arrival /*arrival*/) {}
   virtual void OnFrame(const S_FrameRecord& record) = 0;
   virtual void OnRejection(const velagnss::RejectedStart&) {}

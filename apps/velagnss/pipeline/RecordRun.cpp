@@ -16,7 +16,8 @@ C_RecordRun::C_RecordRun(const S_RunOptions& options, std::vector<C_RecordConsum
       m_needsRecords(options.selection.Window().IsSet() ||
                      std::any_of(m_consumers.begin(), m_consumers.end(), [](auto* c) { return c->NeedsRecords(); })),
       m_selection(options.selection),
-      m_selectsAll(options.selection.IsEverything()) {
+      m_range(options.range),
+      m_selectsAll(options.selection.IsEverything() && options.range.IsEverything()) {
   m_reader.DisableProtocol(C_RawDataMessage::eAllProtocols);
   for (const C_RawDataMessage::eProtocols protocol : options.search) m_reader.EnableProtocol(protocol);
   m_reader.AcceptUnlisted(options.acceptsUnlisted);
@@ -31,22 +32,39 @@ void C_RecordRun::BeginInput(const std::string& name) {
   m_decoder.Restart();
   m_part = {};
   m_isInWindow = m_selection.Window().Includes(m_decoder.Clock());
+  m_isAfterRange = false;
   for (C_RecordConsumer* consumer : m_consumers) consumer->BeginInput(name);
+  EnterRange(m_range.begin == 0);
+}
+
+void C_RecordRun::EnterRange(bool isInRange) {
+  m_isInRange = isInRange;
+  for (C_RecordConsumer* consumer : m_consumers) consumer->Mute(!isInRange);
   SelectActive();
 }
 
 // Consumers that want no more are not asked for every frame.
 void C_RecordRun::SelectActive() {
   m_active = m_consumers;
-  std::erase_if(m_active, [](const C_RecordConsumer* consumer) { return !consumer->WantsMore(); });
+  std::erase_if(m_active, [this](const C_RecordConsumer* consumer) {
+    return !consumer->WantsMore() || (!m_isInRange && !consumer->GoesThroughRanges());
+  });
+  m_goesOn = WantsMore();
 }
 
 void C_RecordRun::Feed(const S_Chunk& chunk) {
-  for (C_RecordConsumer* consumer : m_active)
-    consumer->OnBytes(chunk.bytes, chunk.isLive ? t_Arrival(chunk.arrival) : std::nullopt);
+  const std::span<const unsigned char> wanted = InRange(chunk.bytes);
+  for (C_RecordConsumer* consumer : m_range.IsEverything() ? m_active : m_consumers)
+    consumer->OnBytes(wanted, chunk.isLive ? t_Arrival(chunk.arrival) : std::nullopt);
   m_reader.Feed(chunk.bytes.data(), chunk.bytes.size());
   Pump();
   GiveTotals();
+}
+
+std::span<const unsigned char> C_RecordRun::InRange(std::span<const unsigned char> bytes) const {
+  const std::uint64_t offset = m_reader.BytesFed();
+  const auto place = [&](std::uint64_t end) { return std::clamp(end, offset, offset + bytes.size()) - offset; };
+  return bytes.subspan(place(m_range.begin), place(m_range.end) - place(m_range.begin));
 }
 
 // Bytes that wait for those after them may be a false start that holds frames back: when no more are to be expected
@@ -65,14 +83,14 @@ void C_RecordRun::OnLink(const S_LinkChange& change) {
 
 // After `-n` frames the rest of the queue is left alone: no consumer wants its frames.
 void C_RecordRun::EndInput() {
-  m_part.NoteGap(m_reader.Totals(), m_isInWindow);
+  m_part.NoteGap(m_reader.Totals(), IsInPart());
   m_partAtEnd = m_part.Selected();
-  m_endsInWindow = m_isInWindow;
+  m_endsInPart = IsInPart();
   if (WantsMore()) {
     m_reader.Finish();
     Pump();
   }
-  m_part.NoteGap(m_reader.Totals(), m_isInWindow);
+  m_part.NoteGap(m_reader.Totals(), IsInPart());
   m_bytesRead += m_reader.BytesFed();
   const velagnss::StreamClock& clock = m_decoder.Clock();
   m_hasTime = m_hasTime || (m_selection.Window().HasDates() ? clock.KnowsDate() : !std::isnan(clock.Seconds()));
@@ -82,17 +100,17 @@ void C_RecordRun::EndInput() {
 S_InputTotals C_RecordRun::Totals() const {
   if (m_selectsAll)
     return {m_reader.BytesFed(), m_reader.QueuedAtFinish(), m_reader.TotalsAtFinish(), m_reader.Totals()};
-  const std::uint64_t queued = m_endsInWindow ? m_reader.QueuedAtFinish() : 0;
+  const std::uint64_t queued = m_endsInPart ? m_reader.QueuedAtFinish() : 0;
   return {m_partAtEnd.bytesAccepted + m_partAtEnd.bytesDiscarded + queued, queued, m_partAtEnd, m_part.Selected()};
 }
 
 void C_RecordRun::GiveTotals() {
-  m_part.NoteGap(m_reader.Totals(), m_isInWindow);
+  m_part.NoteGap(m_reader.Totals(), IsInPart());
   for (C_RecordConsumer* consumer : m_active) consumer->OnTotals(m_selectsAll ? m_reader.Totals() : m_part.Selected());
 }
 
 void C_RecordRun::Pump() {
-  while (!m_active.empty()) {
+  while (m_goesOn) {
     const velagnss::StreamItem& item = m_reader.Next();
     if (const auto* frame = std::get_if<velagnss::Frame>(&item))
       Take(*frame);
@@ -112,15 +130,17 @@ void C_RecordRun::Take(const velagnss::Frame& frame) {
   ++m_framesFound;
   const S_FrameRecord record = {frame, m_needsRecords ? m_decoder.Decode(frame) : m_notDecoded, m_decoder.Clock()};
   if (!m_selectsAll && !Select(frame)) return;
-  ++m_framesSelected;
+  if (m_isInRange) ++m_framesSelected;
   ForEachActive([&record](C_RecordConsumer& consumer) { consumer.OnFrame(record); });
 }
 
 bool C_RecordRun::Select(const velagnss::Frame& frame) {
-  const bool wasInWindow = m_isInWindow;
+  const bool wasInPart = IsInPart();
   m_isInWindow = m_selection.Window().Includes(m_decoder.Clock());
-  const bool isSelected = m_isInWindow && m_selection.HasTalker(frame);
-  m_part.NoteFrame(m_reader.Totals(), wasInWindow, frame.length, isSelected);
+  m_isAfterRange = frame.offset >= m_range.end;
+  if (m_isAfterRange || m_isInRange != m_range.Includes(frame.offset)) EnterRange(m_range.Includes(frame.offset));
+  const bool isSelected = m_isInWindow && !m_isAfterRange && m_selection.HasTalker(frame);
+  m_part.NoteFrame(m_reader.Totals(), wasInPart, frame.length, isSelected && m_isInRange);
   return isSelected;
 }
 
@@ -135,7 +155,7 @@ void C_RecordRun::ForEachActive(const Give& give) {
   if (isAnyDone) SelectActive();
 }
 
-bool C_RecordRun::WantsMore() const {
+bool C_RecordRun::WantsMoreInputs() const {
   return std::any_of(m_consumers.begin(), m_consumers.end(), [](auto* consumer) { return consumer->WantsMore(); });
 }
 
@@ -148,12 +168,17 @@ void C_RecordRun::Finish() {
   if (m_framesFound > 0 && !m_selectsAll) ReportSelection();
 }
 
+std::string_view C_RecordRun::Selectors() const {
+  if (m_selection.IsEverything()) return "--range";
+  return m_range.IsEverything() ? "--from, --until and --talker" : "--range, --from, --until and --talker";
+}
+
 void C_RecordRun::ReportSelection() const {
   if (m_selection.Window().IsSet() && !m_hasTime)
     ReportWarning(fmt::format("--from and --until cannot be applied: the input carries no {}",
                               m_selection.Window().HasDates() ? "date" : "time"));
   else if (m_framesSelected == 0)
-    ReportWarning(Counted(m_framesFound, "frame") + " found, none within --from, --until and --talker");
+    ReportWarning(fmt::format("{} found, none within {}", Counted(m_framesFound, "frame"), Selectors()));
 }
 
 eExitCode C_RecordRun::Judge() const {

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <span>
+#include <string_view>
 #include <vector>
 
 #include "apps/velagnss/input/StreamJob.h"
@@ -18,6 +20,9 @@ namespace Host {
 struct S_ByteRange {
   std::uint64_t begin = 0;
   std::uint64_t end = std::numeric_limits<std::uint64_t>::max();
+
+  bool IsEverything() const { return begin == 0 && end == S_ByteRange().end; }
+  bool Includes(std::uint64_t offset) const { return offset >= begin && offset < end; }
 };
 
 // How a stream is read.
@@ -27,10 +32,14 @@ struct S_RunOptions {
   bool acceptsUnlisted = true;                       // checked frames that are not listed, too
   C_FrameSelection selection = {};                   // of what is found
   std::optional<unsigned int> firstDay = {};         // MJD of the first time of each input, the user's
+  S_ByteRange range = {};                            // of each input
 };
 
 // Each input is searched for frames, each frame is decoded once, and the consumers get both in their order. What the
 // selection leaves out reaches none of them, but the time and the date in it are known all the same.
+//
+// Of a range of an input, everything before it is read as well, for what decoding needs of it; behind it, no more than
+// up to the next frame. What belongs to no frame goes with the frame before it, or with the beginning of the input.
 class C_RecordRun : public C_StreamJob {
  public:
   // The consumers must outlive the run.
@@ -39,7 +48,8 @@ class C_RecordRun : public C_StreamJob {
   void BeginInput(const std::string& name) override;
   void Feed(const S_Chunk& chunk) override;
   void EndInput() override;
-  bool WantsMore() const override;  // as long as one of the consumers does
+  bool WantsMore() const override { return !m_isAfterRange && WantsMoreInputs(); }
+  bool WantsMoreInputs() const override;  // as long as one of the consumers does
   void BeforeWait() override;
   void OnQuiet() override { GiveUpWaiting(); }
   void OnLink(const S_LinkChange& change) override;
@@ -59,6 +69,10 @@ class C_RecordRun : public C_StreamJob {
   void GiveUpWaiting();
   void Take(const velagnss::Frame& frame);
   bool Select(const velagnss::Frame& frame);
+  void EnterRange(bool isInRange);
+  bool IsInPart() const { return m_isInRange && m_isInWindow; }
+  std::span<const unsigned char> InRange(std::span<const unsigned char> bytes) const;
+  std::string_view Selectors() const;
   void ReportSelection() const;
   S_InputTotals Totals() const;
   template <class Give>
@@ -66,7 +80,7 @@ class C_RecordRun : public C_StreamJob {
   void SelectActive();
 
   std::vector<C_RecordConsumer*> m_consumers;
-  std::vector<C_RecordConsumer*> m_active;  // those that want more
+  std::vector<C_RecordConsumer*> m_active;  // those that want more, of what comes here
   bool m_needsRecords;
   velagnss::FrameReader m_reader;
   velagnss::RecordDecoder m_decoder;
@@ -75,13 +89,17 @@ class C_RecordRun : public C_StreamJob {
   std::uint64_t m_framesFound = 0;
 
   const C_FrameSelection m_selection;
+  const S_ByteRange m_range;
   const bool m_selectsAll;
   std::uint64_t m_framesSelected = 0;
-  bool m_isInWindow = true;  // the stream is, at this point
+  bool m_isInRange = true;  // the stream is, at this point
+  bool m_isAfterRange = false;
+  bool m_goesOn = true;      // the search
+  bool m_isInWindow = true;  // likewise
   bool m_hasTime = false;    // an input had one, with a date if the window has dates
   C_PartTotals m_part;
   velagnss::StreamTotals m_partAtEnd;
-  bool m_endsInWindow = true;
+  bool m_endsInPart = true;
 };
 
 }  // namespace Host

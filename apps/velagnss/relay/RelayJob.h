@@ -26,7 +26,8 @@ class C_RelayJob : public C_StreamJob {
   void BeginInput(const std::string& name) override;
   void Feed(const S_Chunk& chunk) override;
   void EndInput() override;
-  bool WantsMore() const override { return m_destinations.WantsMore(); }
+  bool WantsMore() const override { return m_run.WantsMore() && m_destinations.WantsMore(); }
+  bool WantsMoreInputs() const override { return m_destinations.WantsMore(); }
   void BeforeWait() override;
   int WakeDescriptor() const override { return m_destinations.WakeDescriptor(); }
   void OnQuiet() override;

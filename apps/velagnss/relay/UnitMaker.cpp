@@ -54,9 +54,11 @@ class C_FrameUnits : public C_PieceMaker {
   explicit C_FrameUnits(const C_MessageFilter& filter) : m_filter(filter) {}
 
   bool NeedsRecords() const override { return m_filter.UsesTime(); }
+  bool GoesThroughRanges() const override { return m_filter.UsesTime(); }
+  void Mute(bool isMute) override { m_isMute = isMute; }
   void BeginInput(const std::string&) override { m_filter.Restart(); }
   void OnFrame(const S_FrameRecord& record) override {
-    if (!m_filter.Passes(record.frame, record.clock.Seconds())) return;
+    if (!m_filter.Passes(record.frame, record.clock.Seconds()) || m_isMute) return;
     AppendFrame(record.frame, m_piece.bytes);
     m_piece.EndUnit();
     m_piece.origins.push_back(OriginOf(record.frame));
@@ -64,6 +66,7 @@ class C_FrameUnits : public C_PieceMaker {
 
  private:
   C_MessageFilter m_filter;
+  bool m_isMute = false;
 };
 
 class C_JsonUnits : public C_UnitMaker {

@@ -30,6 +30,7 @@ class C_WritingJob : public C_StreamJob {
   void Feed(const S_Chunk& chunk) override;
   void EndInput() override;
   bool WantsMore() const override { return m_job.WantsMore() && !m_output.HasFailed(); }
+  bool WantsMoreInputs() const override { return m_job.WantsMoreInputs() && !m_output.HasFailed(); }
   void BeforeWait() override {
     m_job.BeforeWait();
     m_output.Flush(m_text);
