@@ -53,8 +53,10 @@ class C_JsonLines : public C_RecordConsumer {
   void EndInput(const S_InputEnd& end) override;
   bool WantsMore() const override { return m_framesWritten < m_options.count; }
 
+ protected:
+  virtual void OnEpoch(const S_Epoch& epoch);
+
  private:
-  void OnEpoch(const S_Epoch& epoch);
   S_TagBlocks TagOf(const velagnss::Frame& frame) const;
 
   S_JsonLinesOptions m_options;

@@ -29,23 +29,6 @@ bool MayOthersRead(const struct stat& status) {
   return (status.st_mode & (isOurs ? 077 : 027)) != 0;
 }
 
-// Returns an error text.
-std::string ReadFile(const std::string& file, std::string& text) {
-  const C_FileDescriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  struct stat status {};
-  if (!descriptor.IsOpen() || ::fstat(descriptor.Get(), &status) != 0) return FileError(file, std::strerror(errno));
-  if (!S_ISREG(status.st_mode)) return FileError(file, "is not a regular file");
-  if (MayOthersRead(status)) return FileError(file, "other users may read it; chmod 600 keeps them out");
-  text.resize(kMaxFile + 1);
-  std::size_t size = 0;
-  ssize_t count = 0;
-  while (size < text.size() && (count = ::read(descriptor.Get(), text.data() + size, text.size() - size)) > 0)
-    size += static_cast<std::size_t>(count);
-  text.resize(size);
-  if (count < 0) return FileError(file, std::strerror(errno));
-  return size > kMaxFile ? FileError(file, "is longer than 1 MiB") : std::string();
-}
-
 std::string_view NextLine(std::string_view& text) {
   const std::size_t end = std::min(text.find('\n'), text.size());
   std::string_view line = text.substr(0, end);
@@ -68,7 +51,7 @@ struct S_Line {
 
 // Returns an error text. The lines are parts of `text`.
 std::string ReadLines(const std::string& file, std::string& text, std::vector<S_Line>& lines) {
-  if (std::string error = ReadFile(file, text); !error.empty()) return error;
+  if (std::string error = ReadSecretFile(file, text); !error.empty()) return error;
   std::string_view rest = text;
   for (int number = 1; !rest.empty(); ++number) {
     const std::string_view line = NextLine(rest);
@@ -80,12 +63,28 @@ std::string ReadLines(const std::string& file, std::string& text, std::vector<S_
   return {};
 }
 
-std::string FromEnvironment(std::string_view variables, std::string_view part) {
-  const char* const value = std::getenv(fmt::format("{}_{}", variables, part).c_str());
+std::string FromEnvironment(const std::string& name) {
+  const char* const value = std::getenv(name.c_str());
   return value != nullptr ? value : "";
 }
 
 }  // namespace
+
+std::string ReadSecretFile(const std::string& file, std::string& text) {
+  const C_FileDescriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status {};
+  if (!descriptor.IsOpen() || ::fstat(descriptor.Get(), &status) != 0) return FileError(file, std::strerror(errno));
+  if (!S_ISREG(status.st_mode)) return FileError(file, "is not a regular file");
+  if (MayOthersRead(status)) return FileError(file, "other users may read it; chmod 600 keeps them out");
+  text.resize(kMaxFile + 1);
+  std::size_t size = 0;
+  ssize_t count = 0;
+  while (size < text.size() && (count = ::read(descriptor.Get(), text.data() + size, text.size() - size)) > 0)
+    size += static_cast<std::size_t>(count);
+  text.resize(size);
+  if (count < 0) return FileError(file, std::strerror(errno));
+  return size > kMaxFile ? FileError(file, "is longer than 1 MiB") : std::string();
+}
 
 std::string CheckCredentials(const std::string& file) {
   std::string text;
@@ -93,7 +92,7 @@ std::string CheckCredentials(const std::string& file) {
   return ReadLines(file, text, lines);
 }
 
-std::string FillAccount(S_Address& address, const std::string& file, std::string_view variables) {
+std::string FillAccount(S_Address& address, const std::string& file) {
   if (!address.password.empty()) return {};
   std::string text;
   std::vector<S_Line> lines;
@@ -104,10 +103,11 @@ std::string FillAccount(S_Address& address, const std::string& file, std::string
     address.password = line.password;
     return {};
   }
-  const std::string user = FromEnvironment(variables, "USER");
+  const std::string variables = VariablesFor(address.scheme);
+  const std::string user = FromEnvironment(variables + "USER");
   if (!address.user.empty() && !user.empty() && user != address.user) return {};
   if (address.user.empty()) address.user = user;
-  if (!address.user.empty()) address.password = FromEnvironment(variables, "PASSWORD");
+  if (!address.user.empty()) address.password = FromEnvironment(variables + "PASSWORD");
   return {};
 }
 

@@ -39,7 +39,7 @@ std::string CheckHttp(const std::string& name) {
 std::string ReadHttp(const std::string& name, const std::string& credentials, S_HttpAddress& http) {
   S_Address address;
   std::string error = ReadAddress(name, address);
-  if (error.empty()) error = FillAccount(address, credentials, "VELAGNSS_HTTP");
+  if (error.empty()) error = FillAccount(address, credentials);
   http = {WithoutAccount(name), {address.user, address.password}};
   return error;
 }

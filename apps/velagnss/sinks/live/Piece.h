@@ -2,9 +2,11 @@
 #ifndef VELAGNSS_APPS_PIECE_H
 #define VELAGNSS_APPS_PIECE_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,11 +24,15 @@ struct S_UnitOrigin {
   std::uint64_t offset = 0;   // of the first byte of its frame, or of the first frame of its epoch
   std::string_view protocol;  // the names that JSON has; an epoch: "epoch"
   std::string message;        // likewise; an epoch: "epoch"
+
+  // When the last of it came, if its source is live.
+  std::optional<std::chrono::system_clock::time_point> arrival = {};
 };
 
 // Units that were ready at the same time: frames, lines of JSON, pieces of a raw stream. A destination sends all of
 // them or drops all of them, so a reader never sees a part of a unit.
 struct S_Piece {
+  std::string_view format = {};  // of `--to`: "raw", "frames", "json", "epochs"
   std::string bytes;
   std::vector<std::size_t> ends;               // where each unit ends; the last is the end of `bytes`
   std::vector<S_UnitOrigin> origins;           // of each unit; none for units of the raw stream
