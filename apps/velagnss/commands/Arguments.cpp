@@ -146,7 +146,7 @@ void DeclareDate(CLI::App& app, S_StreamArguments& stream) {
 
 // --to names what is written, or where it goes, in some commands.
 bool HasOtherTo(const CLI::App& app) {
-  constexpr std::string_view kCommands[] = {"convert", "relay", "replay"};
+  constexpr std::string_view kCommands[] = {"convert", "relay", "replay", "submit"};
   return std::find(std::begin(kCommands), std::end(kCommands), app.get_name()) != std::end(kCommands);
 }
 
@@ -233,6 +233,10 @@ bool HasTooManyLive(std::string_view command, const S_InputOptions& input) {
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
   DeclareInputs(app, stream.input);
   DeclareTee(app, stream.input);
+  DeclareDecoding(app, stream);
+}
+
+void DeclareDecoding(CLI::App& app, S_StreamArguments& stream) {
   app.add_option("--search", stream.search,
                  "search for these protocols only: others are noise; of:\n" + ProtocolNames())
       ->option_text("LIST")

@@ -1,7 +1,6 @@
 #include "apps/velagnss/input/HttpSource.h"
 
 #include <fmt/format.h>
-#include <poll.h>
 
 #include <algorithm>
 
@@ -94,8 +93,7 @@ C_ByteSource::eRead C_HttpSource::TryAgain(const C_HttpTransfer::S_Read& broken)
     ReportWarning(message);
   else
     ReportDetail(message);
-  pollfd signal{SignalDescriptor(), POLLIN, 0};
-  ::poll(&signal, 1, static_cast<int>(pause.count()));
+  PauseUntilSignal(pause);
   return eRead::Nothing;
 }
 

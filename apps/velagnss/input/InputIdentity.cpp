@@ -48,6 +48,8 @@ std::string IdentityOfHead(std::span<const unsigned char> head) {
   return fmt::format("{:02x}", fmt::join(digest.begin(), digest.begin() + kDigestBytes, ""));
 }
 
+bool IsOfContents(std::string_view identity) { return identity.find('@') == std::string_view::npos; }
+
 std::string IdentityOfInput(const std::string& name) {
   if (name != "-" && !IsAddress(name)) {
     const C_FileDescriptor file(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));

@@ -2,6 +2,8 @@
 #ifndef VELAGNSS_APPS_SIGNALS_H
 #define VELAGNSS_APPS_SIGNALS_H
 
+#include <chrono>
+
 namespace Host {
 
 // From now on the three signals are noted instead of ending the program, and SIGPIPE and SIGXFSZ are ignored: the write
@@ -31,6 +33,9 @@ void EndAtSecondSignal(bool on);
 // Becomes readable with the first signal, and with each hangup that is counted: a wait for input that also polls this
 // descriptor misses none. -1 before `InstallSignalHandlers`.
 int SignalDescriptor();
+
+// Waits for this time, or until the first signal.
+void PauseUntilSignal(std::chrono::milliseconds time);
 
 }  // namespace Host
 

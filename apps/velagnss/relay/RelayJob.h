@@ -4,6 +4,8 @@
 
 #include <map>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/velagnss/input/StreamJob.h"
@@ -22,7 +24,7 @@ class C_RelayJob : public C_StreamJob {
  public:
   C_RelayJob(const S_RelayOptions& options, C_Destinations& destinations);
 
-  void OnSource(const C_ByteSource& source) override { m_identity = source.Identity(); }
+  void OnSource(const C_ByteSource& source) override { SetIdentity(source.Identity()); }
   void BeginInput(const std::string& name) override;
   void Feed(const S_Chunk& chunk) override;
   void EndInput() override;
@@ -35,6 +37,9 @@ class C_RelayJob : public C_StreamJob {
   void Finish() override;
 
   const C_RecordRun& Run() const { return m_run; }
+
+ protected:
+  void SetIdentity(std::string identity) { m_identity = std::move(identity); }
 
  private:
   using t_Makers = std::map<eUnits, std::unique_ptr<C_UnitMaker>>;
