@@ -10,6 +10,7 @@
 #include "HostData.h"
 #include "Recordings.h"
 #include "Streams.h"
+#include "apps/velagnss/input/SourceName.h"
 #include "apps/velagnss/record/FileNames.h"
 
 namespace {

@@ -5,15 +5,11 @@
 #include <algorithm>
 #include <regex>
 
-#include "apps/velagnss/net/Address.h"
-
 namespace Host {
 namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono;
-
-constexpr std::size_t kMaxSourceName = 100;  // file systems allow 255 bytes for the whole name
 
 struct S_Moment {
   explicit S_Moment(t_RecordTime time) : day(floor<days>(time)), date(day), ofDay(floor<seconds>(time - day)) {}
@@ -145,20 +141,6 @@ std::string ExpandPattern(std::string_view pattern, std::string_view safeSource,
 
 std::string UndatedName(const std::string& name) {
   return std::string(name).insert(name.rfind('/') + 1, fmt::format("unsynced-{}_", BootId()));
-}
-
-std::string SafeSourceName(std::string_view source) {
-  S_Address address;
-  std::string name;
-  if (IsAddress(source) && ReadAddress(source, address).empty())
-    name = address.host + (address.port.empty() ? "" : "_" + address.port) + address.path;
-  else
-    name = source.substr(source.find_last_of('/') + 1);
-  name.erase(0, name.find_first_not_of('/'));
-  name.resize(std::min(name.size(), kMaxSourceName));
-  const auto isUnsafe = [](unsigned char c) { return c != '-' && c != '_' && (c >= 0x80 || std::isalnum(c) == 0); };
-  std::replace_if(name.begin(), name.end(), isUnsafe, '_');
-  return name.empty() ? "source" : name;
 }
 
 std::string NumberedName(const std::string& name, unsigned int number) {

@@ -29,10 +29,6 @@ std::string ExpandPattern(std::string_view pattern, std::string_view safeSource,
 // A name from a clock that is not set: it begins with "unsynced-" and what tells this start of the machine from others.
 std::string UndatedName(const std::string& name);
 
-// A word for a file name from the name of a source, which may be hostile: of a path its last part, of an address host,
-// port and path. Everything but ASCII letters, digits, '-' and '_' becomes '_'.
-std::string SafeSourceName(std::string_view source);
-
 // "a_2.bin.gz" of "a.bin.gz" and 2; the name itself for 1.
 std::string NumberedName(const std::string& name, unsigned int number);
 

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <utility>
 
+#include "apps/velagnss/input/SourceName.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/Signals.h"
 #include "apps/velagnss/record/FileNames.h"

@@ -60,12 +60,15 @@ std::string C_Destinations::ReadOne(const std::string& text, const S_RelaySource
                        UnitNames(), where);
   if (std::string error = CheckDestination(where); !error.empty()) return error;
   const bool canBeRaw = source.isOne && !source.isSelected;
+  const eRawUse rawUse = RawUseOf(where);
+  if (units == eUnits::Raw && rawUse == eRawUse::Never)
+    return fmt::format("{}: takes messages, which the raw stream does not have; write frames or json", Shown(where));
   if (units == eUnits::Raw && !canBeRaw)
     return fmt::format("raw: {}; write frames instead",
                        source.isOne ? "copies the source as it is, and so takes no filter" : "is for a single source");
   if (std::ranges::find(m_destinations, where, &S_Destination::where) != m_destinations.end())
     return fmt::format("{} is given twice", Shown(where));
-  if (!units) units = canBeRaw && !IsNtrip(where) ? eUnits::Raw : eUnits::Frames;
+  if (!units) units = canBeRaw && rawUse == eRawUse::Usual ? eUnits::Raw : eUnits::Frames;
   m_destinations.push_back({*units, where, nullptr});
   return {};
 }

@@ -33,6 +33,12 @@ void C_ChunkQueue::Push(S_LinkChange change) {
   Add({{}, change.at, std::move(change)});
 }
 
+void C_ChunkQueue::PushEnd() {
+  std::unique_lock lock(m_mutex);
+  WaitForRoom(lock);
+  Add({{}, S_Chunk::t_Clock::now(), {}, true});
+}
+
 void C_ChunkQueue::WaitForRoom(std::unique_lock<std::mutex>& lock) {
   m_hasRoom.wait(lock, [this] { return m_isClosed || (m_bytes < kMaxBytes && m_items.size() < kMaxItems); });
 }

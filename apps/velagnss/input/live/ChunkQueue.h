@@ -25,6 +25,7 @@ class C_ChunkQueue {
     std::vector<unsigned char> bytes;  // empty: a change
     S_Chunk::t_Clock::time_point arrival;
     S_LinkChange change;
+    bool isEnd = false;  // instead of a change: nothing follows
   };
 
   C_ChunkQueue();
@@ -38,6 +39,8 @@ class C_ChunkQueue {
   bool Push(std::span<const unsigned char> bytes);
   // Adds a change of now.
   void Push(S_LinkChange change);
+  // The last of the source.
+  void PushEnd();
 
   // Never waits.
   std::optional<S_Item> Pop();

@@ -23,6 +23,7 @@ struct S_LinkFailure {
     Lost,     // trouble that may pass: try again soon
     Refused,  // the other side said no: try again, but slowly
     Final,    // trying again is of no use
+    Ended,    // no failure at all: nothing more will come
   };
   eKind kind;
   std::string text;                                     // "connection refused"; no name, no password

@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "apps/velagnss/input/live/LinkKind.h"
+#include "apps/velagnss/input/live/NatsLink.h"
 #include "apps/velagnss/input/live/NtripLink.h"
 #include "apps/velagnss/input/live/SerialLink.h"
 #include "apps/velagnss/input/live/TcpLink.h"
@@ -21,7 +22,8 @@ namespace Host {
 namespace {
 
 const S_LinkKind* const kKinds[] = {
-    &kNtripLink, &kNtripTlsLink, &kSerialLink, &kTcpLink, &kTcpListenLink, &kUdpLink, &kUnixLink,
+    &kNatsLink, &kNatsTlsLink,   &kNtripLink, &kNtripTlsLink, &kSerialLink,
+    &kTcpLink,  &kTcpListenLink, &kUdpLink,   &kUnixLink,
 };
 
 const S_LinkKind* FindKind(std::string_view scheme) {

@@ -72,6 +72,7 @@ void C_LiveSource::KeepOpen(C_Link& link) {
     }
     link.Close();
     if (m_await.IsStopping()) return;
+    if (failure->kind == S_LinkFailure::eKind::Ended) return m_queue.PushEnd();
     const milliseconds pause = pauses.Next(*failure, goodFor);
     const bool isOver = failure->kind == S_LinkFailure::eKind::Final ||
                         (m_options.maxTries > 0 && pauses.Failures() == m_options.maxTries);
@@ -115,6 +116,7 @@ S_LinkFailure C_LiveSource::Stream(C_Link& link, milliseconds& goodFor) {
 C_ByteSource::eRead C_LiveSource::Read(std::span<unsigned char> buffer, S_Chunk& chunk) {
   std::optional<C_ChunkQueue::S_Item> item = m_queue.Pop();
   if (!item) return eRead::Nothing;
+  if (item->isEnd) return eRead::End;
   if (item->bytes.empty()) {
     m_change = std::move(item->change);
     return eRead::Change;

@@ -1,5 +1,7 @@
 #include "apps/velagnss/sinks/live/NetSink.h"
 
+#include <fmt/format.h>
+
 #include <utility>
 
 namespace Host {
@@ -64,6 +66,17 @@ S_SinkTotals C_NetSink::Totals() const {
 
 void C_NetSink::Say(S_SinkMessage::eWeight weight, const std::string& text) {
   m_thread.Say(weight, m_name + ": " + text);
+}
+
+void C_NetSink::SayConnected(const std::string& peer) {
+  Say(S_SinkMessage::eWeight::Notice, peer.empty() ? "connected" : "connected to " + peer);
+  m_lastFailure.clear();
+}
+
+void C_NetSink::SayFailure(const std::string& text, std::chrono::milliseconds pause) {
+  const bool isNews = text != std::exchange(m_lastFailure, text);
+  Say(isNews ? S_SinkMessage::eWeight::Warning : S_SinkMessage::eWeight::Detail,
+      fmt::format("{}; trying again in {:.1f} s", text, static_cast<double>(pause.count()) / 1000));
 }
 
 void C_NetSink::Tick() {

@@ -39,6 +39,11 @@ class C_NetSink : public C_Sink {
   bool IsFinishing() const { return m_isFinishing; }
   void NoteFinished();
   void Say(S_SinkMessage::eWeight weight, const std::string& text);
+
+  // On the thread that connects, if there is one. The same failure again and again is one line.
+  void SayConnected(const std::string& peer);
+  void SayFailure(const std::string& text, std::chrono::milliseconds pause);
+
   C_SinkThread& Thread() { return m_thread; }
   asio::io_context& Context() { return m_thread.Context(); }
   const S_QueueLimits& Limits() const { return m_limits; }
@@ -52,6 +57,7 @@ class C_NetSink : public C_Sink {
   S_QueueLimits m_limits;
   const t_SinkCounters m_counters = std::make_shared<S_SinkCounters>();
   asio::steady_timer m_timer;
+  std::string m_lastFailure;
   std::atomic<std::size_t> m_posted = 0;  // bytes that the sink thread has not taken yet
   bool m_isFinishing = false;
   std::atomic<bool> m_isFinished = false;

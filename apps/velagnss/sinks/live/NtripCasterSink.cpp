@@ -101,6 +101,7 @@ const S_SinkKind kNtripCasterSink = {{.scheme = "ntrip-caster",
                                       .path = eNeed::Must,
                                       .options = kOptions,
                                       .check = &Check},
-                                     &MakeSinkOf<C_NtripCasterSink>};
+                                     &MakeSinkOf<C_NtripCasterSink>,
+                                     eRawUse::OnRequest};
 
 }  // namespace Host

@@ -146,6 +146,7 @@ const S_SinkKind kNtripPushSink = {{.scheme = "ntrip-push",
                                     .path = eNeed::Must,
                                     .options = kOptions,
                                     .check = &Check},
-                                   &Make};
+                                   &Make,
+                                   eRawUse::OnRequest};
 
 }  // namespace Host

@@ -1,7 +1,5 @@
 #include "apps/velagnss/sinks/live/OutgoingSink.h"
 
-#include <fmt/format.h>
-
 #include <exception>
 #include <utility>
 
@@ -53,8 +51,7 @@ void C_OutgoingSink::KeepConnected() try {
 
 // Until it is lost.
 S_LinkFailure C_OutgoingSink::UseConnection(S_Dialed dialed) {
-  Say(eWeight::Notice, dialed.peer.empty() ? "connected" : fmt::format("connected to {}", dialed.peer));
-  m_lastFailure.clear();
+  SayConnected(dialed.peer);
   m_loss.reset();
   const auto shared = std::make_shared<S_Dialed>(std::move(dialed));
   Thread().Post([this, shared] { Attach(std::move(*shared)); });
@@ -62,16 +59,13 @@ S_LinkFailure C_OutgoingSink::UseConnection(S_Dialed dialed) {
   return m_loss.value_or(S_LinkFailure{S_LinkFailure::eKind::Lost, "stopped", {}});
 }
 
-// The same failure again and again is one line.
 void C_OutgoingSink::ReportFailure(const S_LinkFailure& failure, milliseconds pause) {
   const std::string text = Printable(failure.text);
   if (failure.kind == S_LinkFailure::eKind::Final) {
     m_hasFailed = true;
     return Say(eWeight::Error, text);
   }
-  const bool isNews = text != std::exchange(m_lastFailure, text);
-  Say(isNews ? eWeight::Warning : eWeight::Detail,
-      fmt::format("{}; trying again in {:.1f} s", text, static_cast<double>(pause.count()) / 1000));
+  SayFailure(text, pause);
 }
 
 void C_OutgoingSink::Attach(S_Dialed dialed) {

@@ -68,7 +68,6 @@ class C_OutgoingSink : public C_NetSink {
 
   C_Await m_await;
   std::optional<S_LinkFailure> m_loss;  // of the connection
-  std::string m_lastFailure;
   std::thread m_dialer;
 };
 

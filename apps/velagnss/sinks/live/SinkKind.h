@@ -7,6 +7,7 @@
 
 #include "apps/velagnss/net/AddressForm.h"
 #include "apps/velagnss/sinks/live/NetSink.h"
+#include "apps/velagnss/sinks/live/Sinks.h"
 
 namespace Host {
 
@@ -24,6 +25,8 @@ struct S_SinkMaking {
 struct S_SinkKind {
   S_AddressForm form;  // its options are those besides policy, queue, age and stall, which all kinds have
   std::unique_ptr<C_NetSink> (*make)(const S_SinkMaking& making);
+  eRawUse rawUse = eRawUse::Usual;
+  S_QueueLimits liveLimits = {};  // of live sources, where the address has no others
 };
 
 // `make` of a sink that is made of these alone.

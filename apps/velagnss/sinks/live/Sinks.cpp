@@ -6,7 +6,6 @@
 #include <iterator>
 #include <vector>
 
-#include "apps/velagnss/net/ntrip/HttpHead.h"
 #include "apps/velagnss/sinks/live/FileSink.h"
 #include "apps/velagnss/sinks/live/ListenSink.h"
 #include "apps/velagnss/sinks/live/NtripCasterSink.h"
@@ -16,14 +15,15 @@
 #include "apps/velagnss/sinks/live/SinkKind.h"
 #include "apps/velagnss/sinks/live/TcpSink.h"
 #include "apps/velagnss/sinks/live/UdpSink.h"
+#include "apps/velagnss/sinks/nats/NatsSink.h"
 #include "apps/velagnss/text/Lists.h"
 #include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
 namespace {
 
-const S_SinkKind* const kKinds[] = {&kTcpListenSink, &kTcpSink,       &kUdpSink,        &kUnixListenSink,
-                                    &kSerialSink,    &kNtripPushSink, &kNtripCasterSink};
+const S_SinkKind* const kKinds[] = {&kTcpListenSink, &kTcpSink,         &kUdpSink,  &kUnixListenSink, &kSerialSink,
+                                    &kNtripPushSink, &kNtripCasterSink, &kNatsSink, &kNatsTlsSink};
 
 struct S_PolicyName {
   std::string_view name;
@@ -51,12 +51,12 @@ const S_SinkKind* FindKind(std::string_view scheme) {
   return found == std::end(kKinds) ? nullptr : *found;
 }
 
-S_QueueLimits LimitsOf(const S_Address& address, bool canWait) {
+S_QueueLimits LimitsOf(const S_Address& address, const S_SinkKind& kind, bool canWait) {
   const auto seconds = [&address](const char* name, std::chrono::milliseconds preset) {
     const auto count = NumberOption(address, name, 0);
     return count == 0 ? preset : std::chrono::milliseconds(count * 1'000);
   };
-  S_QueueLimits limits;
+  S_QueueLimits limits = canWait ? S_QueueLimits() : kind.liveLimits;
   limits.bytes = NumberOption(address, "queue", limits.bytes);
   limits.age = seconds("age", limits.age);
   limits.stall = seconds("stall", limits.stall);
@@ -102,8 +102,11 @@ std::string CheckDestination(const std::string& destination) {
   return error.empty() ? error : fmt::format("{}: {}", address.Shown(), error);
 }
 
-bool IsNtrip(const std::string& destination) {
-  return IsAddress(destination) && InLowerCase(destination).starts_with("ntrip");
+eRawUse RawUseOf(const std::string& destination) {
+  S_Address address;
+  if (!IsAddress(destination) || !ReadAddress(destination, address).empty()) return eRawUse::Usual;
+  const S_SinkKind* const kind = FindKind(address.scheme);
+  return kind == nullptr ? eRawUse::Usual : kind->rawUse;
 }
 
 std::string DestinationForms() {
@@ -119,8 +122,9 @@ std::unique_ptr<C_Sink> MakeSink(const std::string& destination, const S_SinkCon
     return std::make_unique<C_FileSink>(destination, context.canWait ? eWriting::Replacement : eWriting::Direct);
   S_Address address;
   ReadAddress(destination, address);
-  return FindKind(address.scheme)
-      ->make({address, LimitsOf(address, context.canWait), context.thread, context.casters, context.credentials});
+  const S_SinkKind& kind = *FindKind(address.scheme);
+  return kind.make(
+      {address, LimitsOf(address, kind, context.canWait), context.thread, context.casters, context.credentials});
 }
 
 }  // namespace Host

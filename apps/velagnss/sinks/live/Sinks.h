@@ -16,8 +16,13 @@ class C_SinkThread;
 // nothing. What is wrong with an address is said without its password.
 std::string CheckDestination(const std::string& destination);
 
-// Whether a destination is a caster's mount, here or elsewhere: the readers of such streams expect whole frames.
-bool IsNtrip(const std::string& destination);
+// Whether a destination takes the raw stream.
+enum class eRawUse {
+  Usual,      // unless a format is given
+  OnRequest,  // only then: the readers of a caster's mount expect whole frames
+  Never,      // it sorts units by what they are
+};
+eRawUse RawUseOf(const std::string& destination);
 
 // The addresses that a destination can be, for the help.
 std::string DestinationForms();
