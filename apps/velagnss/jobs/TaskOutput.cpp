@@ -23,8 +23,8 @@ struct S_FormatRow {
 };
 constexpr S_FormatRow kFormats[] = {{"frames", ".bin"}, {"json", ".jsonl"}, {"epochs", ".jsonl"}};
 
-// Schemes and formats of destinations that leave out what they have already.
-constexpr std::string_view kIdempotent[] = {"nats:", "natss:", "sqlite:"};
+// Schemes of destinations that leave out what they have already, in whatever order it comes.
+constexpr std::string_view kIdempotent[] = {"nats:", "natss:"};
 
 struct S_Parts {
   std::string format;  // may be empty
