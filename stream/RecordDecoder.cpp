@@ -76,7 +76,7 @@ class RecordDecoder::Impl {
   void SeedTime(const C_GnssTime& time);
   void AssumeFirstDay(unsigned int mjd);
   void Restart();
-  void Decode(const Frame& frame);
+  void Decode(const Frame& frame, DecodedFrame& decoded);
 
   std::optional<C_GnssTime> m_seed;  // the caller's
   std::optional<unsigned int> m_firstDay;
@@ -84,7 +84,7 @@ class RecordDecoder::Impl {
   StreamClock m_clock;
   C_VelaBin_Decode m_binaryDecoder{nullptr};
   Rtcm3Decoder m_rtcmDecoder;  // has the channels of both decoders
-  DecodedFrame m_decoded;
+  DecodedFrame m_own;
 
  private:
   // One sentence or message and what makes its record of the decoder's union.
@@ -110,8 +110,8 @@ class RecordDecoder::Impl {
 
   template <class T>
   void Keep(Depth depth, const T& record) {
-    m_decoded.record.emplace<T>(record);
-    m_decoded.depth = depth;
+    m_decoded->record.emplace<T>(record);
+    m_decoded->depth = depth;
   }
   // A view into the frame, valid as long as the frame is.
   void KeepText(const Frame& frame) { Keep(Depth::Raw, RawText{TextOf(frame)}); }
@@ -151,6 +151,7 @@ class RecordDecoder::Impl {
   void SetResult(unsigned int result);
   bool LacksWeek(unsigned int blockId, unsigned int result) const;
 
+  DecodedFrame* m_decoded = nullptr;           // what the frame is decoded into
   WeekSource m_weekSource = WeekSource::None;  // of the binary protocol
   bool m_isWeekAssumed = false;                // it is the day of `AssumeFirstDay`
   bool m_hasSentenceTime = false;              // since the last message of RTCM 3
@@ -224,13 +225,14 @@ void RecordDecoder::Impl::AssumeFirstDay(unsigned int mjd) {
   m_isWeekAssumed = true;
 }
 
-void RecordDecoder::Impl::Decode(const Frame& frame) {
+void RecordDecoder::Impl::Decode(const Frame& frame, DecodedFrame& decoded) {
+  m_decoded = &decoded;
   // Member by member: a fresh DecodedFrame would copy the largest record for every frame.
-  m_decoded.record.emplace<std::monostate>();
-  m_decoded.result.reset();
-  m_decoded.depth = Depth::None;
-  m_decoded.week = WeekSource::None;
-  m_decoded.isWeekUnresolved = m_decoded.hasDataError = false;
+  m_decoded->record.emplace<std::monostate>();
+  m_decoded->result.reset();
+  m_decoded->depth = Depth::None;
+  m_decoded->week = WeekSource::None;
+  m_decoded->isWeekUnresolved = m_decoded->hasDataError = false;
   if (frame.data == nullptr) return SetResult(eResultNull);
   switch (frame.protocol) {
     case C_RawDataMessage::eNMEA0183:
@@ -251,8 +253,8 @@ void RecordDecoder::Impl::Decode(const Frame& frame) {
 }
 
 void RecordDecoder::Impl::SetResult(unsigned int result) {
-  m_decoded.result = result;
-  m_decoded.hasDataError = result != eResultOk;
+  m_decoded->result = result;
+  m_decoded->hasDataError = result != eResultOk;
 }
 
 // The number of a frame is enough for the eight sentences with a type of their own, unless the address says that the
@@ -312,10 +314,10 @@ void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
   unsigned short blockId = 0;
   const unsigned int result = m_binaryDecoder.Decode(BytesOf(frame), frame.length, blockId, m_binary);
   SetResult(result);
-  m_decoded.isWeekUnresolved = LacksWeek(blockId, result);
-  const bool isRead = result == eResultOk || m_decoded.isWeekUnresolved;
+  m_decoded->isWeekUnresolved = LacksWeek(blockId, result);
+  const bool isRead = result == eResultOk || m_decoded->isWeekUnresolved;
   // A block that has no decoder is not damaged.
-  m_decoded.hasDataError = !isRead && result != eResultUnknownMessage;
+  m_decoded->hasDataError = !isRead && result != eResultUnknownMessage;
   if (isRead && blockId == eBin65) ShareChannel(m_binary.pvaEph.SvId);
   // There is no block 0: a message that could not be read is kept as raw bytes.
   KeepBinary(isRead ? blockId : 0U, frame);
@@ -335,7 +337,7 @@ void RecordDecoder::Impl::KeepBinary(unsigned int blockId, const Frame& frame) {
 void RecordDecoder::Impl::KeepEphemeris(unsigned int blockId) {
   // GLONASS sends day and four-year period (GLONASS ICD), so block 65 needs no week from elsewhere.
   const bool carriesItsDate = blockId == eBin65;
-  m_decoded.week = carriesItsDate ? WeekSource::Stream : m_weekSource;
+  m_decoded->week = carriesItsDate ? WeekSource::Stream : m_weekSource;
   if (blockId == eBin65 || blockId == eBin93) return Keep(Depth::Full, m_binary.pvaEph);
   Keep(Depth::Full, m_binary.keplerEph);
 }
@@ -363,8 +365,8 @@ void RecordDecoder::Impl::DecodeRtcm(const Frame& frame) {
   if (m_hasSentenceTime && m_rtcmDecoder.IsTimeAssumed()) FollowAssumedDay();
   const Rtcm3Decoded& decoded = m_rtcmDecoder.Decode(frame.data, frame.length);
   SetResult(decoded.result);
-  m_decoded.isWeekUnresolved = decoded.result == eResultNoSeed;
-  m_decoded.hasDataError = decoded.result != eResultOk && !m_decoded.isWeekUnresolved;
+  m_decoded->isWeekUnresolved = decoded.result == eResultNoSeed;
+  m_decoded->hasDataError = decoded.result != eResultOk && !m_decoded->isWeekUnresolved;
   const auto keep = [this](const auto* record) {
     if (record != nullptr) KeepRtcm(*record);
   };
@@ -374,15 +376,15 @@ void RecordDecoder::Impl::DecodeRtcm(const Frame& frame) {
 
 // A message that has no decoder has no result either.
 void RecordDecoder::Impl::KeepRtcm(const Rtcm3Payload& payload) {
-  if (!m_decoded.hasDataError) m_decoded.result.reset();
+  if (!m_decoded->hasDataError) m_decoded->result.reset();
   Keep(Depth::Raw, payload);
 }
 
 template <class T>
 void RecordDecoder::Impl::KeepRtcm(const T& record) {
   constexpr bool isEphemeris = std::is_same_v<T, Rtcm3KeplerEphemeris> || std::is_same_v<T, Rtcm3PvaEphemeris>;
-  if (isEphemeris && !m_decoded.isWeekUnresolved)
-    m_decoded.week = m_seed || m_rtcmDecoder.IsTimeAssumed() ? WeekSource::Seed : WeekSource::Stream;
+  if (isEphemeris && !m_decoded->isWeekUnresolved)
+    m_decoded->week = m_seed || m_rtcmDecoder.IsTimeAssumed() ? WeekSource::Seed : WeekSource::Stream;
   if constexpr (requires { m_clock.Note(record); }) NoteRtcmTime(record);
   Keep(Depth::Full, record);
 }
@@ -411,7 +413,7 @@ void RecordDecoder::Impl::DecodeRd(const Frame& frame) {
 void RecordDecoder::Impl::Unpack(const Frame& frame) {
   const std::string_view text = TextOf(frame);
   const std::size_t packed = AfterComma(text, frame.protocol == C_RawDataMessage::ePKVN ? kCommasOfRaw : kCommasOfJrox);
-  auto& payload = m_decoded.record.emplace<PackedPayload>();
+  auto& payload = m_decoded->record.emplace<PackedPayload>();
   // Two bytes to a word, the word of the checksum included.
   constexpr auto kMaxWords = static_cast<unsigned short>(sizeof payload.bytes / 2);
   payload.text = text.substr(0, packed);
@@ -419,16 +421,18 @@ void RecordDecoder::Impl::Unpack(const Frame& frame) {
   if (text.size() < frame.length)
     payload.length = static_cast<unsigned short>(
         C_FrameRecognizer::UnwindVela7of8Message(payload.bytes, frame.data + packed, kMaxWords));
-  m_decoded.depth = Depth::Raw;
+  m_decoded->depth = Depth::Raw;
 }
 
 RecordDecoder::RecordDecoder() : m_impl(new Impl) {}
 RecordDecoder::~RecordDecoder() = default;
 
 const DecodedFrame& RecordDecoder::Decode(const Frame& frame) {
-  m_impl->Decode(frame);
-  return m_impl->m_decoded;
+  m_impl->Decode(frame, m_impl->m_own);
+  return m_impl->m_own;
 }
+
+void RecordDecoder::Decode(const Frame& frame, DecodedFrame& decoded) { m_impl->Decode(frame, decoded); }
 
 void RecordDecoder::SeedTime(const C_GnssTime& time) { m_impl->SeedTime(time); }
 

@@ -59,6 +59,10 @@ class VELAGNSS_API RecordDecoder {
   // gives result 1.
   const DecodedFrame& Decode(const Frame& frame);
 
+  // The same into a place of the caller's, which may be used again: a DecodedFrame has room for the largest record, and
+  // copying one takes longer than decoding most frames. `decoded` may hold anything before.
+  void Decode(const Frame& frame, DecodedFrame& decoded);
+
   // The time to resolve weeks with, within about ten years of the data. It takes precedence over the dates of the
   // stream and survives `Restart`.
   void SeedTime(const C_GnssTime& time);

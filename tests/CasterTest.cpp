@@ -1,5 +1,5 @@
 // The caster and the pusher, against clients and casters that are played here.
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
 

@@ -1,5 +1,5 @@
 // Epoch objects of `velagnss decode` from observations of RTCM 3, alone and together with sentences.
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>

@@ -1,5 +1,5 @@
 // Epoch objects of `velagnss decode`: which sentences belong together, and what is shown of them.
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>

@@ -1,6 +1,6 @@
 #include "apps/velagnss/json/LineEncoder.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 
 #include "Cases.h"

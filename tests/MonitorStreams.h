@@ -2,7 +2,7 @@
 #ifndef VELAGNSS_TESTS_MONITOR_STREAMS_H
 #define VELAGNSS_TESTS_MONITOR_STREAMS_H
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <chrono>
 #include <optional>

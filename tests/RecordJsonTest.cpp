@@ -1,7 +1,5 @@
 #include "apps/velagnss/json/RecordJson.h"
 
-#include <fmt/format.h>
-
 #include <nlohmann/json.hpp>
 
 #include "Cases.h"

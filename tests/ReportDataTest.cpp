@@ -1,5 +1,5 @@
 // What a report says of one stream, beside its receivers: messages, gaps, latency, damage.
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>

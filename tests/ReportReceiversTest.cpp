@@ -1,5 +1,5 @@
 // The receivers of a report: against the epochs that `decode` shows, and under hostile input.
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 
 #include <cmath>

@@ -1,5 +1,5 @@
 // RINEX navigation files of `velagnss convert`, compared with records worked out by hand.
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 
 #include <map>

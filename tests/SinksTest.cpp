@@ -1,6 +1,6 @@
 // Destinations against real sockets, a pseudo-terminal and files.
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/resource.h>
 #include <unistd.h>
 

@@ -3,7 +3,7 @@
 #ifndef VELAGNSS_TESTS_TRACK_READER_H
 #define VELAGNSS_TESTS_TRACK_READER_H
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 #include <tinyxml2.h>
 

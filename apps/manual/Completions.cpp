@@ -1,6 +1,6 @@
 #include "apps/manual/Completions.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

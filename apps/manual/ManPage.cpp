@@ -1,6 +1,6 @@
 #include "apps/manual/ManPage.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <sstream>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "apps/velagnss/account/AccountTable.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "apps/velagnss/account/PointReportTable.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cmath>
 

@@ -2,17 +2,18 @@
 #ifndef VELAGNSS_APPS_TABLE_LINE_H
 #define VELAGNSS_APPS_TABLE_LINE_H
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cmath>
-#include <iterator>
 #include <string>
+
+#include "apps/velagnss/text/AppendFormat.h"
 
 namespace Host {
 
 template <class... Arguments>
 void Line(std::string& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-  fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
+  AppendFormat(text, format, std::forward<Arguments>(arguments)...);
   text += '\n';
 }
 

@@ -1,10 +1,11 @@
 #include "apps/velagnss/commands/Arguments.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
+#include <thread>
 
 #include "apps/velagnss/commands/RecordArguments.h"
 #include "apps/velagnss/input/live/Links.h"
@@ -249,6 +250,14 @@ void DeclareDecoding(CLI::App& app, S_StreamArguments& stream) {
   DeclareSelection(app, stream);
 }
 
+void DeclareCores(CLI::App& app, S_StreamArguments& stream) {
+  stream.cores = std::max(std::thread::hardware_concurrency(), 1U);
+  app.add_option("-j,--jobs", stream.cores,
+                 "threads to process files with (default: one for each core); the output\ndoes not depend on it")
+      ->option_text("COUNT")
+      ->check(NumberBetween(1U, 256U, "a whole number from 1 to 256"));
+}
+
 void DeclareRange(CLI::App& app, S_StreamArguments& stream) {
   app.add_option_function<std::string>(
          "--range", [&stream](const std::string& text) { stream.range = *ReadRange(text); },
@@ -297,7 +306,8 @@ S_RunOptions RunOptions(const S_StreamArguments& stream) {
           !stream.listedOnly,
           stream.selection,
           ParseDate(stream.date),
-          stream.range};
+          stream.range,
+          stream.cores};
 }
 
 void DeclareDestinations(CLI::App& app, std::vector<std::string>& destinations) {

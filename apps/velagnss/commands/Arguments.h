@@ -2,7 +2,7 @@
 #ifndef VELAGNSS_APPS_ARGUMENTS_H
 #define VELAGNSS_APPS_ARGUMENTS_H
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <optional>
 #include <string>
@@ -67,10 +67,12 @@ struct S_StreamArguments {
   std::string until;
   std::vector<std::string> talkers;
   S_ByteRange range;
+  unsigned int cores = 1;
   C_FrameSelection selection;  // made of these three once the command line has been read
 };
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream);
 void DeclareDecoding(CLI::App& app, S_StreamArguments& stream);  // those that say nothing about inputs
+void DeclareCores(CLI::App& app, S_StreamArguments& stream);
 void DeclareRange(CLI::App& app, S_StreamArguments& stream);
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream);
 

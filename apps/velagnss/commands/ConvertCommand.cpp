@@ -1,6 +1,6 @@
 #include "apps/velagnss/commands/ConvertCommand.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -102,6 +102,7 @@ void C_ConvertCommand::Declare(CLI::App& app) {
   m_app = &app;
   DeclareStreamArguments(app, m_options.stream);
   DeclareRange(app, m_options.stream);
+  DeclareCores(app, m_options.stream);
   app.add_option("--to", m_options.format, FormatHelp())->option_text("FORMAT")->required()->check(&CheckFormat);
   DeclareOutput(app, m_options.output);
   DeclareSeed(app, m_options.stream);

@@ -1,6 +1,6 @@
 #include "apps/velagnss/commands/DecodeCommand.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
 #include <deque>
@@ -53,6 +53,7 @@ class C_DecodeCommand : public C_Command {
 void C_DecodeCommand::Declare(CLI::App& app) {
   DeclareStreamArguments(app, m_stream);
   DeclareRange(app, m_stream);
+  DeclareCores(app, m_stream);
   DeclareOutput(app, m_output);
   DeclareFilter(app, m_filter);
   app.add_option("-n", m_lines.count, "stop after this many frames, of each live source")
@@ -82,8 +83,11 @@ int C_DecodeCommand::Decode(const S_JsonLinesOptions& options) const {
   C_OutputRun output;
   if (const eExitCode code = output.Open(m_output, m_stream.input); code != eExitOk) return code;
   std::deque<S_Decoding> decodings;
+  S_RunOptions run = RunOptions(m_stream);
+  // Blocks that are under way when the last frame has come would be found and decoded for nothing, and be counted.
+  if (options.count != S_JsonLinesOptions().count) run.cores = 1;
   const auto next = [&]() -> C_OutputRun::S_Maker {
-    S_Decoding& decoding = decodings.emplace_back(options, RunOptions(m_stream));
+    S_Decoding& decoding = decodings.emplace_back(options, run);
     return {decoding.run, decoding.lines.Text()};
   };
   return output.Run(m_stream.input, next(), next, [&] { return Judge(decodings); });

@@ -1,6 +1,6 @@
 #include "apps/velagnss/commands/GeoCommand.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
 #include <functional>

@@ -1,6 +1,5 @@
 #include "apps/velagnss/commands/MonitorCommand.h"
 
-#include <fmt/format.h>
 #include <poll.h>
 #include <unistd.h>
 

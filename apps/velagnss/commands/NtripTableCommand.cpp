@@ -1,11 +1,10 @@
 #include "apps/velagnss/commands/NtripTableCommand.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <limits>
 #include <optional>
 #include <span>
@@ -20,6 +19,7 @@
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/Signals.h"
 #include "apps/velagnss/sinks/OutputRun.h"
+#include "apps/velagnss/text/AppendFormat.h"
 #include "apps/velagnss/text/JsonWriter.h"
 #include "apps/velagnss/text/Units.h"
 #include "geo/Geodesy.h"
@@ -148,7 +148,7 @@ std::string Aligned(const std::vector<t_Line>& lines) {
   std::string text;
   for (const t_Line& line : lines) {
     for (std::size_t i = 0; i < line.size(); ++i)
-      fmt::format_to(std::back_inserter(text), "{:<{}.{}}  ", line[i], widths[i], i == 0 ? line[i].size() : widths[i]);
+      AppendFormat(text, "{:<{}.{}}  ", line[i], widths[i], i == 0 ? line[i].size() : widths[i]);
     text.erase(text.find_last_not_of(' ') + 1);
     text += '\n';
   }

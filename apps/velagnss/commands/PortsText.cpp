@@ -1,6 +1,6 @@
 #include "apps/velagnss/commands/PortsText.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "apps/velagnss/commands/RecordArguments.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
 

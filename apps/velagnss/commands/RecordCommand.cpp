@@ -1,6 +1,6 @@
 #include "apps/velagnss/commands/RecordCommand.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>

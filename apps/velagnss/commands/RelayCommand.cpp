@@ -1,6 +1,6 @@
 #include "apps/velagnss/commands/RelayCommand.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -110,7 +110,8 @@ const S_CommandEntry kRelayCommand = {
     "  velagnss relay /dev/ttyUSB0 --to tcp-listen://:2947              for programs of this machine\n"
     "  velagnss relay --proto rtcm3 tcp://rover:5000 --to udp://239.1.2.3:6000   RTCM 3 only, to a group\n"
     "  velagnss relay /dev/ttyUSB0 --to 'ntrip-caster://:2101/BASE?users=u.txt'   a caster\n"
-    "  velagnss relay rover.bin --to json:all.jsonl --to raw:tcp-listen://:2948   several\n",
+    "  velagnss relay rover.bin --to json:all.jsonl --to raw:tcp-listen://:2948   several\n"
+    "  velagnss relay rover.bin --to sqlite:rover.db                    a database\n",
     []() -> std::unique_ptr<C_Command> { return std::make_unique<C_RelayCommand>(); }};
 
 }  // namespace Host

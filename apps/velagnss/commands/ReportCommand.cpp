@@ -51,6 +51,7 @@ class C_ReportWriter : public C_RecordConsumer {
  public:
   C_ReportWriter(const C_InputReport& input, C_ReportText& text) : m_input(input), m_text(text) {}
 
+  bool UsesPreceding() const override { return true; }
   void OnFrame(const S_FrameRecord&) override {}
   void EndInput(const S_InputEnd& end) override;
   void Finish() override { m_text.Finish(); }
@@ -89,6 +90,7 @@ class C_ReportCommand : public C_Command {
   void Declare(CLI::App& app) override {
     DeclareStreamArguments(app, m_stream);
     DeclareRange(app, m_stream);
+    DeclareCores(app, m_stream);
     DeclareOutput(app, m_output);
     app.add_flag("--json", m_isJson, "the numbers of the page as one JSON object");
     m_stream.input.progress = S_InputOptions::eProgress::Always;

@@ -1,6 +1,6 @@
 #include "apps/velagnss/commands/StatCommand.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
 
@@ -25,6 +25,7 @@ class C_AccountWriter : public C_TextConsumer {
                   C_Output& output)
       : m_account(account), m_points(points), m_isJson(isJson), m_maxBadPercent(maxBadPercent), m_output(output) {}
 
+  bool UsesPreceding() const override { return true; }
   void OnFrame(const S_FrameRecord&) override {}
   void EndInput(const S_InputEnd&) override;
   void Finish() override;
@@ -92,6 +93,7 @@ class C_StatCommand : public C_Command {
   void Declare(CLI::App& app) override {
     DeclareStreamArguments(app, m_stream);
     DeclareRange(app, m_stream);
+    DeclareCores(app, m_stream);
     DeclareOutput(app, m_output);
     app.add_flag("--json", m_isJson, "one JSON object per input instead of a table, and one for the total of several");
     app.add_flag("--positions", m_hasPositions,

@@ -221,9 +221,9 @@ S_EpochSatellite* C_EpochBuilder::Satellite(ALGO::eGNSSSystem system, unsigned c
 }
 
 // A sentence that is still to come may say that the observations are those of another receiver.
-void C_EpochBuilder::TakeObserved(const S_Epoch& observed) {
-  if (HaveTimeOfThisEpoch(observed) && m_held.size() < kMaxHeld) return m_held.push_back(observed);
-  m_sink(observed);
+void C_EpochBuilder::TakeObserved(S_Epoch&& observed) {
+  if (HaveTimeOfThisEpoch(observed) && m_held.size() < kMaxHeld) return m_held.push_back(std::move(observed));
+  m_sink(std::move(observed));
 }
 
 bool C_EpochBuilder::HaveTimeOfThisEpoch(const S_Epoch& observed) const {
@@ -250,8 +250,8 @@ bool C_EpochBuilder::AreOfAnotherReceiver(const S_EpochStation& station) const {
 // Those that have ended come first. One station at most is the receiver.
 void C_EpochBuilder::AddObserved(const velagnss::StreamClock& clock) {
   const auto fits = [this](const S_Epoch& observed) { return AreOfThisEpoch(observed); };
-  for (const S_Epoch& observed : std::exchange(m_held, {}))
-    fits(observed) ? AddObservations(m_epoch, observed) : m_sink(observed);
+  for (S_Epoch& observed : std::exchange(m_held, {}))
+    fits(observed) ? AddObservations(m_epoch, observed) : m_sink(std::move(observed));
   if (const auto observed = m_observations.TakeOut(fits, clock)) AddObservations(m_epoch, *observed);
 }
 
@@ -266,7 +266,7 @@ void C_EpochBuilder::Close(const velagnss::StreamClock& clock) {
     for (S_EpochSatellite& satellite : m_epoch.satellites)
       if (m_saysWhatIsUsed && !satellite.isUsed) satellite.isUsed = false;
     SortSatellites(m_epoch);
-    m_sink(m_epoch);
+    m_sink(std::move(m_epoch));
   }
   m_epoch = {};
   m_position = {};

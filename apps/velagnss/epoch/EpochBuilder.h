@@ -31,7 +31,7 @@ namespace Host {
 // its time that have ended are held.
 class C_EpochBuilder {
  public:
-  using t_Sink = std::function<void(const S_Epoch& epoch)>;
+  using t_Sink = std::function<void(S_Epoch&& epoch)>;
 
   explicit C_EpochBuilder(t_Sink sink) : m_sink(std::move(sink)) {}
 
@@ -62,7 +62,7 @@ class C_EpochBuilder {
   void Add(const S_VTG_Data& vtg);
   static void AddSignal(S_EpochSatellite& satellite, unsigned char signalId, double cn0);
   S_EpochSatellite* Satellite(ALGO::eGNSSSystem system, unsigned char id);
-  void TakeObserved(const S_Epoch& observed);
+  void TakeObserved(S_Epoch&& observed);
   bool HaveTimeOfThisEpoch(const S_Epoch& observed) const;
   bool AreOfThisEpoch(const S_Epoch& observed) const;
   bool AreOfAnotherReceiver(const S_EpochStation& station) const;
@@ -84,7 +84,7 @@ class C_EpochBuilder {
 
   std::optional<unsigned short> m_corrections;  // station that a sentence of the epoch names as their source
   std::vector<S_Epoch> m_held;                  // observations with the time of the epoch, ended before it
-  C_ObservationEpochs m_observations{[this](const S_Epoch& observed) { TakeObserved(observed); }};
+  C_ObservationEpochs m_observations{[this](S_Epoch&& observed) { TakeObserved(std::move(observed)); }};
 };
 
 }  // namespace Host

@@ -114,7 +114,7 @@ void C_ObservationEpochs::End(std::vector<S_Open>::iterator open, const StreamCl
   for (S_Open& other : m_open) ++other.others;
   SetTimeAndPlace(ended, clock);
   SetSky(ended);
-  m_sink(ended.epoch);
+  m_sink(std::move(ended.epoch));
 }
 
 // Between two messages of an epoch every other station may end one of its own. A taken epoch remains, so that its late

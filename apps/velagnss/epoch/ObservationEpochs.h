@@ -25,7 +25,7 @@ namespace Host {
 // ephemerides of each satellite. A station beyond the 64 ends the epoch that began first.
 class C_ObservationEpochs {
  public:
-  using t_Sink = std::function<void(const S_Epoch& epoch)>;
+  using t_Sink = std::function<void(S_Epoch&& epoch)>;
   using t_Fits = std::function<bool(const S_Epoch& epoch)>;
 
   // The sink is called with each epoch that has ended.

@@ -1,6 +1,6 @@
 #include "apps/velagnss/geo/GeoForms.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <chrono>

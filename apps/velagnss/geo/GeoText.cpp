@@ -1,10 +1,11 @@
 #include "apps/velagnss/geo/GeoText.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cmath>
 #include <numbers>
 
+#include "apps/velagnss/text/AppendFormat.h"
 #include "apps/velagnss/text/JsonWriter.h"
 #include "apps/velagnss/text/TimeText.h"
 #include "apps/velagnss/text/Units.h"
@@ -77,8 +78,8 @@ std::string GeoTable(const S_GeoResult& result) {
   for (std::size_t i = 0; i < result.form.outputs.size(); ++i) {
     const S_GeoColumn& column = result.form.outputs[i];
     const S_Style style = StyleOf(column.quantity, result.radians);
-    fmt::format_to(std::back_inserter(table), "{:<16}{:>24}{}{}\n", column.name,
-                   ValueText(column.quantity, result.values[i], style), style.unit.empty() ? "" : " ", style.unit);
+    AppendFormat(table, "{:<16}{:>24}{}{}\n", column.name, ValueText(column.quantity, result.values[i], style),
+                 style.unit.empty() ? "" : " ", style.unit);
   }
   return table;
 }

@@ -1,6 +1,6 @@
 #include "apps/velagnss/input/LinkMessages.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/text/Numbers.h"

@@ -1,6 +1,6 @@
 #include "apps/velagnss/input/Progress.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <utility>
 

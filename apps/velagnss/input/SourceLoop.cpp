@@ -1,8 +1,9 @@
 #include "apps/velagnss/input/SourceLoop.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "apps/velagnss/input/LinkMessages.h"
 #include "apps/velagnss/input/Progress.h"

@@ -27,6 +27,9 @@ class C_StreamJob {
   // The same for the inputs after the one that is fed.
   virtual bool WantsMoreInputs() const { return WantsMore(); }
 
+  // The most bytes to feed at once where somebody looks at what has been made of them in between.
+  virtual std::size_t FeedSize() const { return 1 << 13; }
+
   // The input may have to be waited for: what is ready should be shown now.
   virtual void BeforeWait() {}
 

@@ -1,6 +1,6 @@
 #include "apps/velagnss/input/UnpackingSource.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <poll.h>
 
 #include <algorithm>

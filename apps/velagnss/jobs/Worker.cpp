@@ -29,7 +29,7 @@ constexpr std::chrono::milliseconds kLongestPause = 60s;
 class C_LeaseKeeper {
  public:
   C_LeaseKeeper(const C_TakenTask& taken, std::chrono::milliseconds lease)
-      : m_thread([this, &taken, lease] { Work(taken, lease / 3); }) {}
+      : m_thread(StartWithoutSignals([this, &taken, lease] { Work(taken, lease / 3); })) {}
   ~C_LeaseKeeper() {
     {
       const std::lock_guard lock(m_mutex);

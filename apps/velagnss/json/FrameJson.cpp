@@ -43,6 +43,12 @@ std::string_view SentenceOf(const velagnss::Frame& frame) {
 
 }  // namespace
 
+void C_FrameJson::WriteLike(const C_FrameJson& other) {
+  m_input = other.m_input;
+  m_arrival = other.m_arrival;
+  m_hex = other.m_hex;
+}
+
 void C_FrameJson::Begin() {
   m_json.BeginObject();
   m_json.Key("schema").Integer(kSchemaVersion);
@@ -83,7 +89,6 @@ void C_FrameJson::WriteEpoch(const S_Epoch& epoch) {
 }
 
 void C_FrameJson::WriteRejections(const velagnss::RejectedStart& first, std::uint64_t lastOffset, std::uint64_t count) {
-  if (m_isMute) return;
   Begin();
   m_json.Key("event").String("rejected");
   m_json.Key("offset").Integer(first.offset);
@@ -98,7 +103,6 @@ void C_FrameJson::WriteRejections(const velagnss::RejectedStart& first, std::uin
 }
 
 void C_FrameJson::WriteSkipped(const velagnss::SkippedRange& range) {
-  if (m_isMute) return;
   Begin();
   m_json.Key("event").String("skipped");
   m_json.Key("offset").Integer(range.offset);

@@ -24,11 +24,11 @@ class C_FrameJson {
   // When the last bytes of what follows came; none for inputs that are not live.
   void SetArrival(t_Arrival arrival) { m_arrival = arrival; }
 
+  // Writes the same as another one from here on, to its own writer.
+  void WriteLike(const C_FrameJson& other);
+
   // Adds the bytes of frames and events as hexadecimal digits.
   void SetHex(bool isWanted) { m_hex = isWanted; }
-
-  // Writes nothing of events while it is mute.
-  void Mute(bool isMute) { m_isMute = isMute; }
 
   // A frame and what was decoded of it; null for the envelope alone.
   // `clock` has noted the frame already. `tag`: the TAG blocks before it.
@@ -49,7 +49,6 @@ class C_FrameJson {
   std::string m_input;
   t_Arrival m_arrival;
   bool m_hex = false;
-  bool m_isMute = false;
 };
 
 }  // namespace Host

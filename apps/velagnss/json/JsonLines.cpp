@@ -13,9 +13,18 @@ void C_JsonLines::BeginInput(const std::string& name) {
   if (m_options.namesInput) m_lines.SetInput(name);
 }
 
-void C_JsonLines::Mute(bool isMute) {
-  m_isMute = isMute;
-  m_lines.Mute(isMute);
+void C_JsonLines::BeginBlock(C_BlockWork* work) {
+  m_block = static_cast<C_BlockLines*>(work);
+  m_block->Begin(m_lines);
+}
+
+template <class Line>
+void C_JsonLines::Put(Line line) {
+  if (m_isMute) return;
+  if (m_block != nullptr)
+    m_block->Add(std::move(line));
+  else
+    line.WriteTo(m_lines);
 }
 
 void C_JsonLines::OnFrame(const S_FrameRecord& record) {
@@ -27,12 +36,13 @@ void C_JsonLines::OnFrame(const S_FrameRecord& record) {
   if (m_options.epochsOnly || !WantsMore() || !m_options.filter.Passes(frame, record.clock.Seconds()) || m_isMute)
     return;
   ++m_framesWritten;
-  m_lines.WriteFrame(frame, m_options.framesOnly ? nullptr : &record.decoded, record.clock, TagOf(frame));
+  Put(S_FrameLine{&frame, m_options.framesOnly ? nullptr : &record.decoded, &record.clock,
+                  FollowsSkipped(frame) ? m_skipped : std::string()});
 }
 
-void C_JsonLines::OnEpoch(const S_Epoch& epoch) {
+void C_JsonLines::OnEpoch(S_Epoch&& epoch) {
   if (m_isMute || (m_options.epochsOnly && m_framesWritten++ >= m_options.count)) return;
-  m_lines.WriteEpoch(epoch);
+  Put(S_EpochLine{std::make_unique<S_Epoch>(std::move(epoch))});
 }
 
 // A run of skipped bytes has no end when the last frame wanted comes before it, and the last epoch may be incomplete.
@@ -60,12 +70,11 @@ void C_JsonLines::OnSkipped(const velagnss::SkippedRange& range) {
   if (!IsTagOnly(range) && !m_isMute) ++m_dataErrors;
   if (!m_options.events) return;
   m_rejections.EndRange();
-  m_lines.WriteSkipped(range);
+  Put(S_SkippedLine{range});
 }
 
-S_TagBlocks C_JsonLines::TagOf(const velagnss::Frame& frame) const {
-  if (frame.protocol != C_RawDataMessage::eNMEA0183 || frame.offset != m_skippedEnd) return {};
-  return TagBlocksBefore(m_skipped);
+bool C_JsonLines::FollowsSkipped(const velagnss::Frame& frame) const {
+  return frame.protocol == C_RawDataMessage::eNMEA0183 && frame.offset == m_skippedEnd;
 }
 
 }  // namespace Host

@@ -43,7 +43,11 @@ class C_JsonLines : public C_RecordConsumer {
   }
   bool NeedsEvents() const override { return true; }
   bool GoesThroughRanges() const override { return true; }
-  void Mute(bool isMute) override;
+  void Mute(bool isMute) override { m_isMute = isMute; }
+  std::unique_ptr<C_BlockWork> MakeBlockWork() override { return std::make_unique<C_BlockLines>(); }
+  void BeginBlock(C_BlockWork* work) override;
+  void EndBlock() override { m_block = nullptr; }
+  void Collect(C_BlockWork& work) override { m_json.Lines(static_cast<C_BlockLines&>(work).Text()); }
   void BeginInput(const std::string& name) override;
   void OnBytes(std::span<const unsigned char>, t_Arrival arrival) override { m_lines.SetArrival(arrival); }
   void OnLink(const S_LinkChange& change) override;
@@ -54,16 +58,21 @@ class C_JsonLines : public C_RecordConsumer {
   bool WantsMore() const override { return m_framesWritten < m_options.count; }
 
  protected:
-  virtual void OnEpoch(const S_Epoch& epoch);
+  virtual void OnEpoch(S_Epoch&& epoch);
 
  private:
-  S_TagBlocks TagOf(const velagnss::Frame& frame) const;
+  bool FollowsSkipped(const velagnss::Frame& frame) const;
+
+  // Writes the line, now or as the work of a block.
+  template <class Line>
+  void Put(Line line);
 
   S_JsonLinesOptions m_options;
   C_JsonWriter m_json;
   C_FrameJson m_lines;
-  C_RejectionLines m_rejections{m_lines};
-  C_EpochBuilder m_epochs{[this](const S_Epoch& epoch) { OnEpoch(epoch); }};
+  C_BlockLines* m_block = nullptr;  // in a run on several cores
+  C_RejectionLines m_rejections{[this](const S_RejectionsLine& line) { Put(line); }};
+  C_EpochBuilder m_epochs{[this](S_Epoch&& epoch) { OnEpoch(std::move(epoch)); }};
   std::string m_skipped;           // the last run of bytes of no frame, if it may end with a TAG block
   std::uint64_t m_skippedEnd = 0;  // where it ends
   std::uint64_t m_framesWritten = 0;

@@ -2,7 +2,7 @@
 #ifndef VELAGNSS_APPS_MEMBER_TABLE_H
 #define VELAGNSS_APPS_MEMBER_TABLE_H
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <concepts>
@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "apps/velagnss/json/FieldTable.h"
+#include "apps/velagnss/text/AppendFormat.h"
 #include "geo/NotAvailable.h"
 
 namespace Host {
@@ -35,7 +36,7 @@ std::string ListOfNames(const Names& names) {
   std::string list;
   for (const auto* name = std::begin(names); name != std::end(names); ++name)
     if (!name->empty() && std::find(std::begin(names), name, *name) == name)
-      fmt::format_to(std::back_inserter(list), "{}\"{}\"", list.empty() ? "" : ", ", *name);
+      AppendFormat(list, "{}\"{}\"", list.empty() ? "" : ", ", *name);
   return list;
 }
 

@@ -1,6 +1,6 @@
 #include "apps/velagnss/json/MoreNmeaJson.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -1,6 +1,6 @@
 #include "apps/velagnss/json/NmeaJson.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <nlohmann/json.hpp>
 

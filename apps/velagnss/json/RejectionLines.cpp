@@ -7,16 +7,11 @@ namespace Host {
 void C_RejectionLines::Add(const velagnss::RejectedStart& start) {
   if (m_linesOfRange < kLinesPerRange) {
     ++m_linesOfRange;
-    return m_lines.WriteRejections(start, start.offset, 1);
+    S_RejectionsLine line;
+    line.Add(start);
+    return m_sink(line);
   }
-  S_Group& group = start.reason == velagnss::RejectedStart::Reason::Checksum ? m_checksum : m_notAFrame;
-  if (group.count == 0) {
-    group.first = start;
-    std::copy_n(start.data, start.size, group.bytes.begin());
-    group.first.data = group.bytes.data();
-  }
-  group.lastOffset = start.offset;
-  ++group.count;
+  (start.reason == velagnss::RejectedStart::Reason::Checksum ? m_checksum : m_notAFrame).Add(start);
 }
 
 void C_RejectionLines::EndRange() {
@@ -26,8 +21,8 @@ void C_RejectionLines::EndRange() {
   m_linesOfRange = 0;
 }
 
-void C_RejectionLines::Write(S_Group& group) {
-  if (group.count > 0) m_lines.WriteRejections(group.first, group.lastOffset, group.count);
+void C_RejectionLines::Write(S_RejectionsLine& group) {
+  if (group.count > 0) m_sink(group);
   group.count = 0;
 }
 

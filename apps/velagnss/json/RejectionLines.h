@@ -2,10 +2,11 @@
 #ifndef VELAGNSS_APPS_REJECTION_LINES_H
 #define VELAGNSS_APPS_REJECTION_LINES_H
 
-#include <array>
 #include <cstdint>
+#include <functional>
+#include <utility>
 
-#include "apps/velagnss/json/FrameJson.h"
+#include "apps/velagnss/json/Lines.h"
 
 namespace Host {
 
@@ -13,7 +14,9 @@ namespace Host {
 // long as one: the others of the range share a line for each reason.
 class C_RejectionLines {
  public:
-  explicit C_RejectionLines(C_FrameJson& lines) : m_lines(lines) {}
+  using t_Sink = std::function<void(const S_RejectionsLine& line)>;
+
+  explicit C_RejectionLines(t_Sink sink) : m_sink(std::move(sink)) {}
 
   void Add(const velagnss::RejectedStart& start);
 
@@ -23,19 +26,13 @@ class C_RejectionLines {
  private:
   static constexpr unsigned int kLinesPerRange = 16;
 
-  // The starts without a line of their own that were rejected for one reason.
-  struct S_Group {
-    velagnss::RejectedStart first;
-    std::array<unsigned char, velagnss::RejectedStart::kMaxBytes> bytes{};  // of the first
-    std::uint64_t lastOffset = 0;
-    std::uint64_t count = 0;
-  };
-  void Write(S_Group& group);
+  void Write(S_RejectionsLine& group);
 
-  C_FrameJson& m_lines;
+  t_Sink m_sink;
   unsigned int m_linesOfRange = 0;
-  S_Group m_checksum;
-  S_Group m_notAFrame;
+  // The starts without a line of their own, by the reason that they were rejected for.
+  S_RejectionsLine m_checksum;
+  S_RejectionsLine m_notAFrame;
 };
 
 }  // namespace Host

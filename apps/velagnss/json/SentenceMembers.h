@@ -2,7 +2,7 @@
 #ifndef VELAGNSS_APPS_SENTENCE_MEMBERS_H
 #define VELAGNSS_APPS_SENTENCE_MEMBERS_H
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -1,6 +1,6 @@
 #include "apps/velagnss/monitor/MessageLog.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <utility>

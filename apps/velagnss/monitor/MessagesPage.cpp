@@ -1,5 +1,5 @@
 // Which messages come, how often, and what was wrong.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // What a person wants at a glance: where, when, how good, and whether data comes.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>

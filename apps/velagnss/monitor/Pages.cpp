@@ -1,6 +1,6 @@
 #include "apps/velagnss/monitor/Pages.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

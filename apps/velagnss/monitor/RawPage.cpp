@@ -1,5 +1,5 @@
 // The objects of a stream as they are, the newest first.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

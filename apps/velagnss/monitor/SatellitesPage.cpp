@@ -1,5 +1,5 @@
 // Every signal of every satellite, by system, and where the satellites are.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 #define NCURSES_NOMACROS  // they would take names of ours
 #include <curses.h>
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <langinfo.h>
 #include <sys/ioctl.h>
 #include <unistd.h>

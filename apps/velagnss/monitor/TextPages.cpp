@@ -1,5 +1,5 @@
 // The messages of the program, and help.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "apps/velagnss/monitor/PageParts.h"
 #include "apps/velagnss/monitor/ViewText.h"

@@ -1,6 +1,6 @@
 #include "apps/velagnss/monitor/ViewText.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "apps/velagnss/net/AddressForm.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <functional>

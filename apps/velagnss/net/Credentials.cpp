@@ -1,7 +1,7 @@
 #include "apps/velagnss/net/Credentials.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/stat.h>
 
 #include <cerrno>

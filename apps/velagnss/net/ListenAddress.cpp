@@ -1,6 +1,6 @@
 #include "apps/velagnss/net/ListenAddress.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cerrno>
 

@@ -1,6 +1,6 @@
 #include "apps/velagnss/net/Resolve.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <netdb.h>
 
 #include <cstring>

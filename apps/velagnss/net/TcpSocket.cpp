@@ -1,6 +1,6 @@
 #include "apps/velagnss/net/TcpSocket.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <netinet/tcp.h>
 
 #include <algorithm>

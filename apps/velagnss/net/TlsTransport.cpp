@@ -1,6 +1,6 @@
 #include "apps/velagnss/net/TlsTransport.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>

@@ -1,7 +1,5 @@
 #include "apps/velagnss/nmea/SentenceConverter.h"
 
-#include <fmt/format.h>
-
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/text/FrameBytes.h"
 #include "apps/velagnss/text/Numbers.h"

@@ -1,6 +1,6 @@
 #include "apps/velagnss/os/Diagnostics.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>

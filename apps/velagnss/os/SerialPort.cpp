@@ -1,7 +1,7 @@
 #include "apps/velagnss/os/SerialPort.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <grp.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>

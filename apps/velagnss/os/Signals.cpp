@@ -95,4 +95,14 @@ void PauseUntilSignal(std::chrono::milliseconds time) {
   ::poll(&signal, 1, static_cast<int>(time.count()));
 }
 
+std::thread StartWithoutSignals(const std::function<void()>& work) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  std::thread thread(work);
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return thread;
+}
+
 }  // namespace Host

@@ -3,6 +3,8 @@
 #define VELAGNSS_APPS_SIGNALS_H
 
 #include <chrono>
+#include <functional>
+#include <thread>
 
 namespace Host {
 
@@ -36,6 +38,9 @@ int SignalDescriptor();
 
 // Waits for this time, or until the first signal.
 void PauseUntilSignal(std::chrono::milliseconds time);
+
+// A thread that runs no handlers of signals: they are for the main thread, whose waits they end.
+std::thread StartWithoutSignals(const std::function<void()>& work);
 
 }  // namespace Host
 

@@ -1,6 +1,6 @@
 #include "apps/velagnss/pipeline/NoFrameWarning.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/text/Numbers.h"

@@ -5,12 +5,14 @@
 #define VELAGNSS_APPS_RECORD_CONSUMER_H
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 
 #include "apps/velagnss/input/ByteSource.h"
 #include "apps/velagnss/os/ExitCodes.h"
+#include "apps/velagnss/pipeline/FrameBlock.h"
 #include "stream/FrameReader.h"
 #include "stream/RecordDecoder.h"
 #include "stream/StreamClock.h"
@@ -74,6 +76,18 @@ class C_RecordConsumer {
 
   // The state of a live source has changed. What was cut off by a loss has become items before.
   virtual void OnLink(const S_LinkChange&) {}
+
+  // In a run on several cores each consumer gets its items on whatever thread is free, at the same time as others get
+  // later ones. Whether it uses meanwhile what the one before it among the consumers has collected: then both get each
+  // item in turn.
+  virtual bool UsesPreceding() const { return false; }
+
+  // There the items come in blocks. A consumer may put off what needs no order: it has `MakeBlockWork` make a place for
+  // that, gets the place back for each block, and when the work has been done, in the order of the blocks.
+  virtual std::unique_ptr<C_BlockWork> MakeBlockWork() { return nullptr; }
+  virtual void BeginBlock(C_BlockWork* /*work*/) {}
+  virtual void EndBlock() {}
+  virtual void Collect(C_BlockWork& /*work*/) {}
 
   // False: it needs no items, or no more of them. It is asked after each item.
   virtual bool WantsMore() const { return true; }

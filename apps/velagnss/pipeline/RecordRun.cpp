@@ -1,6 +1,6 @@
 #include "apps/velagnss/pipeline/RecordRun.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>
@@ -10,11 +10,20 @@
 #include "apps/velagnss/text/Numbers.h"
 
 namespace Host {
+namespace {
+
+// Below this, and for live sources, what is gained by several cores is lost by waiting for them.
+constexpr std::size_t kLeastForBlocks = 1 << 16;
+constexpr std::size_t kFeedForBlocks = 1 << 22;
+
+}  // namespace
 
 C_RecordRun::C_RecordRun(const S_RunOptions& options, std::vector<C_RecordConsumer*> consumers)
     : m_consumers(std::move(consumers)),
       m_needsRecords(options.selection.Window().IsSet() ||
                      std::any_of(m_consumers.begin(), m_consumers.end(), [](auto* c) { return c->NeedsRecords(); })),
+      m_blocks(options.cores > 1 ? std::make_unique<C_BlockPipeline>(options.cores, options.blockSize, m_consumers)
+                                 : nullptr),
       m_selection(options.selection),
       m_range(options.range),
       m_selectsAll(options.selection.IsEverything() && options.range.IsEverything()) {
@@ -57,9 +66,11 @@ void C_RecordRun::Feed(const S_Chunk& chunk) {
   for (C_RecordConsumer* consumer : m_range.IsEverything() ? m_active : m_consumers)
     consumer->OnBytes(wanted, chunk.isLive ? t_Arrival(chunk.arrival) : std::nullopt);
   m_reader.Feed(chunk.bytes.data(), chunk.bytes.size());
-  Pump();
+  m_blocks != nullptr && !chunk.isLive && chunk.bytes.size() >= kLeastForBlocks ? PumpBlocks() : Pump();
   GiveTotals();
 }
+
+std::size_t C_RecordRun::FeedSize() const { return m_blocks != nullptr ? kFeedForBlocks : C_StreamJob::FeedSize(); }
 
 std::span<const unsigned char> C_RecordRun::InRange(std::span<const unsigned char> bytes) const {
   const std::uint64_t offset = m_reader.BytesFed();
@@ -125,22 +136,58 @@ void C_RecordRun::Pump() {
   }
 }
 
+// All stages of the pipeline are idle before and after.
+void C_RecordRun::PumpBlocks() {
+  m_blocks->Run({[this](C_FrameBlock& block) { Fill(block); }, [this](C_FrameBlock& block) { Decode(block); }},
+                m_isInRange);
+  SelectActive();
+}
+
+// What is behind the range is not decoded: its first frame ends the search.
+void C_RecordRun::Fill(C_FrameBlock& block) {
+  while (m_goesOn && !block.IsFull()) {
+    const velagnss::StreamItem& item = m_reader.Next();
+    if (std::holds_alternative<std::monostate>(item)) return;
+    if (const auto* frame = std::get_if<velagnss::Frame>(&item)) m_goesOn = frame->offset < m_range.end;
+    block.Add(item, m_selectsAll ? velagnss::StreamTotals() : m_reader.Totals());
+  }
+}
+
+void C_RecordRun::Decode(C_FrameBlock& block) {
+  for (S_BlockItem& item : block.Items()) {
+    const auto* const frame = std::get_if<velagnss::Frame>(&item.item);
+    if (frame != nullptr && m_needsRecords) m_decoder.Decode(*frame, item.decoded);
+    item.isWanted = frame != nullptr ? Admit(*frame, item.totals) : m_isInWindow;
+    item.isInRange = m_isInRange;
+    item.clock = m_decoder.Clock();
+  }
+}
+
 // Frames that are left out are decoded as well: they may carry the time of those that are not.
 void C_RecordRun::Take(const velagnss::Frame& frame) {
-  ++m_framesFound;
   const S_FrameRecord record = {frame, m_needsRecords ? m_decoder.Decode(frame) : m_notDecoded, m_decoder.Clock()};
-  if (!m_selectsAll && !Select(frame)) return;
-  if (m_isInRange) ++m_framesSelected;
+  const bool wasInRange = m_isInRange;
+  const bool isWanted = Admit(frame, m_selectsAll ? velagnss::StreamTotals() : m_reader.Totals());
+  if (m_isInRange != wasInRange || m_isAfterRange) EnterRange(m_isInRange);
+  if (!isWanted) return;
   ForEachActive([&record](C_RecordConsumer& consumer) { consumer.OnFrame(record); });
 }
 
-bool C_RecordRun::Select(const velagnss::Frame& frame) {
+// Whether a frame, which has been decoded, is wanted.
+bool C_RecordRun::Admit(const velagnss::Frame& frame, const velagnss::StreamTotals& totals) {
+  ++m_framesFound;
+  const bool isWanted = m_selectsAll || Select(frame, totals);
+  if (isWanted && m_isInRange) ++m_framesSelected;
+  return isWanted;
+}
+
+bool C_RecordRun::Select(const velagnss::Frame& frame, const velagnss::StreamTotals& totals) {
   const bool wasInPart = IsInPart();
   m_isInWindow = m_selection.Window().Includes(m_decoder.Clock());
   m_isAfterRange = frame.offset >= m_range.end;
-  if (m_isAfterRange || m_isInRange != m_range.Includes(frame.offset)) EnterRange(m_range.Includes(frame.offset));
+  m_isInRange = m_range.Includes(frame.offset);
   const bool isSelected = m_isInWindow && !m_isAfterRange && m_selection.HasTalker(frame);
-  m_part.NoteFrame(m_reader.Totals(), wasInPart, frame.length, isSelected && m_isInRange);
+  m_part.NoteFrame(totals, wasInPart, frame.length, isSelected && m_isInRange);
   return isSelected;
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "apps/velagnss/input/StreamJob.h"
+#include "apps/velagnss/pipeline/BlockPipeline.h"
 #include "apps/velagnss/pipeline/FrameSelection.h"
 #include "apps/velagnss/pipeline/PartTotals.h"
 #include "apps/velagnss/pipeline/RecordConsumer.h"
@@ -33,6 +34,8 @@ struct S_RunOptions {
   C_FrameSelection selection = {};                   // of what is found
   std::optional<unsigned int> firstDay = {};         // MJD of the first time of each input, the user's
   S_ByteRange range = {};                            // of each input
+  unsigned int cores = 1;                            // for inputs that need not be waited for; the result is the same
+  std::size_t blockSize = 64;                        // frames that go from core to core at once; likewise
 };
 
 // Each input is searched for frames, each frame is decoded once, and the consumers get both in their order. What the
@@ -53,6 +56,7 @@ class C_RecordRun : public C_StreamJob {
   void BeforeWait() override;
   void OnQuiet() override { GiveUpWaiting(); }
   void OnLink(const S_LinkChange& change) override;
+  std::size_t FeedSize() const override;
   void Finish() override;
 
   // The worst verdict of the consumers.
@@ -65,10 +69,14 @@ class C_RecordRun : public C_StreamJob {
 
  private:
   void Pump();
+  void PumpBlocks();
+  void Fill(C_FrameBlock& block);
+  void Decode(C_FrameBlock& block);
   void GiveTotals();
   void GiveUpWaiting();
   void Take(const velagnss::Frame& frame);
-  bool Select(const velagnss::Frame& frame);
+  bool Select(const velagnss::Frame& frame, const velagnss::StreamTotals& totals);
+  bool Admit(const velagnss::Frame& frame, const velagnss::StreamTotals& totals);
   void EnterRange(bool isInRange);
   bool IsInPart() const { return m_isInRange && m_isInWindow; }
   std::span<const unsigned char> InRange(std::span<const unsigned char> bytes) const;
@@ -82,6 +90,7 @@ class C_RecordRun : public C_StreamJob {
   std::vector<C_RecordConsumer*> m_consumers;
   std::vector<C_RecordConsumer*> m_active;  // those that want more, of what comes here
   bool m_needsRecords;
+  const std::unique_ptr<C_BlockPipeline> m_blocks;  // on several cores
   velagnss::FrameReader m_reader;
   velagnss::RecordDecoder m_decoder;
   const velagnss::DecodedFrame m_notDecoded;

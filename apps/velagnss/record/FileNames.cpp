@@ -1,6 +1,6 @@
 #include "apps/velagnss/record/FileNames.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <regex>

@@ -1,6 +1,6 @@
 #include "apps/velagnss/record/Recorder.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/statvfs.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "apps/velagnss/record/ReplaySource.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/timerfd.h>
 
 #include <algorithm>

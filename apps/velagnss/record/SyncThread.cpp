@@ -1,25 +1,10 @@
 #include "apps/velagnss/record/SyncThread.h"
 
-#include <csignal>
-#include <functional>
 #include <utility>
 
+#include "apps/velagnss/os/Signals.h"
+
 namespace Host {
-namespace {
-
-// Signals are for the main thread, whose waits they end.
-std::thread StartWithoutSignals(const std::function<void()>& work) {
-  sigset_t all;
-  sigset_t before;
-  sigfillset(&all);
-  ::pthread_sigmask(SIG_SETMASK, &all, &before);
-  std::thread thread(work);
-  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  return thread;
-}
-
-}  // namespace
-
 C_SyncThread::C_SyncThread(std::chrono::milliseconds every)
     : m_every(every), m_thread(StartWithoutSignals([this] { Work(); })) {}
 

@@ -1,12 +1,13 @@
 #include "apps/velagnss/relay/Destinations.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
 #include "apps/velagnss/net/Address.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/Signals.h"
+#include "apps/velagnss/sinks/database/DatabaseSink.h"
 #include "apps/velagnss/sinks/live/Casters.h"
 #include "apps/velagnss/text/Numbers.h"
 
@@ -59,6 +60,8 @@ std::string C_Destinations::ReadOne(const std::string& text, const S_RelaySource
     return fmt::format("'{}' begins with an unknown format; known: {}; a file of this name is written ./{}", where,
                        UnitNames(), where);
   if (std::string error = CheckDestination(where); !error.empty()) return error;
+  if (units == eUnits::Rows && (where == "-" || IsAddress(where)))
+    return fmt::format("'{}' names no database file; write sqlite:FILE", text);
   const bool canBeRaw = source.isOne && !source.isSelected;
   const eRawUse rawUse = RawUseOf(where);
   if (units == eUnits::Raw && rawUse == eRawUse::Never)
@@ -84,7 +87,9 @@ bool C_Destinations::Open() {
   m_thread = std::make_unique<C_SinkThread>();
   m_casters = std::make_unique<C_Casters>(*m_thread);
   for (S_Destination& destination : m_destinations) {
-    destination.sink = MakeSink(destination.where, {m_canWait, *m_thread, *m_casters, m_credentials});
+    destination.sink = destination.units == eUnits::Rows
+                           ? MakeDatabaseSink(destination.where, m_canWait, *m_thread)
+                           : MakeSink(destination.where, {m_canWait, *m_thread, *m_casters, m_credentials});
     if (!destination.sink->Open()) return false;
   }
   return true;

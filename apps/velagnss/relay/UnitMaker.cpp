@@ -97,9 +97,10 @@ class C_JsonUnits : public C_UnitMaker, public C_JsonLines {
   }
 
  private:
-  void OnEpoch(const S_Epoch& epoch) override {
-    C_JsonLines::OnEpoch(epoch);
-    if (HasNewLine()) EndLine({epoch.offset, "epoch", "epoch", m_arrival});
+  void OnEpoch(S_Epoch&& epoch) override {
+    const std::uint64_t offset = epoch.offset;
+    C_JsonLines::OnEpoch(std::move(epoch));
+    if (HasNewLine()) EndLine({offset, "epoch", "epoch", m_arrival});
   }
   bool HasNewLine() const { return Size() > (m_piece.ends.empty() ? 0 : m_piece.ends.back()); }
   void EndLine(S_UnitOrigin origin) {
@@ -113,6 +114,7 @@ class C_JsonUnits : public C_UnitMaker, public C_JsonLines {
 };
 
 t_Piece C_JsonUnits::Take() {
+  if (HasNewLine()) EndLine({0, "event", "event", m_arrival});  // after the last frame
   if (m_piece.ends.empty()) return nullptr;
   m_piece.format = m_format;
   m_piece.input = m_input;
@@ -130,6 +132,7 @@ constexpr S_UnitsRow kRows[] = {
     {"frames", eUnits::Frames},
     {"json", eUnits::Json},
     {"epochs", eUnits::Epochs},
+    {"sqlite", eUnits::Rows},
 };
 
 }  // namespace
@@ -147,8 +150,10 @@ std::unique_ptr<C_UnitMaker> MakeUnits(eUnits units, const C_MessageFilter& filt
   if (units == eUnits::Frames) return std::make_unique<C_FrameUnits>(format, filter);
   S_JsonLinesOptions options;
   options.filter = filter;
-  options.namesInput = namesInput;
-  options.epochs = options.epochsOnly = units == eUnits::Epochs;
+  options.namesInput = namesInput && units != eUnits::Rows;
+  options.events = units == eUnits::Rows;
+  options.epochs = units == eUnits::Rows || units == eUnits::Epochs;
+  options.epochsOnly = units == eUnits::Epochs;
   return std::make_unique<C_JsonUnits>(format, options);
 }
 

@@ -19,6 +19,7 @@ enum class eUnits {
   Frames,  // checked frames
   Json,    // a line for each frame
   Epochs,  // a line for each epoch
+  Rows,    // a line for each of these and for each event, for a database
 };
 
 // The names that `--to` takes.
@@ -45,7 +46,7 @@ class C_UnitMaker {
   std::shared_ptr<const S_InputOrigin> m_input;
 };
 
-// `namesInput`: in every line of JSON.
+// `namesInput`: in every line of JSON. Rows know their input by the piece they are in.
 std::unique_ptr<C_UnitMaker> MakeUnits(eUnits units, const C_MessageFilter& filter, bool namesInput);
 
 }  // namespace Host

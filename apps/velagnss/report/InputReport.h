@@ -24,6 +24,7 @@ class C_InputReport : public C_RecordConsumer {
   std::vector<C_RecordConsumer*> Consumers() { return {&m_account, &m_points, this, &m_receivers}; }
 
   bool NeedsEvents() const override { return true; }
+  bool UsesPreceding() const override { return true; }
   void BeginInput(const std::string& name) override;
   void OnBytes(std::span<const unsigned char> bytes, t_Arrival arrival) override;
   void OnFrame(const S_FrameRecord& record) override;

@@ -47,6 +47,7 @@ class C_ReceiverReports : public C_RecordConsumer {
   C_ReceiverReports(const C_ReceiverReports&) = delete;
   C_ReceiverReports& operator=(const C_ReceiverReports&) = delete;
 
+  bool UsesPreceding() const override { return true; }
   void BeginInput(const std::string& name) override;
   void OnFrame(const S_FrameRecord& record) override;
   void EndInput(const S_InputEnd& end) override;

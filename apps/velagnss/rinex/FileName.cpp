@@ -1,6 +1,6 @@
 #include "apps/velagnss/rinex/FileName.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "apps/velagnss/rinex/RinexText.h"
 

@@ -1,10 +1,9 @@
 #include "apps/velagnss/rinex/ObsConverter.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <utility>
 
 #include "apps/velagnss/os/Diagnostics.h"
@@ -15,6 +14,7 @@
 #include "apps/velagnss/rinex/ObsSpool.h"
 #include "apps/velagnss/rinex/RinexText.h"
 #include "apps/velagnss/rinex/StationLines.h"
+#include "apps/velagnss/text/AppendFormat.h"
 #include "apps/velagnss/text/Numbers.h"
 #include "stream/Names.h"
 
@@ -44,8 +44,8 @@ void AppendCell(std::string& text, const S_ObsSignal& signal, std::size_t kind) 
   if (signal.values[kind] == kNoNumber) return text.append(kCellWidth, ' '), void();
   const bool isPhase = kind == ePhase;
   const bool hasDigit = isPhase || (kind == ePseudorange && signal.values[ePhase] == kNoNumber);
-  fmt::format_to(std::back_inserter(text), "{:14.3f}{}{}", signal.values[kind], isPhase ? LockDigit(signal) : ' ',
-                 hasDigit ? StrengthDigit(signal.values[eStrength]) : ' ');
+  AppendFormat(text, "{:14.3f}{}{}", signal.values[kind], isPhase ? LockDigit(signal) : ' ',
+               hasDigit ? StrengthDigit(signal.values[eStrength]) : ' ');
 }
 
 // ms.
@@ -251,8 +251,8 @@ void C_ObsConverter::AppendEpoch(const S_ObsEpoch& epoch) {
   for (std::size_t i = 1; i < epoch.signals.size(); ++i)
     satellites += differs(epoch.signals[i - 1], epoch.signals[i]) ? 1 : 0;
   const S_RinexTime time = RinexTime(epoch.time);
-  fmt::format_to(std::back_inserter(m_text), "> {:04} {:02} {:02} {:02} {:02}{:11.7f}  0{:3}\n", time.year, time.month,
-                 time.day, time.hour, time.minute, time.second, satellites);
+  AppendFormat(m_text, "> {:04} {:02} {:02} {:02} {:02}{:11.7f}  0{:3}\n", time.year, time.month, time.day, time.hour,
+               time.minute, time.second, satellites);
   for (auto from = begin; from != epoch.signals.end();) {
     const auto to = std::find_if(from, epoch.signals.end(), [&](const S_ObsSignal& s) { return differs(*from, s); });
     AppendSatellite(&*from, &*from + (to - from));
@@ -261,7 +261,7 @@ void C_ObsConverter::AppendEpoch(const S_ObsEpoch& epoch) {
 }
 
 void C_ObsConverter::AppendSatellite(const S_ObsSignal* begin, const S_ObsSignal* end) {
-  fmt::format_to(std::back_inserter(m_text), "{}{:02}", NavSystems()[begin->system].letter, begin->number);
+  AppendFormat(m_text, "{}{:02}", NavSystems()[begin->system].letter, begin->number);
   for (const std::string& type : m_types[begin->system]) {
     const t_SignalCode code = {type[1], type[2]};
     const auto* const signal = std::find_if(begin, end, [code](const S_ObsSignal& s) { return s.code == code; });

@@ -1,7 +1,7 @@
 #include "apps/velagnss/rinex/RinexHeader.h"
 
 #include <fmt/chrono.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <ctime>

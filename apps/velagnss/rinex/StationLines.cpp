@@ -1,6 +1,6 @@
 #include "apps/velagnss/rinex/StationLines.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

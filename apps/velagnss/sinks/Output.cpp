@@ -1,7 +1,7 @@
 #include "apps/velagnss/sinks/Output.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <poll.h>
 #include <unistd.h>
 

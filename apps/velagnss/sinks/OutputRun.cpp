@@ -1,6 +1,6 @@
 #include "apps/velagnss/sinks/OutputRun.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <deque>
@@ -14,9 +14,6 @@ namespace Host {
 namespace {
 
 constexpr std::size_t kFlushSize = 1 << 16;  // bytes of text to write at once
-
-// Bytes of input between two looks at the text: with --read-size 1073741824 it must not grow as large as that.
-constexpr std::size_t kFeedSize = 1 << 13;
 
 // Between the inputs and a job: takes the job's text to the output.
 class C_WritingJob : public C_StreamJob {
@@ -53,11 +50,12 @@ class C_WritingJob : public C_StreamJob {
   bool m_hasBytes = false;
 };
 
+// With --read-size 1073741824 the text must not grow as large as that.
 void C_WritingJob::Feed(const S_Chunk& chunk) {
   std::span<const unsigned char> rest = chunk.bytes;
   m_hasBytes = m_hasBytes || !rest.empty();
   while (!rest.empty() && WantsMore()) {
-    const std::size_t size = std::min(rest.size(), kFeedSize);
+    const std::size_t size = std::min(rest.size(), m_job.FeedSize());
     m_job.Feed({rest.first(size), chunk.arrival, chunk.isLive});
     if (m_text.Text().size() >= kFlushSize) m_output.Flush(m_text);
     rest = rest.subspan(size);
@@ -119,7 +117,7 @@ void C_OutputRun::BeginFile(C_TextMaker& text, const std::string& name) {
 int C_OutputRun::Run(const S_InputOptions& input, S_Maker first, const t_NextMaker& next, const t_Judge& judge) {
   std::deque<C_WritingJob> jobs;
   const auto add = [&](S_Maker maker) -> C_StreamJob& {
-    maker.text.SetDrain([this, &text = maker.text] { m_output.Flush(text); });
+    maker.text.SetDrain([this](std::string_view text) { m_output.Write(text); });
     return jobs.emplace_back(maker.job, maker.text, m_output);
   };
   add(first);

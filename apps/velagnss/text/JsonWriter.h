@@ -71,6 +71,11 @@ class C_JsonWriter final : public C_TextMaker {
   // The bytes as lower-case hexadecimal digits.
   void Hex(std::span<const unsigned char> bytes);
 
+  // Whole lines of another writer.
+  void Lines(std::string_view text) {
+    if (!PassOn(text)) Commit(Copy(Room(text.size()), text));
+  }
+
   // Ends one object of a JSON Lines text.
   void EndLine();
 

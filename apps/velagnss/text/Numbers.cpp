@@ -1,6 +1,6 @@
 #include "apps/velagnss/text/Numbers.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <array>
 #include <charconv>

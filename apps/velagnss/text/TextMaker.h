@@ -18,9 +18,9 @@ class C_TextMaker {
   virtual std::string_view Text() const = 0;
   virtual void ClearText() = 0;
 
-  // Takes the text and clears it, so that a maker of much text at once needs not hold it all. Without one the text
+  // Takes the text, so that a maker of much text at once needs not hold it all. Without one the text
   // waits.
-  using t_Drain = std::function<void()>;
+  using t_Drain = std::function<void(std::string_view text)>;
   void SetDrain(t_Drain drain) { m_drain = std::move(drain); }
 
   // Puts what comes from here on into a file of this name, for makers of several files.
@@ -30,7 +30,15 @@ class C_TextMaker {
  protected:
   // Where a lot of text may have come together.
   void Drain() {
-    if (m_drain && Text().size() >= kDrainSize) m_drain();
+    if (m_drain && Text().size() >= kDrainSize) PourOut();
+  }
+
+  // Text from elsewhere that follows what waits here. False, and nothing done, when there is no drain.
+  bool PassOn(std::string_view text) {
+    if (!m_drain) return false;
+    PourOut();
+    m_drain(text);
+    return true;
   }
 
   void BeginFile(const std::string& name) {
@@ -38,6 +46,11 @@ class C_TextMaker {
   }
 
  private:
+  void PourOut() {
+    m_drain(Text());
+    ClearText();
+  }
+
   static constexpr std::size_t kDrainSize = 1 << 16;
 
   t_Drain m_drain;

@@ -1,6 +1,6 @@
 #include "apps/velagnss/text/Utf8.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

@@ -1,5 +1,4 @@
-#include <fmt/format.h>
-
+#include "apps/velagnss/text/AppendFormat.h"
 #include "apps/velagnss/text/ModeNames.h"
 #include "apps/velagnss/track/TrackFormat.h"
 
@@ -28,7 +27,7 @@ class C_CsvTrack : public C_TrackFormat {
 };
 
 void C_CsvTrack::Add(const S_TrackPoint& point, std::string& text) {
-  fmt::format_to(std::back_inserter(text), "{},{},", m_segment, point.time.Text());
+  AppendFormat(text, "{},{},", m_segment, point.time.Text());
   AppendDegrees(text, point.latitude);
   text += ',';
   AppendDegrees(text, point.longitude);

@@ -1,5 +1,4 @@
-#include <fmt/format.h>
-
+#include "apps/velagnss/text/AppendFormat.h"
 #include "apps/velagnss/text/ModeNames.h"
 #include "apps/velagnss/track/TrackFormat.h"
 
@@ -55,8 +54,9 @@ class C_GeoJsonTrack : public C_TrackFormat {
 };
 
 void C_GeoJsonTrack::BeginFeature(std::string_view geometry, std::string& text) {
-  fmt::format_to(std::back_inserter(text), "{}{{\"type\":\"Feature\",\"geometry\":{{\"type\":\"{}\",\"coordinates\":",
-                 m_isFirstFeature ? "" : ",", geometry);
+  AppendFormat(text,
+               "{}{{\"type\":\"Feature\",\"geometry\":{{\"type\":\"{}\",\"coordinates\":", m_isFirstFeature ? "" : ",",
+               geometry);
   m_isFirstFeature = false;
 }
 
@@ -70,7 +70,7 @@ void C_GeoJsonTrack::BeginSegment(std::string&) {
 void C_GeoJsonTrack::Add(const S_TrackPoint& point, std::string& text) {
   BeginFeature("Point", text);
   AppendPosition(text, point.longitude, point.latitude, point.altitude);
-  fmt::format_to(std::back_inserter(text), "}},\"properties\":{{\"segment\":{}", m_segment);
+  AppendFormat(text, "}},\"properties\":{{\"segment\":{}", m_segment);
   AppendMember(text, "time_utc", point.time.Text());
   AppendMember(text, "fix", ModeName(point.fix));
   AppendMember(text, "satellites", IsNotAvailable(point.satellites) ? NA_DOUBLE : point.satellites);
@@ -112,7 +112,7 @@ void C_GeoJsonTrack::EndSegment(std::string& text) {
   BeginFeature(m_isCut ? "MultiLineString" : "LineString", text);
   text += m_isCut ? "[[" : "[";
   AppendSpilled(m_line, text);
-  fmt::format_to(std::back_inserter(text), "{}}},\"properties\":{{\"segment\":{}", m_isCut ? "]]" : "]", m_segment);
+  AppendFormat(text, "{}}},\"properties\":{{\"segment\":{}", m_isCut ? "]]" : "]", m_segment);
   EndFeature(text);
 }
 

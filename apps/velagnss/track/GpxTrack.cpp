@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "apps/velagnss/track/TrackFormat.h"
 #include "apps/velagnss/track/XmlText.h"

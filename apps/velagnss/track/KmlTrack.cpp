@@ -1,8 +1,8 @@
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <array>
-#include <iterator>
 
+#include "apps/velagnss/text/AppendFormat.h"
 #include "apps/velagnss/text/ModeNames.h"
 #include "apps/velagnss/track/TrackFormat.h"
 #include "apps/velagnss/track/XmlText.h"
@@ -78,8 +78,7 @@ void C_KmlTrack::Begin(std::string& text) {
       "<Document>\n"
       "<Schema id=\"point\">\n";
   for (const S_PointArray& array : kArrays)
-    fmt::format_to(std::back_inserter(text), "<gx:SimpleArrayField name=\"{}\" type=\"{}\"/>\n", array.name,
-                   array.type);
+    AppendFormat(text, "<gx:SimpleArrayField name=\"{}\" type=\"{}\"/>\n", array.name, array.type);
   text += "</Schema>\n";
 }
 
@@ -104,7 +103,7 @@ void C_KmlTrack::Add(const S_TrackPoint& point, std::string& text) {
 
 void C_KmlTrack::WriteRun(std::string& text) {
   if (m_count == 0) return;
-  fmt::format_to(std::back_inserter(text), "<Placemark>\n<name>segment {}</name>\n", m_segment);
+  AppendFormat(text, "<Placemark>\n<name>segment {}</name>\n", m_segment);
   if (m_form.isDated)
     WriteTrack(text);
   else
@@ -124,7 +123,7 @@ void C_KmlTrack::WriteTrack(std::string& text) {
   AppendSpilled(m_positions, text);
   text += "<ExtendedData><SchemaData schemaUrl=\"#point\">\n";
   for (std::size_t i = 0; i < m_arrays.size(); ++i) {
-    fmt::format_to(std::back_inserter(text), "<gx:SimpleArrayData name=\"{}\">\n", kArrays[i].name);
+    AppendFormat(text, "<gx:SimpleArrayData name=\"{}\">\n", kArrays[i].name);
     AppendSpilled(m_arrays[i], text);
     text += "</gx:SimpleArrayData>\n";
   }
@@ -134,9 +133,9 @@ void C_KmlTrack::WriteTrack(std::string& text) {
 // A LineString needs two positions.
 void C_KmlTrack::WriteLine(std::string& text) {
   const std::string_view element = m_count == 1 ? "Point" : "LineString";
-  fmt::format_to(std::back_inserter(text), "<{}>\n{}<coordinates>\n", element, AltitudeMode(m_form.hasAltitude));
+  AppendFormat(text, "<{}>\n{}<coordinates>\n", element, AltitudeMode(m_form.hasAltitude));
   AppendSpilled(m_positions, text);
-  fmt::format_to(std::back_inserter(text), "</coordinates>\n</{}>\n", element);
+  AppendFormat(text, "</coordinates>\n</{}>\n", element);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "apps/velagnss/track/TrackConverter.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <filesystem>
 #include <utility>

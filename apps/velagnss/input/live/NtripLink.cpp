@@ -1,6 +1,6 @@
 #include "apps/velagnss/input/live/NtripLink.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <utility>

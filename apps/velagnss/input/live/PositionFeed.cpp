@@ -1,6 +1,6 @@
 #include "apps/velagnss/input/live/PositionFeed.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

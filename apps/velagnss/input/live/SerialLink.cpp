@@ -1,6 +1,6 @@
 #include "apps/velagnss/input/live/SerialLink.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <asio/posix/stream_descriptor.hpp>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "apps/velagnss/input/live/TcpListenLink.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <asio/steady_timer.hpp>
 

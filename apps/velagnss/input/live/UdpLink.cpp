@@ -1,6 +1,6 @@
 #include "apps/velagnss/input/live/UdpLink.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <net/if.h>
 #include <netinet/in.h>
 

@@ -1,6 +1,6 @@
 #include "apps/velagnss/input/live/UnixLink.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 

@@ -1,6 +1,6 @@
 #include "apps/velagnss/net/ntrip/NtripAddress.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "apps/velagnss/net/TcpTransport.h"
 #include "apps/velagnss/net/TlsTransport.h"

@@ -1,6 +1,6 @@
 #include "apps/velagnss/net/ntrip/SourceTable.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>

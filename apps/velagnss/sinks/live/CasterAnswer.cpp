@@ -1,6 +1,6 @@
 #include "apps/velagnss/sinks/live/CasterAnswer.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 #include "apps/velagnss/sinks/live/Casters.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <openssl/crypto.h>
 
 #include <array>

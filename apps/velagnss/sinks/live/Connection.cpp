@@ -1,6 +1,6 @@
 #include "apps/velagnss/sinks/live/Connection.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 

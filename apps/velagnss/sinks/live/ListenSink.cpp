@@ -1,6 +1,6 @@
 #include "apps/velagnss/sinks/live/ListenSink.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/sinks/live/Listener.h"

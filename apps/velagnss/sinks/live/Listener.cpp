@@ -1,7 +1,7 @@
 #include "apps/velagnss/sinks/live/Listener.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>

@@ -1,5 +1,7 @@
 #include "apps/velagnss/sinks/live/OutgoingSink.h"
 
+#include <fmt/core.h>
+
 #include <exception>
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "apps/velagnss/sinks/live/ReaderSink.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <utility>
 

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <asio/executor_work_guard.hpp>
 #include <asio/post.hpp>
-#include <csignal>
 #include <cstdint>
 #include <utility>
 
@@ -33,28 +32,11 @@ void Show(const S_SinkMessage& message) {
   }
 }
 
-// The thread must not run the handlers of signals: the main thread waits for them.
-class C_SignalsBlocked {
- public:
-  C_SignalsBlocked() {
-    sigset_t all;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
-  }
-  ~C_SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-  C_SignalsBlocked(const C_SignalsBlocked&) = delete;
-  C_SignalsBlocked& operator=(const C_SignalsBlocked&) = delete;
-
- private:
-  sigset_t m_before;
-};
-
 }  // namespace
 
 C_SinkThread::C_SinkThread()
     : m_work(asio::make_work_guard(m_context)), m_event(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  const C_SignalsBlocked blocked;
-  m_thread = std::thread([this] { m_context.run(); });
+  m_thread = StartWithoutSignals([this] { m_context.run(); });
 }
 
 C_SinkThread::~C_SinkThread() { Stop(); }

@@ -1,6 +1,6 @@
 #include "apps/velagnss/sinks/live/Sinks.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>
