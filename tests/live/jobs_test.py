@@ -84,10 +84,10 @@ class JobsTest(harness.Case):
         return str(file)
 
     def merged(self):
-        return b"".join(file.read_bytes() for file in sorted(self.results.iterdir()))
+        return b"".join(file.read_bytes() for file in sorted(self.results.iterdir()) if not file.name.startswith("."))
 
     def wait_until_done(self, count):
-        wait_until(lambda: self.jobs()["done"] + len(self.jobs()["failed"]) >= count, what=f"{count} tasks are not done")
+        wait_until(lambda: self.jobs()["done"] >= count, 3 * PATIENCE, f"{count} tasks are not done")
 
     def test_any_number_of_workers_kills_and_all(self):
         files = [self.file("a.bin", self.session), self.file("b.bin", self.session[::-1] + self.session)]
@@ -193,6 +193,22 @@ class JobsTest(harness.Case):
         self.assertEqual(self.merged(), expected, done.stderr)
         del web.files["/b.bin"]
         self.submit(web.url("/b.bin"), code=3)
+
+    def test_messages_of_tasks_done_twice_are_there_once(self):
+        file = self.file("a.bin", self.session)
+        stream = self.server.queue("frames_of_tasks")
+        submit = ["--split", str(SPLIT), file]
+        self.submit(*submit)
+        for _ in range(2):
+            workers = [self.run_program("work", "--queue", self.queue, "--to", f"frames:{stream}", "--until-empty") for _ in range(2)]
+            for worker in workers:
+                self.assertEqual(worker.process.wait(60), 0, worker.lines["err"])
+            self.submit("--again", *submit)
+        frames = []
+        for source in file, f"{stream}?from=start&until=end":
+            lines = self.run_once("decode", "--frames", "--hex", source).stdout.splitlines()
+            frames.append(sorted(json.loads(line)["hex"] for line in lines))
+        self.assertEqual(frames[0], frames[1])
 
     def test_faults_of_the_output_cost_no_task(self):
         if os.geteuid() != 0:

@@ -67,6 +67,16 @@ bool Sync(const fs::path& path, int flags) {
   return descriptor.IsOpen() && ::fsync(descriptor.Get()) == 0;
 }
 
+// What workers that were killed have left of other tries: hidden files with the name of this one in theirs.
+void RemoveTries(const fs::path& file) {
+  std::error_code none;
+  const std::string name = file.stem();
+  for (const fs::directory_entry& entry : fs::directory_iterator(file.parent_path(), none)) {
+    const std::string other = entry.path().filename();
+    if (other.starts_with('.') && other.find(name) != std::string::npos) fs::remove(entry.path(), none);
+  }
+}
+
 }  // namespace
 
 std::string C_TaskOutput::Check(const std::vector<std::string>& destinations) {
@@ -95,12 +105,15 @@ C_TaskOutput::~C_TaskOutput() {
   for (const S_File& file : m_files) ::unlink(file.hidden.c_str());
 }
 
-// The contents, then the name, then the directory that holds it.
+// The contents, then the name, then the directory that holds it. Another worker that did the same task at the same time
+// may have put its file there, and taken ours away.
 bool C_TaskOutput::Commit() {
   for (const S_File& file : m_files) {
-    if (Sync(file.hidden, 0) && ::rename(file.hidden.c_str(), file.file.c_str()) == 0 &&
-        Sync(file.file.parent_path(), O_DIRECTORY))
+    const bool isThere = Sync(file.hidden, 0) && ::rename(file.hidden.c_str(), file.file.c_str()) == 0;
+    if ((isThere || ::access(file.file.c_str(), F_OK) == 0) && Sync(file.file.parent_path(), O_DIRECTORY)) {
+      RemoveTries(file.file);
       continue;
+    }
     ReportError(fmt::format("{}: cannot be completed: {}", file.file.native(), std::strerror(errno)));
     return false;
   }
