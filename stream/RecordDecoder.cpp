@@ -33,6 +33,26 @@ bool SetsGpsTime(const C_GnssTime& time) {
          (time.m_system == ALGO::GNSS_GPS || time.m_system == ALGO::GNSS_GALILEO || time.m_system == ALGO::GNSS_BEIDOU);
 }
 
+// Member by member: a fresh DecodedFrame would copy the largest record for every frame.
+void Clear(DecodedFrame& decoded) {
+  decoded.record.emplace<std::monostate>();
+  decoded.result.reset();
+  decoded.depth = Depth::None;
+  decoded.week = WeekSource::None;
+  decoded.isWeekUnresolved = decoded.hasDataError = false;
+}
+
+void SetResultOf(DecodedFrame& decoded, unsigned int result) {
+  decoded.result = result;
+  decoded.hasDataError = result != eResultOk;
+}
+
+template <class T>
+void KeepRecord(const T& record, Depth depth, DecodedFrame& decoded) {
+  decoded.record.emplace<T>(record);
+  decoded.depth = depth;
+}
+
 // The text of a sentence without its line end.
 std::string_view TextOf(const Frame& frame) {
   std::string_view text(reinterpret_cast<const char*>(frame.data), frame.length);
@@ -45,6 +65,9 @@ bool HasPlainAddress(const Frame& frame) {
   constexpr unsigned short kLength = 6;
   return frame.length > kLength && frame.data[1] != 'P' && (frame.data[kLength] == ',' || frame.data[kLength] == '*');
 }
+
+// A view into the frame, valid as long as the frame is.
+void KeepTextOf(const Frame& frame, DecodedFrame& decoded) { KeepRecord(RawText{TextOf(frame)}, Depth::Raw, decoded); }
 
 RawBody BodyOf(const Frame& frame) {
   constexpr std::size_t kEnvelope = kBinaryHeader + kBinaryChecksum;
@@ -67,6 +90,71 @@ std::size_t AfterComma(std::string_view text, unsigned int commas) {
   return at;
 }
 
+// Sentences to records. It has no state: what a stream is known to be does not change what a sentence says.
+class SentenceReader {
+ public:
+  void Read(const Frame& frame, TimeDigits digits, DecodedFrame& decoded);
+
+ private:
+  // One sentence and what makes its record of the decoder's union.
+  struct S_Row {
+    C_RawDataMessage::eNMEA0183Messages type;
+    void (*keep)(const U_EcdDcdData& from, DecodedFrame& decoded);
+  };
+  static const S_Row kRows[];
+
+  template <auto Member>
+  static void Keep(const U_EcdDcdData& from, DecodedFrame& decoded) {
+    KeepRecord(from.*Member, Depth::Full, decoded);
+  }
+  void ReadOneOfEight(const Frame& frame, TimeDigits digits, const S_Row& row, DecodedFrame& decoded);
+  void ReadByAddress(const Frame& frame, TimeDigits digits, DecodedFrame& decoded);
+
+  U_EcdDcdData m_nmea;
+  NmeaRecord m_sentence;
+};
+
+// clang-format off
+constexpr SentenceReader::S_Row SentenceReader::kRows[] = {
+    {C_RawDataMessage::eNmeaGGA, &Keep<&U_EcdDcdData::gga>},
+    {C_RawDataMessage::eNmeaGLL, &Keep<&U_EcdDcdData::gll>},
+    {C_RawDataMessage::eNmeaGNS, &Keep<&U_EcdDcdData::gns>},
+    {C_RawDataMessage::eNmeaGSA, &Keep<&U_EcdDcdData::gsa>},
+    {C_RawDataMessage::eNmeaGSV, &Keep<&U_EcdDcdData::gsv>},
+    {C_RawDataMessage::eNmeaRMC, &Keep<&U_EcdDcdData::rmc>},
+    {C_RawDataMessage::eNmeaVTG, &Keep<&U_EcdDcdData::vtg>},
+    {C_RawDataMessage::eNmeaZDA, &Keep<&U_EcdDcdData::zda>},
+};
+// clang-format on
+
+// The number of a frame is enough for the eight sentences with a type of their own, unless the address says that the
+// sentence is another one with the same letters in their place, "$PMGNST" for one.
+void SentenceReader::Read(const Frame& frame, TimeDigits digits, DecodedFrame& decoded) {
+  const auto type = static_cast<C_RawDataMessage::eNMEA0183Messages>(frame.message);
+  const auto* const row = std::find_if(std::begin(kRows), std::end(kRows),
+                                       [type](const S_Row& candidate) { return candidate.type == type; });
+  if (row == std::end(kRows) || !HasPlainAddress(frame)) return ReadByAddress(frame, digits, decoded);
+  ReadOneOfEight(frame, digits, *row, decoded);
+}
+
+void SentenceReader::ReadOneOfEight(const Frame& frame, TimeDigits digits, const S_Row& row, DecodedFrame& decoded) {
+  char variation = 0;
+  SetResultOf(decoded, textproto::DecodeCheckedSentence(frame.data, frame.length, row.type, m_nmea, variation, digits));
+  if (decoded.hasDataError) return KeepTextOf(frame, decoded);
+  // The sentence decoder does not keep the letter, and without it the variation has no sign.
+  if (row.type == C_RawDataMessage::eNmeaRMC) m_nmea.rmc.variationDirection = static_cast<unsigned char>(variation);
+  row.keep(m_nmea, decoded);
+}
+
+void SentenceReader::ReadByAddress(const Frame& frame, TimeDigits digits, DecodedFrame& decoded) {
+  SetResultOf(decoded, DecodeSentence(TextOf(frame), m_sentence, digits));
+  if (decoded.hasDataError) return KeepTextOf(frame, decoded);
+  const auto keep = [&decoded]<class T>(const T& record) {
+    KeepRecord(record, std::is_same_v<T, OtherSentence> ? Depth::Partial : Depth::Full, decoded);
+  };
+  std::visit(keep, m_sentence);
+}
+
 }  // namespace
 
 class RecordDecoder::Impl {
@@ -77,6 +165,7 @@ class RecordDecoder::Impl {
   void AssumeFirstDay(unsigned int mjd);
   void Restart();
   void Decode(const Frame& frame, DecodedFrame& decoded);
+  void Follow(const DecodedFrame& sentence);
 
   std::optional<C_GnssTime> m_seed;  // the caller's
   std::optional<unsigned int> m_firstDay;
@@ -87,21 +176,13 @@ class RecordDecoder::Impl {
   DecodedFrame m_own;
 
  private:
-  // One sentence or message and what makes its record of the decoder's union.
-  struct S_NmeaRow {
-    C_RawDataMessage::eNMEA0183Messages type;
-    void (Impl::*keep)();
-  };
+  // One message and what makes its record of the decoder's union.
   struct S_PkvnRow {
     VelaPKVN_Messages::eMessageTypes type;
     void (Impl::*keep)();
   };
-  static const S_NmeaRow kNmeaRows[];
   static const S_PkvnRow kPkvnRows[];
 
-  void DecodeNmea(const Frame& frame);
-  void DecodeOneOfEight(const Frame& frame, const S_NmeaRow& row);
-  void DecodeByAddress(const Frame& frame);
   void DecodeBinary(const Frame& frame);
   void DecodeRtcm(const Frame& frame);
   void DecodePkvn(const Frame& frame);
@@ -110,28 +191,12 @@ class RecordDecoder::Impl {
 
   template <class T>
   void Keep(Depth depth, const T& record) {
-    m_decoded->record.emplace<T>(record);
-    m_decoded->depth = depth;
+    KeepRecord(record, depth, *m_decoded);
   }
-  // A view into the frame, valid as long as the frame is.
-  void KeepText(const Frame& frame) { Keep(Depth::Raw, RawText{TextOf(frame)}); }
+  void KeepText(const Frame& frame) { KeepTextOf(frame, *m_decoded); }
   void KeepBinary(unsigned int blockId, const Frame& frame);
   void KeepEphemeris(unsigned int blockId);
   void ShareChannel(unsigned char slot);
-  template <auto Member>
-  void KeepSentence() {
-    Keep(Depth::Full, m_nmea.*Member);
-  }
-  template <auto Member>
-  void KeepTimed() {
-    NoteTime(m_nmea.*Member);
-    Keep(Depth::Full, m_nmea.*Member);
-  }
-  template <class T>
-  void KeepSentenceRecord(const T& record) {
-    if constexpr (requires { m_clock.Note(record); }) NoteTime(record);
-    Keep(std::is_same_v<T, OtherSentence> ? Depth::Partial : Depth::Full, record);
-  }
   // A faulty frame leaves nothing.
   void KeepRtcm(std::monostate) {}
   void KeepRtcm(const Rtcm3Payload& payload);
@@ -158,24 +223,13 @@ class RecordDecoder::Impl {
   C_VelaPKVN_Decode m_pkvnDecoder;
   C_VelaRD_Decode m_rdDecoder;
 
-  U_EcdDcdData m_nmea;
-  NmeaRecord m_sentence;
+  SentenceReader m_sentences;
   U_VelaBIN_EcdDcdData m_binary;
   U_VelaPKVN_EcdDcdData m_pkvn;
   U_VelaRD_EcdDcdData m_rd;
 };
 
 // clang-format off
-constexpr RecordDecoder::Impl::S_NmeaRow RecordDecoder::Impl::kNmeaRows[] = {
-    {C_RawDataMessage::eNmeaGGA, &Impl::KeepTimed<&U_EcdDcdData::gga>},
-    {C_RawDataMessage::eNmeaGLL, &Impl::KeepTimed<&U_EcdDcdData::gll>},
-    {C_RawDataMessage::eNmeaGNS, &Impl::KeepTimed<&U_EcdDcdData::gns>},
-    {C_RawDataMessage::eNmeaGSA, &Impl::KeepSentence<&U_EcdDcdData::gsa>},
-    {C_RawDataMessage::eNmeaGSV, &Impl::KeepSentence<&U_EcdDcdData::gsv>},
-    {C_RawDataMessage::eNmeaRMC, &Impl::KeepTimed<&U_EcdDcdData::rmc>},
-    {C_RawDataMessage::eNmeaVTG, &Impl::KeepSentence<&U_EcdDcdData::vtg>},
-    {C_RawDataMessage::eNmeaZDA, &Impl::KeepTimed<&U_EcdDcdData::zda>},
-};
 constexpr RecordDecoder::Impl::S_PkvnRow RecordDecoder::Impl::kPkvnRows[] = {  // of two a list is kept as text
     {ePkvnATTSTAT,     &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::attStat, Depth::Partial>},
     {ePkvnGBS,         &Impl::KeepPkvn<&U_VelaPKVN_EcdDcdData::gbs>},
@@ -227,16 +281,12 @@ void RecordDecoder::Impl::AssumeFirstDay(unsigned int mjd) {
 
 void RecordDecoder::Impl::Decode(const Frame& frame, DecodedFrame& decoded) {
   m_decoded = &decoded;
-  // Member by member: a fresh DecodedFrame would copy the largest record for every frame.
-  m_decoded->record.emplace<std::monostate>();
-  m_decoded->result.reset();
-  m_decoded->depth = Depth::None;
-  m_decoded->week = WeekSource::None;
-  m_decoded->isWeekUnresolved = m_decoded->hasDataError = false;
+  Clear(decoded);
   if (frame.data == nullptr) return SetResult(eResultNull);
   switch (frame.protocol) {
     case C_RawDataMessage::eNMEA0183:
-      return DecodeNmea(frame);
+      m_sentences.Read(frame, m_timeDigits, decoded);
+      return Follow(decoded);
     case C_RawDataMessage::eVelaBIN:
       return DecodeBinary(frame);
     case C_RawDataMessage::ePKVN:
@@ -252,37 +302,15 @@ void RecordDecoder::Impl::Decode(const Frame& frame, DecodedFrame& decoded) {
   }
 }
 
-void RecordDecoder::Impl::SetResult(unsigned int result) {
-  m_decoded->result = result;
-  m_decoded->hasDataError = result != eResultOk;
-}
+void RecordDecoder::Impl::SetResult(unsigned int result) { SetResultOf(*m_decoded, result); }
 
-// The number of a frame is enough for the eight sentences with a type of their own, unless the address says that the
-// sentence is another one with the same letters in their place, "$PMGNST" for one.
-void RecordDecoder::Impl::DecodeNmea(const Frame& frame) {
-  const auto type = static_cast<C_RawDataMessage::eNMEA0183Messages>(frame.message);
-  const auto* const row = std::find_if(std::begin(kNmeaRows), std::end(kNmeaRows),
-                                       [type](const S_NmeaRow& candidate) { return candidate.type == type; });
-  if (row == std::end(kNmeaRows) || !HasPlainAddress(frame)) return DecodeByAddress(frame);
-  DecodeOneOfEight(frame, *row);
-}
-
-void RecordDecoder::Impl::DecodeOneOfEight(const Frame& frame, const S_NmeaRow& row) {
-  char variation = 0;
-  const unsigned int result =
-      textproto::DecodeCheckedSentence(frame.data, frame.length, row.type, m_nmea, variation, m_timeDigits);
-  SetResult(result);
-  if (result != eResultOk) return KeepText(frame);
-  // The sentence decoder does not keep the letter, and without it the variation has no sign.
-  if (row.type == C_RawDataMessage::eNmeaRMC) m_nmea.rmc.variationDirection = static_cast<unsigned char>(variation);
-  (this->*row.keep)();
-}
-
-void RecordDecoder::Impl::DecodeByAddress(const Frame& frame) {
-  const unsigned int result = DecodeSentence(TextOf(frame), m_sentence, m_timeDigits);
-  SetResult(result);
-  if (result != eResultOk) return KeepText(frame);
-  std::visit([this](const auto& record) { KeepSentenceRecord(record); }, m_sentence);
+void RecordDecoder::Impl::Follow(const DecodedFrame& sentence) {
+  const auto note = [this]<class T>(const T* record) {
+    if (record != nullptr) NoteTime(*record);
+  };
+  const auto noteAnyOf = [&]<class... T>(std::in_place_type_t<T>...) { (note(std::get_if<T>(&sentence.record)), ...); };
+  noteAnyOf(std::in_place_type<S_GGA_Data>, std::in_place_type<S_GNS_Data>, std::in_place_type<S_GLL_Data>,
+            std::in_place_type<S_RMC_Data>, std::in_place_type<S_ZDA_Data>);
 }
 
 // The first date that comes resolves weeks, unless the caller has given a time.
@@ -433,6 +461,15 @@ const DecodedFrame& RecordDecoder::Decode(const Frame& frame) {
 }
 
 void RecordDecoder::Decode(const Frame& frame, DecodedFrame& decoded) { m_impl->Decode(frame, decoded); }
+
+bool RecordDecoder::Prepare(const Frame& frame, DecodedFrame& decoded) const {
+  if (frame.protocol != C_RawDataMessage::eNMEA0183 || frame.data == nullptr) return false;
+  Clear(decoded);
+  SentenceReader().Read(frame, m_impl->m_timeDigits, decoded);
+  return true;
+}
+
+void RecordDecoder::Follow(const DecodedFrame& prepared) { m_impl->Follow(prepared); }
 
 void RecordDecoder::SeedTime(const C_GnssTime& time) { m_impl->SeedTime(time); }
 

@@ -113,5 +113,29 @@ TEST_F(DatabaseRows, OrderAndRepetitionDoNotMatter) {
   }
 }
 
+// More messages than a view may join, with names that SQL could take for its own.
+TEST_F(DatabaseRows, TablesAreLimitedAndTheirNamesQuoted) {
+  S_Piece piece;
+  piece.input = std::make_shared<const S_InputOrigin>(S_InputOrigin{"a", "b"});
+  for (int number = 0; number < 600; ++number) {
+    piece.bytes += "{\"offset\":" + std::to_string(number) + R"(,"length":9,"protocol":"nmea","message":"\"'];--)" +
+                   std::to_string(number) + R"(","result":0,"decoded":"full","fields":{"a_m":1}})" + '\n';
+    piece.EndUnit();
+  }
+  const std::string file = m_directory / "many.db";
+  const std::atomic<bool> isStopping = false;
+  C_RowStore(file, isStopping).Put(piece);
+  {
+    C_RowStore store(file, isStopping);
+    store.Put(piece);
+    store.Commit();
+    EXPECT_EQ(store.RowsNew(), 600);
+  }
+  C_Sqlite database(file, isStopping);
+  EXPECT_EQ(database.Number("SELECT count(DISTINCT message) FROM frames"), 600);
+  EXPECT_LT(database.Number("SELECT count(*) FROM sqlite_master WHERE type = 'table'"), 450);
+  EXPECT_GT(database.Number("SELECT count(*) FROM other"), 100);
+}
+
 }  // namespace
 }  // namespace Host

@@ -163,6 +163,7 @@ class DatabaseTest(harness.Case):
         code, messages = self.store("--to", f"raw:{copy}", before="ulimit -f 20000; ")
         self.assertEqual(code, 4, messages)
         self.assertIn("cannot be written", messages)
+        self.assertEqual(messages.count("\n"), 1)
         self.assertEqual(copy.read_bytes(), self.input.read_bytes())
         self.assertEqual(self.value("PRAGMA integrity_check"), "ok")
         self.assertEqual(self.store(), (0, ""))

@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
 """Measures the program under load; for people, not for ctest. Prints tables.
 
-  VELAGNSS_PROGRAM=.../velagnss measure.py sources|relay|monitor [SECONDS]
+  VELAGNSS_PROGRAM=.../velagnss measure.py sources|relay|monitor|nats [SECONDS]
 
 sources: decode reads 20 sources of 100 kB/s each and a probe, from which a sentence comes 20 times a second: how long it
          takes from its sending to its line of output.
 relay:   relay hands 10 kB/s on to 200 clients, of which every tenth reads nothing: what the others get, and when.
 monitor: the monitor shows a source of 100 kB/s, each page for an equal time, on a terminal of 80x24 and one of 200x50.
+nats:    500 stations of 1 kB/s each, which send their stream from its beginning to whoever connects, go through 4 processes
+         into a stream; publishers and the server are killed at random times. Then the stream must have each frame of each
+         station once, in order.
 """
 
 import asyncio
@@ -14,15 +17,21 @@ import contextlib
 import multiprocessing
 import os
 import pathlib
+import random
 import selectors
+import shutil
 import socket
+import subprocess
 import sys
+import tempfile
 import time
 
 import harness
+import nats
 
 SOURCES, SOURCE_RATE = 20, 100_000
 CLIENTS, CLIENT_RATE = 200, 10_000
+STATIONS, STATION_RATE, PUBLISHERS = 500, 1_000, 4
 PROBE = b"$GNZDA,%02d%02d%02d.%02d,18,05,2024,00,00"
 STEP = 0.01  # seconds between pieces
 
@@ -208,9 +217,113 @@ def measure_monitor(seconds):
         program.kill()
 
 
+def station_bytes(data, number, seconds):
+    """A stream of its own: the session from another place on, ended within a second of a frame's end."""
+    size, at = int(STATION_RATE * seconds), number * 7919 % len(data)
+    return (data[at:] + data * (size // len(data) + 1))[:size]
+
+
+def stations(seconds, pipe):
+    """In a process of its own: a listener for each station. What is over already is sent at once."""
+    async def run():
+        data, servers, begin = harness.SESSION.read_bytes(), [], time.monotonic()
+        for number in range(STATIONS):
+            async def serve(_, writer, mine=station_bytes(data, number, seconds)):
+                sent = 0
+                with contextlib.suppress(ConnectionError, asyncio.CancelledError):
+                    while True:
+                        due = min(len(mine), int((time.monotonic() - begin) * STATION_RATE))
+                        writer.write(mine[sent:due])
+                        sent = due
+                        await writer.drain()
+                        await asyncio.sleep(0.9 + random.random() / 5)
+            servers.append(await asyncio.start_server(serve, "127.0.0.1", 0))
+        pipe.send([server.sockets[0].getsockname()[1] for server in servers])
+        while not pipe.poll():
+            await asyncio.sleep(0.2)
+    asyncio.run(run())
+
+
+def publisher(number, ports, server, table):
+    mine = [f"tcp://127.0.0.1:{port}" for port in ports[number::PUBLISHERS]]
+    to = server.address(f"gnss?session=measured&stations={table}")
+    return harness.Running([harness.PROGRAM, "-q", "relay", *mine, "--to", to])
+
+
+def measure_nats(seconds):
+    chance = random.Random(23)
+    where = pathlib.Path(tempfile.mkdtemp(prefix="velagnss-nats-"))
+    mine, other = multiprocessing.Pipe()
+    feeding = multiprocessing.Process(target=stations, args=(seconds, other), daemon=True)
+    feeding.start()
+    ports = mine.recv()
+    table = where / "stations"
+    table.write_text("".join(f"tcp://127.0.0.1:{port} S{number}\n" for number, port in enumerate(ports)))
+    server = nats.Server(where / "server")
+    programs = [publisher(number, ports, server, table) for number in range(PUBLISHERS)]
+    try:
+        kills = kill_at_random(seconds, chance, programs, lambda number: publisher(number, ports, server, table), server)
+        data = harness.SESSION.read_bytes()
+        print(f"{kills['publisher']} publishers and {kills['server']} times the server killed in {seconds:.0f} s")
+        wait_until_still(server)
+        for number in range(PUBLISHERS):
+            print(f"publisher {number}: {programs[number].processor_time():.1f} s of a core, "
+                  f"{programs[number].memory() // 1024} MiB")
+            programs[number].end()
+        print(f"{server.count()} messages, {nats_size(where) >> 20} MiB on disk")
+        bad = [number for number in range(STATIONS) if not is_complete(server, where, number, data, seconds)]
+        print(f"stations whose frames are all there once and in order: {STATIONS - len(bad)} of {STATIONS}; not: {bad}")
+    finally:
+        for program in programs:
+            program.kill()
+        server.kill()
+        feeding.kill()
+        shutil.rmtree(where)
+
+
+def kill_at_random(seconds, chance, programs, begin_again, server):
+    """Every 10 s or so something is killed with SIGKILL, and begun again after up to 3 s."""
+    kills, end = {"publisher": 0, "server": 0}, time.monotonic() + seconds
+    while (left := end - time.monotonic()) > 0:
+        time.sleep(min(left, 5 + 10 * chance.random()))
+        what = chance.choice(("publisher", "publisher", "server"))
+        kills[what] += 1
+        victim = chance.randrange(PUBLISHERS)
+        programs[victim].kill() if what == "publisher" else server.kill()
+        time.sleep(3 * chance.random())
+        if what == "publisher":
+            programs[victim] = begin_again(victim)
+        else:
+            server.start()
+    return kills
+
+
+def wait_until_still(server):
+    """Until nothing was stored for 20 s: longer than publishers wait before they connect again."""
+    count, since = -1, time.monotonic()
+    while time.monotonic() - since < 20:
+        time.sleep(1)
+        if (now := server.count()) != count:
+            count, since = now, time.monotonic()
+
+
+def nats_size(where):
+    return sum(file.stat().st_size for file in where.rglob("*") if file.is_file())
+
+
+def is_complete(server, where, number, data, seconds):
+    file = where / "station.bin"
+    file.write_bytes(station_bytes(data, number, seconds))
+    source = server.address(f"gnss?subject=gnss.S{number}.>&from=start&until=end")
+    found, due = [subprocess.run([harness.PROGRAM, "-q", "extract", name], stdout=subprocess.PIPE, check=True).stdout
+                  for name in (source, file)]
+    return len(due) > 0 and found == due
+
+
 def main():
     what, seconds = sys.argv[1], float(sys.argv[2]) if len(sys.argv) > 2 else 60
-    {"sources": measure_sources, "relay": measure_relay, "monitor": measure_monitor}[what](seconds)
+    {"sources": measure_sources, "relay": measure_relay, "monitor": measure_monitor,
+     "nats": measure_nats}[what](seconds)
 
 
 if __name__ == "__main__":

@@ -54,6 +54,13 @@ class Tmux:
                 raise AssertionError(f"the screen has no {pattern!r}:\n{text}")
             time.sleep(0.05)
 
+    def settled(self):
+        """The text when two looks at it agree: a screen comes in parts."""
+        text = None
+        while text != (text := self.text()):
+            time.sleep(0.5)
+        return text
+
     def shell(self, line):
         self.type(line + "\n")
 

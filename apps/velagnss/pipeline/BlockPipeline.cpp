@@ -82,7 +82,8 @@ void C_BlockPipeline::Run(const S_Stages& stages, bool isInRange) {
     if (block == nullptr) flow.stop();
     return block;
   });
-  t_Filter rest = FilterOf(filter_mode::serial_in_order, stages.decode);
+  t_Filter rest =
+      FilterOf(filter_mode::parallel, stages.prepare) & FilterOf(filter_mode::serial_in_order, stages.decode);
   for (S_Group& group : m_groups) {
     group.isInRange = isInRange;
     rest = rest & FilterOf(filter_mode::serial_in_order, [&group](C_FrameBlock& block) { Give(group, block); });

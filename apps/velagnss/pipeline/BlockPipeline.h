@@ -26,9 +26,11 @@ class C_BlockPipeline {
   C_BlockPipeline(const C_BlockPipeline&) = delete;
   C_BlockPipeline& operator=(const C_BlockPipeline&) = delete;
 
-  // Each is called for one block after the other. `fill` leaves a block empty when there is nothing more.
+  // `fill` and `decode` are called for one block after the other, `prepare` in between for several at once. `fill`
+  // leaves a block empty when there is nothing more.
   struct S_Stages {
     std::function<void(C_FrameBlock&)> fill;
+    std::function<void(C_FrameBlock&)> prepare;
     std::function<void(C_FrameBlock&)> decode;
   };
 

@@ -16,6 +16,7 @@ struct S_BlockItem {
   velagnss::StreamItem item;      // its bytes are those of the block
   velagnss::StreamTotals totals;  // of the stream up to here
   velagnss::StreamClock clock;    // has noted the frame
+  bool isPrepared = false;        // `Follow` completes the record
   bool isInRange = true;
   bool isWanted = true;
   velagnss::DecodedFrame decoded;  // of a frame; decoded in place, because it is large

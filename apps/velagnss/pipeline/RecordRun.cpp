@@ -138,7 +138,8 @@ void C_RecordRun::Pump() {
 
 // All stages of the pipeline are idle before and after.
 void C_RecordRun::PumpBlocks() {
-  m_blocks->Run({[this](C_FrameBlock& block) { Fill(block); }, [this](C_FrameBlock& block) { Decode(block); }},
+  m_blocks->Run({[this](C_FrameBlock& block) { Fill(block); }, [this](C_FrameBlock& block) { Prepare(block); },
+                 [this](C_FrameBlock& block) { Decode(block); }},
                 m_isInRange);
   SelectActive();
 }
@@ -153,10 +154,18 @@ void C_RecordRun::Fill(C_FrameBlock& block) {
   }
 }
 
+void C_RecordRun::Prepare(C_FrameBlock& block) const {
+  for (S_BlockItem& item : block.Items()) {
+    const auto* const frame = std::get_if<velagnss::Frame>(&item.item);
+    item.isPrepared = frame != nullptr && m_needsRecords && m_decoder.Prepare(*frame, item.decoded);
+  }
+}
+
 void C_RecordRun::Decode(C_FrameBlock& block) {
   for (S_BlockItem& item : block.Items()) {
     const auto* const frame = std::get_if<velagnss::Frame>(&item.item);
-    if (frame != nullptr && m_needsRecords) m_decoder.Decode(*frame, item.decoded);
+    if (item.isPrepared) m_decoder.Follow(item.decoded);
+    if (frame != nullptr && m_needsRecords && !item.isPrepared) m_decoder.Decode(*frame, item.decoded);
     item.isWanted = frame != nullptr ? Admit(*frame, item.totals) : m_isInWindow;
     item.isInRange = m_isInRange;
     item.clock = m_decoder.Clock();

@@ -71,6 +71,7 @@ class C_RecordRun : public C_StreamJob {
   void Pump();
   void PumpBlocks();
   void Fill(C_FrameBlock& block);
+  void Prepare(C_FrameBlock& block) const;
   void Decode(C_FrameBlock& block);
   void GiveTotals();
   void GiveUpWaiting();

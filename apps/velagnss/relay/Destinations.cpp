@@ -45,6 +45,7 @@ C_Destinations::~C_Destinations() {
 
 std::string C_Destinations::Read(const std::vector<std::string>& texts, const S_RelaySource& source) {
   m_canWait = !source.isLive;
+  m_isInOrder = source.isInOrder;
   m_credentials = source.credentials;
   for (const std::string& text : texts)
     if (std::string error = ReadOne(text, source); !error.empty()) return "--to " + error;
@@ -87,9 +88,10 @@ bool C_Destinations::Open() {
   m_thread = std::make_unique<C_SinkThread>();
   m_casters = std::make_unique<C_Casters>(*m_thread);
   for (S_Destination& destination : m_destinations) {
-    destination.sink = destination.units == eUnits::Rows
-                           ? MakeDatabaseSink(destination.where, m_canWait, *m_thread)
-                           : MakeSink(destination.where, {m_canWait, *m_thread, *m_casters, m_credentials});
+    destination.sink =
+        destination.units == eUnits::Rows
+            ? MakeDatabaseSink(destination.where, m_canWait, *m_thread)
+            : MakeSink(destination.where, {m_canWait, *m_thread, *m_casters, m_credentials, m_isInOrder});
     if (!destination.sink->Open()) return false;
   }
   return true;
@@ -101,7 +103,7 @@ bool C_Destinations::WaitForClients(std::uint64_t count) {
     for (const S_SinkTotals& totals : Totals()) come += totals.accepted;
     return come >= count;
   };
-  return m_thread->WaitFor(haveCome, t_Clock::time_point::max());
+  return m_thread->WaitFor(haveCome, t_Clock::time_point::max(), 0);
 }
 
 std::set<eUnits> C_Destinations::Units() const {
@@ -120,7 +122,7 @@ void C_Destinations::Settle() {
     return std::none_of(m_destinations.begin(), m_destinations.end(),
                         [](const S_Destination& d) { return d.sink->IsFull() && !d.sink->HasEnded(); });
   };
-  if (SignalReceived() == 0 && !hasRoom()) m_thread->WaitFor(hasRoom, t_Clock::time_point::max());
+  if (!hasRoom()) m_thread->WaitFor(hasRoom, t_Clock::time_point::max(), 0);
   m_thread->ShowMessages();
 }
 
@@ -152,9 +154,10 @@ void C_Destinations::Finish() {
   for (const S_Destination& destination : m_destinations) destination.sink->Finish();
   const auto areFinished = [this] { return AreFinished(); };
   for (std::uint64_t before = BytesSent(); !m_isComplete; before = BytesSent()) {
-    const bool isSignaled = SignalReceived() != 0;
-    m_isComplete =
-        m_thread->WaitFor(areFinished, t_Clock::now() + (isSignaled ? kFinishAfterSignal : kFinishWithoutProgress));
+    const int signal = SignalReceived();
+    const bool isSignaled = signal != 0;
+    m_isComplete = m_thread->WaitFor(
+        areFinished, t_Clock::now() + (isSignaled ? kFinishAfterSignal : kFinishWithoutProgress), signal);
     const bool mayGoOn = SignalReceived() == 0 ? BytesSent() > before : !isSignaled;
     if (!mayGoOn) break;
   }

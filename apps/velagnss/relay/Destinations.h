@@ -18,6 +18,7 @@ struct S_RelaySource {
   bool isSelected = false;       // something of it is left out
   bool isOne = true;             // rather than several at once
   bool isLive = false;           // it cannot wait
+  bool isInOrder = true;         // rather than parts of inputs, as they come
   std::string credentials = {};  // for casters; the name of a file
 };
 
@@ -84,6 +85,7 @@ class C_Destinations {
   void ReportTotals() const;
 
   bool m_canWait = false;
+  bool m_isInOrder = true;
   std::string m_credentials;
   std::unique_ptr<C_SinkThread> m_thread;  // from `Open` on
   std::unique_ptr<C_Casters> m_casters;

@@ -17,8 +17,9 @@ namespace {
 using namespace std::chrono_literals;
 using eFailure = S_LinkFailure::eKind;
 
-constexpr auto kLook = 100ms;                  // after the end of the program
-constexpr std::size_t kEnoughBytes = 1 << 15;  // for one read
+constexpr auto kLook = 100ms;                       // after the end of the program
+constexpr std::size_t kEnoughBytes = 1 << 15;       // for one read
+constexpr std::int64_t kHeartbeat = 5'000'000'000;  // ns; without two of them the connection counts as lost
 constexpr auto kIdHeader = "Nats-Msg-Id";
 
 constexpr std::uint64_t kNoEnd = std::numeric_limits<std::uint64_t>::max();
@@ -31,13 +32,10 @@ std::optional<std::int64_t> ReadTime(const std::string& text) {
   return ((std::int64_t{*time->mjd} - kMjdOf1970) * kMicrosecondsPerDay + time->ofDay) * 1'000;
 }
 
-bool IsSequence(const std::string& text, std::uint64_t& sequence) {
-  return ParseWhole(text, sequence) && sequence > 0 && sequence < kNoEnd;
-}
-
 bool IsFrom(const std::string& value) {
   std::uint64_t sequence = 0;
-  return value == "start" || value == "new" || IsSequence(value, sequence) || ReadTime(value).has_value();
+  if (value == "start" || value == "new" || ReadTime(value)) return true;
+  return ParseWhole(value, sequence) && sequence > 0 && sequence < kNoEnd;
 }
 bool IsUntil(const std::string& value) { return value == "end"; }
 bool IsSubject(const std::string& value) {
@@ -48,7 +46,8 @@ S_LinkFailure FailureOf(const S_NatsFailure& failure) {
   return {failure.kind == S_NatsFailure::eKind::Lost ? eFailure::Lost : eFailure::Refused, failure.text, {}};
 }
 
-// The place in the stream is kept from one connection to the next, so that nothing is lost or comes twice.
+// The place in the stream is kept from one connection to the next, so that nothing is lost or comes twice. The server
+// numbers what it delivers: a number left out ends the connection, too.
 class C_NatsLink : public C_Link {
  public:
   C_NatsLink(const S_Address& address, const S_LiveOptions& options, C_Await& await)
@@ -81,6 +80,7 @@ class C_NatsLink : public C_Link {
   std::optional<std::int64_t> m_from;  // nanoseconds since 1970
   std::uint64_t m_end = kNoEnd;        // the last one that is wanted
   bool m_isPlaced = false;
+  std::uint64_t m_delivered = 0;  // messages of this subscription
 };
 
 std::optional<S_LinkFailure> C_NatsLink::Open() {
@@ -104,10 +104,13 @@ t_NatsResult C_NatsLink::Subscribe() {
   jsSubOptions options;
   jsSubOptions_Init(&options);
   options.Stream = stream.c_str();
-  options.Ordered = true;
+  options.Config.AckPolicy = js_AckNone;
+  options.Config.FlowControl = true;
+  options.Config.Heartbeat = kHeartbeat;
   options.Config.DeliverPolicy = m_next > 0 ? js_DeliverByStartSequence : js_DeliverByStartTime;
   options.Config.OptStartSeq = m_next;
   options.Config.OptStartTime = m_next > 0 ? 0 : m_from.value_or(0);
+  m_delivered = 0;
   const std::string subject = NatsOption(m_address, "subject");
   jsErrCode code{};
   const natsStatus status = NatsMake(m_subscription, [&](natsSubscription** made) {
@@ -124,7 +127,9 @@ void C_NatsLink::ChooseStart(const jsStreamState& state) {
   if (m_address.options.contains("until")) m_end = state.LastSeq;
   if (from == "start") m_next = 1;
   if (from.empty() || from == "new") m_next = state.LastSeq + 1;
-  if (m_next == 0 && !IsSequence(from, m_next)) m_from = ReadTime(from);
+  if (m_next > 0) return;
+  m_from = ReadTime(from);
+  if (!m_from) ParseWhole(from, m_next);
 }
 
 void C_NatsLink::ChoosePlace(const jsStreamState& state) {
@@ -179,6 +184,7 @@ std::optional<S_LinkFailure> C_NatsLink::Take(natsMsg* message) {
           NatsMake(place, [message](jsMsgMetaData** made) { return natsMsg_GetMetaData(made, message); });
       status != NATS_OK)
     return FailureOf(*NatsResult(status));
+  if (place->Sequence.Consumer != ++m_delivered) return S_LinkFailure::Lost("messages were lost on the way");
   const S_LinkFailure ended{eFailure::Ended, {}, {}};
   if (place->Sequence.Stream > m_end) return ended;
   const char* text = nullptr;

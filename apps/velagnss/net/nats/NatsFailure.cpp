@@ -14,7 +14,7 @@ namespace {
 using eKind = S_NatsFailure::eKind;
 
 constexpr std::string_view kNoJetStream =
-    "JetStream is not enabled; start the server with -js, or enable it for the account";
+    "JetStream does not answer: it is not enabled for the server (-js) or the account, or has stopped at a full disk";
 constexpr std::string_view kNoRoom = "JetStream has no room left; raise its limits, or delete streams or messages";
 
 struct S_StatusText {

@@ -22,6 +22,7 @@ using namespace std::chrono_literals;
 using t_Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMostUncommitted = 50'000;  // units
+constexpr std::size_t kMostUncommittedBytes = 64 << 20;
 constexpr auto kLongestUncommitted = 1s;
 constexpr auto kQuiet = 200ms;  // nothing has come for so long: what is there is committed
 
@@ -44,7 +45,7 @@ class C_DatabaseSink : public C_Sink {
   bool IsFull() const override { return m_canWait && m_waitingBytes > kFull; }
   bool HasEnded() const override { return m_hasFailed; }
   void Finish() override;
-  bool IsFinished() const override { return m_isFinished; }
+  bool IsFinished() const override { return m_isFinished || m_hasFailed; }
   bool HasFailed() const override { return m_hasFailed || m_dropped > 0; }
   S_SinkTotals Totals() const override;
 
@@ -179,7 +180,8 @@ void C_DatabaseSink::Store(const t_Piece& piece) {
 }
 
 void C_DatabaseSink::CommitIfDue() {
-  if (m_uncommitted >= kMostUncommitted || t_Clock::now() - m_firstUncommitted >= kLongestUncommitted) Commit();
+  const bool isMuch = m_uncommitted >= kMostUncommitted || m_uncommittedBytes >= kMostUncommittedBytes;
+  if (isMuch || t_Clock::now() - m_firstUncommitted >= kLongestUncommitted) Commit();
 }
 
 void C_DatabaseSink::Commit() {

@@ -130,14 +130,14 @@ void C_RowStore::Put(const S_Piece& piece) {
 }
 
 void C_RowStore::PutLine(std::int64_t input, S_Span& span) {
-  const std::string_view event = m_cells.Text("event");
-  C_RowTable& table = event.empty() ? TableOfFrame() : TableOfEvent(event);
+  const std::string_view protocol = m_cells.Text("protocol");
+  C_RowTable& table = protocol.empty() ? TableOfEvent(m_cells.Text("event")) : TableOfFrame(protocol);
   const std::int64_t* const offset = m_cells.Integer("offset");
   ++(table.Put(input, offset, m_cells) ? m_rowsNew : m_rowsKnown);
   if (offset == nullptr) return;
   span = {std::min(span.first, *offset), std::max(span.last, *offset)};
   std::int64_t key = 0;
-  if (m_cells.Text("why") == kCutOff && MakeKey(input, *offset, key)) m_ends.insert(key);
+  if (protocol.empty() && m_cells.Text("why") == kCutOff && MakeKey(input, *offset, key)) m_ends.insert(key);
 }
 
 // The stream goes on where an earlier run met its end: that was signaled, or the file has grown since.
@@ -164,10 +164,9 @@ C_RowTable& C_RowStore::TableOfEvent(std::string_view event) {
   throw C_SqliteError(fmt::format("has no table for '{}'", event));
 }
 
-C_RowTable& C_RowStore::TableOfFrame() {
+C_RowTable& C_RowStore::TableOfFrame(std::string_view protocol) {
   C_RowTable& other = m_tables.find(kOtherTable)->second;
   if (!m_cells.HasOwnMembers()) return other;
-  const std::string_view protocol = m_cells.Text("protocol");
   const std::string_view message = m_cells.Text("message");
   m_frameKind.assign(protocol).append(1, '/').append(message);
   const auto found = m_tablesOfFrames.find(m_frameKind);

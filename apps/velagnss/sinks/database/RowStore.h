@@ -50,7 +50,7 @@ class C_RowStore {
   void Begin();
   std::int64_t IdOf(const S_InputOrigin& input);
   C_RowTable& TableOfEvent(std::string_view event);
-  C_RowTable& TableOfFrame();
+  C_RowTable& TableOfFrame(std::string_view protocol);
   C_RowTable& AddTable(const std::string& name, std::string_view protocol, std::string_view message);
   void MakeFramesView();
   void PutLine(std::int64_t input, S_Span& span);

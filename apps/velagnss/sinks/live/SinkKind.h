@@ -20,6 +20,7 @@ struct S_SinkMaking {
   C_SinkThread& thread;
   C_Casters& casters;
   const std::string& credentials;  // the name of a file; may be empty
+  bool isInOrder = true;           // as S_SinkContext says it
 };
 
 struct S_SinkKind {

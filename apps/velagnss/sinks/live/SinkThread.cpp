@@ -73,8 +73,7 @@ void C_SinkThread::ShowMessages() {
 }
 
 // Each round first clears the event and then looks: a change in between leaves the event set.
-bool C_SinkThread::WaitFor(const std::function<bool()>& isDone, t_Clock::time_point deadline) {
-  const int signalBefore = SignalReceived();
+bool C_SinkThread::WaitFor(const std::function<bool()>& isDone, t_Clock::time_point deadline, int signalBefore) {
   while (true) {
     ShowMessages();
     if (isDone()) return true;

@@ -59,8 +59,8 @@ class C_SinkThread {
   void ShowMessages();
 
   // From the main thread: waits until `isDone`, shows messages meanwhile. False when the deadline comes first, or a
-  // signal that is not the one that had come before.
-  bool WaitFor(const std::function<bool()>& isDone, t_Clock::time_point deadline);
+  // signal other than `signalBefore`.
+  bool WaitFor(const std::function<bool()>& isDone, t_Clock::time_point deadline, int signalBefore = 0);
 
   // Becomes readable when there is a message.
   int Descriptor() const { return m_event.Get(); }

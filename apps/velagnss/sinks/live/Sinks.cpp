@@ -123,8 +123,8 @@ std::unique_ptr<C_Sink> MakeSink(const std::string& destination, const S_SinkCon
   S_Address address;
   ReadAddress(destination, address);
   const S_SinkKind& kind = *FindKind(address.scheme);
-  return kind.make(
-      {address, LimitsOf(address, kind, context.canWait), context.thread, context.casters, context.credentials});
+  return kind.make({address, LimitsOf(address, kind, context.canWait), context.thread, context.casters,
+                    context.credentials, context.isInOrder});
 }
 
 }  // namespace Host

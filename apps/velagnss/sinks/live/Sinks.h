@@ -34,6 +34,7 @@ struct S_SinkContext {
   C_SinkThread& thread;
   C_Casters& casters;
   std::string credentials;  // the name of a file; may be empty
+  bool isInOrder = true;    // what comes of an input: nothing earlier follows
 };
 
 // `destination` has been checked.

@@ -78,7 +78,7 @@ S_Answer ReadAnswer(std::string_view text) {
   return {text.find("\"duplicate\"") != std::string_view::npos};
 }
 
-// The offset in an id "IDENTITY:OFFSETTAIL".
+// The offset in an id "STATION/IDENTITY:OFFSET", after which the format may follow.
 std::optional<std::uint64_t> OffsetIn(std::string_view id, std::string_view head, std::string_view tail) {
   std::uint64_t offset = 0;
   if (!id.starts_with(head) || !id.ends_with(tail) || id.size() < head.size() + tail.size()) return std::nullopt;
@@ -171,12 +171,13 @@ C_NatsPublisher::S_Route& C_NatsPublisher::RouteOf(const S_Piece& piece) {
   const bool isLive = time != std::string::npos;
   if (isLive && !m_options.session.empty()) identity = identity.substr(0, time + 1) + m_options.session;
   const bool isStable = !isLive || !m_options.session.empty();
-  route = std::make_unique<S_Route>(
-      S_Route{.subject = fmt::format("{}.{}", m_options.prefix, m_stations.NameOf(piece.input->name)),
-              .input = piece.input->name,
-              .id = identity + ":",
-              .idTail = piece.format == kFrames ? "" : fmt::format(":{}", piece.format),
-              .mayBePresent = m_options.resumes && isStable});
+  // Two stations may send the same bytes.
+  const std::string station = m_stations.NameOf(piece.input->name);
+  route = std::make_unique<S_Route>(S_Route{.subject = fmt::format("{}.{}", m_options.prefix, station),
+                                            .input = piece.input->name,
+                                            .id = fmt::format("{}/{}:", station, identity),
+                                            .idTail = piece.format == kFrames ? "" : fmt::format(":{}", piece.format),
+                                            .mayBePresent = m_options.resumes && isStable});
   return *route;
 }
 

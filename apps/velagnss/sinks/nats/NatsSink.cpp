@@ -37,7 +37,7 @@ S_PublisherOptions OptionsOf(const S_SinkMaking& making) {
           .session = NatsOption(address, "session"),
           .window = NumberOption(address, "window", kUsualWindow),
           .creates = NatsOption(address, "create") != "no",
-          .resumes = NatsOption(address, "resume") != "no",
+          .resumes = making.isInOrder && NatsOption(address, "resume") != "no",
           .duplicates = static_cast<std::int64_t>(NumberOption(address, "duplicates", kUsualDuplicates)),
           .replicas = static_cast<std::int64_t>(NumberOption(address, "replicas", 1)),
           .credentials = making.credentials,
