@@ -75,6 +75,9 @@ class JobsTest(harness.Case):
     def work(self, *options):
         return self.run_program("work", "--queue", self.queue, "--to", self.to, *(options or ("--lease", "1")))
 
+    def work_once(self, to=None, code=0):
+        return self.run_once("work", "--queue", self.queue, "--to", to or self.to, "--until-empty", "--lease", "1", code=code)
+
     def jobs(self):
         return json.loads(self.run_once("jobs", "--json", "--queue", self.queue).stdout)
 
@@ -127,7 +130,7 @@ class JobsTest(harness.Case):
         self.submit("--tries", "2", good, gone, other)
         os.unlink(gone)
         self.file("other.bin", self.session[100:2000])
-        self.run_once("work", "--queue", self.queue, "--to", self.to, "--until-empty", code=1)
+        self.work_once(code=1)
         failed = {pathlib.Path(one["input"]).name: one["error"] for one in self.jobs()["failed"]}
         self.assertEqual(set(failed), {"gone.bin", "other.bin"})
         self.assertIn("No such file", failed["gone.bin"])
@@ -137,7 +140,7 @@ class JobsTest(harness.Case):
         # What has failed is submitted again once its cause is gone, and then it is no failure any more.
         gone = self.file("gone.bin", self.session[:1000])
         self.assertEqual(self.submit("--tries", "2", good, gone, other)[0], 2)
-        self.run_once("work", "--queue", self.queue, "--to", self.to, "--until-empty")
+        self.work_once()
         self.assertEqual([one["input"] for one in self.jobs()["failed"]], [other])
         self.run_once("jobs", "--queue", self.queue, "--forget-failed")
         self.assertEqual(self.jobs()["failed"], [])
@@ -171,7 +174,7 @@ class JobsTest(harness.Case):
             worker = self.work()
             with self.in_trap():
                 worker.kill()
-        self.run_once("work", "--queue", self.queue, "--to", self.to, "--until-empty", code=1)
+        self.work_once(code=1)
         self.assertEqual([one["error"] for one in self.jobs()["failed"]], ["no worker has finished it in 2 tries"])
 
     def test_signal_gives_the_task_back(self):
@@ -180,7 +183,7 @@ class JobsTest(harness.Case):
         with self.in_trap():
             self.assertEqual(worker.end(), 128 + signal.SIGTERM)
         os.replace(self.file("good.bin", self.session[:1000]), self.trap)
-        self.run_once("work", "--queue", self.queue, "--to", self.to, "--until-empty")
+        self.work_once()
         self.assertEqual(self.merged(), self.run_once("decode", self.trap).stdout)
 
     def test_files_of_a_web_server(self):
@@ -189,7 +192,7 @@ class JobsTest(harness.Case):
         expected = self.run_once("decode", "--epochs-only", web.url("/a.bin")).stdout
         self.submit("--split", str(SPLIT), web.url("/a.bin"))
         web.answers = [{}, {"cut": 90_000}] * 3
-        done = self.run_once("work", "--queue", self.queue, "--to", f"epochs:{self.results}/", "--until-empty")
+        done = self.work_once(f"epochs:{self.results}/")
         self.assertEqual(self.merged(), expected, done.stderr)
         del web.files["/b.bin"]
         self.submit(web.url("/b.bin"), code=3)
@@ -219,10 +222,10 @@ class JobsTest(harness.Case):
             self.skipTest("cannot mount a file system")
         self.addCleanup(subprocess.run, ["umount", "-l", small], check=False)
         self.submit(self.file("a.bin", self.session))
-        done = self.run_once("work", "--queue", self.queue, "--to", f"json:{small}/", "--until-empty", code=4)
+        done = self.work_once(f"json:{small}/", code=4)
         self.assertIn(b"No space left", done.stderr)
         self.assertEqual(list(small.iterdir()), [])
-        self.run_once("work", "--queue", self.queue, "--to", self.to, "--until-empty")
+        self.work_once()
         self.assertEqual(self.merged(), self.run_once("decode", str(self.where / "a.bin")).stdout)
 
     def test_arguments(self):
