@@ -214,7 +214,7 @@ void DeclareInputs(CLI::App& app, S_InputOptions& input) {
 
 void DeclareCredentials(CLI::App& app, std::string& file) {
   app.add_option("--credentials", file,
-                 "take users and passwords for casters from this file, which nobody else may\nread; its lines: "
+                 "take users and passwords for servers from this file, which nobody else may\nread; its lines: "
                  "HOST[:PORT] USER PASSWORD")
       ->option_text("FILE")
       ->check(&CheckCredentials);
