@@ -10,6 +10,7 @@
 #include "apps/velagnss/commands/RecordArguments.h"
 #include "apps/velagnss/input/live/Links.h"
 #include "apps/velagnss/net/Credentials.h"
+#include "apps/velagnss/net/http/HttpAddress.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/relay/Destinations.h"
@@ -60,7 +61,7 @@ std::string CheckSearch(const std::string& list) {
 }
 
 std::string CheckInput(const std::string& name) {
-  const std::string error = IsLive(name) ? CheckLive(name) : std::string();
+  const std::string error = IsHttp(name) ? CheckHttp(name) : IsLive(name) ? CheckLive(name) : std::string();
   return error.empty() ? error : fmt::format("'{}': {}", ShownLive(name), error);
 }
 
@@ -146,7 +147,7 @@ void DeclareDate(CLI::App& app, S_StreamArguments& stream) {
 
 // --to names what is written, or where it goes, in some commands.
 bool HasOtherTo(const CLI::App& app) {
-  constexpr std::string_view kCommands[] = {"convert", "relay", "replay"};
+  constexpr std::string_view kCommands[] = {"convert", "relay", "replay", "submit"};
   return std::find(std::begin(kCommands), std::end(kCommands), app.get_name()) != std::end(kCommands);
 }
 
@@ -200,7 +201,8 @@ std::optional<std::vector<C_RawDataMessage::eProtocols>> ParseSearchList(std::st
 
 void DeclareInputs(CLI::App& app, S_InputOptions& input) {
   app.add_option("INPUT", input.names,
-                 "files, live sources such as /dev/ttyUSB0 or tcp://host:port,\n'-' or nothing for standard input")
+                 "files, also https://host/file, live sources such as /dev/ttyUSB0 or tcp://host:port,\n'-' or nothing "
+                 "for standard input")
       ->option_text("...")
       ->check(&CheckInput);
   app.add_option("--read-size", input.readSize,
@@ -212,8 +214,7 @@ void DeclareInputs(CLI::App& app, S_InputOptions& input) {
 
 void DeclareCredentials(CLI::App& app, std::string& file) {
   app.add_option("--credentials", file,
-                 "take users and passwords for casters and NATS servers from this file, which\nnobody else may read; "
-                 "its lines: "
+                 "take users and passwords for servers from this file, which nobody else may\nread; its lines: "
                  "HOST[:PORT] USER PASSWORD")
       ->option_text("FILE")
       ->check(&CheckCredentials);
@@ -233,6 +234,10 @@ bool HasTooManyLive(std::string_view command, const S_InputOptions& input) {
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream) {
   DeclareInputs(app, stream.input);
   DeclareTee(app, stream.input);
+  DeclareDecoding(app, stream);
+}
+
+void DeclareDecoding(CLI::App& app, S_StreamArguments& stream) {
   app.add_option("--search", stream.search,
                  "search for these protocols only: others are noise; of:\n" + ProtocolNames())
       ->option_text("LIST")

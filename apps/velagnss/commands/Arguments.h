@@ -71,6 +71,7 @@ struct S_StreamArguments {
   C_FrameSelection selection;  // made of these three once the command line has been read
 };
 void DeclareStreamArguments(CLI::App& app, S_StreamArguments& stream);
+void DeclareDecoding(CLI::App& app, S_StreamArguments& stream);  // those that say nothing about inputs
 void DeclareCores(CLI::App& app, S_StreamArguments& stream);
 void DeclareRange(CLI::App& app, S_StreamArguments& stream);
 void DeclareSeed(CLI::App& app, S_StreamArguments& stream);

@@ -17,6 +17,7 @@
 #include "apps/velagnss/commands/ExtractCommand.h"
 #include "apps/velagnss/commands/GeoCommand.h"
 #include "apps/velagnss/commands/HelpText.h"
+#include "apps/velagnss/commands/JobsCommand.h"
 #include "apps/velagnss/commands/MonitorCommand.h"
 #include "apps/velagnss/commands/NtripTableCommand.h"
 #include "apps/velagnss/commands/PortsCommand.h"
@@ -25,6 +26,8 @@
 #include "apps/velagnss/commands/ReplayCommand.h"
 #include "apps/velagnss/commands/ReportCommand.h"
 #include "apps/velagnss/commands/StatCommand.h"
+#include "apps/velagnss/commands/SubmitCommand.h"
+#include "apps/velagnss/commands/WorkCommand.h"
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/ExitCodes.h"
 #include "apps/velagnss/os/HidePassword.h"
@@ -35,9 +38,9 @@ namespace Host {
 namespace {
 
 const S_CommandEntry* const kCommands[] = {
-    &kDecodeCommand,  &kMonitorCommand,    &kStatCommand,  &kReportCommand, &kConvertCommand,
-    &kExtractCommand, &kEncodeCommand,     &kGeoCommand,   &kRecordCommand, &kReplayCommand,
-    &kRelayCommand,   &kNtripTableCommand, &kPortsCommand,
+    &kDecodeCommand, &kMonitorCommand, &kStatCommand,   &kReportCommand, &kConvertCommand, &kExtractCommand,
+    &kEncodeCommand, &kGeoCommand,     &kRecordCommand, &kReplayCommand, &kRelayCommand,   &kNtripTableCommand,
+    &kPortsCommand,  &kSubmitCommand,  &kWorkCommand,   &kJobsCommand,
 };
 
 constexpr char kDescription[] =

@@ -70,6 +70,9 @@ class C_ByteSource {
   // Bytes to come; 0 when unknown.
   virtual std::uint64_t Size() const { return 0; }
 
+  // Which stream it is, by its content where that can be read once more (InputIdentity.h). May take a while.
+  virtual std::string Identity() const;
+
   // Of `Size`, what has been read. It may be less or more than what `Read` gave.
   virtual std::uint64_t Consumed() const { return 0; }
 };

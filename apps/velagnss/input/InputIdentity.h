@@ -2,7 +2,10 @@
 #ifndef VELAGNSS_APPS_INPUT_IDENTITY_H
 #define VELAGNSS_APPS_INPUT_IDENTITY_H
 
+#include <cstddef>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace Host {
 
@@ -10,6 +13,13 @@ namespace Host {
 // the same, and a file that has grown since keeps it. Of anything else: the name, without a password, and the time of
 // the call, because what comes from there never comes again.
 std::string IdentityOfInput(const std::string& name);
+
+// Whether an identity is that of contents, which another input may have as well.
+bool IsOfContents(std::string_view identity);
+
+// Of a file with this beginning: `kIdentityHead` bytes, or all that it has.
+inline constexpr std::size_t kIdentityHead = 1 << 16;
+std::string IdentityOfHead(std::span<const unsigned char> head);
 
 }  // namespace Host
 

@@ -7,6 +7,7 @@
 #include <span>
 
 #include "apps/velagnss/input/FileSource.h"
+#include "apps/velagnss/input/HttpSource.h"
 #include "apps/velagnss/input/SourceLoop.h"
 #include "apps/velagnss/input/UnpackingSource.h"
 #include "apps/velagnss/input/live/Links.h"
@@ -15,14 +16,19 @@
 namespace Host {
 namespace {
 
-bool RunFile(const std::string& name, C_SourceLoop& loop, C_StreamJob& job) {
-  C_FileSource source;
-  if (!source.Open(name)) return false;
+bool RunBytes(C_ByteSource& source, C_SourceLoop& loop, C_StreamJob& job) {
   C_UnpackingSource unpacked(source);
   C_UnpackingSource again(unpacked, C_UnpackingSource::eLayer::Inner);  // compressed twice
   C_UnpackingSource checked(again, C_UnpackingSource::eLayer::Last);
   const S_SourceAndJob stream = {checked, job};
   return loop.Run({&stream, 1});
+}
+
+bool RunFile(const std::string& name, const S_LiveOptions& options, C_SourceLoop& loop, C_StreamJob& job) {
+  C_FileSource file;
+  C_HttpSource remote;
+  if (IsHttp(name)) return remote.Open(name, options) && RunBytes(remote, loop, job);
+  return file.Open(name) && RunBytes(file, loop, job);
 }
 
 struct S_LiveRun {
@@ -54,12 +60,12 @@ bool IsAnInput(const S_InputOptions& options, const std::string& output) {
 std::string InputsText(const S_InputOptions& options) {
   if (options.names.size() > 1) return fmt::format("{} inputs", options.names.size());
   if (options.names.empty() || options.names[0] == "-") return "standard input";
-  return IsLive(options.names[0]) ? ShownLive(options.names[0]) : options.names[0];
+  return ShownLive(options.names[0]);
 }
 
 bool CanBeOpened(const S_InputOptions& options) {
   bool areAll = true;
-  for (const std::string& name : options.names) areAll = (IsLive(name) || CanBeOpened(name)) && areAll;
+  for (const std::string& name : options.names) areAll = (IsLive(name) || IsHttp(name) || CanBeOpened(name)) && areAll;
   return areAll;
 }
 
@@ -79,7 +85,7 @@ eExitCode ReadInputs(const S_InputOptions& options, bool showProgress, C_StreamJ
   bool isAllGood = true;
   for (const std::string& name : std::span(names.begin(), live)) {
     if (SignalReceived() != 0 || !job.WantsMoreInputs()) break;
-    isAllGood = RunFile(name, loop, job) && isAllGood;
+    isAllGood = RunFile(name, options.live, loop, job) && isAllGood;
   }
   if (live != names.end() && SignalReceived() == 0)
     isAllGood = RunLive({live, names.end()}, options.live, {loop, job, nextJob}) && isAllGood;

@@ -25,6 +25,7 @@ class C_Stream {
         m_job(stream.job),
         m_pieceSize(pieceSize),
         m_progress(std::make_unique<C_Progress>(showProgress, m_source.Name(), m_source.Size())) {
+    m_job.OnSource(m_source);
     m_job.BeginInput(m_source.Name());
   }
 

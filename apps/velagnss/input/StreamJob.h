@@ -13,6 +13,10 @@ namespace Host {
 class C_StreamJob {
  public:
   virtual ~C_StreamJob() = default;
+
+  // Comes first, for jobs that want to know more about the input than its name.
+  virtual void OnSource(const C_ByteSource&) {}
+
   virtual void BeginInput(const std::string& name) = 0;
   virtual void Feed(const S_Chunk& chunk) = 0;
   virtual void EndInput() = 0;

@@ -15,6 +15,10 @@ class C_TeeJob : public C_StreamJob {
  public:
   C_TeeJob(C_StreamJob& first, C_StreamJob& second) : m_first(first), m_second(second) {}
 
+  void OnSource(const C_ByteSource& source) override {
+    m_first.OnSource(source);
+    m_second.OnSource(source);
+  }
   void BeginInput(const std::string& name) override {
     m_first.BeginInput(name);
     m_second.BeginInput(name);

@@ -27,6 +27,7 @@ class C_UnpackingSource : public C_ByteSource {
   const std::string& Name() const override { return m_source.Name(); }
   std::uint64_t Size() const override { return m_source.Size(); }
   std::uint64_t Consumed() const override { return m_source.Consumed(); }
+  std::string Identity() const override { return m_source.Identity(); }
 
   // Unpacked bytes may be ready although the source has none: from then on `Read` waits itself.
   int Descriptor() const override { return m_state == eState::Unpacking ? -1 : m_source.Descriptor(); }

@@ -63,6 +63,23 @@ std::string ReadLines(const std::string& file, std::string& text, std::vector<S_
   return {};
 }
 
+// An account is only for servers of its kind.
+struct S_VariablesRow {
+  std::string_view scheme;  // how it begins
+  std::string_view variables;
+};
+constexpr S_VariablesRow kVariables[] = {
+    {"http", "VELAGNSS_HTTP_"},
+    {"nats", "VELAGNSS_NATS_"},
+    {"ntrip", "VELAGNSS_NTRIP_"},
+};
+
+std::string VariablesFor(std::string_view scheme) {
+  for (const S_VariablesRow& row : kVariables)
+    if (scheme.starts_with(row.scheme)) return std::string(row.variables);
+  return "VELAGNSS_NTRIP_";
+}
+
 std::string FromEnvironment(const std::string& name) {
   const char* const value = std::getenv(name.c_str());
   return value != nullptr ? value : "";
@@ -103,7 +120,7 @@ std::string FillAccount(S_Address& address, const std::string& file) {
     address.password = line.password;
     return {};
   }
-  const std::string variables = address.scheme.starts_with("nats") ? "VELAGNSS_NATS_" : "VELAGNSS_NTRIP_";
+  const std::string variables = VariablesFor(address.scheme);
   const std::string user = FromEnvironment(variables + "USER");
   if (!address.user.empty() && !user.empty() && user != address.user) return {};
   if (address.user.empty()) address.user = user;

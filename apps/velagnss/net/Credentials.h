@@ -1,4 +1,4 @@
-// User names and passwords of casters and of NATS servers.
+// User names and passwords of casters, NATS servers and web servers.
 #ifndef VELAGNSS_APPS_CREDENTIALS_H
 #define VELAGNSS_APPS_CREDENTIALS_H
 
@@ -10,8 +10,8 @@ namespace Host {
 
 // Fills the user and password of `address` in, unless it has a password. They come from the first line of `file` for
 // its host and port (and user, where it has one), else from variables of the environment: VELAGNSS_NTRIP_USER and
-// VELAGNSS_NTRIP_PASSWORD, or for the schemes of NATS VELAGNSS_NATS_USER and VELAGNSS_NATS_PASSWORD. An address for
-// which there are none keeps what it has.
+// VELAGNSS_NTRIP_PASSWORD, VELAGNSS_NATS_... for the schemes of NATS, VELAGNSS_HTTP_... for those of the web. An
+// address for which there are none keeps what it has.
 //
 // The lines of the file are "HOST[:PORT] USER PASSWORD"; a '#' begins a comment line. `file` may be empty. Returns an
 // error text, empty when good: a file that other users may read is refused.

@@ -1,6 +1,7 @@
 #include "apps/velagnss/os/Signals.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -88,6 +89,11 @@ void RequestEnd() {
 }
 
 int SignalDescriptor() { return g_pipe[0]; }
+
+void PauseUntilSignal(std::chrono::milliseconds time) {
+  pollfd signal{SignalDescriptor(), POLLIN, 0};
+  ::poll(&signal, 1, static_cast<int>(time.count()));
+}
 
 std::thread StartWithoutSignals(const std::function<void()>& work) {
   sigset_t all;

@@ -2,6 +2,7 @@
 #ifndef VELAGNSS_APPS_SIGNALS_H
 #define VELAGNSS_APPS_SIGNALS_H
 
+#include <chrono>
 #include <functional>
 #include <thread>
 
@@ -34,6 +35,9 @@ void EndAtSecondSignal(bool on);
 // Becomes readable with the first signal, and with each hangup that is counted: a wait for input that also polls this
 // descriptor misses none. -1 before `InstallSignalHandlers`.
 int SignalDescriptor();
+
+// Waits for this time, or until the first signal.
+void PauseUntilSignal(std::chrono::milliseconds time);
 
 // A thread that runs no handlers of signals: they are for the main thread, whose waits they end.
 std::thread StartWithoutSignals(const std::function<void()>& work);

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "apps/velagnss/input/InputIdentity.h"
-
 namespace Host {
 namespace {
 
@@ -30,7 +28,7 @@ std::vector<C_RecordConsumer*> C_RelayJob::ConsumersOf(const t_Makers& makers) {
 }
 
 void C_RelayJob::BeginInput(const std::string& name) {
-  const auto input = std::make_shared<const S_InputOrigin>(S_InputOrigin{name, IdentityOfInput(name)});
+  const auto input = std::make_shared<const S_InputOrigin>(S_InputOrigin{name, m_identity});
   for (const auto& [units, maker] : m_makers) maker->SetInput(input);
   m_run.BeginInput(name);
 }

@@ -4,6 +4,8 @@
 
 #include <map>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/velagnss/input/StreamJob.h"
@@ -22,6 +24,7 @@ class C_RelayJob : public C_StreamJob {
  public:
   C_RelayJob(const S_RelayOptions& options, C_Destinations& destinations);
 
+  void OnSource(const C_ByteSource& source) override { SetIdentity(source.Identity()); }
   void BeginInput(const std::string& name) override;
   void Feed(const S_Chunk& chunk) override;
   void EndInput() override;
@@ -35,6 +38,9 @@ class C_RelayJob : public C_StreamJob {
 
   const C_RecordRun& Run() const { return m_run; }
 
+ protected:
+  void SetIdentity(std::string identity) { m_identity = std::move(identity); }
+
  private:
   using t_Makers = std::map<eUnits, std::unique_ptr<C_UnitMaker>>;
 
@@ -47,6 +53,7 @@ class C_RelayJob : public C_StreamJob {
   C_Destinations& m_destinations;
   t_Makers m_makers;
   C_RecordRun m_run;
+  std::string m_identity;  // of the input
 };
 
 }  // namespace Host

@@ -14,6 +14,7 @@
 #include "apps/velagnss/input/live/TcpListenLink.h"
 #include "apps/velagnss/input/live/UdpLink.h"
 #include "apps/velagnss/input/live/UnixLink.h"
+#include "apps/velagnss/net/http/HttpAddress.h"
 #include "apps/velagnss/os/SerialPort.h"
 #include "apps/velagnss/text/Lists.h"
 
@@ -49,14 +50,14 @@ bool IsNameOfPort(std::string_view name) {
 
 }  // namespace
 
-bool IsLive(const std::string& name) { return IsAddress(name) || IsNameOfPort(name); }
+bool IsLive(const std::string& name) { return (IsAddress(name) && !IsHttp(name)) || IsNameOfPort(name); }
 
 std::string CheckLive(const std::string& name) {
   S_Address address;
   if (std::string error = ReadName(name, address); !error.empty()) return error;
   const S_LinkKind* const kind = FindKind(address.scheme);
   if (kind == nullptr)
-    return fmt::format("has an unknown scheme; known are: {}",
+    return fmt::format("has an unknown scheme; known are: http, https, {}",
                        JoinNames(
                            kKinds, [](const S_LinkKind* known) { return known->form.scheme; }, ", "));
   return CheckAddress(address, kind->form);

@@ -1,0 +1,99 @@
+// A queue of tasks on a NATS server: a stream of tasks that wait or are at work, and one of what became of the others.
+#ifndef VELAGNSS_APPS_TASK_QUEUE_H
+#define VELAGNSS_APPS_TASK_QUEUE_H
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/velagnss/jobs/Task.h"
+#include "apps/velagnss/net/nats/NatsSession.h"
+
+namespace Host {
+
+// Returns an error text, empty when `name` can be the address of a queue, "nats://host/QUEUE".
+std::string CheckQueue(const std::string& name);
+
+// A task that has been taken. It goes to another worker when it is neither kept nor answered for the time of the lease.
+class C_TakenTask {
+ public:
+  C_TakenTask(t_NatsMessage message, std::string key, std::uint64_t tries);
+
+  const std::optional<S_Task>& Task() const { return m_task; }  // none: it cannot be read
+  const std::string& Key() const { return m_key; }
+  std::uint64_t Tries() const { return m_tries; }  // this one included
+
+  // Prolongs the lease. From any thread.
+  void Keep() const { natsMsg_InProgress(m_message.get(), nullptr); }
+
+  natsMsg* Message() const { return m_message.get(); }
+
+ private:
+  t_NatsMessage m_message;
+  std::string m_key;
+  std::uint64_t m_tries;
+  std::optional<S_Task> m_task;
+};
+
+struct S_QueueState {
+  std::uint64_t waiting = 0;
+  std::uint64_t running = 0;  // also those given back that pause
+  std::vector<S_TaskResult> done;
+  std::vector<S_TaskResult> failed;
+  std::int64_t now = 0;  // ms since 1970
+};
+
+// Used by one thread. Calls wait for the server, at most some seconds each.
+class C_TaskQueue {
+ public:
+  // `name` has been checked. Connects; `creates` the streams where they are missing.
+  t_NatsResult Open(const std::string& name, const std::string& credentials, bool creates);
+
+  // For messages.
+  std::string Shown() const { return m_address.Shown(); }
+
+  enum class eAdded { New, Waiting, Done };
+  // Adds a task that neither waits nor is done. One that is done or has failed is added again if `again`, one that has
+  // failed in any case.
+  t_NatsResult Add(const S_Task& task, bool again, eAdded& added) const;
+
+  // What `Take` needs. The lease of all workers is the one that was set last.
+  t_NatsResult BeginWork(std::chrono::milliseconds lease);
+
+  // Waits for a task until `limit` has passed. None: there was none.
+  t_NatsResult Take(std::chrono::milliseconds limit, std::optional<C_TakenTask>& taken) const;
+
+  // Records what became of a task, and takes it out of the queue.
+  t_NatsResult Finish(const C_TakenTask& taken, const S_TaskResult& result) const;
+
+  // Gives a task back, to be taken after `pause`.
+  void GiveBack(const C_TakenTask& taken, std::chrono::milliseconds pause) const;
+
+  // Whether nothing waits or is at work.
+  t_NatsResult IsEmpty(bool& isEmpty) const;
+
+  t_NatsResult Read(S_QueueState& state) const;
+
+  // What has failed so far is no longer known.
+  t_NatsResult ForgetFailed() const;
+
+ private:
+  std::string Subject(std::string_view kind, std::string_view key) const;
+  t_NatsResult OpenStream(const std::string& name, bool isLog, bool creates) const;
+  t_NatsResult Find(const std::string& subject, bool& isThere) const;
+  t_NatsResult Forget(const std::string& subject) const;
+  t_NatsResult Publish(const std::string& subject, const std::string& text) const;
+  t_NatsResult ReadLog(S_QueueState& state) const;
+
+  S_Address m_address;
+  std::string m_name;
+  std::string m_log;
+  C_NatsSession m_session;
+  t_NatsSubscription m_subscription;
+};
+
+}  // namespace Host
+
+#endif  // VELAGNSS_APPS_TASK_QUEUE_H
