@@ -8,56 +8,36 @@ import pathlib
 import random
 import shutil
 import signal
+import sqlite3
 import subprocess
 import time
 import unittest
 
 import harness
+import nats
 from harness import PATIENCE, PROGRAM, wait_until
 from web import WebServer
 
-SERVER = shutil.which("nats-server", path=os.environ.get("PATH", "") + ":/usr/sbin:/usr/local/sbin")
 SPLIT = 100_000  # bytes
 NO_PROXY = {**os.environ, "no_proxy": "*"}
 
 
-class NatsServer:
-    """A server with JetStream, which keeps its streams when it is killed and started again."""
-
-    def __init__(self, directory):
-        self.directory = directory
-        self.port = harness.free_port()
-        self.start()
-
-    def start(self):
-        command = [SERVER, "-js", "-sd", self.directory, "-a", "127.0.0.1", "-p", str(self.port)]
-        self.process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        harness.wait_until_listening(self.port)
-
-    def stop(self, how=signal.SIGKILL):
-        self.process.send_signal(how)
-        self.process.wait(PATIENCE)
-
-    def queue(self, name):
-        return f"nats://127.0.0.1:{self.port}/{name}"
-
-
-@unittest.skipUnless(SERVER, "needs nats-server")
+@unittest.skipUnless(nats.SERVER, "needs nats-server")
 class JobsTest(harness.Case):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
         cls.server_files = pathlib.Path(harness.tempfile.mkdtemp(prefix="velagnss-nats-"))
-        cls.server = NatsServer(cls.server_files)
+        cls.server = nats.Server(cls.server_files)
 
     @classmethod
     def tearDownClass(cls):
-        cls.server.stop()
+        cls.server.kill()
         shutil.rmtree(cls.server_files, ignore_errors=True)
 
     def setUp(self):
         super().setUp()
-        self.queue = self.server.queue(self.id().rpartition(".")[2])
+        self.queue = self.server.address(self.id().rpartition(".")[2])
         self.results = self.where / "results"
         self.results.mkdir()
         self.to = f"json:{self.results}/"
@@ -109,7 +89,7 @@ class JobsTest(harness.Case):
                     workers[victim].kill()
                     workers[victim] = self.work()
                 if number == 2:
-                    self.server.stop()
+                    self.server.kill()
                     self.server.start()
                 self.wait_until_done(tasks)
                 for worker in workers:
@@ -199,7 +179,7 @@ class JobsTest(harness.Case):
 
     def test_messages_of_tasks_done_twice_are_there_once(self):
         file = self.file("a.bin", self.session)
-        stream = self.server.queue("frames_of_tasks")
+        stream = self.server.address("frames_of_tasks")
         submit = ["--split", str(SPLIT), file]
         self.submit(*submit)
         for _ in range(2):
@@ -212,6 +192,22 @@ class JobsTest(harness.Case):
             lines = self.run_once("decode", "--frames", "--hex", source).stdout.splitlines()
             frames.append(sorted(json.loads(line)["hex"] for line in lines))
         self.assertEqual(frames[0], frames[1])
+
+    def test_rows_of_tasks_are_those_of_one_run(self):
+        file = self.file("a.bin", self.session)
+        dumps = []
+        self.submit("--split", str(SPLIT), file)
+        for database in self.where / "tasks.db", self.where / "relay.db":
+            if dumps:
+                self.run_once("relay", file, "--to", f"sqlite:{database}")
+            for _ in range(2 - 2 * len(dumps)):
+                self.work_once(f"sqlite:{database}")
+                self.submit("--split", str(SPLIT), "--again", file)
+            with contextlib.closing(sqlite3.connect(database)) as rows:
+                tables = [name for name, in rows.execute("SELECT name FROM tables ORDER BY name")]
+                dumps.append({name: rows.execute(f'SELECT * FROM "{name}" ORDER BY 1').fetchall() for name in tables})
+        self.assertGreater(len(dumps[1]), 10)
+        self.assertEqual(dumps[0], dumps[1])
 
     def test_faults_of_the_output_cost_no_task(self):
         if os.geteuid() != 0:
@@ -248,7 +244,7 @@ class JobsTest(harness.Case):
     def test_no_queue(self):
         nobody = f"nats://127.0.0.1:{harness.free_port()}/x"
         self.assertIn(b"no server answers", self.run_once("jobs", "--queue", nobody, code=3).stderr)
-        self.assertIn(b"no stream of this name", self.run_once("jobs", "--queue", self.server.queue("nothing"), code=3).stderr)
+        self.assertIn(b"no stream of this name", self.run_once("jobs", "--queue", self.server.address("nothing"), code=3).stderr)
 
 
 if __name__ == "__main__":

@@ -23,8 +23,8 @@ struct S_FormatRow {
 };
 constexpr S_FormatRow kFormats[] = {{"frames", ".bin"}, {"json", ".jsonl"}, {"epochs", ".jsonl"}};
 
-// Schemes of destinations that leave out what they have already, in whatever order it comes.
-constexpr std::string_view kIdempotent[] = {"nats:", "natss:"};
+// Schemes and formats of destinations that leave out what they have already, in whatever order it comes.
+constexpr std::string_view kIdempotent[] = {"nats:", "natss:", "sqlite:"};
 
 struct S_Parts {
   std::string format;  // may be empty
@@ -45,8 +45,6 @@ bool IsIdempotent(const std::string& where) {
 
 std::string CheckOne(const std::string& text) {
   const auto [format, where] = PartsOf(text);
-  if (where.find("resume=") != std::string::npos)
-    return fmt::format("'{}': resume= is not for tasks, which are done in any order", text);
   if (IsIdempotent(where)) return {};
   std::error_code none;
   if (format.empty() || !where.ends_with('/'))
@@ -55,11 +53,6 @@ std::string CheckOne(const std::string& text) {
         "destination that leaves out repeats, such as json:nats://host/STREAM",
         text);
   return fs::is_directory(where, none) ? std::string() : fmt::format("{} is not a directory; create it first", where);
-}
-
-// What came from an input before says nothing about what is still to come: its tasks are done in any order.
-std::string InAnyOrder(const std::string& text) {
-  return fmt::format("{}{}resume=no", text, text.find('?') == std::string::npos ? '?' : '&');
 }
 
 bool Sync(const fs::path& path, int flags) {
@@ -90,7 +83,7 @@ C_TaskOutput::C_TaskOutput(const std::vector<std::string>& destinations, const S
   for (const std::string& text : destinations) {
     const auto [format, where] = PartsOf(text);
     if (IsIdempotent(where)) {
-      m_destinations.push_back(InAnyOrder(text));
+      m_destinations.push_back(text);
       continue;
     }
     const auto* const row = std::ranges::find(kFormats, format, &S_FormatRow::format);

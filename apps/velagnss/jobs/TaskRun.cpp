@@ -86,6 +86,7 @@ S_TaskOutcome RunTask(const S_Task& task, const S_TaskRunOptions& options) {
   C_Destinations destinations;
   S_RelaySource source;
   source.isSelected = true;  // a task is a part of a stream
+  source.isInOrder = false;
   source.credentials = options.access.credentials;
   if (std::string error = destinations.Read(output.Destinations(), source); !error.empty()) {
     ReportError(error);
