@@ -42,17 +42,27 @@ class C_Members {
     return value;
   }
   std::string Text(const char* name) { return Bytes(Get<std::string_view>(name)); }
+  // An element that was not found must not be looked into.
   std::vector<std::string> Texts(const char* name) {
     std::vector<std::string> texts;
-    for (const element one : Get<simdjson::dom::array>(name)) {
+    simdjson::dom::array array;
+    m_isGood = m_members[name].get(array) == simdjson::SUCCESS && m_isGood;
+    if (!m_isGood) return texts;
+    for (const element one : array) {
       std::string_view text;
       m_isGood = one.get(text) == simdjson::SUCCESS && m_isGood;
       texts.push_back(Bytes(text));
     }
     return texts;
   }
+  bool IsNull(const char* name) {
+    element value;
+    const bool isThere = m_members[name].get(value) == simdjson::SUCCESS;
+    m_isGood = m_isGood && isThere;
+    return isThere && value.is_null();
+  }
   std::uint64_t WholeOr(const char* name, std::uint64_t absent) {
-    return m_members[name].is_null() ? absent : Get<std::uint64_t>(name);
+    return IsNull(name) ? absent : Get<std::uint64_t>(name);
   }
   bool IsGood() const { return m_isGood; }
 
@@ -162,8 +172,7 @@ std::optional<S_TaskResult> ReadResult(std::string_view text) {
   return ReadObject(text, [](C_Members& members) {
     S_TaskResult result;
     result.task = TaskOf(members);
-    const bool isDone = members.Get<element>("error").is_null();
-    if (!isDone) result.error = members.Text("error");
+    if (!members.IsNull("error")) result.error = members.Text("error");
     result.worker = members.Text("worker");
     result.bytes = members.Get<std::uint64_t>("bytes");
     result.frames = members.Get<std::uint64_t>("frames");
