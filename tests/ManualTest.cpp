@@ -58,7 +58,7 @@ class Manual : public Program {
 // The texts for zsh and fish are looked at everywhere; the shells themselves are asked below, where they are.
 TEST_F(Manual, ManPageAndShellsKnowEachOptionOfEachCommand) {
   const std::vector<S_Help> helps = Helps();
-  ASSERT_EQ(helps.size(), 21u);  // the program, thirteen commands, four calculations
+  ASSERT_EQ(helps.size(), 21u);  // the program, all commands, four calculations
   EXPECT_THAT(helps[1].options, IsSupersetOf({"--output", "-n"}));
   const std::string page = Slurp(kManual / "velagnss.1");
   const std::string zsh = Slurp(kManual / "_velagnss");
