@@ -128,11 +128,8 @@ struct S_UnitsRow {
   eUnits units;
 };
 constexpr S_UnitsRow kRows[] = {
-    {"raw", eUnits::Raw},
-    {"frames", eUnits::Frames},
-    {"json", eUnits::Json},
-    {"epochs", eUnits::Epochs},
-    {"sqlite", eUnits::Rows},
+    {"raw", eUnits::Raw},       {"frames", eUnits::Frames}, {"json", eUnits::Json},
+    {"epochs", eUnits::Epochs}, {"sqlite", eUnits::Rows},
 };
 
 }  // namespace
