@@ -2,6 +2,7 @@
 """Measures the program under load; for people, not for ctest. Prints tables.
 
   VELAGNSS_PROGRAM=.../velagnss measure.py sources|relay|monitor|nats [SECONDS]
+  VELAGNSS_PROGRAM=.../velagnss measure.py tasks [MEGABYTES]
 
 sources: decode reads 20 sources of 100 kB/s each and a probe, from which a sentence comes 20 times a second: how long it
          takes from its sending to its line of output.
@@ -10,10 +11,14 @@ monitor: the monitor shows a source of 100 kB/s, each page for an equal time, on
 nats:    500 stations of 1 kB/s each, which send their stream from its beginning to whoever connects, go through 4 processes
          into a stream; publishers and the server are killed at random times. Then the stream must have each frame of each
          station once, in order.
+tasks:   64 files of so many megabytes, and one that has changed since it was submitted, are decoded by 1, 2 and 4 workers,
+         which are killed at random times. The results, one after the other, must be those of one run over the files.
 """
 
 import asyncio
 import contextlib
+import hashlib
+import json
 import multiprocessing
 import os
 import pathlib
@@ -32,6 +37,7 @@ import nats
 SOURCES, SOURCE_RATE = 20, 100_000
 CLIENTS, CLIENT_RATE = 200, 10_000
 STATIONS, STATION_RATE, PUBLISHERS = 500, 1_000, 4
+TASKS, WORKERS, TASK_OPTIONS = 64, (1, 2, 4), ("--msg", "GGA,RMC")
 PROBE = b"$GNZDA,%02d%02d%02d.%02d,18,05,2024,00,00"
 STEP = 0.01  # seconds between pieces
 
@@ -320,10 +326,78 @@ def frames_of(where, data):
     return subprocess.run([harness.PROGRAM, "-q", "extract", file], stdout=subprocess.PIPE, check=True).stdout
 
 
+def digest(pieces):
+    made = hashlib.sha256()
+    for piece in pieces:
+        made.update(piece)
+    return made.hexdigest()
+
+
+def task_files(where, megabytes):
+    """Files that differ in their first bytes."""
+    data = harness.SESSION.read_bytes()
+    data *= max(1, int(megabytes * 1e6 / len(data)))
+    files = [where / f"{number:02}.bin" for number in range(TASKS)]
+    for number, file in enumerate(files):
+        file.write_bytes(b"%d\n" % number + data)
+    return files
+
+
+def work_with_kills(count, queue, results, chance):
+    """How often a worker was killed until the queue was empty."""
+    def begin():
+        return subprocess.Popen([harness.PROGRAM, "-q", "work", "--queue", queue, "--to", f"json:{results}/", "--until-empty",
+                                 "--lease", "2"])
+    workers, kills = [begin() for _ in range(count)], 0
+    while any(worker.poll() is None for worker in workers):
+        time.sleep(chance.uniform(1, 10))
+        victim = chance.randrange(count)
+        if workers[victim].poll() is None and kills < 5:
+            workers[victim].kill()
+            workers[victim].wait()
+            workers[victim], kills = begin(), kills + 1
+    return kills
+
+
+def measure_tasks(megabytes):
+    where, chance = pathlib.Path(tempfile.mkdtemp(prefix="velagnss-tasks-")), random.Random(5)
+    server = nats.Server(where / "server")
+    try:
+        files, results = task_files(where, megabytes), where / "results"
+        size = sum(file.stat().st_size for file in files)
+        begin = time.monotonic()
+        with subprocess.Popen([harness.PROGRAM, "-q", "decode", "-j", "1", *TASK_OPTIONS, *files],
+                              stdout=subprocess.PIPE) as whole:
+            expected = digest(iter(lambda: whole.stdout.read(1 << 20), b""))
+        seconds = time.monotonic() - begin
+        print(f"one run, -j 1: {seconds:.1f} s, {size / seconds / 1e6:.0f} MB/s")
+        for count in WORKERS:
+            results.mkdir()
+            poisoned = where / f"poisoned{count}.bin"
+            poisoned.write_bytes(b"as submitted")
+            queue = server.address(f"tasks{count}")
+            command = [harness.PROGRAM, "-q", "submit", "--queue", queue, "--tries", "20", *TASK_OPTIONS]
+            subprocess.run([*command, *files, poisoned], check=True)
+            poisoned.write_bytes(b"something else")
+            begin = time.monotonic()
+            kills = work_with_kills(count, queue, results, chance)
+            seconds = time.monotonic() - begin
+            found = digest(file.read_bytes() for file in sorted(results.iterdir()))
+            jobs = json.loads(subprocess.run([harness.PROGRAM, "jobs", "--json", "--queue", queue], check=True,
+                                             stdout=subprocess.PIPE).stdout)
+            print(f"{count} workers, {kills} killed: {seconds:.1f} s, {size / seconds / 1e6:.0f} MB/s, {jobs['done']} done, "
+                  f"given up: {[task['error'] for task in jobs['failed']]}, "
+                  f"results {'equal' if found == expected else 'DIFFER'}")
+            shutil.rmtree(results)
+    finally:
+        server.kill()
+        shutil.rmtree(where)
+
+
 def main():
     what, seconds = sys.argv[1], float(sys.argv[2]) if len(sys.argv) > 2 else 60
     {"sources": measure_sources, "relay": measure_relay, "monitor": measure_monitor,
-     "nats": measure_nats}[what](seconds)
+     "nats": measure_nats, "tasks": measure_tasks}[what](seconds)
 
 
 if __name__ == "__main__":
