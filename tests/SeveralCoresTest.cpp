@@ -68,7 +68,11 @@ std::string Hostile(std::size_t size) {
   return stream;
 }
 
-std::string Sample() { return Slurp(VELAGNSS_SOURCE_DIR "/samples/session.bin"); }
+std::string Sample() {
+  std::string sample = Slurp(VELAGNSS_SOURCE_DIR "/samples/session.bin");
+  EXPECT_FALSE(sample.empty()) << "samples/session.bin cannot be read";
+  return sample;
+}
 
 TEST(Blocks, GiveTheLinesOfOneCore) {
   constexpr std::size_t kPiece = 100'001;  // large enough for blocks
@@ -163,6 +167,13 @@ TEST_ROWS_F(Cores, DoNotMatter, Program, kCommands, row) {
     EXPECT_EQ(four.output, one.output) << command;
     EXPECT_EQ(four.messages, one.messages) << command;
   }
+}
+
+TEST_F(Program, ASignalEndsARunWhoseReaderHasStopped) {
+  const Outcome outcome = Run("exec 3> >(sleep 6 > /dev/null 2>&1); " VELAGNSS_PROGRAM
+                              " decode -j 8 $S > /dev/fd/3 & sleep 0.5; kill -TERM $!; SECONDS=0; wait $!;"
+                              " echo $? $((SECONDS < 4))");
+  EXPECT_EQ(outcome.output, "143 1\n");
 }
 
 struct S_RangeCase {

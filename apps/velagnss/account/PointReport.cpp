@@ -30,6 +30,7 @@ void C_PointReport::BeginInput(const std::string&) {
 }
 
 void C_PointReport::OnFrame(const S_FrameRecord& record) {
+  m_clock = &record.clock;
   const velagnss::Record& contents = record.decoded.record;
   NoteEphemeris(m_engine->ephemerides, record.decoded);
   if (const auto* station = std::get_if<velagnss::Rtcm3Station>(&contents)) Note(*station);
@@ -37,7 +38,8 @@ void C_PointReport::OnFrame(const S_FrameRecord& record) {
     Wait(m_engine->epochs.Note(*observations));
 }
 
-void C_PointReport::EndInput(const S_InputEnd&) {
+void C_PointReport::EndInput(const S_InputEnd& end) {
+  m_clock = &end.clock;
   Wait(m_engine->epochs.Flush());
   while (!m_waiting.empty()) SolveOldest();
   m_engine.reset();
@@ -108,7 +110,7 @@ void C_PointReport::NotePosition(const C_GnssTime& time, const C_Vector3& positi
   m_errors.Add(error);
   m_errorSum += error;
   ++m_errorCount;
-  if (m_errorSink) m_errorSink(time, error);
+  if (m_errorSink) m_errorSink(time, error, *m_clock);
 }
 
 std::optional<S_PointErrors> C_PointReport::Errors() const {

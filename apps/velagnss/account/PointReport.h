@@ -83,8 +83,9 @@ struct S_PointErrors {
 class C_PointReport : public C_RecordConsumer {
  public:
   // Gets each position that is compared with the station's own coordinates, in the order of the epochs: its GPS time,
-  // and how far off it is in m to the north, east and up.
-  using t_ErrorSink = std::function<void(const C_GnssTime& time, const C_Vector3& error)>;
+  // how far off it is in m to the north, east and up, and the clock of the stream when it is solved, many epochs later.
+  using t_ErrorSink =
+      std::function<void(const C_GnssTime& time, const C_Vector3& error, const velagnss::StreamClock& clock)>;
   void SetErrorSink(t_ErrorSink sink) { m_errorSink = std::move(sink); }
 
   void BeginInput(const std::string& name) override;
@@ -126,6 +127,7 @@ class C_PointReport : public C_RecordConsumer {
   void NotePosition(const C_GnssTime& time, const C_Vector3& position);
 
   t_ErrorSink m_errorSink;
+  const velagnss::StreamClock* m_clock = nullptr;  // of the frame, or the end, that is taken
   std::unique_ptr<S_Engine> m_engine;
   std::deque<S_Waiting> m_waiting;
   std::optional<unsigned short> m_stationNumber;        // of the first epoch

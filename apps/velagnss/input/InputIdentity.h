@@ -10,8 +10,8 @@
 namespace Host {
 
 // Of a regular file: 16 hexadecimal digits of the SHA-256 of its first 64 KiB, so that copies on other machines have
-// the same, and a file that has grown since keeps it. Of anything else: the name, without a password, and the time of
-// the call, because what comes from there never comes again.
+// the same, and a file that has grown since keeps it, if it had 64 KiB before. Of anything else: the name, without a
+// password, and the time of the call, because what comes from there never comes again.
 std::string IdentityOfInput(const std::string& name);
 
 // Whether an identity is that of contents, which another input may have as well.

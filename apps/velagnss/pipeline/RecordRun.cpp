@@ -22,8 +22,8 @@ C_RecordRun::C_RecordRun(const S_RunOptions& options, std::vector<C_RecordConsum
     : m_consumers(std::move(consumers)),
       m_needsRecords(options.selection.Window().IsSet() ||
                      std::any_of(m_consumers.begin(), m_consumers.end(), [](auto* c) { return c->NeedsRecords(); })),
-      m_blocks(options.cores > 1 ? std::make_unique<C_BlockPipeline>(options.cores, options.blockSize, m_consumers)
-                                 : nullptr),
+      m_cores(options.cores),
+      m_blockSize(options.blockSize),
       m_selection(options.selection),
       m_range(options.range),
       m_selectsAll(options.selection.IsEverything() && options.range.IsEverything()) {
@@ -66,11 +66,11 @@ void C_RecordRun::Feed(const S_Chunk& chunk) {
   for (C_RecordConsumer* consumer : m_range.IsEverything() ? m_active : m_consumers)
     consumer->OnBytes(wanted, chunk.isLive ? t_Arrival(chunk.arrival) : std::nullopt);
   m_reader.Feed(chunk.bytes.data(), chunk.bytes.size());
-  m_blocks != nullptr && !chunk.isLive && chunk.bytes.size() >= kLeastForBlocks ? PumpBlocks() : Pump();
+  m_cores > 1 && !chunk.isLive && chunk.bytes.size() >= kLeastForBlocks ? PumpBlocks() : Pump();
   GiveTotals();
 }
 
-std::size_t C_RecordRun::FeedSize() const { return m_blocks != nullptr ? kFeedForBlocks : C_StreamJob::FeedSize(); }
+std::size_t C_RecordRun::FeedSize() const { return m_cores > 1 ? kFeedForBlocks : C_StreamJob::FeedSize(); }
 
 std::span<const unsigned char> C_RecordRun::InRange(std::span<const unsigned char> bytes) const {
   const std::uint64_t offset = m_reader.BytesFed();
@@ -136,8 +136,9 @@ void C_RecordRun::Pump() {
   }
 }
 
-// All stages of the pipeline are idle before and after.
+// All stages of the pipeline are idle before and after. Short files and live sources never need its memory.
 void C_RecordRun::PumpBlocks() {
+  if (m_blocks == nullptr) m_blocks = std::make_unique<C_BlockPipeline>(m_cores, m_blockSize, m_consumers);
   m_blocks->Run({[this](C_FrameBlock& block) { Fill(block); }, [this](C_FrameBlock& block) { Prepare(block); },
                  [this](C_FrameBlock& block) { Decode(block); }},
                 m_isInRange);

@@ -91,7 +91,9 @@ class C_RecordRun : public C_StreamJob {
   std::vector<C_RecordConsumer*> m_consumers;
   std::vector<C_RecordConsumer*> m_active;  // those that want more, of what comes here
   bool m_needsRecords;
-  const std::unique_ptr<C_BlockPipeline> m_blocks;  // on several cores
+  const unsigned int m_cores;
+  const std::size_t m_blockSize;
+  std::unique_ptr<C_BlockPipeline> m_blocks;  // on several cores, from the first use on
   velagnss::FrameReader m_reader;
   velagnss::RecordDecoder m_decoder;
   const velagnss::DecodedFrame m_notDecoded;

@@ -15,7 +15,7 @@ constexpr std::size_t kMaxReceivers = 8;
 
 C_ReceiverReports::C_ReceiverReports(C_TimeBins& axis, const C_StreamAccount& account, C_PointReport& points)
     : m_axis(axis), m_account(account), m_points(points) {
-  points.SetErrorSink([this](const C_GnssTime& time, const C_Vector3& error) { NoteError(time, error); });
+  points.SetErrorSink([this](const auto&... error) { NoteError(error...); });
 }
 
 void C_ReceiverReports::BeginInput(const std::string&) { m_contents = {}; }
@@ -74,11 +74,10 @@ S_Moment C_ReceiverReports::MomentOf(const S_Epoch& epoch) {
 }
 
 // The epoch was on the axis when it came, long before it was solved. It has no week if the stream had no date then.
-void C_ReceiverReports::NoteError(const C_GnssTime& time, const C_Vector3& error) {
-  if (m_clock == nullptr) return;
+void C_ReceiverReports::NoteError(const C_GnssTime& time, const C_Vector3& error, const velagnss::StreamClock& clock) {
   const velagnss::UtcTime utc = velagnss::UtcOfGps(time);
   const std::optional<unsigned int> mjd = IsNotAvailable(time.m_week) ? std::nullopt : std::optional(utc.mjd);
-  const auto bin = m_axis.Find(StreamSecondsOf(*m_clock, mjd, utc.secondsOfDay));
+  const auto bin = m_axis.Find(StreamSecondsOf(clock, mjd, utc.secondsOfDay));
   m_contents.computed.north.Add(bin, error.X());
   m_contents.computed.east.Add(bin, error.Y());
   m_contents.computed.up.Add(bin, error.Z());

@@ -82,7 +82,7 @@ class C_ReceiverReports : public C_RecordConsumer {
   void NoteOwn(const S_EpochStation& station);
   S_ReceiverReport* ReportOf(const t_Station& receiver);
   S_Moment MomentOf(const S_Epoch& epoch);
-  void NoteError(const C_GnssTime& time, const C_Vector3& error);
+  void NoteError(const C_GnssTime& time, const C_Vector3& error, const velagnss::StreamClock& clock);
 
   C_TimeBins& m_axis;
   const C_StreamAccount& m_account;

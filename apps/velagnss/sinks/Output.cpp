@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <fmt/core.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "apps/velagnss/os/Diagnostics.h"
 #include "apps/velagnss/os/Signals.h"
@@ -43,14 +45,26 @@ void WaitForReader(int descriptor) {
   ::poll(waiting, SignalReceived() == 0 ? 2 : 1, SignalReceived() == 0 ? -1 : kStalledReaderMilliseconds);
 }
 
+bool IsPipe(int descriptor) {
+  struct stat status {};
+  return ::fstat(descriptor, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+// On several cores any thread may write, but a signal wakes only the main thread: none may wait in a write for a reader
+// that has stopped reading. The pipe is opened anew, because others may share the descriptor and expect it to block.
+C_FileDescriptor StandardOutput() {
+  const std::string path = fmt::format("/proc/self/fd/{}", STDOUT_FILENO);
+  C_FileDescriptor anew(IsPipe(STDOUT_FILENO) ? ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK) : -1);
+  return anew.IsOpen() ? std::move(anew) : C_FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
+}
+
 }  // namespace
 
 // Standard output is duplicated: closing the duplicate reports a late loss and leaves the descriptor to the C library.
 bool C_Output::Open(const std::string& name, eWriting writing) {
   const bool isStandardOutput = name == "-";
   m_name = isStandardOutput ? "standard output" : name;
-  m_descriptor =
-      isStandardOutput ? C_FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) : OpenFile(name, writing);
+  m_descriptor = isStandardOutput ? StandardOutput() : OpenFile(name, writing);
   if (m_descriptor.IsOpen()) {
     m_isTerminal = ::isatty(m_descriptor.Get()) == 1;
     m_state = eState::Good;
@@ -66,7 +80,9 @@ C_FileDescriptor C_Output::OpenFile(const std::string& name, eWriting writing) {
     if (C_FileDescriptor contents = m_replacement->Begin(name); contents.IsOpen()) return contents;
     m_replacement.reset();
   }
-  return C_FileDescriptor(::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  C_FileDescriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  if (IsPipe(file.Get())) ::fcntl(file.Get(), F_SETFL, O_NONBLOCK);
+  return file;
 }
 
 void C_Output::Compress() {
