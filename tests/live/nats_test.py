@@ -60,6 +60,43 @@ class NatsTest(harness.Case):
         self.run_to_end("relay", harness.SESSION, "--to", server.address("gnss?station=OTHER"))
         self.assertEqual(server.count(), 2 * count)
 
+    def test_stations_may_send_the_same_bytes(self):
+        server, files = self.server(), [self.where / name for name in ("one.bin", "two.bin")]
+        for file in files:
+            file.write_bytes(self.session[:SHORT])
+        self.run_to_end("relay", *files, "--to", server.address())
+        for name in ("one_bin", "two_bin"):
+            self.check(server, name, files[0])
+
+    def test_a_server_forgets_ids_while_it_is_away(self):
+        """What it had stored but not acknowledged when it was killed is not stored again."""
+        server, file = self.server(), self.where / "rx.bin"
+        file.write_bytes(self.session * 8)
+        program = self.run_program("relay", file, "--to", server.address("gnss?station=BASE&duplicates=1"))
+        harness.wait_until(lambda: server.count() > 0)
+        server.kill()
+        time.sleep(1.5)
+        server.start()
+        program.process.wait(60)
+        self.assertEqual(program.end(), 0, program.summary())
+        self.check(server, "BASE", file)
+
+    def test_a_stream_is_made_anew_while_it_is_read(self):
+        server, file = self.server(), self.where / "rx.bin"
+        server.configure("CREATE")
+        program = self.run_program("decode", "--retry-pause", "0.1", server.address("gnss?from=start"))
+        program.wait_for("connected")
+        for size in (SHORT // 2, SHORT):  # the new stream goes beyond the place in the old one
+            server.request("STREAM.DELETE.gnss")
+            file.write_bytes(self.session[:size])
+            self.run_to_end("relay", file, "--to", server.address())
+            before = len(program.frames())
+            server.kill()
+            server.start()
+            program.wait_for_frames(before + len(harness.decode_file(file)))
+        self.assertTrue(any("made anew" in line for line in program.lines["err"]))
+        program.end()
+
     def test_lines_of_json(self):
         server = self.server()
         self.run_to_end("relay", harness.SESSION, "--to", "json:" + server.address("lines?prefix=lines"), "--to",

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "apps/velagnss/net/nats/NatsAddress.h"
@@ -24,12 +25,14 @@ constexpr auto kIdHeader = "Nats-Msg-Id";
 
 constexpr std::uint64_t kNoEnd = std::numeric_limits<std::uint64_t>::max();
 
-// Nanoseconds since 1970.
+// Nanoseconds since 1970, of which servers know those from 1 to the last that 64 bits can hold, in 2262.
 std::optional<std::int64_t> ReadTime(const std::string& text) {
   constexpr std::int64_t kMjdOf1970 = 40'587;
   const std::optional<S_UtcTime> time = ParseUtc(text);
   if (!time || !time->mjd) return std::nullopt;
-  return ((std::int64_t{*time->mjd} - kMjdOf1970) * kMicrosecondsPerDay + time->ofDay) * 1'000;
+  const std::int64_t microseconds = (std::int64_t{*time->mjd} - kMjdOf1970) * kMicrosecondsPerDay + time->ofDay;
+  if (microseconds <= 0 || microseconds > std::numeric_limits<std::int64_t>::max() / 1'000) return std::nullopt;
+  return microseconds * 1'000;
 }
 
 bool IsFrom(const std::string& value) {
@@ -39,7 +42,9 @@ bool IsFrom(const std::string& value) {
 }
 bool IsUntil(const std::string& value) { return value == "end"; }
 bool IsSubject(const std::string& value) {
-  return !value.empty() && value.size() < 256 && value.find_first_of(" \t") == std::string::npos;
+  if (value.empty() || value.size() >= 256 || value.find_first_of(" \t") != std::string::npos) return false;
+  if (value.starts_with('.') || value.ends_with('.') || value.find("..") != std::string::npos) return false;
+  return value.find(">.") == std::string::npos;
 }
 
 S_LinkFailure FailureOf(const S_NatsFailure& failure) {
@@ -64,7 +69,7 @@ class C_NatsLink : public C_Link {
  private:
   t_NatsResult Subscribe();
   void ChooseStart(const jsStreamState& state);
-  void ChoosePlace(const jsStreamState& state);
+  void ChoosePlace(const jsStreamInfo& info);
   t_NatsResult IsAtEnd(bool& isAtEnd);
   S_Read Fetch(std::int64_t wait);
   std::optional<S_LinkFailure> Take(natsMsg* message);
@@ -80,6 +85,8 @@ class C_NatsLink : public C_Link {
   std::optional<std::int64_t> m_from;  // nanoseconds since 1970
   std::uint64_t m_end = kNoEnd;        // the last one that is wanted
   bool m_isPlaced = false;
+  bool m_hasRead = false;
+  std::int64_t m_created = 0;     // when the stream was; another time is another stream
   std::uint64_t m_delivered = 0;  // messages of this subscription
 };
 
@@ -100,7 +107,7 @@ t_NatsResult C_NatsLink::Subscribe() {
   config.Name = stream.c_str();
   t_StreamInfo info;
   if (t_NatsResult result = m_session.OpenStream(config, false, info)) return result;
-  ChoosePlace(info->State);
+  ChoosePlace(*info);
   jsSubOptions options;
   jsSubOptions_Init(&options);
   options.Stream = stream.c_str();
@@ -132,12 +139,17 @@ void C_NatsLink::ChooseStart(const jsStreamState& state) {
   if (!m_from) ParseWhole(from, m_next);
 }
 
-void C_NatsLink::ChoosePlace(const jsStreamState& state) {
+void C_NatsLink::ChoosePlace(const jsStreamInfo& info) {
+  const jsStreamState& state = info.State;
+  const bool isAnew = std::exchange(m_created, info.Created) != info.Created;
   if (!m_isPlaced) return ChooseStart(state);
   if (m_next == 0) return;
-  if (m_next > state.LastSeq + 1) {
+  if (isAnew) {
     Notify("the stream has been made anew; it is read from its start");
     m_next = 1;
+  } else if (m_hasRead && m_next > state.LastSeq + 1) {
+    Notify(fmt::format("the server has lost messages {} to {}", state.LastSeq + 1, m_next - 1));
+    m_next = state.LastSeq + 1;
   } else if (m_next < state.FirstSeq && state.FirstSeq > 1) {
     Notify(fmt::format("messages {} to {} have been deleted from the stream meanwhile", m_next, state.FirstSeq - 1));
   }
@@ -196,12 +208,13 @@ std::optional<S_LinkFailure> C_NatsLink::Take(natsMsg* message) {
   const char* const data = natsMsg_GetData(message);
   m_bytes.insert(m_bytes.end(), data, data + natsMsg_GetDataLength(message));
   m_next = place->Sequence.Stream + 1;
+  m_hasRead = true;
   const bool isLast = m_end != kNoEnd && (m_next > m_end || place->NumPending == 0);
   return isLast ? std::optional(ended) : std::nullopt;
 }
 
 const auto kOptions = WithNatsOptions(std::array<S_AddressOption, 3>{{
-    {"subject", "a subject, which may have wildcards", &IsSubject},
+    {"subject", "a subject, which may have the wildcards '*' and, at its end, '>'", &IsSubject},
     {"from", "start, new, the number of a message, or a UTC time such as 2024-05-18T12:00:00", &IsFrom},
     {"until", "end", &IsUntil},
 }});

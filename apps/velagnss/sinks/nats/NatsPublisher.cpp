@@ -118,7 +118,9 @@ t_NatsResult C_NatsPublisher::Open() {
   return result;
 }
 
+// A server that is away for longer than it remembers ids would store again what it has stored before.
 void C_NatsPublisher::Close() {
+  for (std::size_t i = 0; i < m_numSent; ++i) m_flights[i].route->mayBePresent = m_options.resumes;
   m_answers.reset();
   m_session.Close();
   m_numSent = 0;
@@ -162,7 +164,9 @@ void C_NatsPublisher::Add(const t_Piece& piece) {
 }
 
 C_NatsPublisher::S_Route& C_NatsPublisher::RouteOf(const S_Piece& piece) {
-  const std::string key = fmt::format("{}:{}", piece.input->identity, piece.format);
+  // Two stations may send the same bytes.
+  const std::string station = m_stations.NameOf(piece.input->name);
+  const std::string key = fmt::format("{}/{}:{}", station, piece.input->identity, piece.format);
   std::unique_ptr<S_Route>& route = m_routes[key];
   if (route != nullptr) return *route;
   // Of a regular file it is the same in each run; of other inputs it ends with the time that this run began.
@@ -171,8 +175,6 @@ C_NatsPublisher::S_Route& C_NatsPublisher::RouteOf(const S_Piece& piece) {
   const bool isLive = time != std::string::npos;
   if (isLive && !m_options.session.empty()) identity = identity.substr(0, time + 1) + m_options.session;
   const bool isStable = !isLive || !m_options.session.empty();
-  // Two stations may send the same bytes.
-  const std::string station = m_stations.NameOf(piece.input->name);
   route = std::make_unique<S_Route>(S_Route{.subject = fmt::format("{}.{}", m_options.prefix, station),
                                             .input = piece.input->name,
                                             .id = fmt::format("{}/{}:", station, identity),
@@ -194,8 +196,9 @@ t_NatsResult C_NatsPublisher::LookUp(S_Route& route) const {
   const char* id = nullptr;
   if (status == NATS_OK && natsMsgHeader_Get(last.get(), kIdHeader, &id) == NATS_OK)
     if (const auto offset = OffsetIn(id, route.id, route.idTail)) {
-      route.resumeAt = *offset + 1;
-      m_say(fmt::format("{}: the stream has it up to offset {}; what follows is added", route.input, *offset));
+      const bool isFirst = std::exchange(route.resumeAt, *offset + 1) == 0 && !route.hasSent;
+      if (isFirst)
+        m_say(fmt::format("{}: the stream has it up to offset {}; what follows is added", route.input, *offset));
     }
   route.mayBePresent = false;
   return std::nullopt;
@@ -207,6 +210,10 @@ t_NatsResult C_NatsPublisher::Pump(std::chrono::milliseconds wait) {
     if (t_NatsResult result = SendNext()) return result;
   if (m_numSent == 0) return std::nullopt;
   if (t_NatsResult result = TakeAnswers(wait)) return result;
+  // The only sign of a subject that the account must not publish to; there is no acknowledgment.
+  const char* text = nullptr;
+  if (m_numSent > 0 && natsConnection_GetLastError(m_session.Connection(), &text) == NATS_NOT_PERMITTED)
+    return NatsResult(NATS_NOT_PERMITTED);
   if (m_numSent > 0 && t_Clock::now() - m_lastProgress > m_options.stall)
     return S_NatsFailure{eFailure::Lost, fmt::format("no acknowledgment for {} s", m_options.stall / 1s)};
   return std::nullopt;
@@ -224,9 +231,10 @@ t_NatsResult C_NatsPublisher::SendNext() {
     Settle(flight);
     return std::nullopt;
   }
-  const t_NatsResult result = Publish(flight, number);
-  if (!result || result->kind != eFailure::Refused) return result;
-  DropTooLong(flight);  // max_payload: known without asking the server
+  route.hasSent = true;
+  const natsStatus status = Publish(flight, number);
+  if (status != NATS_MAX_PAYLOAD) return NatsResult(status);
+  DropTooLong(flight);  // known without asking the server
   return std::nullopt;
 }
 
@@ -237,7 +245,7 @@ const std::string& C_NatsPublisher::MessageToken(const std::string& message) {
   return m_messageTokens[message] = SubjectToken(message);
 }
 
-t_NatsResult C_NatsPublisher::Publish(const S_Flight& flight, std::uint64_t number) {
+natsStatus C_NatsPublisher::Publish(const S_Flight& flight, std::uint64_t number) {
   const S_Route& route = *flight.route;
   const S_UnitOrigin& origin = flight.piece->origins[flight.unit];
   const std::string_view data = DataOf(*flight.piece, flight.unit);
@@ -256,7 +264,7 @@ t_NatsResult C_NatsPublisher::Publish(const S_Flight& flight, std::uint64_t numb
   set(kOffsetHeader, std::to_string(origin.offset));
   if (origin.arrival) set(kArrivalHeader, std::string(C_TimeText::OfMachine(*origin.arrival).Text()));
   if (status == NATS_OK) status = natsConnection_PublishMsg(m_session.Connection(), message.get());
-  return NatsResult(status);
+  return status;
 }
 
 t_NatsResult C_NatsPublisher::TakeAnswers(std::chrono::milliseconds wait) {

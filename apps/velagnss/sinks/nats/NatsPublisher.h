@@ -73,9 +73,10 @@ class C_NatsPublisher {
   struct S_Route {
     std::string subject;  // with the station
     std::string input;
-    std::string id;      // up to the offset
-    std::string idTail;  // after it
-    bool mayBePresent = false;
+    std::string id;              // up to the offset
+    std::string idTail;          // after it
+    bool hasSent = false;        // in this run
+    bool mayBePresent = false;   // the stream is to be asked
     std::uint64_t resumeAt = 0;  // offsets below it are in the stream
   };
   struct S_Flight {
@@ -90,7 +91,7 @@ class C_NatsPublisher {
   S_Route& RouteOf(const S_Piece& piece);
   t_NatsResult LookUp(S_Route& route) const;
   t_NatsResult SendNext();
-  t_NatsResult Publish(const S_Flight& flight, std::uint64_t number);
+  natsStatus Publish(const S_Flight& flight, std::uint64_t number);
   const std::string& MessageToken(const std::string& message);
   t_NatsResult TakeAnswers(std::chrono::milliseconds wait);
   t_NatsResult TakeAnswer(natsMsg* answer);
@@ -113,7 +114,7 @@ class C_NatsPublisher {
   std::uint64_t m_firstNumber = 0;
   std::size_t m_numSent = 0;  // of the flights, over this connection
 
-  std::unordered_map<std::string, std::unique_ptr<S_Route>> m_routes;  // by identity and format
+  std::unordered_map<std::string, std::unique_ptr<S_Route>> m_routes;  // by station, identity and format
   std::unordered_map<std::string, std::string> m_messageTokens;
   std::uint64_t m_numPresent = 0;
   std::uint64_t m_numTooLong = 0;
