@@ -20,6 +20,7 @@ using namespace std::chrono_literals;
 using eFailure = S_NatsFailure::eKind;
 
 constexpr std::string_view kFrames = "frames";
+constexpr std::string_view kEpochs = "epochs";
 
 constexpr const char* kIdHeader = "Nats-Msg-Id";
 constexpr const char* kInputHeader = "Gnss-Input";
@@ -120,7 +121,7 @@ t_NatsResult C_NatsPublisher::Open() {
 
 // A server that is away for longer than it remembers ids would store again what it has stored before.
 void C_NatsPublisher::Close() {
-  for (std::size_t i = 0; i < m_numSent; ++i) m_flights[i].route->mayBePresent = m_options.resumes;
+  for (std::size_t i = 0; i < m_numSent; ++i) m_flights[i].route->mayBePresent = m_flights[i].route->isInOrder;
   m_answers.reset();
   m_session.Close();
   m_numSent = 0;
@@ -175,11 +176,14 @@ C_NatsPublisher::S_Route& C_NatsPublisher::RouteOf(const S_Piece& piece) {
   const bool isLive = time != std::string::npos;
   if (isLive && !m_options.session.empty()) identity = identity.substr(0, time + 1) + m_options.session;
   const bool isStable = !isLive || !m_options.session.empty();
+  // Epochs that overlap are complete in another order than they begin.
+  const bool isInOrder = m_options.resumes && piece.format != kEpochs;
   route = std::make_unique<S_Route>(S_Route{.subject = fmt::format("{}.{}", m_options.prefix, station),
                                             .input = piece.input->name,
                                             .id = fmt::format("{}/{}:", station, identity),
                                             .idTail = piece.format == kFrames ? "" : fmt::format(":{}", piece.format),
-                                            .mayBePresent = m_options.resumes && isStable});
+                                            .isInOrder = isInOrder,
+                                            .mayBePresent = isInOrder && isStable});
   return *route;
 }
 

@@ -75,6 +75,7 @@ class C_NatsPublisher {
     std::string input;
     std::string id;              // up to the offset
     std::string idTail;          // after it
+    bool isInOrder = false;      // of their offsets
     bool hasSent = false;        // in this run
     bool mayBePresent = false;   // the stream is to be asked
     std::uint64_t resumeAt = 0;  // offsets below it are in the stream
