@@ -71,6 +71,7 @@ class C_NatsLink : public C_Link {
   void ChooseStart(const jsStreamState& state);
   void ChoosePlace(const jsStreamInfo& info);
   t_NatsResult IsAtEnd(bool& isAtEnd);
+  std::string Subject() const;
   S_Read Fetch(std::int64_t wait);
   std::optional<S_LinkFailure> Take(natsMsg* message);
 
@@ -83,7 +84,8 @@ class C_NatsLink : public C_Link {
 
   std::uint64_t m_next = 0;            // sequence number; 0: by the time
   std::optional<std::int64_t> m_from;  // nanoseconds since 1970
-  std::uint64_t m_end = kNoEnd;        // the last one that is wanted
+  bool m_hasEnd = false;
+  std::uint64_t m_end = kNoEnd;  // the last one that is wanted
   bool m_isPlaced = false;
   bool m_hasRead = false;
   std::int64_t m_created = 0;     // when the stream was; another time is another stream
@@ -94,7 +96,7 @@ std::optional<S_LinkFailure> C_NatsLink::Open() {
   t_NatsResult result = m_session.Open(m_address, {.credentials = m_credentials});
   if (!result) result = Subscribe();
   bool isAtEnd = false;
-  if (!result && m_end != kNoEnd) result = IsAtEnd(isAtEnd);
+  if (!result && m_hasEnd) result = IsAtEnd(isAtEnd);
   if (result || isAtEnd) Close();
   if (isAtEnd) return S_LinkFailure{eFailure::Ended, {}, {}};
   return result ? std::optional(FailureOf(*result)) : std::nullopt;
@@ -118,11 +120,9 @@ t_NatsResult C_NatsLink::Subscribe() {
   options.Config.OptStartSeq = m_next;
   options.Config.OptStartTime = m_next > 0 ? 0 : m_from.value_or(0);
   m_delivered = 0;
-  const std::string subject = NatsOption(m_address, "subject");
   jsErrCode code{};
   const natsStatus status = NatsMake(m_subscription, [&](natsSubscription** made) {
-    return js_SubscribeSync(made, m_session.JetStream(), subject.empty() ? ">" : subject.c_str(), nullptr, &options,
-                            &code);
+    return js_SubscribeSync(made, m_session.JetStream(), Subject().c_str(), nullptr, &options, &code);
   });
   return NatsResult(status, code);
 }
@@ -131,7 +131,7 @@ t_NatsResult C_NatsLink::Subscribe() {
 void C_NatsLink::ChooseStart(const jsStreamState& state) {
   const std::string from = NatsOption(m_address, "from");
   m_isPlaced = true;
-  if (m_address.options.contains("until")) m_end = state.LastSeq;
+  m_hasEnd = m_address.options.contains("until");
   if (from == "start") m_next = 1;
   if (from.empty() || from == "new") m_next = state.LastSeq + 1;
   if (m_next > 0) return;
@@ -155,21 +155,34 @@ void C_NatsLink::ChoosePlace(const jsStreamInfo& info) {
   }
 }
 
-// Whether there is nothing to come before the end that is wanted: the server counts what fits the subject.
+std::string C_NatsLink::Subject() const {
+  const std::string subject = NatsOption(m_address, "subject");
+  return subject.empty() ? ">" : subject;
+}
+
+// Whether there is nothing to come before the end that is wanted: the last message of the subject when this was asked
+// first, or an earlier one if that has been deleted since. The number of messages that the server says are still to
+// come can reach 0 too early.
 t_NatsResult C_NatsLink::IsAtEnd(bool& isAtEnd) {
-  t_ConsumerInfo info;
+  t_NatsMessage last;
   jsErrCode code{};
-  const natsStatus status = NatsMake(info, [&](jsConsumerInfo** made) {
-    return natsSubscription_GetConsumerInfo(made, m_subscription.get(), nullptr, &code);
+  const natsStatus status = NatsMake(last, [&](natsMsg** made) {
+    return js_GetLastMsg(made, m_session.JetStream(), StreamOf(m_address).c_str(), Subject().c_str(), nullptr, &code);
   });
-  if (status == NATS_OK) isAtEnd = m_next > m_end || (info->NumPending == 0 && info->Delivered.Consumer == 0);
-  return NatsResult(status, code);
+  const bool isEmpty = code == JSNoMessageFoundErr || status == NATS_NOT_FOUND;
+  if (status != NATS_OK && !isEmpty) return NatsResult(status, code);
+  m_end = isEmpty ? 0 : std::min(m_end, natsMsg_GetSequence(last.get()));
+  isAtEnd = m_next > m_end || m_end == 0 || (m_next == 0 && natsMsg_GetTime(last.get()) < m_from.value_or(0));
+  return std::nullopt;
 }
 
 C_Link::S_Read C_NatsLink::Read(C_Await::t_Time deadline) {
   while (!m_await.IsStopping()) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - C_Await::t_Clock::now());
     S_Read read = Fetch(std::clamp<std::int64_t>(left.count(), 0, std::chrono::milliseconds(kLook).count()));
+    bool isAtEnd = false;
+    if (m_hasEnd && read.bytes.empty() && !read.failure && !IsAtEnd(isAtEnd) && isAtEnd)
+      read.failure = S_LinkFailure{eFailure::Ended, {}, {}};
     if (!read.bytes.empty() || read.failure || left.count() <= 0) return read;
   }
   return {};
@@ -209,8 +222,7 @@ std::optional<S_LinkFailure> C_NatsLink::Take(natsMsg* message) {
   m_bytes.insert(m_bytes.end(), data, data + natsMsg_GetDataLength(message));
   m_next = place->Sequence.Stream + 1;
   m_hasRead = true;
-  const bool isLast = m_end != kNoEnd && (m_next > m_end || place->NumPending == 0);
-  return isLast ? std::optional(ended) : std::nullopt;
+  return m_next > m_end ? std::optional(ended) : std::nullopt;
 }
 
 const auto kOptions = WithNatsOptions(std::array<S_AddressOption, 3>{{
