@@ -102,7 +102,7 @@ S_TaskOutcome RunTask(const S_Task& task, const S_TaskRunOptions& options) {
   destinations.Finish();
   if (SignalReceived() != 0) return {eKind::Interrupted, "", 0, 0};
   const bool isDelivered = destinations.Judge() == eExitOk;
-  const S_TaskOutcome outcome = Judge(job, code, messages);
+  S_TaskOutcome outcome = Judge(job, code, messages);
   if (outcome.kind != eKind::Done) return outcome;
   if (!isDelivered || !output.Commit()) return {eKind::OutputFailed, messages.LastError(), 0, 0};
   return outcome;
