@@ -225,7 +225,7 @@ std::optional<S_LinkFailure> C_NatsLink::Take(natsMsg* message) {
   return m_next > m_end ? std::optional(ended) : std::nullopt;
 }
 
-const auto kOptions = WithNatsOptions(std::array<S_AddressOption, 3>{{
+const auto kNatsSourceOptions = WithNatsOptions(std::array<S_AddressOption, 3>{{
     {"subject", "a subject, which may have the wildcards '*' and, at its end, '>'", &IsSubject},
     {"from", "start, new, the number of a message, or a UTC time such as 2024-05-18T12:00:00", &IsFrom},
     {"until", "end", &IsUntil},
@@ -243,7 +243,7 @@ S_LinkKind KindOf(std::string_view scheme, std::string_view example) {
            .host = eNeed::Must,
            .port = eNeed::Maybe,
            .path = eNeed::Must,
-           .options = kOptions,
+           .options = kNatsSourceOptions,
            .check = &CheckNats},
           &MakeNatsLink};
 }
