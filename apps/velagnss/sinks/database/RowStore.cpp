@@ -28,14 +28,16 @@ C_RowStore::C_RowStore(const std::string& file, const std::atomic<bool>& isStopp
   Commit();
 }
 
-// Before anything is written: the file may be somebody else's.
+// Before anything is written: the file may be somebody else's. In one transaction, because another program may be
+// creating the tables at this moment.
 void C_RowStore::CheckOwner() {
-  if (m_database.Number("PRAGMA application_id") != kApplicationId) {
-    if (m_database.Number("SELECT count(*) FROM sqlite_master") == 0) return;
-    throw C_SqliteError("is a database of another program; name another file");
-  }
+  m_database.Execute("BEGIN");
+  const bool isOurs = m_database.Number("PRAGMA application_id") == kApplicationId;
+  const bool isEmpty = m_database.Number("SELECT count(*) FROM sqlite_master") == 0;
   const std::int64_t version = m_database.Number("PRAGMA user_version");
-  if (version > kDatabaseVersion)
+  m_database.Execute("COMMIT");
+  if (!isOurs && !isEmpty) throw C_SqliteError("is a database of another program; name another file");
+  if (isOurs && version > kDatabaseVersion)
     throw C_SqliteError(
         fmt::format("has tables of version {}, and this program knows those up to version {}; use a "
                     "newer one, or name another file",

@@ -96,8 +96,13 @@ int C_Sqlite::OnBusy(void* self, int count) {
   return 1;
 }
 
+// A change of the journal is refused at once, without the busy handler, while another program begins or ends its work.
 void C_Sqlite::Execute(const std::string& sql) {
-  const int code = sqlite3_exec(m_database.get(), sql.c_str(), nullptr, nullptr, nullptr);
+  const auto begin = std::chrono::steady_clock::now();
+  const auto run = [&] { return sqlite3_exec(m_database.get(), sql.c_str(), nullptr, nullptr, nullptr); };
+  int code = run();
+  while (code == SQLITE_BUSY && std::chrono::steady_clock::now() - begin < kPatience && OnBusy(this, 0) != 0)
+    code = run();
   if (code != SQLITE_OK) Fail(m_database.get(), code);
 }
 
