@@ -14,7 +14,7 @@ function(velagnss_install_documents component)
   endforeach()
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
     COMPONENT ${component} FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.cpp" PATTERN "*.service" PATTERN "*.rules"
-    PATTERN "*.png" PATTERN "*.svg")
+    PATTERN "*.png" PATTERN "*.svg" PATTERN "*.conf" PATTERN "*.yaml")
 endfunction()
 velagnss_install_documents(development)
 

@@ -70,7 +70,7 @@ class JobsTest(harness.Case):
         return b"".join(file.read_bytes() for file in sorted(self.results.iterdir()) if not file.name.startswith("."))
 
     def wait_until_done(self, count):
-        """A server that was killed may have forgotten acknowledgments: tasks that are done then come again."""
+        """And none has come again because its acknowledgment was forgotten."""
         def is_done(state):
             return [state["waiting"], state["running"]] == [0, 0] and state["done"] >= count
         wait_until(lambda: is_done(self.jobs()), 3 * PATIENCE, f"{count} tasks are not done")
@@ -92,7 +92,8 @@ class JobsTest(harness.Case):
                     workers[victim].kill()
                     workers[victim] = self.work()
                 if number == 2:
-                    self.server.kill()
+                    self.server.process.terminate()
+                    self.server.process.wait(PATIENCE)
                     self.server.start()
                 self.wait_until_done(tasks)
                 for worker in workers:
