@@ -19,7 +19,7 @@ extern char** environ;
 namespace {
 
 constexpr std::size_t kInputBytes = std::size_t{32} << 20;
-constexpr double kSampleFrames = 4238;  // as samples/session.json tells
+constexpr double kSampleFrames = 4238;  // see samples/session.json
 
 // The sample over and over, in a file that goes away with the process.
 class C_InputFile {

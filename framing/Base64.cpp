@@ -12,7 +12,7 @@ constexpr char kPad = '=';
 constexpr unsigned char kEndMark = 64;    // padding: the text ends here
 constexpr unsigned char kErrorMark = 65;  // no character of the alphabet
 
-// One access gives the value and tells the alphabet, the end and foreign characters apart.
+// One access gives the value, or says whether the character is the end or outside the alphabet.
 constexpr std::array<unsigned char, 256> MakeValues() {
   std::array<unsigned char, 256> values{};
   values.fill(kErrorMark);

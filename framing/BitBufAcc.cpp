@@ -58,14 +58,14 @@ void C_BitBufAcc::ClearBits(unsigned char* buffer, const int& position, int bits
   const int last = (end - 1) / 8;
   // Bits of the first and the last byte that are outside the run and stay.
   const auto before = static_cast<unsigned char>(~(0xFFU >> (position % 8)));
-  const auto behind = static_cast<unsigned char>((1U << BitsBehind(end)) - 1);
+  const auto after = static_cast<unsigned char>((1U << BitsBehind(end)) - 1);
   if (first == last) {
-    buffer[first] = static_cast<unsigned char>(buffer[first] & (before | behind));
+    buffer[first] = static_cast<unsigned char>(buffer[first] & (before | after));
     return;
   }
   buffer[first] = static_cast<unsigned char>(buffer[first] & before);
   std::memset(buffer + first + 1, 0, static_cast<std::size_t>(last - first - 1));
-  buffer[last] = static_cast<unsigned char>(buffer[last] & behind);
+  buffer[last] = static_cast<unsigned char>(buffer[last] & after);
 }
 
 void C_BitBufAcc::CopyBits(const unsigned char* source, int sourcePosition, unsigned char* destination,

@@ -37,7 +37,7 @@ void C_CircularBuffer::SetOverflowHandling(eCircBufOvrflowHandling overflowHandl
   m_overflowHandling = overflowHandling;
 }
 
-// An empty queue that is full has capacity 0: there is no oldest item to drop.
+// A queue that is both empty and full has capacity 0, and thus no oldest item to drop.
 bool C_CircularBuffer::NewItemOverflowProtect() {
   if (m_numItems < m_maxItems) return true;
   switch (m_overflowHandling) {

@@ -1,4 +1,4 @@
-// The facade: each operation of the exported class is one of the machine behind it, or of a leaf of this directory.
+// The facade: each operation of the exported class calls the recognizer core or a small part of this directory.
 #include "framing/FrameRecognizer.h"
 
 #include "framing/MessageLengths.h"

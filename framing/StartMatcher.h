@@ -60,8 +60,8 @@ class C_StartMatcher {
     return rows == 0 ? m_maxLength : NextLengthAmong(rows, held);
   }
 
-  // Whether a pattern that needs more than the `held` bytes begins as they do. They are at least those that a sentence
-  // is told by.
+  // Whether a pattern that needs more than the `held` bytes begins as they do. They are at least those that
+  // identify a sentence.
   bool MayMatchLater(const unsigned char* bytes, unsigned int held) const {
     const unsigned int rows = Candidates(bytes) & m_longRows;
     return rows != 0 && MayAnyMatchLater(rows, bytes, held);

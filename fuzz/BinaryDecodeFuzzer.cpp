@@ -1,6 +1,6 @@
 // The binary decoder over frames whose header and checksum the mutator repairs. Results are those that the operations
 // state; records depend on the frame and the seed alone; only a decoded frame is counted; nothing outside of the frame
-// is read, and the frame is not written; a good frame behind it decodes as before it.
+// is read, and the frame is not written; a good frame after it decodes as before it.
 #include "binproto/VelaBin_Decode.h"
 #include "fuzz/DecodeChecks.h"
 #include "fuzz/Samples.h"
@@ -42,7 +42,7 @@ unsigned int RequireOrder(ExactCopy& frame, const S_Options& options) {
       true);
   Fuzz::RequireOneOf(result, {0, 3, 4, 5, 7, 8, 9, 19, 20, 22}, "Decode");
   Fuzz::Require(checked == 0 || checked == result, "Decode answers what the frame check answers");
-  Fuzz::Require(number == checkedNumber, "Decode tells the number that the frame check tells");
+  Fuzz::Require(number == checkedNumber, "Decode and the frame check find the same number");
   return result;
 }
 

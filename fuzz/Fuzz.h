@@ -38,7 +38,7 @@ inline std::string_view View(const std::uint8_t* data, std::size_t size) {
   return {reinterpret_cast<const char*>(data), size};
 }
 
-// Takes an input apart from its front; what is behind its end reads as 0.
+// Takes an input apart from its front. Beyond its end, it reads as 0.
 class C_Input {
  public:
   C_Input(const std::uint8_t* data, std::size_t size) : m_rest(View(data, size)) {}
@@ -73,7 +73,7 @@ class C_Input {
 };
 
 // The body of a custom mutator: changes the input as libFuzzer does, then lets `repair` make it whole again, so that
-// what is behind the checks gets something to do. One input in eight is left as it came.
+// the code after the checks is reached. One input in eight is left as it came.
 template <class Repair>
 std::size_t Mutate(std::uint8_t* data, std::size_t size, std::size_t maxSize, unsigned int seed, Repair repair) {
   size = LLVMFuzzerMutate(data, size, maxSize);

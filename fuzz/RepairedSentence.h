@@ -9,8 +9,8 @@
 
 namespace Fuzz {
 
-// Closes the sentence behind the first `options` bytes of the input with its checksum, with or without CR LF. What is
-// no sentence any more becomes one of `sentences`, given without "$" and checksum.
+// Completes the sentence that follows the first `options` bytes of the input with its checksum, with or without CR LF.
+// What is no sentence any more becomes one of `sentences`, given without "$" and checksum.
 template <class Sentences>
 void RepairSentence(std::string& input, std::size_t options, const Sentences& sentences, std::minstd_rand& random) {
   input.resize(std::max(input.size(), options));

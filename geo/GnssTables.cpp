@@ -66,7 +66,7 @@ constexpr unsigned int kWordBits = 30;  // of a word of the GPS legacy message, 
 }  // namespace
 
 unsigned char ALGO::UraMetresToIndex(double meters) {
-  // NaN fits nowhere and ends behind the table, at the index for "no prediction".
+  // NaN fits nowhere and ends past the table, at the index for "no prediction".
   const auto fits = [meters](double bound) { return meters <= bound; };
   return static_cast<unsigned char>(std::find_if(std::begin(kUraUpperBound), std::end(kUraUpperBound), fits) -
                                     std::begin(kUraUpperBound));

@@ -43,7 +43,7 @@ C_Matrix LocalToEcefRotation(double lat, double lon) {
   });
 }
 
-// By components: a vector is no matrix, and making it one would cost more than the product.
+// By components: turning the vector into a matrix would cost more than the product.
 C_Vector3 Rotate(const C_Matrix& rotation, const C_Vector3& v) {
   const auto row = [&](unsigned int i) {
     return rotation(i, 0) * v.X() + rotation(i, 1) * v.Y() + rotation(i, 2) * v.Z();

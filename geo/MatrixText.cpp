@@ -20,7 +20,7 @@ constexpr std::size_t kLongestNumber = 1 + 309 + 1 + kDecimals;  // sign, digits
 
 constexpr std::string_view kBlanks = " \t\r\v\f";
 
-// Longest line that is read. A file that is no matrix, a device say, may have no line end at all.
+// Longest line that is read. A file that does not hold a matrix, such as a device, may have no line end at all.
 constexpr std::size_t LongestLine(std::size_t maxCols) { return 4096 + 1024 * maxCols; }
 
 // printf's " %40.15f" in the C locale.

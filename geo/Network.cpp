@@ -67,7 +67,7 @@ C_Network::~C_Network() = default;
 // An empty network allocates nothing, so that this cannot throw.
 C_Network::C_Network(C_Network&& other) noexcept : C_Network(0, 0) { *this = std::move(other); }
 
-// Counts and arrays leave together: counts that stayed behind would lead into arrays that are gone.
+// Counts and arrays are moved together: counts without their arrays would index freed memory.
 C_Network& C_Network::operator=(C_Network&& other) noexcept {
   m_maxNodes = std::exchange(other.m_maxNodes, 0);
   m_maxLinks = std::exchange(other.m_maxLinks, 0);

@@ -118,7 +118,7 @@ void C_PointCoordinate::AddDeltaXYZ(C_Vector3 d) {
 
 void C_PointCoordinate::ElevationAndAzimuth(const C_Vector3& target, bool wantAzimuth, double& elev, double& azim,
                                             C_Vector3* los) {
-  // Nothing but the marker for a point that is nowhere; `los` stays, as there is no vector.
+  // Only the marker for an undefined point. `los` is left alone, as there is no vector.
   if (!MakeCurrent()) {
     elev = NA_DOUBLE;
     if (wantAzimuth) azim = NA_DOUBLE;

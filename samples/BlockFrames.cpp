@@ -38,7 +38,7 @@ std::size_t DataLength(unsigned int id) {
 std::string Little16(std::int64_t value) { return LittleEndian(static_cast<std::uint64_t>(value), 2); }
 std::string Little32(std::int64_t value) { return LittleEndian(static_cast<std::uint64_t>(value), 4); }
 
-// A block whose layout is not at issue: the time of week as a double, the week, and made-up values behind.
+// A block whose layout is not at issue: the time of week as a double, the week, then made-up values.
 S_Frame TimedBlock(unsigned int id, std::size_t dataLength, S_Context& context) {
   const auto second = std::bit_cast<std::uint64_t>(static_cast<double>(context.now.gpsSecond));
   std::string data = LittleEndian(second, 8) + Little16(context.now.gpsWeek);
@@ -87,7 +87,8 @@ constexpr S_Parity kParity[] = {
     {0xEC7CD2, 0}, {0x763E69, 1}, {0xBB1F34, 0}, {0x5D8F9A, 1}, {0xAEC7CD, 1}, {0x2DEA27, 0},
 };
 
-// The 30-bit word of 24 data bits behind the word `before`. Its data bits are given plain, as a receiver gives them.
+// The 30-bit word of 24 data bits that follows the word `before`. Its data bits are not inverted, as receivers output
+// them.
 std::uint32_t NavigationWord(std::uint32_t data, std::uint32_t before) {
   std::uint32_t word = data;
   for (const S_Parity& parity : kParity) {

@@ -20,7 +20,7 @@ std::string FlippedFromEnd(const S_Frame& frame, std::size_t fromEnd) {
 
 std::string Cut(const S_Frame& frame, std::size_t length) { return frame.bytes.substr(0, length); }
 
-// The line with the byte behind `text` replaced.
+// The line with the byte after `text` replaced.
 std::string WithByteBehind(const S_Frame& frame, std::string_view text, char byte) {
   std::string line = Line(frame);
   const std::size_t at = line.find(text);
@@ -170,7 +170,7 @@ const S_FaultRow kFaults[] = {
     {233, eTextGroup, "JROX cut short", 5, [](C& c) { return Cut(PackedReply(c.random.Bytes(60)), 40); }},
     {236, eTextGroup, "JROX, too long", 5, [](C& c) { return PackedReply(c.random.Bytes(390)).bytes; }},
 
-    // A good sentence, or a good RTCM 3 frame, is behind each of these false starts.
+    // Each of these false starts is followed by a good sentence or a good RTCM 3 frame.
     {241, eTextGroup, "false start: RAW without end", 5, [](C&) { return std::string("$PKVN,RAW,5,20,"); }},
     {244, eRtcmGroup, "false start: block 71", 4, [](C&) { return std::string("$BIN\x47\0\xC0\x01", 8); }},
     {248, eRtcmGroup, "false start: site record", 5, [](C&) { return std::string("$>JSITERECORD,"); }},

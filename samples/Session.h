@@ -38,7 +38,7 @@ class C_Session {
   void Add(const S_Frame& frame);
   // Bytes that open no frame at all, or only false ones.
   void AddNoise(std::string_view bytes);
-  // A frame that is no good. `result` is what a reader answers when it gives up the first byte: 1 no frame starts here,
+  // A bad frame. `result` is what a reader answers when it gives up the first byte: 1 no frame starts here,
   // 4 the checksum is wrong, 5 refused for another reason.
   void AddFault(std::string_view bytes, std::string_view what, int result);
   // A command acknowledgement: only a reader that asks for them delivers it.
@@ -69,7 +69,7 @@ class C_Session {
   std::string FaultsJson() const;
 
   std::string m_bytes;
-  std::size_t m_acceptedBytes = 0;  // delivered frames and the line ends behind them
+  std::size_t m_acceptedBytes = 0;  // delivered frames and the line ends after them
   std::vector<S_Found> m_frames;
   std::vector<S_Fault> m_faults;
   std::vector<S_Place> m_noise;

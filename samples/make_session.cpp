@@ -53,7 +53,7 @@ void SendBlockWithoutLineEnd(C_Session& session, S_Context& context) {
   session.Add(frame);
 }
 
-// An own sentence is taken as it is when no checksum stands at its end; then its line end is part of it.
+// A sentence that does not end in a checksum is taken as it is, with its own line end.
 void SendUncheckedOwnSentence(C_Session& session, S_Context& context) {
   S_Frame frame = OwnSentence("HPR," + TimeField(context.now) + ",91.27,-1.27,0.55,N");
   frame.bytes = frame.bytes.substr(0, frame.bytes.rfind('*')) + '\r';

@@ -1,4 +1,4 @@
-// Nothing is allocated once the objects stand: counts what malloc and operator new hand out while bytes are fed, frames
+// Nothing is allocated after construction: counts what malloc and operator new hand out while bytes are fed, frames
 // decoded, objects reset and positions computed. Its own program, because it takes the place of malloc.
 #include <gtest/gtest.h>
 

@@ -104,7 +104,7 @@ TEST_ROWS_F(CasterAnswers, Request, Caster, kAnswers, row) {
   Finish();
 }
 
-// The data of chunks, "|" after each; what is no chunk is shown.
+// The data of chunks, "|" after each. Anything else is shown.
 std::string Chunks(std::string_view body) {
   std::string chunks;
   while (!body.empty()) {
@@ -135,7 +135,7 @@ TEST_ROWS_F(CasterReaders, GetWholeUnits, Caster, kReadings, row) {
   const C_FileDescriptor client = Ask(row.request);
   ASSERT_TRUE(
       m_thread.WaitFor([this] { return m_sinks[0]->Totals().accepted == 1; }, std::chrono::steady_clock::now() + 20s));
-  WriteTo(client, std::string(100'000, 'g'));  // positions that nobody wants
+  WriteTo(client, std::string(100'000, 'g'));  // positions, which are not wanted
   Put("one\ntwo\n");
   std::string all;
   while (all.find("two\n") == std::string::npos && !testing::Test::HasFailure()) all += ReadFrom(client, 1);

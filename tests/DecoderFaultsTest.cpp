@@ -88,7 +88,7 @@ void MakeXorRight(std::string& frame) {
   frame[star + 2] = "0123456789ABCDEF"[sum & 15];
 }
 
-// Of as many bytes as the header tells, where there are so many.
+// Of as many bytes as the header says, if there are so many.
 void MakeSumRight(std::string& frame) {
   if (frame.size() < 10) return;
   const auto length = static_cast<unsigned char>(frame[6]) + 256U * static_cast<unsigned char>(frame[7]);

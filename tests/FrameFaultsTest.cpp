@@ -27,7 +27,7 @@ struct S_Kind {
   const char* name;
   std::string bytes;
   bool isProtected;            // a flipped bit anywhere makes no other frame of it
-  bool mayLoseItsSum = false;  // damaged it may be taken for a frame without checksum, and swallow text behind it
+  bool mayLoseItsSum = false;  // damaged it may be taken for a frame without checksum, and swallow the text after it
 };
 
 const S_Kind kKinds[] = {
@@ -77,7 +77,7 @@ class DamagedFrame : public testing::TestWithParam<S_Kind> {
     }
     Frames frames = FramesIn(stream);
     ASSERT_TRUE(TakeOut(m_others, frames)) << testing::PrintToString(bits);
-    std::erase(frames, Delivered(m_kind));  // flips behind the frame's end, or one and the same twice
+    std::erase(frames, Delivered(m_kind));  // flips after the frame's end, or the same bit twice
     if (nothingElse) {
       ASSERT_EQ(frames.size(), 0U) << testing::PrintToString(bits);
     }

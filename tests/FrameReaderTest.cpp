@@ -40,25 +40,25 @@ struct Reading {
   void Take(std::monostate) {}
   void Take(const velagnss::Frame& frame) {
     frames.push_back({frame.offset, frame.length, frame.protocol, frame.message});
-    told.push_back("frame " + std::to_string(frame.offset) + "+" + std::to_string(frame.length));
+    log.push_back("frame " + std::to_string(frame.offset) + "+" + std::to_string(frame.length));
   }
   void Take(const velagnss::RejectedStart& start) {
-    told.push_back("result " + std::to_string(static_cast<int>(start.reason)) + " at " + std::to_string(start.offset) +
-                   " " + std::string(start.data, start.data + std::min<std::size_t>(start.size, 3)));
+    log.push_back("result " + std::to_string(static_cast<int>(start.reason)) + " at " + std::to_string(start.offset) +
+                  " " + std::string(start.data, start.data + std::min<std::size_t>(start.size, 3)));
   }
   void Take(const velagnss::SkippedRange& range) {
     constexpr const char* kReasons[] = {"noise", "false starts", "end"};
     skipped += range.length;
     skippedBytes.emplace_back(range.data, range.data + range.size);
-    told.push_back("skipped " + std::to_string(range.offset) + "+" + std::to_string(range.length) + " " +
-                   kReasons[static_cast<int>(range.reason)]);
+    log.push_back("skipped " + std::to_string(range.offset) + "+" + std::to_string(range.length) + " " +
+                  kReasons[static_cast<int>(range.reason)]);
   }
 
   velagnss::FrameReader reader;
   json frames = json::array();
   std::uint64_t skipped = 0;
   std::vector<std::string> skippedBytes;
-  std::vector<std::string> told;
+  std::vector<std::string> log;
 };
 
 constexpr std::string_view kHdt = "$GPHDT,274.07,T*03\r\n";
@@ -80,7 +80,7 @@ TEST_P(CutStream, FindsWhatTheManifestLists) {
 struct S_TellCase {
   const char* name;
   std::string stream;
-  std::vector<std::string> told;
+  std::vector<std::string> log;
 };
 const S_TellCase kTells[] = {
     {"Nothing", "", {}},
@@ -110,11 +110,11 @@ const S_TellCase kTells[] = {
     {"LastLineWithHalfItsSum", "$GPHDT,274.07,T*0", {"skipped 0+17 end"}},
     {"LastLineNotListed", "$GPTXT,01*62", {"skipped 0+12 end"}},
     {"LastLineOfAnotherProtocol", "$PKVN,TEMPERATURE,1*7E", {"frame 0+22"}},
-    // With zeros behind it this header would be a frame: none may be made up.
+    // With zeros after it this header would be a frame: none may be made up.
     {"HeaderWithoutItsBody", std::string("$BIN\x3E\x00\x28\x00\x00\x00", 10), {"skipped 0+10 end"}},
 };
 TEST_ROWS(FrameReaderTells, WholeAndByteByByte, kTells, row) {
-  for (const std::size_t pieceSize : {1 << 20, 1}) EXPECT_EQ(Reading(row.stream, pieceSize).told, row.told);
+  for (const std::size_t pieceSize : {1 << 20, 1}) EXPECT_EQ(Reading(row.stream, pieceSize).log, row.log);
 }
 
 TEST(FrameReader, CountsWhatWaitsAtTheEnd) {
@@ -133,7 +133,7 @@ TEST(FrameReader, CountsWhatWaitsAtTheEnd) {
   EXPECT_EQ(reader.BytesQueued(), waiting.size());
 }
 
-// Whatever comes: each byte is in a frame, a line end behind one, or in a skipped range, once.
+// Whatever comes: each byte is in a frame, in the line end after one, or in a skipped range, once.
 TEST(FrameReader, EveryByteHasOnePlace) {
   std::mt19937 random(7);
   const std::string session = ReadHostFile("samples/session.bin").substr(0, 60000);
@@ -180,7 +180,7 @@ TEST(FrameReader, GoesOnAfterAFinish) {
   reading.Read(kHdt, 7);
   reading.reader.Finish();
   reading.TakeAll();
-  EXPECT_EQ(reading.told, (std::vector<std::string>{"skipped 0+5 end", "frame 5+19", "frame 25+19"}));
+  EXPECT_EQ(reading.log, (std::vector<std::string>{"skipped 0+5 end", "frame 5+19", "frame 25+19"}));
   EXPECT_EQ(reading.reader.Totals().bytesAccepted, 2 * kHdt.size());
   EXPECT_EQ(reading.reader.Totals().bytesDiscarded, falseStart.size());
 }
@@ -199,7 +199,7 @@ TEST(FrameReader, RestartsInAnyState) {
   reading.Read(stream, stream.size());
   reading.reader.Finish();
   reading.TakeAll();
-  EXPECT_EQ(reading.told, (std::vector<std::string>{"skipped 0+8 end", "frame 8+19"}));
+  EXPECT_EQ(reading.log, (std::vector<std::string>{"skipped 0+8 end", "frame 8+19"}));
   EXPECT_EQ(reading.reader.TotalsAtFinish().bytesDiscarded, 3);
 }
 

@@ -132,7 +132,7 @@ TEST(FrameParameters, AgreeForEveryStepOfEveryStart) {
   }
 }
 
-// The callback stands for the loop: what it is told of each step is what the next step of the plain rules answers.
+// The callback sees each step of the loop: what it gets is what the next step of the plain rules answers.
 TEST(CallbackFrameRecognizer, ReportsEachStepOfThePump) {
   struct Echo {
     Literal literal{nullptr, eCircBufOvrflowFlushAll};

@@ -170,7 +170,8 @@ TEST(GnssTime, CalendarAgreesWithErfa) {
   }
 }
 
-// A day beyond its month counts on, 1 February 2024 here; without a month there is no date, only the time of day.
+// A day beyond the end of its month is counted on, here to 1 February 2024. Without a month there is only the time of
+// day.
 TEST(GnssTime, DatesThatDoNotExist) {
   for (const auto& [month, day, mjd] : {std::tuple(1, 32, 60341U), {0, 1, 0U}, {13, 1, 0U}, {255, 1, 0U}}) {
     const auto monthByte = static_cast<unsigned char>(month), dayByte = static_cast<unsigned char>(day);

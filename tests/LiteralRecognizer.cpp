@@ -128,7 +128,7 @@ bool SiteRecordParameters(Work& work) { return SetKind(work, work.message.type, 
 
 enum Collected { kPart, kWhole, kBroken };
 
-// The next byte of the frame: first those that are held, then those queued behind them.
+// The next byte of the frame: first those that are held, then those queued after them.
 bool Next(Work& work, const Queue& queue, std::size_t& examined) {
   Bytes& bytes = work.message.bytes;
   if (examined == bytes.size()) {
@@ -164,7 +164,7 @@ Collected CollectLine(Work& work, const Queue& queue) {
   return kPart;
 }
 
-// Up to CR LF; behind the start of a JROX frame there are only bytes of the packing, and line ends.
+// Up to CR LF. After the start of a JROX frame there are only packed bytes and line ends.
 template <bool kJrox>
 Collected CollectPacked(Work& work, const Queue& queue) {
   for (std::size_t length = 0; Next(work, queue, length);) {
@@ -280,7 +280,7 @@ Literal::Result CheckPkvnRaw(Work& work) {
   return unwound != 0 && unwound == expected + expected % 2 ? kComplete : kChecksum;
 }
 
-// With a checksum the frame ends before its line end, and a wrong sum is no bad check but a rejection.
+// With a checksum, the frame ends before its line end, and a wrong sum counts as a rejection, not as a bad check.
 Literal::Result CheckPkvn(Work& work) {
   Bytes& frame = work.message.bytes;
   if (frame.size() < 5 || frame[frame.size() - 4] != '*') return kComplete;
@@ -334,7 +334,7 @@ const Literal::Scanner kUnlisted = {CollectLine, CheckUnlisted};
 
 struct Descriptor {
   Raw::eProtocols protocol;
-  std::string start;          // '.' stands for any byte, '!' for one whose top six bits are 0
+  std::string start;          // '.' is any byte, '!' one whose top six bits are 0
   std::size_t needed;         // bytes that kind and length are read from
   unsigned least, greatest;   // limits of a frame, where its kind does not say others
   unsigned capacity;          // room that the protocol asks for
@@ -537,7 +537,7 @@ Literal::Result Literal::LookAsUnlisted(Result listed, Message& delivered) {
   return BodyStep(delivered);
 }
 
-// Whether the search for listed frames, begun anew behind each byte but the last, would end in one within the bytes.
+// Whether the search for listed frames, begun anew after each byte but the last, would end in one within the bytes.
 bool Literal::HoldsListedFrame(std::size_t length) const {
   for (std::size_t start = 1; start < length;) {
     Literal inner(nullptr, 2);

@@ -46,7 +46,7 @@ class LiteralRecognizer {
   unsigned GetMaxFrameLength() const { return m_work.capacity; }
   unsigned GetFreeSpace() const { return static_cast<unsigned>(QueueCapacity() - m_queue.size()); }
 
-  // The steps behind `DoRecognition`.
+  // The steps of `DoRecognition`.
   Result FrameStartSearch();
   Result DetermineMsgExpectations();
   Result FrameBodyWait();

@@ -1,4 +1,4 @@
-// The man page and the completions against the help that users see: what one of them tells, all of them know.
+// The man page and the completions have the same options as the help.
 #include <gmock/gmock.h>
 
 #include <regex>

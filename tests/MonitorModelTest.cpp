@@ -41,7 +41,7 @@ TEST(MonitorRates, AreOverTenSecondsOfTheRightClock) {
   }
 }
 
-// A receiver that is set back does not leave a rate behind.
+// A rate does not survive the reset of a receiver.
 TEST(MonitorRates, BeginAnewWhenTimeIsSetBack) {
   C_Rate rate;
   for (int second = 0; second < 20; ++second) rate.Add(second, 3);

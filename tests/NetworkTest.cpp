@@ -111,7 +111,7 @@ TEST_ROWS(NetworkError, CodeAndText, kErrorCases, row) {
   EXPECT_STREQ(network.ErrorText(), row.text);
 }
 
-// Its counts once stayed behind and led into arrays that were gone.
+// A moved-from network once kept counts that indexed freed arrays.
 TEST(Network, GrowsAfterATreeWasBuilt) {
   C_Network network(4, 4);
   const auto treeWith = [&network](const S_TestLink& link) {
@@ -193,7 +193,7 @@ TEST(Network, WeightOfTheCheapestLink) {
   EXPECT_EQ(id, 4);
 }
 
-// The tree's links are {1, 2} of 3, then {1, 3} of 3: only behind the last link of all a full buffer is enough.
+// The tree's links are {1, 2} of 3, then {1, 3} of 3: only after the last link of all, a full buffer is enough.
 TEST(Network, BufferMustOutlastTheLinks) {
   C_Network firstTwo(3, 3), firstAndLast(3, 3);
   for (const S_TestLink& link : {S_TestLink{1, 1, 2, 1}, {2, 2, 3, 2}, {3, 1, 3, 3}}) {

@@ -1,4 +1,4 @@
-// Preloaded into the program by a test: a machine whose clock stands at OTHER_CLOCK, in seconds since 1970.
+// Preloaded into the program by a test: a machine whose clock shows OTHER_CLOCK, in seconds since 1970.
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>

@@ -53,14 +53,14 @@ inline std::string RawSentence(const std::string& nameAndField, const std::strin
   return "$PKVN," + nameAndField + "," + count + "," + PackedTo(packedBytes) + "\r\n";
 }
 
-// A text frame of `length` bytes, filled up with commas: checksum and first line end included, the second one behind.
+// A text frame of `length` bytes, filled up with commas: checksum and first line end included, then the second one.
 inline std::string LineTo(std::size_t length, const std::string& start, bool checksum) {
   const std::size_t others = 1 + start.size() + (checksum ? 4 : 1);
   const std::string body = start + std::string(length > others ? length - others : 0, ',');
   return checksum ? Sentence(body) : "$" + body + "\r\n";
 }
 
-// What a port may carry, made of one choice after another. No two choices stand in the arguments of one call or on both
+// What a port may carry, made of one choice after another. No two choices are in the arguments of one call or on both
 // sides of an operator: compilers differ in which they would make first.
 class Random {
  public:

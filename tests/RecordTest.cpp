@@ -175,7 +175,7 @@ TEST_F(Recordings, TimeClosesAFileWithoutBytes) {
   EXPECT_THAT(Files(), ElementsAre(EndsWith("rx_120000.bin")));
 }
 
-// Set back by two hours, and forward from a time that is no date.
+// Set back by two hours, and forward from a time without a date.
 TEST_F(Recordings, AClockThatIsSetIsNotedAndReopensNothing) {
   Host::S_RecorderOptions options = Options();
   options.every = 1h;
@@ -269,14 +269,14 @@ TEST_ROWS_F(Session, IsTheSumOfItsFiles, Recordings, kRotations, row) {
 
 // --- The index after a crash ---
 
-struct S_MendCase {
+struct S_RepairCase {
   const char* name;
   int indexChange;  // bytes cut off its end; negative: the byte so far from the end is changed
   std::size_t dataSize;
-  const char* mended;
+  const char* repaired;
 };
 // clang-format off
-const S_MendCase kMends[] = {
+const S_RepairCase kRepairs[] = {
     {"Good",           0,   60, "D10 D20 D30 E"},
     {"DataLonger",     16,  67, "D10 D20 D30 U7"},
     {"TornRecord",     21,  60, "D10 D20 U30"},
@@ -288,7 +288,7 @@ const S_MendCase kMends[] = {
     {"DamagedHead",    -70, 60, "none"},
 };
 // clang-format on
-TEST_ROWS_F(Index, IsMended, Recordings, kMends, row) {
+TEST_ROWS_F(Index, IsRepaired, Recordings, kRepairs, row) {
   using eKind = Host::S_IndexRecord::eKind;
   std::string index = Host::EncodeIndexHead({true, 12345});
   for (const std::uint32_t size : {10, 20, 30})
@@ -300,8 +300,8 @@ TEST_ROWS_F(Index, IsMended, Recordings, kMends, row) {
   else
     index.resize(index.size() - change);
   Write("x.idx", index);
-  EXPECT_TRUE(Host::MendIndex((m_directory / "x.idx").native(), row.dataSize));
-  EXPECT_EQ(IndexText(m_directory / "x.idx"), row.mended);
+  EXPECT_TRUE(Host::RepairIndex((m_directory / "x.idx").native(), row.dataSize));
+  EXPECT_EQ(IndexText(m_directory / "x.idx"), row.repaired);
 }
 
 // The bytes of the format, so that other programs can read it. The checksums are those of Python's zlib.
@@ -415,7 +415,7 @@ bool Comes(const Condition& condition) {
   return condition();
 }
 
-// What the pipe took and the program had not read is no loss of the recording.
+// What is still in the pipe, unread by the program, does not count as lost.
 TEST_F(Recordings, AKilledProgramLeavesAGoodBeginning) {
   std::string session = ReadHostFile("samples/session.bin");
   session += session + session + session;  // compressed, what is less than 1 MiB old may be lost
@@ -479,7 +479,7 @@ TEST_F(Recordings, AFileThatIsBeingWrittenIsLeftToItsProgram) {
 }
 
 // A link in the place of what an earlier run left may lead to any file of the user.
-TEST_F(Recordings, LinksAreNotMended) {
+TEST_F(Recordings, LinksAreNotRepaired) {
   Write("mine", "not a recording");
   for (const char* link : {"x.bin.gz.part", "x_2.bin.gz.part.idx"})
     std::filesystem::create_symlink("mine", m_directory / link);

@@ -285,7 +285,7 @@ TEST_F(Program, RinexHeaderTellsWhatWasAsked) {
                 line("    18", "LEAP SECONDS") + line("", "END OF HEADER"));
 }
 
-// Without a sentence that tells the date it is the last reference time.
+// Without a dated sentence it is the last reference time.
 TEST_F(Program, RinexRunDateComesFromTheRecordsOrTheClock) {
   Write("in", KeplerFrame(95, 5) + SbasFrame());
   const auto date = [this](const char* option) {

@@ -410,7 +410,7 @@ TEST_ROWS(Rtcm3Seed, IsOfItsSystem, kSeeds, row) {
 
 TEST(Rtcm3Time, GoesOnWithTheStream) {
   Rtcm3Payloads payloads;
-  // Without any time GLONASS does not know its day; an epoch of another system tells it, but no week.
+  // Without any time, the day of GLONASS is unknown. An epoch of another system gives it, but not the week.
   EXPECT_EQ(payloads.Get<O>(Epoch(1012, 10900000, 0)).time.seconds, kNone);
   EXPECT_EQ(payloads.Get<O>(Epoch(1077, 518400000, 0)).time.week, NA_U16);
   EXPECT_EQ(payloads.Get<O>(Epoch(1012, 10900000, 0)).time.seconds, 518518);

@@ -113,7 +113,7 @@ TEST_F(Sinks, Files) {
   EXPECT_EQ(m_to.Judge(), Host::eExitOk);
 }
 
-// A socket file that a crash left behind is replaced; what somebody uses is not.
+// A socket file left by a crash is replaced, one in use is not.
 TEST_F(Sinks, UnixSockets) {
   const std::string path = m_directory + "/socket";
   for (int i = 0; i < 2; ++i) {
@@ -141,7 +141,7 @@ TEST_F(Sinks, UnixSockets) {
 
 // Numbered lines of 8 KiB.
 std::string Line(std::size_t number) { return fmt::format("{:08}{:>8183}\n", number, "x"); }
-constexpr std::size_t kManyLines = 1'000;  // far more than the system keeps for a client that does not read
+constexpr std::size_t kManyLines = 1'000;  // far more than the system buffers for a client that does not read
 
 // A client that reads nothing costs the others nothing and the memory little. What it gets in the end are whole units.
 TEST_F(Sinks, SlowClientLosesOldUnitsAndDelaysNobody) {

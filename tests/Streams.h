@@ -8,7 +8,7 @@
 
 #include "tests/BinaryFrames.h"
 
-// "$...*hh\r\n": the sum is the exclusive or of all that stands between "$" and "*".
+// "$...*hh\r\n": the sum is the exclusive or of everything between "$" and "*".
 inline std::string Sentence(std::string_view behindDollar) {
   unsigned int sum = 0;
   for (const char c : behindDollar) sum ^= static_cast<unsigned char>(c);

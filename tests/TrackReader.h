@@ -98,7 +98,7 @@ inline t_Points KmlPoints(const std::string& text) {
     std::string latitude;
     std::string altitude;
     for (std::size_t i = 0; stream >> longitude >> latitude >> altitude; ++i) {
-      const auto value = [&](std::size_t array) {  // fix, satellites, hdop: one array behind the other
+      const auto value = [&](std::size_t array) {  // fix, satellites, hdop: one array after the other
         return isTrack ? OrDash(values.at(array * times.size() + i)->GetText()) : "-";
       };
       points.push_back(PointLine(isTrack ? times.at(i)->GetText() : "-", latitude, longitude,

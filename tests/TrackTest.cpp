@@ -78,7 +78,7 @@ const S_EpochCase kEpochs[] = {
      "1,12:00:00.255,7.000000000,8.000000000,,,autonomous,,,,\n"},
     {"PositionBeyondThePole", "GPGGA,120000,9100.00,N,00800.00,E,1,,,,M,,M,,", ""},
     {"PositionMissing",       "GPGGA,120000,,,,,1,,,,M,,M,,",                  ""},
-    {"LateSentence",  // tells its date, and no more
+    {"LateSentence",  // has only its date
      "GPGGA,120010,0700.00,N,00800.00,E,1,,,,M,,M,,\nGPGGA,120011,0700.00,N,00800.00,E,1,,,,M,,M,,\n"
      "GPRMC,120010,A,0300.00,N,00400.00,E,5.5,90.5,190524,,,D",
      "1,12:00:10,7.000000000,8.000000000,,,autonomous,,,,\n"

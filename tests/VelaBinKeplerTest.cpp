@@ -16,7 +16,7 @@ using R = S_IFKeplerEphRec;
 
 constexpr double kPi = 3.141592653589793;
 
-// Decodes message 25 or 95; `seedWeek` 0 is no seed.
+// Decodes message 25 or 95; `seedWeek` 0: without a seed.
 unsigned int Decode(const Subframes& subframes, unsigned int prn, bool qzss, unsigned short seedWeek, R& record) {
   C_VelaBin_Decode decoder(nullptr);
   decoder.SeedTime(seedWeek, 0.0, ALGO::GNSS_GPS);

@@ -176,7 +176,7 @@ const std::string kAttHead = "ATTSTAT,7,rover,1.5,-2.5,N,3.5,4.5,P,9,";
 const std::string k63(63, 'x');
 const std::string k511(511, '0');  // as long as a field may be
 
-// What the letters in a mask of a sentence's fields stand for.
+// What the letters in a mask of a sentence's fields mean.
 //   t time of day, D date, d double, b w u unsigned of 8, 16, 32 bits, N "N" or "G", P "P" or "R", s text
 struct S_MessageCase {
   const char* name;

@@ -75,7 +75,7 @@ bool ParseFieldHex32(const char* field, unsigned int defaultValue, unsigned int&
 }
 
 bool ParseTimeOfDay(const char* field, unsigned int& hours, unsigned int& minutes, double& seconds) {
-  // Null is no field at all, unlike an empty field, which is a time not available.
+  // Null: the field is missing, unlike an empty field, which is a time not available.
   if (field != nullptr) return Fields::ParseTimeOfDay(field, hours, minutes, seconds);
   hours = 0;
   minutes = 0;

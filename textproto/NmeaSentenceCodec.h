@@ -45,7 +45,7 @@ VELAGNSS_API unsigned int EncodeSentence(const NmeaRecord& record, char* out, st
                                          TimeDigits digits = TimeDigits::Hundredths);
 
 // What a sentence is called: "GBS" for "$GPGBS,...", "VDM" for "!AIVDM,...", all of the address of a proprietary
-// sentence, "PGRME". Empty where there is no address. The checksum is not looked at.
+// sentence, "PGRME". Empty if there is no address. The checksum is not looked at.
 VELAGNSS_API std::string_view SentenceName(std::string_view sentence);
 
 }  // namespace velagnss

@@ -121,7 +121,7 @@ class JobsTest(harness.Case):
         self.assertIn("not those that were submitted", failed["other.bin"])
         self.assertEqual(self.merged().count(b"\n"), self.run_once("decode", good).stdout.count(b"\n"))
         self.assertIn(failed["gone.bin"].encode(), self.run_once("jobs", "--queue", self.queue).stdout)
-        # What has failed is submitted again once its cause is gone, and then it is no failure any more.
+        # What has failed is submitted again once its cause is gone, and then no longer counts as failed.
         gone = self.file("gone.bin", self.session[:1000])
         self.assertEqual(self.submit("--tries", "2", good, gone, other)[0], 2)
         self.work_once()

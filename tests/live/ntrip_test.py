@@ -137,7 +137,7 @@ class NtripTest(harness.Case):
                 program.end()
                 self.assert_objects(program.frames(), [] if text else self.expected)
 
-    # Also with an interface behind the address, which no certificate names.
+    # Also with an interface after the address, which no certificate names.
     def test_name_that_the_certificate_is_not_for(self):
         hosts = [("127.0.0.1", "127.0.0.1")]
         if pathlib.Path("/proc/net/if_inet6").exists():

@@ -75,7 +75,7 @@ std::size_t CountLive(const S_InputOptions& options) {
 
 namespace {
 
-// An input that cannot be read does not keep the others from being processed; the exit code tells.
+// An input that cannot be read does not keep the others from being processed; the exit code shows it.
 eExitCode ReadInputs(const S_InputOptions& options, bool showProgress, C_StreamJob& job, const t_NextJob& nextJob) {
   C_SourceLoop loop(options.readSize);
   loop.ShowProgress(showProgress);

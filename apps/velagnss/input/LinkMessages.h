@@ -1,4 +1,4 @@
-// What the user is told about the state of a live source.
+// Messages to the user about the state of a live source.
 #ifndef VELAGNSS_APPS_LINK_MESSAGES_H
 #define VELAGNSS_APPS_LINK_MESSAGES_H
 

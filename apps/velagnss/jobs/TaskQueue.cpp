@@ -12,7 +12,6 @@ namespace Host {
 namespace {
 
 using namespace std::chrono_literals;
-using eNeed = S_AddressForm::eNeed;
 using eKind = S_NatsFailure::eKind;
 
 constexpr const char* kWorkers = "workers";  // the consumer that all workers share
@@ -22,17 +21,6 @@ constexpr std::string_view kFailed = "failed";
 constexpr std::int64_t kMaxRunning = 100'000;
 constexpr std::int64_t kFlushTime = 2'000;  // milliseconds
 constexpr std::int64_t kLogTime = 5'000;    // milliseconds for a message of the log
-
-constexpr S_AddressForm FormOf(std::string_view scheme, std::string_view example) {
-  return {.scheme = scheme,
-          .example = example,
-          .account = eNeed::Maybe,
-          .host = eNeed::Must,
-          .port = eNeed::Maybe,
-          .path = eNeed::Must,
-          .options = kNatsOptions,
-          .check = &CheckNats};
-}
 
 std::int64_t Nanoseconds(std::chrono::milliseconds time) { return std::chrono::nanoseconds(time).count(); }
 
@@ -53,8 +41,9 @@ std::string CheckQueue(const std::string& name) {
   S_Address address;
   if (std::string error = ReadAddress(name, address); !error.empty()) return error;
   if (!IsNats(address)) return "must be written as nats://HOST/QUEUE or natss://HOST/QUEUE";
-  return CheckAddress(address, address.scheme == "nats" ? FormOf("nats", "nats://USER@HOST:PORT/QUEUE")
-                                                        : FormOf("natss", "natss://USER@HOST:PORT/QUEUE"));
+  return CheckAddress(address, address.scheme == "nats"
+                                   ? NatsForm("nats", "nats://USER@HOST:PORT/QUEUE", kNatsOptions)
+                                   : NatsForm("natss", "natss://USER@HOST:PORT/QUEUE", kNatsOptions));
 }
 
 C_TakenTask::C_TakenTask(t_NatsMessage message, std::string key, std::uint64_t tries)

@@ -1,4 +1,4 @@
-// How one thread tells another that there is news, however often.
+// Signals from one thread to another that there is something new. Several signals count as one.
 #ifndef VELAGNSS_APPS_WAKE_H
 #define VELAGNSS_APPS_WAKE_H
 

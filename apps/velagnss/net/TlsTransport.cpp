@@ -21,8 +21,7 @@ namespace {
 
 using asio::ip::tcp;
 
-// Closes as a socket does, which C_StreamConnection expects. The other side is not told: what it would say to that is
-// of no use.
+// Closes as a socket does, which C_StreamConnection expects, without a closing alert: its answer would be of no use.
 struct S_TlsStream : asio::ssl::stream<tcp::socket> {
   using asio::ssl::stream<tcp::socket>::stream;
   void close(asio::error_code& error) { lowest_layer().close(error); }

@@ -139,7 +139,7 @@ S_Agreement FindAgreement(C_IndexReader& index, std::uint64_t dataSize) {
 
 }  // namespace
 
-bool MendIndex(const std::string& name, std::uint64_t dataSize) {
+bool RepairIndex(const std::string& name, std::uint64_t dataSize) {
   C_IndexReader index;
   if (!index.Open(name)) return true;
   const S_Agreement good = FindAgreement(index, dataSize);

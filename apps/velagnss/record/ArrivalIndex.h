@@ -85,7 +85,7 @@ class C_IndexReader {
 // Makes an index whose writer did not finish agree with `dataSize` bytes of data: a damaged end is cut off, records of
 // data that is not there go, data without records gets one without a time of its own. False (`errno`) when the file
 // cannot be changed; true, and nothing done, when there is no index.
-bool MendIndex(const std::string& name, std::uint64_t dataSize);
+bool RepairIndex(const std::string& name, std::uint64_t dataSize);
 
 }  // namespace Host
 

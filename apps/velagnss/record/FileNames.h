@@ -20,7 +20,7 @@ inline constexpr std::string_view kPackedEnding = ".gz";
 // the year, %n the source, %% a percent sign.
 std::string CheckPattern(std::string_view pattern);
 
-// Whether the name tells sources apart.
+// Whether the name differs from source to source.
 bool HasSourceName(std::string_view pattern);
 
 // `pattern` is good.

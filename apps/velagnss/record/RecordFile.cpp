@@ -279,7 +279,7 @@ S_Whole FindWholeMembers(int file) {
 }
 
 // How many bytes were recorded in the file, uncompressed; damage at its end is cut off.
-std::uint64_t MendData(int file, bool isCompressed) {
+std::uint64_t RepairData(int file, bool isCompressed) {
   struct stat status {};
   if (::fstat(file, &status) != 0) return 0;
   if (!isCompressed) return static_cast<std::uint64_t>(status.st_size);
@@ -292,14 +292,14 @@ std::uint64_t MendData(int file, bool isCompressed) {
 
 std::optional<S_Adopted> AdoptPart(const fs::path& path) {
   const std::string& part = path.native();
-  // In a directory that others can write to, a link may lead to any file of ours, which mending would cut.
+  // In a directory that others can write to, a link may lead to any file of ours, which repairing would cut.
   const C_FileDescriptor file(::open(part.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
   if (::flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
   S_Adopted adopted;
   adopted.name = part.substr(0, part.size() - kPartEnding.size());
-  adopted.size = MendData(file.Get(), adopted.name.ends_with(kPackedEnding));
+  adopted.size = RepairData(file.Get(), adopted.name.ends_with(kPackedEnding));
   if (adopted.size == 0) {
     ::unlink(IndexName(part).c_str());
     ::unlink(part.c_str());
@@ -308,7 +308,7 @@ std::optional<S_Adopted> AdoptPart(const fs::path& path) {
   // The program may have stopped between the two renamings.
   const bool isIndexNamed = !Exists(IndexName(part)) && Exists(IndexName(adopted.name)) && !Exists(adopted.name);
   if (isIndexNamed) Rename(IndexName(adopted.name), IndexName(part));
-  if (!MendIndex(IndexName(part), adopted.size) || ::fsync(file.Get()) != 0) adopted.error = errno;
+  if (!RepairIndex(IndexName(part), adopted.size) || ::fsync(file.Get()) != 0) adopted.error = errno;
   if (adopted.error == 0) adopted.error = GiveFinalName(part, adopted.name);
   return adopted;
 }

@@ -65,7 +65,7 @@ void C_ReplayReader::Give(std::size_t size, S_ReplayPiece& piece) {
   if (!m_file->hasIndex) m_position += size;
 }
 
-// Time that runs back is no pause.
+// Time that runs backward does not make a pause.
 void C_ReplayReader::Advance(t_RecordTime time) {
   if (m_time) {
     const auto pause = std::max(time - *m_time, std::chrono::microseconds(0));
@@ -84,7 +84,7 @@ void C_ReplayReader::TakeRecord(const S_IndexRecord& record) {
   m_arrival = record.kind == eKind::Data ? std::optional(record.time) : std::nullopt;
 }
 
-// Bytes after the end of the index came at times that nobody knows.
+// Bytes after the end of the index came at unknown times.
 bool C_ReplayReader::FillByIndex(S_ReplayPiece& piece) {
   while (m_left == 0) {
     const std::optional<S_IndexRecord> record = m_file->index.Next();

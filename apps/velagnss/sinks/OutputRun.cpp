@@ -93,7 +93,7 @@ eExitCode C_OutputRun::Open(const std::string& name, const S_InputOptions& input
   return m_output.Open(name, writing) ? eExitOk : eExitOutput;
 }
 
-// Until the first file begins there is no text.
+// There is no text before the first file begins.
 eExitCode C_OutputRun::OpenFiles(const std::string& directory, bool areCompressed, const S_InputOptions& input) {
   m_directory = directory;
   m_areCompressed = areCompressed;

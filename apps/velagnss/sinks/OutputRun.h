@@ -54,7 +54,7 @@ class C_OutputRun {
   using t_NextMaker = std::function<S_Maker()>;
   int Run(const S_InputOptions& input, S_Maker first, const t_NextMaker& next, const t_Judge& judge);
 
-  // Writes what `text` holds, where there are no inputs. Returns the exit code.
+  // Writes `text`, for runs without inputs. Returns the exit code.
   int Write(C_TextMaker& text);
 
  private:

@@ -75,7 +75,7 @@ bool FindSmall(double magnitude, S_Decimal& decimal) {
   constexpr double kScale = 1e4;
   constexpr double kLeast = 1e-3;  // below it, an exponent is shorter: "1e-04"
   if (!(magnitude >= kLeast && magnitude < 1)) return false;
-  constexpr double kHalf = 0.5;  // rounds; what is off by one digit does not read back
+  constexpr double kHalf = 0.5;  // rounds; a text that is off by one digit is read as another number
   const auto digits = static_cast<std::uint32_t>(magnitude * kScale + kHalf);
   decimal = {0, digits, 4};
   return digits / kScale == magnitude;

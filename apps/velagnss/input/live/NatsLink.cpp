@@ -188,7 +188,7 @@ C_Link::S_Read C_NatsLink::Read(C_Await::t_Time deadline) {
   return {};
 }
 
-// Waits for the first message only. A failure is told after the bytes that came before it.
+// Waits for the first message only. A failure is reported after the bytes that came before it.
 C_Link::S_Read C_NatsLink::Fetch(std::int64_t wait) {
   m_bytes.clear();
   std::optional<S_LinkFailure> failure;
@@ -235,22 +235,9 @@ std::unique_ptr<C_Link> MakeNatsLink(const S_Address& address, const S_LiveOptio
   return std::make_unique<C_NatsLink>(address, options, await);
 }
 
-S_LinkKind KindOf(std::string_view scheme, std::string_view example) {
-  using eNeed = S_AddressForm::eNeed;
-  return {{.scheme = scheme,
-           .example = example,
-           .account = eNeed::Maybe,
-           .host = eNeed::Must,
-           .port = eNeed::Maybe,
-           .path = eNeed::Must,
-           .options = kNatsSourceOptions,
-           .check = &CheckNats},
-          &MakeNatsLink};
-}
-
 }  // namespace
 
-const S_LinkKind kNatsLink = KindOf("nats", "nats://USER@HOST:PORT/STREAM");
-const S_LinkKind kNatsTlsLink = KindOf("natss", "natss://USER@HOST:PORT/STREAM");
+const S_LinkKind kNatsLink = {NatsForm("nats", "nats://USER@HOST:PORT/STREAM", kNatsSourceOptions), &MakeNatsLink};
+const S_LinkKind kNatsTlsLink = {NatsForm("natss", "natss://USER@HOST:PORT/STREAM", kNatsSourceOptions), &MakeNatsLink};
 
 }  // namespace Host

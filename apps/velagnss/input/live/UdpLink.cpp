@@ -167,7 +167,7 @@ std::optional<S_LinkFailure> C_UdpLink::Open() {
   return std::nullopt;
 }
 
-// A datagram without bytes is none of the end: it is no news at all.
+// An empty datagram is not the end of the stream. It is ignored.
 C_Link::S_Read C_UdpLink::Read(C_Await::t_Time deadline) {
   if (m_receiver == nullptr) return {{}, S_LinkFailure::Lost("not open")};
   S_Receiver& receiver = *m_receiver;

@@ -36,6 +36,18 @@ constexpr std::array<S_AddressOption, 6> kNatsOptions = {{
     {"token", "the name of a file", &IsName},
 }};
 
+S_AddressForm NatsForm(std::string_view scheme, std::string_view example, std::span<const S_AddressOption> options) {
+  using eNeed = S_AddressForm::eNeed;
+  return {.scheme = scheme,
+          .example = example,
+          .account = eNeed::Maybe,
+          .host = eNeed::Must,
+          .port = eNeed::Maybe,
+          .path = eNeed::Must,
+          .options = options,
+          .check = &CheckNats};
+}
+
 std::string CheckNats(const S_Address& address) {
   const auto has = [&address](std::string_view option) { return address.options.contains(std::string(option)); };
   for (const std::string_view option : kTlsOptions)

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,9 @@ std::array<S_AddressOption, 6 + N> WithNatsOptions(const std::array<S_AddressOpt
   std::copy(more.begin(), more.end(), std::copy(kNatsOptions.begin(), kNatsOptions.end(), all.begin()));
   return all;
 }
+
+// How an address of `scheme` is written that ends in the name of a stream.
+S_AddressForm NatsForm(std::string_view scheme, std::string_view example, std::span<const S_AddressOption> options);
 
 // What a table row cannot say, for every kind: options that need TLS or each other, the name of the stream. Returns an
 // error text, empty when good.

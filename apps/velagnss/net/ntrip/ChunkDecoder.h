@@ -17,7 +17,7 @@ class C_ChunkDecoder {
   bool HasEnded() const { return m_state == eState::End; }
   bool HasFailed() const { return m_state == eState::Failed; }
 
-  // A size above this is no size but data: 16 MiB.
+  // 16 MiB. A larger number is not a size but data.
   static constexpr std::size_t kMaxChunk = std::size_t{1} << 24;
 
  private:

@@ -23,8 +23,8 @@ struct S_ErrorText {
 };
 constexpr S_ErrorText kErrors[] = {
     {SQLITE_FULL, "the disk is full; what is committed is safe: make room and run the command again", false},
-    {SQLITE_IOERR, "cannot be written any further; what is committed is safe: mend the disk and run the command again",
-     true},
+    {SQLITE_IOERR,
+     "cannot be written any further; what is committed is safe: repair the disk and run the command again", true},
     {SQLITE_BUSY, "is locked by another program; end that, or its transaction, and run the command again", false},
     {SQLITE_NOTADB, "is not a database; name another file", false},
     {SQLITE_CANTOPEN, "cannot be opened", true},

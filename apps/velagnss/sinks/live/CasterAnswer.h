@@ -29,7 +29,7 @@ struct S_CasterView {
 // Clients speak version 1 unless they say otherwise, and whoever is no client of NTRIP is a browser.
 S_CasterAnswer AnswerTo(const S_HttpHead& request, const S_CasterView& view);
 
-// To what is no request, and when there is no place.
+// To anything that is not a request, and when all places are taken.
 std::string BadRequestText(std::string_view date);
 std::string BusyText(std::string_view date);
 

@@ -231,15 +231,7 @@ const auto kOptions = WithNatsOptions(std::array<S_AddressOption, 9>{{
 }});
 
 S_SinkKind KindOf(std::string_view scheme, std::string_view example) {
-  using eNeed = S_AddressForm::eNeed;
-  return {{.scheme = scheme,
-           .example = example,
-           .account = eNeed::Maybe,
-           .host = eNeed::Must,
-           .port = eNeed::Maybe,
-           .path = eNeed::Must,
-           .options = kOptions,
-           .check = &CheckNats},
+  return {NatsForm(scheme, example, kOptions),
           &MakeSinkOf<C_NatsSink>,
           eRawUse::Never,
           {.bytes = std::size_t{64} << 20, .age = 1h}};
