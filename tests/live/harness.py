@@ -32,6 +32,12 @@ IS_SANITIZED = b"__asan_init" in pathlib.Path(shutil.which(PROGRAM) or PROGRAM).
 PATIENCE = 20.0  # seconds until a line that must come has not come; long, because the machine may be busy
 
 
+def processor_time(process):
+    """Seconds of a core that it has used."""
+    fields = pathlib.Path(f"/proc/{process.pid}/stat").read_text().rpartition(")")[2].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
 class Running:
     """A program whose lines are kept as they come, with the time of each."""
 
@@ -122,8 +128,7 @@ class Running:
         return int(next(line for line in status.splitlines() if line.startswith("VmRSS")).split()[1])
 
     def processor_time(self):
-        fields = pathlib.Path(f"/proc/{self.process.pid}/stat").read_text().rpartition(")")[2].split()
-        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+        return processor_time(self.process)
 
     def summary(self):
         parts = [f"exit status {self.process.poll()}"]

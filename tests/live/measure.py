@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Measures the program under load; for people, not for ctest. Prints tables.
 
-  VELAGNSS_PROGRAM=.../velagnss measure.py sources|relay|monitor|nats [SECONDS]
+  VELAGNSS_PROGRAM=.../velagnss measure.py sources|relay|monitor|nats|stations [SECONDS]
   VELAGNSS_PROGRAM=.../velagnss measure.py tasks [MEGABYTES]
 
 sources: decode reads 20 sources of 100 kB/s each and a probe, from which a sentence comes 20 times a second: how long it
@@ -11,6 +11,7 @@ monitor: the monitor shows a source of 100 kB/s, each page for an equal time, on
 nats:    500 stations of 1 kB/s each, which send their stream from its beginning to whoever connects, go through 4 processes
          into a stream; publishers and the server are killed at random times. Then the stream must have each frame of each
          station once, in order.
+stations: 10, 100 and 500 such stations through one process: what it and the server use.
 tasks:   64 files of so many megabytes, and one that has changed since it was submitted, are decoded by 1, 2 and 4 workers,
          which are killed at random times. The results, one after the other, must be those of one run over the files.
 """
@@ -229,12 +230,12 @@ def station_bytes(data, number, seconds):
     return (data[at:] + data * (size // len(data) + 1))[:size]
 
 
-def stations(seconds, pipe):
+def stations(count, seconds, pipe):
     """In a process of its own: a listener for each station. What is over already is sent at once, then a piece each second,
     which ends anywhere in a frame."""
     async def run():
         data, servers, begin = harness.SESSION.read_bytes(), [], time.monotonic()
-        for number in range(STATIONS):
+        for number in range(count):
             async def serve(_, writer, mine=station_bytes(data, number, seconds)):
                 sent = 0
                 with contextlib.suppress(ConnectionError, asyncio.CancelledError):
@@ -251,43 +252,67 @@ def stations(seconds, pipe):
     asyncio.run(run())
 
 
-def publisher(number, ports, server, table):
-    mine = [f"tcp://127.0.0.1:{port}" for port in ports[number::PUBLISHERS]]
+@contextlib.contextmanager
+def fed_server(count, seconds):
+    """A server, the ports of so many stations, their table of names, and a directory."""
+    where = pathlib.Path(tempfile.mkdtemp(prefix="velagnss-nats-"))
+    mine, other = multiprocessing.Pipe()
+    feeding = multiprocessing.Process(target=stations, args=(count, seconds, other), daemon=True)
+    feeding.start()
+    server = nats.Server(where / "server")
+    try:
+        ports, table = mine.recv(), where / "stations"
+        table.write_text("".join(f"tcp://127.0.0.1:{port} S{number}\n" for number, port in enumerate(ports)))
+        yield server, ports, table, where
+    finally:
+        server.kill()
+        feeding.kill()
+        shutil.rmtree(where)
+
+
+def publisher(number, ports, server, table, publishers=PUBLISHERS):
+    mine = [f"tcp://127.0.0.1:{port}" for port in ports[number::publishers]]
     to = server.address(f"gnss?session=measured&stations={table}")
     return harness.Running([harness.PROGRAM, "-q", "relay", "--quiet-time", "never", *mine, "--to", to])
 
 
 def measure_nats(seconds):
-    chance = random.Random(23)
-    where = pathlib.Path(tempfile.mkdtemp(prefix="velagnss-nats-"))
-    mine, other = multiprocessing.Pipe()
-    feeding = multiprocessing.Process(target=stations, args=(seconds, other), daemon=True)
-    feeding.start()
-    ports = mine.recv()
-    table = where / "stations"
-    table.write_text("".join(f"tcp://127.0.0.1:{port} S{number}\n" for number, port in enumerate(ports)))
-    server = nats.Server(where / "server")
-    programs = [publisher(number, ports, server, table) for number in range(PUBLISHERS)]
-    try:
-        kills = kill_at_random(seconds, chance, programs, lambda number: publisher(number, ports, server, table), server)
-        data = harness.SESSION.read_bytes()
-        print(f"{kills['publisher']} publishers and {kills['server']} times the server killed in {seconds:.0f} s")
-        wait_until_still(server)
-        for number in range(PUBLISHERS):
-            print(f"publisher {number}: {programs[number].processor_time():.1f} s of a core, "
-                  f"{programs[number].memory() // 1024} MiB")
-            programs[number].end()
+    with fed_server(STATIONS, seconds) as (server, ports, table, where):
+        programs = [publisher(number, ports, server, table) for number in range(PUBLISHERS)]
+        try:
+            kills = kill_at_random(seconds, random.Random(23), programs,
+                                   lambda number: publisher(number, ports, server, table), server)
+            print(f"{kills['publisher']} publishers and {kills['server']} times the server killed in {seconds:.0f} s")
+            wait_until_still(server)
+            for number, program in enumerate(programs):
+                print(f"publisher {number}: {program.processor_time():.1f} s of a core, {program.memory() // 1024} MiB")
+                program.end()
+        finally:
+            for program in programs:
+                program.kill()
         print(f"{server.count()} messages, {nats_size(where) >> 20} MiB on disk")
-        found = server.stations()
+        found, data = server.stations(), harness.SESSION.read_bytes()
         bad = [number for number in range(STATIONS)
                if found.get(f"S{number}") != frames_of(where, station_bytes(data, number, seconds))]
         print(f"stations whose frames are all there once and in order: {STATIONS - len(bad)} of {STATIONS}; not: {bad}")
-    finally:
-        for program in programs:
-            program.kill()
-        server.kill()
-        feeding.kill()
-        shutil.rmtree(where)
+
+
+def measure_stations(seconds):
+    for count in (10, 100, 500):
+        with fed_server(count, seconds + 60) as (server, ports, table, _):
+            program = publisher(0, ports, server, table, 1)
+            try:
+                harness.wait_until(server.count, what="nothing is published")
+                time.sleep(10)
+                processes = (program.process, server.process)
+                begin, before, stored = time.monotonic(), [harness.processor_time(p) for p in processes], server.count()
+                time.sleep(seconds)
+                took = time.monotonic() - begin
+                mine, servers = ((harness.processor_time(p) - used) / took for p, used in zip(processes, before))
+                print(f"{count} stations: {(server.count() - stored) / took:.0f} messages/s; "
+                      f"publisher {mine:.1%} of a core, {program.memory() // 1024} MiB; server {servers:.1%} of a core")
+            finally:
+                program.kill()
 
 
 def kill_at_random(seconds, chance, programs, begin_again, server):
@@ -397,7 +422,7 @@ def measure_tasks(megabytes):
 def main():
     what, seconds = sys.argv[1], float(sys.argv[2]) if len(sys.argv) > 2 else 60
     {"sources": measure_sources, "relay": measure_relay, "monitor": measure_monitor,
-     "nats": measure_nats, "tasks": measure_tasks}[what](seconds)
+     "nats": measure_nats, "stations": measure_stations, "tasks": measure_tasks}[what](seconds)
 
 
 if __name__ == "__main__":
