@@ -1,4 +1,6 @@
 // Lines as rows of a database.
+#include <fmt/format.h>
+
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <random>
@@ -68,6 +70,14 @@ class DatabaseRows : public Program {
     return pieces;
   }
 
+  static S_Piece PieceOf(std::string lines) {
+    S_Piece piece;
+    piece.input = std::make_shared<const S_InputOrigin>(S_InputOrigin{"a", "b"});
+    piece.bytes = std::move(lines);
+    piece.EndUnit();
+    return piece;
+  }
+
   std::string Store(const std::string& name, const std::vector<t_Piece>& pieces, std::size_t commitEvery) const {
     const std::string file = m_directory / name;
     const std::atomic<bool> isStopping = false;
@@ -115,13 +125,11 @@ TEST_F(DatabaseRows, OrderAndRepetitionDoNotMatter) {
 
 // More messages than a view may join, with names that SQL could take for its own.
 TEST_F(DatabaseRows, TablesAreLimitedAndTheirNamesQuoted) {
-  S_Piece piece;
-  piece.input = std::make_shared<const S_InputOrigin>(S_InputOrigin{"a", "b"});
-  for (int number = 0; number < 600; ++number) {
-    piece.bytes += "{\"offset\":" + std::to_string(number) + R"(,"length":9,"protocol":"nmea","message":"\"'];--)" +
-                   std::to_string(number) + R"(","result":0,"decoded":"full","fields":{"a_m":1}})" + '\n';
-    piece.EndUnit();
-  }
+  std::string lines;
+  for (int number = 0; number < 600; ++number)
+    lines += "{\"offset\":" + std::to_string(number) + R"(,"length":9,"protocol":"nmea","message":"\"'];--)" +
+             std::to_string(number) + R"(","result":0,"decoded":"full","fields":{"a_m":1}})" + '\n';
+  const S_Piece piece = PieceOf(lines);
   const std::string file = m_directory / "many.db";
   const std::atomic<bool> isStopping = false;
   C_RowStore(file, isStopping).Put(piece);
@@ -135,6 +143,23 @@ TEST_F(DatabaseRows, TablesAreLimitedAndTheirNamesQuoted) {
   EXPECT_EQ(database.Number("SELECT count(DISTINCT message) FROM frames"), 600);
   EXPECT_LT(database.Number("SELECT count(*) FROM sqlite_master WHERE type = 'table'"), 450);
   EXPECT_GT(database.Number("SELECT count(*) FROM other"), 100);
+}
+
+// A live source may be cut off in mid-frame and go on: that end remains. One that an earlier run met is gone.
+TEST_F(DatabaseRows, EndsOfEarlierRunsAreForgotten) {
+  const auto frame = [](int offset) {
+    return fmt::format(R"({{"offset":{},"length":5,"protocol":"nmea","message":"GGA","result":0}})", offset) + '\n';
+  };
+  const std::string frames = frame(5) + frame(20);
+  const std::string end = R"({"event":"skipped","offset":10,"length":4,"why":"cut off at the end of the input"})";
+  const std::string file = m_directory / "ends.db";
+  const std::atomic<bool> isStopping = false;
+  for (const auto& [lines, ends] : {std::pair(end + '\n' + frames, 1), std::pair(frames, 0)}) {
+    C_RowStore store(file, isStopping);
+    store.Put(PieceOf(lines));
+    store.Commit();
+    EXPECT_EQ(C_Sqlite(file, isStopping).Number("SELECT count(*) FROM skipped"), ends);
+  }
 }
 
 }  // namespace
