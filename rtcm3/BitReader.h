@@ -18,8 +18,7 @@ inline constexpr std::size_t kMaxPayload = 1023;  // the frame has 10 bits for t
 // A payload with eight bytes of zeros after it.
 class Payload {
  public:
-  void Assign(const unsigned char* bytes, std::size_t size) {
-    m_size = size;
+  Payload(const unsigned char* bytes, std::size_t size) : m_size(size) {
     std::copy_n(bytes, size, m_bytes.begin());
     std::fill_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(size), kPadding, static_cast<unsigned char>(0));
   }
@@ -30,8 +29,8 @@ class Payload {
  private:
   static constexpr std::size_t kPadding = 8;
 
-  std::array<unsigned char, kMaxPayload + kPadding> m_bytes{};
-  std::size_t m_size = 0;
+  std::array<unsigned char, kMaxPayload + kPadding> m_bytes;  // clearing all of them would take longer than the copy
+  std::size_t m_size;
 };
 
 class BitReader {

@@ -8,6 +8,7 @@
 #include "geo/GnssTables.h"
 #include "records/ResultCodes.h"
 #include "rtcm3/Fields.h"
+#include "rtcm3/Reading.h"
 #include "rtcm3/State.h"
 
 namespace velagnss::rtcm3 {
@@ -250,6 +251,11 @@ constexpr int kRollOver = 1024;  // a longer period than this cannot be mistaken
 constexpr unsigned short kFnav = 1 << 1 | 1 << 8;           // RINEX: from E5a; clock of E5a/E1
 constexpr unsigned short kInav = 1 << 0 | 1 << 2 | 1 << 9;  // RINEX: from E1-B and E5b; clock of E5b/E1
 
+const KeplerSystem& SystemOf(unsigned int number) {
+  return *std::find_if(std::begin(kKepler), std::end(kKepler),
+                       [number](const KeplerSystem& row) { return row.message == number; });
+}
+
 void Empty(Rtcm3KeplerEphemeris& out) {
   SetEmpty_IFEphRec(out.ephemeris);
   out.ephemeris.Spare = 0;
@@ -422,11 +428,8 @@ void SetTimes(std::optional<std::int64_t> reference, Rtcm3PvaEphemeris& out) {
 
 }  // namespace
 
-unsigned int DecodeKeplerEphemeris(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  const KeplerSystem& row =
-      *std::find_if(std::begin(kKepler), std::end(kKepler), [&](const auto& r) { return r.message == number; });
-  auto& out = record.emplace<Rtcm3KeplerEphemeris>();
-  out.message = static_cast<unsigned short>(number);
+unsigned int ReadKeplerEphemeris(BitReader& reader, unsigned int number, Rtcm3KeplerEphemeris& out) {
+  const KeplerSystem& row = SystemOf(number);
   Empty(out);
   if (row.composesHealth) out.ephemeris.Health = 0;
   KeplerMessage message{out, out.ephemeris};
@@ -437,12 +440,14 @@ unsigned int DecodeKeplerEphemeris(State& state, BitReader& reader, unsigned int
   out.ephemeris.SvId = static_cast<std::uint8_t>(message.satellite + row.satelliteOffset);
   if (row.system == ALGO::GNSS_GALILEO) out.dataSource = number == 1045 ? kFnav : kInav;
   SetFitInterval(row, out);
-  return ResolveWeeks(state.clock, row, out);
+  return eResultOk;
 }
 
-unsigned int DecodeGlonassEphemeris(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  auto& out = record.emplace<Rtcm3PvaEphemeris>();
-  out.message = static_cast<unsigned short>(number);
+unsigned int Follow(State& state, Rtcm3KeplerEphemeris& out) {
+  return ResolveWeeks(state.clock, SystemOf(out.message), out);
+}
+
+unsigned int ReadGlonassEphemeris(BitReader& reader, unsigned int, Rtcm3PvaEphemeris& out) {
   P& eph = out.ephemeris;
   SetEmpty_IFEphRec(eph);
   GlonassMessage message{out, eph};
@@ -454,10 +459,13 @@ unsigned int DecodeGlonassEphemeris(State& state, BitReader& reader, unsigned in
   eph.Valid = 1;
   if (message.isAlmanacHealthKnown != 0) out.almanacHealth = message.almanacHealth;
   const int channel = message.channel - 7;
-  if (GlonassChannels::IsChannel(channel)) {
-    eph.FreqChannel = static_cast<signed char>(channel);
-    state.channels.Set(message.slot, eph.FreqChannel);
-  }
+  if (GlonassChannels::IsChannel(channel)) eph.FreqChannel = static_cast<signed char>(channel);
+  return eResultOk;
+}
+
+unsigned int Follow(State& state, Rtcm3PvaEphemeris& out) {
+  const P& eph = out.ephemeris;
+  if (GlonassChannels::IsChannel(eph.FreqChannel)) state.channels.Set(eph.SvId, eph.FreqChannel);
   const auto reference = ReferenceTime(state.clock, eph);
   SetTimes(reference, out);
   return reference ? eResultOk : eResultNoSeed;

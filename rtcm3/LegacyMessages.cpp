@@ -1,7 +1,9 @@
 // Observations of GPS and GLONASS on two carriers: 1001 to 1004, 1009 to 1012.
-#include "records/ResultCodes.h"
+#include <span>
+
 #include "rtcm3/Fields.h"
 #include "rtcm3/Observations.h"
+#include "rtcm3/Reading.h"
 
 namespace velagnss::rtcm3 {
 namespace {
@@ -97,18 +99,15 @@ struct LegacySystem {
   bool (*readHead)(BitReader&, O&);
   bool (*readFirst)(BitReader&, L&);
   bool (*readWhole)(BitReader&, L&);
-  const char* codes[2][4];     // RINEX codes by carrier and code indicator
 };
 constexpr std::int64_t kMsMm = 299'792'458;  // a light-millisecond in mm
 constexpr LegacySystem kGps = {
     ALGO::GNSS_GPS, TimeField::GpsWeek, kWeek, LockHistory::kLegacyGps, 1,
     ReadFields<kGpsHead, O>, ReadFields<kGpsFirst, L>, ReadFields<kGpsWhole, L>,
-    {{"1C", "1P", "", ""}, {"2C", "2P", "2D", "2W"}},  // the message does not distinguish the L2C codes
 };
 constexpr LegacySystem kGlonass = {
     ALGO::GNSS_GLONASS, TimeField::GlonassDay, kDay, LockHistory::kLegacyGlonass, 2,
     ReadFields<kGlonassHead, O>, ReadFields<kGlonassFirst, L>, ReadFields<kGlonassWhole, L>,
-    {{"1C", "1P", "", ""}, {"2C", "2P", "", ""}},
 };
 // clang-format on
 
@@ -118,6 +117,10 @@ struct Contents {
   bool hasSecond;
 };
 constexpr Contents kContents[] = {{false, false}, {true, false}, {false, true}, {true, true}};
+
+constexpr bool IsGps(unsigned int number) { return number <= 1004; }
+const LegacySystem& SystemOf(unsigned int number) { return IsGps(number) ? kGps : kGlonass; }
+const Contents& ContentsOf(unsigned int number) { return kContents[number - (IsGps(number) ? 1001 : 1009)]; }
 
 [[nodiscard]] bool ReadSatellite(const LegacySystem& system, const Contents& contents, BitReader& reader, L& out) {
   if (!system.readFirst(reader, out)) return false;
@@ -135,7 +138,7 @@ double CyclesOf(std::int64_t halfMm, double kilohertz) {
   return static_cast<double>(whole) + static_cast<double>(product - whole * kDivisor) / static_cast<double>(kDivisor);
 }
 
-void NameSatellite(const LegacySystem& system, const L& sent, State& state, Rtcm3Satellite& out) {
+void NameSatellite(const LegacySystem& system, const L& sent, Rtcm3Satellite& out) {
   constexpr unsigned int kFirstSbas = 40, kLastSbas = 58, kSbasOffset = 80;
   out.system = system.system;
   out.number = sent.number;
@@ -143,7 +146,6 @@ void NameSatellite(const LegacySystem& system, const L& sent, State& state, Rtcm
   if (system.system == ALGO::GNSS_GLONASS) {
     const int channel = sent.channel - 7;
     if (GlonassChannels::IsChannel(channel)) out.channel = static_cast<signed char>(channel);
-    if (!IsNotAvailable(out.channel)) state.channels.Set(sent.number, out.channel);
     if (sent.number == 0) out.svId = NA_U8;  // the slot is not known
   } else if (sent.number >= kFirstSbas && sent.number <= kLastSbas) {
     out.system = ALGO::GNSS_SBAS;
@@ -168,12 +170,12 @@ void PutTogether(std::int64_t firstMm, const Differences& difference, double kil
 
 class LegacyEpoch {
  public:
-  LegacyEpoch(const LegacySystem& system, const Contents& contents, State& state, O& out)
-      : m_system(system), m_contents(contents), m_state(state), m_out(out) {}
+  LegacyEpoch(const LegacySystem& system, const Contents& contents, O& out)
+      : m_system(system), m_contents(contents), m_out(out) {}
 
   void Add(const L& sent, unsigned int index) {
     Rtcm3Satellite& satellite = m_out.satellites[index];
-    NameSatellite(m_system, sent, m_state, satellite);
+    NameSatellite(m_system, sent, satellite);
     if (m_contents.hasWhole) satellite.roughRange = static_cast<double>(sent.wholeRange * m_system.unitMs);
     for (unsigned int carrier = 0; carrier < (m_contents.hasSecond ? 2U : 1U); ++carrier)
       AddSignal(sent, carrier, index, m_out.signals[m_out.numSignals++]);
@@ -183,10 +185,10 @@ class LegacyEpoch {
   void AddSignal(const L& sent, unsigned int carrier, unsigned int index, Rtcm3Signal& out) {
     constexpr std::int64_t kRangeMm = 20;  // unit of ranges
     const Rtcm3Satellite& satellite = m_out.satellites[index];
-    const char* const code = m_system.codes[carrier][sent.code[carrier]];
-    const Signal signal = FindSignal(satellite.system, code);
+    const Signal& signal = LegacySignal(satellite.system, carrier, sent.code[carrier]);
     const double kilohertz = KilohertzOf(signal, satellite.channel);
-    BeginSignal(signal, kilohertz, index, out);
+    BeginSignal(signal, index, out);
+    if (kilohertz != 0) out.frequency = kilohertz * 1000;
     out.number = sent.code[carrier];
     out.data.LockCount = sent.lock[carrier];
     if (sent.strength[carrier] != 0) out.data.SignalStrength = sent.strength[carrier] / 4.0;  // dB-Hz
@@ -198,35 +200,43 @@ class LegacyEpoch {
                                        sent.phaseDifference[carrier]};
       PutTogether(rangeMm + sent.wholeRange * m_system.unitMs * kMsMm, differences, kilohertz, out);
     }
-    if (!IsNotAvailable(satellite.svId) && m_out.time.sent < m_system.period)
-      NoteLock(m_state, {m_system.lockGroup, sent.number, carrier, m_out.station, m_out.time.sent, m_system.period},
-               LockTimeOfLegacy(sent.lock[carrier]), out);
   }
 
   const LegacySystem& m_system;
   const Contents& m_contents;
-  State& m_state;
   O& m_out;
 };
 
 }  // namespace
 
-unsigned int DecodeLegacyObservations(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  const bool isGps = number <= 1004;
-  const LegacySystem& system = isGps ? kGps : kGlonass;
-  const Contents& contents = kContents[number - (isGps ? 1001 : 1009)];
-  auto& out = record.emplace<Rtcm3Observations>();
-  out.message = static_cast<unsigned short>(number);
+unsigned int ReadLegacyObservations(BitReader& reader, unsigned int number, O& out) {
+  const LegacySystem& system = SystemOf(number);
+  const Contents& contents = ContentsOf(number);
   out.system = system.system;
   if (!system.readHead(reader, out)) return eResultPastEnd;
   if (!contents.hasWhole) out.rangeModulus = static_cast<double>(system.unitMs * kMsMm) / 1000;
   LegacySatellite sent[31];  // as many as 5 bits count
   for (unsigned int i = 0; i < out.numSatellites; ++i)
     if (!ReadSatellite(system, contents, reader, sent[i])) return eResultPastEnd;
-  NoteEpoch(state, system.timeField, out.time);
-  LegacyEpoch epoch(system, contents, state, out);
+  LegacyEpoch epoch(system, contents, out);
   for (unsigned int i = 0; i < out.numSatellites; ++i) epoch.Add(sent[i], i);
   return eResultOk;
+}
+
+void FollowLegacyObservations(State& state, O& out) {
+  const LegacySystem& system = SystemOf(out.message);
+  NoteEpoch(state, system.timeField, out.time);
+  for (const Rtcm3Satellite& satellite : std::span(out.satellites, out.numSatellites))
+    if (!IsNotAvailable(satellite.channel)) state.channels.Set(satellite.number, satellite.channel);
+  if (out.time.sent >= system.period) return;
+  const unsigned int carriers = ContentsOf(out.message).hasSecond ? 2 : 1;
+  for (unsigned int i = 0; i < out.numSignals; ++i) {
+    Rtcm3Signal& signal = out.signals[i];
+    const Rtcm3Satellite& satellite = out.satellites[signal.satellite];
+    if (IsNotAvailable(satellite.svId)) continue;
+    NoteLock(state, {system.lockGroup, satellite.number, i % carriers, out.station, out.time.sent, system.period},
+             LockTimeOfLegacy(signal.data.LockCount), signal);
+  }
 }
 
 }  // namespace velagnss::rtcm3

@@ -5,10 +5,11 @@
 // other digits the system.
 #include <array>
 #include <bit>
+#include <span>
 
-#include "records/ResultCodes.h"
 #include "rtcm3/Fields.h"
 #include "rtcm3/Observations.h"
+#include "rtcm3/Reading.h"
 
 namespace velagnss::rtcm3 {
 namespace {
@@ -142,6 +143,12 @@ constexpr MsmSystem kMsmSystems[] = {
 };
 // clang-format on
 
+const MsmSystem& SystemOf(unsigned int number) {
+  constexpr unsigned int kFirst = 1070;
+  return kMsmSystems[(number - kFirst) / 10];
+}
+const MsmKind& KindOf(unsigned int number) { return kKinds[number % 10 - 1]; }
+
 // Positions of the bits that are set; the highest bit is position 1.
 struct Positions {
   unsigned int count = 0;
@@ -159,23 +166,57 @@ void ReadColumns(const Columns& columns, unsigned int count, BitReader& reader, 
     if (column.read != nullptr) column.read(reader, count, rows);
 }
 
+// Extended information of GLONASS has the channel plus 7; 14 is reserved, 15 means unknown.
+constexpr unsigned int kLastChannel = 13;
+bool LacksChannel(const Rtcm3Satellite& satellite) {
+  return satellite.system == ALGO::GNSS_GLONASS && satellite.extended > kLastChannel;
+}
+
+// Until the carrier of a signal is known, its phase is in milliseconds, which are cycles at 1 kHz, and in place of the
+// Doppler there is the rate of the range in units of the fine rate. Products of rates and frequencies are exact, as
+// they have less than 53 bits.
+void SetCarrier(double kilohertz, Rtcm3Signal& out) {
+  constexpr double kLightSpeed = 299'792'458.0 * 10;  // units of the fine rate, times Hz in a kHz
+  if (kilohertz == 0) {
+    out.data.CarrierPhase = out.data.Measurement3 = NA_DOUBLE;
+    return;
+  }
+  out.frequency = kilohertz * 1000;
+  if (!IsNotAvailable(out.data.CarrierPhase)) out.data.CarrierPhase *= kilohertz;
+  if (!IsNotAvailable(out.data.Measurement3))
+    out.data.Measurement3 = -(out.data.Measurement3 * kilohertz) / kLightSpeed;
+}
+
 class MsmEpoch {
  public:
-  MsmEpoch(const MsmSystem& system, const MsmKind& kind, State& state, O& out)
-      : m_system(system), m_kind(kind), m_state(state), m_out(out) {}
+  MsmEpoch(const MsmSystem& system, const MsmKind& kind, O& out) : m_system(system), m_kind(kind), m_out(out) {}
 
   unsigned int Read(BitReader& reader);
 
  private:
   void AddSatellite(const S& sent, unsigned int number, Rtcm3Satellite& out);
   void AddSignal(const C& sent, unsigned int satellite, unsigned int number, Rtcm3Signal& out);
-  void PutTogether(const C& sent, const Rtcm3Satellite& satellite, double kilohertz, Rtcm3Signal& out) const;
 
   const MsmSystem& m_system;
   const MsmKind& m_kind;
-  State& m_state;
   O& m_out;
 };
+
+// Sums of milliseconds are exact, as they are binary fractions of at most 40 bits; only the final product is rounded.
+// Milliseconds times kHz are cycles.
+void PutTogether(const C& sent, const Rtcm3Satellite& satellite, Rtcm3Signal& out) {
+  constexpr double kRatesInOne = 10000;  // units of the fine rate in 1 m/s
+  if (!IsNotAvailable(satellite.roughRange)) {
+    if (!IsNotAvailable(sent.range)) out.data.Pseudorange = MetersOf(satellite.roughRange + sent.range);
+    if (!IsNotAvailable(sent.phase)) {
+      out.data.CarrierPhase = satellite.roughRange + sent.phase;
+      out.phaseRange = MetersOf(out.data.CarrierPhase);
+    }
+  }
+  if (IsNotAvailable(satellite.roughRate) || IsNotAvailable(sent.rate)) return;
+  out.data.Measurement3 = satellite.roughRate * kRatesInOne + sent.rate;
+  out.rangeRate = out.data.Measurement3 / kRatesInOne;
+}
 
 // The two masks of satellites and signals are followed by one of the cells, satellite by satellite.
 unsigned int ReadMasks(BitReader& reader, std::uint64_t& satelliteMask, std::uint64_t& signalMask,
@@ -211,7 +252,6 @@ unsigned int MsmEpoch::Read(BitReader& reader) {
   ReadColumns(m_kind.satellite, satellites.count, reader, satellite.data());
   ReadColumns(m_kind.cell, numCells, reader, cell.data());
 
-  NoteEpoch(m_state, m_system.timeField, m_out.time);
   m_out.numSatellites = static_cast<unsigned char>(satellites.count);
   m_out.numSignals = static_cast<unsigned char>(numCells);
   for (unsigned int i = 0; i < satellites.count; ++i) AddSatellite(satellite[i], satellites.of[i], m_out.satellites[i]);
@@ -224,7 +264,6 @@ unsigned int MsmEpoch::Read(BitReader& reader) {
 }
 
 void MsmEpoch::AddSatellite(const S& sent, unsigned int number, Rtcm3Satellite& out) {
-  constexpr unsigned int kLastChannel = 13;  // as sent: plus 7; 14 is reserved, 15 means unknown
   out.system = m_system.system;
   out.number = static_cast<unsigned char>(number);
   out.svId = static_cast<unsigned char>(number + m_system.satelliteOffset);
@@ -232,64 +271,64 @@ void MsmEpoch::AddSatellite(const S& sent, unsigned int number, Rtcm3Satellite& 
   if (!m_kind.hasWholeRange) out.roughRange = sent.rest;
   if (m_kind.hasWholeRange && !IsNotAvailable(sent.whole)) out.roughRange = sent.whole + sent.rest;
   out.roughRate = sent.rate;
-  if (m_system.system != ALGO::GNSS_GLONASS) return;
-  if (sent.extended <= kLastChannel) m_state.channels.Set(number, static_cast<signed char>(sent.extended - 7));
-  out.channel =
-      sent.extended <= kLastChannel ? static_cast<signed char>(sent.extended - 7) : m_state.channels.Of(number);
+  if (m_system.system == ALGO::GNSS_GLONASS && !LacksChannel(out))
+    out.channel = static_cast<signed char>(sent.extended - 7);
 }
 
 void MsmEpoch::AddSignal(const C& sent, unsigned int satelliteIndex, unsigned int number, Rtcm3Signal& out) {
   const Rtcm3Satellite& satellite = m_out.satellites[satelliteIndex];
   const Signal& signal = MsmSignal(m_system.system, number);
-  const double kilohertz = KilohertzOf(signal, satellite.channel);
-  BeginSignal(signal, kilohertz, satelliteIndex, out);
+  BeginSignal(signal, satelliteIndex, out);
   out.number = static_cast<unsigned char>(number);
   out.data.SignalStrength = sent.strength;
-  PutTogether(sent, satellite, kilohertz, out);
+  PutTogether(sent, satellite, out);
+  if (!LacksChannel(satellite)) SetCarrier(KilohertzOf(signal, satellite.channel), out);
   if (m_kind.lockTime == nullptr) return;
   out.halfCycle = sent.half;
   out.data.LockCount = sent.lock;
-  if (m_out.time.sent < m_system.period)
-    NoteLock(m_state,
-             {m_system.system, satellite.number - 1U, number - 1U, m_out.station, m_out.time.sent, m_system.period},
-             m_kind.lockTime(sent.lock), out);
 }
 
-// Sums of milliseconds are exact, as they are binary fractions of at most 40 bits; only the final product is rounded.
-// Milliseconds times kHz are cycles. Products of rates and frequencies are exact, as they have less than 53 bits.
-void MsmEpoch::PutTogether(const C& sent, const Rtcm3Satellite& satellite, double kilohertz, Rtcm3Signal& out) const {
-  constexpr double kRatesInOne = 10000;               // units of the fine rate in 1 m/s
-  constexpr double kLightSpeed = 299'792'458.0 * 10;  // units of the fine rate, times Hz in a kHz
-  if (!IsNotAvailable(satellite.roughRange)) {
-    if (!IsNotAvailable(sent.range)) out.data.Pseudorange = MetersOf(satellite.roughRange + sent.range);
-    if (!IsNotAvailable(sent.phase)) {
-      out.phaseRange = MetersOf(satellite.roughRange + sent.phase);
-      if (kilohertz != 0) out.data.CarrierPhase = (satellite.roughRange + sent.phase) * kilohertz;
-    }
+// What the message does not say of channels is known from other messages.
+void FollowChannels(GlonassChannels& channels, O& out) {
+  for (Rtcm3Satellite& satellite : std::span(out.satellites, out.numSatellites))
+    if (LacksChannel(satellite))
+      satellite.channel = channels.Of(satellite.number);
+    else
+      channels.Set(satellite.number, satellite.channel);
+  for (Rtcm3Signal& signal : std::span(out.signals, out.numSignals)) {
+    const Rtcm3Satellite& satellite = out.satellites[signal.satellite];
+    if (LacksChannel(satellite))
+      SetCarrier(KilohertzOf(MsmSignal(satellite.system, signal.number), satellite.channel), signal);
   }
-  if (IsNotAvailable(satellite.roughRate) || IsNotAvailable(sent.rate)) return;
-  const double rate = satellite.roughRate * kRatesInOne + sent.rate;
-  out.rangeRate = rate / kRatesInOne;
-  if (kilohertz != 0) out.data.Measurement3 = -(rate * kilohertz) / kLightSpeed;
 }
 
 }  // namespace
 
-unsigned int DecodeMsm(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  constexpr unsigned int kFirst = 1070;
-  const MsmSystem& system = kMsmSystems[(number - kFirst) / 10];
-  const unsigned int kind = number % 10;
-  auto& out = record.emplace<Rtcm3Observations>();
-  out.message = static_cast<unsigned short>(number);
+unsigned int ReadMsm(BitReader& reader, unsigned int number, O& out) {
+  const MsmSystem& system = SystemOf(number);
+  const MsmKind& kind = KindOf(number);
   out.system = system.system;
-  out.msm = static_cast<unsigned char>(kind);
-  if (!kKinds[kind - 1].hasWholeRange) out.rangeModulus = kMetersPerMs;
+  out.msm = static_cast<unsigned char>(number % 10);
+  if (!kind.hasWholeRange) out.rangeModulus = kMetersPerMs;
   const bool isRead = ReadFields<kStation>(reader, out) &&
                       (system.timeField == TimeField::GlonassDay ? ReadFields<kGlonassTime>(reader, out)
                                                                  : ReadFields<kTimeOfWeek>(reader, out)) &&
                       ReadFields<kHead>(reader, out);
   if (!isRead) return eResultPastEnd;
-  return MsmEpoch(system, kKinds[kind - 1], state, out).Read(reader);
+  return MsmEpoch(system, kind, out).Read(reader);
+}
+
+void FollowMsm(State& state, O& out) {
+  const MsmSystem& system = SystemOf(out.message);
+  const MsmKind& kind = KindOf(out.message);
+  NoteEpoch(state, system.timeField, out.time);
+  if (system.system == ALGO::GNSS_GLONASS) FollowChannels(state.channels, out);
+  if (kind.lockTime == nullptr || out.time.sent >= system.period) return;
+  for (Rtcm3Signal& signal : std::span(out.signals, out.numSignals)) {
+    const unsigned int satellite = out.satellites[signal.satellite].number;
+    NoteLock(state, {system.system, satellite - 1, signal.number - 1U, out.station, out.time.sent, system.period},
+             kind.lockTime(signal.data.LockCount), signal);
+  }
 }
 
 }  // namespace velagnss::rtcm3

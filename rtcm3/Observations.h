@@ -33,13 +33,12 @@ inline double KilohertzOf(const Signal& signal, signed char channel) {
 }
 
 // Names a signal of satellite `index`, all values not available.
-inline void BeginSignal(const Signal& signal, double kilohertz, unsigned int index, Rtcm3Signal& out) {
+inline void BeginSignal(const Signal& signal, unsigned int index, Rtcm3Signal& out) {
   SetEmpty_IFGnssObsData(out.data, 1);
   out.data.Frequency = signal.frequency;
   out.data.TrackType = signal.trackType;
   out.satellite = static_cast<unsigned char>(index);
   std::copy(std::begin(signal.code), std::end(signal.code), out.code);
-  if (kilohertz != 0) out.frequency = kilohertz * 1000;
 }
 
 // Resolves the time of an epoch, which becomes the known one.
@@ -56,6 +55,10 @@ inline void NoteLock(State& state, const LockHistory::Observation& observation, 
   if (lock.isKnown) out.lockTime = SecondsOf(lock.least);
   out.lock = state.locks.Note(observation, lock);
 }
+
+// The second step of each kind.
+void FollowLegacyObservations(State& state, Rtcm3Observations& out);
+void FollowMsm(State& state, Rtcm3Observations& out);
 
 }  // namespace velagnss::rtcm3
 

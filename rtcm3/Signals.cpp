@@ -87,6 +87,14 @@ constexpr MsmRow kMsmRows[] = {  // RTCM 10403, signal masks of the MSM
     {32, {"1X", "",   "",   "",   "1X", "1X", ""}},
 };
 
+// By carrier and code indicator. The messages do not distinguish the L2C codes.
+constexpr const char* kLegacyCodes[kColumns][2][4] = {
+    {{"1C", "1P", "", ""}, {"2C", "2P", "2D", "2W"}},
+    {{"1C", "1P", "", ""}, {"2C", "2P", "", ""}},
+    {},
+    {{"1C", "1P", "", ""}, {"2C", "2P", "2D", "2W"}},  // in messages of GPS
+};
+
 // Signal numbers of code biases, from 0. Only the four systems below have corrections that are decoded.
 constexpr const char* kSsrCodes[kColumns][kSsrSignals] = {
     {"1C", "1P", "1W", "", "", "2C", "2D", "2S", "2L", "2X", "2P", "2W", "", "", "5I", "5Q", "5X"},
@@ -109,7 +117,7 @@ constexpr eGNSSTrackType TrackTypeOf(Column system, char digit, char attribute) 
 
 constexpr Signal SignalOf(Column system, const char* code) {
   Signal signal;
-  if (code[0] == '\0') return signal;
+  if (code == nullptr || code[0] == '\0') return signal;
   signal.code[0] = code[0];
   signal.code[1] = code[1];
   signal.trackType = static_cast<unsigned char>(TrackTypeOf(system, code[0], code[1]));
@@ -130,6 +138,16 @@ constexpr auto kMsmSignalsOf = [] {
   return signals;
 }();
 
+constexpr auto kLegacySignalsOf = [] {
+  std::array<std::array<std::array<Signal, 4>, 2>, kColumns> signals{};
+  for (unsigned int column = 0; column < kColumns; ++column)
+    for (unsigned int carrier = 0; carrier < 2; ++carrier)
+      for (unsigned int indicator = 0; indicator < 4; ++indicator)
+        signals[column][carrier][indicator] =
+            SignalOf(static_cast<Column>(column), kLegacyCodes[column][carrier][indicator]);
+  return signals;
+}();
+
 consteval bool EverySignalHasACarrier() {
   for (const auto& signals : kMsmSignalsOf)
     for (const Signal& signal : signals)
@@ -140,7 +158,9 @@ static_assert(EverySignalHasACarrier());
 
 }  // namespace
 
-Signal FindSignal(eGNSSSystem system, const char* code) { return SignalOf(kColumnOf[system], code); }
+const Signal& LegacySignal(eGNSSSystem system, unsigned int carrier, unsigned int indicator) {
+  return kLegacySignalsOf[kColumnOf[system]][carrier][indicator];
+}
 
 const Signal& MsmSignal(eGNSSSystem system, unsigned int number) { return kMsmSignalsOf[kColumnOf[system]][number]; }
 

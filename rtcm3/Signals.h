@@ -22,8 +22,9 @@ struct Signal {
   double kilohertzPerChannel = 0;  // GLONASS
 };
 
-// The signal of a RINEX code; an empty code gives an unknown signal.
-Signal FindSignal(ALGO::eGNSSSystem system, const char* code);
+// The signal that 1001 to 1004 and 1009 to 1012 mean by a carrier, 0 or 1, and a code indicator, 0 to 3; the system is
+// GPS, GLONASS, or SBAS.
+const Signal& LegacySignal(ALGO::eGNSSSystem system, unsigned int carrier, unsigned int indicator);
 
 // Signal `number`, 1 to 32, of an MSM.
 const Signal& MsmSignal(ALGO::eGNSSSystem system, unsigned int number);

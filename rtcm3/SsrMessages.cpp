@@ -4,6 +4,7 @@
 // time, satellite and issue of data.
 #include "records/ResultCodes.h"
 #include "rtcm3/Fields.h"
+#include "rtcm3/Reading.h"
 #include "rtcm3/Signals.h"
 #include "rtcm3/State.h"
 
@@ -104,6 +105,11 @@ constexpr SsrSystem kSsrSystems[] = {  // descending
 };
 // clang-format on
 
+const SsrSystem& SystemOf(unsigned int number) {
+  return *std::find_if(std::begin(kSsrSystems), std::end(kSsrSystems),
+                       [number](const SsrSystem& system) { return system.first <= number; });
+}
+
 // A message and where its biases go.
 struct SsrMessage {
   const SsrSystem& system;
@@ -162,12 +168,9 @@ bool IsRestEmpty(BitReader reader) {
 
 }  // namespace
 
-unsigned int DecodeSsr(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  const SsrSystem& system =
-      *std::find_if(std::begin(kSsrSystems), std::end(kSsrSystems), [&](const auto& s) { return s.first <= number; });
+unsigned int ReadSsr(BitReader& reader, unsigned int number, Rtcm3Ssr& out) {
+  const SsrSystem& system = SystemOf(number);
   const SsrKind& kind = kSsrKinds[number - system.first];
-  auto& out = record.emplace<Rtcm3Ssr>();
-  out.message = static_cast<unsigned short>(number);
   out.system = system.system;
   if (!ReadHead(system, kind, reader, out)) return eResultPastEnd;
   SsrMessage message{system, out};
@@ -175,8 +178,12 @@ unsigned int DecodeSsr(State& state, BitReader& reader, unsigned int number, Rtc
     S& satellite = out.satellites[i];
     if (!system.readSatellite(reader, satellite) || !kind.read(message, reader, satellite)) return eResultPastEnd;
   }
-  if (!IsRestEmpty(reader)) return eResultBadField;
-  const auto time = state.clock.Resolve(system.timeField, out.time.sent * static_cast<std::uint32_t>(kSecond), NA_U8);
+  return IsRestEmpty(reader) ? eResultOk : eResultBadField;
+}
+
+unsigned int Follow(State& state, Rtcm3Ssr& out) {
+  const auto time =
+      state.clock.Resolve(SystemOf(out.message).timeField, out.time.sent * static_cast<std::uint32_t>(kSecond), NA_U8);
   if (time) state.clock.Describe(*time, out.time);
   return eResultOk;
 }

@@ -1,13 +1,13 @@
-// What a decoder keeps from message to message, and the operations that decode a message.
+// What a decoder keeps from message to message, and the second step of decoding, which uses it.
 //
-// Internal.
+// Internal. The first step is that of `Reading.h`.
 #ifndef VELAGNSS_RTCM3_STATE_H
 #define VELAGNSS_RTCM3_STATE_H
 
 #include <algorithm>
 #include <iterator>
 
-#include "rtcm3/BitReader.h"
+#include "records/ResultCodes.h"
 #include "rtcm3/EpochClock.h"
 #include "rtcm3/LockTimes.h"
 #include "rtcm3/Rtcm3Records.h"
@@ -50,12 +50,23 @@ struct State {
   }
 };
 
-// Each decodes the payload of message `number`, one of its own, into its kind of record. Results are
-// codes of records/ResultCodes.h. After a failure the state is unchanged and the record may be partly filled.
-using t_DecodeMessage = unsigned int(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record);
-t_DecodeMessage DecodeStation, DecodeAntenna, DecodeSystemParameters, DecodeText, DecodeGlonassBiases, DecodeResiduals;
-t_DecodeMessage DecodeKeplerEphemeris, DecodeGlonassEphemeris;
-t_DecodeMessage DecodeLegacyObservations, DecodeMsm, DecodeSsr;
+// Each completes a record that has been read, as far as it depends on earlier messages, and notes what later ones
+// depend on. Results are eResultOk and, for ephemerides, eResultNoSeed.
+template <class Record>
+using t_Follow = unsigned int(State& state, Record& record);
+t_Follow<Rtcm3SystemParameters> Follow;
+t_Follow<Rtcm3Message> Follow;
+t_Follow<Rtcm3Residuals> Follow;
+t_Follow<Rtcm3Observations> Follow;
+t_Follow<Rtcm3KeplerEphemeris> Follow;
+t_Follow<Rtcm3PvaEphemeris> Follow;
+t_Follow<Rtcm3Ssr> Follow;
+
+// All others are complete.
+template <class Record>
+unsigned int Follow(State&, Record&) {
+  return eResultOk;
+}
 
 }  // namespace velagnss::rtcm3
 

@@ -1,8 +1,7 @@
 // Reference stations: coordinates, antennas, receivers, system parameters, texts, biases, residuals of their network.
-#include <type_traits>
-
 #include "records/ResultCodes.h"
 #include "rtcm3/Fields.h"
+#include "rtcm3/Reading.h"
 #include "rtcm3/State.h"
 
 namespace velagnss::rtcm3 {
@@ -125,17 +124,21 @@ constexpr Field<Q> kResiduals[] = {
   return true;
 }
 
-template <class Record>
-Record& Begin(Rtcm3Record& record, unsigned int number) {
-  Record& begun = record.emplace<Record>();
-  begun.message = static_cast<unsigned short>(number);
-  return begun;
+// The clock that a message of residuals counts.
+TimeField TimeFieldOf(const D& residuals) {
+  switch (residuals.system) {
+    case ALGO::GNSS_GLONASS:
+      return TimeField::GlonassDay;
+    case ALGO::GNSS_BEIDOU:
+      return TimeField::BeidouWeek;
+    default:
+      return TimeField::GpsWeek;
+  }
 }
 
 }  // namespace
 
-unsigned int DecodeStation(State&, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  auto& station = Begin<Rtcm3Station>(record, number);
+unsigned int ReadStation(BitReader& reader, unsigned int number, Rtcm3Station& station) {
   const bool isRead = number == 1032 ? ReadFields<kPhysicalStation>(reader, station)
                                      : ReadFields<kStation>(reader, station) &&
                                            (number == 1005 || ReadFields<kHeight>(reader, station));
@@ -144,8 +147,7 @@ unsigned int DecodeStation(State&, BitReader& reader, unsigned int number, Rtcm3
   return eResultOk;
 }
 
-unsigned int DecodeAntenna(State&, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  auto& antenna = Begin<Rtcm3Antenna>(record, number);
+unsigned int ReadAntenna(BitReader& reader, unsigned int number, Rtcm3Antenna& antenna) {
   const bool isRead = ReadFields<kAntennaStation>(reader, antenna) && ReadText(reader, antenna.antenna) &&
                       ReadFields<kSetup>(reader, antenna) &&
                       (number == 1007 || ReadText(reader, antenna.antennaSerial)) &&
@@ -154,26 +156,31 @@ unsigned int DecodeAntenna(State&, BitReader& reader, unsigned int number, Rtcm3
   return isRead ? eResultOk : eResultPastEnd;
 }
 
-unsigned int DecodeSystemParameters(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  auto& parameters = Begin<Rtcm3SystemParameters>(record, number);
+unsigned int ReadSystemParameters(BitReader& reader, unsigned int, Rtcm3SystemParameters& parameters) {
   if (!ReadFields<kParameters>(reader, parameters)) return eResultPastEnd;
   for (unsigned int i = 0; i < parameters.numAnnouncements; ++i)  // 5 bits: at most as many as there are places
     if (!ReadFields<kAnnouncement>(reader, parameters.announcements[i])) return eResultPastEnd;
+  return eResultOk;
+}
+
+unsigned int Follow(State& state, Rtcm3SystemParameters& parameters) {
   if (!IsNotAvailable(parameters.leapSeconds)) state.clock.SetLeapSeconds(parameters.leapSeconds);
   state.clock.NoteUtc(parameters.mjd, parameters.secondOfDay);
   return eResultOk;
 }
 
-unsigned int DecodeText(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  auto& message = Begin<Rtcm3Message>(record, number);
+unsigned int ReadText(BitReader& reader, unsigned int, Rtcm3Message& message) {
   if (!ReadFields<kText>(reader, message) || !ReadText(reader, message.text)) return eResultPastEnd;
   while (message.text.size > 0 && message.text.bytes[message.text.size - 1] == '\0') --message.text.size;
+  return eResultOk;
+}
+
+unsigned int Follow(State& state, Rtcm3Message& message) {
   state.clock.NoteUtc(message.mjd, message.secondOfDay);
   return eResultOk;
 }
 
-unsigned int DecodeGlonassBiases(State&, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  auto& biases = Begin<Rtcm3GlonassBiases>(record, number);
+unsigned int ReadGlonassBiases(BitReader& reader, unsigned int, Rtcm3GlonassBiases& biases) {
   BiasMask head{biases};
   if (!ReadFields<kBiasHead>(reader, head)) return eResultPastEnd;
   for (const Field<B>& bias : kBiases) {
@@ -185,8 +192,7 @@ unsigned int DecodeGlonassBiases(State&, BitReader& reader, unsigned int number,
   return eResultOk;
 }
 
-unsigned int DecodeResiduals(State& state, BitReader& reader, unsigned int number, Rtcm3Record& record) {
-  auto& residuals = Begin<Rtcm3Residuals>(record, number);
+unsigned int ReadResiduals(BitReader& reader, unsigned int number, Rtcm3Residuals& residuals) {
   const bool isGlonass = number == 1031;
   const bool isBeidou = number == 1303;
   residuals.system = isGlonass ? ALGO::GNSS_GLONASS : isBeidou ? ALGO::GNSS_BEIDOU : ALGO::GNSS_GPS;
@@ -195,8 +201,12 @@ unsigned int DecodeResiduals(State& state, BitReader& reader, unsigned int numbe
   if (!isRead) return eResultPastEnd;
   for (unsigned int i = 0; i < residuals.numSatellites; ++i)  // 5 bits: at most as many as there are places
     if (!ReadFields<kResiduals>(reader, residuals.satellites[i])) return eResultPastEnd;
-  const TimeField field = isGlonass ? TimeField::GlonassDay : isBeidou ? TimeField::BeidouWeek : TimeField::GpsWeek;
-  const auto time = state.clock.Resolve(field, residuals.time.sent * static_cast<std::uint32_t>(kSecond), NA_U8);
+  return eResultOk;
+}
+
+unsigned int Follow(State& state, Rtcm3Residuals& residuals) {
+  const auto time =
+      state.clock.Resolve(TimeFieldOf(residuals), residuals.time.sent * static_cast<std::uint32_t>(kSecond), NA_U8);
   if (time) state.clock.Describe(*time, residuals.time);
   return eResultOk;
 }

@@ -11,7 +11,8 @@
 #include "framing/FrameRecognizer.h"
 #include "geo/LeapSeconds.h"
 #include "records/ResultCodes.h"
-#include "rtcm3/Rtcm3Decoder.h"
+#include "rtcm3/Reading.h"
+#include "rtcm3/State.h"
 #include "textproto/CheckedSentence.h"
 #include "textproto/NmeaSentenceCodec.h"
 #include "textproto/VelaPKVN_Decode.h"
@@ -156,6 +157,23 @@ void SentenceReader::ReadByAddress(const Frame& frame, TimeDigits digits, Decode
   std::visit(keep, *m_sentence);
 }
 
+// RTCM 3, as far as the frame alone says it. A message that has no decoder has no result either.
+void ReadRtcm(const Frame& frame, DecodedFrame& decoded) {
+  SetResultOf(decoded, rtcm3::Read(frame.data, frame.length, decoded.record));
+  const bool isPayload = std::holds_alternative<Rtcm3Payload>(decoded.record);
+  if (isPayload && !decoded.hasDataError) decoded.result.reset();
+  if (!std::holds_alternative<std::monostate>(decoded.record)) decoded.depth = isPayload ? Depth::Raw : Depth::Full;
+}
+
+// Whatever needs nothing of earlier frames.
+bool Read(const Frame& frame, TimeDigits digits, SentenceReader& sentences, DecodedFrame& decoded) {
+  const bool isNmea = frame.protocol == C_RawDataMessage::eNMEA0183;
+  if (frame.data == nullptr || (!isNmea && frame.protocol != C_RawDataMessage::eRTCM3_x)) return false;
+  Clear(decoded);
+  isNmea ? sentences.Read(frame, digits, decoded) : ReadRtcm(frame, decoded);
+  return true;
+}
+
 }  // namespace
 
 class RecordDecoder::Impl {
@@ -166,14 +184,14 @@ class RecordDecoder::Impl {
   void AssumeFirstDay(unsigned int mjd);
   void Restart();
   void Decode(const Frame& frame, DecodedFrame& decoded);
-  void Follow(const DecodedFrame& sentence);
+  void Follow(const Frame& frame, DecodedFrame& decoded);
 
   std::optional<C_GnssTime> m_seed;  // the caller's
   std::optional<unsigned int> m_firstDay;
   TimeDigits m_timeDigits = TimeDigits::Hundredths;
   StreamClock m_clock;
   C_VelaBin_Decode m_binaryDecoder{nullptr};
-  Rtcm3Decoder m_rtcmDecoder;  // has the channels of both decoders
+  rtcm3::State m_rtcm;  // has the channels of both decoders
   DecodedFrame m_own;
 
  private:
@@ -185,7 +203,6 @@ class RecordDecoder::Impl {
   static const S_PkvnRow kPkvnRows[];
 
   void DecodeBinary(const Frame& frame);
-  void DecodeRtcm(const Frame& frame);
   void DecodePkvn(const Frame& frame);
   void DecodeRd(const Frame& frame);
   void Unpack(const Frame& frame);
@@ -198,16 +215,15 @@ class RecordDecoder::Impl {
   void KeepBinary(unsigned int blockId, const Frame& frame);
   void KeepEphemeris(unsigned int blockId);
   void ShareChannel(unsigned char slot);
-  // A faulty frame leaves nothing.
-  void KeepRtcm(std::monostate) {}
-  void KeepRtcm(const Rtcm3Payload& payload);
-  template <class T>
-  void KeepRtcm(const T& record);
   template <auto Member, Depth HowFar = Depth::Full>
   void KeepPkvn() {
     Keep(HowFar, m_pkvn.*Member);
   }
 
+  void FollowSentence(const Record& sentence);
+  void FollowRtcm(DecodedFrame& decoded);
+  template <class T>
+  void FollowRtcm(T& record, DecodedFrame& decoded);
   template <class T>
   void NoteTime(const T& record);
   template <class T>
@@ -252,7 +268,7 @@ void RecordDecoder::Impl::Restart() {
   m_isWeekAssumed = false;
   m_hasSentenceTime = false;
   m_binaryDecoder.Reset();
-  m_rtcmDecoder.Reset();
+  m_rtcm.Clear();
   if (m_seed) SeedTime(*m_seed);
   if (m_firstDay) AssumeFirstDay(*m_firstDay);
 }
@@ -260,7 +276,7 @@ void RecordDecoder::Impl::Restart() {
 void RecordDecoder::Impl::SeedTime(const C_GnssTime& time) {
   m_seed = time;
   m_binaryDecoder.SeedTime(time);
-  m_rtcmDecoder.SeedTime(time);
+  m_rtcm.clock.Seed(time);
   if (!SetsGpsTime(time)) return;
   m_weekSource = WeekSource::Seed;
   m_isWeekAssumed = false;
@@ -273,7 +289,7 @@ void RecordDecoder::Impl::AssumeFirstDay(unsigned int mjd) {
   const std::optional<unsigned int> firstDay = m_clock.UtcOf(0).mjd;
   if (!firstDay) return;
   const C_GnssTime noon = GpsOfUtc({*firstDay, ALGO::kSecondsPerDay / 2});
-  m_rtcmDecoder.AssumeTime(noon);
+  m_rtcm.clock.Assume(noon);
   if (m_weekSource != WeekSource::None && !m_isWeekAssumed) return;
   m_binaryDecoder.SeedTime(noon);
   m_weekSource = WeekSource::Seed;
@@ -281,13 +297,11 @@ void RecordDecoder::Impl::AssumeFirstDay(unsigned int mjd) {
 }
 
 void RecordDecoder::Impl::Decode(const Frame& frame, DecodedFrame& decoded) {
+  if (Read(frame, m_timeDigits, m_sentences, decoded)) return Follow(frame, decoded);
   m_decoded = &decoded;
   Clear(decoded);
   if (frame.data == nullptr) return SetResult(eResultNull);
   switch (frame.protocol) {
-    case C_RawDataMessage::eNMEA0183:
-      m_sentences.Read(frame, m_timeDigits, decoded);
-      return Follow(decoded);
     case C_RawDataMessage::eVelaBIN:
       return DecodeBinary(frame);
     case C_RawDataMessage::ePKVN:
@@ -296,8 +310,6 @@ void RecordDecoder::Impl::Decode(const Frame& frame, DecodedFrame& decoded) {
       return DecodeRd(frame);
     case C_RawDataMessage::eJROX:
       return Unpack(frame);
-    case C_RawDataMessage::eRTCM3_x:
-      return DecodeRtcm(frame);
     default:
       return KeepText(frame);
   }
@@ -305,11 +317,15 @@ void RecordDecoder::Impl::Decode(const Frame& frame, DecodedFrame& decoded) {
 
 void RecordDecoder::Impl::SetResult(unsigned int result) { SetResultOf(*m_decoded, result); }
 
-void RecordDecoder::Impl::Follow(const DecodedFrame& sentence) {
+void RecordDecoder::Impl::Follow(const Frame& frame, DecodedFrame& decoded) {
+  frame.protocol == C_RawDataMessage::eRTCM3_x ? FollowRtcm(decoded) : FollowSentence(decoded.record);
+}
+
+void RecordDecoder::Impl::FollowSentence(const Record& sentence) {
   const auto note = [this]<class T>(const T* record) {
     if (record != nullptr) NoteTime(*record);
   };
-  const auto noteAnyOf = [&]<class... T>(std::in_place_type_t<T>...) { (note(std::get_if<T>(&sentence.record)), ...); };
+  const auto noteAnyOf = [&]<class... T>(std::in_place_type_t<T>...) { (note(std::get_if<T>(&sentence)), ...); };
   noteAnyOf(std::in_place_type<S_GGA_Data>, std::in_place_type<S_GNS_Data>, std::in_place_type<S_GLL_Data>,
             std::in_place_type<S_RMC_Data>, std::in_place_type<S_ZDA_Data>);
 }
@@ -327,7 +343,7 @@ void RecordDecoder::Impl::FollowAssumedDay() {
   m_hasSentenceTime = false;
   if (m_clock.FirstDate()) return;
   const StreamClock::Utc utc = m_clock.UtcOf(m_clock.Seconds());
-  if (utc.mjd) m_rtcmDecoder.AssumeTime(GpsOfUtc({*utc.mjd, utc.secondsOfDay}));
+  if (utc.mjd) m_rtcm.clock.Assume(GpsOfUtc({*utc.mjd, utc.secondsOfDay}));
 }
 
 template <class T>
@@ -336,7 +352,7 @@ void RecordDecoder::Impl::NoteTime(const T& record) {
   if (!m_clock.Note(record)) return;
   UseFirstDate();
   const StreamClock::Utc utc = m_clock.UtcOf(m_clock.Seconds());
-  if (utc.mjd) m_rtcmDecoder.NoteUtc(*utc.mjd, static_cast<std::uint32_t>(utc.secondsOfDay));
+  if (utc.mjd) m_rtcm.clock.NoteOtherUtc(*utc.mjd, static_cast<std::uint32_t>(utc.secondsOfDay));
 }
 
 void RecordDecoder::Impl::DecodeBinary(const Frame& frame) {
@@ -380,7 +396,7 @@ bool RecordDecoder::Impl::LacksWeek(unsigned int blockId, unsigned int result) c
 
 // Observations of RTCM 3 may lack the channel that a binary message has carried.
 void RecordDecoder::Impl::ShareChannel(unsigned char slot) {
-  m_rtcmDecoder.SetGlonassChannel(slot, m_binaryDecoder.GetGlonassSvChannelId(slot));
+  m_rtcm.channels.Set(slot, m_binaryDecoder.GetGlonassSvChannelId(slot));
 }
 
 // The decoder of RTCM 3 knows these dates and judges them itself.
@@ -390,32 +406,20 @@ void RecordDecoder::Impl::NoteRtcmTime(const T& record) {
   UseFirstDate();
 }
 
-void RecordDecoder::Impl::DecodeRtcm(const Frame& frame) {
-  if (m_hasSentenceTime && m_rtcmDecoder.IsTimeAssumed()) FollowAssumedDay();
-  const Rtcm3Decoded& decoded = m_rtcmDecoder.Decode(frame.data, frame.length);
-  SetResult(decoded.result);
-  m_decoded->isWeekUnresolved = decoded.result == eResultNoSeed;
-  m_decoded->hasDataError = decoded.result != eResultOk && !m_decoded->isWeekUnresolved;
-  const auto keep = [this](const auto* record) {
-    if (record != nullptr) KeepRtcm(*record);
-  };
-  // std::visit would bring exceptions into the library.
-  [&keep]<class... T>(const std::variant<T...>& record) { (keep(std::get_if<T>(&record)), ...); }(decoded.record);
-}
-
-// A message that has no decoder has no result either.
-void RecordDecoder::Impl::KeepRtcm(const Rtcm3Payload& payload) {
-  if (!m_decoded->hasDataError) m_decoded->result.reset();
-  Keep(Depth::Raw, payload);
+void RecordDecoder::Impl::FollowRtcm(DecodedFrame& decoded) {
+  if (m_hasSentenceTime && m_rtcm.clock.IsAssumed()) FollowAssumedDay();
+  if (decoded.depth == Depth::Full)
+    rtcm3::WithRtcm3Record(decoded.record, [&](auto& record) { FollowRtcm(record, decoded); });
 }
 
 template <class T>
-void RecordDecoder::Impl::KeepRtcm(const T& record) {
+void RecordDecoder::Impl::FollowRtcm(T& record, DecodedFrame& decoded) {
   constexpr bool isEphemeris = std::is_same_v<T, Rtcm3KeplerEphemeris> || std::is_same_v<T, Rtcm3PvaEphemeris>;
-  if (isEphemeris && !m_decoded->isWeekUnresolved)
-    m_decoded->week = m_seed || m_rtcmDecoder.IsTimeAssumed() ? WeekSource::Seed : WeekSource::Stream;
+  decoded.result = rtcm3::Follow(m_rtcm, record);
+  decoded.isWeekUnresolved = decoded.result == eResultNoSeed;
+  if (isEphemeris && !decoded.isWeekUnresolved)
+    decoded.week = m_seed || m_rtcm.clock.IsAssumed() ? WeekSource::Seed : WeekSource::Stream;
   if constexpr (requires { m_clock.Note(record); }) NoteRtcmTime(record);
-  Keep(Depth::Full, record);
 }
 
 void RecordDecoder::Impl::DecodePkvn(const Frame& frame) {
@@ -464,13 +468,11 @@ const DecodedFrame& RecordDecoder::Decode(const Frame& frame) {
 void RecordDecoder::Decode(const Frame& frame, DecodedFrame& decoded) { m_impl->Decode(frame, decoded); }
 
 bool RecordDecoder::Prepare(const Frame& frame, DecodedFrame& decoded) const {
-  if (frame.protocol != C_RawDataMessage::eNMEA0183 || frame.data == nullptr) return false;
-  Clear(decoded);
-  SentenceReader().Read(frame, m_impl->m_timeDigits, decoded);
-  return true;
+  SentenceReader sentences;
+  return Read(frame, m_impl->m_timeDigits, sentences, decoded);
 }
 
-void RecordDecoder::Follow(const DecodedFrame& prepared) { m_impl->Follow(prepared); }
+void RecordDecoder::Follow(const Frame& frame, DecodedFrame& prepared) { m_impl->Follow(frame, prepared); }
 
 void RecordDecoder::SeedTime(const C_GnssTime& time) { m_impl->SeedTime(time); }
 
@@ -486,12 +488,9 @@ void RecordDecoder::Reset() {
   m_impl->Restart();
 }
 
-signed char RecordDecoder::GlonassChannel(unsigned char slot) const {
-  return m_impl->m_rtcmDecoder.GlonassChannel(slot);
-}
+signed char RecordDecoder::GlonassChannel(unsigned char slot) const { return m_impl->m_rtcm.channels.Of(slot); }
 bool RecordDecoder::SetGlonassChannel(unsigned char slot, signed char channel) {
-  return m_impl->m_binaryDecoder.SetGlonassSvChannelId(slot, channel) &&
-         m_impl->m_rtcmDecoder.SetGlonassChannel(slot, channel);
+  return m_impl->m_binaryDecoder.SetGlonassSvChannelId(slot, channel) && m_impl->m_rtcm.channels.Set(slot, channel);
 }
 
 const StreamClock& RecordDecoder::Clock() const { return m_impl->m_clock; }

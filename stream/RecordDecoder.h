@@ -63,13 +63,13 @@ class VELAGNSS_API RecordDecoder {
   // copying one takes longer than decoding most frames. `decoded` may hold anything before.
   void Decode(const Frame& frame, DecodedFrame& decoded);
 
-  // The same in two steps, for programs with several threads. `Prepare` decodes what needs nothing of earlier frames,
-  // all sentences of NMEA 0183: any number of threads may call it at the same time, also while another one calls other
-  // functions but `KeepTimeDigits`. If it returns false, the frame is one for `Decode`, and `decoded` is unchanged.
-  // Otherwise `Follow` notes what the frame means for those after it. `Follow` and `Decode` are called in the order of
-  // the stream.
+  // The same in two steps, for programs with several threads. `Prepare` decodes NMEA 0183 and RTCM 3 as far as that
+  // needs nothing of earlier frames: any number of threads may call it at the same time, also while another one calls
+  // other functions but `KeepTimeDigits`. If it returns false, the frame is one for `Decode`, and `decoded` is
+  // unchanged. Otherwise `Follow` completes the record and notes what the frame means for those after it. `Follow` and
+  // `Decode` are called in the order of the stream. The record must not be used before.
   bool Prepare(const Frame& frame, DecodedFrame& decoded) const;
-  void Follow(const DecodedFrame& prepared);
+  void Follow(const Frame& frame, DecodedFrame& prepared);
 
   // The time to resolve weeks with, within about ten years of the data. It takes precedence over the dates of the
   // stream and survives `Restart`.

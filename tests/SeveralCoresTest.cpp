@@ -74,9 +74,30 @@ std::string Sample() {
   return sample;
 }
 
+// The sample with flipped bits in the messages of RTCM 3, whose checksums are right again: other times, masks, channels
+// and lock indicators, and payloads that end too early. The sentences between them carry their times.
+std::string WithFlippedBits(const std::string& sample) {
+  std::mt19937 random(23);
+  std::string stream;
+  velagnss::FrameReader reader;
+  reader.Feed(reinterpret_cast<const unsigned char*>(sample.data()), sample.size());
+  while (const velagnss::Frame* frame = reader.NextFrame()) {
+    std::string bytes(reinterpret_cast<const char*>(frame->data), frame->length);
+    if (frame->protocol == C_RawDataMessage::eRTCM3_x) {
+      std::string payload = bytes.substr(3, bytes.size() - 6);
+      for (unsigned int flips = random() % 4; flips > 0; --flips)
+        payload[random() % std::min<std::size_t>(payload.size(), 60)] ^= static_cast<char>(1U << random() % 8);
+      if (random() % 16 == 0) payload.resize(2 + random() % (payload.size() - 1));
+      bytes = RtcmFrame(payload);
+    }
+    stream += bytes;
+  }
+  return stream;
+}
+
 TEST(Blocks, GiveTheLinesOfOneCore) {
   constexpr std::size_t kPiece = 100'001;  // large enough for blocks
-  for (const std::string& stream : {Sample(), Hostile(200'000)}) {
+  for (const std::string& stream : {Sample(), Hostile(200'000), WithFlippedBits(Sample())}) {
     for (const S_JsonLinesOptions& options : kOptions) {
       const std::string expected = Decoded(stream, options, AllProtocols(), 777);
       for (const auto& [cores, size] : {std::pair(2U, 64U), {2U, 1U}, {3U, 2U}, {4U, 3U}, {5U, 7U}}) {

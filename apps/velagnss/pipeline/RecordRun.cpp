@@ -165,7 +165,7 @@ void C_RecordRun::Prepare(C_FrameBlock& block) const {
 void C_RecordRun::Decode(C_FrameBlock& block) {
   for (S_BlockItem& item : block.Items()) {
     const auto* const frame = std::get_if<velagnss::Frame>(&item.item);
-    if (item.isPrepared) m_decoder.Follow(item.decoded);
+    if (item.isPrepared) m_decoder.Follow(*frame, item.decoded);
     if (frame != nullptr && m_needsRecords && !item.isPrepared) m_decoder.Decode(*frame, item.decoded);
     item.isWanted = frame != nullptr ? Admit(*frame, item.totals) : m_isInWindow;
     item.isInRange = m_isInRange;
