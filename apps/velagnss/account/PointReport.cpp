@@ -23,13 +23,14 @@ S_PointStation StationOf(const velagnss::Rtcm3Station& record) {
 }  // namespace
 
 void C_PointReport::BeginInput(const std::string&) {
-  t_ErrorSink sink = std::move(m_errorSink);
+  t_ErrorSink* const sink = m_errorSink;
   *this = C_PointReport();
-  m_errorSink = std::move(sink);
+  m_errorSink = sink;
   m_engine = std::make_unique<S_Engine>();
 }
 
 void C_PointReport::OnFrame(const S_FrameRecord& record) {
+  m_offset = record.frame.offset;
   m_clock = &record.clock;
   const velagnss::Record& contents = record.decoded.record;
   NoteEphemeris(m_engine->ephemerides, record.decoded);
@@ -38,7 +39,12 @@ void C_PointReport::OnFrame(const S_FrameRecord& record) {
     Wait(m_engine->epochs.Note(*observations));
 }
 
+void C_PointReport::EndBlock() {
+  if (m_errorSink != nullptr) m_errorSink->EndMaking();
+}
+
 void C_PointReport::EndInput(const S_InputEnd& end) {
+  m_offset = t_ErrorSink::kEnd;
   m_clock = &end.clock;
   Wait(m_engine->epochs.Flush());
   while (!m_waiting.empty()) SolveOldest();
@@ -110,7 +116,7 @@ void C_PointReport::NotePosition(const C_GnssTime& time, const C_Vector3& positi
   m_errors.Add(error);
   m_errorSum += error;
   ++m_errorCount;
-  if (m_errorSink) m_errorSink(time, error, *m_clock);
+  if (m_errorSink != nullptr) m_errorSink->Make(m_offset, {time, error, *m_clock});
 }
 
 std::optional<S_PointErrors> C_PointReport::Errors() const {

@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -17,6 +16,7 @@
 
 #include "apps/velagnss/account/EvenSample.h"
 #include "apps/velagnss/account/PositionSummary.h"
+#include "apps/velagnss/pipeline/Handover.h"
 #include "apps/velagnss/pipeline/RecordConsumer.h"
 #include "positioning/PointSolver.h"
 
@@ -76,20 +76,26 @@ struct S_PointErrors {
   double vertical95;    // m
 };
 
+// That of one position.
+struct S_PointError {
+  C_GnssTime time;              // GPS time, of its epoch
+  C_Vector3 error;              // m: north, east, up
+  velagnss::StreamClock clock;  // of the stream when it was solved, many epochs later
+};
+
 // Solves the epochs of the first station that is observed. In a stream ephemerides come one by one, and the station's
 // coordinates now and then: each epoch waits for the 1024 epochs after it, or the end of the input, before it is
 // solved. Memory is bounded: some 100 bytes for each satellite of an epoch that waits, four ephemerides of each
 // satellite, and samples of the positions.
 class C_PointReport : public C_RecordConsumer {
  public:
-  // Gets each position that is compared with the station's own coordinates, in the order of the epochs: its GPS time,
-  // how far off it is in m to the north, east and up, and the clock of the stream when it is solved, many epochs later.
-  using t_ErrorSink =
-      std::function<void(const C_GnssTime& time, const C_Vector3& error, const velagnss::StreamClock& clock)>;
-  void SetErrorSink(t_ErrorSink sink) { m_errorSink = std::move(sink); }
+  // Gets the error of each position that is compared with the station's own coordinates, in the order of the epochs.
+  using t_ErrorSink = C_Handover<S_PointError>;
+  void SetErrorSink(t_ErrorSink& sink) { m_errorSink = &sink; }
 
   void BeginInput(const std::string& name) override;
   void OnFrame(const S_FrameRecord& record) override;
+  void EndBlock() override;
   void EndInput(const S_InputEnd& end) override;
 
   std::uint64_t Epochs() const { return m_epochs; }
@@ -126,8 +132,9 @@ class C_PointReport : public C_RecordConsumer {
   void NoteSolution(const C_GnssTime& time, const velagnss::PointSolution& solution);
   void NotePosition(const C_GnssTime& time, const C_Vector3& position);
 
-  t_ErrorSink m_errorSink;
-  const velagnss::StreamClock* m_clock = nullptr;  // of the frame, or the end, that is taken
+  t_ErrorSink* m_errorSink = nullptr;
+  std::uint64_t m_offset = 0;                      // of the frame, or the end, that is taken
+  const velagnss::StreamClock* m_clock = nullptr;  // likewise
   std::unique_ptr<S_Engine> m_engine;
   std::deque<S_Waiting> m_waiting;
   std::optional<unsigned short> m_stationNumber;        // of the first epoch

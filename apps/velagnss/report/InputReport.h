@@ -21,7 +21,9 @@ namespace Host {
 class C_InputReport : public C_RecordConsumer {
  public:
   // All that a C_RecordRun must feed, in this order.
-  std::vector<C_RecordConsumer*> Consumers() { return {&m_account, &m_points, this, &m_receivers}; }
+  std::vector<C_RecordConsumer*> Consumers() {
+    return {&m_account, &m_points, &m_receivers.Epochs(), &m_receivers.Errors(), this, &m_receivers};
+  }
 
   bool NeedsEvents() const override { return true; }
   bool UsesPreceding() const override { return true; }

@@ -13,25 +13,47 @@ constexpr std::size_t kMaxReceivers = 8;
 
 }  // namespace
 
-C_ReceiverReports::C_ReceiverReports(C_TimeBins& axis, const C_StreamAccount& account, C_PointReport& points)
-    : m_axis(axis), m_account(account), m_points(points) {
-  points.SetErrorSink([this](const auto&... error) { NoteError(error...); });
-}
-
-void C_ReceiverReports::BeginInput(const std::string&) { m_contents = {}; }
-
-void C_ReceiverReports::OnFrame(const S_FrameRecord& record) {
+void C_EpochMaker::OnFrame(const S_FrameRecord& record) {
+  m_offset = record.frame.offset;
   m_clock = &record.clock;
   m_epochs.Take(record);
 }
 
-void C_ReceiverReports::EndInput(const S_InputEnd& end) {
+void C_EpochMaker::EndInput(const S_InputEnd& end) {
+  m_offset = m_sink.kEnd;
   m_clock = &end.clock;
   m_epochs.Finish(end.clock);
 }
 
-void C_ReceiverReports::Take(const S_Epoch& epoch) {
-  const S_Moment moment = MomentOf(epoch);
+void C_EpochMaker::Make(S_Epoch&& epoch) {
+  const double seconds = StreamSecondsOf(*m_clock, epoch.mjd, epoch.timeOfDay);
+  m_sink.Make(m_offset, {std::move(epoch), seconds});
+}
+
+void C_ComputedReport::TakeUpTo(std::uint64_t offset) {
+  m_errors.TakeUpTo(offset, [this](const S_PointError& error) { Note(error); });
+}
+
+// The epoch was on the axis when it came, long before it was solved. It has no week if the stream had no date then.
+void C_ComputedReport::Note(const S_PointError& error) {
+  const velagnss::UtcTime utc = velagnss::UtcOfGps(error.time);
+  const std::optional<unsigned int> mjd = IsNotAvailable(error.time.m_week) ? std::nullopt : std::optional(utc.mjd);
+  const auto bin = m_axis.Find(StreamSecondsOf(error.clock, mjd, utc.secondsOfDay));
+  m_report.north.Add(bin, error.error.X());
+  m_report.east.Add(bin, error.error.Y());
+  m_report.up.Add(bin, error.error.Z());
+}
+
+C_ReceiverReports::C_ReceiverReports(C_TimeBins& axis, const C_StreamAccount& account, C_PointReport& points)
+    : m_axis(axis), m_account(account), m_points(points), m_computed(axis, points) {}
+
+void C_ReceiverReports::TakeUpTo(std::uint64_t offset) {
+  m_epochs.TakeUpTo(offset, [this](const C_EpochMaker::S_Made& made) { Take(made); });
+}
+
+void C_ReceiverReports::Take(const C_EpochMaker::S_Made& made) {
+  const S_Epoch& epoch = made.epoch;
+  const S_Moment moment = MomentAt(made.seconds);
   S_ReceiverReport* const report = ReportOf(ReceiverOf(epoch));
   if (report == nullptr) return;
   ++report->epochs;
@@ -67,20 +89,9 @@ S_ReceiverReport* C_ReceiverReports::ReportOf(const t_Station& receiver) {
   return nullptr;
 }
 
-S_Moment C_ReceiverReports::MomentOf(const S_Epoch& epoch) {
-  const double seconds = StreamSecondsOf(*m_clock, epoch.mjd, epoch.timeOfDay);
+S_Moment C_ReceiverReports::MomentAt(double seconds) {
   if (!std::isnan(seconds)) m_contents.seconds = seconds;
   return {m_contents.seconds, m_axis.Note(m_contents.seconds)};
-}
-
-// The epoch was on the axis when it came, long before it was solved. It has no week if the stream had no date then.
-void C_ReceiverReports::NoteError(const C_GnssTime& time, const C_Vector3& error, const velagnss::StreamClock& clock) {
-  const velagnss::UtcTime utc = velagnss::UtcOfGps(time);
-  const std::optional<unsigned int> mjd = IsNotAvailable(time.m_week) ? std::nullopt : std::optional(utc.mjd);
-  const auto bin = m_axis.Find(StreamSecondsOf(clock, mjd, utc.secondsOfDay));
-  m_contents.computed.north.Add(bin, error.X());
-  m_contents.computed.east.Add(bin, error.Y());
-  m_contents.computed.up.Add(bin, error.Z());
 }
 
 bool C_ReceiverReports::IsComputed(const t_Station& receiver) const {
