@@ -92,8 +92,7 @@ class JobsTest(harness.Case):
                     workers[victim].kill()
                     workers[victim] = self.work()
                 if number == 2:
-                    self.server.process.terminate()
-                    self.server.process.wait(PATIENCE)
+                    self.server.kill()
                     self.server.start()
                 self.wait_until_done(tasks)
                 for worker in workers:
@@ -106,6 +105,64 @@ class JobsTest(harness.Case):
                     file.unlink()
             self.assertEqual(self.submit("--split", str(SPLIT), *options, *files), [0, 0, tasks])
             self.assertEqual(self.submit("--split", str(SPLIT), "--tries", "50", "--again", *options, *files), [tasks, 0, 0])
+
+    def restart(self, between=lambda: None):
+        self.server.process.terminate()
+        self.server.process.wait(PATIENCE)
+        between()
+        self.server.start()
+
+    def store(self, part):
+        return self.server_files / "store/jetstream/$G/streams" / (self.queue.rpartition("/")[2] + part)
+
+    def keep(self, parts):
+        for part in parts:
+            shutil.copytree(self.store(part), self.where / f"kept{part}", dirs_exist_ok=True)
+
+    def put_back(self, parts):
+        """As if the server had been killed before its last writes to these parts had reached the disk."""
+        for part in parts:
+            shutil.rmtree(self.store(part), ignore_errors=True)
+            shutil.move(self.where / f"kept{part}", self.store(part))
+
+    def test_what_a_killed_server_loses(self):
+        files = [self.file("a.bin", self.session), self.file("b.bin", self.session[:SPLIT]), str(self.where / "c.bin")]
+        self.file("c.bin", self.session[:1000])
+        lines = self.run_once("decode", *files).stdout.splitlines(True)
+        expected = {0: b"", 1: b"".join(line for line in lines if b"c.bin" in line), 3: b"".join(lines)}
+        queue, state, log = "/msgs", "/obs", "_log/msgs"
+        for number, (parts, when, submit, counts, runs) in enumerate((
+            ([queue], "submitted", None, None, 0),  # tasks are answered and acknowledged, but still there
+            ([queue], "submitted", [], [1, 0, 2], 1),  # likewise; the one that failed is submitted again
+            ([queue], "submitted", ["--again"], [1, 2, 0], 3),
+            ([queue], "opened", ["--again"], [3, 0, 0], 3),  # the numbers of tasks are given again
+            ([queue, state], "submitted", None, None, 0),
+            ([queue, log], "submitted", None, None, 3),
+            ([queue, state, log], "submitted", None, None, 3),
+            ([state], "submitted", None, None, 0),
+            ([log], "submitted", [], [3, 0, 0], 3),
+        )):
+            with self.subTest(parts=parts, when=when, submit=submit):
+                self.queue = self.server.address(f"lost_{number}")
+                self.work_once()
+                if when == "opened":
+                    self.restart(lambda: self.keep(parts))
+                self.submit(*files)
+                if when == "submitted":
+                    self.restart(lambda: self.keep(parts))
+                os.unlink(files[2])
+                self.work_once(code=1)
+                self.restart(lambda: self.put_back(parts))
+                self.file("c.bin", self.session[:1000])
+                for file in self.results.iterdir():
+                    file.unlink()
+                if submit is not None:
+                    self.assertEqual(self.submit(*submit, *files), counts)
+                self.work_once()
+                self.assertEqual(self.merged(), expected[runs])
+                found = self.jobs()
+                self.assertEqual([found[k] for k in ("waiting", "running", "done")], [0, 0, 3 if runs else 2])
+                self.assertEqual(len(found["failed"]), 0 if runs else 1)
 
     def test_poison_stops_nobody(self):
         good = self.file("good.bin", self.session)

@@ -41,6 +41,7 @@ class C_Members {
     m_isGood = m_members[name].get(value) == simdjson::SUCCESS && m_isGood;
     return value;
   }
+  bool Has(const char* name) const { return m_members[name].error() == simdjson::SUCCESS; }
   std::string Text(const char* name) { return Bytes(Get<std::string_view>(name)); }
   // An element that was not found must not be looked into.
   std::vector<std::string> Texts(const char* name) {
@@ -161,6 +162,7 @@ std::string ResultText(const S_TaskResult& result) {
     WriteTask(json, result.task);
     json.Key("error").StringOrNull(result.error);
     json.Key("worker").String(result.worker);
+    json.Key("submission").String(result.submission);
     json.Key("bytes").Integer(result.bytes);
     json.Key("frames").Integer(result.frames);
     json.Key("seconds").Number(result.seconds);
@@ -174,6 +176,7 @@ std::optional<S_TaskResult> ReadResult(std::string_view text) {
     result.task = TaskOf(members);
     if (!members.IsNull("error")) result.error = members.Text("error");
     result.worker = members.Text("worker");
+    if (members.Has("submission")) result.submission = members.Text("submission");  // older versions have none
     result.bytes = members.Get<std::uint64_t>("bytes");
     result.frames = members.Get<std::uint64_t>("frames");
     result.seconds = members.Get<double>("seconds");

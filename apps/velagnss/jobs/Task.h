@@ -40,6 +40,7 @@ struct S_TaskResult {
   S_Task task;
   std::string error;          // empty: it is done
   std::string worker;         // "host:1234"
+  std::string submission;     // that it answers: the same task may be submitted again
   std::uint64_t bytes = 0;    // that were read
   std::uint64_t frames = 0;   // that were selected
   double seconds = 0;         // that it took

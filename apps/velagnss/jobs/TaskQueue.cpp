@@ -35,6 +35,23 @@ t_NatsResult MetaDataOf(natsMsg* message, t_MessageMetaData& data) {
   return NatsResult(NatsMake(data, [message](jsMsgMetaData** made) { return natsMsg_GetMetaData(made, message); }));
 }
 
+// Tells apart the times that a task was submitted. A sequence number alone may be given twice: a server that was killed
+// may have lost its last messages.
+std::string SubmissionOf(std::uint64_t sequence, std::int64_t time) { return fmt::format("{}@{}", sequence, time); }
+
+// Of a message that was looked up.
+std::string SubmissionOf(natsMsg* message) {
+  return SubmissionOf(natsMsg_GetSequence(message), natsMsg_GetTime(message));
+}
+
+// Null when there is no such message.
+template <class Get>
+t_NatsResult LookUp(t_NatsMessage& message, const Get& get) {
+  jsErrCode code{};
+  const natsStatus status = NatsMake(message, [&](natsMsg** made) { return get(made, &code); });
+  return code == JSNoMessageFoundErr ? std::nullopt : NatsResult(status, code);
+}
+
 }  // namespace
 
 std::string CheckQueue(const std::string& name) {
@@ -46,8 +63,13 @@ std::string CheckQueue(const std::string& name) {
                                    : NatsForm("natss", "natss://USER@HOST:PORT/QUEUE", kNatsOptions));
 }
 
-C_TakenTask::C_TakenTask(t_NatsMessage message, std::string key, std::uint64_t tries)
-    : m_message(std::move(message)), m_key(std::move(key)), m_tries(tries), m_task(ReadTask(TextOf(m_message.get()))) {}
+C_TakenTask::C_TakenTask(t_NatsMessage message, const jsMsgMetaData& data)
+    : m_message(std::move(message)),
+      m_key(KeyOf(natsMsg_GetSubject(m_message.get()))),
+      m_submission(SubmissionOf(data.Sequence.Stream, data.Timestamp)),
+      m_sequence(data.Sequence.Stream),
+      m_tries(data.NumDelivered),
+      m_task(ReadTask(TextOf(m_message.get()))) {}
 
 t_NatsResult C_TaskQueue::Open(const std::string& name, const std::string& credentials, bool creates) {
   ReadAddress(name, m_address);
@@ -84,14 +106,32 @@ t_NatsResult C_TaskQueue::OpenStream(const std::string& name, bool isLog, bool c
                        fmt::format("the stream {} is there, but it is not a queue; name another one", name)};
 }
 
-t_NatsResult C_TaskQueue::Find(const std::string& subject, bool& isThere) const {
-  t_NatsMessage message;
+t_NatsResult C_TaskQueue::StreamInfo(const std::string& name, t_StreamInfo& info) const {
   jsErrCode code{};
-  const natsStatus status = NatsMake(message, [&](natsMsg** made) {
-    return js_GetLastMsg(made, m_session.JetStream(), m_log.c_str(), subject.c_str(), nullptr, &code);
+  const natsStatus status = NatsMake(info, [&](jsStreamInfo** made) {
+    return js_GetStreamInfo(made, m_session.JetStream(), name.c_str(), nullptr, &code);
   });
-  isThere = status == NATS_OK;
-  return isThere || code == JSNoMessageFoundErr ? std::nullopt : NatsResult(status, code);
+  return NatsResult(status, code);
+}
+
+t_NatsResult C_TaskQueue::Find(const std::string& stream, const std::string& subject, t_NatsMessage& message) const {
+  return LookUp(message, [&](natsMsg** made, jsErrCode* code) {
+    return js_GetLastMsg(made, m_session.JetStream(), stream.c_str(), subject.c_str(), nullptr, code);
+  });
+}
+
+t_NatsResult C_TaskQueue::At(std::uint64_t sequence, t_NatsMessage& message) const {
+  return LookUp(message, [&](natsMsg** made, jsErrCode* code) {
+    return js_GetMsg(made, m_session.JetStream(), m_name.c_str(), sequence, nullptr, code);
+  });
+}
+
+// Somebody else may have removed it at the same moment.
+t_NatsResult C_TaskQueue::Remove(const std::string& stream, std::uint64_t sequence) const {
+  jsErrCode code{};
+  const natsStatus status = js_DeleteMsg(m_session.JetStream(), stream.c_str(), sequence, nullptr, &code);
+  const bool isGone = code == JSStreamMsgDeleteFailed || code == JSSequenceNotFoundErr || code == JSNoMessageFoundErr;
+  return isGone ? std::nullopt : NatsResult(status, code);
 }
 
 t_NatsResult C_TaskQueue::Forget(const std::string& subject) const {
@@ -116,43 +156,132 @@ t_NatsResult C_TaskQueue::Publish(const std::string& subject, const std::string&
 }
 
 // The server refuses a second message of a subject. Its error has no code of its own.
+t_NatsResult C_TaskQueue::Enqueue(const std::string& key, const std::string& text, bool& isNew) const {
+  t_NatsResult result = Publish(Subject(kTask, key), text);
+  isNew = !result;
+  const bool isRepeated = result && result->text.find("messages per subject") != std::string::npos;
+  return isRepeated ? std::nullopt : result;
+}
+
+// A worker may fail at the new task at once: only the failure that was there before is forgotten.
 t_NatsResult C_TaskQueue::Add(const S_Task& task, bool again, eAdded& added) const {
   const std::string key = task.Key();
-  bool isDone = false;
-  t_NatsResult result = again ? Forget(Subject(kDone, key)) : Find(Subject(kDone, key), isDone);
+  t_NatsMessage done;
+  t_NatsMessage failed;
+  t_NatsResult result = again ? Forget(Subject(kDone, key)) : Find(m_log, Subject(kDone, key), done);
   added = eAdded::Done;
-  if (result || isDone) return result;
-  result = Publish(Subject(kTask, key), TaskText(task));
-  added = result ? eAdded::Waiting : eAdded::New;
-  if (result && result->text.find("messages per subject") != std::string::npos) return std::nullopt;
-  return result ? result : Forget(Subject(kFailed, key));
+  if (result || done) return result;
+  bool isNew = false;
+  result = Find(m_log, Subject(kFailed, key), failed);
+  if (!result) result = Enqueue(key, TaskText(task), isNew);
+  if (!result && !isNew) {
+    t_NatsMessage old;
+    bool isRemoved = false;
+    result = Find(m_name, Subject(kTask, key), old);
+    if (!result && old) result = RemoveAnswered(old.get(), isRemoved);
+    if (!result && (!old || isRemoved)) result = Enqueue(key, TaskText(task), isNew);
+  }
+  added = isNew ? eAdded::New : eAdded::Waiting;
+  return result || !isNew || !failed ? result : Remove(m_log, natsMsg_GetSequence(failed.get()));
+}
+
+t_NatsResult C_TaskQueue::FindAnswer(const std::string& key, const std::string& submission, bool& isAnswered) const {
+  isAnswered = false;
+  for (const std::string_view kind : {kDone, kFailed}) {
+    t_NatsMessage message;
+    t_NatsResult failure = Find(m_log, Subject(kind, key), message);
+    if (failure || isAnswered) return failure;
+    const std::optional<S_TaskResult> answer = message ? ReadResult(TextOf(message.get())) : std::nullopt;
+    isAnswered = isAnswered || (answer && answer->submission == submission);
+  }
+  return std::nullopt;
+}
+
+t_NatsResult C_TaskQueue::RemoveAnswered(natsMsg* task, bool& isRemoved) const {
+  t_NatsResult failure = FindAnswer(KeyOf(natsMsg_GetSubject(task)), SubmissionOf(task), isRemoved);
+  return failure || !isRemoved ? failure : Remove(m_name, natsMsg_GetSequence(task));
+}
+
+// Ends as well when the server does not remove what it should.
+t_NatsResult C_TaskQueue::RemoveAnsweredUpTo(std::uint64_t sequence, bool& isOneLeft) const {
+  isOneLeft = false;
+  std::uint64_t before = 0;
+  for (bool isRemoved = true; isRemoved;) {
+    t_StreamInfo info;
+    t_NatsMessage first;
+    if (t_NatsResult failure = StreamInfo(m_name, info)) return failure;
+    const std::uint64_t at = info->State.FirstSeq;
+    if (info->State.Msgs == 0 || at > sequence || at == std::exchange(before, at)) return std::nullopt;
+    t_NatsResult failure = At(at, first);
+    if (!failure && first) failure = RemoveAnswered(first.get(), isRemoved);
+    if (failure || !first) return failure;
+  }
+  isOneLeft = true;
+  return std::nullopt;
+}
+
+// The consumer that all workers share; null when there is none.
+t_NatsResult C_TaskQueue::FindWorkers(t_ConsumerInfo& info) const {
+  jsErrCode code{};
+  const natsStatus status = NatsMake(info, [&](jsConsumerInfo** made) {
+    return js_GetConsumerInfo(made, m_session.JetStream(), m_name.c_str(), kWorkers, nullptr, &code);
+  });
+  return code == JSConsumerNotFoundErr ? std::nullopt : NatsResult(status, code);
 }
 
 // The server has no limit of deliveries: a worker gives a task up, and records why.
-t_NatsResult C_TaskQueue::BeginWork(std::chrono::milliseconds lease) {
+t_NatsResult C_TaskQueue::AddWorkers() const {
   const std::string subject = Subject(kTask, "*");
   jsConsumerConfig config;
   jsConsumerConfig_Init(&config);
   config.Durable = kWorkers;
   config.AckPolicy = js_AckExplicit;
-  config.AckWait = Nanoseconds(lease);
+  config.AckWait = Nanoseconds(m_lease);
   config.MaxDeliver = -1;
   config.MaxAckPending = kMaxRunning;
   config.FilterSubject = subject.c_str();
   jsErrCode code{};
   t_ConsumerInfo info;
-  natsStatus status = NatsMake(info, [&](jsConsumerInfo** made) {
+  const natsStatus status = NatsMake(info, [&](jsConsumerInfo** made) {
     return js_AddConsumer(made, m_session.JetStream(), m_name.c_str(), &config, nullptr, &code);
   });
-  if (t_NatsResult result = NatsResult(status, code)) return result;
+  return NatsResult(status, code);
+}
+
+t_NatsResult C_TaskQueue::BeginWork(std::chrono::milliseconds lease) {
+  m_lease = lease;
+  if (t_NatsResult failure = AddWorkers()) return failure;
   jsSubOptions options;
   jsSubOptions_Init(&options);
   options.Stream = m_name.c_str();
   options.Consumer = kWorkers;
-  status = NatsMake(m_subscription, [&](natsSubscription** made) {
-    return js_PullSubscribe(made, m_session.JetStream(), subject.c_str(), kWorkers, nullptr, &options, &code);
+  jsErrCode code{};
+  const natsStatus status = NatsMake(m_subscription, [&](natsSubscription** made) {
+    return js_PullSubscribe(made, m_session.JetStream(), Subject(kTask, "*").c_str(), kWorkers, nullptr, &options,
+                            &code);
   });
   return NatsResult(status, code);
+}
+
+// The new one hands out all that is in the queue. A task at work may then be done twice.
+t_NatsResult C_TaskQueue::ReplaceWorkers() const {
+  jsErrCode code{};
+  const natsStatus status = js_DeleteConsumer(m_session.JetStream(), m_name.c_str(), kWorkers, nullptr, &code);
+  if (status != NATS_OK && code != JSConsumerNotFoundErr) return NatsResult(status, code);
+  return AddWorkers();
+}
+
+// What is left up to the floor is nobody's: below it the server takes everything for acknowledged. What is lost above
+// it comes below it when the tasks before it are answered. The floor is asked for first, because it moves on with each
+// answer.
+t_NatsResult C_TaskQueue::Mend() const {
+  t_ConsumerInfo workers;
+  t_NatsResult failure = FindWorkers(workers);
+  if (failure) return failure;
+  if (!workers) return AddWorkers();
+  bool isOneLeft = false;
+  failure = RemoveAnsweredUpTo(workers->AckFloor.Stream, isOneLeft);
+  return failure || !isOneLeft ? failure : ReplaceWorkers();
 }
 
 t_NatsResult C_TaskQueue::Take(std::chrono::milliseconds limit, std::optional<C_TakenTask>& taken) const {
@@ -166,17 +295,29 @@ t_NatsResult C_TaskQueue::Take(std::chrono::milliseconds limit, std::optional<C_
   natsMsgList_Destroy(&list);
   t_MessageMetaData data;
   if (t_NatsResult result = MetaDataOf(message.get(), data)) return result;
-  std::string key = KeyOf(natsMsg_GetSubject(message.get()));
-  taken.emplace(std::move(message), std::move(key), data->NumDelivered);
-  return std::nullopt;
+  taken.emplace(std::move(message), *data);
+  bool isAnswered = false;
+  if (FindAnswer(taken->Key(), taken->Submission(), isAnswered) || !isAnswered) return std::nullopt;
+  t_NatsResult result = Acknowledge(*taken);
+  taken.reset();
+  return result;
 }
 
-// Recorded first: a worker that dies in between leaves a task that is done once more, and not one that is lost.
-t_NatsResult C_TaskQueue::Finish(const C_TakenTask& taken, const S_TaskResult& result) const {
+// Recorded first: a worker that dies in between leaves a task that another finds answered, and not one that is lost.
+t_NatsResult C_TaskQueue::Finish(const C_TakenTask& taken, S_TaskResult result) const {
+  result.submission = taken.Submission();
   const bool isDone = result.error.empty();
-  t_NatsResult failure = Publish(Subject(isDone ? kDone : kFailed, taken.Key()), ResultText(result));
-  if (!failure && isDone) failure = Forget(Subject(kFailed, taken.Key()));
-  if (failure) return failure;
+  t_NatsResult failure = isDone ? Forget(Subject(kFailed, taken.Key())) : std::nullopt;
+  if (!failure) failure = Publish(Subject(isDone ? kDone : kFailed, taken.Key()), ResultText(result));
+  if (!failure) Acknowledge(taken);
+  return failure;
+}
+
+// By its number, which is another task's when the server has lost this one.
+t_NatsResult C_TaskQueue::Acknowledge(const C_TakenTask& taken) const {
+  t_NatsMessage message;
+  t_NatsResult failure = At(taken.Sequence(), message);
+  if (failure || !message || SubmissionOf(message.get()) != taken.Submission()) return failure;
   jsErrCode code{};
   const natsStatus status = natsMsg_AckSync(taken.Message(), nullptr, &code);
   return NatsResult(status, code);
@@ -193,28 +334,23 @@ void C_TaskQueue::GiveBack(const C_TakenTask& taken, std::chrono::milliseconds p
 
 t_NatsResult C_TaskQueue::IsEmpty(bool& isEmpty) const {
   t_StreamInfo info;
-  jsErrCode code{};
-  const natsStatus status = NatsMake(info, [&](jsStreamInfo** made) {
-    return js_GetStreamInfo(made, m_session.JetStream(), m_name.c_str(), nullptr, &code);
-  });
-  isEmpty = status == NATS_OK && info->State.Msgs == 0;
-  return NatsResult(status, code);
+  t_NatsResult failure = StreamInfo(m_name, info);
+  isEmpty = !failure && info->State.Msgs == 0;
+  return failure;
 }
 
 t_NatsResult C_TaskQueue::Read(S_QueueState& state) const {
-  t_StreamInfo stream;
-  jsErrCode code{};
-  natsStatus status = NatsMake(stream, [&](jsStreamInfo** made) {
-    return js_GetStreamInfo(made, m_session.JetStream(), m_name.c_str(), nullptr, &code);
-  });
-  if (t_NatsResult result = NatsResult(status, code)) return result;
   t_ConsumerInfo workers;
-  status = NatsMake(workers, [&](jsConsumerInfo** made) {
-    return js_GetConsumerInfo(made, m_session.JetStream(), m_name.c_str(), kWorkers, nullptr, &code);
-  });
-  if (status != NATS_OK && code != JSConsumerNotFoundErr) return NatsResult(status, code);
-  state.running = workers == nullptr ? 0 : static_cast<std::uint64_t>(workers->NumAckPending);
-  state.waiting = stream->State.Msgs - std::min(stream->State.Msgs, state.running);
+  t_StreamInfo stream;
+  bool isOneLeft = false;
+  t_NatsResult failure = FindWorkers(workers);
+  // An account that may only read cannot, and sees what workers will remove soon.
+  if (!failure && workers) RemoveAnsweredUpTo(workers->AckFloor.Stream, isOneLeft);
+  if (!failure) failure = StreamInfo(m_name, stream);
+  if (failure) return failure;
+  const std::uint64_t all = stream->State.Msgs;
+  state.running = workers == nullptr ? 0 : std::min(all, static_cast<std::uint64_t>(workers->NumAckPending));
+  state.waiting = all - state.running;
   const auto now = std::chrono::system_clock::now().time_since_epoch();
   state.now = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
   return ReadLog(state);
@@ -229,14 +365,11 @@ t_NatsResult C_TaskQueue::ReadLog(S_QueueState& state) const {
   t_StreamInfo info;
   t_NatsSubscription log;
   jsErrCode code{};
-  natsStatus status = NatsMake(info, [&](jsStreamInfo** made) {
-    return js_GetStreamInfo(made, m_session.JetStream(), m_log.c_str(), nullptr, &code);
+  if (t_NatsResult failure = StreamInfo(m_log, info)) return failure;
+  if (info->State.Msgs == 0) return std::nullopt;
+  natsStatus status = NatsMake(log, [&](natsSubscription** made) {
+    return js_SubscribeSync(made, m_session.JetStream(), all.c_str(), nullptr, &options, &code);
   });
-  if (status == NATS_OK && info->State.Msgs == 0) return std::nullopt;
-  if (status == NATS_OK)
-    status = NatsMake(log, [&](natsSubscription** made) {
-      return js_SubscribeSync(made, m_session.JetStream(), all.c_str(), nullptr, &options, &code);
-    });
   for (std::uint64_t pending = 1; status == NATS_OK && pending > 0;) {
     t_NatsMessage message;
     t_MessageMetaData data;

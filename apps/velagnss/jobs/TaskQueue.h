@@ -19,10 +19,12 @@ std::string CheckQueue(const std::string& name);
 // A task that has been taken. It goes to another worker when it is neither kept nor answered for the time of the lease.
 class C_TakenTask {
  public:
-  C_TakenTask(t_NatsMessage message, std::string key, std::uint64_t tries);
+  C_TakenTask(t_NatsMessage message, const jsMsgMetaData& data);
 
   const std::optional<S_Task>& Task() const { return m_task; }  // none: it cannot be read
   const std::string& Key() const { return m_key; }
+  const std::string& Submission() const { return m_submission; }
+  std::uint64_t Sequence() const { return m_sequence; }
   std::uint64_t Tries() const { return m_tries; }  // this one included
 
   // Prolongs the lease. From any thread.
@@ -33,6 +35,8 @@ class C_TakenTask {
  private:
   t_NatsMessage m_message;
   std::string m_key;
+  std::string m_submission;
+  std::uint64_t m_sequence;
   std::uint64_t m_tries;
   std::optional<S_Task> m_task;
 };
@@ -62,11 +66,17 @@ class C_TaskQueue {
   // What `Take` needs. The lease of all workers is the one that was set last.
   t_NatsResult BeginWork(std::chrono::milliseconds lease);
 
-  // Waits for a task until `limit` has passed. None: there was none.
+  // To be called every few seconds by each worker. A server that was killed, or whose machine was, has lost some of
+  // what it wrote last. It may keep tasks that it counts as acknowledged and never hands out again: they leave the
+  // queue if their answers are recorded, and are handed out otherwise.
+  t_NatsResult Mend() const;
+
+  // Waits for a task until `limit` has passed. None: there was none, or one that had been answered already.
   t_NatsResult Take(std::chrono::milliseconds limit, std::optional<C_TakenTask>& taken) const;
 
-  // Records what became of a task, and takes it out of the queue.
-  t_NatsResult Finish(const C_TakenTask& taken, const S_TaskResult& result) const;
+  // Records what became of a task, and takes it out of the queue. Fails only if it is not recorded: a recorded task
+  // that is still in the queue is not done once more.
+  t_NatsResult Finish(const C_TakenTask& taken, S_TaskResult result) const;
 
   // Gives a task back, to be taken after `pause`.
   void GiveBack(const C_TakenTask& taken, std::chrono::milliseconds pause) const;
@@ -82,14 +92,26 @@ class C_TaskQueue {
  private:
   std::string Subject(std::string_view kind, std::string_view key) const;
   t_NatsResult OpenStream(const std::string& name, bool isLog, bool creates) const;
-  t_NatsResult Find(const std::string& subject, bool& isThere) const;
+  t_NatsResult StreamInfo(const std::string& name, t_StreamInfo& info) const;
+  t_NatsResult Find(const std::string& stream, const std::string& subject, t_NatsMessage& message) const;
+  t_NatsResult At(std::uint64_t sequence, t_NatsMessage& message) const;
+  t_NatsResult Remove(const std::string& stream, std::uint64_t sequence) const;
   t_NatsResult Forget(const std::string& subject) const;
   t_NatsResult Publish(const std::string& subject, const std::string& text) const;
+  t_NatsResult Enqueue(const std::string& key, const std::string& text, bool& isNew) const;
+  t_NatsResult FindAnswer(const std::string& key, const std::string& submission, bool& isAnswered) const;
+  t_NatsResult RemoveAnswered(natsMsg* task, bool& isRemoved) const;
+  t_NatsResult RemoveAnsweredUpTo(std::uint64_t sequence, bool& isOneLeft) const;
+  t_NatsResult FindWorkers(t_ConsumerInfo& info) const;
+  t_NatsResult AddWorkers() const;
+  t_NatsResult ReplaceWorkers() const;
+  t_NatsResult Acknowledge(const C_TakenTask& taken) const;
   t_NatsResult ReadLog(S_QueueState& state) const;
 
   S_Address m_address;
   std::string m_name;
   std::string m_log;
+  std::chrono::milliseconds m_lease{};
   C_NatsSession m_session;
   t_NatsSubscription m_subscription;
 };

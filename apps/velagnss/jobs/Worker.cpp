@@ -21,6 +21,7 @@ using t_Clock = std::chrono::steady_clock;
 
 constexpr auto kTakeTime = 500ms;  // a signal waits for it
 constexpr auto kQueuePause = 1s;   // before a queue that is away is asked again
+constexpr auto kMendPause = 2s;
 constexpr auto kOutputPause = 10s;
 constexpr std::chrono::milliseconds kFirstPause = 1s;  // of a task that has failed; doubled with each try
 constexpr std::chrono::milliseconds kLongestPause = 60s;
@@ -64,7 +65,7 @@ std::chrono::milliseconds PauseAfter(std::uint64_t tries) {
 eExitCode C_Worker::Run() {
   while (SignalReceived() == 0) {
     std::optional<C_TakenTask> taken;
-    const t_NatsResult result = m_queue.Take(kTakeTime, taken);
+    const t_NatsResult result = Take(taken);
     NoteQueue(result);
     if (result) PauseUntilSignal(kQueuePause);
     if (taken)
@@ -72,6 +73,14 @@ eExitCode C_Worker::Run() {
     if (!taken && !result && m_options.untilEmpty && IsAtEnd()) break;
   }
   return m_givenUp > 0 ? eExitData : eExitOk;
+}
+
+t_NatsResult C_Worker::Take(std::optional<C_TakenTask>& taken) {
+  if (const t_Clock::time_point now = t_Clock::now(); now >= m_mendTime) {
+    m_mendTime = now + kMendPause;
+    if (t_NatsResult failure = m_queue.Mend()) return failure;
+  }
+  return m_queue.Take(kTakeTime, taken);
 }
 
 bool C_Worker::IsAtEnd() const {
@@ -126,7 +135,6 @@ eExitCode C_Worker::Serve(const C_TakenTask& taken) {
   return eExitOk;
 }
 
-// An answer that does not arrive is no loss: the task is done once more, with the same results.
 void C_Worker::Answer(const C_TakenTask& taken, const S_TaskOutcome& outcome, double seconds) {
   S_TaskResult result;
   result.task = taken.Task().value_or(S_Task());
@@ -141,7 +149,17 @@ void C_Worker::Answer(const C_TakenTask& taken, const S_TaskOutcome& outcome, do
     ReportDetail(fmt::format("{}: done, {}", ShownTask(result.task), Counted(result.frames, "frame")));
   else
     ReportWarning(fmt::format("{}: given up: {}", ShownTask(result.task), Printable(result.error)));
-  NoteQueue(m_queue.Finish(taken, result));
+  Record(taken, result);
+}
+
+// The lease is kept meanwhile. After a signal the task is done once more, with the same results.
+void C_Worker::Record(const C_TakenTask& taken, const S_TaskResult& result) {
+  while (true) {
+    const t_NatsResult failure = m_queue.Finish(taken, result);
+    NoteQueue(failure);
+    if (!failure || failure->kind != S_NatsFailure::eKind::Lost || SignalReceived() != 0) return;
+    PauseUntilSignal(kQueuePause);
+  }
 }
 
 }  // namespace Host

@@ -25,15 +25,18 @@ class C_Worker {
   eExitCode Run();
 
  private:
+  t_NatsResult Take(std::optional<C_TakenTask>& taken);
   eExitCode Serve(const C_TakenTask& taken);
   S_TaskOutcome Try(const C_TakenTask& taken) const;
   void Answer(const C_TakenTask& taken, const S_TaskOutcome& outcome, double seconds);
+  void Record(const C_TakenTask& taken, const S_TaskResult& result);
   bool IsAtEnd() const;
   void NoteQueue(const t_NatsResult& result);
 
   C_TaskQueue& m_queue;
   const S_WorkOptions& m_options;
-  bool m_isLost = false;  // the queue, and it was reported
+  std::chrono::steady_clock::time_point m_mendTime;  // when the queue is mended next
+  bool m_isLost = false;                             // the queue, and it was reported
   std::uint64_t m_givenUp = 0;
 };
 
