@@ -16,6 +16,7 @@
 #include "apps/velagnss/pipeline/RecordRun.h"
 #include "apps/velagnss/relay/UnitMaker.h"
 #include "apps/velagnss/sinks/database/RowStore.h"
+#include "apps/velagnss/sinks/database/Schema.h"
 
 namespace {
 
@@ -216,9 +217,8 @@ void PlainInserts(benchmark::State& state, bool isSentencesOnly) {
   for (auto _ : state) {
     const C_DatabaseFile file;
     C_Sqlite database(file.Path(), kIsStopping);
-    database.Execute(
-        "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA wal_autocheckpoint = 16000;"
-        "PRAGMA cache_size = -65536; BEGIN");
+    database.Execute(kConfiguration);
+    database.Execute("BEGIN");
     for (const S_Table& table : tables) {
       database.Execute(table.create);
       C_Statement insert = database.Prepare(table.insert);

@@ -20,7 +20,7 @@ constexpr std::string_view kCutOff = "cut off at the end of the input";
 
 C_RowStore::C_RowStore(const std::string& file, const std::atomic<bool>& isStopping) : m_database(file, isStopping) {
   CheckOwner();
-  Configure();
+  m_database.Execute(kConfiguration);
   m_begin = m_database.Prepare("BEGIN IMMEDIATE");
   m_commit = m_database.Prepare("COMMIT");
   m_schemaVersion = m_database.Prepare("PRAGMA schema_version");
@@ -42,14 +42,6 @@ void C_RowStore::CheckOwner() {
         fmt::format("has tables of version {}, and this program knows those up to version {}; use a "
                     "newer one, or name another file",
                     version, kDatabaseVersion));
-}
-
-// With the write-ahead log readers never wait for the writer, nor it for them. A commit is on the disk: there is one
-// for many rows. The log grows to some 64 MiB before it is moved into the file.
-void C_RowStore::Configure() {
-  m_database.Execute(
-      "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA wal_autocheckpoint = 16000;"
-      "PRAGMA cache_size = -65536");
 }
 
 // Another program may have added columns and tables, or created all of them, since the last transaction.

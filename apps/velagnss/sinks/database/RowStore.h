@@ -43,7 +43,6 @@ class C_RowStore {
     std::int64_t last = -1;
   };
 
-  void Configure();
   void CheckOwner();
   void CreateAll();
   void LoadTables();
