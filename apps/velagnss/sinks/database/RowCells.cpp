@@ -24,7 +24,12 @@ std::string_view KeyOf(ondemand::raw_json_string key) {
   return {begin, static_cast<const char*>(std::strchr(begin, '"'))};
 }
 
-bool IsOfEnvelope(std::string_view name) { return std::ranges::find(kEnvelope, name) != std::end(kEnvelope); }
+// Names of decoded fields are mostly longer.
+constexpr std::size_t kLongestOfEnvelope = std::ranges::max(kEnvelope, {}, &std::string_view::size).size();
+
+bool IsOfEnvelope(std::string_view name) {
+  return name.size() <= kLongestOfEnvelope && std::ranges::find(kEnvelope, name) != std::end(kEnvelope);
+}
 
 }  // namespace
 
