@@ -16,7 +16,6 @@
 #include "apps/velagnss/pipeline/RecordRun.h"
 #include "apps/velagnss/relay/UnitMaker.h"
 #include "apps/velagnss/sinks/database/RowStore.h"
-#include "apps/velagnss/sinks/database/Schema.h"
 
 namespace {
 
@@ -25,6 +24,7 @@ using namespace Host;
 constexpr std::size_t kCopies = 24;  // of the sample
 constexpr std::size_t kFeed = 1 << 13;
 constexpr std::uint64_t kBatch = 50'000;
+constexpr int kPageSize = 16'384;  // that of databases of files
 const std::atomic<bool> kIsStopping = false;
 
 template <class Take>
@@ -217,7 +217,7 @@ void PlainInserts(benchmark::State& state, bool isSentencesOnly) {
   for (auto _ : state) {
     const C_DatabaseFile file;
     C_Sqlite database(file.Path(), kIsStopping);
-    database.Execute(kConfiguration);
+    database.PrepareToWrite(kPageSize);
     database.Execute("BEGIN");
     for (const S_Table& table : tables) {
       database.Execute(table.create);

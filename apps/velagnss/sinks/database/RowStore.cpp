@@ -13,14 +13,20 @@ namespace {
 // this limit is never met; nothing that a stream sends may depend on that.
 constexpr std::size_t kMostTables = 400;
 
+// Rows have up to some kilobytes: on small pages many would not fit, and each page costs four system calls. But each
+// commit writes at least one page of each table that it changes, and flash memory wears out.
+constexpr int kPageSize = 16'384;
+constexpr int kLivePageSize = 4'096;
+
 // Of the last bytes of an input.
 constexpr std::string_view kCutOff = "cut off at the end of the input";
 
 }  // namespace
 
-C_RowStore::C_RowStore(const std::string& file, const std::atomic<bool>& isStopping) : m_database(file, isStopping) {
+C_RowStore::C_RowStore(const std::string& file, const std::atomic<bool>& isStopping, bool isLive)
+    : m_database(file, isStopping) {
   CheckOwner();
-  m_database.Execute(kConfiguration);
+  m_database.PrepareToWrite(isLive ? kLivePageSize : kPageSize);
   m_begin = m_database.Prepare("BEGIN IMMEDIATE");
   m_commit = m_database.Prepare("COMMIT");
   m_schemaVersion = m_database.Prepare("PRAGMA schema_version");

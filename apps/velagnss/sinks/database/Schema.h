@@ -14,13 +14,6 @@ namespace Host {
 inline constexpr std::int64_t kApplicationId = 0x56474E53;  // "VGNS"
 inline constexpr std::int64_t kDatabaseVersion = 1;
 
-// What a connection that writes begins with. With the write-ahead log readers never wait for the writer, nor it for
-// them. A commit is on the disk: there is one for many rows. The log grows to some 64 MiB before it is moved into the
-// file. Rows have up to some kilobytes: on pages of 4 KiB many would not fit, and each page costs four system calls.
-inline constexpr char kConfiguration[] =
-    "PRAGMA page_size = 16384; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA wal_autocheckpoint = 4000;"
-    "PRAGMA cache_size = -65536";
-
 struct S_Column {
   std::string_view name;
   std::string_view type;  // empty: each value keeps its own
