@@ -24,6 +24,7 @@ using namespace Host;
 constexpr std::size_t kCopies = 24;  // of the sample
 constexpr std::size_t kFeed = 1 << 13;
 constexpr std::uint64_t kBatch = 50'000;
+constexpr int kPageSize = 16'384;  // that of databases of files
 const std::atomic<bool> kIsStopping = false;
 
 template <class Take>
@@ -216,9 +217,8 @@ void PlainInserts(benchmark::State& state, bool isSentencesOnly) {
   for (auto _ : state) {
     const C_DatabaseFile file;
     C_Sqlite database(file.Path(), kIsStopping);
-    database.Execute(
-        "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA wal_autocheckpoint = 16000;"
-        "PRAGMA cache_size = -65536; BEGIN");
+    database.PrepareToWrite(kPageSize);
+    database.Execute("BEGIN");
     for (const S_Table& table : tables) {
       database.Execute(table.create);
       C_Statement insert = database.Prepare(table.insert);

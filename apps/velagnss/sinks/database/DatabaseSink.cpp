@@ -92,7 +92,7 @@ C_DatabaseSink::~C_DatabaseSink() {
 }
 
 bool C_DatabaseSink::Open() try {
-  m_store = std::make_unique<C_RowStore>(m_file, m_isStopping);
+  m_store = std::make_unique<C_RowStore>(m_file, m_isStopping, !m_canWait);
   m_thread = StartWithoutSignals([this] { Work(); });
   return true;
 } catch (const C_SqliteError& error) {

@@ -3,6 +3,7 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 
 namespace Host {
@@ -23,7 +24,12 @@ std::string_view KeyOf(ondemand::raw_json_string key) {
   return {begin, static_cast<const char*>(std::strchr(begin, '"'))};
 }
 
-bool IsOfEnvelope(std::string_view name) { return std::ranges::find(kEnvelope, name) != std::end(kEnvelope); }
+// Names of decoded fields are mostly longer.
+constexpr std::size_t kLongestOfEnvelope = std::ranges::max(kEnvelope, {}, &std::string_view::size).size();
+
+bool IsOfEnvelope(std::string_view name) {
+  return name.size() <= kLongestOfEnvelope && std::ranges::find(kEnvelope, name) != std::end(kEnvelope);
+}
 
 }  // namespace
 
@@ -33,27 +39,26 @@ struct C_RowCells::S_Parser {
   static void Add(C_RowCells& cells, ondemand::object object, std::string_view prefix);
   static void AddMember(C_RowCells& cells, std::string_view name, ondemand::value value);
   static std::string_view NameOf(C_RowCells& cells, std::string_view prefix, std::string_view key);
-  static void AddNumber(S_RowCell& cell, const ondemand::number& number);
+  static std::string_view TextOf(ondemand::value& value, std::string_view token);
+  static void AddNumber(S_RowCell& cell, ondemand::value& value, std::string_view token);
 };
 
 C_RowCells::C_RowCells() : m_parser(std::make_unique<S_Parser>()) {}
 C_RowCells::~C_RowCells() = default;
 
-void C_RowCells::SetLines(std::string_view lines) {
-  m_lines.assign(lines);
-  m_lines.resize(lines.size() + simdjson::SIMDJSON_PADDING);
-  m_size = lines.size();
-  m_next = 0;
-}
+void C_RowCells::SetLines(std::string_view lines) { m_lines = lines; }
 
 bool C_RowCells::Next() {
   m_cells.clear();
   m_namesUsed = 0;
-  const std::size_t begin = m_next;
-  const std::size_t end = std::min(m_lines.find('\n', begin), m_size);
-  if (begin >= end) return false;
-  m_next = end + 1;
-  const simdjson::padded_string_view line(m_lines.data() + begin, end - begin, m_lines.size() - begin);
+  if (m_lines.empty()) return false;
+  const std::size_t size = std::min(m_lines.find('\n'), m_lines.size());
+  simdjson::padded_string_view line(m_lines.substr(0, size), m_lines.size());
+  if (m_lines.size() - size < simdjson::SIMDJSON_PADDING) {
+    m_last.reserve(size + simdjson::SIMDJSON_PADDING);
+    line = simdjson::padded_string_view(m_last.assign(m_lines, 0, size));
+  }
+  m_lines.remove_prefix(std::min(size + 1, m_lines.size()));
   ondemand::document document = m_parser->parser.iterate(line);
   S_Parser::Add(*this, document.get_object(), {});
   return true;
@@ -74,28 +79,36 @@ void C_RowCells::S_Parser::Add(C_RowCells& cells, ondemand::object object, std::
   }
 }
 
-void C_RowCells::S_Parser::AddNumber(S_RowCell& cell, const ondemand::number& number) {
-  if (number.is_int64())
-    cell.value = number.get_int64();
+// Nearly all texts have no escapes, and are taken where they are.
+std::string_view C_RowCells::S_Parser::TextOf(ondemand::value& value, std::string_view token) {
+  if (token.find('\\') != std::string_view::npos) return value.get_string();
+  return token.substr(1, token.size() - 2);
+}
+
+void C_RowCells::S_Parser::AddNumber(S_RowCell& cell, ondemand::value& value, std::string_view token) {
+  std::int64_t whole = 0;
+  const char* const end = token.data() + token.size();
+  if (std::from_chars(token.data(), end, whole) == std::from_chars_result{end, std::errc()})
+    cell.value = whole;
   else
-    cell.value = number.as_double();
+    cell.value = double{value.get_double()};
 }
 
 void C_RowCells::S_Parser::AddMember(C_RowCells& cells, std::string_view name, ondemand::value value) {
-  const ondemand::json_type type = value.type();
-  if (type == ondemand::json_type::object && (name != kFields || cells.HasOwnMembers()))
-    return Add(cells, value.get_object(), name);
+  const std::string_view token = value.raw_json_token();
+  const char kind = token.front();
+  if (kind == '{' && (name != kFields || cells.HasOwnMembers())) return Add(cells, value.get_object(), name);
   S_RowCell& cell = cells.m_cells.emplace_back(S_RowCell{name, {}});
-  if (type == ondemand::json_type::number)
-    AddNumber(cell, value.get_number());
-  else if (type == ondemand::json_type::string)
-    cell.value = std::string_view(value.get_string());
-  else if (type == ondemand::json_type::boolean)
-    cell.value = std::int64_t{value.get_bool() ? 1 : 0};
-  else if (type == ondemand::json_type::array)
+  if (kind == '"')
+    cell.value = TextOf(value, token);
+  else if (kind == '[')
     cell.value = std::string_view(ondemand::array(value.get_array()).raw_json());
-  else if (type == ondemand::json_type::object)
+  else if (kind == '{')
     cell.value = std::string_view(ondemand::object(value.get_object()).raw_json());
+  else if (kind == 't' || kind == 'f')
+    cell.value = std::int64_t{kind == 't' ? 1 : 0};
+  else if (kind != 'n')
+    AddNumber(cell, value, token);
 }
 
 const S_RowCell* C_RowCells::Find(std::string_view name) const {

@@ -25,7 +25,7 @@ class C_RowCells {
   C_RowCells(const C_RowCells&) = delete;
   C_RowCells& operator=(const C_RowCells&) = delete;
 
-  // Takes lines that `Next` gives. They are copied: the parser looks beyond their end.
+  // Takes lines that `Next` gives. They must stay as long as their cells.
   void SetLines(std::string_view lines);
 
   // Reads the next line; false when there is none. What the line before gave is gone.
@@ -47,9 +47,8 @@ class C_RowCells {
   const S_RowCell* Find(std::string_view name) const;
 
   std::unique_ptr<S_Parser> m_parser;
-  std::string m_lines;
-  std::size_t m_size = 0;  // of the lines
-  std::size_t m_next = 0;  // where the next line begins
+  std::string_view m_lines;  // that are left
+  std::string m_last;        // a copy of a line at their end, because the parser looks beyond it
   std::vector<S_RowCell> m_cells;
   std::deque<std::string> m_names;  // of the cells whose names are not in the line
   std::size_t m_namesUsed = 0;

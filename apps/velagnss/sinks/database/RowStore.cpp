@@ -13,14 +13,20 @@ namespace {
 // this limit is never met; nothing that a stream sends may depend on that.
 constexpr std::size_t kMostTables = 400;
 
+// Rows have up to some kilobytes: on small pages many would not fit, and each page costs four system calls. But each
+// commit writes at least one page of each table that it changes, and flash memory wears out.
+constexpr int kPageSize = 16'384;
+constexpr int kLivePageSize = 4'096;
+
 // Of the last bytes of an input.
 constexpr std::string_view kCutOff = "cut off at the end of the input";
 
 }  // namespace
 
-C_RowStore::C_RowStore(const std::string& file, const std::atomic<bool>& isStopping) : m_database(file, isStopping) {
+C_RowStore::C_RowStore(const std::string& file, const std::atomic<bool>& isStopping, bool isLive)
+    : m_database(file, isStopping) {
   CheckOwner();
-  Configure();
+  m_database.PrepareToWrite(isLive ? kLivePageSize : kPageSize);
   m_begin = m_database.Prepare("BEGIN IMMEDIATE");
   m_commit = m_database.Prepare("COMMIT");
   m_schemaVersion = m_database.Prepare("PRAGMA schema_version");
@@ -42,14 +48,6 @@ void C_RowStore::CheckOwner() {
         fmt::format("has tables of version {}, and this program knows those up to version {}; use a "
                     "newer one, or name another file",
                     version, kDatabaseVersion));
-}
-
-// With the write-ahead log readers never wait for the writer, nor it for them. A commit is on the disk: there is one
-// for many rows. The log grows to some 64 MiB before it is moved into the file.
-void C_RowStore::Configure() {
-  m_database.Execute(
-      "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA wal_autocheckpoint = 16000;"
-      "PRAGMA cache_size = -65536");
 }
 
 // Another program may have added columns and tables, or created all of them, since the last transaction.

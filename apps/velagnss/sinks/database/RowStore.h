@@ -24,8 +24,8 @@ namespace Host {
 class C_RowStore {
  public:
   // Creates the tables in a file that is new or empty; refuses any other that it did not make. `isStopping` ends waits
-  // for locks.
-  C_RowStore(const std::string& file, const std::atomic<bool>& isStopping);
+  // for locks. `isLive`: the rows come slowly, with a commit each second.
+  C_RowStore(const std::string& file, const std::atomic<bool>& isStopping, bool isLive = false);
 
   // Becomes visible, and safe, with the next commit.
   void Put(const S_Piece& piece);
@@ -43,7 +43,6 @@ class C_RowStore {
     std::int64_t last = -1;
   };
 
-  void Configure();
   void CheckOwner();
   void CreateAll();
   void LoadTables();

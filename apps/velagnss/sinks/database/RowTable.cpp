@@ -62,12 +62,15 @@ bool C_RowTable::Put(std::int64_t input, const std::int64_t* offset, const C_Row
     throw C_SqliteError("has no room for more inputs, or for one as long as this; begin a new file");
   FindColumns(cells.All());
   if (!m_insert.IsPrepared()) PrepareInsert();
-  if (offset != nullptr) m_insert.Bind(kId, key);
-  m_insert.Bind(kInput, input);
-  BindCells(cells.All());
-  m_insert.Step();
-  m_insert.Reset();
-  return m_database.RowsChanged() > 0;
+  const auto run = [&](C_Statement& statement) {
+    if (offset != nullptr) statement.Bind(kId, key);
+    statement.Bind(kInput, input);
+    BindCells(statement, cells.All());
+    statement.Step();
+    statement.Reset();
+    return m_database.RowsChanged() > 0;
+  };
+  return run(m_insert) || run(m_repeat);
 }
 
 void C_RowTable::FindColumns(const std::vector<S_RowCell>& cells) {
@@ -108,21 +111,22 @@ int C_RowTable::AddColumn(const S_RowCell& cell) {
 void C_RowTable::PrepareInsert() {
   std::string values = "?";
   for (std::size_t column = 1; column < m_columns.size(); ++column) values += ",?";
-  m_insert = m_database.Prepare(fmt::format("INSERT{} INTO {} VALUES ({}){}", m_replaces ? " OR REPLACE" : "",
+  m_insert = m_database.Prepare(fmt::format("INSERT OR IGNORE INTO {} VALUES ({})", QuotedName(m_name), values));
+  m_repeat = m_database.Prepare(fmt::format("INSERT{} INTO {} VALUES ({}){}", m_replaces ? " OR REPLACE" : "",
                                             QuotedName(m_name), values,
                                             m_replaces ? ""
                                                        : " ON CONFLICT (id) DO UPDATE SET length = excluded.length"
                                                          " WHERE length <> excluded.length"));
 }
 
-void C_RowTable::BindCells(const std::vector<S_RowCell>& cells) {
+void C_RowTable::BindCells(C_Statement& statement, const std::vector<S_RowCell>& cells) const {
   auto target = m_targets.begin();
   for (const S_RowCell& cell : cells) {
     const int at = (target++)->at;
     if (at == kLeftOut) continue;
     std::visit(
-        [this, at](const auto& value) {
-          if constexpr (!std::is_same_v<std::decay_t<decltype(value)>, std::monostate>) m_insert.Bind(at, value);
+        [&statement, at](const auto& value) {
+          if constexpr (!std::is_same_v<std::decay_t<decltype(value)>, std::monostate>) statement.Bind(at, value);
         },
         cell.value);
   }

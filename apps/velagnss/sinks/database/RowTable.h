@@ -40,14 +40,15 @@ class C_RowTable {
   bool IsLeftOut(const S_RowCell& cell) const;
   int AddColumn(const S_RowCell& cell);
   void PrepareInsert();
-  void BindCells(const std::vector<S_RowCell>& cells);
+  void BindCells(C_Statement& statement, const std::vector<S_RowCell>& cells) const;
 
   C_Sqlite& m_database;
   std::string m_name;
   bool m_replaces;
   std::map<std::string, int, std::less<>> m_columns;  // the positions of their values
   std::vector<S_Target> m_targets;                    // of the cells of the last row: those of the next are the same
-  C_Statement m_insert;
+  C_Statement m_insert;                               // of a row that is not there
+  C_Statement m_repeat;
 };
 
 }  // namespace Host

@@ -96,6 +96,17 @@ int C_Sqlite::OnBusy(void* self, int count) {
   return 1;
 }
 
+// With the write-ahead log readers never wait for the writer, nor it for them. A commit is on the disk: there is one
+// for many rows. The log grows to some 64 MiB before it is moved into the file.
+void C_Sqlite::PrepareToWrite(int pageSize) {
+  constexpr std::int64_t kLogSize = 64 << 20;
+  Execute(
+      fmt::format("PRAGMA page_size = {}; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL;"
+                  "PRAGMA cache_size = -65536",
+                  pageSize));
+  Execute(fmt::format("PRAGMA wal_autocheckpoint = {}", kLogSize / Number("PRAGMA page_size")));
+}
+
 // A change of the journal is refused at once, without the busy handler, while another program begins or ends its work.
 void C_Sqlite::Execute(const std::string& sql) {
   const auto begin = std::chrono::steady_clock::now();

@@ -66,6 +66,9 @@ class C_Sqlite {
   // longer than `kPatience`.
   C_Sqlite(const std::string& file, const std::atomic<bool>& isStopping);
 
+  // What a connection that writes begins with. `pageSize` counts if the file is new.
+  void PrepareToWrite(int pageSize);
+
   void Execute(const std::string& sql);
   C_Statement Prepare(std::string_view sql) { return {m_database.get(), sql}; }
 
