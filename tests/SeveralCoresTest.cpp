@@ -9,6 +9,7 @@
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/json/JsonLines.h"
 #include "apps/velagnss/pipeline/RecordRun.h"
+#include "apps/velagnss/report/InputReport.h"
 
 namespace {
 
@@ -85,6 +86,30 @@ TEST(Blocks, GiveTheLinesOfOneCore) {
         how.blockSize = size;
         ASSERT_EQ(Decoded(stream, options, how, kPiece), expected) << cores << " cores, blocks of " << size;
       }
+    }
+  }
+}
+
+// Epochs and errors go from stage to stage.
+std::string Reported(std::string_view stream, const S_RunOptions& how) {
+  Host::C_InputReport report;
+  Host::C_RecordRun run(how, report.Consumers());
+  run.BeginInput("in");
+  run.Feed({{reinterpret_cast<const unsigned char*>(stream.data()), stream.size()}, {}});
+  run.EndInput();
+  Host::C_JsonWriter json;
+  report.Write(json);
+  return std::string(json.Text());
+}
+
+TEST(Blocks, GiveTheReportOfOneCore) {
+  for (const std::string& stream : {Sample() + Sample(), Hostile(200'000)}) {
+    const std::string expected = Reported(stream, AllProtocols());
+    for (const auto& [cores, size] : {std::pair(2U, 64U), {3U, 1U}, {5U, 7U}}) {
+      S_RunOptions how = AllProtocols();
+      how.cores = cores;
+      how.blockSize = size;
+      ASSERT_EQ(Reported(stream, how), expected) << cores << " cores, blocks of " << size;
     }
   }
 }
