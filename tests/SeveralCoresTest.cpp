@@ -8,7 +8,9 @@
 #include "Streams.h"
 #include "apps/velagnss/commands/Arguments.h"
 #include "apps/velagnss/json/JsonLines.h"
+#include "apps/velagnss/pipeline/Handover.h"
 #include "apps/velagnss/pipeline/RecordRun.h"
+#include "apps/velagnss/report/InputReport.h"
 
 namespace {
 
@@ -106,6 +108,70 @@ TEST(Blocks, GiveTheLinesOfOneCore) {
         how.blockSize = size;
         ASSERT_EQ(Decoded(stream, options, how, kPiece), expected) << cores << " cores, blocks of " << size;
       }
+    }
+  }
+}
+
+using t_Offsets = Host::C_Handover<std::uint64_t>;
+
+struct S_Maker : Host::C_RecordConsumer {
+  explicit S_Maker(t_Offsets& to) : offsets(to) {}
+  void OnFrame(const Host::S_FrameRecord& record) override { offsets.Make(record.frame.offset, record.frame.offset); }
+  void EndBlock() override { offsets.EndMaking(); }
+  t_Offsets& offsets;
+};
+
+struct S_Taker : Host::C_RecordConsumer {
+  explicit S_Taker(t_Offsets& from) : offsets(from) {}
+  void BeginBlock(Host::C_BlockWork*) override { offsets.BeginTaking(); }
+  void OnFrame(const Host::S_FrameRecord& record) override {
+    ++frames;
+    const std::uint64_t now = record.frame.offset;
+    offsets.TakeUpTo(now, [&](std::uint64_t offset) { inTime += offset == now ? 1 : 0; });
+  }
+  void EndBlock() override { offsets.EndTaking(); }
+  t_Offsets& offsets;
+  int frames = 0, inTime = 0;
+};
+
+TEST(Blocks, HandOverAtTheFrame) {
+  const std::string stream = Sample();
+  for (const unsigned int cores : {1U, 2U, 4U}) {
+    S_RunOptions how = AllProtocols();
+    how.cores = cores;
+    how.blockSize = 5;
+    t_Offsets offsets;
+    S_Maker maker(offsets);
+    S_Taker taker(offsets);
+    Host::C_RecordRun run(how, {&maker, &taker});
+    run.BeginInput("in");
+    run.Feed({{reinterpret_cast<const unsigned char*>(stream.data()), stream.size()}, {}});
+    run.EndInput();
+    EXPECT_EQ(taker.frames, 4245) << cores;
+    EXPECT_EQ(taker.inTime, 4245) << cores;
+  }
+}
+
+// Epochs and errors go from stage to stage.
+std::string Reported(std::string_view stream, const S_RunOptions& how) {
+  Host::C_InputReport report;
+  Host::C_RecordRun run(how, report.Consumers());
+  run.BeginInput("in");
+  run.Feed({{reinterpret_cast<const unsigned char*>(stream.data()), stream.size()}, {}});
+  run.EndInput();
+  Host::C_JsonWriter json;
+  report.Write(json);
+  return std::string(json.Text());
+}
+
+TEST(Blocks, GiveTheReportOfOneCore) {
+  for (const std::string& stream : {Sample() + Sample(), Hostile(200'000)}) {
+    const std::string expected = Reported(stream, AllProtocols());
+    for (const auto& [cores, size] : {std::pair(2U, 64U), {3U, 1U}, {5U, 7U}}) {
+      S_RunOptions how = AllProtocols();
+      how.cores = cores;
+      how.blockSize = size;
+      ASSERT_EQ(Reported(stream, how), expected) << cores << " cores, blocks of " << size;
     }
   }
 }

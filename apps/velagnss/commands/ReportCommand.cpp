@@ -51,7 +51,7 @@ class C_ReportWriter : public C_RecordConsumer {
  public:
   C_ReportWriter(const C_InputReport& input, C_ReportText& text) : m_input(input), m_text(text) {}
 
-  bool UsesPreceding() const override { return true; }
+  bool WantsMore() const override { return false; }
   void OnFrame(const S_FrameRecord&) override {}
   void EndInput(const S_InputEnd& end) override;
   void Finish() override { m_text.Finish(); }

@@ -25,7 +25,7 @@ class C_AccountWriter : public C_TextConsumer {
                   C_Output& output)
       : m_account(account), m_points(points), m_isJson(isJson), m_maxBadPercent(maxBadPercent), m_output(output) {}
 
-  bool UsesPreceding() const override { return true; }
+  bool WantsMore() const override { return false; }
   void OnFrame(const S_FrameRecord&) override {}
   void EndInput(const S_InputEnd&) override;
   void Finish() override;

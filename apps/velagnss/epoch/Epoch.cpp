@@ -12,6 +12,10 @@ namespace {
 constexpr std::size_t kMaxSatellites = 512;
 constexpr std::size_t kMaxSignals = 32;  // of a satellite
 
+// Room for most epochs, so that memory need not grow step by step.
+constexpr std::size_t kUsualSatellites = 64;
+constexpr std::size_t kUsualSignals = 4;
+
 // Before NMEA 0183 4.11 a GSV did not say which signal it meant; 0 means all of them.
 bool HasId(const S_EpochSignal& signal) { return !IsNotAvailable(signal.nmeaId) && signal.nmeaId != 0; }
 
@@ -40,6 +44,7 @@ S_EpochSatellite* SatelliteOf(S_Epoch& epoch, ALGO::eGNSSSystem system, unsigned
   const auto found = std::find_if(satellites.begin(), satellites.end(), isIt);
   if (found != satellites.end()) return &*found;
   if (satellites.size() >= kMaxSatellites) return nullptr;
+  if (satellites.empty()) satellites.reserve(kUsualSatellites);
   S_EpochSatellite& satellite = satellites.emplace_back();
   satellite.system = system;
   satellite.number = number;
@@ -47,6 +52,7 @@ S_EpochSatellite* SatelliteOf(S_Epoch& epoch, ALGO::eGNSSSystem system, unsigned
 }
 
 void AddSignal(S_EpochSatellite& satellite, const S_EpochSignal& signal) {
+  if (satellite.signals.empty()) satellite.signals.reserve(kUsualSignals);
   if (satellite.signals.size() < kMaxSignals) satellite.signals.push_back(signal);
 }
 

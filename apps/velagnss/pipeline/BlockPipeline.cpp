@@ -24,11 +24,6 @@ t_Filter FilterOf(filter_mode mode, const Stage& stage) {
   });
 }
 
-void DoWorks(C_FrameBlock& block) {
-  for (const std::unique_ptr<C_BlockWork>& work : block.works)
-    if (work != nullptr) work->Do();
-}
-
 }  // namespace
 
 // The user may want more threads than there are cores.
@@ -48,7 +43,7 @@ class C_BlockPipeline::C_Cores {
 };
 
 C_BlockPipeline::C_BlockPipeline(unsigned int cores, std::size_t blockSize, std::vector<C_RecordConsumer*> consumers)
-    : m_consumers(std::move(consumers)), m_groups(GroupsOf(m_consumers)), m_cores(std::make_unique<C_Cores>(cores)) {
+    : m_consumers(std::move(consumers)), m_cores(std::make_unique<C_Cores>(cores)) {
   for (std::size_t i = 0; i < kBlocksPerCore * cores; ++i) {
     m_blocks.push_back(std::make_unique<C_FrameBlock>(blockSize));
     for (C_RecordConsumer* consumer : m_consumers) m_blocks.back()->works.push_back(consumer->MakeBlockWork());
@@ -57,13 +52,16 @@ C_BlockPipeline::C_BlockPipeline(unsigned int cores, std::size_t blockSize, std:
 
 C_BlockPipeline::~C_BlockPipeline() = default;
 
-std::vector<C_BlockPipeline::S_Group> C_BlockPipeline::GroupsOf(std::span<C_RecordConsumer* const> consumers) {
-  std::vector<S_Group> groups;
-  for (std::size_t i = 0; i < consumers.size(); ++i) {
-    if (groups.empty() || !consumers[i]->UsesPreceding()) groups.push_back({i, {}});
-    groups.back().consumers.push_back(consumers[i]);
+// Consumers that want no items cost nothing.
+void C_BlockPipeline::FormGroups(bool isInRange) {
+  m_groups.clear();
+  m_working.clear();
+  for (std::size_t i = 0; i < m_consumers.size(); ++i) {
+    if (!m_consumers[i]->WantsMore()) continue;
+    if (m_groups.empty() || !m_consumers[i]->UsesPreceding()) m_groups.push_back({{}, isInRange});
+    m_groups.back().members.push_back({m_consumers[i], i});
+    if (m_blocks.front()->works[i] != nullptr) m_working.push_back({m_consumers[i], i});
   }
-  return groups;
 }
 
 // As many blocks are under way as there are, and the first of them is the first to be done: the next one is free.
@@ -77,6 +75,7 @@ C_FrameBlock* C_BlockPipeline::Fill(const S_Stages& stages) {
 }
 
 void C_BlockPipeline::Run(const S_Stages& stages, bool isInRange) {
+  FormGroups(isInRange);
   const auto fill = tbb::make_filter<void, C_FrameBlock*>(filter_mode::serial_in_order, [&](tbb::flow_control& flow) {
     C_FrameBlock* const block = Fill(stages);
     if (block == nullptr) flow.stop();
@@ -84,30 +83,28 @@ void C_BlockPipeline::Run(const S_Stages& stages, bool isInRange) {
   });
   t_Filter rest =
       FilterOf(filter_mode::parallel, stages.prepare) & FilterOf(filter_mode::serial_in_order, stages.decode);
-  for (S_Group& group : m_groups) {
-    group.isInRange = isInRange;
+  for (S_Group& group : m_groups)
     rest = rest & FilterOf(filter_mode::serial_in_order, [&group](C_FrameBlock& block) { Give(group, block); });
-  }
+  if (!m_working.empty()) rest = rest & FilterOf(filter_mode::parallel, [this](C_FrameBlock& block) { Work(block); });
   const auto collect = tbb::make_filter<C_FrameBlock*, void>(filter_mode::serial_in_order,
                                                              [this](C_FrameBlock* block) { Collect(*block); });
-  const auto all = fill & rest & FilterOf(filter_mode::parallel, &DoWorks) & collect;
+  const auto all = fill & rest & collect;
   m_cores->Execute([&] { tbb::parallel_pipeline(m_blocks.size(), all); });
 }
 
 void C_BlockPipeline::Give(S_Group& group, C_FrameBlock& block) {
-  for (std::size_t i = 0; i < group.consumers.size(); ++i)
-    group.consumers[i]->BeginBlock(block.works[group.first + i].get());
+  for (const S_Member& member : group.members) member.consumer->BeginBlock(block.works[member.place].get());
   for (const S_BlockItem& item : block.Items()) Give(group, item);
-  for (C_RecordConsumer* consumer : group.consumers) consumer->EndBlock();
+  for (const S_Member& member : group.members) member.consumer->EndBlock();
 }
 
 void C_BlockPipeline::Give(S_Group& group, const S_BlockItem& item) {
   if (item.isInRange != group.isInRange) {
     group.isInRange = item.isInRange;
-    for (C_RecordConsumer* consumer : group.consumers) consumer->Mute(!item.isInRange);
+    for (const S_Member& member : group.members) member.consumer->Mute(!item.isInRange);
   }
   if (!item.isWanted) return;
-  for (C_RecordConsumer* consumer : group.consumers) {
+  for (const auto& [consumer, place] : group.members) {
     if (!item.isInRange && !consumer->GoesThroughRanges()) continue;
     if (const auto* frame = std::get_if<velagnss::Frame>(&item.item))
       consumer->OnFrame({*frame, item.decoded, item.clock});
@@ -118,9 +115,12 @@ void C_BlockPipeline::Give(S_Group& group, const S_BlockItem& item) {
   }
 }
 
-void C_BlockPipeline::Collect(C_FrameBlock& block) {
-  for (std::size_t i = 0; i < m_consumers.size(); ++i)
-    if (block.works[i] != nullptr) m_consumers[i]->Collect(*block.works[i]);
+void C_BlockPipeline::Work(C_FrameBlock& block) const {
+  for (const S_Member& member : m_working) block.works[member.place]->Do();
+}
+
+void C_BlockPipeline::Collect(C_FrameBlock& block) const {
+  for (const S_Member& member : m_working) member.consumer->Collect(*block.works[member.place]);
 }
 
 }  // namespace Host

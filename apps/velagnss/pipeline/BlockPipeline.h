@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <span>
 #include <vector>
 
 #include "apps/velagnss/pipeline/FrameBlock.h"
@@ -38,22 +37,27 @@ class C_BlockPipeline {
   void Run(const S_Stages& stages, bool isInRange);
 
  private:
+  struct S_Member {
+    C_RecordConsumer* consumer;
+    std::size_t place;  // among all consumers
+  };
   // Consumers that get each item in turn.
   struct S_Group {
-    std::size_t first;  // of all consumers
-    std::vector<C_RecordConsumer*> consumers;
-    bool isInRange = true;
+    std::vector<S_Member> members;
+    bool isInRange;
   };
   class C_Cores;
 
-  static std::vector<S_Group> GroupsOf(std::span<C_RecordConsumer* const> consumers);
+  void FormGroups(bool isInRange);
   C_FrameBlock* Fill(const S_Stages& stages);
   static void Give(S_Group& group, C_FrameBlock& block);
   static void Give(S_Group& group, const S_BlockItem& item);
-  void Collect(C_FrameBlock& block);
+  void Work(C_FrameBlock& block) const;
+  void Collect(C_FrameBlock& block) const;
 
   std::vector<C_RecordConsumer*> m_consumers;
-  std::vector<S_Group> m_groups;
+  std::vector<S_Group> m_groups;                        // of those that want items
+  std::vector<S_Member> m_working;                      // those of them that put work off
   std::vector<std::unique_ptr<C_FrameBlock>> m_blocks;  // used in turn
   std::size_t m_next = 0;
   std::unique_ptr<C_Cores> m_cores;
