@@ -25,7 +25,8 @@ std::string_view KeyOf(ondemand::raw_json_string key) {
 }
 
 // Names of decoded fields are mostly longer.
-constexpr std::size_t kLongestOfEnvelope = std::ranges::max(kEnvelope, {}, &std::string_view::size).size();
+constexpr std::size_t kLongestOfEnvelope =
+    std::ranges::max(kEnvelope, {}, [](std::string_view name) { return name.size(); }).size();
 
 bool IsOfEnvelope(std::string_view name) {
   return name.size() <= kLongestOfEnvelope && std::ranges::find(kEnvelope, name) != std::end(kEnvelope);
