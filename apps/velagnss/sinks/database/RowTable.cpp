@@ -106,6 +106,9 @@ int C_RowTable::AddColumn(const S_RowCell& cell) {
   return m_columns[std::string(cell.name)] = at;
 }
 
+// A statement that may replace or update a row makes SQLite copy each page before it changes it, so that it can undo
+// half of a statement. One that ignores what is there never does, and nearly all rows are new.
+//
 // A sentence may have been the last of an input that has grown since: its CR is there now. All else of a frame is as it
 // was.
 void C_RowTable::PrepareInsert() {
