@@ -70,7 +70,9 @@ bool C_RowTable::Put(std::int64_t input, const std::int64_t* offset, const C_Row
     statement.Reset();
     return m_database.RowsChanged() > 0;
   };
-  return run(m_insert) || run(m_repeat);
+  const bool isNew = (!m_wasKnown && run(m_insert)) || run(m_repeat);
+  m_wasKnown = !isNew;
+  return isNew;
 }
 
 void C_RowTable::FindColumns(const std::vector<S_RowCell>& cells) {
