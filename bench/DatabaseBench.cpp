@@ -24,7 +24,7 @@ using namespace Host;
 constexpr std::size_t kCopies = 24;  // of the sample
 constexpr std::size_t kFeed = 1 << 13;
 constexpr std::uint64_t kBatch = 50'000;
-constexpr int kPageSize = 16'384;  // that of databases of files
+constexpr int kPageSize = 32'768;  // that of databases of files
 const std::atomic<bool> kIsStopping = false;
 
 template <class Take>

@@ -28,6 +28,37 @@ constexpr S_Name kNames[] = {
 };
 TEST_ROWS(Database, TableName, kNames, row) { EXPECT_EQ(TableName(row.protocol, row.message), row.table); }
 
+struct S_Value {
+  const char* name;
+  const char* json;
+  decltype(S_RowCell::value) value;
+};
+const S_Value kValues[] = {
+    {"Null", "null", {}},
+    {"True", "true", std::int64_t{1}},
+    {"Whole", "-42", std::int64_t{-42}},
+    {"Real", "-4.25e1", -42.5},
+    {"BeyondSigned", "18446744073709551615", 18446744073709551615.0},
+    {"BeyondUnsigned", "100000000000000000000", 1e20},
+    {"Text", R"("GGA")", std::string_view("GGA")},
+    {"Escaped", R"("a\"],\u00e9")", std::string_view("a\"],\xC3\xA9")},
+    {"Array", R"([{"a":"]"},[2]])", std::string_view(R"([{"a":"]"},[2]])")},
+};
+// As one of many lines, and as the last one, which ends with its bytes.
+TEST_ROWS(DatabaseCells, ValueOfMember, kValues, row) {
+  const std::string line = fmt::format(R"({{"a":{},"b":{{"c":1}}}})", row.json);
+  C_RowCells cells;
+  const std::string lines = line + '\n' + line + '\n' + line;
+  cells.SetLines(lines);
+  for (int number = 0; number < 3; ++number) {
+    ASSERT_TRUE(cells.Next());
+    ASSERT_EQ(cells.All().size(), 2);
+    EXPECT_TRUE(cells.All()[0].value == row.value);
+    EXPECT_EQ(cells.All()[1].name, "b_c");
+  }
+  EXPECT_FALSE(cells.Next());
+}
+
 // All members of frames and epochs that have a name with a meaning.
 TEST(Database, TypesAreThoseOfTheSchema) {
   std::ifstream file(VELAGNSS_SOURCE_DIR "/docs/velagnss.schema.json");

@@ -25,7 +25,8 @@ std::string_view KeyOf(ondemand::raw_json_string key) {
 }
 
 // Names of decoded fields are mostly longer.
-constexpr std::size_t kLongestOfEnvelope = std::ranges::max(kEnvelope, {}, &std::string_view::size).size();
+constexpr std::size_t kLongestOfEnvelope =
+    std::ranges::max(kEnvelope, {}, [](std::string_view name) { return name.size(); }).size();
 
 bool IsOfEnvelope(std::string_view name) {
   return name.size() <= kLongestOfEnvelope && std::ranges::find(kEnvelope, name) != std::end(kEnvelope);
@@ -98,7 +99,8 @@ void C_RowCells::S_Parser::AddMember(C_RowCells& cells, std::string_view name, o
   const std::string_view token = value.raw_json_token();
   const char kind = token.front();
   if (kind == '{' && (name != kFields || cells.HasOwnMembers())) return Add(cells, value.get_object(), name);
-  S_RowCell& cell = cells.m_cells.emplace_back(S_RowCell{name, {}});
+  S_RowCell& cell = cells.m_cells.emplace_back();
+  cell.name = name;
   if (kind == '"')
     cell.value = TextOf(value, token);
   else if (kind == '[')

@@ -15,7 +15,7 @@ constexpr std::size_t kMostTables = 400;
 
 // Rows have up to some kilobytes: on small pages many would not fit, and each page costs four system calls. But each
 // commit writes at least one page of each table that it changes, and flash memory wears out.
-constexpr int kPageSize = 16'384;
+constexpr int kPageSize = 32'768;
 constexpr int kLivePageSize = 4'096;
 
 // Of the last bytes of an input.

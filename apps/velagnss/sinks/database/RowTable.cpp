@@ -70,7 +70,9 @@ bool C_RowTable::Put(std::int64_t input, const std::int64_t* offset, const C_Row
     statement.Reset();
     return m_database.RowsChanged() > 0;
   };
-  return run(m_insert) || run(m_repeat);
+  const bool isNew = (!m_wasKnown && run(m_insert)) || run(m_repeat);
+  m_wasKnown = !isNew;
+  return isNew;
 }
 
 void C_RowTable::FindColumns(const std::vector<S_RowCell>& cells) {
@@ -106,6 +108,9 @@ int C_RowTable::AddColumn(const S_RowCell& cell) {
   return m_columns[std::string(cell.name)] = at;
 }
 
+// A statement that may replace or update a row makes SQLite copy each page before it changes it, so that it can undo
+// half of a statement. One that ignores what is there never does, and nearly all rows are new.
+//
 // A sentence may have been the last of an input that has grown since: its CR is there now. All else of a frame is as it
 // was.
 void C_RowTable::PrepareInsert() {

@@ -48,7 +48,8 @@ class C_RowTable {
   std::map<std::string, int, std::less<>> m_columns;  // the positions of their values
   std::vector<S_Target> m_targets;                    // of the cells of the last row: those of the next are the same
   C_Statement m_insert;                               // of a row that is not there
-  C_Statement m_repeat;
+  C_Statement m_repeat;                               // of any; most after one that is there are there, too
+  bool m_wasKnown = false;                            // the last row was there
 };
 
 }  // namespace Host
