@@ -145,16 +145,20 @@ t_NatsResult C_TaskQueue::Remove(const std::string& stream, std::uint64_t sequen
   return isGone ? std::nullopt : NatsResult(status, code);
 }
 
-t_NatsResult C_TaskQueue::Forget(const std::string& subject) const {
+// Up to the message with the number `last`, if it is not 0.
+t_NatsResult C_TaskQueue::Forget(const std::string& subject, std::uint64_t last) const {
   jsOptions options;
   jsOptions_Init(&options);
   options.Stream.Purge.Subject = subject.c_str();
+  if (last > 0) options.Stream.Purge.Sequence = last + 1;
   jsErrCode code{};
   const natsStatus status = js_PurgeStream(m_session.JetStream(), m_log.c_str(), &options, &code);
   return NatsResult(status, code);
 }
 
-t_NatsResult C_TaskQueue::ForgetFailed() const { return Forget(Subject(kFailed, "*")); }
+t_NatsResult C_TaskQueue::ForgetFailed(const S_QueueState& state) const {
+  return state.failed.empty() ? std::nullopt : Forget(Subject(kFailed, "*"), state.lastRead);
+}
 
 t_NatsResult C_TaskQueue::Publish(const std::string& subject, const std::string& text) const {
   t_PubAck ack;
@@ -389,6 +393,7 @@ t_NatsResult C_TaskQueue::ReadLog(S_QueueState& state) const {
     if (status != NATS_OK) break;
     if (t_NatsResult result = MetaDataOf(message.get(), data)) return result;
     pending = data->NumPending;
+    state.lastRead = data->Sequence.Stream;
     std::optional<S_TaskResult> one = ReadResult(TextOf(message.get()));
     if (!one) continue;
     one->finished = data->Timestamp / 1'000'000;

@@ -97,7 +97,8 @@ void C_Worker::NoteQueue(const t_NatsResult& result) {
 
 // The task that was at work when workers died again and again may be what killed them.
 S_TaskOutcome C_Worker::Try(const C_TakenTask& taken) const {
-  if (!taken.Task()) return {eKind::Hopeless, "is not a task that this version understands", 0, 0};
+  if (!taken.Task())
+    return {eKind::Hopeless, fmt::format("{} is not a task that this version understands", taken.Key()), 0, 0};
   const std::uint64_t tries = std::max(taken.Task()->tries, 1U);
   if (taken.Tries() > tries)
     return {eKind::Hopeless,
