@@ -323,13 +323,20 @@ class JobsTest(harness.Case):
             ("work", ["--to", "json:out.jsonl"], "may be done more than once"),
             ("work", ["--to", "json:/nowhere/"], "is not a directory"),
             ("work", ["--to", "tcp://host:1"], "may be done more than once"),
+            ("work", ["--to", self.to, "--to", self.to], "is given twice"),
             ("jobs", ["--queue", "tcp://host/x"], "nats://HOST/QUEUE"),
+            ("jobs", ["--queue", "x"], "nats://HOST/QUEUE"),
         ):
             queue = [] if "--queue" in arguments else ["--queue", self.queue]
             with self.subTest(text):
                 done = self.run_once(command, *queue, *arguments, code=2)
                 self.assertIn(text, done.stderr.decode())
                 self.assertNotIn(b"secret", done.stderr)
+
+    def test_no_file(self):
+        os.mkfifo(self.where / "fifo")
+        for name, text in ("fifo", b"is not a regular file"), ("/dev/null", b"is not a regular file"), ("none", b"No such file"):
+            self.assertIn(text, self.run_once("submit", "--queue", self.queue, str(self.where / name), code=3).stderr)
 
     def test_no_queue(self):
         nobody = f"nats://127.0.0.1:{harness.free_port()}/x"

@@ -67,9 +67,11 @@ t_NatsResult LookUp(t_NatsMessage& message, const Get& get) {
 }  // namespace
 
 std::string CheckQueue(const std::string& name) {
+  constexpr const char* kForm = "must be written as nats://HOST/QUEUE or natss://HOST/QUEUE";
   S_Address address;
+  if (!IsAddress(name)) return kForm;
   if (std::string error = ReadAddress(name, address); !error.empty()) return error;
-  if (!IsNats(address)) return "must be written as nats://HOST/QUEUE or natss://HOST/QUEUE";
+  if (!IsNats(address)) return kForm;
   return CheckAddress(address, address.scheme == "nats" ? FormOf("nats", "nats://USER@HOST:PORT/QUEUE")
                                                         : FormOf("natss", "natss://USER@HOST:PORT/QUEUE"));
 }
