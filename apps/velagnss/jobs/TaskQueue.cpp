@@ -56,6 +56,11 @@ std::string SubmissionOf(natsMsg* message) {
   return SubmissionOf(natsMsg_GetSequence(message), natsMsg_GetTime(message));
 }
 
+// The server refuses a second message of a subject. Its error has no code of its own.
+bool IsRepeated(const t_NatsResult& result) {
+  return result && result->text.find("messages per subject") != std::string::npos;
+}
+
 // Null when there is no such message.
 template <class Get>
 t_NatsResult LookUp(t_NatsMessage& message, const Get& get) {
@@ -172,12 +177,20 @@ t_NatsResult C_TaskQueue::Publish(const std::string& subject, const std::string&
   return NatsResult(status, code);
 }
 
-// The server refuses a second message of a subject. Its error has no code of its own.
+// A task that has been answered and is still in the queue makes room.
 t_NatsResult C_TaskQueue::Enqueue(const std::string& key, const std::string& text, bool& isNew) const {
+  isNew = false;
   t_NatsResult result = Publish(Subject(kTask, key), text);
+  if (IsRepeated(result)) {
+    t_NatsMessage old;
+    bool isGone = false;
+    result = Find(m_name, Subject(kTask, key), old);
+    if (!result && old) result = RemoveAnswered(old.get(), isGone);
+    if (result || (old && !isGone)) return result;
+    result = Publish(Subject(kTask, key), text);
+  }
   isNew = !result;
-  const bool isRepeated = result && result->text.find("messages per subject") != std::string::npos;
-  return isRepeated ? std::nullopt : result;
+  return IsRepeated(result) ? std::nullopt : result;
 }
 
 // A worker may fail at the new task at once: only the failure that was there before is forgotten.
@@ -191,13 +204,6 @@ t_NatsResult C_TaskQueue::Add(const S_Task& task, bool again, eAdded& added) con
   bool isNew = false;
   result = Find(m_log, Subject(kFailed, key), failed);
   if (!result) result = Enqueue(key, TaskText(task), isNew);
-  if (!result && !isNew) {
-    t_NatsMessage old;
-    bool isRemoved = false;
-    result = Find(m_name, Subject(kTask, key), old);
-    if (!result && old) result = RemoveAnswered(old.get(), isRemoved);
-    if (!result && (!old || isRemoved)) result = Enqueue(key, TaskText(task), isNew);
-  }
   added = isNew ? eAdded::New : eAdded::Waiting;
   return result || !isNew || !failed ? result : Remove(m_log, natsMsg_GetSequence(failed.get()));
 }
