@@ -246,6 +246,18 @@ class JobsTest(harness.Case):
         self.work_once(code=1)
         self.assertEqual([one["error"] for one in self.jobs()["failed"]], ["no worker has finished it in 2 tries"])
 
+    def test_answer_to_a_lost_task_is_none_to_another(self):
+        self.work_once()
+        self.restart(lambda: self.keep(["/msgs"]))
+        self.submit_trap("--tries", "1")
+        self.work()
+        with self.in_trap():
+            self.restart(lambda: self.put_back(["/msgs"]))
+            file = self.file("a.bin", self.session[:1000])
+            self.assertEqual(self.submit(file), [1, 0, 0])  # with the number of the one at work
+        self.wait_until_done(1)
+        self.assertEqual(self.merged(), self.run_once("decode", file).stdout)
+
     def test_signal_gives_the_task_back(self):
         self.submit_trap()
         worker = self.work("--lease", "1h")
