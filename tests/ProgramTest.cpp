@@ -117,7 +117,7 @@ const S_ExitCase kExits[] = {
     {"FullDiskStat",        "velagnss stat $S > /dev/full",                     4, "No space left on device"},
     {"FullDiskHelp",        "velagnss --help > /dev/full",                      4, "No space left on device"},
     {"FileSizeLimit",       "ulimit -f 8; velagnss decode $S -o limited",       4, "ulimit"},
-    {"NoSuchFolder",        "velagnss decode $S -o missing/out",                4, "cannot be written"},
+    {"NoSuchFolder",        "velagnss decode $S -o missing/out",                4, "written: No such file"},
     {"ClosedPipe",          "velagnss decode $S | head -n 1 > one; exit ${PIPESTATUS[0]}", 0, kNone},
     {"ClosedPipeEncode",    "velagnss decode $S > j; velagnss encode j | head -n 1 > one; exit ${PIPESTATUS[0]}", 0, kNone},
     {"ClosedFromTheStart",  "velagnss decode $S | true; exit ${PIPESTATUS[0]}", 0, kNone},

@@ -58,12 +58,14 @@ class HttpTest(harness.Case):
 
     def test_faults(self):
         elsewhere = [("Location", "ftp://127.0.0.1/session.bin")]
+        early, late = ([("Last-Modified", f"Sat, 18 May 2024 00:00:0{second} GMT")] for second in (1, 2))
         for name, answers, text, tries in (
             ("missing", [{"status": 404}], b"there is no such file", 1),
             ("forbidden", [{"status": 403}], b"does not allow it", 1),
             ("account wanted", [{"status": 401}], b"give them with --credentials", 1),
             ("changed", [{"cut": 1000}, {"etag": '"2"'}], b"has changed on the server", 2),
             ("changed, without ranges", [{"cut": 1000}, {"etag": '"2"', "ranges": False}], b"has changed on the server", 2),
+            ("changed, by its date", [{"cut": 1000, "headers": early}, {"etag": "", "headers": late}], b"has changed on the server", 2),
             ("shorter now", [{"cut": 1000}, {"status": 416}], b"has changed", 2),
             ("another range", [{"cut": 1000}, {"shift": 5}], b"sends another range", 2),
             ("another scheme", [{"status": 302, "headers": elsewhere}], b"redirects to another scheme", 1),

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Tasks of a queue: the results of any number of workers, killed at random, are those of one run; what cannot be done stops nobody."""
 
+import base64
 import contextlib
 import json
 import os
@@ -96,6 +97,7 @@ class JobsTest(harness.Case):
                     self.server.start()
                 self.wait_until_done(tasks)
                 for worker in workers:
+                    worker.wait_until_it_handles(signal.SIGTERM)
                     self.assertEqual(worker.end(), 128 + signal.SIGTERM)
                 self.assertEqual(self.merged(), expected)
                 state = self.jobs()
@@ -186,6 +188,32 @@ class JobsTest(harness.Case):
         self.run_once("jobs", "--queue", self.queue, "--forget-failed")
         self.assertEqual(self.jobs()["failed"], [])
 
+    def test_file_that_has_become_shorter(self):
+        file = self.file("a.bin", self.session)
+        self.submit("--split", str(SPLIT), file)
+        os.truncate(file, SPLIT * 2 - 1)
+        self.work_once(code=1)
+        self.assertEqual({one["error"] for one in self.jobs()["failed"]}, {"its contents are not those that were submitted"})
+        self.assertEqual(sorted(one["begin"] for one in self.jobs()["failed"]), [SPLIT, SPLIT * 2, SPLIT * 3])
+
+    def test_tasks_of_other_programs(self):
+        """The queue may hold anything."""
+        file = self.file("a.bin", self.session)
+        self.submit(file)
+        message = self.server.request(f"STREAM.MSG.GET.{self._testMethodName}", {"seq": 1})["message"]
+        good = json.loads(base64.b64decode(message["data"]))
+        self.work_once()
+        tasks = [{**good, **change} for change in (
+            {"input": "-"}, {"input": "tcp://127.0.0.1:1"}, {"input": "a.bin"}, {"input": f"{file}\0"}, {"begin": 9, "end": 5},
+            {"begin": 2**64 - 1}, {"end": 2**64 - 1}, {"identity": ""}, {"options": ["--msg"]}, {"options": ["--help"]},
+            {"options": ["x"]}, {"tries": 0, "input": "/"}, {"input": ""}, {"schema": 99})]
+        for number, task in enumerate([*map(json.dumps, tasks), "", "{", "[]", "null", "\0"]):
+            self.server.publish(f"{self._testMethodName}.task.{number}", task.encode())
+        self.work_once(code=1)
+        state = self.jobs()
+        self.assertEqual([state["waiting"], state["running"], state["done"], len(state["failed"])], [0, 0, 5, 15])
+        self.assertTrue(all(one["error"] for one in state["failed"]))
+
     def submit_trap(self, *options):
         """A task whose worker waits for bytes that never come."""
         self.trap = self.file("trap.bin", self.session[:1000])
@@ -217,6 +245,18 @@ class JobsTest(harness.Case):
                 worker.kill()
         self.work_once(code=1)
         self.assertEqual([one["error"] for one in self.jobs()["failed"]], ["no worker has finished it in 2 tries"])
+
+    def test_answer_to_a_lost_task_is_none_to_another(self):
+        self.work_once()
+        self.restart(lambda: self.keep(["/msgs"]))
+        self.submit_trap("--tries", "1")
+        self.work()
+        with self.in_trap():
+            self.restart(lambda: self.put_back(["/msgs"]))
+            file = self.file("a.bin", self.session[:1000])
+            self.assertEqual(self.submit(file), [1, 0, 0])  # with the number of the one at work
+        self.wait_until_done(1)
+        self.assertEqual(self.merged(), self.run_once("decode", file).stdout)
 
     def test_signal_gives_the_task_back(self):
         self.submit_trap()
@@ -295,13 +335,20 @@ class JobsTest(harness.Case):
             ("work", ["--to", "json:out.jsonl"], "may be done more than once"),
             ("work", ["--to", "json:/nowhere/"], "is not a directory"),
             ("work", ["--to", "tcp://host:1"], "may be done more than once"),
+            ("work", ["--to", self.to, "--to", self.to], "is given twice"),
             ("jobs", ["--queue", "tcp://host/x"], "nats://HOST/QUEUE"),
+            ("jobs", ["--queue", "x"], "nats://HOST/QUEUE"),
         ):
             queue = [] if "--queue" in arguments else ["--queue", self.queue]
             with self.subTest(text):
                 done = self.run_once(command, *queue, *arguments, code=2)
                 self.assertIn(text, done.stderr.decode())
                 self.assertNotIn(b"secret", done.stderr)
+
+    def test_no_file(self):
+        os.mkfifo(self.where / "fifo")
+        for name, text in ("fifo", b"is not a regular file"), ("/dev/null", b"is not a regular file"), ("none", b"No such file"):
+            self.assertIn(text, self.run_once("submit", "--queue", self.queue, str(self.where / name), code=3).stderr)
 
     def test_no_queue(self):
         nobody = f"nats://127.0.0.1:{harness.free_port()}/x"

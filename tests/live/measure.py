@@ -13,7 +13,8 @@ nats:    500 stations of 1 kB/s each, which send their stream from its beginning
          station once, in order.
 stations: 10, 100 and 500 such stations through one process: what it and the server use.
 tasks:   64 files of so many megabytes, and one that has changed since it was submitted, are decoded by 1, 2 and 4 workers,
-         which are killed at random times. The results, one after the other, must be those of one run over the files.
+         which are killed at random times, and the server once in each run. The results, one after the other, must be those
+         of one run over the files. Four of the files are distinct, the others are links to them.
 """
 
 import asyncio
@@ -38,7 +39,7 @@ import nats
 SOURCES, SOURCE_RATE = 20, 100_000
 CLIENTS, CLIENT_RATE = 200, 10_000
 STATIONS, STATION_RATE, PUBLISHERS = 500, 1_000, 4
-TASKS, WORKERS, TASK_OPTIONS = 64, (1, 2, 4), ("--msg", "GGA,RMC")
+TASKS, DISTINCT, WORKERS, TASK_OPTIONS = 64, 4, (1, 2, 4), ("--msg", "ROT,HDT")
 PROBE = b"$GNZDA,%02d%02d%02d.%02d,18,05,2024,00,00"
 STEP = 0.01  # seconds between pieces
 
@@ -359,17 +360,20 @@ def digest(pieces):
 
 
 def task_files(where, megabytes):
-    """Files that differ in their first bytes."""
+    """Four that differ in their first bytes, by many names."""
     data = harness.SESSION.read_bytes()
     data *= max(1, int(megabytes * 1e6 / len(data)))
     files = [where / f"{number:02}.bin" for number in range(TASKS)]
     for number, file in enumerate(files):
-        file.write_bytes(b"%d\n" % number + data)
+        if number < DISTINCT:
+            file.write_bytes(b"%d\n" % number + data)
+        else:
+            os.link(files[number % DISTINCT], file)
     return files
 
 
-def work_with_kills(count, queue, results, chance):
-    """How often a worker was killed until the queue was empty."""
+def work_with_kills(count, server, queue, results, chance):
+    """How often a worker was killed until the queue was empty; the server is killed with the third."""
     def begin():
         return subprocess.Popen([harness.PROGRAM, "-q", "work", "--queue", queue, "--to", f"json:{results}/", "--until-empty",
                                  "--lease", "2"])
@@ -380,7 +384,11 @@ def work_with_kills(count, queue, results, chance):
         if workers[victim].poll() is None and kills < 5:
             workers[victim].kill()
             workers[victim].wait()
-            workers[victim], kills = begin(), kills + 1
+            kills += 1
+            if kills == 3:
+                server.kill()
+                server.start()
+            workers[victim] = begin()
     return kills
 
 
@@ -405,12 +413,12 @@ def measure_tasks(megabytes):
             subprocess.run([*command, *files, poisoned], check=True)
             poisoned.write_bytes(b"something else")
             begin = time.monotonic()
-            kills = work_with_kills(count, queue, results, chance)
+            kills = work_with_kills(count, server, queue, results, chance)
             seconds = time.monotonic() - begin
             found = digest(file.read_bytes() for file in sorted(results.iterdir()))
             jobs = json.loads(subprocess.run([harness.PROGRAM, "jobs", "--json", "--queue", queue], check=True,
                                              stdout=subprocess.PIPE).stdout)
-            print(f"{count} workers, {kills} killed: {seconds:.1f} s, {size / seconds / 1e6:.0f} MB/s, {jobs['done']} done, "
+            print(f"{count} workers, {kills} killed and the server: {seconds:.1f} s, {size / seconds / 1e6:.0f} MB/s, {jobs['done']} done, "
                   f"given up: {[task['error'] for task in jobs['failed']]}, "
                   f"results {'equal' if found == expected else 'DIFFER'}")
             shutil.rmtree(results)

@@ -64,6 +64,12 @@ class Server:
                 if line.startswith(b"MSG"):
                     return json.loads(lines.read(int(line.split()[-1])))
 
+    def publish(self, subject, data):
+        with socket.create_connection(("127.0.0.1", self.port), 10) as made, made.makefile("rb") as lines:
+            made.sendall(b'CONNECT {"verbose":false}\r\nPUB %s %d\r\n%s\r\nPING\r\n' % (subject.encode(), len(data), data))
+            while lines.readline() != b"PONG\r\n":
+                pass
+
     def configure(self, action, name="gnss", **settings):
         """Creates or updates a stream."""
         answer = self.request(f"STREAM.{action}.{name}", {

@@ -116,7 +116,7 @@ int C_JobsCommand::Run() {
   C_JobsText text(queue, state);
   WriteJobs(json, state);
   const int code = m_isJson ? output.Write(json) : output.Write(text);
-  const t_NatsResult result = m_forgets && code == eExitOk ? queue.ForgetFailed() : std::nullopt;
+  const t_NatsResult result = m_forgets && code == eExitOk ? queue.ForgetFailed(state) : std::nullopt;
   return result ? ReportQueueFailure(queue, *result) : code;
 }
 

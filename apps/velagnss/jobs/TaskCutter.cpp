@@ -45,8 +45,10 @@ std::optional<S_Beginning> BeginningOf(const std::string& name, const S_LiveOpti
     return source.Open(name, access) ? ReadBeginning(source) : std::nullopt;
   }
   C_FileSource source;
-  if (!source.Open(name)) return std::nullopt;
-  if (source.Descriptor() < 0) return ReadBeginning(source);
+  std::error_code none;
+  const bool isFifo = std::filesystem::is_fifo(name, none);  // opening it would wait for a writer
+  if (!isFifo && !source.Open(name)) return std::nullopt;
+  if (!isFifo && source.Descriptor() < 0) return ReadBeginning(source);
   ReportError(fmt::format("{}: is not a regular file; other machines could not read the same bytes", name));
   return std::nullopt;
 }

@@ -73,8 +73,10 @@ void RemoveTries(const fs::path& file) {
 }  // namespace
 
 std::string C_TaskOutput::Check(const std::vector<std::string>& destinations) {
-  for (const std::string& text : destinations)
-    if (std::string error = CheckOne(text); !error.empty()) return "--to " + error;
+  for (auto text = destinations.begin(); text != destinations.end(); ++text) {
+    if (std::string error = CheckOne(*text); !error.empty()) return "--to " + error;
+    if (std::find(destinations.begin(), text, *text) != text) return fmt::format("--to '{}': is given twice", *text);
+  }
   return {};
 }
 

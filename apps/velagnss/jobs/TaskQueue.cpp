@@ -44,6 +44,11 @@ std::string SubmissionOf(natsMsg* message) {
   return SubmissionOf(natsMsg_GetSequence(message), natsMsg_GetTime(message));
 }
 
+// The server refuses a second message of a subject. Its error has no code of its own.
+bool IsRepeated(const t_NatsResult& result) {
+  return result && result->text.find("messages per subject") != std::string::npos;
+}
+
 // Null when there is no such message.
 template <class Get>
 t_NatsResult LookUp(t_NatsMessage& message, const Get& get) {
@@ -55,9 +60,11 @@ t_NatsResult LookUp(t_NatsMessage& message, const Get& get) {
 }  // namespace
 
 std::string CheckQueue(const std::string& name) {
+  constexpr const char* kForm = "must be written as nats://HOST/QUEUE or natss://HOST/QUEUE";
   S_Address address;
+  if (!IsAddress(name)) return kForm;
   if (std::string error = ReadAddress(name, address); !error.empty()) return error;
-  if (!IsNats(address)) return "must be written as nats://HOST/QUEUE or natss://HOST/QUEUE";
+  if (!IsNats(address)) return kForm;
   return CheckAddress(address, address.scheme == "nats"
                                    ? NatsForm("nats", "nats://USER@HOST:PORT/QUEUE", kNatsOptions)
                                    : NatsForm("natss", "natss://USER@HOST:PORT/QUEUE", kNatsOptions));
@@ -134,16 +141,20 @@ t_NatsResult C_TaskQueue::Remove(const std::string& stream, std::uint64_t sequen
   return isGone ? std::nullopt : NatsResult(status, code);
 }
 
-t_NatsResult C_TaskQueue::Forget(const std::string& subject) const {
+// Up to the message with the number `last`, if it is not 0.
+t_NatsResult C_TaskQueue::Forget(const std::string& subject, std::uint64_t last) const {
   jsOptions options;
   jsOptions_Init(&options);
   options.Stream.Purge.Subject = subject.c_str();
+  if (last > 0) options.Stream.Purge.Sequence = last + 1;
   jsErrCode code{};
   const natsStatus status = js_PurgeStream(m_session.JetStream(), m_log.c_str(), &options, &code);
   return NatsResult(status, code);
 }
 
-t_NatsResult C_TaskQueue::ForgetFailed() const { return Forget(Subject(kFailed, "*")); }
+t_NatsResult C_TaskQueue::ForgetFailed(const S_QueueState& state) const {
+  return state.failed.empty() ? std::nullopt : Forget(Subject(kFailed, "*"), state.lastRead);
+}
 
 t_NatsResult C_TaskQueue::Publish(const std::string& subject, const std::string& text) const {
   t_PubAck ack;
@@ -155,12 +166,20 @@ t_NatsResult C_TaskQueue::Publish(const std::string& subject, const std::string&
   return NatsResult(status, code);
 }
 
-// The server refuses a second message of a subject. Its error has no code of its own.
+// A task that has been answered and is still in the queue makes room.
 t_NatsResult C_TaskQueue::Enqueue(const std::string& key, const std::string& text, bool& isNew) const {
+  isNew = false;
   t_NatsResult result = Publish(Subject(kTask, key), text);
+  if (IsRepeated(result)) {
+    t_NatsMessage old;
+    bool isGone = false;
+    result = Find(m_name, Subject(kTask, key), old);
+    if (!result && old) result = RemoveAnswered(old.get(), isGone);
+    if (result || (old && !isGone)) return result;
+    result = Publish(Subject(kTask, key), text);
+  }
   isNew = !result;
-  const bool isRepeated = result && result->text.find("messages per subject") != std::string::npos;
-  return isRepeated ? std::nullopt : result;
+  return IsRepeated(result) ? std::nullopt : result;
 }
 
 // A worker may fail at the new task at once: only the failure that was there before is forgotten.
@@ -174,13 +193,6 @@ t_NatsResult C_TaskQueue::Add(const S_Task& task, bool again, eAdded& added) con
   bool isNew = false;
   result = Find(m_log, Subject(kFailed, key), failed);
   if (!result) result = Enqueue(key, TaskText(task), isNew);
-  if (!result && !isNew) {
-    t_NatsMessage old;
-    bool isRemoved = false;
-    result = Find(m_name, Subject(kTask, key), old);
-    if (!result && old) result = RemoveAnswered(old.get(), isRemoved);
-    if (!result && (!old || isRemoved)) result = Enqueue(key, TaskText(task), isNew);
-  }
   added = isNew ? eAdded::New : eAdded::Waiting;
   return result || !isNew || !failed ? result : Remove(m_log, natsMsg_GetSequence(failed.get()));
 }
@@ -378,6 +390,7 @@ t_NatsResult C_TaskQueue::ReadLog(S_QueueState& state) const {
     if (status != NATS_OK) break;
     if (t_NatsResult result = MetaDataOf(message.get(), data)) return result;
     pending = data->NumPending;
+    state.lastRead = data->Sequence.Stream;
     std::optional<S_TaskResult> one = ReadResult(TextOf(message.get()));
     if (!one) continue;
     one->finished = data->Timestamp / 1'000'000;

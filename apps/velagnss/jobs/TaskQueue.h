@@ -46,7 +46,8 @@ struct S_QueueState {
   std::uint64_t running = 0;  // also those given back that pause
   std::vector<S_TaskResult> done;
   std::vector<S_TaskResult> failed;
-  std::int64_t now = 0;  // ms since 1970
+  std::int64_t now = 0;        // ms since 1970
+  std::uint64_t lastRead = 0;  // what has failed later is not in here
 };
 
 // Used by one thread. Calls wait for the server, at most some seconds each.
@@ -86,8 +87,8 @@ class C_TaskQueue {
 
   t_NatsResult Read(S_QueueState& state) const;
 
-  // What has failed so far is no longer known.
-  t_NatsResult ForgetFailed() const;
+  // What has failed is no longer known, if it is in `state`.
+  t_NatsResult ForgetFailed(const S_QueueState& state) const;
 
  private:
   std::string Subject(std::string_view kind, std::string_view key) const;
@@ -96,7 +97,7 @@ class C_TaskQueue {
   t_NatsResult Find(const std::string& stream, const std::string& subject, t_NatsMessage& message) const;
   t_NatsResult At(std::uint64_t sequence, t_NatsMessage& message) const;
   t_NatsResult Remove(const std::string& stream, std::uint64_t sequence) const;
-  t_NatsResult Forget(const std::string& subject) const;
+  t_NatsResult Forget(const std::string& subject, std::uint64_t last = 0) const;
   t_NatsResult Publish(const std::string& subject, const std::string& text) const;
   t_NatsResult Enqueue(const std::string& key, const std::string& text, bool& isNew) const;
   t_NatsResult FindAnswer(const std::string& key, const std::string& submission, bool& isAnswered) const;

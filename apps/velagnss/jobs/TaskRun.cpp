@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "apps/velagnss/input/HttpSource.h"
 #include "apps/velagnss/input/InputIdentity.h"
 #include "apps/velagnss/input/Inputs.h"
 #include "apps/velagnss/jobs/TaskOutput.h"
@@ -63,13 +64,20 @@ class C_TaskJob : public C_RelayJob {
   bool m_isUnchecked = false;
 };
 
-S_TaskOutcome Judge(const C_TaskJob& job, eExitCode input, const C_MessageKeeper& messages) {
+// What has an end was that long when it was submitted. A run over less may have ended because it wanted no more.
+bool IsCutShort(const S_Task& task, const C_TaskJob& job) {
+  return task.range.end != S_ByteRange().end && job.Run().BytesRead() < task.range.end && job.WantsMore();
+}
+
+// A file that cannot be opened is not there; a web server that does not answer may be back later.
+S_TaskOutcome Judge(const S_Task& task, const C_TaskJob& job, eExitCode input, const C_MessageKeeper& messages) {
   S_TaskOutcome outcome{eKind::Done, "", job.Run().BytesRead(), job.Run().FramesSelected()};
-  if (job.IsOther()) return {eKind::Hopeless, "its contents are not those that were submitted", 0, 0};
+  if (job.IsOther() || (input == eExitOk && IsCutShort(task, job)))
+    return {eKind::Hopeless, "its contents are not those that were submitted", 0, 0};
   if (input == eExitOk && !job.IsUnchecked()) return outcome;
   outcome.error =
       input == eExitOk ? "its contents could not be compared with those that were submitted" : messages.LastError();
-  outcome.kind = outcome.bytes == 0 ? eKind::Hopeless : eKind::Failed;
+  outcome.kind = outcome.bytes == 0 && !IsHttp(task.input) ? eKind::Hopeless : eKind::Failed;
   return outcome;
 }
 
@@ -80,6 +88,8 @@ S_TaskOutcome RunTask(const S_Task& task, const S_TaskRunOptions& options) {
   S_RelayOptions relay;
   if (std::string error = options.readOptions(task.options, relay); !error.empty())
     return {eKind::Hopeless, "its options are not understood: " + error, 0, 0};
+  if (!task.input.starts_with('/') && !IsHttp(task.input))  // by another program; a live source would never end
+    return {eKind::Hopeless, "its input is neither a full path nor the address of a file on a web server", 0, 0};
   relay.run.range = task.range;
   relay.namesInput = task.namesInput;
   C_TaskOutput output(options.to, task, options.worker);
@@ -102,7 +112,7 @@ S_TaskOutcome RunTask(const S_Task& task, const S_TaskRunOptions& options) {
   destinations.Finish();
   if (SignalReceived() != 0) return {eKind::Interrupted, "", 0, 0};
   const bool isDelivered = destinations.Judge() == eExitOk;
-  S_TaskOutcome outcome = Judge(job, code, messages);
+  S_TaskOutcome outcome = Judge(task, job, code, messages);
   if (outcome.kind != eKind::Done) return outcome;
   if (!isDelivered || !output.Commit()) return {eKind::OutputFailed, messages.LastError(), 0, 0};
   return outcome;

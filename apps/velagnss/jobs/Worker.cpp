@@ -22,6 +22,7 @@ using t_Clock = std::chrono::steady_clock;
 constexpr auto kTakeTime = 500ms;  // a signal waits for it
 constexpr auto kQueuePause = 1s;   // before a queue that is away is asked again
 constexpr auto kMendPause = 2s;
+constexpr int kMaxRefusals = 30;
 constexpr auto kOutputPause = 10s;
 constexpr std::chrono::milliseconds kFirstPause = 1s;  // of a task that has failed; doubled with each try
 constexpr std::chrono::milliseconds kLongestPause = 60s;
@@ -97,7 +98,8 @@ void C_Worker::NoteQueue(const t_NatsResult& result) {
 
 // The task that was at work when workers died again and again may be what killed them.
 S_TaskOutcome C_Worker::Try(const C_TakenTask& taken) const {
-  if (!taken.Task()) return {eKind::Hopeless, "is not a task that this version understands", 0, 0};
+  if (!taken.Task())
+    return {eKind::Hopeless, fmt::format("{} is not a task that this version understands", taken.Key()), 0, 0};
   const std::uint64_t tries = std::max(taken.Task()->tries, 1U);
   if (taken.Tries() > tries)
     return {eKind::Hopeless,
@@ -152,12 +154,14 @@ void C_Worker::Answer(const C_TakenTask& taken, const S_TaskOutcome& outcome, do
   Record(taken, result);
 }
 
-// The lease is kept meanwhile. After a signal the task is done once more, with the same results.
+// The lease is kept meanwhile. A server that has just come back may refuse for some time what it accepts later. A task
+// that is not recorded is done once more, with the same results.
 void C_Worker::Record(const C_TakenTask& taken, const S_TaskResult& result) {
-  while (true) {
+  for (int refusals = 0; refusals < kMaxRefusals;) {
     const t_NatsResult failure = m_queue.Finish(taken, result);
     NoteQueue(failure);
-    if (!failure || failure->kind != S_NatsFailure::eKind::Lost || SignalReceived() != 0) return;
+    if (!failure || SignalReceived() != 0) return;
+    if (failure->kind == S_NatsFailure::eKind::Refused) ++refusals;
     PauseUntilSignal(kQueuePause);
   }
 }

@@ -81,7 +81,7 @@ C_FileDescriptor C_Output::OpenFile(const std::string& name, eWriting writing) {
     m_replacement.reset();
   }
   C_FileDescriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-  if (IsPipe(file.Get())) ::fcntl(file.Get(), F_SETFL, O_NONBLOCK);
+  if (file.IsOpen() && IsPipe(file.Get())) ::fcntl(file.Get(), F_SETFL, O_NONBLOCK);
   return file;
 }
 

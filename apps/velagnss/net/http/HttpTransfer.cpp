@@ -97,8 +97,11 @@ S_ContentRange ReadContentRange(std::string_view text) {
 }  // namespace
 
 bool S_HttpFile::IsSame(const S_HttpFile& other) const {
-  if (!etag.empty() && !other.etag.empty() && etag != other.etag) return false;
-  if (etag.empty() && !modified.empty() && !other.modified.empty() && modified != other.modified) return false;
+  const auto differ = [](const std::string& one, const std::string& two) {
+    return !one.empty() && !two.empty() && one != two;
+  };
+  const bool haveTags = !etag.empty() && !other.etag.empty();
+  if (haveTags ? etag != other.etag : differ(modified, other.modified)) return false;
   return !size || !other.size || *size == *other.size;
 }
 
