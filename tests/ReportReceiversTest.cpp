@@ -27,7 +27,8 @@ using testing::ElementsAre;
 class Reported {
  public:
   explicit Reported(const std::string& bytes, C_RawDataMessage::eProtocols protocol = C_RawDataMessage::eAllProtocols)
-      : m_run({.search = {protocol}, .seed = {}}, {&m_account, &m_points, &m_receivers.Epochs(), &m_receivers.Errors(), &m_receivers}) {
+      : m_run({.search = {protocol}, .seed = {}},
+              {&m_account, &m_points, &m_receivers.Epochs(), &m_receivers.Errors(), &m_receivers}) {
     m_run.BeginInput("input");
     m_run.Feed({{reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()}, {}, false});
     m_run.EndInput();
