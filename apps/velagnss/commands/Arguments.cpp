@@ -206,7 +206,7 @@ void DeclareInputs(CLI::App& app, S_InputOptions& input) {
       ->option_text("...")
       ->check(&CheckInput);
   app.add_option("--read-size", input.readSize,
-                 "bytes to read at once (default: 262144); the output does not depend on it")
+                 "bytes to read at once (default: 1048576); the output does not depend on it")
       ->option_text("BYTES")
       ->check(NumberBetween(std::uint64_t{1}, kMaxReadSize, "a whole number from 1 to 1073741824"));
   DeclareLive(app, input.live);

@@ -19,7 +19,7 @@ struct S_InputOptions {
 
   // Large reads, not a mapped file: files, pipes and devices are read alike, and a file that shrinks meanwhile is a
   // short read, not a SIGBUS. From 64 KiB to 1 MiB no difference in time could be measured.
-  std::uint64_t readSize = 1 << 18;
+  std::uint64_t readSize = 1 << 20;
 
   // Of inputs that take a while, on a terminal.
   enum class eProgress {
