@@ -36,7 +36,7 @@ t_Read<Rtcm3Ssr> ReadSsr;
 template <class Records>
 using t_ReadInto = unsigned int(BitReader& reader, unsigned int number, Records& records);
 template <class Record>
-inline constexpr Record kInitial{};  // copied: making one value by value takes longer
+inline constexpr Record kInitial{};  // copied: setting member by member takes longer
 template <class Records, class Record, t_Read<Record>* Read>
 unsigned int ReadInto(BitReader& reader, unsigned int number, Records& records) {
   auto& record = records.template emplace<Record>(kInitial<Record>);

@@ -1,6 +1,6 @@
 #include "rtcm3/Rtcm3Decoder.h"
 
-#include <utility>
+#include <type_traits>
 
 #include "rtcm3/Reading.h"
 #include "rtcm3/State.h"

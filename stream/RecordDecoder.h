@@ -66,8 +66,8 @@ class VELAGNSS_API RecordDecoder {
   // The same in two steps, for programs with several threads. `Prepare` decodes NMEA 0183 and RTCM 3 as far as that
   // needs nothing of earlier frames: any number of threads may call it at the same time, also while another one calls
   // other functions but `KeepTimeDigits`. If it returns false, the frame is one for `Decode`, and `decoded` is
-  // unchanged. Otherwise `Follow` completes the record and notes what the frame means for those after it. `Follow` and
-  // `Decode` are called in the order of the stream. The record must not be used before.
+  // unchanged. Otherwise the record must not be used until `Follow` has completed it: called once, with the same frame,
+  // it also notes what the frame means for those after it. `Follow` and `Decode` are called in the order of the stream.
   bool Prepare(const Frame& frame, DecodedFrame& decoded) const;
   void Follow(const Frame& frame, DecodedFrame& prepared);
 

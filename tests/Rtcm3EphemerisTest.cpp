@@ -236,11 +236,13 @@ TEST_ROWS(Rtcm3Day, OfGlonassIsResolved, kDays, row) {
   bits.Put({{0, 1 + 11 + 2 + 1 + 22 + 5 + 5 + 1 + 4}, {row.nt, 11}, {1, 2}, {row.hasMore, 1}, {0, 11}});
   bits.Put({{0x80000001, 32}, {row.n4, 5}, {3, 22}, {1, 1}, {0, 7}});
   const C_GnssTime seed(static_cast<unsigned short>(row.seedWeek), row.seedWeek == 0 ? 0 : 540000, ALGO::GNSS_GPS);
-  const auto out = Rtcm3Payloads(seed).Get<Rtcm3PvaEphemeris>(bits, row.result);
+  Rtcm3Payloads payloads(seed);
+  const auto out = payloads.Get<Rtcm3PvaEphemeris>(bits, row.result);
   const P& eph = out.ephemeris;
   EXPECT_EQ(std::make_tuple(eph.RefWeek, eph.RefTime), std::make_tuple(row.refWeek, row.refTime));
   EXPECT_EQ(std::make_tuple(eph.FrameWeek, eph.FrameTime), std::make_tuple(row.frameWeek, row.frameTime));
   EXPECT_EQ(eph.FreqChannel, 6);
+  EXPECT_EQ(payloads.decoder.GlonassChannel(24), 6);
   EXPECT_EQ(eph.Health, 1U);
   EXPECT_EQ(eph.TauC, row.hasMore != 0 ? -0x1p-31 : NA_DOUBLE);
   EXPECT_EQ(eph.TauGps, row.hasMore != 0 ? 3 * 0x1p-30 : NA_DOUBLE);

@@ -271,6 +271,7 @@ TEST_ROWS(Rtcm3Legacy, HasItsValues, kLegacy, row) {
   };
   EXPECT_EQ(ValuesOf(0), (t_Values{row.pseudorange1, row.cycles1, row.strength1}));
   EXPECT_STREQ(out.signals[0].code, "1C");
+  EXPECT_STREQ(out.signals[hasSecond ? 4 : 2].code, "1C");  // of satellites[2]
   EXPECT_EQ(out.signals[0].lockTime, 120);
   if (!hasSecond) return;
   EXPECT_EQ(ValuesOf(1), (t_Values{row.pseudorange2, row.cycles2, row.strength2}));
@@ -466,6 +467,19 @@ TEST_ROWS(Rtcm3Locks, TellOfLoss, kLocks, row) {
   constexpr std::uint32_t kStart = kWeek - 500;  // the week turns in between
   EXPECT_EQ(lockAt(kStart, row.before), Rtcm3Lock::Unknown);
   EXPECT_EQ(lockAt((kStart + row.elapsed) % kWeek, row.after), row.expected);
+}
+
+TEST(Rtcm3Locks, AreNotComparedWithoutATimeOrASlot) {
+  constexpr std::uint32_t kNoTime = 604800000;
+  Rtcm3Bits msm = MsmHead(1077, kNoTime, Satellite(5), Signal(2));
+  PutCell(msm.Put(1, 1), 7, {});
+  Rtcm3Payloads payloads;
+  for (const Rtcm3Bits& bits : {msm, Legacy(1004, kNoTime, {{}}), Legacy(1012, 0, {{0}})}) {
+    payloads.Get<O>(bits);
+    const O again = payloads.Get<O>(bits);
+    EXPECT_EQ(again.signals[0].lock, Rtcm3Lock::Unknown) << again.message;
+    EXPECT_EQ(again.signals[0].lockTime, kNone) << again.message;
+  }
 }
 
 }  // namespace
