@@ -28,6 +28,7 @@ inline std::string Slurp(const std::filesystem::path& path) {
 class Program : public testing::Test {
  protected:
   Program() : m_directory(std::filesystem::temp_directory_path() / ("velagnss-" + std::to_string(::getpid()))) {
+    std::filesystem::remove_all(m_directory);  // of an earlier process with this number that was killed
     std::filesystem::create_directories(m_directory);
   }
   ~Program() override { std::filesystem::remove_all(m_directory); }
