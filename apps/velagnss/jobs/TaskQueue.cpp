@@ -134,14 +134,14 @@ t_NatsResult C_TaskQueue::At(std::uint64_t sequence, t_NatsMessage& message) con
 }
 
 // Somebody else may have removed it at the same moment.
-t_NatsResult C_TaskQueue::Remove(const std::string& stream, std::uint64_t sequence) const {
+t_NatsResult C_TaskQueue::Remove(std::uint64_t sequence) const {
   jsErrCode code{};
-  const natsStatus status = js_DeleteMsg(m_session.JetStream(), stream.c_str(), sequence, nullptr, &code);
+  const natsStatus status = js_DeleteMsg(m_session.JetStream(), m_name.c_str(), sequence, nullptr, &code);
   const bool isGone = code == JSStreamMsgDeleteFailed || code == JSSequenceNotFoundErr || code == JSNoMessageFoundErr;
   return isGone ? std::nullopt : NatsResult(status, code);
 }
 
-// Up to the message with the number `last`, if it is not 0.
+// Removes answers: up to the one with the number `last`, if it is not 0.
 t_NatsResult C_TaskQueue::Forget(const std::string& subject, std::uint64_t last) const {
   jsOptions options;
   jsOptions_Init(&options);
@@ -182,36 +182,39 @@ t_NatsResult C_TaskQueue::Enqueue(const std::string& key, const std::string& tex
   return IsRepeated(result) ? std::nullopt : result;
 }
 
-// A worker may fail at the new task at once: only the failure that was there before is forgotten.
+// Earlier answers are forgotten last: until the task is added they tell whether the one in the queue has been answered.
+// A worker may answer the new one at once, so only what was there before is forgotten.
 t_NatsResult C_TaskQueue::Add(const S_Task& task, bool again, eAdded& added) const {
   const std::string key = task.Key();
   t_NatsMessage done;
   t_NatsMessage failed;
-  t_NatsResult result = again ? Forget(Subject(kDone, key)) : Find(m_log, Subject(kDone, key), done);
+  t_NatsResult result = Find(m_log, Subject(kDone, key), done);
   added = eAdded::Done;
-  if (result || done) return result;
+  if (result || (done && !again)) return result;
   bool isNew = false;
   result = Find(m_log, Subject(kFailed, key), failed);
   if (!result) result = Enqueue(key, TaskText(task), isNew);
   added = isNew ? eAdded::New : eAdded::Waiting;
-  return result || !isNew || !failed ? result : Remove(m_log, natsMsg_GetSequence(failed.get()));
+  for (natsMsg* const old : {done.get(), failed.get()})
+    if (!result && isNew && old != nullptr) result = Forget(natsMsg_GetSubject(old), natsMsg_GetSequence(old));
+  return result;
 }
 
 t_NatsResult C_TaskQueue::FindAnswer(const std::string& key, const std::string& submission, bool& isAnswered) const {
   isAnswered = false;
   for (const std::string_view kind : {kDone, kFailed}) {
     t_NatsMessage message;
-    t_NatsResult failure = Find(m_log, Subject(kind, key), message);
-    if (failure || isAnswered) return failure;
+    if (t_NatsResult failure = Find(m_log, Subject(kind, key), message)) return failure;
     const std::optional<S_TaskResult> answer = message ? ReadResult(TextOf(message.get())) : std::nullopt;
-    isAnswered = isAnswered || (answer && answer->submission == submission);
+    isAnswered = answer && answer->submission == submission;
+    if (isAnswered) break;
   }
   return std::nullopt;
 }
 
 t_NatsResult C_TaskQueue::RemoveAnswered(natsMsg* task, bool& isRemoved) const {
   t_NatsResult failure = FindAnswer(KeyOf(natsMsg_GetSubject(task)), SubmissionOf(task), isRemoved);
-  return failure || !isRemoved ? failure : Remove(m_name, natsMsg_GetSequence(task));
+  return failure || !isRemoved ? failure : Remove(natsMsg_GetSequence(task));
 }
 
 // Ends as well when the server does not remove what it should.

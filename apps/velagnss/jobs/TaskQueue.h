@@ -60,8 +60,8 @@ class C_TaskQueue {
   std::string Shown() const { return m_address.Shown(); }
 
   enum class eAdded { New, Waiting, Done };
-  // Adds a task that neither waits nor is done. One that is done or has failed is added again if `again`, one that has
-  // failed in any case.
+  // Adds a task that neither waits nor is done. One that is done is added again if `again`, one that has failed in any
+  // case.
   t_NatsResult Add(const S_Task& task, bool again, eAdded& added) const;
 
   // What `Take` needs. The lease of all workers is the one that was set last.
@@ -96,7 +96,7 @@ class C_TaskQueue {
   t_NatsResult StreamInfo(const std::string& name, t_StreamInfo& info) const;
   t_NatsResult Find(const std::string& stream, const std::string& subject, t_NatsMessage& message) const;
   t_NatsResult At(std::uint64_t sequence, t_NatsMessage& message) const;
-  t_NatsResult Remove(const std::string& stream, std::uint64_t sequence) const;
+  t_NatsResult Remove(std::uint64_t sequence) const;
   t_NatsResult Forget(const std::string& subject, std::uint64_t last = 0) const;
   t_NatsResult Publish(const std::string& subject, const std::string& text) const;
   t_NatsResult Enqueue(const std::string& key, const std::string& text, bool& isNew) const;
