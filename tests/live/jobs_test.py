@@ -345,6 +345,20 @@ class JobsTest(harness.Case):
                 self.assertIn(text, done.stderr.decode())
                 self.assertNotIn(b"secret", done.stderr)
 
+    def test_queue_that_is_deleted_meanwhile(self):
+        file, name = self.file("a.bin", self.session[:1000]), self._testMethodName
+        self.submit(file)
+        worker = self.work()
+        self.wait_until_done(1)
+        for part in (name, f"{name}_log"):
+            self.server.request(f"STREAM.DELETE.{part}")
+        worker.wait_for("trying again")
+        time.sleep(5)  # in which the worker looks for the queue more than once
+        self.assertNotIn("is back", "".join(worker.lines["err"]))
+        self.assertEqual(self.submit(file), [1, 0, 0])
+        self.wait_until_done(1)
+        worker.wait_for("is back")
+
     def test_no_file(self):
         os.mkfifo(self.where / "fifo")
         for name, text in ("fifo", b"is not a regular file"), ("/dev/null", b"is not a regular file"), ("none", b"No such file"):

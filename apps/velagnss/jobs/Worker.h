@@ -36,6 +36,7 @@ class C_Worker {
   C_TaskQueue& m_queue;
   const S_WorkOptions& m_options;
   std::chrono::steady_clock::time_point m_mendTime;  // when the queue is mended next
+  t_NatsResult m_mendFailure;                        // of the last time
   bool m_isLost = false;                             // the queue, and it was reported
   std::uint64_t m_givenUp = 0;
 };
