@@ -136,7 +136,7 @@ class JobsTest(harness.Case):
         for number, (parts, when, submit, counts, runs) in enumerate((
             ([queue], "submitted", None, None, 0),  # tasks are answered and acknowledged, but still there
             ([queue], "submitted", [], [1, 0, 2], 1),  # likewise; the one that failed is submitted again
-            ([queue], "submitted", ["--again"], [1, 2, 0], 3),
+            ([queue], "submitted", ["--again"], [3, 0, 0], 3),
             ([queue], "opened", ["--again"], [3, 0, 0], 3),  # the numbers of tasks are given again
             ([queue, state], "submitted", None, None, 0),
             ([queue, log], "submitted", None, None, 3),
@@ -246,7 +246,7 @@ class JobsTest(harness.Case):
         self.work_once(code=1)
         self.assertEqual([one["error"] for one in self.jobs()["failed"]], ["no worker has finished it in 2 tries"])
 
-    def test_answer_to_a_lost_task_is_none_to_another(self):
+    def test_answer_to_a_lost_task_does_not_answer_another(self):
         self.work_once()
         self.restart(lambda: self.keep(["/msgs"]))
         self.submit_trap("--tries", "1")
@@ -344,6 +344,20 @@ class JobsTest(harness.Case):
                 done = self.run_once(command, *queue, *arguments, code=2)
                 self.assertIn(text, done.stderr.decode())
                 self.assertNotIn(b"secret", done.stderr)
+
+    def test_queue_that_is_deleted_meanwhile(self):
+        file, name = self.file("a.bin", self.session[:1000]), self._testMethodName
+        self.submit(file)
+        worker = self.work()
+        self.wait_until_done(1)
+        for part in (name, f"{name}_log"):
+            self.server.request(f"STREAM.DELETE.{part}")
+        worker.wait_for("trying again")
+        time.sleep(5)  # in which the worker looks for the queue more than once
+        self.assertNotIn("is back", "".join(worker.lines["err"]))
+        self.assertEqual(self.submit(file), [1, 0, 0])
+        self.wait_until_done(1)
+        worker.wait_for("is back")
 
     def test_no_file(self):
         os.mkfifo(self.where / "fifo")

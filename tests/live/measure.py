@@ -418,7 +418,8 @@ def measure_tasks(megabytes):
             found = digest(file.read_bytes() for file in sorted(results.iterdir()))
             jobs = json.loads(subprocess.run([harness.PROGRAM, "jobs", "--json", "--queue", queue], check=True,
                                              stdout=subprocess.PIPE).stdout)
-            print(f"{count} workers, {kills} killed and the server: {seconds:.1f} s, {size / seconds / 1e6:.0f} MB/s, {jobs['done']} done, "
+            print(f"{count} workers, {kills} killed{' and the server' * (kills >= 3)}: {seconds:.1f} s, "
+                  f"{size / seconds / 1e6:.0f} MB/s, {jobs['done']} done, "
                   f"given up: {[task['error'] for task in jobs['failed']]}, "
                   f"results {'equal' if found == expected else 'DIFFER'}")
             shutil.rmtree(results)

@@ -49,14 +49,6 @@ bool IsRepeated(const t_NatsResult& result) {
   return result && result->text.find("messages per subject") != std::string::npos;
 }
 
-// Null when there is no such message.
-template <class Get>
-t_NatsResult LookUp(t_NatsMessage& message, const Get& get) {
-  jsErrCode code{};
-  const natsStatus status = NatsMake(message, [&](natsMsg** made) { return get(made, &code); });
-  return code == JSNoMessageFoundErr ? std::nullopt : NatsResult(status, code);
-}
-
 }  // namespace
 
 std::string CheckQueue(const std::string& name) {
@@ -80,16 +72,16 @@ C_TakenTask::C_TakenTask(t_NatsMessage message, const jsMsgMetaData& data)
 
 t_NatsResult C_TaskQueue::Open(const std::string& name, const std::string& credentials, bool creates) {
   ReadAddress(name, m_address);
-  m_name = StreamOf(m_address);
-  m_log = m_name + "_log";
+  m_tasks = {m_session, StreamOf(m_address)};
+  m_log = {m_session, m_tasks.Name() + "_log"};
   t_NatsResult result = m_session.Open(m_address, {.credentials = credentials, .reconnects = true});
-  if (!result) result = OpenStream(m_name, false, creates);
-  if (!result) result = OpenStream(m_log, true, creates);
+  if (!result) result = OpenStream(m_tasks.Name(), false, creates);
+  if (!result) result = OpenStream(m_log.Name(), true, creates);
   return result;
 }
 
 std::string C_TaskQueue::Subject(std::string_view kind, std::string_view key) const {
-  return fmt::format("{}.{}.{}", m_name, kind, key);
+  return fmt::format("{}.{}.{}", m_tasks.Name(), kind, key);
 }
 
 // A task waits once, and what became of it is known once: there is one message for each subject.
@@ -113,47 +105,8 @@ t_NatsResult C_TaskQueue::OpenStream(const std::string& name, bool isLog, bool c
                        fmt::format("the stream {} is there, but it is not a queue; name another one", name)};
 }
 
-t_NatsResult C_TaskQueue::StreamInfo(const std::string& name, t_StreamInfo& info) const {
-  jsErrCode code{};
-  const natsStatus status = NatsMake(info, [&](jsStreamInfo** made) {
-    return js_GetStreamInfo(made, m_session.JetStream(), name.c_str(), nullptr, &code);
-  });
-  return NatsResult(status, code);
-}
-
-t_NatsResult C_TaskQueue::Find(const std::string& stream, const std::string& subject, t_NatsMessage& message) const {
-  return LookUp(message, [&](natsMsg** made, jsErrCode* code) {
-    return js_GetLastMsg(made, m_session.JetStream(), stream.c_str(), subject.c_str(), nullptr, code);
-  });
-}
-
-t_NatsResult C_TaskQueue::At(std::uint64_t sequence, t_NatsMessage& message) const {
-  return LookUp(message, [&](natsMsg** made, jsErrCode* code) {
-    return js_GetMsg(made, m_session.JetStream(), m_name.c_str(), sequence, nullptr, code);
-  });
-}
-
-// Somebody else may have removed it at the same moment.
-t_NatsResult C_TaskQueue::Remove(const std::string& stream, std::uint64_t sequence) const {
-  jsErrCode code{};
-  const natsStatus status = js_DeleteMsg(m_session.JetStream(), stream.c_str(), sequence, nullptr, &code);
-  const bool isGone = code == JSStreamMsgDeleteFailed || code == JSSequenceNotFoundErr || code == JSNoMessageFoundErr;
-  return isGone ? std::nullopt : NatsResult(status, code);
-}
-
-// Up to the message with the number `last`, if it is not 0.
-t_NatsResult C_TaskQueue::Forget(const std::string& subject, std::uint64_t last) const {
-  jsOptions options;
-  jsOptions_Init(&options);
-  options.Stream.Purge.Subject = subject.c_str();
-  if (last > 0) options.Stream.Purge.Sequence = last + 1;
-  jsErrCode code{};
-  const natsStatus status = js_PurgeStream(m_session.JetStream(), m_log.c_str(), &options, &code);
-  return NatsResult(status, code);
-}
-
 t_NatsResult C_TaskQueue::ForgetFailed(const S_QueueState& state) const {
-  return state.failed.empty() ? std::nullopt : Forget(Subject(kFailed, "*"), state.lastRead);
+  return state.failed.empty() ? std::nullopt : m_log.RemoveAll(Subject(kFailed, "*"), state.lastRead);
 }
 
 t_NatsResult C_TaskQueue::Publish(const std::string& subject, const std::string& text) const {
@@ -173,7 +126,7 @@ t_NatsResult C_TaskQueue::Enqueue(const std::string& key, const std::string& tex
   if (IsRepeated(result)) {
     t_NatsMessage old;
     bool isGone = false;
-    result = Find(m_name, Subject(kTask, key), old);
+    result = m_tasks.Find(Subject(kTask, key), old);
     if (!result && old) result = RemoveAnswered(old.get(), isGone);
     if (result || (old && !isGone)) return result;
     result = Publish(Subject(kTask, key), text);
@@ -182,36 +135,39 @@ t_NatsResult C_TaskQueue::Enqueue(const std::string& key, const std::string& tex
   return IsRepeated(result) ? std::nullopt : result;
 }
 
-// A worker may fail at the new task at once: only the failure that was there before is forgotten.
+// Earlier answers are forgotten last: until the task is added they tell whether the one in the queue has been answered.
+// A worker may answer the new one at once, so only what was there before is forgotten.
 t_NatsResult C_TaskQueue::Add(const S_Task& task, bool again, eAdded& added) const {
   const std::string key = task.Key();
   t_NatsMessage done;
   t_NatsMessage failed;
-  t_NatsResult result = again ? Forget(Subject(kDone, key)) : Find(m_log, Subject(kDone, key), done);
+  t_NatsResult result = m_log.Find(Subject(kDone, key), done);
   added = eAdded::Done;
-  if (result || done) return result;
+  if (result || (done && !again)) return result;
   bool isNew = false;
-  result = Find(m_log, Subject(kFailed, key), failed);
+  result = m_log.Find(Subject(kFailed, key), failed);
   if (!result) result = Enqueue(key, TaskText(task), isNew);
   added = isNew ? eAdded::New : eAdded::Waiting;
-  return result || !isNew || !failed ? result : Remove(m_log, natsMsg_GetSequence(failed.get()));
+  for (natsMsg* const old : {done.get(), failed.get()})
+    if (!result && isNew && old != nullptr) result = m_log.RemoveAll(natsMsg_GetSubject(old), natsMsg_GetSequence(old));
+  return result;
 }
 
 t_NatsResult C_TaskQueue::FindAnswer(const std::string& key, const std::string& submission, bool& isAnswered) const {
   isAnswered = false;
   for (const std::string_view kind : {kDone, kFailed}) {
     t_NatsMessage message;
-    t_NatsResult failure = Find(m_log, Subject(kind, key), message);
-    if (failure || isAnswered) return failure;
+    if (t_NatsResult failure = m_log.Find(Subject(kind, key), message)) return failure;
     const std::optional<S_TaskResult> answer = message ? ReadResult(TextOf(message.get())) : std::nullopt;
-    isAnswered = isAnswered || (answer && answer->submission == submission);
+    isAnswered = answer && answer->submission == submission;
+    if (isAnswered) break;
   }
   return std::nullopt;
 }
 
 t_NatsResult C_TaskQueue::RemoveAnswered(natsMsg* task, bool& isRemoved) const {
   t_NatsResult failure = FindAnswer(KeyOf(natsMsg_GetSubject(task)), SubmissionOf(task), isRemoved);
-  return failure || !isRemoved ? failure : Remove(m_name, natsMsg_GetSequence(task));
+  return failure || !isRemoved ? failure : m_tasks.Remove(natsMsg_GetSequence(task));
 }
 
 // Ends as well when the server does not remove what it should.
@@ -221,10 +177,10 @@ t_NatsResult C_TaskQueue::RemoveAnsweredUpTo(std::uint64_t sequence, bool& isOne
   for (bool isRemoved = true; isRemoved;) {
     t_StreamInfo info;
     t_NatsMessage first;
-    if (t_NatsResult failure = StreamInfo(m_name, info)) return failure;
+    if (t_NatsResult failure = m_tasks.Read(info)) return failure;
     const std::uint64_t at = info->State.FirstSeq;
     if (info->State.Msgs == 0 || at > sequence || at == std::exchange(before, at)) return std::nullopt;
-    t_NatsResult failure = At(at, first);
+    t_NatsResult failure = m_tasks.Find(at, first);
     if (!failure && first) failure = RemoveAnswered(first.get(), isRemoved);
     if (failure || !first) return failure;
   }
@@ -236,7 +192,7 @@ t_NatsResult C_TaskQueue::RemoveAnsweredUpTo(std::uint64_t sequence, bool& isOne
 t_NatsResult C_TaskQueue::FindWorkers(t_ConsumerInfo& info) const {
   jsErrCode code{};
   const natsStatus status = NatsMake(info, [&](jsConsumerInfo** made) {
-    return js_GetConsumerInfo(made, m_session.JetStream(), m_name.c_str(), kWorkers, nullptr, &code);
+    return js_GetConsumerInfo(made, m_session.JetStream(), m_tasks.Name().c_str(), kWorkers, nullptr, &code);
   });
   return code == JSConsumerNotFoundErr ? std::nullopt : NatsResult(status, code);
 }
@@ -255,7 +211,7 @@ t_NatsResult C_TaskQueue::AddWorkers() const {
   jsErrCode code{};
   t_ConsumerInfo info;
   const natsStatus status = NatsMake(info, [&](jsConsumerInfo** made) {
-    return js_AddConsumer(made, m_session.JetStream(), m_name.c_str(), &config, nullptr, &code);
+    return js_AddConsumer(made, m_session.JetStream(), m_tasks.Name().c_str(), &config, nullptr, &code);
   });
   return NatsResult(status, code);
 }
@@ -265,7 +221,7 @@ t_NatsResult C_TaskQueue::BeginWork(std::chrono::milliseconds lease) {
   if (t_NatsResult failure = AddWorkers()) return failure;
   jsSubOptions options;
   jsSubOptions_Init(&options);
-  options.Stream = m_name.c_str();
+  options.Stream = m_tasks.Name().c_str();
   options.Consumer = kWorkers;
   jsErrCode code{};
   const natsStatus status = NatsMake(m_subscription, [&](natsSubscription** made) {
@@ -278,7 +234,7 @@ t_NatsResult C_TaskQueue::BeginWork(std::chrono::milliseconds lease) {
 // The new one hands out all that is in the queue. A task at work may then be done twice.
 t_NatsResult C_TaskQueue::ReplaceWorkers() const {
   jsErrCode code{};
-  const natsStatus status = js_DeleteConsumer(m_session.JetStream(), m_name.c_str(), kWorkers, nullptr, &code);
+  const natsStatus status = js_DeleteConsumer(m_session.JetStream(), m_tasks.Name().c_str(), kWorkers, nullptr, &code);
   if (status != NATS_OK && code != JSConsumerNotFoundErr) return NatsResult(status, code);
   return AddWorkers();
 }
@@ -286,7 +242,7 @@ t_NatsResult C_TaskQueue::ReplaceWorkers() const {
 // What is left up to the floor is nobody's: below it the server takes everything for acknowledged. What is lost above
 // it comes below it when the tasks before it are answered. The floor is asked for first, because it moves on with each
 // answer.
-t_NatsResult C_TaskQueue::Mend() const {
+t_NatsResult C_TaskQueue::Repair() const {
   t_ConsumerInfo workers;
   t_NatsResult failure = FindWorkers(workers);
   if (failure) return failure;
@@ -319,7 +275,7 @@ t_NatsResult C_TaskQueue::Take(std::chrono::milliseconds limit, std::optional<C_
 t_NatsResult C_TaskQueue::Finish(const C_TakenTask& taken, S_TaskResult result) const {
   result.submission = taken.Submission();
   const bool isDone = result.error.empty();
-  t_NatsResult failure = isDone ? Forget(Subject(kFailed, taken.Key())) : std::nullopt;
+  t_NatsResult failure = isDone ? m_log.RemoveAll(Subject(kFailed, taken.Key())) : std::nullopt;
   if (!failure) failure = Publish(Subject(isDone ? kDone : kFailed, taken.Key()), ResultText(result));
   if (!failure) Acknowledge(taken);
   return failure;
@@ -328,7 +284,7 @@ t_NatsResult C_TaskQueue::Finish(const C_TakenTask& taken, S_TaskResult result) 
 // By its number, which is another task's when the server has lost this one.
 t_NatsResult C_TaskQueue::Acknowledge(const C_TakenTask& taken) const {
   t_NatsMessage message;
-  t_NatsResult failure = At(taken.Sequence(), message);
+  t_NatsResult failure = m_tasks.Find(taken.Sequence(), message);
   if (failure || !message || SubmissionOf(message.get()) != taken.Submission()) return failure;
   jsErrCode code{};
   const natsStatus status = natsMsg_AckSync(taken.Message(), nullptr, &code);
@@ -346,7 +302,7 @@ void C_TaskQueue::GiveBack(const C_TakenTask& taken, std::chrono::milliseconds p
 
 t_NatsResult C_TaskQueue::IsEmpty(bool& isEmpty) const {
   t_StreamInfo info;
-  t_NatsResult failure = StreamInfo(m_name, info);
+  t_NatsResult failure = m_tasks.Read(info);
   isEmpty = !failure && info->State.Msgs == 0;
   return failure;
 }
@@ -358,7 +314,7 @@ t_NatsResult C_TaskQueue::Read(S_QueueState& state) const {
   t_NatsResult failure = FindWorkers(workers);
   // An account that may only read cannot, and sees what workers will remove soon.
   if (!failure && workers) RemoveAnsweredUpTo(workers->AckFloor.Stream, isOneLeft);
-  if (!failure) failure = StreamInfo(m_name, stream);
+  if (!failure) failure = m_tasks.Read(stream);
   if (failure) return failure;
   const std::uint64_t all = stream->State.Msgs;
   state.running = workers == nullptr ? 0 : std::min(all, static_cast<std::uint64_t>(workers->NumAckPending));
@@ -369,15 +325,15 @@ t_NatsResult C_TaskQueue::Read(S_QueueState& state) const {
 }
 
 t_NatsResult C_TaskQueue::ReadLog(S_QueueState& state) const {
-  const std::string all = m_name + ".*.*";
+  const std::string all = m_tasks.Name() + ".*.*";
   jsSubOptions options;
   jsSubOptions_Init(&options);
-  options.Stream = m_log.c_str();
+  options.Stream = m_log.Name().c_str();
   options.Ordered = true;
   t_StreamInfo info;
   t_NatsSubscription log;
   jsErrCode code{};
-  if (t_NatsResult failure = StreamInfo(m_log, info)) return failure;
+  if (t_NatsResult failure = m_log.Read(info)) return failure;
   if (info->State.Msgs == 0) return std::nullopt;
   natsStatus status = NatsMake(log, [&](natsSubscription** made) {
     return js_SubscribeSync(made, m_session.JetStream(), all.c_str(), nullptr, &options, &code);

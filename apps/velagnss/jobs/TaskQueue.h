@@ -10,6 +10,7 @@
 
 #include "apps/velagnss/jobs/Task.h"
 #include "apps/velagnss/net/nats/NatsSession.h"
+#include "apps/velagnss/net/nats/NatsStream.h"
 
 namespace Host {
 
@@ -53,6 +54,10 @@ struct S_QueueState {
 // Used by one thread. Calls wait for the server, at most some seconds each.
 class C_TaskQueue {
  public:
+  C_TaskQueue() = default;
+  C_TaskQueue(const C_TaskQueue&) = delete;
+  C_TaskQueue& operator=(const C_TaskQueue&) = delete;
+
   // `name` has been checked. Connects; `creates` the streams where they are missing.
   t_NatsResult Open(const std::string& name, const std::string& credentials, bool creates);
 
@@ -60,8 +65,8 @@ class C_TaskQueue {
   std::string Shown() const { return m_address.Shown(); }
 
   enum class eAdded { New, Waiting, Done };
-  // Adds a task that neither waits nor is done. One that is done or has failed is added again if `again`, one that has
-  // failed in any case.
+  // Adds a task that neither waits nor is done. One that is done is added again if `again`, one that has failed in any
+  // case.
   t_NatsResult Add(const S_Task& task, bool again, eAdded& added) const;
 
   // What `Take` needs. The lease of all workers is the one that was set last.
@@ -70,7 +75,7 @@ class C_TaskQueue {
   // To be called every few seconds by each worker. A server that was killed, or whose machine was, has lost some of
   // what it wrote last. It may keep tasks that it counts as acknowledged and never hands out again: they leave the
   // queue if their answers are recorded, and are handed out otherwise.
-  t_NatsResult Mend() const;
+  t_NatsResult Repair() const;
 
   // Waits for a task until `limit` has passed. None: there was none, or one that had been answered already.
   t_NatsResult Take(std::chrono::milliseconds limit, std::optional<C_TakenTask>& taken) const;
@@ -93,11 +98,6 @@ class C_TaskQueue {
  private:
   std::string Subject(std::string_view kind, std::string_view key) const;
   t_NatsResult OpenStream(const std::string& name, bool isLog, bool creates) const;
-  t_NatsResult StreamInfo(const std::string& name, t_StreamInfo& info) const;
-  t_NatsResult Find(const std::string& stream, const std::string& subject, t_NatsMessage& message) const;
-  t_NatsResult At(std::uint64_t sequence, t_NatsMessage& message) const;
-  t_NatsResult Remove(const std::string& stream, std::uint64_t sequence) const;
-  t_NatsResult Forget(const std::string& subject, std::uint64_t last = 0) const;
   t_NatsResult Publish(const std::string& subject, const std::string& text) const;
   t_NatsResult Enqueue(const std::string& key, const std::string& text, bool& isNew) const;
   t_NatsResult FindAnswer(const std::string& key, const std::string& submission, bool& isAnswered) const;
@@ -110,10 +110,10 @@ class C_TaskQueue {
   t_NatsResult ReadLog(S_QueueState& state) const;
 
   S_Address m_address;
-  std::string m_name;
-  std::string m_log;
   std::chrono::milliseconds m_lease{};
   C_NatsSession m_session;
+  C_NatsStream m_tasks{m_session, {}};
+  C_NatsStream m_log{m_session, {}};  // the answers
   t_NatsSubscription m_subscription;
 };
 

@@ -68,7 +68,7 @@ eExitCode C_Worker::Run() {
     std::optional<C_TakenTask> taken;
     const t_NatsResult result = Take(taken);
     NoteQueue(result);
-    if (result) PauseUntilSignal(kQueuePause);
+    if (result && !taken) PauseUntilSignal(kQueuePause);
     if (taken)
       if (const eExitCode code = Serve(*taken); code != eExitOk) return code;
     if (!taken && !result && m_options.untilEmpty && IsAtEnd()) break;
@@ -76,12 +76,15 @@ eExitCode C_Worker::Run() {
   return m_givenUp > 0 ? eExitData : eExitOk;
 }
 
+// A queue that cannot be repaired may still hand out tasks. One that was lost is not back before it has been repaired:
+// a worker that only waits for tasks does not learn that the streams have been deleted.
 t_NatsResult C_Worker::Take(std::optional<C_TakenTask>& taken) {
-  if (const t_Clock::time_point now = t_Clock::now(); now >= m_mendTime) {
-    m_mendTime = now + kMendPause;
-    if (t_NatsResult failure = m_queue.Mend()) return failure;
+  if (const t_Clock::time_point now = t_Clock::now(); m_isLost || now >= m_repairTime) {
+    m_repairTime = now + kMendPause;
+    m_repairFailure = m_queue.Repair();
   }
-  return m_queue.Take(kTakeTime, taken);
+  t_NatsResult failure = m_queue.Take(kTakeTime, taken);
+  return failure ? failure : m_repairFailure;
 }
 
 bool C_Worker::IsAtEnd() const {

@@ -35,8 +35,9 @@ class C_Worker {
 
   C_TaskQueue& m_queue;
   const S_WorkOptions& m_options;
-  std::chrono::steady_clock::time_point m_mendTime;  // when the queue is mended next
-  bool m_isLost = false;                             // the queue, and it was reported
+  std::chrono::steady_clock::time_point m_repairTime;  // when the queue is repaired next
+  t_NatsResult m_repairFailure;                        // of the last time
+  bool m_isLost = false;                               // the queue, and it was reported
   std::uint64_t m_givenUp = 0;
 };
 

@@ -25,7 +25,7 @@ class C_RowCells {
   C_RowCells(const C_RowCells&) = delete;
   C_RowCells& operator=(const C_RowCells&) = delete;
 
-  // Takes lines that `Next` gives. They must stay as long as their cells.
+  // The lines that `Next` reads. They must outlive their cells, whose texts are views into them.
   void SetLines(std::string_view lines);
 
   // Reads the next line; false when there is none. What the line before gave is gone.

@@ -15,7 +15,7 @@ namespace Host {
 
 class C_RowTable {
  public:
-  // `columns`, and those of a row for them: a table that begins with all of them needs not grow at once.
+  // `columns`, and those of a row for them: a table that begins with all of them need not grow at once.
   static std::vector<S_Column> ColumnsFor(std::span<const S_Column> columns, const C_RowCells& row);
 
   // Begins with these columns if it is not there. `replaces`: see S_TableKind.
@@ -48,8 +48,8 @@ class C_RowTable {
   std::map<std::string, int, std::less<>> m_columns;  // the positions of their values
   std::vector<S_Target> m_targets;                    // of the cells of the last row: those of the next are the same
   C_Statement m_insert;                               // of a row that is not there
-  C_Statement m_repeat;                               // of any; most after one that is there are there, too
-  bool m_wasKnown = false;                            // the last row was there
+  C_Statement m_repeat;                               // of any row
+  bool m_wasKnown = false;                            // the last row was there: most likely the next one is, too
 };
 
 }  // namespace Host

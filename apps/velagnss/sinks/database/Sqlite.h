@@ -66,7 +66,7 @@ class C_Sqlite {
   // longer than `kPatience`.
   C_Sqlite(const std::string& file, const std::atomic<bool>& isStopping);
 
-  // What a connection that writes begins with. `pageSize` counts if the file is new.
+  // To be called before anything is written. `pageSize` has an effect only on a new file.
   void PrepareToWrite(int pageSize);
 
   void Execute(const std::string& sql);
