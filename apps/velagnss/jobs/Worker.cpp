@@ -21,7 +21,7 @@ using t_Clock = std::chrono::steady_clock;
 
 constexpr auto kTakeTime = 500ms;  // a signal waits for it
 constexpr auto kQueuePause = 1s;   // before a queue that is away is asked again
-constexpr auto kMendPause = 2s;
+constexpr auto kRepairPause = 2s;
 constexpr int kMaxRefusals = 30;
 constexpr auto kOutputPause = 10s;
 constexpr std::chrono::milliseconds kFirstPause = 1s;  // of a task that has failed; doubled with each try
@@ -80,7 +80,7 @@ eExitCode C_Worker::Run() {
 // a worker that only waits for tasks does not learn that the streams have been deleted.
 t_NatsResult C_Worker::Take(std::optional<C_TakenTask>& taken) {
   if (const t_Clock::time_point now = t_Clock::now(); m_isLost || now >= m_repairTime) {
-    m_repairTime = now + kMendPause;
+    m_repairTime = now + kRepairPause;
     m_repairFailure = m_queue.Repair();
   }
   t_NatsResult failure = m_queue.Take(kTakeTime, taken);
