@@ -14,7 +14,7 @@ using tbb::filter_mode;
 using t_Filter = tbb::filter<C_FrameBlock*, C_FrameBlock*>;
 
 // So many that a stage that takes longer for a block does not keep the others waiting.
-constexpr std::size_t kBlocksPerCore = 4;
+constexpr std::size_t kBlocksPerCore = 2;
 
 template <class Stage>
 t_Filter FilterOf(filter_mode mode, const Stage& stage) {

@@ -35,7 +35,7 @@ struct S_RunOptions {
   std::optional<unsigned int> firstDay = {};         // MJD of the first time of each input, the user's
   S_ByteRange range = {};                            // of each input
   unsigned int cores = 1;                            // for inputs that need not be waited for; the result is the same
-  std::size_t blockSize = 64;                        // frames that go from core to core at once; likewise
+  std::size_t blockSize = 128;                       // frames that go from core to core at once; likewise
 };
 
 // Each input is searched for frames, each frame is decoded once, and the consumers get both in their order. What the
