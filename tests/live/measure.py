@@ -2,7 +2,7 @@
 """Measures the program under load; for people, not for ctest. Prints tables.
 
   VELAGNSS_PROGRAM=.../velagnss measure.py sources|relay|monitor|nats|stations [SECONDS]
-  VELAGNSS_PROGRAM=.../velagnss measure.py tasks [MEGABYTES]
+  VELAGNSS_PROGRAM=.../velagnss measure.py tasks [MEGABYTES [json|frames]]
 
 sources: decode reads 20 sources of 100 kB/s each and a probe, from which a sentence comes 20 times a second: how long it
          takes from its sending to its line of output.
@@ -372,11 +372,10 @@ def task_files(where, megabytes):
     return files
 
 
-def work_with_kills(count, server, queue, results, chance):
+def work_with_kills(count, server, queue, to, chance):
     """How often a worker was killed until the queue was empty; the server is killed with the third."""
     def begin():
-        return subprocess.Popen([harness.PROGRAM, "-q", "work", "--queue", queue, "--to", f"json:{results}/", "--until-empty",
-                                 "--lease", "2"])
+        return subprocess.Popen([harness.PROGRAM, "-q", "work", "--queue", queue, "--to", to, "--until-empty", "--lease", "2"])
     workers, kills = [begin() for _ in range(count)], 0
     while any(worker.poll() is None for worker in workers):
         time.sleep(chance.uniform(1, 10))
@@ -392,18 +391,18 @@ def work_with_kills(count, server, queue, results, chance):
     return kills
 
 
-def measure_tasks(megabytes):
+def measure_tasks(megabytes, form="json"):
     where, chance = pathlib.Path(tempfile.mkdtemp(prefix="velagnss-tasks-")), random.Random(5)
     server = nats.Server(where / "server")
     try:
         files, results = task_files(where, megabytes), where / "results"
         size = sum(file.stat().st_size for file in files)
         begin = time.monotonic()
-        with subprocess.Popen([harness.PROGRAM, "-q", "decode", "-j", "1", *TASK_OPTIONS, *files],
-                              stdout=subprocess.PIPE) as whole:
+        command = {"json": ("decode", "-j", "1"), "frames": ("extract",)}[form]
+        with subprocess.Popen([harness.PROGRAM, "-q", *command, *TASK_OPTIONS, *files], stdout=subprocess.PIPE) as whole:
             expected = digest(iter(lambda: whole.stdout.read(1 << 20), b""))
         seconds = time.monotonic() - begin
-        print(f"one run, -j 1: {seconds:.1f} s, {size / seconds / 1e6:.0f} MB/s")
+        print(f"{' '.join(command)}: {seconds:.1f} s, {size / seconds / 1e6:.0f} MB/s")
         for count in WORKERS:
             results.mkdir()
             poisoned = where / f"poisoned{count}.bin"
@@ -413,7 +412,7 @@ def measure_tasks(megabytes):
             subprocess.run([*command, *files, poisoned], check=True)
             poisoned.write_bytes(b"something else")
             begin = time.monotonic()
-            kills = work_with_kills(count, server, queue, results, chance)
+            kills = work_with_kills(count, server, queue, f"{form}:{results}/", chance)
             seconds = time.monotonic() - begin
             found = digest(file.read_bytes() for file in sorted(results.iterdir()))
             jobs = json.loads(subprocess.run([harness.PROGRAM, "jobs", "--json", "--queue", queue], check=True,
@@ -431,7 +430,7 @@ def measure_tasks(megabytes):
 def main():
     what, seconds = sys.argv[1], float(sys.argv[2]) if len(sys.argv) > 2 else 60
     {"sources": measure_sources, "relay": measure_relay, "monitor": measure_monitor,
-     "nats": measure_nats, "stations": measure_stations, "tasks": measure_tasks}[what](seconds)
+     "nats": measure_nats, "stations": measure_stations, "tasks": measure_tasks}[what](seconds, *sys.argv[3:])
 
 
 if __name__ == "__main__":
