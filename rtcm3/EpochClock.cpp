@@ -21,7 +21,7 @@ constexpr std::int64_t FloorMod(std::int64_t value, std::int64_t period) {
 
 // A week of BeiDou begins 14 s after that of GPS. In those seconds some receivers send the time of the old week less
 // 14 s as a negative number, cut to 30 bits.
-constexpr std::uint32_t MendBeidou(std::uint32_t sent) {
+constexpr std::uint32_t RepairBeidou(std::uint32_t sent) {
   constexpr std::uint32_t kCut = 1U << 30;
   constexpr auto kLate = static_cast<std::uint32_t>(kBeidouBehind);
   return sent >= kCut - kLate && sent < kCut ? sent - kCut + static_cast<std::uint32_t>(kWeek) : sent;
@@ -95,7 +95,7 @@ void EpochClock::NoteReference(std::int64_t time) {
 std::optional<std::int64_t> EpochClock::Resolve(TimeField field, std::uint32_t sent, unsigned char dayOfWeek) const {
   std::int64_t time = sent;
   std::int64_t period = kWeek;
-  if (field == TimeField::BeidouWeek) time = MendBeidou(sent);
+  if (field == TimeField::BeidouWeek) time = RepairBeidou(sent);
   if (field == TimeField::GlonassDay) {
     if (time >= kDay + kSecond) return std::nullopt;  // the last second of a day may be a leap second
     const bool knowsDay = dayOfWeek <= 6;
